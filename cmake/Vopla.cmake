@@ -1,0 +1,60 @@
+# Flags of every target, and one function for each kind of room: module, tests, bench, fuzz.
+
+find_program(VOPLA_CCACHE ccache)
+if(VOPLA_CCACHE)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${VOPLA_CCACHE})
+    # A precompiled header is found again by its content, not by its time.
+    set(ENV{CCACHE_SLOPPINESS} "pch_defines,time_macros")
+endif()
+find_program(VOPLA_MOLD mold)
+if(VOPLA_MOLD)
+    add_link_options(-fuse-ld=mold)
+endif()
+
+add_compile_options(-Wall -Wextra -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor -Wold-style-cast)
+if(VOPLA_CCACHE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    add_compile_options(-fpch-preprocess)
+endif()
+if(VOPLA_SANITIZE)
+    add_compile_options(-fsanitize=${VOPLA_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+    add_link_options(-fsanitize=${VOPLA_SANITIZE})
+endif()
+if(VOPLA_FUZZ)
+    add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=undefined)
+    add_link_options(-fsanitize=address,undefined)
+endif()
+
+# vopla_module(NAME dependency...): the library of one folder under source/. Dependencies after LIBS are foreign.
+function(vopla_module name)
+    cmake_parse_arguments(M "" "" "USES;LIBS" ${ARGN})
+    file(GLOB files CONFIGURE_DEPENDS *.cpp *.h)
+    add_library(${name} STATIC ${files})
+    target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/source)
+    target_link_libraries(${name} PUBLIC ${M_USES} Threads::Threads PRIVATE ${M_LIBS})
+    target_precompile_headers(${name} PRIVATE <algorithm> <array> <cstdint> <filesystem> <functional> <map> <memory>
+        <mutex> <optional> <span> <string> <string_view> <vector>)
+endfunction()
+
+# vopla_tests(NAME MODULE): every *.cpp of this folder in one test program.
+function(vopla_tests name)
+    cmake_parse_arguments(T "" "" "USES;LIBS" ${ARGN})
+    file(GLOB files CONFIGURE_DEPENDS *.cpp *.h)
+    if(NOT files)
+        return()
+    endif()
+    add_executable(${name} ${files})
+    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+    target_link_libraries(${name} PRIVATE ${T_USES} ${T_LIBS} GTest::gmock_main GTest::gtest)
+    target_compile_definitions(${name} PRIVATE VOPLA_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
+        VOPLA_BINARY_DIR="${PROJECT_BINARY_DIR}")
+    target_precompile_headers(${name} PRIVATE <gtest/gtest.h> <string> <vector>)
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
+endfunction()
+
+# vopla_program(FILE USES modules LIBS foreign): one bench or fuzz program of the file's name.
+function(vopla_program file)
+    cmake_parse_arguments(P "" "" "USES;LIBS" ${ARGN})
+    get_filename_component(name ${file} NAME_WE)
+    add_executable(${name} ${file})
+    target_link_libraries(${name} PRIVATE ${P_USES} ${P_LIBS})
+endfunction()

@@ -1,0 +1,1 @@
+// Holds the room open until its first class.
