@@ -1,0 +1,64 @@
+#pragma once
+#include <optional>
+
+#include "Platform/CUserInterface.h"
+
+class CPixels;
+
+/** The windows the application knows by number; the numbers are those of the preferences. */
+enum class WindowKind : short {
+    PREF_Wind_VIDEO = 0,
+    PREF_Wind_BROWSER = 1,
+    PREF_Wind_TASKS = 4,
+    PREF_Wind_VIDEO2 = 9,
+};
+using enum WindowKind;
+
+/** The windows of the application, behind one interface: the desktop's, or none at all (headless, tests).
+    Threads  main. */
+class CAppWindows {
+public:
+    /** Where a window stands, for the preferences. */
+    struct Place {
+        short top = 0, left = 0, bottom = 0, right = 0;
+        bool visibleB = false;
+        bool fullScreenB = false;
+    };
+
+    virtual ~CAppWindows() = default;
+    virtual void Create(WindowKind kind) = 0;
+    virtual void Dispose(WindowKind kind) = 0;
+    [[nodiscard]] virtual bool Exists(WindowKind kind) const = 0;
+    virtual void Show(WindowKind kind) = 0;
+    virtual void Hide(WindowKind kind) = 0;
+    /** Brings a window to the front. */
+    virtual void Select(WindowKind kind) = 0;
+    /** Moves a window to where the preferences say it stood. */
+    virtual void SetPlace(WindowKind kind, const Place& place) = 0;
+    [[nodiscard]] virtual std::optional<Place> PlaceOf(WindowKind kind) const = 0;
+
+    /** The picture of the video windows; its pixels stay the caller's and must live until ClearPicture. */
+    virtual void ShowPicture(const CPixels& picture) = 0;
+    virtual void ClearPicture() = 0;
+    /** The line of status in the browser window. */
+    virtual void SetStatus(std::string_view text) = 0;
+    /** Tells the desktop that the display is needed: no screen saver during a song. */
+    virtual void KeepDisplayOn() = 0;
+};
+
+/** No windows: the headless host. */
+class CAppWindows_None final : public CAppWindows {
+public:
+    void Create(WindowKind) override {}
+    void Dispose(WindowKind) override {}
+    bool Exists(WindowKind) const override { return false; }
+    void Show(WindowKind) override {}
+    void Hide(WindowKind) override {}
+    void Select(WindowKind) override {}
+    void SetPlace(WindowKind, const Place&) override {}
+    std::optional<Place> PlaceOf(WindowKind) const override { return std::nullopt; }
+    void ShowPicture(const CPixels&) override {}
+    void ClearPicture() override {}
+    void SetStatus(std::string_view) override {}
+    void KeepDisplayOn() override {}
+};

@@ -1,0 +1,21 @@
+#pragma once
+#include <optional>
+
+/** All that decides whether the save timer may save now. */
+struct SaveState {
+    bool databaseDirtyB = false;
+    bool addingToLibraryB = false;
+    bool initializingB = false;
+    bool idleGraphicsB = true;
+    bool resizingWindowB = false;
+    bool shutdownB = false;
+};
+
+/** Why not: the condition and its value, as the log names them. */
+struct SaveRefusal {
+    const char* nameZ;
+    const char* valueZ;
+};
+
+/** Nothing when the save may happen. */
+[[nodiscard]] std::optional<SaveRefusal> RefuseSave(const SaveState& state);
