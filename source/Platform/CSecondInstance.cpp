@@ -1,0 +1,270 @@
+#include "Platform/CSecondInstance.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <system_error>
+#include <time.h>
+#include <unistd.h>
+
+#include "Platform/CClock.h"
+
+namespace {
+
+constexpr unsigned char kTaken = 1;
+constexpr int kStart_Tries = 1000;   // 5 ms apart: as long as a send may take
+
+/** FNV-1a, 64 bits: short, steady over runs and machines. A collision would join two libraries, at odds of 2^-64. */
+std::string HashName(std::string_view text) {
+    std::uint64_t hash = 14695981039346656037ULL;
+    for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211ULL;
+    std::array<char, 17> hex{};
+    std::snprintf(hex.data(), hex.size(), "%016llx", static_cast<unsigned long long>(hash));
+    return hex.data();
+}
+
+/** The root without links where it is there, so that two spellings of one folder meet. */
+std::string RootName(const std::filesystem::path& root) {
+    std::error_code err;
+    const std::filesystem::path real = std::filesystem::weakly_canonical(root, err);
+    return err ? root.string() : real.string();
+}
+
+int MillisecondsLeft(double untilT) {
+    const double leftT = untilT - CClock::Get().SteadyT();
+    return leftT <= 0 ? 0 : static_cast<int>(leftT * 1000) + 1;
+}
+
+/** Waits until `handle` is ready for `events`; ETIMEDOUT when `untilT` comes first. */
+int WaitFor(int handle, short events, double untilT) {
+    for (;;) {
+        struct pollfd one = {handle, events, 0};
+        const int ready = ::poll(&one, 1, MillisecondsLeft(untilT));
+        if (ready > 0) return 0;
+        if (ready == 0) return ETIMEDOUT;
+        if (errno != EINTR) return errno;
+    }
+}
+
+/** All of `bytes` in time, or an errno. */
+int SendAll(int handle, std::string_view bytes, double untilT) {
+    while (!bytes.empty()) {
+        const ssize_t sent = ::send(handle, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (sent > 0) {
+            bytes.remove_prefix(static_cast<std::size_t>(sent));
+        } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
+            if (const int err = WaitFor(handle, POLLOUT, untilT); err != 0) return err;
+        } else if (errno != EINTR) {
+            return errno;
+        }
+    }
+    return 0;
+}
+
+/** Fills `bytes` in time, or an errno; EPIPE when the other end has gone. */
+int ReceiveAll(int handle, char* bytesP, std::size_t sizeL, double untilT) {
+    while (sizeL > 0) {
+        const ssize_t got = ::recv(handle, bytesP, sizeL, MSG_DONTWAIT);
+        if (got > 0) {
+            bytesP += got;
+            sizeL -= static_cast<std::size_t>(got);
+        } else if (got == 0) {
+            return EPIPE;
+        } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
+            if (const int err = WaitFor(handle, POLLIN, untilT); err != 0) return err;
+        } else if (errno != EINTR) {
+            return errno;
+        }
+    }
+    return 0;
+}
+
+/** An address has 108 bytes for its path and a runtime folder can be longer: then the road goes through the folder's
+    open handle, whose name under /proc is short. */
+int Address(const std::filesystem::path& socket, int folderHandle, struct sockaddr_un& address) {
+    std::string path = socket.string();
+    if (path.size() >= sizeof address.sun_path)
+        path = "/proc/self/fd/" + std::to_string(folderHandle) + "/" + socket.filename().string();
+    if (path.size() >= sizeof address.sun_path) return ENAMETOOLONG;
+    address = {};
+    address.sun_family = AF_UNIX;
+    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+    return 0;
+}
+
+int NewSocket() { return ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0); }
+
+int Bind(int handle, const struct sockaddr_un& address) {
+    return ::bind(handle, reinterpret_cast<const struct sockaddr*>(&address), sizeof address) == 0 ? 0 : errno;
+}
+
+bool OfThisUser(int connection) {
+    struct ucred other {};
+    socklen_t sizeL = sizeof other;
+    return ::getsockopt(connection, SOL_SOCKET, SO_PEERCRED, &other, &sizeL) == 0 && other.uid == ::geteuid();
+}
+
+}   // namespace
+
+CSecondInstance::Handle& CSecondInstance::Handle::operator=(Handle&& other) noexcept {
+    if (this != &other) {
+        Close();
+        i_number = std::exchange(other.i_number, -1);
+    }
+    return *this;
+}
+
+void CSecondInstance::Handle::Close() {
+    if (i_number >= 0) ::close(std::exchange(i_number, -1));
+}
+
+CSecondInstance::CSecondInstance(std::filesystem::path folder, const std::filesystem::path& root)
+    : i_folder(std::move(folder)), i_base(i_folder / ("vopla-" + HashName(RootName(root)))) {}
+
+CSecondInstance::~CSecondInstance() { Stop(); }
+
+int CSecondInstance::MakeFolder() const {
+    std::error_code err;
+    std::filesystem::create_directories(i_folder.parent_path(), err);
+    if (::mkdir(i_folder.c_str(), 0700) != 0 && errno != EEXIST) return errno;
+    struct stat info {};
+    if (::stat(i_folder.c_str(), &info) != 0) return errno;
+    if (!S_ISDIR(info.st_mode)) return ENOTDIR;
+    // In a folder of another user that user could take our place: the fallback lies in a folder open to all.
+    return info.st_uid == ::geteuid() ? 0 : EACCES;
+}
+
+int CSecondInstance::TakeLock() {
+    Handle lock{::open(LockFile().c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600)};
+    if (!lock) return errno;
+    while (::flock(lock.Number(), LOCK_EX | LOCK_NB) != 0)
+        if (errno != EINTR) return errno;
+    i_lock = std::move(lock);   // the file stays for ever: removing it would let two hold "the" lock
+    return 0;
+}
+
+int CSecondInstance::OpenSocket() {
+    // With the lock in hand whatever lies here is dead.
+    if (::unlink(SocketFile().c_str()) != 0 && errno != ENOENT) return errno;
+    struct sockaddr_un address;
+    if (const int err = Address(SocketFile(), i_folderHandle.Number(), address); err != 0) return err;
+    Handle listener{NewSocket()};
+    if (!listener) return errno;
+    ::fchmod(listener.Number(), 0600);   // bind makes the file with the socket's own mode
+    if (const int err = Bind(listener.Number(), address); err != 0) return err;
+    if (::chmod(SocketFile().c_str(), 0600) != 0) return errno;
+    if (::listen(listener.Number(), 16) != 0) return errno;
+    i_listener = std::move(listener);
+    return 0;
+}
+
+CSecondInstance::Role CSecondInstance::Start(std::string_view text) {
+    i_errnoL = E2BIG;
+    if (text.size() > kText_MaxBytes) return Role::kFailed;
+    i_errnoL = MakeFolder();
+    if (i_errnoL != 0) return Role::kFailed;
+    i_folderHandle = Handle{::open(i_folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)};
+    if (!i_folderHandle) {
+        i_errnoL = errno;
+        return Role::kFailed;
+    }
+    const double untilT = CClock::Get().SteadyT() + kSend_Seconds;
+    for (int tries = 0; tries < kStart_Tries; ++tries) {
+        i_errnoL = TakeLock();
+        if (i_errnoL == 0) {
+            i_errnoL = OpenSocket();
+            if (i_errnoL == 0) return Role::kFirst;
+            i_lock.Close();   // no socket, no first instance
+            return Role::kFailed;
+        }
+        if (i_errnoL != EWOULDBLOCK) return Role::kFailed;
+        i_errnoL = Send(text, untilT);
+        if (i_errnoL == 0) return Role::kSecond;
+        // The first may be between its lock and its socket, or just leaving: look again, who is first, until the time is up.
+        if (i_errnoL != ENOENT && i_errnoL != ECONNREFUSED && i_errnoL != EPIPE && i_errnoL != ECONNRESET &&
+            i_errnoL != EAGAIN)
+            return Role::kFailed;
+        const struct timespec pause = {0, 5'000'000};
+        ::nanosleep(&pause, nullptr);
+    }
+    return Role::kFailed;
+}
+
+int CSecondInstance::Send(std::string_view text, double untilT) const {
+    struct sockaddr_un address;
+    if (const int err = Address(SocketFile(), i_folderHandle.Number(), address); err != 0) return err;
+    const Handle connection{NewSocket()};
+    if (!connection) return errno;
+    if (::connect(connection.Number(), reinterpret_cast<const struct sockaddr*>(&address), sizeof address) != 0)
+        return errno;
+    if (!OfThisUser(connection.Number())) return EACCES;
+    const auto sizeL = static_cast<std::uint32_t>(text.size());
+    std::string message;
+    for (int shift = 24; shift >= 0; shift -= 8) message += static_cast<char>(sizeL >> shift & 255U);
+    message += text;
+    if (const int err = SendAll(connection.Number(), message, untilT); err != 0) return err;
+    char answer = 0;
+    if (const int err = ReceiveAll(connection.Number(), &answer, 1, untilT); err != 0) return err;
+    return answer == static_cast<char>(kTaken) ? 0 : EPROTO;
+}
+
+void CSecondInstance::Listen(Received received) {
+    if (!i_listener || i_thread.joinable()) return;
+    int ends[2];
+    if (::pipe2(ends, O_CLOEXEC) != 0) {
+        i_errnoL = errno;
+        return;
+    }
+    i_stopRead = Handle{ends[0]};
+    i_stopWrite = Handle{ends[1]};
+    i_received = std::move(received);
+    i_thread = std::thread(&CSecondInstance::Serve, this);
+}
+
+void CSecondInstance::Stop() {
+    i_stopWrite.Close();
+    if (i_thread.joinable()) i_thread.join();
+    if (i_listener) ::unlink(SocketFile().c_str());   // while the lock is still ours
+    i_listener.Close();
+    i_lock.Close();
+}
+
+void CSecondInstance::Serve() {
+    for (;;) {
+        struct pollfd both[2] = {{i_listener.Number(), POLLIN, 0}, {i_stopRead.Number(), POLLIN, 0}};
+        if (::poll(both, 2, -1) < 0 && errno != EINTR) return;
+        if (both[1].revents != 0) return;
+        if (both[0].revents == 0) continue;
+        const Handle connection{::accept4(i_listener.Number(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK)};
+        if (!connection) {
+            // Out of handles: the connection stays in the queue, and polling would spin.
+            const struct timespec pause = {0, 50'000'000};
+            if (errno == EMFILE || errno == ENFILE || errno == ENOMEM) ::nanosleep(&pause, nullptr);
+            continue;
+        }
+        std::string text;
+        if (Receive(connection.Number(), text)) i_received(std::move(text));
+    }
+}
+
+bool CSecondInstance::Receive(int connection, std::string& text) const {
+    const double untilT = CClock::Get().SteadyT() + kReceive_Seconds;
+    std::array<char, 4> header{};
+    if (!OfThisUser(connection) || ReceiveAll(connection, header.data(), header.size(), untilT) != 0) return false;
+    std::uint32_t sizeL = 0;
+    for (const char c : header) sizeL = sizeL << 8 | static_cast<unsigned char>(c);
+    if (sizeL > kText_MaxBytes) return false;
+    text.resize(sizeL);
+    if (ReceiveAll(connection, text.data(), text.size(), untilT) != 0) return false;
+    // Answered before the text is acted upon: the sender must not wait for an import.
+    const char answer = static_cast<char>(kTaken);
+    return SendAll(connection, {&answer, 1}, untilT) == 0;
+}
