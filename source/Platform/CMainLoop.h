@@ -38,8 +38,10 @@ public:
     /** Dispatches at most one waiting message of each kind asked for, calls first; true when one was dispatched.
         May be called from within a message. Never waits. */
     virtual bool PumpOne(MessageKinds kinds) = 0;
-    /** Waits until a message is there, Wake is called or `seconds` are over. Dispatches nothing. */
-    virtual void Wait(double seconds) = 0;
+    /** Waits until a message of `kinds` is there, Wake is called or `seconds` are over; may return early. Runs no call,
+       no timer and no user message; a window system may paint meanwhile. A Wake between two waits ends the next one at
+       once. */
+    virtual void Wait(double seconds, MessageKinds kinds = kMessage_All) = 0;
     /** True when a user message waits; a timer that runs is held back before such a message is handled. */
     [[nodiscard]] virtual bool InputWaits() const = 0;
     /** Throws away waiting mouse and keyboard messages. */
