@@ -1,0 +1,78 @@
+#pragma once
+#include <array>
+#include <cstdint>
+#include <span>
+
+#include "Graphics/CDGPlane.h"
+
+/** A colour with 16 bits a component, as a nibble of CD+G widens: 0xA becomes 0xAAAA. */
+struct CDGColor {
+    std::uint16_t red = 0, green = 0, blue = 0;
+    bool operator==(const CDGColor&) const = default;
+
+    /** Opaque, 0xAARRGGBB. */
+    [[nodiscard]] std::uint32_t ARGB() const noexcept {
+        return 0xFF000000U | std::uint32_t{red} >> 8 << 16 | std::uint32_t{green} >> 8 << 8 | std::uint32_t{blue} >> 8;
+    }
+};
+[[nodiscard]] CDGColor ReadCDGColor(std::uint8_t b0, std::uint8_t b1) noexcept;
+
+/** A 300 x 216 plane of 0xAARRGGBB pixels in someone's buffer. */
+struct CDGTrueColor {
+    std::uint32_t* baseP = nullptr;
+    std::size_t rowPixels = 0;   // 300 or more
+
+    [[nodiscard]] std::uint32_t* Row(std::size_t y) const noexcept { return baseP + y * rowPixels; }
+};
+
+/** The commands of CD+G against a plane of indices, and that plane's way into true colour.
+    Units    pixels; colour indices 0 to 15.
+    Threads  one at a time: the main thread.
+    Owner    CGraphics; the planes stay the caller's and outlive it.
+    Errors   none: what is unknown or lies outside is ignored.
+    Source   Red Book (IEC 60908), sub-code channels R to W. */
+class CCDGDecoder {
+public:
+    CCDGDecoder(CDGPlane index, CDGPlane scratch, std::uint16_t channelMask) noexcept;
+
+    /** Black, no offsets, border index 0, the whole plane dirty. */
+    void Reset() noexcept;
+    /** Runs corrected packets in their order. A plane that a later packet of the same span fills whole is not drawn
+        before; the state afterwards is that of one packet at a time, but for a wholly dirty plane. */
+    void Execute(std::span<const SubCodePacket> packets) noexcept;
+    /** Brings the true-colour picture up to date: the border, and the visible part of what is dirty, taken through the
+        offsets. Answers the part of the visible area that was to be copied, empty when none of the dirty part shows;
+        then the dirty part stays. `skipCopyB` leaves that part uncopied. */
+    CDGArea Update(const CDGTrueColor& picture, bool skipCopyB) noexcept;
+
+    /** Called by the one who showed the update. */
+    void ClearDirty() noexcept { i_dirty = {}; }
+    void MarkDirty(const CDGArea& area) noexcept { i_dirty = Join(i_dirty, area); }
+    [[nodiscard]] const CDGArea& Dirty() const noexcept { return i_dirty; }
+    [[nodiscard]] const std::array<CDGColor, kCDGPlane_Colors>& Colors() const noexcept { return i_colors; }
+    [[nodiscard]] std::uint8_t Border() const noexcept { return i_border; }
+    [[nodiscard]] int HorizontalOffset() const noexcept { return i_horizontal; }
+    [[nodiscard]] int VerticalOffset() const noexcept { return i_vertical; }
+    void SetChannelMask(std::uint16_t mask) noexcept { i_channelMask = mask; }
+    /** Counts the changes of the colour table, for copies of it elsewhere. */
+    [[nodiscard]] unsigned ColorsSeed() const noexcept { return i_colorsSeed; }
+
+private:
+    void ExecuteOne(const SubCodePacket& packet) noexcept;
+    void SkipTo(std::span<const SubCodePacket> before) noexcept;
+    void MemoryPreset(const SubCodePacket& packet) noexcept;
+    void BorderPreset(const SubCodePacket& packet) noexcept;
+    void Tile(const SubCodePacket& packet, bool xorB) noexcept;
+    void Scroll(const SubCodePacket& packet, bool wrapB) noexcept;
+    void Load(const SubCodePacket& packet, std::size_t first) noexcept;
+    void PaintBorder(const CDGTrueColor& picture) const noexcept;
+
+    CDGPlane i_index, i_scratch;
+    std::array<CDGColor, kCDGPlane_Colors> i_colors{};
+    unsigned i_colorsSeed = 0;
+    std::uint16_t i_channelMask;
+    std::uint8_t i_border = 0;
+    int i_horizontal = 0, i_vertical = 0;   // 0 to 7, 0 to 15
+    CDGArea i_dirty;
+    bool i_borderStaleB = true;   // the border's colour is not the one in the true-colour picture
+};
