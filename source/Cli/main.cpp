@@ -1,1 +1,15 @@
-int main() { return 0; }
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "Cli/Command.h"
+
+int main(int countL, char** wordsZ) {
+    const std::vector<std::string> words(wordsZ + 1, wordsZ + countL);
+    try {
+        return RunCommand(words, std::cout, std::cerr);
+    } catch (const std::exception& fault) {
+        std::cerr << "vopla-cli: " << fault.what() << '\n';
+        return 1;
+    }
+}

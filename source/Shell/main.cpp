@@ -1,1 +1,15 @@
-int main() { return 0; }
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "Shell/Options.h"
+#include "Shell/Process.h"
+
+int main(int countL, char** wordsZ) {
+    const auto options = ReadOptions(std::vector<std::string>(wordsZ + 1, wordsZ + countL));
+    if (!options.has_value() || options->helpB) {
+        (options.has_value() ? std::cout : std::cerr) << kOptions_Usage;
+        return options.has_value() ? 0 : 2;
+    }
+    return RunProcess(*options, countL, wordsZ);
+}

@@ -1,0 +1,203 @@
+#include "Core/CApp.h"
+
+#include "App/CAppQuit.h"
+#include "App/CAppStartUp.h"
+#include "App/CAppWindows.h"
+#include "App/CDirtyFlag.h"
+#include "App/CPlayingSong.h"
+#include "App/CScopedInitializing.h"
+#include "App/SaveRules.h"
+#include "App/ScopedValue.h"
+#include "Core/Assertions.h"
+#include "Core/CAlerts.h"
+#include "Core/CCrashReporter.h"
+#include "Core/CLog.h"
+#include "Core/CPreferences.h"
+#include "App/IdleTimers.h"
+#include "Core/CThreadManager.h"
+#include "Core/ThreadInfo.h"
+#include "Core/WaitMode.h"
+#include "Platform/CClock.h"
+#include "Platform/CUserInterface.h"
+
+CApp* gApp = nullptr;
+
+namespace {
+
+constexpr double kIdleGraphics_T = 1.0 / 30.0;
+constexpr double kIdleTasks_T = 0.25;
+constexpr double kSaveTimer_T = 2.0;
+constexpr double kRunLoop_WakeT = 0.05;
+/** Messages of one pass; the rest waits for the next, so that a flood cannot starve the deferred events. */
+constexpr int kRunLoop_MostMessages = 64;
+
+/** The stack on which a crash of a thread is told. */
+class ThreadCrashReporter final : public ScopedCrashReporter {
+    CScopedSignalStack i_stack;
+};
+
+}   // namespace
+
+std::string CApp::DisplayName() { return std::string(kApp_ProductName) + " " + kApp_Version; }
+
+std::string CApp::GetVersionString() { return DisplayName() + " " + kApp_Version; }
+
+CApp::CApp(const AppSetup& setup)
+    : i_setup(setup),
+      i_lastIdleGraphicsT(CClock::Get().SteadyT()),
+      i_lastIdleTasksT(i_lastIdleGraphicsT),
+      i_saveTarget(std::make_unique<CDirtyFlag>()) {
+    gApp = this;
+    CLog::Get().SetLive(true);
+    CThreadHost::Install(this);
+    try {
+        CAppStartUp(*this).Run();
+    } catch (...) {   // half an application: take down what stands, in the order of the quit
+        i_shutdownB.store(true);
+        CAppQuit(*this).Run();
+        CThreadHost::Install(nullptr);
+        gApp = nullptr;
+        throw;
+    }
+}
+
+CApp::~CApp() {
+    i_shutdownB.store(true, std::memory_order_release);
+    CAppQuit(*this).Run();
+    CThreadHost::Install(nullptr);
+    gApp = nullptr;
+}
+
+std::unique_ptr<ScopedCrashReporter> CApp::InstallCrashReporter(std::string_view) {
+    return std::make_unique<ThreadCrashReporter>();
+}
+
+void CApp::RunLoopPass() {
+    PostEvents().DrainCalls();
+    MainLoop().Wait(kRunLoop_WakeT);
+    for (int n = 0; n < kRunLoop_MostMessages && MainLoop().PumpOne(kMessage_All); ++n) {}
+    YieldToCooperative();
+    PostEvents().Run([this](PostEventKind kind, long /*dataL*/) { HandlePostEvent(kind); });
+}
+
+void CApp::PostEvent(PostEventKind kind, long dataL) {
+    if (kind == PostEventCode("BadS")) i_lostSongsL.fetch_add(1, std::memory_order_relaxed);
+    PostEvents().Add(kind, dataL);
+    MainLoop().Wake();
+}
+
+void CApp::HandlePostEvent(PostEventKind kind) {
+    if (kind == PostEventCode("drty")) {
+        SetDirty(true);
+    } else if (kind == PostEventCode("BadS")) {
+        if (const long lostL = i_lostSongsL.exchange(0); lostL > 0)
+            MessageAlert("Umm, sorry, but I've somehow lost track of this many songs: " + std::to_string(lostL));
+    }
+}
+
+void CApp::SetDirty(bool dirtyB) {
+    if (IsPreemptiveThread()) {   // the flag and the timer are the main thread's
+        if (dirtyB) PostEvent(PostEventCode("drty"));
+        return;
+    }
+    if (dirtyB && !AssertWords(!NoMoreSaves(), "!gApp->i_no_more_savesB.Get()")) return;
+    if (i_saveTarget) i_saveTarget->SetDirty(dirtyB);
+    if (!i_timers.empty()) i_timers.front()->SetFireInterval(dirtyB ? kSaveTimer_T : kTimer_Off);
+}
+
+OSErr CApp::FireSaveTimer(CT_Timer& timer) {
+    const SaveState state{.databaseDirtyB = i_saveTarget->IsDirty(),
+                          .addingToLibraryB = i_saveTarget->IsAddingToLibrary(),
+                          .initializingB = IsInitializing(),
+                          .idleGraphicsB = i_idleGraphicsB,
+                          .resizingWindowB = i_resizing_windB,
+                          .shutdownB = IsShutdown()};
+    if (const auto refusal = RefuseSave(state); refusal.has_value()) {
+        LogF("Not saving because: %s is %s\n", refusal->nameZ, refusal->valueZ);
+        if (!state.databaseDirtyB) timer.SetFireInterval(kTimer_Off);
+        return timerKeepErr;
+    }
+    // A save that failed leaves the target dirty and the timer armed: it is tried again after the next idle seconds.
+    const OSErr err = FirstOf(i_saveTarget->Save(false), SavePreferences());
+    if (Failed(err)) i_saveTarget->SetDirty(true);
+    if (!Failed(err)) timer.SetFireInterval(kTimer_Off);
+    return timerKeepErr;
+}
+
+OSErr CApp::SavePreferences() { return i_prefs->Save(); }
+
+void CApp::FireVideoRefresh() {
+    const std::scoped_lock guard(i_currentSongLock);
+    if (i_currentSongP != nullptr) i_currentSongP->VideoIdle(false);
+}
+
+void CApp::FireIdle() {}
+
+void CApp::FireNoSleep() {
+    if (IsSongPlaying()) Windows().KeepDisplayOn();
+}
+
+void CApp::IdleGraphics(const char* /*whoZ*/, bool forcedB) {
+    std::optional<CScopedInitializing> initializing;
+    std::optional<ScopedValue<bool>> idling;
+    const bool preemptiveB = IsPreemptiveThread();
+    if (forcedB && !preemptiveB) {
+        initializing.emplace(*this, false);
+        idling.emplace(i_idleGraphicsB, true);
+    }
+    if (preemptiveB || !i_idleGraphicsB || IsInitializing()) return;
+    const double nowT = CClock::Get().SteadyT();
+    if (nowT - i_lastIdleGraphicsT <= kIdleGraphics_T) return;
+    i_lastIdleGraphicsT = nowT;
+
+    const ScopedValue<bool> notAgain(i_idleGraphicsB, false);
+    {
+        const std::scoped_lock guard(i_currentSongLock);
+        if (i_currentSongP != nullptr && i_currentSongP->IsPlaying()) i_currentSongP->VideoIdle(!forcedB);
+    }
+    if (forcedB) Wait(kWait_TurnT);
+    if (nowT - i_lastIdleTasksT >= kIdleTasks_T) i_lastIdleTasksT = nowT;
+}
+
+void CApp::SetCurrentSong(CPlayingSong* songP) {
+    const std::scoped_lock guard(i_currentSongLock);
+    i_currentSongP = songP;
+}
+
+bool CApp::IsSongPlaying() const {
+    const std::scoped_lock guard(i_currentSongLock);
+    return i_currentSongP != nullptr && i_currentSongP->IsPlaying();
+}
+
+void CApp::SetStatus(std::string_view text) {
+    if (!AssertWords(!IsPreemptiveThread(), "false && \"set progress on a preemptive thread??\"")) return;
+    Windows().SetStatus(text);
+}
+
+bool CApp::PrepareToQuit(bool askB) {
+    if (IsShutdown()) return true;
+    if (askB && !ConfirmManualSongChange(3)) return false;
+    i_shutdownB.store(true, std::memory_order_release);
+    const std::scoped_lock guard(i_currentSongLock);
+    if (i_currentSongP != nullptr) i_currentSongP->Stop();
+    return true;
+}
+
+bool CApp::ConfirmManualSongChange(long modeL) {
+    if (!IsSongPlaying()) return true;
+    if (modeL == 3) return AskToInterrupt();
+    const bool alwaysB = Prefs().GetBool("Always confirm manual song changes");
+    const bool transportB = Prefs().GetBool("Always confirm manual song changes (transport buttons)", false);
+    const bool askB = alwaysB && (modeL == 1 || (modeL == 2 && transportB));
+    return !askB || AskToInterrupt();
+}
+
+bool CApp::AskToInterrupt() {
+    Question question;
+    question.title = "Are you sure?";
+    question.text = "Are you sure you want to interrupt the current song?";
+    question.buttons = {"Yes", "Cancel"};
+    question.safeIndex = 1;
+    return Ui().Ask(question).buttonIndex == 0;
+}
+

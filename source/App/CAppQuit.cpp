@@ -1,0 +1,115 @@
+#include "App/CAppQuit.h"
+
+#include "App/CAppWindows.h"
+#include "App/CSaveTarget.h"
+#include "App/ScopedValue.h"
+#include "Core/CAlerts.h"
+#include "Core/CApp.h"
+#include "Core/CLog.h"
+#include "Core/CPreferences.h"
+#include "Core/CT_Timer.h"
+#include "Core/CThreadManager.h"
+#include "Core/WaitMode.h"
+#include "Platform/CUserInterface.h"
+
+const CAppQuit::Stage CAppQuit::kStages[] = {
+    {"Quitting", &CAppQuit::StopIdling},
+    {"Abort meta push que", &CAppQuit::NotYet},
+    {"", &CAppQuit::OpenProgress},
+    {"Shutting down Web Server", &CAppQuit::NotYet},
+    {"Clearing SMS Gateways", &CAppQuit::NotYet},
+    {"Abort QT exporters", &CAppQuit::NotYet},
+    {"Abort orphan encoding", &CAppQuit::NotYet},
+    {"Waiting for cache purging to complete", &CAppQuit::NotYet},
+    {"Abort song importers and zip tasks", &CAppQuit::NotYet},
+    {"Saving Database…", &CAppQuit::SaveDatabase},
+    {"Releasing Microphone", &CAppQuit::NotYet},
+    {"Unloading Plugins", &CAppQuit::NotYet},
+    {"Hide Windows", &CAppQuit::HideWindows},
+    {"Remove Timers", &CAppQuit::RemoveTimers},
+    {"removing music store manager", &CAppQuit::NotYet},
+    {"closing prefs", &CAppQuit::ClosePreferences},
+    {"Delete zipper", &CAppQuit::NotYet},
+    {"Delete LAME", &CAppQuit::NotYet},
+    {"closing QuickTime", &CAppQuit::NotYet},
+    {"Release icons", &CAppQuit::NotYet},
+    {"closing Clipboard", &CAppQuit::NotYet},
+    {"", &CAppQuit::DeleteAlertQueue},
+    {"Deleting Undo System", &CAppQuit::NotYet},
+    {"Shutting down thread manager", &CAppQuit::DeleteThreadManager},
+    {"Disposing Task Window", &CAppQuit::DisposeTaskWindow},
+    {"Delete graphics", &CAppQuit::DisposeVideoWindows},
+    {"Delete browser", &CAppQuit::DisposeBrowser},
+    {"closing database", &CAppQuit::DeleteDatabase},
+    {"Deleting task manager", &CAppQuit::NotYet},
+    {"Deleting MetaData Traits Database", &CAppQuit::NotYet},
+    {"Delete Object Tracker", &CAppQuit::NotYet},
+    {"Deleting CDPedia…", &CAppQuit::NotYet},
+    {"Cleaning Up…", &CAppQuit::NotYet},
+    {"Delete version tracker", &CAppQuit::NotYet},
+    {"", &CAppQuit::CloseProgress},
+};
+
+void CAppQuit::Run() {
+    for (const Stage& stage : kStages) {
+        if (!stage.words.empty()) {
+            Log(stage.words);
+            if (i_app.i_curScope) i_app.i_curScope->SetText(stage.words);
+        }
+        try {
+            (this->*stage.act)();
+        } catch (const std::exception& fault) {   // one subsystem's fault must not keep the others from saving
+            LogF("### Error quitting: %s", fault.what());
+        }
+    }
+}
+
+void CAppQuit::StopIdling() { i_app.i_idleGraphicsB = false; }
+
+void CAppQuit::OpenProgress() {
+    const bool beforeB = i_app.i_hasMainWindowB.exchange(false);   // the new window catches no calls
+    i_app.i_curScope = i_app.Ui().OpenProgress("Quitting…");
+    i_app.i_hasMainWindowB.store(beforeB);
+}
+
+void CAppQuit::SaveDatabase() {
+    if (i_app.i_saveTarget && i_app.i_saveTarget->IsDirty() && Failed(i_app.i_saveTarget->Save(true)))
+        Log("### Error saving the database at quit");
+    while (i_app.i_saveTarget && i_app.i_saveTarget->IsSaving()) Wait(0.25);
+    i_app.i_no_more_savesB.store(true);
+}
+
+void CAppQuit::HideWindows() {
+    for (const WindowKind kind : {PREF_Wind_TASKS, PREF_Wind_VIDEO, PREF_Wind_VIDEO2, PREF_Wind_BROWSER})
+        i_app.Windows().Hide(kind);
+}
+
+void CAppQuit::RemoveTimers() {
+    LogF("Timers: %zu\n", i_app.i_timers.size());
+    for (auto* timerP : i_app.i_timers) {
+        LogF("\tdisposing: %s\n", timerP->Name().c_str());
+        timerP->Dispose();
+    }
+    i_app.i_timers.clear();
+}
+
+void CAppQuit::DeleteAlertQueue() { i_app.i_alerts.reset(); }
+
+void CAppQuit::DeleteThreadManager() { i_app.i_threads.reset(); }
+
+void CAppQuit::DisposeTaskWindow() { i_app.Windows().Dispose(PREF_Wind_TASKS); }
+
+void CAppQuit::DisposeVideoWindows() {
+    i_app.Windows().Dispose(PREF_Wind_VIDEO);
+    i_app.Windows().Dispose(PREF_Wind_VIDEO2);
+    i_app.i_hasMainWindowB.store(false);
+}
+
+void CAppQuit::DisposeBrowser() { i_app.Windows().Dispose(PREF_Wind_BROWSER); }
+
+void CAppQuit::DeleteDatabase() { i_app.i_saveTarget.reset(); }
+
+void CAppQuit::CloseProgress() {
+    i_app.i_curScope.reset();
+    Log("Quit Successful");
+}

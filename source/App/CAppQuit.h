@@ -1,0 +1,38 @@
+#pragma once
+#include <string_view>
+
+class CApp;
+
+/** The quit of the application object: a table of stages like the start-up's, in the order in which nothing is taken away
+    that a later stage needs. Every step that waits keeps messages flowing.
+    Threads  main. Lives for the length of CApp's destructor. */
+class CAppQuit {
+public:
+    explicit CAppQuit(CApp& app) : i_app(app) {}
+    void Run();
+
+private:
+    using Act = void (CAppQuit::*)();
+    struct Stage {
+        std::string_view words;
+        Act act;
+    };
+    static const Stage kStages[];
+
+    void NotYet() {}
+    void StopIdling();
+    void OpenProgress();
+    void SaveDatabase();
+    void HideWindows();
+    void RemoveTimers();
+    void ClosePreferences();
+    void DeleteAlertQueue();
+    void DeleteThreadManager();
+    void DisposeTaskWindow();
+    void DisposeVideoWindows();
+    void DisposeBrowser();
+    void DeleteDatabase();
+    void CloseProgress();
+
+    CApp& i_app;
+};

@@ -1,0 +1,150 @@
+#include "App/CAppStartUp.h"
+
+#include "App/IdleTimers.h"
+#include "App/LocalTime.h"
+#include "App/CAppFailure.h"
+#include "App/CAppWindows.h"
+#include "App/CDirtyFlag.h"
+#include "App/CScopedInitializing.h"
+#include "App/SystemFacts.h"
+#include "Core/CAlerts.h"
+#include "Core/CLog.h"
+#include "Core/CPreferences.h"
+#include "Core/CThreadManager.h"
+#include "Core/ThreadInfo.h"
+#include "Graphics/CHq4x.h"
+#include "Platform/CMainLoop.h"
+
+// The order is the contract: what stands further down may rely on all above it.
+const CAppStartUp::Stage CAppStartUp::kStages[] = {
+    {"", &CAppStartUp::TagMainThread},
+    {"", &CAppStartUp::CreateThreadManager},
+    {"", &CAppStartUp::LoadPreferences},
+    {"", &CAppStartUp::LogHeadline},
+    {"", &CAppStartUp::LogSystemFacts},
+    {"", &CAppStartUp::TestMediaLibrary},
+    {"Thread Manager Initted", &CAppStartUp::NotYet},
+    {"Loading version tracker", &CAppStartUp::NotYet},
+    {"Initting Object Tracker", &CAppStartUp::NotYet},
+    {"Loading Plugins", &CAppStartUp::NotYet},
+    {"Initializing Undo System", &CAppStartUp::NotYet},
+    {"Allocating MetaData Traits Database", &CAppStartUp::NotYet},
+    {"Creating Song Database", &CAppStartUp::NotYet},
+    {"Installing event handlers", &CAppStartUp::InstallIdleTimers},
+    {"Getting App Res Folder", &CAppStartUp::FindApplicationFolder},
+    {"", &CAppStartUp::OpenProgress},
+    {"Creating task manager", &CAppStartUp::NotYet},
+    {"Loading Icons", &CAppStartUp::NotYet},
+    {"Loading Database", &CAppStartUp::LoadDatabase},
+    {"Allocating CDPedia", &CAppStartUp::NotYet},
+    {"Creating Clipboard", &CAppStartUp::NotYet},
+    {"Creating Vopla Windows", &CAppStartUp::NotYet},
+    {"creating model", &CAppStartUp::NotYet},
+    {"Creating Browser Window", &CAppStartUp::CreateWindows},
+    {"Loading Menus", &CAppStartUp::NotYet},
+    {"Creating ShowScreens menu…", &CAppStartUp::NotYet},
+    {"Localizing Menus…", &CAppStartUp::NotYet},
+    {"Creating QuickTime Components menu…", &CAppStartUp::NotYet},
+    {"Finishing menu creation", &CAppStartUp::NotYet},
+    {"Initializing Fast CDG Upscaling", &CAppStartUp::BuildUpscalingTables},
+    {"Building Venues", &CAppStartUp::NotYet},
+    {"Loading Zipper", &CAppStartUp::NotYet},
+    {"Initializing Microphone", &CAppStartUp::NotYet},
+    {"Showing Windows", &CAppStartUp::ShowWindows},
+    {"Version Checking", &CAppStartUp::NotYet},
+    {"", &CAppStartUp::CloseProgress},
+    {"Mounting media", &CAppStartUp::NotYet},
+    {"Loading Music Stores", &CAppStartUp::NotYet},
+    {"Flushing Events", &CAppStartUp::FlushEvents},
+    {"Sorting Library", &CAppStartUp::NotYet},
+    {"", &CAppStartUp::MarkReady},
+};
+
+CAppStartUp::CAppStartUp(CApp& app) : i_app(app) {}
+CAppStartUp::~CAppStartUp() = default;
+
+void CAppStartUp::Run() {
+    for (const Stage& stage : kStages) {
+        if (!stage.words.empty()) Say(stage.words);
+        (this->*stage.act)();
+    }
+}
+
+void CAppStartUp::Say(std::string_view words) {
+    Log(words);
+    if (i_app.i_curScope) i_app.i_curScope->SetText(words);
+}
+
+void CAppStartUp::TagMainThread() {
+    TagThread(0, false);
+    i_initializing = std::make_unique<CScopedInitializing>(i_app, true);
+}
+
+void CAppStartUp::CreateThreadManager() {
+    i_app.i_threads = std::make_unique<CThreadManager>();
+    i_app.i_alerts = std::make_unique<CAlerts>(i_app.Ui());
+}
+
+void CAppStartUp::LoadPreferences() {
+    i_app.i_prefs = std::make_unique<CPreferences>(i_app.i_setup.prefs);
+}
+
+void CAppStartUp::LogHeadline() {
+    LogF("%s %s", "-------------------- New Vopla", "Log --------------------\n");
+}
+
+void CAppStartUp::LogSystemFacts() {
+    Log(CApp::GetVersionString());
+    LogF("Date/Time:     %s\n", LocalTimeText().c_str());
+    for (const std::string& line : SystemFactLines()) Log(line);
+}
+
+void CAppStartUp::TestMediaLibrary() {
+    if (MediaLibraryVersion() >= kMediaLibrary_Minimum) return;
+    FatalAlert("Vopla requires FFmpeg 5.0 or greater.");
+}
+
+void CAppStartUp::FindApplicationFolder() {
+    std::error_code err;
+    if (std::filesystem::is_directory(i_app.i_setup.resources, err)) return;
+    Log("Failed!");
+    FatalAlert("Could not get app bundle");
+}
+
+void CAppStartUp::InstallIdleTimers() {
+    // The save timer first: SetDirty reaches it as element 0.
+    i_app.i_timers = {new CT_IdleTimer_Save(i_app), new CT_Timer_LogTime(), new CT_IdleTimer_NoSleep(i_app),
+                      new CT_Timer_VideoRefresh(i_app), new CT_IdleTimer_App(i_app)};   // owned by the map of forks
+}
+
+void CAppStartUp::OpenProgress() {
+    i_app.i_curScope = i_app.Ui().OpenProgress("Initializing " + CApp::DisplayName());
+}
+
+void CAppStartUp::LoadDatabase() { i_loadedB = true; }
+
+void CAppStartUp::CreateWindows() {
+    for (const WindowKind kind : {PREF_Wind_BROWSER, PREF_Wind_VIDEO2, PREF_Wind_VIDEO, PREF_Wind_TASKS})
+        i_app.Windows().Create(kind);
+    i_app.i_hasMainWindowB.store(true, std::memory_order_release);
+}
+
+void CAppStartUp::BuildUpscalingTables() { CHq4x::InitTables(); }
+
+void CAppStartUp::ShowWindows() {
+    if (!i_loadedB) return;
+    i_app.ShowWindowsAsSaved();
+}
+
+void CAppStartUp::CloseProgress() {
+    i_app.i_curScope.reset();
+    i_initializing.reset();
+}
+
+void CAppStartUp::FlushEvents() { i_app.MainLoop().FlushInput(); }
+
+void CAppStartUp::MarkReady() {
+    i_app.SetStatus("");
+    i_app.i_appReadyB.store(true, std::memory_order_release);
+    Log("Ready!");
+}

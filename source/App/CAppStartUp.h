@@ -1,0 +1,50 @@
+#pragma once
+#include <memory>
+#include <optional>
+#include <string_view>
+
+class CApp;
+class CScopedInitializing;
+
+/** The start-up of the application object: a table of stages, each with its words and its act. A stage whose subsystem is
+    not there yet logs its words and does nothing.
+    Threads  main. Lives for the length of CApp's constructor. */
+class CAppStartUp {
+public:
+    explicit CAppStartUp(CApp& app);
+    ~CAppStartUp();
+    /** Runs every stage in order. Throws CAppFailure when the application cannot run. */
+    void Run();
+
+private:
+    using Act = void (CAppStartUp::*)();
+    struct Stage {
+        std::string_view words;   // empty: a silent step
+        Act act;
+    };
+    static const Stage kStages[];
+
+    void NotYet() {}
+    void TagMainThread();
+    void CreateThreadManager();
+    void LoadPreferences();
+    void LogHeadline();
+    void LogSystemFacts();
+    void TestMediaLibrary();
+    void FindApplicationFolder();
+    void InstallIdleTimers();
+    void OpenProgress();
+    void LoadDatabase();
+    void CreateWindows();
+    void BuildUpscalingTables();
+    void ShowWindows();
+    void CloseProgress();
+    void FlushEvents();
+    void MarkReady();
+
+    void Say(std::string_view words);
+
+    CApp& i_app;
+    std::unique_ptr<CScopedInitializing> i_initializing;   // until the progress window closes
+    bool i_loadedB = false;                                // the library load was not refused
+};

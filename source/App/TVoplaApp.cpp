@@ -1,0 +1,82 @@
+#include "App/TVoplaApp.h"
+
+#include "App/CAppFailure.h"
+#include "App/CPicturePlay.h"
+#include "Core/CAlerts.h"
+#include "Core/CLog.h"
+#include "Core/CMainThreadProc.h"
+#include "Core/WaitMode.h"
+#include "Platform/CMainLoop.h"
+#include "Platform/CUserInterface.h"
+
+TVoplaApp* gVoplaApp = nullptr;
+
+namespace {
+
+constexpr long kInitLevel_Globals = 2;
+/** The loop wakes at least 20 times a second, whatever else happens. */
+constexpr std::uint32_t kHeartbeat_Milliseconds = 50;
+
+}   // namespace
+
+TVoplaApp::TVoplaApp(const AppSetup& setup) : i_setup(setup) { gVoplaApp = this; }
+
+TVoplaApp::~TVoplaApp() { gVoplaApp = nullptr; }
+
+void TVoplaApp::StartUp() {
+    const auto splash = i_setup.ui.OpenProgress(CApp::DisplayName());
+    for (const char* const stageZ : {"Initializing COM", "Allocating File Manager", "Initializing Globals"}) {
+        splash->SetText(stageZ);
+        Log(stageZ);
+    }
+    i_initLevelL = kInitLevel_Globals;
+    splash->SetText("Allocating App Globals");
+    i_app = std::make_unique<CApp>(i_setup);
+    splash->SetText("Catching Breath");
+}
+
+int TVoplaApp::Run(const std::string& commandLine) {
+    const CMainLoop::TimerID heartbeat = i_setup.loop.SetTimer(0, kHeartbeat_Milliseconds, [] {});
+    HandleCommandLine(commandLine);
+    while (!i_quitB) i_app->RunLoopPass();
+    i_setup.loop.KillTimer(heartbeat);
+    return 0;
+}
+
+void TVoplaApp::ShutDown() {
+    i_play.reset();
+    i_app.reset();
+    i_initLevelL = 0;
+}
+
+void TVoplaApp::RequestQuit(QuitAsk ask) {
+    i_setup.loop.Post([this, ask] {
+        if (i_app == nullptr || i_askingB) return;   // not up yet, or the question is on the screen already
+        i_askingB = true;
+        if (i_app->PrepareToQuit(ask == QuitAsk::kUser)) i_quitB = true;
+        i_askingB = false;
+    });
+}
+
+void TVoplaApp::OnSecondInstance(const std::string& commandLine) {
+    i_setup.loop.Post([this, commandLine] {
+        Log("got launch file msg");
+        if (commandLine.empty()) {
+            MessageAlert("You can't run more than one copy of Vopla at once!");
+            return;
+        }
+        Log(commandLine);
+        HandleCommandLine(commandLine);
+    });
+}
+
+void TVoplaApp::HandleCommandLine(const std::string& commandLine) {
+    if (commandLine.empty() || i_app == nullptr || i_app->IsInitializing() || i_app->IsShutdown()) return;
+    if (!i_app->ConfirmManualSongChange(1)) return;
+    auto play = std::make_unique<CPicturePlay>(*i_app);
+    if (const OSErr err = play->Start(commandLine); Failed(err)) {
+        MessageAlert("The file could not be played: " + commandLine, ErrorText(err));
+        return;
+    }
+    i_play = std::move(play);
+}

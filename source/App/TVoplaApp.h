@@ -1,0 +1,44 @@
+#pragma once
+#include <memory>
+#include <string>
+
+#include "Core/CApp.h"
+
+class CPicturePlay;
+
+/** Whether a wish to quit may be put to the user: a window that was closed asks, a signal of the system does not. */
+enum class QuitAsk : bool { kNobody, kUser };
+
+/** The application object of events and windows: brings `CApp` up, runs the loop, takes it down.
+    Threads  main, but RequestQuit and OnSecondInstance (any). */
+class TVoplaApp {
+public:
+    explicit TVoplaApp(const AppSetup& setup);
+    ~TVoplaApp();
+    TVoplaApp(const TVoplaApp&) = delete;
+    TVoplaApp& operator=(const TVoplaApp&) = delete;
+
+    /** The start-up hook; throws CAppFailure when the application cannot run. */
+    void StartUp();
+    /** Handles `commandLine` (the path of a file, or empty), then passes of the loop until the quit was allowed. */
+    int Run(const std::string& commandLine);
+    /** The shut-down hook. */
+    void ShutDown();
+
+    /** Ends the loop, once there is nothing to lose or the user agrees. */
+    void RequestQuit(QuitAsk ask);
+    /** What a second start sent: a path, or nothing, which is told to the user. */
+    void OnSecondInstance(const std::string& commandLine);
+
+private:
+    void HandleCommandLine(const std::string& commandLine);
+
+    AppSetup i_setup;
+    std::unique_ptr<CApp> i_app;
+    std::unique_ptr<CPicturePlay> i_play;   // the file of the command line, playing
+    long i_initLevelL = 0;
+    bool i_quitB = false;
+    bool i_askingB = false;
+};
+
+extern TVoplaApp* gVoplaApp;

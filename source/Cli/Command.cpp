@@ -1,0 +1,63 @@
+#include "Cli/Command.h"
+
+#include <ostream>
+#include <string_view>
+
+#include "Cli/CliCdg.h"
+#include "Cli/CliContext.h"
+#include "Cli/CliName.h"
+#include "Cli/CliPrefs.h"
+
+namespace {
+
+struct CommandRow {
+    std::string_view name;
+    int (*run)(const CliContext&, std::span<const std::string> words);
+    std::string_view usage;
+};
+
+constexpr CommandRow kCommands[] = {
+    {"cdg", &RunCdg,
+     "  cdg frame FILE --at SECONDS --out PNG [--visible] [--hq4x] [--channels MASK]\n"
+     "  cdg info FILE\n"
+     "  cdg bench FILE\n"},
+    {"prefs", &RunPrefs,
+     "  prefs get KEY\n"
+     "  prefs set KEY VALUE\n"
+     "  prefs list\n"},
+    {"name", &RunName, "  name conform TEXT\n"},
+};
+
+void PrintUsage(std::ostream& out) {
+    out << "usage: vopla-cli [--root DIR] [--json] COMMAND ...\n";
+    for (const auto& row : kCommands) out << row.usage;
+}
+
+}   // namespace
+
+int RunCommand(std::span<const std::string> words, std::ostream& out, std::ostream& err) {
+    CliContext context{.root = {}, .jsonB = false, .out = out, .err = err};
+    // The options that every command has stand before its name.
+    while (!words.empty() && words.front().starts_with("--")) {
+        const std::string& option = words.front();
+        if (option == "--json") {
+            context.jsonB = true;
+        } else if (option == "--root" && words.size() > 1 && !words[1].empty()) {
+            context.root = words[1];
+            words = words.subspan(1);
+        } else if (option == "--help") {
+            PrintUsage(out);
+            return 0;
+        } else {
+            return CliUsage(context, "unknown option " + option);
+        }
+        words = words.subspan(1);
+    }
+    if (words.empty()) {
+        PrintUsage(err);
+        return 2;
+    }
+    for (const auto& row : kCommands)
+        if (row.name == words.front()) return row.run(context, words.subspan(1));
+    return CliUsage(context, "unknown command " + words.front());
+}

@@ -1,0 +1,133 @@
+#pragma once
+#include <array>
+#include <atomic>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Core/CPreferences.h"
+#include "Core/CThreadHost.h"
+#include "Platform/OSErr.h"
+
+class CAlerts;
+class CAppWindows;
+class CCrashReporter;
+class CMainLoop;
+class CPlayingSong;
+class CProgressView;
+class CSaveTarget;
+class CT_Timer;
+class CThreadManager;
+class CUserInterface;
+enum class WindowKind : short;
+
+inline constexpr const char* kApp_ProductName = "Vopla";
+inline constexpr const char* kApp_Version = "1.0a01r13";
+
+/** What the application object is given: the machine behind its interfaces. All outlive it. */
+struct AppSetup {
+    CMainLoop& loop;
+    CUserInterface& ui;
+    CAppWindows& windows;
+    std::filesystem::path resources;   // the folder of what is installed beside the program
+    PrefsFiles prefs;
+};
+
+/** The model-side application object: its constructor is the whole start-up, its destructor the whole quit. It owns the
+    subsystems; its states are constructing, ready, quitting and no-more-saves, one way and in that order.
+    Threads  main, but for the questions marked "any thread". */
+class CApp final : public CThreadHost {
+public:
+    explicit CApp(const AppSetup& setup);
+    ~CApp() override;
+    CApp(const CApp&) = delete;
+    CApp& operator=(const CApp&) = delete;
+
+    /** True while windows and database come up. Any thread. */
+    [[nodiscard]] bool IsInitializing() const { return i_initializingB.load(std::memory_order_relaxed); }
+    /** True from the permission to quit on. Any thread. */
+    [[nodiscard]] bool IsShutdown() const { return i_shutdownB.load(std::memory_order_acquire); }
+    /** True from the last act of the start-up on; nothing idles before. Any thread. */
+    [[nodiscard]] bool IsAppReady() const override { return i_appReadyB.load(std::memory_order_acquire); }
+    /** True once no save may start any more. Any thread. */
+    [[nodiscard]] bool NoMoreSaves() const { return i_no_more_savesB.load(std::memory_order_acquire); }
+
+    [[nodiscard]] CPreferences& Prefs() { return *i_prefs; }
+    [[nodiscard]] CThreadManager& Threads() { return *i_threads; }
+    [[nodiscard]] CMainLoop& MainLoop() override { return i_setup.loop; }
+    [[nodiscard]] CUserInterface& Ui() { return i_setup.ui; }
+    [[nodiscard]] CAppWindows& Windows() { return i_setup.windows; }
+    [[nodiscard]] CSaveTarget& SaveTarget() { return *i_saveTarget; }
+    /** "Vopla" and the version, the name in titles. */
+    [[nodiscard]] static std::string DisplayName();
+    /** The display name, a blank, and the version again. */
+    [[nodiscard]] static std::string GetVersionString();
+
+    /** Something has changed: the save comes 2 idle seconds after the first change. Any thread. */
+    void SetDirty(bool dirtyB);
+    /** Keeps the picture and the task list alive in a long operation of the main thread; costs one clock read when its
+        time has not come. Does nothing on a preemptive thread. */
+    void IdleGraphics(const char* whoZ, bool forcedB) override;
+    /** One pass: early calls, messages, deferred events. Waits 50 ms at most for a message. */
+    void RunLoopPass() override;
+    /** True once the browser window stands, or never will (headless). Any thread. */
+    [[nodiscard]] bool HasMainWindow() const override { return i_hasMainWindowB.load(std::memory_order_acquire); }
+    std::unique_ptr<ScopedCrashReporter> InstallCrashReporter(std::string_view threadName) override;
+
+    /** An event for the end of this pass of the run loop: 'drty' or 'BadS'. Any thread. */
+    void PostEvent(PostEventKind kind, long dataL = 0);
+
+    /** True when the user lets the application quit; sets the shutdown flag and stops the song then. */
+    [[nodiscard]] bool PrepareToQuit(bool askB = true);
+    /** May the song that plays be interrupted? Mode 3 always asks, 1 and 2 ask when the preferences say so. */
+    [[nodiscard]] bool ConfirmManualSongChange(long modeL);
+
+    /** The song that plays; not owned. Null for none. The video windows show its picture. */
+    void SetCurrentSong(CPlayingSong* songP);
+    [[nodiscard]] bool IsSongPlaying() const override;
+
+    /** Shows a status text of the model in the browser window. Main thread only. */
+    void SetStatus(std::string_view text);
+
+    // What the idle timers do when they fire.
+    [[nodiscard]] OSErr FireSaveTimer(CT_Timer& timer);
+    void FireVideoRefresh();
+    void FireIdle();
+    void FireNoSleep();
+
+private:
+    friend class CAppStartUp;
+    friend class CAppQuit;
+    friend class CScopedInitializing;
+
+    void ShowWindowsAsSaved();
+    [[nodiscard]] bool AskToInterrupt();
+    OSErr SavePreferences();
+    void HandlePostEvent(PostEventKind kind);
+
+    AppSetup i_setup;
+    std::vector<CT_Timer*> i_timers;   // the save timer is element 0; the map of forks owns them
+    std::atomic<bool> i_initializingB{false};
+    double i_lastIdleGraphicsT;
+    double i_lastIdleTasksT;
+    std::unique_ptr<CThreadManager> i_threads;
+    std::unique_ptr<CPreferences> i_prefs;
+    std::unique_ptr<CAlerts> i_alerts;
+    std::unique_ptr<CSaveTarget> i_saveTarget;
+    std::unique_ptr<CProgressView> i_curScope;   // start-up and quit only
+    bool i_idleGraphicsB = true;
+    bool i_resizing_windB = false;
+    std::atomic<bool> i_appReadyB{false};
+    std::atomic<bool> i_hasMainWindowB{false};
+    std::atomic<long> i_lostSongsL{0};   // counted by 'BadS'
+    mutable std::recursive_mutex i_currentSongLock;   // recursive: a song that draws may stop itself
+    CPlayingSong* i_currentSongP = nullptr;           // guarded by i_currentSongLock
+    std::atomic<bool> i_shutdownB{false};
+    std::atomic<bool> i_no_more_savesB{false};
+};
+
+/** The one application object, null before its birth and after its death. Set on the main thread alone. */
+extern CApp* gApp;

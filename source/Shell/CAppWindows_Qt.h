@@ -1,0 +1,40 @@
+#pragma once
+#include <QPointer>
+#include <functional>
+#include <map>
+#include <memory>
+
+#include "App/CAppWindows.h"
+
+class QWidget;
+class XVideoWindow;
+
+/** The windows of the desktop. Closing the browser window, or the video window while there is no browser window, asks the
+    application to quit.
+    Threads  main. Owns its windows. */
+class CAppWindows_Qt final : public CAppWindows {
+public:
+    /** `askToQuit` is called when the user closes the last window that can be worked with. */
+    explicit CAppWindows_Qt(std::function<void()> askToQuit);
+    ~CAppWindows_Qt() override;
+
+    void Create(WindowKind kind) override;
+    void Dispose(WindowKind kind) override;
+    bool Exists(WindowKind kind) const override;
+    void Show(WindowKind kind) override;
+    void Hide(WindowKind kind) override;
+    void Select(WindowKind kind) override;
+    void SetPlace(WindowKind kind, const Place& place) override;
+    std::optional<Place> PlaceOf(WindowKind kind) const override;
+    void ShowPicture(const CPixels& picture) override;
+    void ClearPicture() override;
+    void SetStatus(std::string_view text) override;
+    void KeepDisplayOn() override;
+
+private:
+    [[nodiscard]] QWidget* Find(WindowKind kind) const;
+
+    std::function<void()> i_askToQuit;
+    std::map<WindowKind, std::unique_ptr<QWidget>> i_windows;
+    const CPixels* i_pictureP = nullptr;   // the caller's
+};

@@ -1,0 +1,15 @@
+#pragma once
+#include "Platform/CUserInterface.h"
+
+/** The dialogs of the desktop. Texts are shown as plain text: a file's name is never read as markup.
+    Threads  main. */
+class CUserInterface_Qt final : public CUserInterface {
+public:
+    void Alert(std::string_view message, std::string_view detail) override;
+    Answer Ask(const Question& question) override;
+    std::unique_ptr<CProgressView> OpenProgress(std::string_view title) override;
+    std::optional<std::filesystem::path> ChooseFolder(std::string_view prompt) override;
+    std::optional<std::size_t> PickFromList(std::string_view prompt, std::span<const std::string> rows) override;
+    bool OpenPage(std::string_view url) override;
+    void Beep() override;
+};

@@ -1,0 +1,25 @@
+#include "Shell/Options.h"
+
+std::optional<Options> ReadOptions(std::span<const std::string> words) {
+    Options options;
+    bool onlyFilesB = false;
+    for (std::size_t n = 0; n < words.size(); ++n) {
+        const std::string& word = words[n];
+        if (!onlyFilesB && word == "--") {
+            onlyFilesB = true;
+        } else if (!onlyFilesB && word == "--headless") {
+            options.headlessB = true;
+        } else if (!onlyFilesB && (word == "--help" || word == "-h")) {
+            options.helpB = true;
+        } else if (!onlyFilesB && word == "--root" && n + 1 < words.size() && !words[n + 1].empty()) {
+            options.root = words[++n];
+        } else if ((!onlyFilesB && word.starts_with("-")) || word.empty() || !options.file.empty()) {
+            return std::nullopt;
+        } else {
+            std::error_code err;   // no current folder: the path stays as it was given
+            const auto absolute = std::filesystem::absolute(word, err);
+            options.file = err ? word : absolute.string();
+        }
+    }
+    return options;
+}
