@@ -26,6 +26,7 @@ public:
 namespace {
 
 constexpr double kWait_MostT = 3600.0;
+constexpr int kNudge_Milliseconds = 10;
 
 bool IsInput(QEvent::Type type) {
     switch (type) {
@@ -58,6 +59,11 @@ public:
         i_timer.setSingleShot(true);
         i_timer.setTimerType(Qt::PreciseTimer);
         connect(&i_timer, &QTimer::timeout, this, &Receiver::OnTimer);
+        i_nudge.setSingleShot(true);
+        i_nudge.setInterval(kNudge_Milliseconds);
+        connect(&i_nudge, &QTimer::timeout, this, [this] {
+            if (!i_heldB) QCoreApplication::eventDispatcher()->wakeUp();   // else the end of the dispatch starts it anew
+        });
         QCoreApplication::instance()->installEventFilter(this);
     }
     ~Receiver() override {
@@ -109,9 +115,13 @@ public:
         QAbstractEventDispatcher* const dispatcherP = QCoreApplication::eventDispatcher();
         if (dispatcherP == nullptr) return false;
         const bool outerB = std::exchange(i_heldB, true);
+        // A message of the user that was left in the queue is not looked at again by itself.
+        const bool userB = !flags.testFlag(QEventLoop::ExcludeUserInputEvents);
+        if (userB && QWindowSystemInterface::windowSystemEventsQueued() > 0) dispatcherP->wakeUp();
         const bool doneB = dispatcherP->processEvents(flags);
         i_heldB = outerB;
         const std::scoped_lock guard(i_lock);
+        if (!userB && QWindowSystemInterface::windowSystemEventsQueued() > 0) i_nudge.start();
         if (!i_calls.empty()) Announce();   // the event that was held is gone: Qt's own loop needs another
         return doneB;
     }
@@ -161,6 +171,7 @@ private:
     std::atomic<bool> i_wokenB{false};
     CTimerTable i_timers;
     QTimer i_timer;
+    QTimer i_nudge;   // makes Qt's own loop see the user's messages that a limited pump left behind
     double i_inputT = CClock::Get().SteadyT();
     bool i_heldB = false;   // Qt dispatches for us: calls and timers wait
     bool i_eatB = false;    // input is being flushed

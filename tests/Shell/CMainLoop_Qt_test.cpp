@@ -1,0 +1,138 @@
+#include "Shell/CMainLoop_Qt.h"
+
+#include <QtCore/QTimer>
+#include <QtGui/QKeyEvent>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QWidget>
+
+#include "Platform/MainLoopSuite.h"
+
+// What a platform plug-in calls when a key comes from the window system; its header comes with the plug-ins only.
+class QWindowSystemInterface {
+public:
+    struct DefaultDelivery {};
+    template <class Delivery>
+    static bool handleKeyEvent(QWindow* windowP, QEvent::Type type, int key, Qt::KeyboardModifiers modifiers,
+                               const QString& text, bool autoRepeatB, ushort count);
+};
+
+namespace {
+
+/** One application object for the whole program, without a display. */
+QApplication& App() {
+    static int s_countL = 1;
+    static char s_name[] = "test_Shell";
+    static char* s_arguments[] = {s_name, nullptr};
+    static QApplication* const s_appP = [] {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        return new QApplication(s_countL, s_arguments);
+    }();
+    return *s_appP;
+}
+
+/** A window that hands its key presses on. */
+class KeyWindow final : public QWidget {
+public:
+    std::vector<CMainLoop::Proc> i_works;
+
+protected:
+    void keyPressEvent(QKeyEvent* /*eventP*/) override {
+        if (i_works.empty()) return;
+        const CMainLoop::Proc work = i_works.front();
+        i_works.erase(i_works.begin());
+        work();
+    }
+};
+
+struct QtForm {
+    QApplication& i_app = App();
+    CMainLoop_Qt i_loop;
+    std::unique_ptr<KeyWindow> i_windowP;
+
+    CMainLoop& Loop() { return i_loop; }
+    void UserDoes(CMainLoop::Proc work) {
+        if (!i_windowP) {
+            i_windowP = std::make_unique<KeyWindow>();
+            i_windowP->show();
+            i_windowP->activateWindow();
+            while (!i_windowP->isActiveWindow()) QApplication::processEvents();
+        }
+        i_windowP->i_works.push_back(std::move(work));
+        QWindowSystemInterface::handleKeyEvent<QWindowSystemInterface::DefaultDelivery>(
+            i_windowP->windowHandle(), QEvent::KeyPress, Qt::Key_A, Qt::NoModifier, "a", false, 1);
+    }
+};
+
+/** Qt's own loop runs the same messages: a dialog that is open holds nothing up. */
+TEST(CMainLoop_Qt, WorksInsideQtsOwnLoop) {
+    App();
+    CMainLoop_Qt loop;
+    std::string done;
+    int ticksL = 0;
+    loop.SetTimer(0, 1, [&] { ++ticksL; });
+    std::thread worker([&] {
+        for (const char letter : std::string("abc")) loop.Post([&done, letter] { done += letter; });
+        loop.Post([] { QApplication::quit(); });
+    });
+    QApplication::exec();
+    worker.join();
+    EXPECT_EQ(done, "abc");
+    loop.SetTimer(0, 20, [] { QApplication::quit(); });
+    QApplication::exec();
+    EXPECT_GT(ticksL, 0);
+}
+
+/** A loop of Qt's inside a call, inside a pump: what was held while we dispatched comes through. */
+TEST(CMainLoop_Qt, ADialogInsideAPumpedCallStillGetsCalls) {
+    App();
+    CMainLoop_Qt loop;
+    std::string done;
+    loop.Post([&] {
+        done += '(';
+        QEventLoop dialog;
+        loop.Post([&] {
+            done += 'i';
+            dialog.quit();
+        });
+        dialog.exec();
+        done += ')';
+    });
+    loop.PumpOne(kMessage_All);
+    EXPECT_EQ(done, "(i)");
+}
+
+/** A pump of ours inside a message of Qt's, after which Qt goes on. */
+TEST(CMainLoop_Qt, APumpInsideQtsLoopLosesNoWakeUp) {
+    App();
+    CMainLoop_Qt loop;
+    std::string done;
+    QTimer::singleShot(0, qApp, [&] {
+        loop.Post([&] { done += 'a'; });
+        loop.Post([&] { done += 'b'; });
+        loop.PumpOne(static_cast<MessageKinds>(MessageKind::kPaint));   // holds the calls' own event
+        EXPECT_EQ(done, "");
+        loop.Post([&] { QApplication::quit(); });
+    });
+    QApplication::exec();
+    EXPECT_EQ(done, "ab");
+}
+
+/** A key that a limited pump left behind reaches Qt's own loop without another event to wake it. */
+TEST(CMainLoop_Qt, InputLeftBehindReachesQtsOwnLoop) {
+    QtForm form;
+    bool doneB = false;
+    form.UserDoes([&] {
+        doneB = true;
+        QApplication::quit();
+    });
+    for (int n = 0; n < 5; ++n) form.i_loop.PumpOne(kNoInput);
+    form.i_loop.Wait(0.01, kNoInput);
+    EXPECT_FALSE(doneB);
+    QTimer::singleShot(5000, qApp, [] { QApplication::quit(); });
+    QApplication::exec();
+    EXPECT_TRUE(doneB);
+}
+
+}   // namespace
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Qt, MainLoopSuite, QtForm);
