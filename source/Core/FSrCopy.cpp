@@ -18,9 +18,9 @@ constexpr int kDepth_Most = 256;
 class CopyInWork {
 public:
     ~CopyInWork() {
-        if (!i_heldB) return;
-        static_cast<void>(i_fork.Close());
-        CFileCalls::Get().Unlink(i_file.GetPath()) == 0 ? void() : Log("### Error CopyFileToFolder: clean up");
+        if (!i_heldB) return;   // else unlinked while the lock is ours: after it the name may be another's
+        if (const int err = CFileCalls::Get().Unlink(i_file.GetPath()); err != 0)
+            static_cast<void>(LogStep(FSError(err, "unlink", i_file.GetPath()), "CopyFileToFolder: clean up"));
     }
     OSErr FindOrCreate(const CFileRef& folder, std::string_view name) {
         i_file = CFileRef(folder, CopyInWorkName(name));
@@ -30,9 +30,14 @@ public:
     OSErr Open() {
         if (const OSErr err = i_fork.Open(i_file, FileAccess::kCreate); Failed(err)) return err;
         // A volume without locks cannot tell; then the copy goes on, as it would without this look.
-        const OSErr err = i_fork.Lock();
-        i_heldB = err != opWrErr;
-        return i_heldB ? noErr : err;
+        if (const OSErr err = i_fork.Lock(); err == opWrErr) return err;
+        // The one who had it may have put the file in place between our opening and our lock: that is no work file now.
+        FileInfo open, named;
+        if (const OSErr err = i_fork.Look(open); Failed(err)) return err;
+        if (const int err = CFileCalls::Get().Look(i_file.GetPath(), false, named); err != 0)
+            return err == ENOENT ? opWrErr : FSError(err, "stat", i_file.GetPath());
+        i_heldB = FileIdentity::Of(open).Is(FileIdentity::Of(named)) && open.deviceL == named.deviceL;
+        return i_heldB ? noErr : opWrErr;
     }
     CDataFork& Fork() { return i_fork; }
     OSErr PutInPlace(const CFileRef::Path& to) {
