@@ -201,3 +201,44 @@ bool CApp::AskToInterrupt() {
     return Ui().Ask(question).buttonIndex == 0;
 }
 
+
+void CApp::NoteGraphicsDrawn() { i_lastIdleGraphicsT = CClock::Get().SteadyT(); }
+
+namespace {
+
+/** The windows whose places are kept, by their names in the preferences; full screen has a key of its own. */
+constexpr struct {
+    WindowKind kind;
+    const char* nameZ;
+    const char* fullScreenKeyZ;
+} kKept_Windows[] = {
+    {PREF_Wind_BROWSER, "Browser", nullptr},
+    {PREF_Wind_VIDEO2, "Video 2", "Full Screen2"},
+    {PREF_Wind_VIDEO, "Video", "Full Screen"},
+    {PREF_Wind_TASKS, "Tasks", nullptr},
+};
+
+}   // namespace
+
+void CApp::ShowWindowsAsSaved() {
+    for (const auto& row : kKept_Windows) {
+        const auto record = Prefs().Window(row.nameZ);
+        const bool firstB = !record.has_value();
+        if (!firstB) {
+            const bool fullScreenB = row.fullScreenKeyZ != nullptr && Prefs().GetBool(row.fullScreenKeyZ);
+            Windows().SetPlace(row.kind, {record->topS, record->leftS, record->bottomS, record->rightS,
+                                          record->visibleB, fullScreenB});
+        }
+        if (firstB || record->visibleB) Windows().Show(row.kind);
+    }
+    Windows().Select(PREF_Wind_VIDEO);
+    Windows().Select(PREF_Wind_BROWSER);   // last, so that it ends in front
+}
+
+std::vector<WindowRecord> CApp::WindowRecords() const {
+    std::vector<WindowRecord> records;
+    for (const auto& row : kKept_Windows)
+        if (const auto place = i_setup.windows.PlaceOf(row.kind); place.has_value())
+            records.push_back({row.nameZ, place->top, place->left, place->bottom, place->right, place->visibleB});
+    return records;
+}

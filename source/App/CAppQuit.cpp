@@ -93,6 +93,16 @@ void CAppQuit::RemoveTimers() {
     i_app.i_timers.clear();
 }
 
+void CAppQuit::ClosePreferences() {
+    if (!i_app.i_prefs) return;
+    const ScopedValue<bool> writing(i_app.i_resizing_windB, false);
+    // The last save is logged whatever the master switch says; the switches themselves live on in the log.
+    const bool masterB = CLog::Get().IsOn(LogSwitch::kLogging);
+    CLog::Get().SetSwitch(LogSwitch::kLogging, true);
+    i_app.i_prefs.reset();
+    CLog::Get().SetSwitch(LogSwitch::kLogging, masterB);
+}
+
 void CAppQuit::DeleteAlertQueue() { i_app.i_alerts.reset(); }
 
 void CAppQuit::DeleteThreadManager() { i_app.i_threads.reset(); }

@@ -10,9 +10,12 @@
 #include "Core/CAlerts.h"
 #include "Core/CLog.h"
 #include "Core/CPreferences.h"
+#include "Core/CSafeSave.h"
+#include "Core/CFileRef.h"
 #include "Core/CThreadManager.h"
 #include "Core/ThreadInfo.h"
 #include "Graphics/CHq4x.h"
+#include "Platform/CFolders.h"
 #include "Platform/CMainLoop.h"
 
 // The order is the contract: what stands further down may rely on all above it.
@@ -86,7 +89,18 @@ void CAppStartUp::CreateThreadManager() {
 }
 
 void CAppStartUp::LoadPreferences() {
-    i_app.i_prefs = std::make_unique<CPreferences>(i_app.i_setup.prefs);
+    PrefsOptions options;
+    options.replace = [](const std::filesystem::path& file, std::span<const std::byte> bytes) {
+        return SafeSave(CFileRef(file), bytes);
+    };
+    options.musicFolder = CFolders::Music() / "Vopla Music";
+    options.cacheFolder = CFolders::Cache() / "Vopla";
+    options.defaultColumns = i_app.i_setup.resources / "Default Columns.plist";
+    options.windows = [this_app = &i_app] { return this_app->WindowRecords(); };
+    options.onDirty = [this_app = &i_app] {
+        if (this_app->IsAppReady()) this_app->SetDirty(true);
+    };
+    i_app.i_prefs = std::make_unique<CPreferences>(i_app.i_setup.prefs, std::move(options));
 }
 
 void CAppStartUp::LogHeadline() {

@@ -3,25 +3,60 @@
 #include <memory>
 
 #include "App/CPlayingSong.h"
+#include "Core/CMainThreadProc.h"
+#include "Graphics/CGraphicsClock.h"
+#include "Graphics/CGraphicsSong.h"
+#include "Graphics/CGraphicsTarget.h"
+#include "Graphics/CSubCodeStream_Memory.h"
 
 class CApp;
+class CGraphics;
+class CT_DriftFree_Graphics;
+struct GraphicsPace;
 
-/** One CD+G file, shown without sound: its stream, its decoder, and the drift-free clock that paces them.
-    Owner    TVoplaApp. Threads  main; the clock thread it owns adds to the pending time alone. */
-class CPicturePlay final : public CPlayingSong {
+/** One CD+G file, shown without sound: its stream, its decoder, and the drift-free thread that paces them.
+    Owner    TVoplaApp. Threads  main. */
+class CPicturePlay final : public CPlayingSong, private CGraphicsSong, private CGraphicsTarget {
 public:
     explicit CPicturePlay(CApp& app);
     ~CPicturePlay() override;
 
-    /** Reads `file` and starts. fnfErr, eofErr when there is not one packet in it; the application is as before then. */
+    /** Reads `file` and starts. fnfErr, eofErr when there is not one packet in it. */
     OSErr Start(const std::filesystem::path& file);
+    /** The picture of `time300`; forward executes what lies between, backwards replays from the start. */
+    OSErr Seek(long time300);
+    [[nodiscard]] long Time300() const { return i_clock.Now(); }
+    [[nodiscard]] const CGraphics& Graphics() const { return *i_graphics; }
 
-    bool IsPlaying() const override;
+    bool IsPlaying() const override { return i_playingB; }
     void VideoIdle(bool forcedB) override;
     void Stop() override;
 
 private:
-    struct Parts;
+    // What the picture asks of its song.
+    CGraphicsClock& Clock() override { return i_clock; }
+    CSubCodeStream* Stream() override { return &i_stream; }
+    bool IsPaused() const override { return !i_playingB; }
+    bool IsAtEnd() const override { return false; }   // the stream's end is the song's
+    bool IsAudioFinished() const override { return true; }
+    bool IsVideoSong() const override { return false; }
+    CGraphicsMovie* Movie() override { return nullptr; }
+    std::uint16_t ChannelMask() const override { return 0xFFFF; }
+    long SyncSlip300() const override;
+    bool IsChangingSong() const override { return false; }
+    bool IsQuitting() const override;
+    void PostPlayNext() override;
+    void DeferPlayNext() override {}   // there is no next song
+    void StopAfter(OSErr err) override;
+    void NoteDrawn(double absoluteT) override;
+    void Refresh(const CPixels& picture, bool forceB) override;
+
     CApp& i_app;
-    std::unique_ptr<Parts> i_parts;
+    CGraphicsClock i_clock;
+    CSubCodeStream_Memory i_stream;
+    std::unique_ptr<CGraphics> i_graphics;
+    std::shared_ptr<GraphicsPace> i_pace;
+    ForkID i_threadID = 0;
+    CT_DriftFree_Graphics* i_threadP = nullptr;   // the fork's; lives until it was told to stop
+    bool i_playingB = false;
 };

@@ -77,6 +77,9 @@ public:
     [[nodiscard]] bool HasMainWindow() const override { return i_hasMainWindowB.load(std::memory_order_acquire); }
     std::unique_ptr<ScopedCrashReporter> InstallCrashReporter(std::string_view threadName) override;
 
+    /** A picture was drawn now: IdleGraphics need not hurry. */
+    void NoteGraphicsDrawn();
+
     /** An event for the end of this pass of the run loop: 'drty' or 'BadS'. Any thread. */
     void PostEvent(PostEventKind kind, long dataL = 0);
 
@@ -104,6 +107,7 @@ private:
     friend class CScopedInitializing;
 
     void ShowWindowsAsSaved();
+    [[nodiscard]] std::vector<WindowRecord> WindowRecords() const;
     [[nodiscard]] bool AskToInterrupt();
     OSErr SavePreferences();
     void HandlePostEvent(PostEventKind kind);

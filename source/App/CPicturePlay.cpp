@@ -1,0 +1,80 @@
+#include "App/CPicturePlay.h"
+
+#include "App/CAppWindows.h"
+#include "App/CT_DriftFree_Graphics.h"
+#include "Core/CApp.h"
+#include "Core/CLog.h"
+#include "Core/CPreferences.h"
+#include "Graphics/CGraphics.h"
+#include "Graphics/CHq4x.h"
+
+CPicturePlay::CPicturePlay(CApp& app) : i_app(app) {}
+
+CPicturePlay::~CPicturePlay() {
+    Stop();
+    i_app.SetCurrentSong(nullptr);
+    i_app.Windows().ClearPicture();
+}
+
+OSErr CPicturePlay::Start(const std::filesystem::path& file) {
+    if (const OSErr err = i_stream.LoadFile(file); Failed(err)) return LogStep(err, "reading graphics", file);
+    if (i_stream.LengthUnits() == 0) return LogStep(eofErr, "graphics without a packet", file);
+
+    const bool hq4xB = i_app.Prefs().GetBool("Use hq4x upscaling (fast computers only)");
+    OSErr err = noErr;
+    i_graphics = CGraphics::Make(ChannelMask(), hq4xB ? GraphicsUpscaler(&CHq4x::Scale) : GraphicsUpscaler(), err);
+    if (i_graphics == nullptr) return LogStep(err, "making graphics", file);
+    i_graphics->SetSong(*this);
+    i_graphics->SetTarget(this);
+    i_clock.Start(0);
+    i_playingB = true;
+    i_pace = std::make_shared<GraphicsPace>(i_clock);
+    i_threadP = new CT_DriftFree_Graphics(i_pace);   // owned by its fork from here on
+    i_app.SetCurrentSong(this);
+    i_app.SetStatus(file.filename().string());
+    i_app.Windows().Show(PREF_Wind_VIDEO);
+    LogF("playing graphics <%s>: %zu units", file.c_str(), i_stream.LengthUnits());
+    return noErr;
+}
+
+OSErr CPicturePlay::Seek(long time300) {
+    if (i_graphics == nullptr || time300 < 0) return paramErr;
+    if (time300 < i_clock.Now())
+        if (const OSErr err = i_stream.Rewind(); Failed(err)) return err;
+    i_clock.Seek(time300);
+    return noErr;
+}
+
+void CPicturePlay::VideoIdle(bool forcedB) {
+    if (i_graphics != nullptr) i_graphics->Tick(forcedB);
+}
+
+void CPicturePlay::Stop() {
+    i_playingB = false;
+    if (i_pace == nullptr) return;
+    {
+        const std::scoped_lock guard(i_pace->lock);
+        i_pace->clockP = nullptr;
+    }
+    i_threadP->Stop();   // its fork deletes it
+    i_threadP = nullptr;
+    i_pace.reset();
+}
+
+long CPicturePlay::SyncSlip300() const { return i_app.Prefs().GetLong("Global Song Sync Slip (300ths)", 0); }
+
+bool CPicturePlay::IsQuitting() const { return i_app.IsShutdown(); }
+
+void CPicturePlay::PostPlayNext() {
+    Log("end of the graphics");
+    Stop();
+}
+
+void CPicturePlay::StopAfter(OSErr err) {
+    LogF("graphics stopped: %d", Number(err));
+    Stop();
+}
+
+void CPicturePlay::NoteDrawn(double /*absoluteT*/) { i_app.NoteGraphicsDrawn(); }
+
+void CPicturePlay::Refresh(const CPixels& picture, bool /*forceB*/) { i_app.Windows().ShowPicture(picture); }
