@@ -2,6 +2,7 @@
 
 #include <expat.h>
 #include <charconv>
+#include <utility>
 
 #include "Core/Base64.h"
 #include "Core/CCFDictionary.h"
