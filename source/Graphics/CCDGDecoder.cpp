@@ -191,7 +191,7 @@ Rect CCDGDecoder::Update(const CDGTrueColor& picture, bool skipCopyB) noexcept {
         std::uint32_t* toP = picture.Row(static_cast<std::size_t>(y)) + shown.left;
         const int fromY = y + i_vertical;
         const bool insideB = fromY < kCDGPlane_Area.bottom;
-        const int endX = insideB ? std::min(shown.right + i_horizontal, kCDGPlane_Area.right) : 0;
+        const int endX = insideB ? std::min<int>(shown.right + i_horizontal, kCDGPlane_Area.right) : 0;
         const std::uint8_t* rowP = insideB ? i_index.Row(static_cast<std::size_t>(fromY)) : nullptr;
         int x = shown.left + i_horizontal;
         if (x < endX && x % 2 != 0) *toP++ = pixels[rowP[x++ / 2] & 15U];
