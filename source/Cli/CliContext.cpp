@@ -1,0 +1,39 @@
+#include "Cli/CliContext.h"
+
+#include <algorithm>
+#include <string>
+
+#include "Core/CLog.h"
+#include "Core/JSONWriter.h"
+
+namespace {
+
+/** A text of many lines would be taken for many errors. */
+std::string OneLine(std::string_view text) {
+    std::string line(text);
+    std::ranges::replace_if(
+        line, [](char c) { return c == '\n' || c == '\r'; }, ' ');
+    return line;
+}
+
+void Tell(const CliContext& context, OSErr status, std::string_view text) {
+    const std::string line = OneLine(text);
+    if (context.jsonB)
+        context.err << "{\"error\":" << JSONString(line) << ",\"status\":" << Number(status) << "}\n";
+    else
+        context.err << "vopla-cli: " << line << "\n";
+}
+
+}   // namespace
+
+int CliFail(const CliContext& context, OSErr status, std::string_view text) {
+    std::string line(text);
+    if (!context.jsonB) line += ": " + ErrorText(status) + " (" + std::to_string(Number(status)) + ")";
+    Tell(context, status, line);
+    return 1;
+}
+
+int CliUsage(const CliContext& context, std::string_view text) {
+    Tell(context, paramErr, text);
+    return 2;
+}

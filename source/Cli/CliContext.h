@@ -1,0 +1,20 @@
+#pragma once
+#include <filesystem>
+#include <ostream>
+#include <string_view>
+
+#include "Platform/OSErr.h"
+
+/** What every sub-command is given: the library root (empty when none was named), the form of its errors, its outputs.
+ */
+struct CliContext {
+    std::filesystem::path root;
+    bool jsonB = false;
+    std::ostream& out;
+    std::ostream& err;
+};
+
+/** Tells a failure in one line, or in one JSON object with --json; the exit status, 1. */
+int CliFail(const CliContext& context, OSErr status, std::string_view text);
+/** The same for words that the command does not understand; the exit status, 2. */
+int CliUsage(const CliContext& context, std::string_view text);
