@@ -9,7 +9,7 @@ bool FillsPlane(const SubCodePacket& packet) noexcept {
 std::uint16_t Widen(unsigned nibble) noexcept { return static_cast<std::uint16_t>((nibble & 15U) * 0x1111U); }
 }   // namespace
 
-CDGColor ReadCDGColor(std::uint8_t b0, std::uint8_t b1) noexcept {
+RGBColor ReadCDGColor(std::uint8_t b0, std::uint8_t b1) noexcept {
     return {Widen(b0 >> 2U), Widen((b0 & 3U) << 2U | (b1 >> 4U & 3U)), Widen(b1)};
 }
 
@@ -19,7 +19,7 @@ CCDGDecoder::CCDGDecoder(CDGPlane index, CDGPlane scratch, std::uint16_t channel
 }
 
 void CCDGDecoder::Reset() noexcept {
-    i_colors.fill(CDGColor{});
+    i_colors.fill(RGBColor{});
     ++i_colorsSeed;
     i_border = 0;
     i_horizontal = i_vertical = 0;
@@ -119,7 +119,7 @@ void CCDGDecoder::Tile(const SubCodePacket& packet, bool xorB) noexcept {
         DrawTileXOR(i_index, tile);
     else
         DrawTile(i_index, tile);
-    i_dirty = Join(i_dirty, tile.Area());
+    i_dirty = Union(i_dirty, tile.Area());
 }
 
 void CCDGDecoder::Scroll(const SubCodePacket& packet, bool wrapB) noexcept {
@@ -130,7 +130,7 @@ void CCDGDecoder::Scroll(const SubCodePacket& packet, bool wrapB) noexcept {
 
     // For each way: the strip that leaves, and the one that stands free afterwards.
     struct Move {
-        CDGArea leaves, free;
+        Rect leaves, free;
     };
     static constexpr Move kRight{{0, 294, 216, 300}, {0, 0, 216, 6}}, kLeft{{0, 0, 216, 6}, {0, 294, 216, 300}};
     static constexpr Move kDown{{204, 0, 216, 300}, {0, 0, 12, 300}}, kUp{{0, 0, 12, 300}, {204, 0, 216, 300}};
@@ -162,7 +162,7 @@ void CCDGDecoder::Load(const SubCodePacket& packet, std::size_t first) noexcept 
 }
 
 void CCDGDecoder::PaintBorder(const CDGTrueColor& picture) const noexcept {
-    const std::uint32_t pixel = i_colors[i_border].ARGB();
+    const std::uint32_t pixel = PackColor(i_colors[i_border]);
     const auto& [top, left, bottom, right] = kCDGVisible_Area;
     for (int y = 0; y < kCDGPlane_Area.bottom; ++y) {
         std::uint32_t* rowP = picture.Row(static_cast<std::size_t>(y));
@@ -175,23 +175,23 @@ void CCDGDecoder::PaintBorder(const CDGTrueColor& picture) const noexcept {
     }
 }
 
-CDGArea CCDGDecoder::Update(const CDGTrueColor& picture, bool skipCopyB) noexcept {
+Rect CCDGDecoder::Update(const CDGTrueColor& picture, bool skipCopyB) noexcept {
     if (i_borderStaleB) PaintBorder(picture);
     i_borderStaleB = false;
     // A whole plane stays whole: what the window shows beside the plane changes with it.
-    const CDGArea moved = i_dirty == kCDGPlane_Area ? i_dirty : Moved(i_dirty, -i_vertical, -i_horizontal);
-    const CDGArea shown = Cut(kCDGVisible_Area, moved);
-    if (i_dirty.IsEmpty() || shown.IsEmpty()) return {};
+    const Rect moved = i_dirty == kCDGPlane_Area ? i_dirty : Offset(i_dirty, -i_horizontal, -i_vertical);
+    const Rect shown = Intersect(kCDGVisible_Area, moved);
+    if (i_dirty.Empty() || shown.Empty()) return {};
     if (skipCopyB) return shown;
 
     std::array<std::uint32_t, kCDGPlane_Colors> pixels;
-    std::ranges::transform(i_colors, pixels.begin(), &CDGColor::ARGB);
+    std::ranges::transform(i_colors, pixels.begin(), PackColor);
     const std::uint32_t outside = pixels[i_border];
     for (int y = shown.top; y < shown.bottom; ++y) {
         std::uint32_t* toP = picture.Row(static_cast<std::size_t>(y)) + shown.left;
         const int fromY = y + i_vertical;
         const bool insideB = fromY < kCDGPlane_Area.bottom;
-        const int endX = insideB ? std::min(shown.right + i_horizontal, kCDGPlane_Area.right) : 0;
+        const int endX = insideB ? std::min<int>(shown.right + i_horizontal, kCDGPlane_Area.right) : 0;
         const std::uint8_t* rowP = insideB ? i_index.Row(static_cast<std::size_t>(fromY)) : nullptr;
         int x = shown.left + i_horizontal;
         if (x < endX && x % 2 != 0) *toP++ = pixels[rowP[x++ / 2] & 15U];

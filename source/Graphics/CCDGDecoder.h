@@ -1,21 +1,12 @@
 #pragma once
-#include <array>
 #include <cstdint>
 #include <span>
 
 #include "Graphics/CDGPlane.h"
+#include "Graphics/CPixels.h"
 
-/** A colour with 16 bits a component, as a nibble of CD+G widens: 0xA becomes 0xAAAA. */
-struct CDGColor {
-    std::uint16_t red = 0, green = 0, blue = 0;
-    bool operator==(const CDGColor&) const = default;
-
-    /** Opaque, 0xAARRGGBB. */
-    [[nodiscard]] std::uint32_t ARGB() const noexcept {
-        return 0xFF000000U | std::uint32_t{red} >> 8 << 16 | std::uint32_t{green} >> 8 << 8 | std::uint32_t{blue} >> 8;
-    }
-};
-[[nodiscard]] CDGColor ReadCDGColor(std::uint8_t b0, std::uint8_t b1) noexcept;
+/** Red, green and blue of twelve bits; each nibble widens: 0xA becomes 0xAAAA. */
+[[nodiscard]] RGBColor ReadCDGColor(std::uint8_t b0, std::uint8_t b1) noexcept;
 
 /** A 300 x 216 plane of 0xAARRGGBB pixels in someone's buffer. */
 struct CDGTrueColor {
@@ -43,13 +34,13 @@ public:
     /** Brings the true-colour picture up to date: the border, and the visible part of what is dirty, taken through the
         offsets. Answers the part of the visible area that was to be copied, empty when none of the dirty part shows;
         then the dirty part stays. `skipCopyB` leaves that part uncopied. */
-    CDGArea Update(const CDGTrueColor& picture, bool skipCopyB) noexcept;
+    Rect Update(const CDGTrueColor& picture, bool skipCopyB) noexcept;
 
     /** Called by the one who showed the update. */
     void ClearDirty() noexcept { i_dirty = {}; }
-    void MarkDirty(const CDGArea& area) noexcept { i_dirty = Join(i_dirty, area); }
-    [[nodiscard]] const CDGArea& Dirty() const noexcept { return i_dirty; }
-    [[nodiscard]] const std::array<CDGColor, kCDGPlane_Colors>& Colors() const noexcept { return i_colors; }
+    void MarkDirty(const Rect& area) noexcept { i_dirty = Union(i_dirty, area); }
+    [[nodiscard]] const Rect& Dirty() const noexcept { return i_dirty; }
+    [[nodiscard]] const CPixels::ColorTable& Colors() const noexcept { return i_colors; }
     [[nodiscard]] std::uint8_t Border() const noexcept { return i_border; }
     [[nodiscard]] int HorizontalOffset() const noexcept { return i_horizontal; }
     [[nodiscard]] int VerticalOffset() const noexcept { return i_vertical; }
@@ -68,11 +59,11 @@ private:
     void PaintBorder(const CDGTrueColor& picture) const noexcept;
 
     CDGPlane i_index, i_scratch;
-    std::array<CDGColor, kCDGPlane_Colors> i_colors{};
+    CPixels::ColorTable i_colors{};
     unsigned i_colorsSeed = 0;
     std::uint16_t i_channelMask;
     std::uint8_t i_border = 0;
     int i_horizontal = 0, i_vertical = 0;   // 0 to 7, 0 to 15
-    CDGArea i_dirty;
+    Rect i_dirty;
     bool i_borderStaleB = true;   // the border's colour is not the one in the true-colour picture
 };

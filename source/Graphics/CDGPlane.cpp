@@ -40,24 +40,12 @@ void Draw(const CDGPlane& plane, const CDGTile& tile) noexcept {
 }
 }   // namespace
 
-CDGArea Cut(const CDGArea& a, const CDGArea& b) noexcept {
-    return {std::max(a.top, b.top), std::max(a.left, b.left), std::min(a.bottom, b.bottom), std::min(a.right, b.right)};
-}
-CDGArea Join(const CDGArea& a, const CDGArea& b) noexcept {
-    if (a.IsEmpty()) return b;
-    if (b.IsEmpty()) return a;
-    return {std::min(a.top, b.top), std::min(a.left, b.left), std::max(a.bottom, b.bottom), std::max(a.right, b.right)};
-}
-CDGArea Moved(const CDGArea& area, int down, int right) noexcept {
-    return {area.top + down, area.left + right, area.bottom + down, area.right + right};
-}
-
 std::uint8_t CDGPlane::Pixel(std::size_t x, std::size_t y) const noexcept {
     const std::uint8_t pair = Row(y)[x / 2];
     return x % 2 == 0 ? static_cast<std::uint8_t>(pair >> 4) : static_cast<std::uint8_t>(pair & 15);
 }
 
-void CDGPlane::Fill(const CDGArea& area, std::uint8_t color) const noexcept {
+void CDGPlane::Fill(const Rect& area, std::uint8_t color) const noexcept {
     for (int y = area.top; y < area.bottom; ++y)
         std::memset(Row(Size(y)) + area.left / 2, Pair(color), Size(area.right - area.left) / 2);
 }
@@ -70,7 +58,7 @@ void CDGPlane::FillBorder(std::uint8_t color) const noexcept {
     Fill({top, right, bottom, 300}, color);
 }
 
-void CDGPlane::Copy(const CDGArea& area, const CDGPlane& from) const noexcept {
+void CDGPlane::Copy(const Rect& area, const CDGPlane& from) const noexcept {
     for (int y = area.top; y < area.bottom; ++y)
         std::memcpy(Row(Size(y)) + area.left / 2, from.Row(Size(y)) + area.left / 2, Size(area.right - area.left) / 2);
 }

@@ -4,21 +4,10 @@
 #include <span>
 
 #include "Graphics/CDGConstants.h"
+#include "Graphics/Geometry.h"
 
-/** Part of a plane in pixels; right and bottom lie outside. Nothing when a side has no length. */
-struct CDGArea {
-    int top = 0, left = 0, bottom = 0, right = 0;
-
-    [[nodiscard]] bool IsEmpty() const noexcept { return top >= bottom || left >= right; }
-    bool operator==(const CDGArea&) const = default;
-};
-inline constexpr CDGArea kCDGPlane_Area{0, 0, 216, 300};
-inline constexpr CDGArea kCDGVisible_Area{12, 6, 204, 294};   // inside the border
-
-[[nodiscard]] CDGArea Cut(const CDGArea& a, const CDGArea& b) noexcept;
-/** The smallest area that holds both. */
-[[nodiscard]] CDGArea Join(const CDGArea& a, const CDGArea& b) noexcept;
-[[nodiscard]] CDGArea Moved(const CDGArea& area, int down, int right) noexcept;
+inline constexpr Rect kCDGPlane_Area{0, 0, 216, 300};
+inline constexpr Rect kCDGVisible_Area{12, 6, 204, 294};   // inside the border
 
 /** A 300 x 216 plane of indices in someone's buffer: two pixels a byte, the left one in the high nibble. All left edges
     and widths here are even, so whole bytes are written.
@@ -29,10 +18,10 @@ struct CDGPlane {
 
     [[nodiscard]] std::uint8_t* Row(std::size_t y) const noexcept { return baseP + y * rowBytes; }
     [[nodiscard]] std::uint8_t Pixel(std::size_t x, std::size_t y) const noexcept;
-    void Fill(const CDGArea& area, std::uint8_t color) const noexcept;
+    void Fill(const Rect& area, std::uint8_t color) const noexcept;
     /** The four strips around the visible area. */
     void FillBorder(std::uint8_t color) const noexcept;
-    void Copy(const CDGArea& area, const CDGPlane& from) const noexcept;
+    void Copy(const Rect& area, const CDGPlane& from) const noexcept;
     /** Moves the whole plane by a tile: -1, 0 or 1 of them; the strip that it leaves keeps its pixels. */
     void MoveRight(int tiles) const noexcept;
     void MoveDown(int tiles) const noexcept;
@@ -44,7 +33,7 @@ struct CDGTile {
     unsigned channel = 0;
     const std::uint8_t* rowsP = nullptr;   // 12 bytes, six pixels each in their low bits
 
-    [[nodiscard]] CDGArea Area() const noexcept { return {row * 12, column * 6, row * 12 + 12, column * 6 + 6}; }
+    [[nodiscard]] Rect Area() const noexcept { return MakeRect(column * 6, row * 12, 6, 12); }
 };
 /** False for a tile outside the plane. `tile` points into `packet`. */
 [[nodiscard]] bool ReadTile(const SubCodePacket& packet, CDGTile& tile) noexcept;

@@ -1,0 +1,241 @@
+#include "Cli/CliCdg.h"
+
+#include <cairo.h>
+#include <openssl/sha.h>
+
+#include <array>
+#include <charconv>
+#include <chrono>
+#include <cmath>
+#include <cstring>
+#include <iomanip>
+#include <memory>
+#include <optional>
+#include <sstream>
+#include <vector>
+
+#include "Graphics/CGraphics.h"
+#include "Graphics/CSubCodeStream_Memory.h"
+
+namespace {
+constexpr std::string_view kUsage_Frame =
+    "usage: cdg frame FILE --at SECONDS --out PNG [--visible] [--hq4x] [--channels MASK]";
+constexpr std::string_view kUsage_Info = "usage: cdg info FILE";
+constexpr std::string_view kUsage_Bench = "usage: cdg bench FILE";
+constexpr std::string_view kUsage = "usage: cdg frame|info|bench FILE ...";
+
+/** The whole of `text` as a number. */
+template <typename Number_>
+std::optional<Number_> ReadNumber(const std::string& text) {
+    Number_ value{};
+    const char* endP = text.data() + text.size();
+    const auto [restP, fault] = std::from_chars(text.data(), endP, value);
+    if (fault != std::errc{} || restP != endP) return {};
+    return value;
+}
+
+/** What `cdg frame` was asked for. */
+struct FrameOptions {
+    std::filesystem::path file, out;
+    double atSeconds = -1;
+    bool visibleB = false, hq4xB = false;
+    std::uint16_t channelMask = 0xFFFF;
+};
+
+std::optional<FrameOptions> ReadFrameOptions(std::span<const std::string> words) {
+    FrameOptions options;
+    bool plainB = false;   // behind "--" a file's name may begin with "-"
+    for (std::size_t n = 0; n < words.size(); ++n) {
+        const std::string& word = words[n];
+        const auto value = [&]() -> std::string { return n + 1 < words.size() ? words[++n] : std::string(); };
+        if (plainB || !word.starts_with('-')) {
+            if (!options.file.empty()) return {};
+            options.file = word;
+        } else if (word == "--") {
+            plainB = true;
+        } else if (word == "--visible") {
+            options.visibleB = true;
+        } else if (word == "--hq4x") {
+            options.hq4xB = true;
+        } else if (word == "--out") {
+            options.out = value();
+        } else if (word == "--at") {
+            const std::optional<double> at = ReadNumber<double>(value());
+            if (!at || !std::isfinite(*at) || *at < 0) return {};
+            options.atSeconds = *at;
+        } else if (word == "--channels") {
+            const std::optional<std::uint16_t> mask = ReadNumber<std::uint16_t>(value());
+            if (!mask) return {};
+            options.channelMask = *mask;
+        } else {
+            return {};
+        }
+    }
+    if (options.file.empty() || options.out.empty() || options.atSeconds < 0) return {};
+    return options;
+}
+
+GraphicsUpscaler Upscaler(bool hq4xB) {
+    if (!hq4xB) return {};
+    return [](const CPixels&, CPixels&) { return paramErr; };
+}
+
+/** The only file of `info` and `bench`. */
+std::optional<std::filesystem::path> ReadFileWord(std::span<const std::string> words) {
+    const bool plainB = !words.empty() && words[0] == "--";
+    if (plainB) words = words.subspan(1);
+    if (words.size() != 1 || words[0].empty() || (!plainB && words[0].starts_with('-'))) return {};
+    return words[0];
+}
+
+/** The file as packets, the last one filled up with zeros; eofErr for a file without any. */
+OSErr LoadPackets(const std::filesystem::path& file, std::vector<SubCodePacket>& packets) {
+    CSubCodeStream_Memory stream;
+    if (const OSErr err = stream.LoadFile(file); Failed(err)) return err;
+    if (stream.LengthUnits() == 0) return eofErr;
+    packets.resize((stream.LengthUnits() + kSubCodePacket_Units - 1) / kSubCodePacket_Units);
+    const SubCodeRead got = stream.Read({packets.data()->bytes.data(), stream.LengthUnits() * kSubCodeUnit_Bytes});
+    return got.err;
+}
+
+OSErr WritePNG(const CPixels& pixels, const Rect& part, const std::filesystem::path& out) {
+    using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
+    const Surface surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, part.Width(), part.Height()),
+                          &cairo_surface_destroy);
+    if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) return memFullErr;
+    unsigned char* rowP = cairo_image_surface_get_data(surface.get());
+    for (int y = part.top; y < part.bottom; ++y, rowP += cairo_image_surface_get_stride(surface.get())) {
+        const auto row =
+            pixels.Row32(y).subspan(static_cast<std::size_t>(part.left), static_cast<std::size_t>(part.Width()));
+        std::memcpy(rowP, row.data(), row.size_bytes());
+    }
+    cairo_surface_mark_dirty(surface.get());
+    switch (cairo_surface_write_to_png(surface.get(), out.c_str())) {
+        case CAIRO_STATUS_SUCCESS:
+            return noErr;
+        case CAIRO_STATUS_NO_MEMORY:
+            return memFullErr;
+        default:
+            return ioErr;
+    }
+}
+
+/** Of red, green and blue, three bytes a pixel, row by row. */
+std::string SHA256(const CPixels& pixels, const Rect& part) {
+    std::vector<unsigned char> bytes;
+    bytes.reserve(static_cast<std::size_t>(part.Width()) * static_cast<std::size_t>(part.Height()) * 3);
+    for (int y = part.top; y < part.bottom; ++y)
+        for (int x = part.left; x < part.right; ++x) {
+            const Pixel32 pixel = pixels.Row32(y)[static_cast<std::size_t>(x)];
+            for (const unsigned shift : {16U, 8U, 0U}) bytes.push_back(static_cast<unsigned char>(pixel >> shift));
+        }
+    std::array<unsigned char, SHA256_DIGEST_LENGTH> digest{};
+    ::SHA256(bytes.data(), bytes.size(), digest.data());
+    std::ostringstream text;
+    text << std::hex << std::setfill('0');
+    for (const unsigned char byte : digest) text << std::setw(2) << static_cast<unsigned>(byte);
+    return text.str();
+}
+
+int Frame(const CliContext& context, std::span<const std::string> words) {
+    const std::optional<FrameOptions> options = ReadFrameOptions(words);
+    if (!options) return CliUsage(context, kUsage_Frame);
+    CSubCodeStream_Memory stream;
+    OSErr err = stream.LoadFile(options->file);
+    if (!Failed(err) && stream.LengthUnits() == 0) err = eofErr;
+    if (Failed(err)) return CliFail(context, err, options->file.string());
+
+    const std::unique_ptr<CGraphics> graphics = CGraphics::Make(options->channelMask, Upscaler(options->hq4xB), err);
+    if (!graphics) return CliFail(context, err, "graphics");
+    const double time300 = std::floor(options->atSeconds * kSubCodePacketsPerSecond + 0.5);
+    const std::size_t inFileL = (stream.LengthUnits() + kSubCodePacket_Units - 1) / kSubCodePacket_Units;
+    std::size_t countL = time300 < static_cast<double>(inFileL) ? static_cast<std::size_t>(time300) : inFileL;
+    std::vector<SubCodePacket> packets(countL + CGraphics::kShortRead_Packets);
+    if (countL > 0) err = graphics->ReadSubCodes(&stream, packets, countL);
+    if (Failed(err)) return CliFail(context, err, options->file.string());
+    graphics->ExecutePackets(std::span(packets).first(countL), false, false);
+
+    const CPixels& picture = graphics->Picture();
+    Rect part = picture.bounds();
+    if (options->visibleB) {
+        const int scale = part.Width() / kCDGPlane_Area.Width();
+        part = MakeRect(kCDGVisible_Area.left * scale, kCDGVisible_Area.top * scale, kCDGVisible_Area.Width() * scale,
+                        kCDGVisible_Area.Height() * scale);
+    }
+    if (err = WritePNG(picture, part, options->out); Failed(err)) return CliFail(context, err, options->out.string());
+    std::ostringstream number;
+    number << std::fixed << std::setprecision(0) << time300;
+    context.out << "{\"time300\":" << number.str() << ",\"width\":" << part.Width() << ",\"height\":" << part.Height()
+                << ",\"sha256\":\"" << SHA256(picture, part) << "\"}\n";
+    return 0;
+}
+
+int Info(const CliContext& context, std::span<const std::string> words) {
+    const std::optional<std::filesystem::path> file = ReadFileWord(words);
+    if (!file) return CliUsage(context, kUsage_Info);
+    std::vector<SubCodePacket> packets;
+    if (const OSErr err = LoadPackets(*file, packets); Failed(err)) return CliFail(context, err, file->string());
+
+    static constexpr std::array<std::uint8_t, 9> kKnown{1, 2, 6, 20, 24, 28, 30, 31, 38};
+    std::array<std::size_t, 64> counts{};
+    std::size_t correctedL = 0, droppedL = 0;
+    for (SubCodePacket& packet : packets) {
+        const PacketCorrection found = CSubChannels::Correct(packet);
+        correctedL += found.correctedB;
+        droppedL += found.droppedB;
+        if (packet.IsCDG()) ++counts[packet.bytes[1] & kSubCode_Mask];
+    }
+    std::size_t otherL = 0;
+    for (const std::size_t countL : counts) otherL += countL;
+    context.out << "{\"packets\":" << packets.size()
+                << ",\"seconds\":" << static_cast<double>(packets.size()) / kSubCodePacketsPerSecond
+                << ",\"instructions\":{";
+    for (const std::uint8_t known : kKnown) {
+        context.out << (known == kKnown[0] ? "" : ",") << '"' << static_cast<int>(known) << "\":" << counts[known];
+        otherL -= counts[known];
+    }
+    context.out << "},\"other\":" << otherL << ",\"corrected\":" << correctedL << ",\"dropped\":" << droppedL << "}\n";
+    return 0;
+}
+
+int Bench(const CliContext& context, std::span<const std::string> words) {
+    const std::optional<std::filesystem::path> file = ReadFileWord(words);
+    if (!file) return CliUsage(context, kUsage_Bench);
+    std::vector<SubCodePacket> packets;
+    OSErr err = LoadPackets(*file, packets);
+    if (Failed(err)) return CliFail(context, err, file->string());
+    const std::unique_ptr<CGraphics> graphics = CGraphics::Make(0xFFFF, {}, err);
+    if (!graphics) return CliFail(context, err, "graphics");
+    CCDGDecoder decoder = graphics->Decoder();   // runs over the same planes, without the screen
+
+    using Clock = std::chrono::steady_clock;
+    std::size_t doneL = 0;
+    double seconds = 0;
+    const Clock::time_point start = Clock::now();
+    do {
+        for (const SubCodePacket& raw : packets) {   // one at a time: no packet is passed over
+            SubCodePacket packet = raw;
+            static_cast<void>(CSubChannels::Correct(packet));
+            decoder.Execute({&packet, 1});
+        }
+        doneL += packets.size();
+        seconds = std::chrono::duration<double>(Clock::now() - start).count();
+    } while (seconds < 1.0);
+    context.out << "{\"packets\":" << doneL << ",\"seconds\":" << seconds << ",\"packets_per_second\":" << std::fixed
+                << std::setprecision(0) << static_cast<double>(doneL) / seconds << "}\n";
+    return 0;
+}
+
+struct Command {
+    std::string_view name;
+    int (*run)(const CliContext&, std::span<const std::string>);
+};
+constexpr Command kCommands[] = {{"frame", Frame}, {"info", Info}, {"bench", Bench}};
+}   // namespace
+
+int RunCdg(const CliContext& context, std::span<const std::string> words) {
+    if (!words.empty())
+        for (const Command& command : kCommands)
+            if (command.name == words[0]) return command.run(context, words.subspan(1));
+    return CliUsage(context, kUsage);
+}

@@ -1,0 +1,184 @@
+#include "Graphics/CGraphics.h"
+
+#include <limits>
+#include <new>
+#include <utility>
+#include <vector>
+
+#include "Core/Assertions.h"
+#include "Core/CLog.h"
+#include "Graphics/CGraphicsClock.h"
+#include "Graphics/CGraphicsSong.h"
+#include "Graphics/CGraphicsTarget.h"
+#include "Graphics/CSubCodeStream.h"
+#include "Platform/CClock.h"
+
+unsigned CGraphics::s_block = 0;
+
+namespace {
+constexpr Rect kUpscaled_Area{0, 0, 864, 1200};
+
+CDGPlane PlaneOf(COffscreen& pixels) { return {pixels.base(), pixels.rowBytes()}; }
+CDGTrueColor TrueColorOf(COffscreen& pixels) { return {pixels.Row32(0).data(), pixels.rowBytes() / sizeof(Pixel32)}; }
+}   // namespace
+
+std::unique_ptr<CGraphics> CGraphics::Make(std::uint16_t channelMask, GraphicsUpscaler upscaler, OSErr& err) {
+    std::unique_ptr<CGraphics> made(new (std::nothrow) CGraphics);
+    err = made ? made->Create(channelMask, std::move(upscaler)) : memFullErr;
+    if (Failed(LogStep(err, "create graphics"))) made.reset();
+    return made;
+}
+
+OSErr CGraphics::Create(std::uint16_t channelMask, GraphicsUpscaler upscaler) {
+    for (COffscreen* planeP : {&i_index, &i_scratch})
+        if (const OSErr err = planeP->Create(kCDGPlane_Area, 4); Failed(err)) return err;
+    if (const OSErr err = i_trueColor.Create(kCDGPlane_Area, 32); Failed(err)) return err;
+    i_upscaler = std::move(upscaler);
+    if (i_upscaler) {
+        if (const OSErr err = i_upscaled.Create(kUpscaled_Area, 32); Failed(err)) return err;
+    }
+    i_decoder = std::make_unique<CCDGDecoder>(PlaneOf(i_index), PlaneOf(i_scratch), channelMask);
+    Reset(false);
+    return noErr;
+}
+
+void CGraphics::SetSong(CGraphicsSong& song) {
+    if (!Assert(i_songP == NULL)) return;
+    i_songP = &song;
+    i_decoder->SetChannelMask(song.ChannelMask());
+}
+
+const CPixels* CGraphics::MoviePicture() const {
+    if (i_songP == nullptr || !i_songP->IsVideoSong()) return nullptr;
+    const CGraphicsMovie* movieP = i_songP->Movie();
+    return movieP == nullptr ? nullptr : movieP->Picture();
+}
+
+const CPixels& CGraphics::Picture() const {
+    if (const CPixels* movieP = MoviePicture(); movieP != nullptr) return *movieP;
+    return i_upscaler ? i_upscaled : i_trueColor;
+}
+
+void CGraphics::Reset(bool drawB) {
+    i_decoder->Reset();
+    UpdateScreen(false, drawB, false);
+    // A later update paints all, whatever it was asked for: this one was shown to nobody.
+    if (!drawB) i_decoder->MarkDirty(kCDGPlane_Area);
+}
+
+void CGraphics::ExecutePackets(std::span<const SubCodePacket> packets, bool drawB, bool forceB) {
+    i_decoder->Execute(packets);
+    UpdateScreen(false, drawB, forceB);
+}
+
+void CGraphics::UpdateScreen(bool skipCopyB, bool drawB, bool forceB) {
+    if (i_colorsSeed != i_decoder->ColorsSeed()) {
+        i_index.SetColors(i_decoder->Colors());
+        i_scratch.SetColors(i_decoder->Colors());
+        i_colorsSeed = i_decoder->ColorsSeed();
+    }
+    if (MoviePicture() == nullptr) {
+        const bool dirtyB = !i_decoder->Dirty().Empty();
+        if (i_decoder->Update(TrueColorOf(i_trueColor), skipCopyB).Empty() && dirtyB) return;
+        if (dirtyB && !skipCopyB && i_upscaler) {
+            const CPixelsLock from(i_trueColor), to(i_upscaled);
+            OSErr err = FirstOf(from.Err(), to.Err());
+            if (!Failed(err)) err = i_upscaler(i_trueColor, i_upscaled);
+            static_cast<void>(LogStep(err, "upscale the picture"));   // the picture before stays
+        }
+    }
+    if (drawB && i_portP != nullptr) {
+        const bool solidB = i_portP->Opacity() == 1.0F && !i_portP->IsTransparent();
+        i_portP->Draw(Picture(), solidB ? std::nullopt : std::optional(i_decoder->Colors()[i_decoder->Border()]));
+    } else if (drawB && i_targetP != nullptr) {
+        i_targetP->Refresh(Picture(), forceB);
+    }
+    i_decoder->ClearDirty();
+}
+
+void CGraphics::RenderFor(CGraphicsPortTarget& port) {
+    CGraphicsPortTarget* const beforeP = std::exchange(i_portP, &port);
+    // The whole picture: part of it dirty in the border alone would end the update before the port is drawn.
+    i_decoder->MarkDirty(kCDGPlane_Area);
+    UpdateScreen(false, true, false);
+    i_portP = beforeP;
+}
+
+OSErr CGraphics::ReadSubCodes(CSubCodeStream* streamP, std::span<SubCodePacket> packets, std::size_t& countL) {
+    const std::size_t wantedL = countL;
+    countL = 0;
+    if (wantedL > packets.size()) return paramErr;
+    SubCodeRead got;
+    if (AssertWords(streamP != nullptr, "\"Video is NULL during ReadSubCodes??\" == NULL"))
+        got = streamP->Read({packets.data()->bytes.data(), wantedL * kSubCodePacket_Bytes});
+    if (Failed(got.err) && got.err != eofErr) return got.err;
+    if (got.unitsL == 0) return eofErr;
+    countL = got.unitsL / kSubCodePacket_Units;
+    if (got.unitsL % kSubCodePacket_Units != 0) countL += kShortRead_Packets;   // the rest is zero and does nothing
+    countL = std::min(countL, packets.size());
+    CSubChannels::Correct(packets.first(countL));
+    return noErr;
+}
+
+OSErr CGraphics::PullDue(bool forceB) {
+    CGraphicsClock& clock = i_songP->Clock();
+    CSubCodeStream* streamP = i_songP->Stream();
+    const std::size_t positionL = streamP == nullptr ? 0 : streamP->Position();
+    const std::int64_t due = clock.PacketsDue(i_songP->SyncSlip300(), positionL);
+    if (due <= 0) return noErr;
+    if (positionL < i_positionL) i_decoder->Reset();   // rewound: what came later must not shine through the replay
+    i_positionL = positionL;
+
+    std::vector<SubCodePacket> packets;
+    std::size_t countL = static_cast<std::size_t>(due);
+    constexpr std::int64_t kMostDue = std::numeric_limits<std::int64_t>::max() / 64;
+    if (due > kMostDue) return memFullErr;
+    try {
+        packets.resize(countL + kShortRead_Packets);
+    } catch (const std::exception&) {
+        return memFullErr;   // a clock that was set far beyond any song
+    }
+    i_endB = false;
+    clock.ConsumePending();
+    const OSErr err = ReadSubCodes(streamP, packets, countL);
+    if (streamP != nullptr) i_positionL = streamP->Position();
+    if (Failed(err)) {
+        clock.SetStreamEnded(true);
+        return err == eofErr ? noErr : err;
+    }
+    ExecutePackets(std::span(packets).first(countL), true, forceB);
+    i_songP->NoteDrawn(CClock::Get().AbsoluteT());
+    return noErr;
+}
+
+void CGraphics::Tick(bool forceB) {
+    if (i_songP == nullptr) return;
+    if (i_songP->IsAtEnd() || i_songP->Clock().StreamEnded() || i_songP->IsVideoSong()) {
+        EndOfStream();
+        return;
+    }
+    if (i_songP->IsPaused()) return;
+    if (const OSErr err = LogStep(PullDue(forceB), "CDG Draw Result"); Failed(err)) i_songP->StopAfter(err);
+}
+
+void CGraphics::EndOfStream() {
+    if (i_songP->IsChangingSong() || i_endB) return;
+    if (!i_songP->IsAtEnd() && !i_songP->IsAudioFinished()) {
+        CGraphicsMovie* movieP = i_songP->Movie();
+        if (movieP == nullptr) return;
+        if (!movieP->IsEnded()) {
+            movieP->Idle();
+            return;
+        }
+    }
+    ++s_block;
+    Assert(s_block != 0);
+    if (s_block == 1 && !i_endB) {
+        i_endB = true;
+        if (i_songP->IsQuitting())
+            i_songP->DeferPlayNext();
+        else
+            i_songP->PostPlayNext();
+    }
+    --s_block;
+}

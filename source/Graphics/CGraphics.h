@@ -1,0 +1,82 @@
+#pragma once
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <span>
+
+#include "Graphics/CCDGDecoder.h"
+#include "Graphics/COffscreen.h"
+#include "Graphics/CSubChannels.h"
+#include "Platform/OSErr.h"
+
+class CGraphicsPortTarget;
+class CGraphicsSong;
+class CGraphicsTarget;
+class CSubCodeStream;
+
+/** Scales the whole 300 x 216 picture into the 1200 x 864 one; both are locked. */
+using GraphicsUpscaler = std::function<OSErr(const CPixels& source, CPixels& dest)>;
+
+/** The picture of one song: pulls packets in step with the song's clock, runs them and shows the result once a tick.
+    Units    packets, 1/300 s.
+    Threads  the main thread, under the lock of the song.
+    Owner    the song that has graphics open; song, target and upscaler outlive it.
+    Errors   Create answers memFullErr; a failing stream is logged and stops the song by CGraphicsSong. */
+class CGraphics {
+public:
+    /** Packets past the last whole one that a short read counts. */
+    static constexpr std::size_t kShortRead_Packets = 4;
+
+    /** `upscaler` empty: the "Use hq4x upscaling (fast computers only)" preference is off. Null and `err` on failure.
+     */
+    [[nodiscard]] static std::unique_ptr<CGraphics> Make(std::uint16_t channelMask, GraphicsUpscaler upscaler,
+                                                         OSErr& err);
+
+    /** Once; a second song is a fault. Takes the song's channel mask. */
+    void SetSong(CGraphicsSong& song);
+    /** Where updates go; null for nowhere. */
+    void SetTarget(CGraphicsTarget* targetP) { i_targetP = targetP; }
+
+    /** Runs what is due; on the timers "idle timer graphics" and the application's idle routine. */
+    void Tick(bool forceB);
+    /** Reads `countL` packets (`packets` has room for kShortRead_Packets more and is zero), corrects them and tells in
+        `countL` how many to run. eofErr when nothing came. */
+    OSErr ReadSubCodes(CSubCodeStream* streamP, std::span<SubCodePacket> packets, std::size_t& countL);
+    /** Runs corrected packets, then updates the screen once. */
+    void ExecutePackets(std::span<const SubCodePacket> packets, bool drawB, bool forceB);
+    /** Draws the present picture once into that port alone. */
+    void RenderFor(CGraphicsPortTarget& port);
+    /** Black planes, black colours. */
+    void Reset(bool drawB);
+
+    [[nodiscard]] const COffscreen& Index() const { return i_index; }
+    [[nodiscard]] const COffscreen& TrueColor() const { return i_trueColor; }
+    /** What is shown: the movie's picture, the upscaled plane, or the true-colour plane. */
+    [[nodiscard]] const CPixels& Picture() const;
+    [[nodiscard]] const CCDGDecoder& Decoder() const { return *i_decoder; }
+    [[nodiscard]] bool IsEndReported() const { return i_endB; }
+
+    CGraphics(const CGraphics&) = delete;
+    CGraphics& operator=(const CGraphics&) = delete;
+
+private:
+    CGraphics() = default;
+    OSErr Create(std::uint16_t channelMask, GraphicsUpscaler upscaler);
+    [[nodiscard]] const CPixels* MoviePicture() const;
+    void UpdateScreen(bool skipCopyB, bool drawB, bool forceB);
+    OSErr PullDue(bool forceB);
+    void EndOfStream();
+
+    CGraphicsSong* i_songP = nullptr;
+    CGraphicsTarget* i_targetP = nullptr;
+    CGraphicsPortTarget* i_portP = nullptr;   // only while RenderFor runs
+    GraphicsUpscaler i_upscaler;
+    COffscreen i_index, i_scratch;            // depth 4
+    COffscreen i_trueColor, i_upscaled;       // depth 32; the second only with an upscaler
+    std::unique_ptr<CCDGDecoder> i_decoder;   // over the planes above
+    unsigned i_colorsSeed = 0;                // of the table that i_index and i_scratch carry
+    std::size_t i_positionL = 0;              // units of the stream that are in the planes
+    bool i_endB = false;                      // the end was reported
+
+    static unsigned s_block;   // entrants of EndOfStream
+};
