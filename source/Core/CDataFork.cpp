@@ -13,11 +13,16 @@ constexpr std::uint64_t kSetEOF_Limit = 0xFFFFFFFF;
 
 const char* AccessZ(FileAccess access) {
     switch (access) {
-        case FileAccess::kRead: return "r";
-        case FileAccess::kWrite: return "rw";
-        case FileAccess::kCreate: return "rw, create";
-        case FileAccess::kCreateNew: return "rw, new";
-        case FileAccess::kFolder: return "folder";
+        case FileAccess::kRead:
+            return "r";
+        case FileAccess::kWrite:
+            return "rw";
+        case FileAccess::kCreate:
+            return "rw, create";
+        case FileAccess::kCreateNew:
+            return "rw, new";
+        case FileAccess::kFolder:
+            return "folder";
     }
     return "";
 }

@@ -86,7 +86,8 @@ OSErr CFileRef::FromRecord(const FileRefRecord& record, CFileRef& ref) {
     if (!record.type) return paramErr;
     CFileRef made;
     switch (*record.type) {
-        case FileRefRecord::kType_NONE: break;
+        case FileRefRecord::kType_NONE:
+            break;
         case FileRefRecord::kType_PATH:
             if (record.path.empty() || record.path.find('\0') != std::string::npos) return paramErr;
             made.i_pathP = record.path;
@@ -95,7 +96,8 @@ OSErr CFileRef::FromRecord(const FileRefRecord& record, CFileRef& ref) {
             made.i_aliasP = CFileAlias::Decode(record.alias);
             if (!made.i_aliasP) return paramErr;
             break;
-        default: return paramErr;
+        default:
+            return paramErr;
     }
     ref = std::move(made);
     return noErr;

@@ -11,8 +11,8 @@
 /** The dictionary form of a file reference. Keys "type", "alias", "path"; only the value that the type names counts. */
 struct FileRefRecord {
     static constexpr long kType_ALIAS = 2, kType_NONE = 3, kType_PATH = 4;
-    std::optional<long> type;        // absent: not a reference
-    std::vector<std::byte> alias;    // as CFileAlias encodes it
+    std::optional<long> type;       // absent: not a reference
+    std::vector<std::byte> alias;   // as CFileAlias encodes it
     std::string path;
 };
 
@@ -76,7 +76,8 @@ private:
 /** Rewrites the paths of many references when a folder moved: what lay in `from` lies in `to` now. */
 class CFSPathModder {
 public:
-    CFSPathModder(std::filesystem::path from, std::filesystem::path to) : i_from(std::move(from)), i_to(std::move(to)) {}
+    CFSPathModder(std::filesystem::path from, std::filesystem::path to)
+        : i_from(std::move(from)), i_to(std::move(to)) {}
     virtual ~CFSPathModder() = default;
     /** True when `ref` was changed. */
     virtual bool operator()(CFileRef& ref) const;

@@ -91,6 +91,9 @@ OSErr CSafeSave::LookAtOriginal(SaveMode mode) {
         i_name = i_origFile.GetName();
     } else if (err == ENOENT && mode == SaveMode::kNew) {
         i_mode = 0;
+        bool parentB = false;   // told now: at the end the new data would be stranded
+        if (const OSErr looked = FSrFolderExists(i_origFile.GetParent(), parentB); Failed(looked) || !parentB)
+            return LogStep(Failed(looked) ? looked : fnfErr, "SafeSaveStart: verify", i_origFile.GetPath());
         return noErr;
     }
     if (err == 0 && info.kind == FileKind::kFolder) err = EISDIR;
@@ -196,7 +199,8 @@ void CSafeSave::Cleanup() {
 OSErr SafeSave(const CFileRef& file, std::span<const std::byte> bytes) {
     CFileRef written = file;
     CSafeSave save(written);
-    if (const OSErr err = LogStep(save.Start(SaveMode::kNew), "safe save start", file.GetPath()); Failed(err)) return err;
+    if (const OSErr err = LogStep(save.Start(SaveMode::kNew), "safe save start", file.GetPath()); Failed(err))
+        return err;
     CDataFork fork;
     if (const OSErr err = fork.Open(written, FileAccess::kCreate); Failed(err))
         return LogStep(err, "create URL from safe save", file.GetPath());

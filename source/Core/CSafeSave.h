@@ -12,8 +12,8 @@ enum class SaveMode : unsigned char {
     kCopy,   // the caller changes a copy of the old contents
 };
 
-/** Replaces a file so that at each moment its name holds all of the old or all of the new. Start puts a temporary file in
-    the caller's reference; the caller writes there and closes; Finish brings it to the disc and renames it over the
+/** Replaces a file so that at each moment its name holds all of the old or all of the new. Start puts a temporary file
+   in the caller's reference; the caller writes there and closes; Finish brings it to the disc and renames it over the
     original. A save that is not finished leaves the original, and its destruction takes the temporary away.
     Threads  one, that saves; library saves run on tasks with "No Kill" in their name.
     Owner    the saving function; the reference outlives it.
@@ -26,8 +26,8 @@ public:
     CSafeSave(const CSafeSave&) = delete;
     CSafeSave& operator=(const CSafeSave&) = delete;
 
-    /** SafeSaveStart. On failure nothing may be written: the reference still names the original. fLckdErr for a file that
-        nobody may write, EISDIR for a folder. */
+    /** SafeSaveStart. On failure nothing may be written: the reference still names the original. fLckdErr for a file
+       that nobody may write, EISDIR for a folder. */
     OSErr Start(SaveMode mode);
     /** SafeSaveFinish. On success the reference names the final file, on failure the original. */
     OSErr Finish();
@@ -45,9 +45,9 @@ private:
 
     CFileRef& i_file;
     CFileRef i_origFile, i_safeFile;
-    CTempItem i_parent;          // the folder made for the safe file
+    CTempItem i_parent;   // the folder made for the safe file
     std::string i_name, i_tempName;
-    std::uint32_t i_mode = 0;    // permission bits of the original; 0: there was none
+    std::uint32_t i_mode = 0;   // permission bits of the original; 0: there was none
     bool i_activeB = false, i_copyB = false;
 };
 

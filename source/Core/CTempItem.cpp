@@ -17,7 +17,8 @@ constexpr int kCreate_Tries = 20;
 
 /** No two of one process are alike, and those of two processes hardly; mkdir decides. */
 std::string NextName(std::string_view suffix) {
-    static const std::uint64_t s_start = std::random_device{}() | static_cast<std::uint64_t>(std::random_device{}()) << 32;
+    static const std::uint64_t s_start = std::random_device{}() | static_cast<std::uint64_t>(std::random_device{}())
+                                                                      << 32;
     static std::atomic<std::uint64_t> s_count{0};
     char text[24];
     std::snprintf(text, sizeof text, "%016" PRIx64, s_start + s_count.fetch_add(1, std::memory_order_relaxed));
@@ -72,7 +73,10 @@ OSErr CTempItem::Create(FSCreateType createType, const CFileRef& near, std::stri
         err = FSrFindVolumeTemp(near, i_grandParent);
         if (Failed(LogStep(err, "finding temp grand parent folder", near.GetPath()))) return err;
         err = FSrFindOrCreateFolder(i_grandParent, "temp", temp);
-        if (Failed(LogStep(err, "creating temp folder", i_grandParent.GetPath()))) return err;
+        if (Failed(LogStep(err, "creating temp folder", i_grandParent.GetPath()))) {
+            RemoveHiddenTemp(i_grandParent);
+            return err;
+        }
         err = CreateIn(createType, temp, suffix);
         if (!Failed(err)) return noErr;
         if (IsMade()) {
@@ -89,11 +93,9 @@ OSErr CTempItem::Delete() {
     bool thereB = false;
     OSErr err = FSrObjectExists(i_item, thereB);
     if (!Failed(err) && thereB) err = FSrDelete(i_item);
-    const CFileRef temp = i_item.GetParent();
     Leave();
     // A place beside a file goes with its last item; others may be in it still, and then these fail.
-    if (IsHiddenTemp(i_grandParent.GetPath()) && CFileCalls::Get().RemoveFolder(temp.GetPath()) == 0)
-        static_cast<void>(CFileCalls::Get().RemoveFolder(i_grandParent.GetPath()));
+    RemoveHiddenTemp(i_grandParent);
     return err;
 }
 

@@ -84,9 +84,15 @@ OSErr CopyTree(const CFileRef& from, const CFileRef& to, int depth) {
         if (const int looked = CFileCalls::Get().Look(item.GetPath(), false, info); looked != 0)
             return LogStep(FSError(looked, "stat", item.GetPath()), "CopyToFolder: GetCatInfoBulk", item.GetPath());
         switch (info.kind) {
-            case FileKind::kFile: err = CopyFileToFolder(item, to, copy); break;
-            case FileKind::kLink: err = CopyLink(item.GetPath(), to.GetPath() / name); break;
-            case FileKind::kOther: LogF("CopyToFolder: passed over: <%s>", item.GetPath().c_str()); break;
+            case FileKind::kFile:
+                err = CopyFileToFolder(item, to, copy);
+                break;
+            case FileKind::kLink:
+                err = CopyLink(item.GetPath(), to.GetPath() / name);
+                break;
+            case FileKind::kOther:
+                LogF("CopyToFolder: passed over: <%s>", item.GetPath().c_str());
+                break;
             case FileKind::kFolder:
                 err = FSrCreateFolder(to, name, copy);
                 if (!Failed(err)) err = CopyTree(item, copy, depth + 1);

@@ -1,7 +1,7 @@
 #include "Core/FSrFolders.h"
 
-#include <cerrno>
 #include <unistd.h>
+#include <cerrno>
 
 #include "Core/AlertHook.h"
 #include "Core/CDataFork.h"
@@ -47,9 +47,14 @@ OSErr FindTemporary(Path& folder) {
 
 OSErr Find(PlatformFolder kind, const CFileRef& near, Path& folder) {
     switch (kind) {
-        case PlatformFolder::kPreferences: folder = CFolders::Config(); return FSrMakeFolders(folder, 0700);
-        case PlatformFolder::kCaches: folder = CFolders::Cache(); return FSrMakeFolders(folder, 0700);
-        case PlatformFolder::kTemporary: return FindTemporary(folder);
+        case PlatformFolder::kPreferences:
+            folder = CFolders::Config();
+            return FSrMakeFolders(folder, 0700);
+        case PlatformFolder::kCaches:
+            folder = CFolders::Cache();
+            return FSrMakeFolders(folder, 0700);
+        case PlatformFolder::kTemporary:
+            return FindTemporary(folder);
         case PlatformFolder::kTrash:
         case PlatformFolder::kVolumeTemp: {
             const CFileRef at = near.IsEmpty() ? CFileRef(CFolders::Home() / "home") : near;
@@ -122,7 +127,12 @@ bool IsInTemp(const Path& path) {
     return false;
 }
 
-bool IsHiddenTemp(const Path& folder) { return folder.filename() == kTemp_HiddenName; }
+void RemoveHiddenTemp(const CFileRef& folder) {
+    if (folder.GetName() != kTemp_HiddenName) return;
+    // Either may be missing or in use: then these fail, and nothing is to be done.
+    static_cast<void>(CFileCalls::Get().RemoveFolder(folder.GetPath() / "temp"));
+    static_cast<void>(CFileCalls::Get().RemoveFolder(folder.GetPath()));
+}
 
 OSErr FSrWriteTest(const CFileRef& folder) {
     const CFileRef test(folder, "write_test");
@@ -153,11 +163,9 @@ void PurgeTemporary(std::span<const CFileRef> folders) {
     PurgeIn(CFolders::Temp() / kTemp_Name);
     PurgeIn(LastResortTemp() / kTemp_Name);
     for (const CFileRef& folder : folders) {
-        const Path hidden = folder.GetPath() / kTemp_HiddenName;
-        PurgeIn(hidden);
-        // Gone when nothing living is in it; else these fail and it stays.
-        if (CFileCalls::Get().RemoveFolder(hidden / "temp") == 0)
-            static_cast<void>(CFileCalls::Get().RemoveFolder(hidden));
+        const CFileRef hidden(folder, kTemp_HiddenName);
+        PurgeIn(hidden.GetPath());
+        RemoveHiddenTemp(hidden);
         bool thereB = false;
         std::vector<std::string> names;
         if (Failed(FSrFolderExists(folder, thereB)) || !thereB || Failed(FSrList(folder, names))) continue;

@@ -12,9 +12,9 @@ enum class PlatformFolder : short {
     kVolumeTemp = 5,    // " Temp": temporary items on the volume of `near`
 };
 
-/** Finds the folder, makes it when missing, and sees that it can be written. `near` names a volume by anything on it; empty:
-    that of the home. The temporary one falls back on a folder among the caches. Logs "FSFindFolder: " with the kind.
-    Threads  any. */
+/** Finds the folder, makes it when missing, and sees that it can be written. `near` names a volume by anything on it;
+   empty: that of the home. The temporary one falls back on a folder among the caches. Logs "FSFindFolder: " with the
+   kind. Threads  any. */
 OSErr FSrFindFolder(PlatformFolder kind, const CFileRef& near, CFileRef& folder);
 
 /** "Vopla Temp" on the volume of `near`, made when missing: in the temporary items folder when that is on this volume,
@@ -22,8 +22,8 @@ OSErr FSrFindFolder(PlatformFolder kind, const CFileRef& near, CFileRef& folder)
 OSErr FSrFindVolumeTemp(const CFileRef& near, CFileRef& folder);
 /** True for a path in any of these places; no look at the disc. */
 [[nodiscard]] bool IsInTemp(const CFileRef::Path& path);
-/** True for a place of ours beside a file. */
-[[nodiscard]] bool IsHiddenTemp(const CFileRef::Path& folder);
+/** Removes `folder` if it is such a place beside a file and nothing is in it. */
+void RemoveHiddenTemp(const CFileRef& folder);
 
 /** Creates and removes a file "write_test" in the folder. A folder that cannot be written is told by an alert. */
 OSErr FSrWriteTest(const CFileRef& folder);

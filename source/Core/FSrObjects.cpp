@@ -137,9 +137,7 @@ OSErr FSrRename(CFileRef& file, std::string_view newName) {
     return noErr;
 }
 
-OSErr FSrDelete(const CFileRef& file) {
-    return file.IsEmpty() ? errFSMissingName : DeleteTree(file.GetPath(), 0);
-}
+OSErr FSrDelete(const CFileRef& file) { return file.IsEmpty() ? errFSMissingName : DeleteTree(file.GetPath(), 0); }
 
 OSErr FSrVolume(const CFileRef::Path& path, std::uint64_t& device) {
     CFileRef::Path at = path.empty() ? CFileRef::Path{"."} : path;

@@ -1,9 +1,9 @@
 #include "Core/FSrTrash.h"
 
+#include <unistd.h>
 #include <cerrno>
 #include <cmath>
 #include <ctime>
-#include <unistd.h>
 
 #include "Core/CDataFork.h"
 #include "Core/CLog.h"
@@ -175,7 +175,8 @@ OSErr FSrMoveToTrash(const CFileRef& file, TrashedFile* trashedP) {
 
 OSErr FSrDeleteTrashed(const TrashedFile& trashed) {
     if (const OSErr err = FSrDelete(trashed.file); Failed(err)) return err;
-    return FSrDelete(trashed.card);   // last: a card without a file harms nobody, a file without a card cannot be restored
+    return FSrDelete(
+        trashed.card);   // last: a card without a file harms nobody, a file without a card cannot be restored
 }
 
 OSErr FSrRestoreTrashed(const TrashedFile& trashed, const CFileRef& place) {

@@ -14,19 +14,19 @@ struct FileInfo {
     std::uint64_t bytesL = 0;
     std::uint64_t deviceL = 0;   // the volume's number; may differ after the next start of the machine
     std::uint64_t inodeL = 0;
-    std::int64_t bornL = 0;      // nanoseconds since 1970; 0 when the file system does not tell
-    std::int64_t modifiedL = 0;  // nanoseconds since 1970
-    std::uint32_t mode = 0;      // the permission bits alone
-    std::uint32_t owner = 0;     // user id
+    std::int64_t bornL = 0;       // nanoseconds since 1970; 0 when the file system does not tell
+    std::int64_t modifiedL = 0;   // nanoseconds since 1970
+    std::uint32_t mode = 0;       // the permission bits alone
+    std::uint32_t owner = 0;      // user id
 };
 
 /** How a file is opened. Every handle is closed in child processes. */
 enum class FileAccess : unsigned char {
-    kRead,         // must be there
-    kWrite,        // read and write, must be there
-    kCreate,       // read and write, made when missing
-    kCreateNew,    // read and write, EEXIST when anything of the name is there
-    kFolder,       // a folder, for Lock and Sync
+    kRead,        // must be there
+    kWrite,       // read and write, must be there
+    kCreate,      // read and write, made when missing
+    kCreateNew,   // read and write, EEXIST when anything of the name is there
+    kFolder,      // a folder, for Lock and Sync
 };
 
 /** Every file call that the engine makes, one virtual each, so that a test can fail or stop it anywhere.

@@ -1,7 +1,8 @@
 #include "Platform/CFileCalls_Faults.h"
 
-#include <cerrno>
+#include <fcntl.h>
 #include <unistd.h>
+#include <cerrno>
 
 CFileCalls_Faults::~CFileCalls_Faults() {
     for (const auto& [id, handle] : i_dirty) ::close(handle);
@@ -47,9 +48,12 @@ int CFileCalls_Faults::Before(const char* callZ, const Path& path) {
     const bool nowB = n == i_atL || (i_onwardsB && n > i_atL);
     if (!nowB) return 0;
     switch (i_plan) {
-        case Plan::kNone: return 0;
-        case Plan::kFail: return i_errnoL;
-        case Plan::kExit: ::_exit(i_errnoL);
+        case Plan::kNone:
+            return 0;
+        case Plan::kFail:
+            return i_errnoL;
+        case Plan::kExit:
+            ::_exit(i_errnoL);
         case Plan::kCut:
             if (!i_halfB) CutPower();
             return EIO;
@@ -61,7 +65,10 @@ void CFileCalls_Faults::MarkDirty(int handle) {
     FileInfo info;
     if (i_below.Look(handle, info) != 0) return;
     const FileID id{info.deviceL, info.inodeL};
-    if (!i_dirty.contains(id)) i_dirty[id] = ::dup(handle);
+    if (i_dirty.contains(id)) return;
+    // Opened anew, not doubled: a double would keep a lock that the file's user has given back.
+    const std::string name = "/proc/self/fd/" + std::to_string(handle);
+    if (const int second = ::open(name.c_str(), O_RDWR | O_CLOEXEC); second >= 0) i_dirty[id] = second;
 }
 
 int CFileCalls_Faults::Open(const Path& path, FileAccess access, std::uint32_t mode, int& handle) {

@@ -82,7 +82,7 @@ private:
     long i_countL = 0;
     std::optional<std::uint64_t> i_spaceL;
     Watch i_watch;
-    std::map<FileID, int> i_dirty;       // a second handle of each file, owned here
-    std::map<int, Path> i_folders;       // open folders
+    std::map<FileID, int> i_dirty;   // a handle of each file, owned here
+    std::map<int, Path> i_folders;   // open folders
     std::set<Path> i_dirtyFolders;
 };

@@ -1,17 +1,17 @@
 #include "Platform/CFileCalls_Linux.h"
 
-#include <cerrno>
-#include <cstdio>
-#include <cstdlib>
 #include <dirent.h>
 #include <fcntl.h>
-#include <limits>
-#include <memory>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+#include <memory>
 
 namespace {
 
@@ -59,11 +59,16 @@ FileInfo Told(const struct statx& told) {
 
 int Flags(FileAccess access) {
     switch (access) {
-        case FileAccess::kRead: return O_RDONLY;
-        case FileAccess::kWrite: return O_RDWR;
-        case FileAccess::kCreate: return O_RDWR | O_CREAT;
-        case FileAccess::kCreateNew: return O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW;
-        case FileAccess::kFolder: return O_RDONLY | O_DIRECTORY;
+        case FileAccess::kRead:
+            return O_RDONLY;
+        case FileAccess::kWrite:
+            return O_RDWR;
+        case FileAccess::kCreate:
+            return O_RDWR | O_CREAT;
+        case FileAccess::kCreateNew:
+            return O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW;
+        case FileAccess::kFolder:
+            return O_RDONLY | O_DIRECTORY;
     }
     return O_RDONLY;
 }

@@ -1,10 +1,10 @@
 #include "Platform/CFolders.h"
 
-#include <cstdlib>
 #include <pwd.h>
+#include <unistd.h>
+#include <cstdlib>
 #include <span>
 #include <string>
-#include <unistd.h>
 
 #include "Platform/CFileCalls.h"
 

@@ -1,19 +1,19 @@
 #include "Platform/CSecondInstance.h"
 
-#include <array>
-#include <cerrno>
-#include <cstdint>
-#include <cstdio>
-#include <cstring>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
-#include <system_error>
 #include <time.h>
 #include <unistd.h>
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <system_error>
 
 #include "Platform/CClock.h"
 
@@ -188,7 +188,8 @@ CSecondInstance::Role CSecondInstance::Start(std::string_view text) {
         if (i_errnoL != EWOULDBLOCK) return Role::kFailed;
         i_errnoL = Send(text, untilT);
         if (i_errnoL == 0) return Role::kSecond;
-        // The first may be between its lock and its socket, or just leaving: look again, who is first, until the time is up.
+        // The first may be between its lock and its socket, or just leaving: look again, who is first, until the time
+        // is up.
         if (i_errnoL != ENOENT && i_errnoL != ECONNREFUSED && i_errnoL != EPIPE && i_errnoL != ECONNRESET &&
             i_errnoL != EAGAIN)
             return Role::kFailed;
