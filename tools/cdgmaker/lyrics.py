@@ -73,10 +73,12 @@ def _title_page(stream, song, until, levels):
     if len(song.title) > 14 and len(words) > 1:
         middle = min(range(1, len(words)), key=lambda n: abs(len(' '.join(words[:n])) * 2 - len(song.title)))
         big = [' '.join(words[:middle]), ' '.join(words[middle:])]
-    row = 3 if len(big) == 2 else 4
+    row = 3
     for text in big:
         stream.add(*TextLine(text, row, 28, levels, 3).draw())
         row += 3
+    if song.ornament:
+        stream.add(*TextLine(song.ornament, row, 16, levels).draw(SECOND_VOICE))
     row = max(row + 1, 15 - 2 * len(song.credits))
     for text in song.credits[:4]:
         stream.add(*TextLine(text, row, 13, levels, 2).draw(SECOND_VOICE))
@@ -111,6 +113,7 @@ def add_song(stream, song, step=3, levels=4, title_until=None):
             scheduler.draw(change, *picture.draw())
             for n, (left, right) in enumerate(spans):
                 scheduler.sweep(_at(start - (3 - n) * 0.7), scheduler.asked, picture.sweep(left, right))
+            scheduler.sweep(_at(start + 0.3), scheduler.asked, picture.erase())
         for n, line in enumerate(page):
             row = FIRST_ROW + ROWS_A_LINE * n + (4 - len(page)) * ROWS_A_LINE // 2
             picture = TextLine(line.text, row, 20, levels)

@@ -86,6 +86,10 @@ class Picture:
                     result.append(tile(*place, (0, 1), low, xor=True))
         return result
 
+    def erase(self, base=0):
+        """The packets that clear its tiles to the background."""
+        return [tile(*place, (base, base), bytes(TILE_HEIGHT)) for place in self.places]
+
     def sweep(self, left, right):
         """The packets that turn the pixels left <= x < right (of the visible part) to the sung colour."""
         result = []
@@ -126,7 +130,7 @@ class TextLine(Picture):
 
 def dots(count, row, levels=4):
     """A row of dots in the middle of the screen, and their left and right ends: the countdown before a page is sung."""
-    size, pitch = 10, 24
+    size, pitch = 8, 24
     scale = 4
     image = Image.new('L', (VISIBLE_WIDTH * scale, TILE_HEIGHT * scale))
     left = (VISIBLE_WIDTH - (count - 1) * pitch - size) // 2 // TILE_WIDTH * TILE_WIDTH

@@ -2,6 +2,7 @@
 
     title: Amazing Grace
     credit: Words by John Newton, 1779        (any number of lines)
+    ornament: * * *                           (a line between title and credits)
     colors: 003 fff fd4                       (background, words, sung words; as red, green, blue digits)
     second: 8df 4f8                           (the second voice, of lines that begin with "2:")
     length: 68.5                              (seconds; else two after the last word)
@@ -37,6 +38,7 @@ class Line:
 class Song:
     title: str = ''
     credits: list = field(default_factory=list)
+    ornament: str = ''
     colors: tuple = ((0, 0, 4), (15, 15, 15), (15, 13, 2))
     second: tuple = ((8, 13, 15), (3, 15, 8))
     length: float = 0.0
@@ -91,8 +93,8 @@ def read_song(text):
             if page:
                 song.pages.append(page)
             page = []
-        elif colon and key == 'title':
-            song.title = value
+        elif colon and key in ('title', 'ornament'):
+            setattr(song, key, value)
         elif colon and key == 'credit':
             song.credits.append(value)
         elif colon and key in ('colors', 'second'):
