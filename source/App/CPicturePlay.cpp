@@ -8,6 +8,18 @@
 #include "Graphics/CGraphics.h"
 #include "Graphics/CHq4x.h"
 
+namespace {
+
+/** Empty when the picture is shown as it is. */
+GraphicsUpscaler MakeUpscaler(bool hq4xB) {
+    if (!hq4xB) return {};
+    return [filter = std::make_shared<CHq4x>()](const CPixels& source, CPixels& dest) {
+        return filter->Scale(source, dest);
+    };
+}
+
+}   // namespace
+
 CPicturePlay::CPicturePlay(CApp& app) : i_app(app) {}
 
 CPicturePlay::~CPicturePlay() {
@@ -22,14 +34,20 @@ OSErr CPicturePlay::Start(const std::filesystem::path& file) {
 
     const bool hq4xB = i_app.Prefs().GetBool("Use hq4x upscaling (fast computers only)");
     OSErr err = noErr;
-    i_graphics = CGraphics::Make(ChannelMask(), hq4xB ? GraphicsUpscaler(&CHq4x::Scale) : GraphicsUpscaler(), err);
+    i_graphics = CGraphics::Make(ChannelMask(), MakeUpscaler(hq4xB), err);
     if (i_graphics == nullptr) return LogStep(err, "making graphics", file);
     i_graphics->SetSong(*this);
     i_graphics->SetTarget(this);
     i_clock.Start(0);
     i_playingB = true;
     i_pace = std::make_shared<GraphicsPace>(i_clock);
-    i_threadP = new CT_DriftFree_Graphics(i_pace);   // owned by its fork from here on
+    auto thread = std::make_unique<CT_DriftFree_Graphics>(i_pace);
+    i_threadP = thread.get();
+    if (CT_Preemptive::Start(std::move(thread)) == 0) {
+        i_threadP = nullptr;
+        Stop();
+        return LogStep(memFullErr, "starting the clock of the graphics", file);
+    }
     i_app.SetCurrentSong(this);
     i_app.SetStatus(file.filename().string());
     i_app.Windows().Show(PREF_Wind_VIDEO);
@@ -56,7 +74,7 @@ void CPicturePlay::Stop() {
         const std::scoped_lock guard(i_pace->lock);
         i_pace->clockP = nullptr;
     }
-    i_threadP->Stop();   // its fork deletes it
+    if (i_threadP != nullptr) i_threadP->Stop();   // its fork deletes it, on this thread, so it lives here
     i_threadP = nullptr;
     i_pace.reset();
 }

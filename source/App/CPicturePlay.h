@@ -56,7 +56,6 @@ private:
     CSubCodeStream_Memory i_stream;
     std::unique_ptr<CGraphics> i_graphics;
     std::shared_ptr<GraphicsPace> i_pace;
-    ForkID i_threadID = 0;
     CT_DriftFree_Graphics* i_threadP = nullptr;   // the fork's; lives until it was told to stop
     bool i_playingB = false;
 };

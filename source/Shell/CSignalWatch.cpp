@@ -10,13 +10,13 @@ CSignalWatch::CSignalWatch(std::function<void()> ended) {
     ::pthread_sigmask(SIG_BLOCK, &i_signals, nullptr);
     if (::pipe(i_stop) != 0) return;
     i_thread = std::thread([this, ended = std::move(ended)] {
-        const int signals = ::signalfd(-1, &i_signals, SFD_CLOEXEC);
-        pollfd waits[2] = {{signals, POLLIN, 0}, {i_stop[0], POLLIN, 0}};
-        while (signals >= 0 && ::poll(waits, 2, -1) >= 0 && waits[1].revents == 0) {
+        const int descriptor = ::signalfd(-1, &i_signals, SFD_CLOEXEC);
+        pollfd waits[2] = {{descriptor, POLLIN, 0}, {i_stop[0], POLLIN, 0}};
+        while (descriptor >= 0 && ::poll(waits, 2, -1) >= 0 && waits[1].revents == 0) {
             signalfd_siginfo info{};
-            if ((waits[0].revents & POLLIN) != 0 && ::read(signals, &info, sizeof info) == sizeof info) ended();
+            if ((waits[0].revents & POLLIN) != 0 && ::read(descriptor, &info, sizeof info) == sizeof info) ended();
         }
-        if (signals >= 0) ::close(signals);
+        if (descriptor >= 0) ::close(descriptor);
     });
 }
 

@@ -42,7 +42,7 @@ void OpenLog() {
 
 int RunApplication(const AppSetup& setup, CSecondInstance& instance, const std::string& file) {
     TVoplaApp application(setup);
-    const CSignalWatch signals([&application] { application.RequestQuit(QuitAsk::kNobody); });
+    const CSignalWatch watch([&application] { application.RequestQuit(QuitAsk::kNobody); });
     int result = 1;
     try {
         application.StartUp();
