@@ -92,10 +92,12 @@ std::string Sample() {
 TEST(PropertyList, CutAtEveryByteIsAStatusAndTheValueStays) {
     const std::string text = Sample();
     const std::size_t wholeL = text.rfind('>') + 1;
+    const std::size_t bodyL = text.find("<plist");   // a document type that is cut is merely no XML
     for (std::size_t n = 0; n < wholeL; ++n) {
         CCFValue value("as it was");
         const OSErr err = ReadPropertyList(Bytes(text).first(n), value);
-        ASSERT_EQ(err, eofErr) << n << ": " << text.substr(0, n);
+        ASSERT_TRUE(Failed(err)) << n << ": " << text.substr(0, n);
+        ASSERT_TRUE(err == eofErr || n < bodyL) << n << ": " << text.substr(0, n);
         ASSERT_EQ(value, CCFValue("as it was"));
     }
 }
@@ -173,7 +175,7 @@ TEST(PropertyList, Statuses) {
 }
 
 TEST(PropertyList, WhatXMLCannotHoldDoesNotStopASave) {
-    const CCFValue value(CFArray{std::string("a\x01\xFF\xEF\xBF\xBE\xC0\x80z"), CFDate{std::nan("")}, CFDate{1e300},
+    const CCFValue value(CFArray{SuperString("a\x01\xFF\xEF\xBF\xBE\xC0\x80z"), CFDate{std::nan("")}, CFDate{1e300},
                                  CFDate{-1e300}, CFDate{-0.5}});
     std::string text;
     ASSERT_EQ(WritePropertyList(value, text), noErr);
@@ -252,7 +254,7 @@ TEST(Base64, EveryLengthThereAndBack) {
         const std::string text = EncodeBase64(bytes);
         ASSERT_EQ(text.size(), (n + 2) / 3 * 4);
         ASSERT_EQ(DecodeBase64(text), bytes);
-        if (n > 0) ASSERT_EQ(DecodeBase64(text.substr(0, text.size() - 1)), std::nullopt);
+        ASSERT_EQ(DecodeBase64(text + "="), std::nullopt);
     }
 }
 
