@@ -24,8 +24,7 @@ constexpr std::array<const char16_t*, kDateForm_Count> kDateForms = {
 /** A formatter for one call: they are not to be shared by threads, and dates are few. Null when ICU has no data. */
 std::unique_ptr<icu::SimpleDateFormat> Formatter(const char16_t* patternZ, std::string_view zone) {
     UErrorCode status = U_ZERO_ERROR;
-    auto formatP =
-        std::make_unique<icu::SimpleDateFormat>(icu::UnicodeString(patternZ), icu::Locale::getUS(), status);
+    auto formatP = std::make_unique<icu::SimpleDateFormat>(icu::UnicodeString(patternZ), icu::Locale::getUS(), status);
     if (U_FAILURE(status)) return nullptr;
     if (!zone.empty())
         formatP->adoptTimeZone(icu::TimeZone::createTimeZone(

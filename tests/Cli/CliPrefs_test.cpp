@@ -1,5 +1,6 @@
 #include "Cli/CliPrefs.h"
 
+#include <algorithm>
 #include <sstream>
 
 #include "Cli/CliName.h"
@@ -8,13 +9,13 @@
 
 namespace {
 
-struct Run {
+struct CliRun {
     int status;
     std::string out, err;
 };
 using Command = int (*)(const CliContext&, std::span<const std::string>);
 
-Run Call(Command command, const std::filesystem::path& root, bool jsonB, const std::vector<std::string>& words) {
+CliRun Call(Command command, const std::filesystem::path& root, bool jsonB, const std::vector<std::string>& words) {
     std::ostringstream out;
     std::ostringstream err;
     const CliContext context{root, jsonB, out, err};
@@ -41,13 +42,13 @@ TEST(CliPrefs, GetSetAndList) {
          "\"type\":\"date\",\"value\":\"/Date(1709208000000+0000)/\"}\n"},
     };
     for (const auto& c : kSets) {
-        const Run set = prefs(c.words);
+        const CliRun set = prefs(c.words);
         EXPECT_EQ(set.status, 0) << set.err;
         EXPECT_TRUE(set.out.ends_with(c.shown)) << set.out;
         const std::string key = c.words[1] == "--" ? c.words[2] : c.words[1];
         EXPECT_EQ(prefs({"get", key}).out, set.out);
     }
-    const Run list = prefs({"list"});
+    const CliRun list = prefs({"list"});
     EXPECT_NE(list.out.find("{\"key\":\"Auto-cue\",\"type\":\"bool\",\"value\":false}\n"), std::string::npos);
     EXPECT_NE(list.out.find("\"type\":\"dict\",\"value\":{\"MediaStream Defaut Font\":\"Futura Condensed\""),
               std::string::npos);
@@ -78,10 +79,10 @@ TEST(CliPrefs, Failures) {
         {{}, 2, "\"status\":-50}"},
     };
     for (const auto& c : kCases) {
-        const Run json = Call(&RunPrefs, root.Path(), true, c.words);
+        const CliRun json = Call(&RunPrefs, root.Path(), true, c.words);
         EXPECT_EQ(json.status, c.status) << json.err;
         EXPECT_NE(json.err.find(c.statusText), std::string::npos) << json.err;
-        const Run plain = Call(&RunPrefs, root.Path(), false, c.words);
+        const CliRun plain = Call(&RunPrefs, root.Path(), false, c.words);
         EXPECT_EQ(std::ranges::count(plain.err, '\n'), 1) << plain.err;
         EXPECT_EQ(plain.out, "");
     }
@@ -95,7 +96,8 @@ TEST(CliName, Conform) {
     const auto name = [](const std::vector<std::string>& words) { return Call(&RunName, {}, false, words); };
     EXPECT_EQ(name({"conform", "the WIND and \"the\" inxs"}).out, "{\"text\":\"The Wind and \\\"The\\\" INXS\"}\n");
     EXPECT_EQ(name({"conform", "--", "-nsync"}).out, "{\"text\":\"'N Sync\"}\n");
-    for (const auto& bad : {std::vector<std::string>{}, {"conform"}, {"other", "x"}, {"conform", "-x"}, {"conform", "a", "b"}})
+    for (const auto& bad :
+         {std::vector<std::string>{}, {"conform"}, {"other", "x"}, {"conform", "-x"}, {"conform", "a", "b"}})
         EXPECT_EQ(name(bad).status, 2);
 }
 

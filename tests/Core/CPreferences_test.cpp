@@ -186,9 +186,10 @@ TEST_F(PrefsTest, AFolderInPlaceOfTheFileAndAFullDisk) {
 
 TEST_F(PrefsTest, WindowsAreCollectedAtSave) {
     {
-        CPreferences prefs(i_files, {.windows = [] {
-            return std::vector<WindowRecord>{{"Browser", 10, -20, 500, 700, true}, {"Tasks", 5, 5, 5, 5, true}};
-        }});
+        CPreferences prefs(
+            i_files, {.windows = [] {
+                return std::vector<WindowRecord>{{"Browser", 10, -20, 500, 700, true}, {"Tasks", 5, 5, 5, 5, true}};
+            }});
         EXPECT_FALSE(prefs.Window("Browser"));
     }
     EXPECT_TRUE(OnDisk().GetBool("Browser Window Visible"));
@@ -229,7 +230,7 @@ TEST_F(PrefsTest, ReadersRunBesideAWriterAndASave) {
         });
     for (int n = 0; n < 300; ++n) {
         prefs.Set("User email address", SuperString(std::string(n % 2 == 0 ? 0 : 100, 'x')));
-        if (n % 100 == 0) EXPECT_EQ(prefs.Save(), noErr);
+        EXPECT_EQ(n % 100 == 0 ? prefs.Save() : noErr, noErr);
     }
     endB = true;
     for (auto& reader : readers) reader.join();

@@ -50,11 +50,16 @@ TEST(JSONWriter, ReadsDates) {
         OSErr err;
         double seconds1970T;
     } kCases[] = {
-        {"/Date(1234567890123+0000)/", noErr, 1234567890.123}, {"/Date(1234567890123-0700)/", noErr, 1234567890.123},
-        {"/Date(-1000)/", noErr, -1},                          {"/Date()/", paramErr, 0},
-        {"/Date(1+000)/", paramErr, 0},                        {"/Date(1)", paramErr, 0},
-        {"/Date(/", paramErr, 0},                              {"/Date(99999999999999999999)/", paramErr, 0},
-        {"/Date(1x)/", paramErr, 0},                           {"", paramErr, 0},
+        {"/Date(1234567890123+0000)/", noErr, 1234567890.123},
+        {"/Date(1234567890123-0700)/", noErr, 1234567890.123},
+        {"/Date(-1000)/", noErr, -1},
+        {"/Date()/", paramErr, 0},
+        {"/Date(1+000)/", paramErr, 0},
+        {"/Date(1)", paramErr, 0},
+        {"/Date(/", paramErr, 0},
+        {"/Date(99999999999999999999)/", paramErr, 0},
+        {"/Date(1x)/", paramErr, 0},
+        {"", paramErr, 0},
     };
     for (const auto& c : kCases) {
         CFDate date{42};
@@ -101,9 +106,9 @@ TEST(SizeForms, SizesDurationsAndFrames) {
     const struct {
         std::uint64_t bytesL;
         const char* textZ;
-    } kSizes[] = {{0, "0 bytes"},           {1023, "1023 bytes"},      {1024, "1 KB"},
-                  {1536, "1.5 KB"},         {1572864, "1.5 MB"},       {3U << 30, "3 GB"},
-                  {UINT64_MAX, "16 EB"},    {10 * 1024 + 51, "10 KB"}, {1048575, "1024 KB"}};
+    } kSizes[] = {{0, "0 bytes"},        {1023, "1023 bytes"},      {1024, "1 KB"},
+                  {1536, "1.5 KB"},      {1572864, "1.5 MB"},       {3U << 30, "3 GB"},
+                  {UINT64_MAX, "16 EB"}, {10 * 1024 + 51, "10 KB"}, {1048575, "1024 KB"}};
     for (const auto& c : kSizes) EXPECT_EQ(SizeText(c.bytesL), c.textZ);
     EXPECT_EQ(DurationText(2 * 86400 + 3 * 3600 + 20 * 60 + 1.9), "2 Days 3 Hours 20 Minutes 1 Second");
     EXPECT_EQ(DurationText(3600), "1 Hour");

@@ -29,15 +29,23 @@ std::string Hex(std::string_view bytes) {
 void Show(const CCFValue& value, const std::string& path, std::string& out) {
     out += path + " " + std::string(CFTypeName(value.Type())) + " ";
     switch (value.Type()) {
-        case CFType::kBool: out += *value.Bool() ? "1\n" : "0\n"; return;
-        case CFType::kInteger: out += std::to_string(*value.Integer()) + "\n"; return;
+        case CFType::kBool:
+            out += *value.Bool() ? "1\n" : "0\n";
+            return;
+        case CFType::kInteger:
+            out += std::to_string(*value.Integer()) + "\n";
+            return;
         case CFType::kFloat: {
             const auto bits = std::bit_cast<std::array<char, 8>>(*value.Number());
             out += std::isnan(*value.Number()) ? "nan\n" : Hex(std::string(bits.rbegin(), bits.rend())) + "\n";
             return;
         }
-        case CFType::kString: out += Hex(*value.String()) + "\n"; return;
-        case CFType::kDate: out += std::to_string(std::llround(value.Date()->absoluteT)) + "\n"; return;
+        case CFType::kString:
+            out += Hex(*value.String()) + "\n";
+            return;
+        case CFType::kDate:
+            out += std::to_string(std::llround(value.Date()->absoluteT)) + "\n";
+            return;
         case CFType::kData:
             out += Hex({reinterpret_cast<const char*>(value.Data()->data()), value.Data()->size()}) + "\n";
             return;
@@ -78,7 +86,8 @@ TEST(PropertyList, ReadsWhatPlistlibWritesAndPlistlibReadsWhatWeWrite) {
 }
 
 std::string Sample() {
-    const CCFDictionary inner{{"key & <tag>", "5 > 4 \r\n"}, {"data", CFData(100, std::byte{7})}, {"date", CFDate{1e8}}};
+    const CCFDictionary inner{
+        {"key & <tag>", "5 > 4 \r\n"}, {"data", CFData(100, std::byte{7})}, {"date", CFDate{1e8}}};
     const CCFValue value(CCFDictionary{
         {"list", CFArray{inner, true, 1.5, -7, "日本"}}, {"empty", CFArray{}}, {"none", CCFDictionary{}}});
     std::string text;

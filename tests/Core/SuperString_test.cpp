@@ -95,7 +95,8 @@ TEST(SuperString, OSTypesAreMacRoman) {
     OSType code = 0;
     EXPECT_EQ(SuperString("©alb").ToOSType(code), noErr);
     EXPECT_EQ(code, 0xA9616C62);
-    for (const char* badZ : {"", "abc", "abcde", "日本語x"}) EXPECT_EQ(SuperString(badZ).ToOSType(code), paramErr) << badZ;
+    for (const char* badZ : {"", "abc", "abcde", "日本語x"})
+        EXPECT_EQ(SuperString(badZ).ToOSType(code), paramErr) << badZ;
     std::mt19937 random(1);
     for (int n = 0; n < 200; ++n) {
         const auto given = static_cast<OSType>(random());
