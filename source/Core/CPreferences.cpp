@@ -79,7 +79,6 @@ CCFDictionary CPreferences::Load() {
         (void)LogStep(i_loadErr, "loading prefs file, defaults are taken", i_files.file);
         const std::scoped_lock guard(i_saveLock);
         i_keepAsideB = true;
-        (void)MoveAside();   // logged; Save tries again
     }
     CorrectPreferences(content);
     if (!content.Has(kColumns)) {

@@ -25,22 +25,22 @@ struct WindowRecord {
 struct PrefsOptions {
     FileReplacer replace = &ReplaceFile;
     /** Given when "Music Library Location" or "Cache Folder Location" is not stored; an empty path stores none. */
-    std::filesystem::path musicFolder, cacheFolder;
+    std::filesystem::path musicFolder = {}, cacheFolder = {};
     /** The factory columns, a property list; without the file there are none. */
-    std::filesystem::path defaultColumns;
+    std::filesystem::path defaultColumns = {};
     /** What is known only now: asked on the saving thread, without a lock, at each save. */
-    std::function<std::vector<WindowRecord>()> windows;
-    std::function<CCFDictionary()> atSave;
+    std::function<std::vector<WindowRecord>()> windows = {};
+    std::function<CCFDictionary()> atSave = {};
     /** Something is to be saved: called by whoever set it, without a lock. */
-    std::function<void()> onDirty;
+    std::function<void()> onDirty = {};
     bool saveAtEndB = true;   // the destructor saves
 };
 
 /** The settings of the program: one property list with the keys of PreferenceTable, kept as a person may have edited
-   it. Keys that the table does not know stay in the file. A value of a wrong type gives way to the default. Threads any
-   may read and ask; the constructor, Save and the destructor on one thread at a time. Errors   the show goes on with
-   defaults when the file cannot be read. A file that does not parse is moved beside, so that no save writes over it;
-   while that fails, saves fail too. */
+    it. Keys that the table does not know stay in the file; a value of a wrong type gives way to the default.
+    Threads  any may read and ask; the constructor, Save and the destructor on one thread at a time.
+    Errors   the show goes on with defaults when the file cannot be read. The first save moves such a file beside, so
+             that it is never written over; while that fails, saves fail too. */
 class CPreferences final : public CCFPrefDictionary {
 public:
     /** Loads, corrects, and stores the defaults. */

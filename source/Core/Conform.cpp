@@ -127,7 +127,8 @@ SuperString Conform(const SuperString& name, ConformOptions options) {
     for (const ConformRow& row : kConform_Names)
         text = ReplaceRow(text, icu::UnicodeString::fromUTF8(row.fromZ), icu::UnicodeString::fromUTF8(row.toZ));
     // As written, case and all: what a row above made of a name stays ("Young MC").
-    text.findAndReplace(u"o'", u"O'").findAndReplace(u" mc", u" Mc").findAndReplace(u",mc", u",Mc");
+    text.findAndReplace(u" mc", u" Mc").findAndReplace(u",mc", u",Mc");
+    text = ReplaceRow(text, u"o'", u"O'");
     RaiseBehind(text, u"o'", 0);
     RaiseBehind(text, u" mc", 1);
     RaiseBehind(text, u",mc", 1);

@@ -9,6 +9,5 @@
 using FileReplacer = std::function<OSErr(const std::filesystem::path& file, std::span<const std::byte> bytes)>;
 
 /** The plain way: a file beside the old one, written and synced, renamed over it, the folder synced. Missing folders
-   are made; a link is followed, so that settings which the user keeps elsewhere stay there. dskFulErr on a full disk.
- */
+    are made; a link is followed, so that settings kept elsewhere stay there. dskFulErr on a full disk. */
 OSErr ReplaceFile(const std::filesystem::path& file, std::span<const std::byte> bytes);

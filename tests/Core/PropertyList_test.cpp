@@ -29,15 +29,23 @@ std::string Hex(std::string_view bytes) {
 void Show(const CCFValue& value, const std::string& path, std::string& out) {
     out += path + " " + std::string(CFTypeName(value.Type())) + " ";
     switch (value.Type()) {
-        case CFType::kBool: out += *value.Bool() ? "1\n" : "0\n"; return;
-        case CFType::kInteger: out += std::to_string(*value.Integer()) + "\n"; return;
+        case CFType::kBool:
+            out += *value.Bool() ? "1\n" : "0\n";
+            return;
+        case CFType::kInteger:
+            out += std::to_string(*value.Integer()) + "\n";
+            return;
         case CFType::kFloat: {
             const auto bits = std::bit_cast<std::array<char, 8>>(*value.Number());
             out += std::isnan(*value.Number()) ? "nan\n" : Hex(std::string(bits.rbegin(), bits.rend())) + "\n";
             return;
         }
-        case CFType::kString: out += Hex(*value.String()) + "\n"; return;
-        case CFType::kDate: out += std::to_string(std::llround(value.Date()->absoluteT)) + "\n"; return;
+        case CFType::kString:
+            out += Hex(*value.String()) + "\n";
+            return;
+        case CFType::kDate:
+            out += std::to_string(std::llround(value.Date()->absoluteT)) + "\n";
+            return;
         case CFType::kData:
             out += Hex({reinterpret_cast<const char*>(value.Data()->data()), value.Data()->size()}) + "\n";
             return;
@@ -78,7 +86,8 @@ TEST(PropertyList, ReadsWhatPlistlibWritesAndPlistlibReadsWhatWeWrite) {
 }
 
 std::string Sample() {
-    const CCFDictionary inner{{"key & <tag>", "5 > 4 \r\n"}, {"data", CFData(100, std::byte{7})}, {"date", CFDate{1e8}}};
+    const CCFDictionary inner{
+        {"key & <tag>", "5 > 4 \r\n"}, {"data", CFData(100, std::byte{7})}, {"date", CFDate{1e8}}};
     const CCFValue value(CCFDictionary{
         {"list", CFArray{inner, true, 1.5, -7, "日本"}}, {"empty", CFArray{}}, {"none", CCFDictionary{}}});
     std::string text;
@@ -92,10 +101,12 @@ std::string Sample() {
 TEST(PropertyList, CutAtEveryByteIsAStatusAndTheValueStays) {
     const std::string text = Sample();
     const std::size_t wholeL = text.rfind('>') + 1;
+    const std::size_t bodyL = text.find("<plist");   // a document type that is cut is merely no XML
     for (std::size_t n = 0; n < wholeL; ++n) {
         CCFValue value("as it was");
         const OSErr err = ReadPropertyList(Bytes(text).first(n), value);
-        ASSERT_EQ(err, eofErr) << n << ": " << text.substr(0, n);
+        ASSERT_TRUE(Failed(err)) << n << ": " << text.substr(0, n);
+        ASSERT_TRUE(err == eofErr || n < bodyL) << n << ": " << text.substr(0, n);
         ASSERT_EQ(value, CCFValue("as it was"));
     }
 }
@@ -173,7 +184,7 @@ TEST(PropertyList, Statuses) {
 }
 
 TEST(PropertyList, WhatXMLCannotHoldDoesNotStopASave) {
-    const CCFValue value(CFArray{std::string("a\x01\xFF\xEF\xBF\xBE\xC0\x80z"), CFDate{std::nan("")}, CFDate{1e300},
+    const CCFValue value(CFArray{SuperString("a\x01\xFF\xEF\xBF\xBE\xC0\x80z"), CFDate{std::nan("")}, CFDate{1e300},
                                  CFDate{-1e300}, CFDate{-0.5}});
     std::string text;
     ASSERT_EQ(WritePropertyList(value, text), noErr);
@@ -252,7 +263,7 @@ TEST(Base64, EveryLengthThereAndBack) {
         const std::string text = EncodeBase64(bytes);
         ASSERT_EQ(text.size(), (n + 2) / 3 * 4);
         ASSERT_EQ(DecodeBase64(text), bytes);
-        if (n > 0) ASSERT_EQ(DecodeBase64(text.substr(0, text.size() - 1)), std::nullopt);
+        ASSERT_EQ(DecodeBase64(text + "="), std::nullopt);
     }
 }
 

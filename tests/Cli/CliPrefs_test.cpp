@@ -1,0 +1,104 @@
+#include "Cli/CliPrefs.h"
+
+#include <algorithm>
+#include <sstream>
+
+#include "Cli/CliName.h"
+#include "Core/CLog.h"
+#include "Core/TempFolder.h"
+
+namespace {
+
+struct CliRun {
+    int status;
+    std::string out, err;
+};
+using Command = int (*)(const CliContext&, std::span<const std::string>);
+
+CliRun Call(Command command, const std::filesystem::path& root, bool jsonB, const std::vector<std::string>& words) {
+    std::ostringstream out;
+    std::ostringstream err;
+    const CliContext context{root, jsonB, out, err};
+    const int status = command(context, words);
+    return {status, out.str(), err.str()};
+}
+
+TEST(CliPrefs, GetSetAndList) {
+    const TempFolder root;
+    const auto prefs = [&](const std::vector<std::string>& words) { return Call(&RunPrefs, root.Path(), true, words); };
+    EXPECT_EQ(prefs({"get", "Web server port number"}).out,
+              "{\"key\":\"Web server port number\",\"type\":\"integer\",\"value\":80}\n");
+    EXPECT_FALSE(std::filesystem::exists(root / "config"));   // asking writes nothing
+    const struct {
+        std::vector<std::string> words;
+        std::string shown;
+    } kSets[] = {
+        {{"set", "Web server port number", "8080"}, "\"type\":\"integer\",\"value\":8080}\n"},
+        {{"set", "Web server port number", "--", "-1"}, "\"type\":\"integer\",\"value\":-1}\n"},
+        {{"set", "--", "Long messenger duration", "-2.5"}, "\"type\":\"float\",\"value\":-2.5}\n"},
+        {{"set", "Auto-cue", "false"}, "\"type\":\"bool\",\"value\":false}\n"},
+        {{"set", "CDPedia Code", "null"}, "\"type\":\"string\",\"value\":\"null\"}\n"},
+        {{"set", "Date and time of last crash report", "2024-02-29T12:00:00Z"},
+         "\"type\":\"date\",\"value\":\"/Date(1709208000000+0000)/\"}\n"},
+    };
+    for (const auto& c : kSets) {
+        const CliRun set = prefs(c.words);
+        EXPECT_EQ(set.status, 0) << set.err;
+        EXPECT_TRUE(set.out.ends_with(c.shown)) << set.out;
+        const std::string key = c.words[1] == "--" ? c.words[2] : c.words[1];
+        EXPECT_EQ(prefs({"get", key}).out, set.out);
+    }
+    const CliRun list = prefs({"list"});
+    EXPECT_NE(list.out.find("{\"key\":\"Auto-cue\",\"type\":\"bool\",\"value\":false}\n"), std::string::npos);
+    EXPECT_NE(list.out.find("\"type\":\"dict\",\"value\":{\"MediaStream Defaut Font\":\"Futura Condensed\""),
+              std::string::npos);
+    EXPECT_GT(std::ranges::count(list.out, '\n'), 150);
+}
+
+TEST(CliPrefs, Failures) {
+    const TempFolder root;
+    const struct {
+        std::vector<std::string> words;
+        int status;
+        std::string statusText;
+    } kCases[] = {
+        {{"get", "no such"}, 1, "\"status\":-43}"},
+        {{"set", "no such", "1"}, 1, "\"status\":-43}"},
+        {{"set", "Number of undos", "many"}, 1, "\"status\":-50}"},
+        {{"set", "Number of undos", "5 "}, 1, "\"status\":-50}"},
+        {{"set", "Number of undos", ""}, 1, "\"status\":-50}"},
+        {{"set", "Number of undos", "3000000000"}, 1, "\"status\":-50}"},
+        {{"set", "Auto-cue", "maybe"}, 1, "\"status\":-50}"},
+        {{"set", "Long messenger duration", "nan"}, 1, "\"status\":-50}"},
+        {{"set", "MediaStream Defauts", "x"}, 1, "\"status\":-50}"},
+        {{"set", "CDPedia Code", "\xFF"}, 1, "\"status\":-50}"},
+        {{"set", "Number of undos", "-1"}, 2, "\"status\":-50}"},
+        {{"set", "Number of undos"}, 2, "\"status\":-50}"},
+        {{"get"}, 2, "\"status\":-50}"},
+        {{"list", "more"}, 2, "\"status\":-50}"},
+        {{}, 2, "\"status\":-50}"},
+    };
+    for (const auto& c : kCases) {
+        const CliRun json = Call(&RunPrefs, root.Path(), true, c.words);
+        EXPECT_EQ(json.status, c.status) << json.err;
+        EXPECT_NE(json.err.find(c.statusText), std::string::npos) << json.err;
+        const CliRun plain = Call(&RunPrefs, root.Path(), false, c.words);
+        EXPECT_EQ(std::ranges::count(plain.err, '\n'), 1) << plain.err;
+        EXPECT_EQ(plain.out, "");
+    }
+    EXPECT_FALSE(std::filesystem::exists(root / "config"));
+    std::filesystem::create_directories(root / "config/Vopla/Vopla X Preferences.plist");
+    EXPECT_EQ(Call(&RunPrefs, root.Path(), false, {"set", "Number of undos", "5"}).status, 1);
+    EXPECT_EQ(Call(&RunPrefs, root.Path(), false, {"get", "Number of undos"}).status, 0);
+}
+
+TEST(CliName, Conform) {
+    const auto name = [](const std::vector<std::string>& words) { return Call(&RunName, {}, false, words); };
+    EXPECT_EQ(name({"conform", "the WIND and \"the\" inxs"}).out, "{\"text\":\"The Wind and \\\"The\\\" INXS\"}\n");
+    EXPECT_EQ(name({"conform", "--", "-nsync"}).out, "{\"text\":\"'N Sync\"}\n");
+    for (const auto& bad :
+         {std::vector<std::string>{}, {"conform"}, {"other", "x"}, {"conform", "-x"}, {"conform", "a", "b"}})
+        EXPECT_EQ(name(bad).status, 2);
+}
+
+}   // namespace
