@@ -42,9 +42,9 @@ constexpr Form kForms[] = {
     {Two(kUp, 8, kLeft, 8), Self(8, kUp, 8), Self(8, kLeft, 8), kAll_Self},
     {Three(8, kUp, 4, kLeft, 4), Self(12, kUp, 4), Self(12, kLeft, 4), kAll_Self},
     {Three(8, kUp, 4, kLeft, 4), kAll_Self, kAll_Self, kAll_Self},
-    {Two(kUp, 8, kLeft, 8), Self(4, kUp, 12), Three(4, kLeft, 8, kUp, 4), Three(12, kUp, 2, kLeft, 2)},
+    {Two(kUp, 8, kLeft, 8), Two(kUp, 10, kLeft, 6), Three(4, kLeft, 8, kUp, 4), Three(12, kUp, 2, kLeft, 2)},
     {Self(12, kLeft, 4), Self(10, kUp, 6), Self(4, kLeft, 12), Self(14, kUp, 2)},
-    {Two(kUp, 8, kLeft, 8), Three(4, kUp, 8, kLeft, 4), Self(4, kLeft, 12), Three(12, kUp, 2, kLeft, 2)},
+    {Two(kUp, 8, kLeft, 8), Three(4, kUp, 8, kLeft, 4), Two(kLeft, 10, kUp, 6), Three(12, kUp, 2, kLeft, 2)},
     {Self(12, kUp, 4), Self(4, kUp, 12), Self(10, kLeft, 6), Self(14, kLeft, 2)},
 };
 
