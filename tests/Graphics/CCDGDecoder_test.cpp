@@ -130,7 +130,9 @@ TEST(CCDGDecoder, MarksWhatChanged) {
         picture.decoder.ClearDirty();
         picture.decoder.Execute({&c.packet, 1});
         EXPECT_EQ(picture.decoder.Dirty(), c.dirty);
-        if (c.dirty == kNone) EXPECT_EQ(picture.Indices(), std::vector<std::uint8_t>(300 * 216));
+        if (c.dirty == kNone) {
+            EXPECT_EQ(picture.Indices(), std::vector<std::uint8_t>(300 * 216));
+        }
     }
 }
 

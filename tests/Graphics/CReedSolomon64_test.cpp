@@ -91,10 +91,10 @@ TEST(CReedSolomon64, CorrectsEveryDoubleErrorOfP) {
     for (std::size_t a = 0; a < kP.sizeL; ++a)
         for (std::size_t b = a + 1; b < kP.sizeL; ++b)
             for (std::uint8_t change = 1; change < 64; ++change)
-                for (const unsigned other : {1U, 37U, random() % 63 + 1}) {
+                for (const std::uint8_t other : {1, 37, 62}) {
                     Word word = right;
                     word[a] ^= change;
-                    word[b] = static_cast<std::uint8_t>(word[b] ^ other);
+                    word[b] ^= other;
                     ASSERT_EQ(Decode(word, kP), 2) << a << ' ' << b;
                     ASSERT_EQ(word, right) << a << ' ' << b;
                 }
@@ -107,7 +107,10 @@ TEST(CReedSolomon64, ChangesAWordOnlyWhereFewChangesExplainIt) {
         for (int n = 0; n < (kind.parityL == 2 ? 3000 : 150); ++n) {
             Word word = RandomWord(random, kind);
             const std::size_t errorsL = kind.parityL / 2 + 1 + random() % 2;
-            for (std::size_t e = 0; e < errorsL; ++e) word[random() % kind.sizeL] ^= random() % 63 + 1;
+            for (std::size_t e = 0; e < errorsL; ++e) {
+                std::uint8_t& symbol = word[random() % kind.sizeL];
+                symbol = static_cast<std::uint8_t>(symbol ^ (random() % 63 + 1));
+            }
             const Word before = word;
             const std::vector<Word> nearest = Nearest(before, kind);
             ASSERT_LE(nearest.size(), 1U);

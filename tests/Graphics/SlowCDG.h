@@ -68,7 +68,7 @@ private:
     std::uint8_t& At(unsigned x, unsigned y) { return pixels[y * 300 + x]; }
 
     void Tile(const std::uint8_t* d, bool xorB) {
-        const unsigned channel = d[0] / 16 % 4 * 4 + d[1] / 16 % 4;
+        const unsigned channel = d[0] / 16U % 4 * 4 + d[1] / 16U % 4;
         if ((mask & (1U << channel)) == 0) return;
         const unsigned row = d[2] % 32, column = d[3] % 64;
         if (row >= 18 || column >= 50) return;
@@ -118,7 +118,7 @@ inline SubCodePacket RandomPacket(std::mt19937& random, bool noiseB = false) {
     for (auto& byte : packet.bytes) byte = static_cast<std::uint8_t>(random() % (noiseB ? 256 : 64));
     packet.bytes[0] = 9;
     packet.bytes[1] = kInstructions[random() % std::size(kInstructions)];
-    for (const std::size_t parity : {2, 3, 20, 21, 22, 23}) packet.bytes[parity] = 0;
+    for (const std::size_t parity : {2U, 3U, 20U, 21U, 22U, 23U}) packet.bytes[parity] = 0;
     if (packet.bytes[1] == 1 && random() % 2 == 0) packet.bytes[5] &= 0xF0;
     return packet;
 }
