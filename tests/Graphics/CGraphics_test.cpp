@@ -11,7 +11,7 @@
 namespace {
 using Bytes = std::vector<std::uint8_t>;
 
-struct Movie final : CGraphicsMovie {
+struct ScriptedMovie final : CGraphicsMovie {
     bool endedB = false;
     int idlesL = 0;
     const CPixels* Picture() const override { return nullptr; }
@@ -26,7 +26,7 @@ struct BrokenStream final : CSubCodeStream {
 struct Song final : CGraphicsSong {
     CGraphicsClock clock;
     CSubCodeStream* streamP = nullptr;
-    Movie movie;
+    ScriptedMovie movie;
     bool pausedB = false, atEndB = false, audioDoneB = false, videoB = false, changingB = false, quittingB = false;
     long slipL = 0;
     int nextL = 0, deferredL = 0, drawnL = 0;
