@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "Graphics/CGraphics.h"
+#include "Graphics/CHq4x.h"
 #include "Graphics/CSubCodeStream_Memory.h"
 
 namespace {
@@ -77,7 +78,9 @@ std::optional<FrameOptions> ReadFrameOptions(std::span<const std::string> words)
 
 GraphicsUpscaler Upscaler(bool hq4xB) {
     if (!hq4xB) return {};
-    return [](const CPixels&, CPixels&) { return paramErr; };
+    return [filter = std::make_shared<CHq4x>()](const CPixels& source, CPixels& dest) {
+        return filter->Scale(source, dest);
+    };
 }
 
 /** The only file of `info` and `bench`. */
