@@ -180,8 +180,9 @@ TEST_F(ThreadQueTest, AddsQuitsAndFinishesFromEverywhere) {
             ForkKind::kPreemptive,
             [&, t](void*) {
                 for (int n = 0; n < 100; ++n) {
-                    const OSErr err = queP->Add(CT_QueElement([n](CT_QueElement&) { return n % 2 ? eofErr : noErr; },
-                                                              [&](CT_QueElement&, OSErr e) { return ++completedL, e; }));
+                    const OSErr err =
+                        queP->Add(CT_QueElement([n](CT_QueElement&) { return n % 2 ? eofErr : noErr; },
+                                                [&](CT_QueElement&, OSErr e) { return ++completedL, e; }));
                     if (!Failed(err)) ++addedL;
                     if (t == 0 && n % 10 == 0) queP->Quit(false);
                     if (t == 1 && n % 10 == 0) queP->Abort();

@@ -45,9 +45,9 @@ TEST_F(TimerTest, WhatEachResultDoes) {
     struct Case {
         const char* nameZ;
         OSErr answer;
-        int firedL;           // in three intervals
+        int firedL;   // in three intervals
         bool livesB;
-        OSErr completedB;     // what the completion was told; timerKeepErr for none
+        OSErr completedB;   // what the completion was told; timerKeepErr for none
         bool reportB;
     };
     const Case cases[] = {
@@ -89,7 +89,8 @@ TEST_F(TimerTest, OffItSleepsUntilAnIntervalIsSet) {
 }
 
 TEST_F(TimerTest, AnIdleTimerWaitsForAQuietUser) {
-    auto* const timerP = new CT_TestTimer(2.0, [](CT_TestTimer&) { return noErr; }, true);
+    auto* const timerP = new CT_TestTimer(
+        2.0, [](CT_TestTimer&) { return noErr; }, true);
     for (int n = 0; n < 10; ++n) {   // types once a second
         i_host.i_loop.PostInput({});
         Advance(1.0);
@@ -148,7 +149,8 @@ TEST_F(TimerTest, ItDoesNotFireInsideItselfButOthersDo) {
     });
     i_clock.Advance(0.11);
     otherL = 0;
-    while (i_host.i_loop.PumpOne(kMessage_All) && timerP->i_firedL == 0) {}
+    while (i_host.i_loop.PumpOne(kMessage_All) && timerP->i_firedL == 0) {
+    }
     EXPECT_EQ(deepestL, 1);
     EXPECT_GE(otherL, 1);
 }
@@ -262,9 +264,17 @@ TEST(TimerMilliseconds, TruncatesAndKnowsOff) {
     const struct {
         double seconds;
         std::uint32_t milliseconds;
-    } cases[] = {{2.0, 2000},        {1.0 / 15, 66},         {0.0019, 1},          {0.0, 0},
-                 {-1.0, 0x7FFFFFFF}, {-1e300, 0x7FFFFFFF},   {1e300, 0x7FFFFFFF},  {std::nan(""), 0x7FFFFFFF},
-                 {900.0, 900000},    {2147483.646, 2147483646}, {2147483.647, 0x7FFFFFFF}};
+    } cases[] = {{2.0, 2000},
+                 {1.0 / 15, 66},
+                 {0.0019, 1},
+                 {0.0, 0},
+                 {-1.0, 0x7FFFFFFF},
+                 {-1e300, 0x7FFFFFFF},
+                 {1e300, 0x7FFFFFFF},
+                 {std::nan(""), 0x7FFFFFFF},
+                 {900.0, 900000},
+                 {2147483.646, 2147483646},
+                 {2147483.647, 0x7FFFFFFF}};
     for (const auto& c : cases) EXPECT_EQ(TimerMilliseconds(c.seconds), c.milliseconds) << c.seconds;
 }
 

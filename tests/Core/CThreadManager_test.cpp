@@ -130,14 +130,17 @@ TEST_F(ThreadManagerTest, NothingStartsOnceAllAreKilled) {
         ForkKind::kPreemptive,
         [&](void*) {
             while (!CThreadManager::IsKilling()) std::this_thread::yield();
-            late = CThreadManager::Fork(ForkKind::kPreemptive, [](void*) { return noErr; }, {}, nullptr, "late");
+            late = CThreadManager::Fork(
+                ForkKind::kPreemptive, [](void*) { return noErr; }, {}, nullptr, "late");
             return noErr;
         },
         {}, nullptr, "forker");
     goB = true;
     i_managerP.reset();
     EXPECT_EQ(late, 0);
-    EXPECT_EQ(CThreadManager::Fork(ForkKind::kPreemptive, [](void*) { return noErr; }, {}, nullptr, "later"), 0);
+    EXPECT_EQ(CThreadManager::Fork(
+                  ForkKind::kPreemptive, [](void*) { return noErr; }, {}, nullptr, "later"),
+              0);
     EXPECT_TRUE(CThreadManager::LeftThreads().empty() || !Logged("was forced to kill thread: forker"));
 }
 
@@ -168,7 +171,9 @@ TEST_F(ThreadManagerTest, AThreadThatDoesNotEndIsLeftAloneAfterFourSeconds) {
             while (!sharedP->goB) std::this_thread::sleep_for(std::chrono::milliseconds(1));
             // The application has gone: nothing of the layer may hang or crash now.
             EXPECT_EQ(MT_Lambda([] { return noErr; }).Call(CallMode::kWait), abortErr);
-            EXPECT_EQ(CThreadManager::Fork(ForkKind::kPreemptive, [](void*) { return noErr; }, {}, nullptr, "x"), 0);
+            EXPECT_EQ(CThreadManager::Fork(
+                          ForkKind::kPreemptive, [](void*) { return noErr; }, {}, nullptr, "x"),
+                      0);
             sharedP->overB = true;
             return noErr;
         },
