@@ -1,9 +1,9 @@
 // A main-thread call from a worker and back, with the plain loop and with Qt's: the median of many, in microseconds.
-#include <QtWidgets/QApplication>
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <QtWidgets/QApplication>
 #include <string>
 #include <vector>
 

@@ -41,12 +41,15 @@ OSErr CMutex::Enter() const {
         MT_CrashPlease::Now("entering a critical region", __FILE__, __LINE__);
         return err;
     }
+    i_holder.store(pthread_self(), std::memory_order_relaxed);
     i_countS.fetch_add(1, std::memory_order_relaxed);
     return noErr;
 }
 
 OSErr CMutex::Leave() const {
     if (i_offL.load(std::memory_order_relaxed) != 0) return noErr;
+    if (Holders() > 0 && pthread_equal(i_holder.load(std::memory_order_relaxed), pthread_self()) == 0)
+        return Report("Mostly bad juju exiting a critical region", EPERM);   // another thread holds it
     // Taken off before the unlock: afterwards the next holder may already destroy this object.
     if (!Assert(i_countS > 0)) return Report("Mostly bad juju exiting a critical region", EPERM);
     i_countS.fetch_sub(1, std::memory_order_relaxed);

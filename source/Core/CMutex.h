@@ -54,7 +54,8 @@ protected:
 private:
     OSErr Report(const char* messageZ, int errL) const;
 
-    mutable std::atomic<short> i_countS{0};   // stored under the lock only
+    mutable std::atomic<short> i_countS{0};      // stored under the lock only
+    mutable std::atomic<pthread_t> i_holder{};   // meant only while i_countS is 1
     mutable pthread_mutex_t i_platform;
     std::atomic<std::uint32_t> i_offL{0};
     mutable std::atomic<std::int32_t> i_errL{0};

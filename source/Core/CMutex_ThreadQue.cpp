@@ -37,7 +37,7 @@ void CMutex_ThreadQue::Shut() {
         i_anchorP->queP = nullptr;   // an element that finishes itself later finds nobody
         return i_anchorP->usersL > 0;
     };
-    while (usedB()) ::Wait(kWait_TurnT, WaitMode::kTimersPaint);
+    while (usedB()) WaitOneTurn();
     LogF("Successfully Deleted: %s\n^--------------\n", i_name.c_str());
 }
 

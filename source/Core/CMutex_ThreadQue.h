@@ -54,7 +54,7 @@ public:
     using OwnerProc = std::function<void(CMutex_ThreadQue* queP)>;
 
     explicit CMutex_ThreadQue(const QueTraits& traits, short limitS = 0);
-    /** Quits and waits. A subclass that overrides a hook calls Shut in its own destructor. */
+    /** Quits and waits. Every subclass calls Shut in its own destructor, while its hooks still stand. */
     ~CMutex_ThreadQue() override;
 
     /** abortErr when the queue is being deleted or no thread can be had: the element is not taken then. */

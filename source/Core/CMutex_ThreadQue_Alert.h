@@ -6,4 +6,5 @@
 class CMutex_ThreadQue_Alert final : public CMutex_ThreadQue {
 public:
     CMutex_ThreadQue_Alert() : CMutex_ThreadQue(kQue_Alert) {}
+    ~CMutex_ThreadQue_Alert() override { Shut(); }
 };

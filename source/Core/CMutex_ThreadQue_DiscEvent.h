@@ -5,4 +5,5 @@
 class CMutex_ThreadQue_DiscEvent final : public CMutex_ThreadQue {
 public:
     CMutex_ThreadQue_DiscEvent() : CMutex_ThreadQue(kQue_DiscEvent) {}
+    ~CMutex_ThreadQue_DiscEvent() override { Shut(); }
 };

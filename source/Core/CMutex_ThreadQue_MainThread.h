@@ -5,4 +5,5 @@
 class CMutex_ThreadQue_MainThread final : public CMutex_ThreadQue {
 public:
     CMutex_ThreadQue_MainThread() : CMutex_ThreadQue(kQue_MainThread) { SpawnAtOnce(); }
+    ~CMutex_ThreadQue_MainThread() override { Shut(); }
 };

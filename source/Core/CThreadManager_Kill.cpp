@@ -15,9 +15,6 @@ void LogThread(const char* textZ, const std::string& name) {
     if (CLog::Get().IsOn(LogSwitch::kThreads)) Log(textZ + name);
 }
 
-/** One turn of waiting for another thread: the main thread pumps, others sleep. */
-void WaitTurn() { Wait(kWait_TurnT, WaitMode::kTimersPaint); }
-
 std::string NameOf(const ForkRecord& fork) {
     const CMutex::Scope guard(*fork.mapP);
     return fork.name;
@@ -30,7 +27,7 @@ template <class Done>
 void WaitForFork(const ForkRecord& fork, const Done& doneB) {
     const double startT = CClock::Get().SteadyT();
     while (!doneB() && CClock::Get().SteadyT() - startT < (IsNoKill(NameOf(fork)) ? kKill_NoKillT : kKill_WaitT))
-        WaitTurn();
+        WaitOneTurn();
 }
 
 void EraseRecord(ForkRecord& fork) {
@@ -175,7 +172,7 @@ void CThreadManager::KillAll() {
         return i_forksP->i_forks.empty();
     };
     for (const double startT = CClock::Get().SteadyT(); !emptyB() && CClock::Get().SteadyT() - startT < kKill_WaitT;)
-        WaitTurn();
+        WaitOneTurn();
     std::vector<std::shared_ptr<ForkRecord>> last;
     {
         const CMutex::Scope guard(*i_forksP);

@@ -58,6 +58,12 @@ bool PumpTurn(WaitMode mode) {
     return false;
 }
 
+void WaitOneTurn() {
+    CThreadHost* const hostP = IsLoopThread() ? CThreadHost::Get() : nullptr;
+    if (hostP == nullptr) return Sleep(IsPreemptiveThread() ? kWait_TurnT : kYield_NapT);
+    if (!PumpLimited()) hostP->MainLoop().Wait(kWait_TurnT, kMessage_All & ~static_cast<unsigned>(MessageKind::kInput));
+}
+
 void Wait(double seconds, WaitMode mode) {
     if (IsPreemptiveThread()) return Sleep(seconds);
     const CClock& clock = CClock::Get();

@@ -21,6 +21,9 @@ void Wait(double seconds, WaitMode mode = WaitMode::kMain_TimersPaint);
 bool PumpLimited();
 /** One turn of `mode` on the main thread, without waiting; true when something was dispatched. */
 bool PumpTurn(WaitMode mode);
+/** One turn of a wait for something that another thread does: 0.01 s at most, whatever the clock says. The main thread pumps
+    (PumpLimited) and sleeps in its loop, others just sleep. */
+void WaitOneTurn();
 /** Gives up the processor once when cooperative threads live. */
 void YieldToCooperative();
 

@@ -62,7 +62,8 @@ public:
         i_nudge.setSingleShot(true);
         i_nudge.setInterval(kNudge_Milliseconds);
         connect(&i_nudge, &QTimer::timeout, this, [this] {
-            if (!i_heldB) QCoreApplication::eventDispatcher()->wakeUp();   // else the end of the dispatch starts it anew
+            if (!i_heldB)
+                QCoreApplication::eventDispatcher()->wakeUp();   // else the end of the dispatch starts it anew
         });
         QCoreApplication::instance()->installEventFilter(this);
     }

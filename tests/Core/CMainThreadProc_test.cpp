@@ -258,9 +258,7 @@ TEST_F(MainThreadProcTest, AnAbortProcTellsItsTaskThatItWasCancelled) {
 TEST(CPostEventList, NewestFirstButCallsInTheirOrder) {
     CPostEventList list;
     std::string done;
-    const auto call = [&](char letter) {
-        return [&done, letter] { done += letter; };
-    };
+    const auto call = [&](char letter) { return [&done, letter] { done += letter; }; };
     list.Add(PostEventCode("drty"), 1);
     list.AddCall(call('a'));
     list.Add(PostEventCode("BadS"), 2);

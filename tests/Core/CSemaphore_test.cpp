@@ -112,7 +112,8 @@ TEST_F(SemaphoreTest, TheMainThreadIsWokenByASignalFromAWorker) {
             back.Signal();
         }
     });
-    for (int n = 0; n < 2000; ++n) {   // 2000 turns of 10 ms would be 20 s: a lost wake-up shows in the time of the test
+    for (int n = 0; n < 2000;
+         ++n) {   // 2000 turns of 10 ms would be 20 s: a lost wake-up shows in the time of the test
         there.Signal();
         EXPECT_EQ(back.Wait(WaitMode::kForever), noErr);
     }

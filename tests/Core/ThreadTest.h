@@ -25,7 +25,9 @@ public:
     bool HasMainWindow() const override { return i_windowB; }
     bool IsAppReady() const override { return i_readyB; }
     bool IsSongPlaying() const override { return i_songB; }
-    void IdleGraphics(const char* whoZ, bool forcedB) override { i_idled += std::string(whoZ) + (forcedB ? "! " : " "); }
+    void IdleGraphics(const char* whoZ, bool forcedB) override {
+        i_idled += std::string(whoZ) + (forcedB ? "! " : " ");
+    }
     std::unique_ptr<CTaskView> OpenTask(std::string_view) override;
 
     CMainLoop_Plain i_loop;
@@ -114,7 +116,8 @@ protected:
 class MT_Lambda final : public CMainThreadProc {
 public:
     using Work = std::function<OSErr()>;
-    explicit MT_Lambda(Work work, StackHeld held = StackHeld::kYes) : CMainThreadProc("lambda", held), i_work(std::move(work)) {}
+    explicit MT_Lambda(Work work, StackHeld held = StackHeld::kYes)
+        : CMainThreadProc("lambda", held), i_work(std::move(work)) {}
 
 protected:
     OSErr Operate() override { return i_work(); }

@@ -53,7 +53,8 @@ TYPED_TEST_P(MainLoopSuite, ACallMayPumpAndPost) {
     this->i_loop.Post([this] {
         this->i_done += '(';
         this->i_loop.Post(this->Note('c'));
-        while (this->i_loop.PumpOne(kCallsOnly)) {}
+        while (this->i_loop.PumpOne(kCallsOnly)) {
+        }
         this->i_done += ')';
     });
     this->i_loop.Post(this->Note('b'));
@@ -174,15 +175,17 @@ TYPED_TEST_P(MainLoopSuite, TimersAgreeWithASlowList) {
             this->i_clock.Advance(static_cast<double>(random() % 40) / 1000.0 + 0.000013);
             const double nowT = this->i_clock.SteadyT();
             for (;;) {   // the one that has been due the longest, by looking at all
-                const auto it = std::min_element(slow.begin(), slow.end(),
-                                                 [](const Slow& a, const Slow& b) { return std::pair(a.dueT, a.orderL) < std::pair(b.dueT, b.orderL); });
+                const auto it = std::min_element(slow.begin(), slow.end(), [](const Slow& a, const Slow& b) {
+                    return std::pair(a.dueT, a.orderL) < std::pair(b.dueT, b.orderL);
+                });
                 if (it == slow.end() || it->dueT > nowT) break;
                 expected.push_back(it->nameL);
                 it->orderL = ++orderL;
                 it->dueT += it->intervalT;
                 if (it->dueT <= nowT) it->dueT = nowT + it->intervalT;
             }
-            while (this->i_loop.PumpOne(kTimersOnly)) {}
+            while (this->i_loop.PumpOne(kTimersOnly)) {
+            }
         }
         ASSERT_EQ(fired.size(), expected.size()) << "step " << step;
     }
