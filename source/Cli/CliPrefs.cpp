@@ -111,7 +111,9 @@ int RunPrefs(const CliContext& context, std::span<const std::string> given) {
     if (!getB && !setB && !listB) return CliUsage(context, kUsage);
 
     // Reading leaves the file as it is.
-    CPreferences prefs(PrefsFilesFor(PrefsFolder(context)), {.saveAtEndB = false});
+    PrefsOptions options;
+    options.saveAtEndB = false;
+    CPreferences prefs(PrefsFilesFor(PrefsFolder(context)), std::move(options));
     if (getB) return Get(context, prefs, words[1]);
     if (setB) return Set(context, prefs, words[1], words[2]);
     for (const auto& [key, value] : prefs.Snapshot()) Print(context, key, value);

@@ -14,9 +14,9 @@ XVideoWindow::XVideoWindow() {
 }
 
 void XVideoWindow::Show(const CPixels& picture) {
-    const Rect bounds = picture.Bounds();
-    i_picture = QImage(static_cast<const uchar*>(picture.BaseAddress()), bounds.Width(), bounds.Height(),
-                       static_cast<qsizetype>(picture.RowBytes()), QImage::Format_RGB32);
+    const Rect bounds = picture.bounds();
+    i_picture = QImage(static_cast<const uchar*>(picture.base()), bounds.Width(), bounds.Height(),
+                       static_cast<qsizetype>(picture.rowBytes()), QImage::Format_RGB32);
     update();
 }
 
