@@ -13,10 +13,23 @@
 #include "Core/CSafeSave.h"
 #include "Core/CFileRef.h"
 #include "Core/CThreadManager.h"
+#include "Core/ReplaceFile.h"
 #include "Core/ThreadInfo.h"
 #include "Graphics/CHq4x.h"
 #include "Platform/CFolders.h"
 #include "Platform/CMainLoop.h"
+
+namespace {
+
+/** The safe save, which wants the folder of the file to be there: at a first start it is not. */
+OSErr SavePreferencesFile(const std::filesystem::path& file, std::span<const std::byte> bytes) {
+    std::error_code err;   // the save below tells
+    std::filesystem::create_directories(file.parent_path(), err);
+    if (std::filesystem::exists(file, err)) return SafeSave(CFileRef(file), bytes);
+    return ReplaceFile(file, bytes);   // nothing to protect yet
+}
+
+}   // namespace
 
 // The order is the contract: what stands further down may rely on all above it.
 const CAppStartUp::Stage CAppStartUp::kStages[] = {
@@ -90,12 +103,12 @@ void CAppStartUp::CreateThreadManager() {
 
 void CAppStartUp::LoadPreferences() {
     PrefsOptions options;
-    options.replace = [](const std::filesystem::path& file, std::span<const std::byte> bytes) {
-        return SafeSave(CFileRef(file), bytes);
-    };
+    options.replace = &SavePreferencesFile;
     options.musicFolder = CFolders::Music() / "Vopla Music";
     options.cacheFolder = CFolders::Cache() / "Vopla";
-    options.defaultColumns = i_app.i_setup.resources / "Default Columns.plist";
+    std::error_code err;   // the columns come with the browser: until then there is no such file
+    if (const auto columns = i_app.i_setup.resources / "Default Columns.plist"; std::filesystem::exists(columns, err))
+        options.defaultColumns = columns;
     options.windows = [this_app = &i_app] { return this_app->WindowRecords(); };
     options.onDirty = [this_app = &i_app] {
         if (this_app->IsAppReady()) this_app->SetDirty(true);

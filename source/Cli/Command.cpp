@@ -7,6 +7,7 @@
 #include "Cli/CliContext.h"
 #include "Cli/CliName.h"
 #include "Cli/CliPrefs.h"
+#include "Core/SuperString.h"
 
 namespace {
 
@@ -37,6 +38,7 @@ void PrintUsage(std::ostream& out) {
 
 int RunCommand(std::span<const std::string> words, std::ostream& out, std::ostream& err) {
     CliContext context{.root = {}, .jsonB = false, .out = out, .err = err};
+    SuperString::SetDefaultEncoding(TextEncoding::kUTF8);
     // The options that every command has stand before its name.
     while (!words.empty() && words.front().starts_with("--")) {
         const std::string& option = words.front();

@@ -1,16 +1,16 @@
+#include <exception>
 #include <iostream>
 #include <string>
 #include <vector>
 
-#include "Cli/CliCdg.h"
+#include "Cli/Command.h"
 
-int main(int argc, char** argv) {
-    std::vector<std::string> words(argv + (argc > 0 ? 1 : 0), argv + argc);
-    CliContext context{.root = {}, .jsonB = false, .out = std::cout, .err = std::cerr};
-    if (!words.empty() && words[0] == "--json") {
-        context.jsonB = true;
-        words.erase(words.begin());
+int main(int countL, char** wordsZ) {
+    const std::vector<std::string> words(wordsZ + (countL > 0 ? 1 : 0), wordsZ + countL);
+    try {
+        return RunCommand(words, std::cout, std::cerr);
+    } catch (const std::exception& fault) {
+        std::cerr << "vopla-cli: " << fault.what() << '\n';
+        return 1;
     }
-    if (!words.empty() && words[0] == "cdg") return RunCdg(context, std::span(words).subspan(1));
-    return CliUsage(context, "usage: vopla-cli [--json] cdg ...");
 }

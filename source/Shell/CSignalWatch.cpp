@@ -4,13 +4,27 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
+namespace {
+
+sigset_t EndSignals() {
+    sigset_t set{};
+    ::sigemptyset(&set);
+    for (const int signalL : {SIGTERM, SIGINT, SIGHUP}) ::sigaddset(&set, signalL);
+    return set;
+}
+
+}   // namespace
+
+void CSignalWatch::Block() {
+    const sigset_t set = EndSignals();
+    ::pthread_sigmask(SIG_BLOCK, &set, nullptr);
+}
+
 CSignalWatch::CSignalWatch(std::function<void()> ended) {
-    ::sigemptyset(&i_signals);
-    for (const int signalL : {SIGTERM, SIGINT, SIGHUP}) ::sigaddset(&i_signals, signalL);
-    ::pthread_sigmask(SIG_BLOCK, &i_signals, nullptr);
     if (::pipe(i_stop) != 0) return;
     i_thread = std::thread([this, ended = std::move(ended)] {
-        const int descriptor = ::signalfd(-1, &i_signals, SFD_CLOEXEC);
+        const sigset_t set = EndSignals();
+        const int descriptor = ::signalfd(-1, &set, SFD_CLOEXEC);
         pollfd waits[2] = {{descriptor, POLLIN, 0}, {i_stop[0], POLLIN, 0}};
         while (descriptor >= 0 && ::poll(waits, 2, -1) >= 0 && waits[1].revents == 0) {
             signalfd_siginfo info{};

@@ -13,6 +13,7 @@
 #include "Core/CCrashReporter.h"
 #include "Core/CLog.h"
 #include "Core/CThreadManager.h"
+#include "Core/SuperString.h"
 #include "Platform/CFolders.h"
 #include "Platform/CMainLoop_Plain.h"
 #include "Platform/CSecondInstance.h"
@@ -82,7 +83,9 @@ int RunDesktop(const Options& options, CSecondInstance& instance, int& countL, c
 }   // namespace
 
 int RunProcess(const Options& options, int& countL, char** wordsZ) {
+    CSignalWatch::Block();
     std::setlocale(LC_CTYPE, "C.UTF-8");
+    SuperString::SetDefaultEncoding(TextEncoding::kUTF8);
     if (!options.root.empty()) CFolders::SetRoot(options.root);
     OpenLog();
     const CCrashReporter crashReporter(CFolders::State() / kApp_ProductName);

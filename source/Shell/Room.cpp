@@ -1,1 +1,0 @@
-// Holds the room open until its first class.

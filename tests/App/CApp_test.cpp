@@ -1,0 +1,278 @@
+#include "Core/CApp.h"
+
+#include <deque>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <sstream>
+#include <thread>
+
+#include "App/CAppWindows.h"
+#include "App/CPicturePlay.h"
+#include "App/CPlayingSong.h"
+#include "App/CSaveTarget.h"
+#include "App/SaveRules.h"
+#include "App/TVoplaApp.h"
+#include "Core/Assertions.h"
+#include "Core/CAlerts.h"
+#include "Core/CLog.h"
+#include "Core/CMainThreadProc.h"
+#include "Graphics/CGraphics.h"
+#include "Platform/CClock.h"
+#include "Platform/CFolders.h"
+#include "Platform/CMainLoop_Plain.h"
+#include "Platform/CUserInterface_Scripted.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/** A root of its own, a plain loop, a user who was told what to answer. */
+class AppTest : public testing::Test {
+protected:
+    void SetUp() override {
+        std::string pattern = (fs::temp_directory_path() / "app-XXXXXX").string();
+        i_folder = ::mkdtemp(pattern.data());
+        CFolders::SetRoot(i_folder);
+        CLog::Get().SetFile(i_folder / "log.txt");
+    }
+    void TearDown() override {
+        CLog::Get().SetFile({});
+        CLog::Get().SetLive(false);
+        CFolders::SetRoot({});
+        fs::remove_all(i_folder);
+    }
+    AppSetup MakeSetup() {
+        return {.loop = i_loop, .ui = i_ui, .windows = i_windows, .resources = fs::path(VOPLA_SOURCE_DIR) / "resources",
+                .prefs = PrefsFilesFor(i_folder / "config")};
+    }
+    std::string LogText() const {
+        std::stringstream all;
+        all << std::ifstream(i_folder / "log.txt").rdbuf();
+        return all.str();
+    }
+    /** Passes of the loop until `done`, for 5 seconds at most. */
+    template <class Done>
+    static bool RunUntil(CApp& app, Done&& done) {
+        const double untilT = CClock::Get().SteadyT() + 5;
+        while (!done() && CClock::Get().SteadyT() < untilT) app.RunLoopPass();
+        return done();
+    }
+
+    fs::path i_folder;
+    CMainLoop_Plain i_loop;
+    CUserInterface_Scripted i_ui;
+    CAppWindows_None i_windows;
+};
+
+TEST_F(AppTest, StartsAndQuitsInTheToldOrder) {
+    { const CApp app(MakeSetup()); }
+    EXPECT_EQ(gApp, nullptr);
+    const std::string log = LogText();
+    std::size_t from = 0;
+    for (const char* const wordsZ :
+         {"initting prefs", "New Vopla", "Thread Manager Initted", "Loading Plugins", "Creating Song Database",
+          "Installing event handlers", "new timer <idle timer save>", "new timer <idle timer log Time>",
+          "new timer <idle timer no sleep>", "new timer <idle timer graphics>", "new timer <idle timer app>",
+          "Getting App Res Folder", "Creating task manager", "Loading Database", "Creating Browser Window",
+          "Initializing Fast CDG Upscaling", "Showing Windows", "Flushing Events", "Ready!", "Quitting",
+          "Shutting down Web Server", "Saving Database…", "Hide Windows", "Timers: 5", "closing prefs",
+          "Done: Saving Preferences", "Shutting down thread manager", "closing database", "Quit Successful"}) {
+        const std::size_t at = log.find(wordsZ, from);
+        ASSERT_NE(at, std::string::npos) << wordsZ << " is missing, or stands too early";
+        from = at;
+    }
+    EXPECT_TRUE(fs::exists(i_folder / "config" / "Vopla X Preferences.plist"));
+    ASSERT_FALSE(i_ui.progress.empty());
+    EXPECT_EQ(i_ui.progress.front(), "Initializing Vopla 1.0a01r13");
+}
+
+TEST_F(AppTest, WithoutItsFolderItDoesNotStart) {
+    AppSetup setup = MakeSetup();
+    setup.resources = i_folder / "nowhere";
+    EXPECT_EXIT({ const CApp app(setup); }, testing::ExitedWithCode(0), "");
+}
+
+TEST(SaveRules, TheFirstThatDoesNotHoldIsNamed) {
+    const SaveState fine{.databaseDirtyB = true};
+    EXPECT_FALSE(RefuseSave(fine).has_value());
+    const struct { void (*spoil)(SaveState&); const char* nameZ; const char* valueZ; } kCases[] = {
+        {[](SaveState& s) { s.shutdownB = true; }, "gApp->IsShutdown()", "TRUE"},
+        {[](SaveState& s) { s.resizingWindowB = true; }, "gApp->i_resizing_windB", "TRUE"},
+        {[](SaveState& s) { s.idleGraphicsB = false; }, "gApp->i_idleGraphicsB", "FALSE"},
+        {[](SaveState& s) { s.initializingB = true; }, "gApp->IsInitializing()", "TRUE"},
+        {[](SaveState& s) { s.addingToLibraryB = true; }, "gApp->i_db->IsAddingToLibrary()", "TRUE"},
+        {[](SaveState& s) { s.databaseDirtyB = false; }, "gApp->i_db->IsDirty()", "FALSE"},
+    };
+    SaveState state = fine;   // spoiled from the last rule to the first: each hides those behind it
+    for (const auto& c : kCases) {
+        c.spoil(state);
+        const auto refusal = RefuseSave(state);
+        ASSERT_TRUE(refusal.has_value()) << c.nameZ;
+        EXPECT_STREQ(refusal->nameZ, c.nameZ);
+        EXPECT_STREQ(refusal->valueZ, c.valueZ);
+    }
+}
+
+TEST_F(AppTest, AChangedPreferenceIsSavedAfterTwoIdleSeconds) {
+    CApp app(MakeSetup());
+    const double startT = CClock::Get().SteadyT();
+    app.Prefs().Set("Number of undos", CCFValue(std::int64_t{7}));
+    EXPECT_TRUE(app.SaveTarget().IsDirty());
+    ASSERT_TRUE(RunUntil(app, [&] { return !app.SaveTarget().IsDirty(); }));
+    EXPECT_GE(CClock::Get().SteadyT() - startT, 1.9);
+    EXPECT_NE(LogText().find("Done: Saving Preferences"), std::string::npos);
+}
+
+/** A song that only counts what it was asked. */
+class Song final : public CPlayingSong {
+public:
+    bool IsPlaying() const override { return playingB; }
+    void VideoIdle(bool) override { ++idlesL; }
+    void Stop() override { playingB = false; }
+    bool playingB = true;
+    int idlesL = 0;
+};
+
+TEST_F(AppTest, AsksBeforeAChangeOfSong) {
+    CApp app(MakeSetup());
+    Song song;
+    const struct { long modeL; bool playingB, alwaysB, transportB; std::size_t button; bool askedB, allowedB; } kCases[] = {
+        {3, false, true, true, 1, false, true},  {3, true, false, false, 0, true, true},
+        {3, true, false, false, 1, true, false}, {1, true, false, true, 1, false, true},
+        {1, true, true, false, 1, true, false},  {2, true, true, false, 1, false, true},
+        {2, true, true, true, 0, true, true},    {4, true, true, true, 1, false, true},
+    };
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(testing::Message() << "mode " << c.modeL << " always " << c.alwaysB << " transport " << c.transportB);
+        song.playingB = c.playingB;
+        app.SetCurrentSong(&song);
+        app.Prefs().Set("Always confirm manual song changes", CCFValue(c.alwaysB));
+        app.Prefs().Set("Always confirm manual song changes (transport buttons)", CCFValue(c.transportB));
+        i_ui.questions.clear();
+        i_ui.answers = {Answer{c.button, false}};
+        EXPECT_EQ(app.ConfirmManualSongChange(c.modeL), c.allowedB);
+        EXPECT_EQ(i_ui.questions.size(), c.askedB ? 1U : 0U);
+    }
+    song.playingB = true;
+    i_ui.answers = {Answer{1, false}, Answer{0, false}};
+    EXPECT_FALSE(app.PrepareToQuit());
+    EXPECT_FALSE(app.IsShutdown());
+    EXPECT_TRUE(song.playingB);
+    EXPECT_TRUE(app.PrepareToQuit());
+    EXPECT_TRUE(app.IsShutdown());
+    EXPECT_FALSE(song.playingB);
+    app.SetCurrentSong(nullptr);
+}
+
+TEST_F(AppTest, TheGraphicsTimerDrawsTheCurrentSong) {
+    CApp app(MakeSetup());
+    Song song;
+    app.SetCurrentSong(&song);
+    EXPECT_TRUE(RunUntil(app, [&] { return song.idlesL >= 3; }));
+    app.SetCurrentSong(nullptr);
+}
+
+TEST_F(AppTest, AlertsOfTenThreadsWaitForTheApplicationToBeReady) {
+    // The alerts are raised while the start-up is under way: from within the progress of its stages.
+    std::vector<std::jthread> threads;
+    std::atomic<int> raisedL{0};
+    class Ui final : public CUserInterface {
+    public:
+        explicit Ui(std::function<void()> atProgress) : i_atProgress(std::move(atProgress)) {}
+        std::vector<std::string> alerts;
+        void Alert(std::string_view message, std::string_view) override {
+            EXPECT_TRUE(gApp->IsAppReady());
+            alerts.emplace_back(message);
+        }
+        Answer Ask(const Question& question) override { return {question.safeIndex, false}; }
+        std::unique_ptr<CProgressView> OpenProgress(std::string_view) override {
+            if (i_atProgress) std::exchange(i_atProgress, {})();
+            return std::make_unique<Quiet>();
+        }
+        std::optional<fs::path> ChooseFolder(std::string_view) override { return std::nullopt; }
+        std::optional<std::size_t> PickFromList(std::string_view, std::span<const std::string>) override {
+            return std::nullopt;
+        }
+        bool OpenPage(std::string_view) override { return false; }
+        void Beep() override {}
+
+    private:
+        class Quiet final : public CProgressView {
+            void SetText(std::string_view) override {}
+            void SetSteps(std::size_t, std::size_t) override {}
+            void Redraw() override {}
+        };
+        std::function<void()> i_atProgress;
+    };
+    Ui ui([&] {
+        for (int n = 0; n < 10; ++n)
+            threads.emplace_back([&raisedL, n] {
+                MessageAlert("from thread " + std::to_string(n));
+                ++raisedL;
+            });
+        while (raisedL.load() < 10) std::this_thread::yield();   // no alert waits for the user
+    });
+    AppSetup setup{.loop = i_loop, .ui = ui, .windows = i_windows, .resources = MakeSetup().resources, .prefs = MakeSetup().prefs};
+    CApp app(setup);
+    EXPECT_TRUE(RunUntil(app, [&] { return ui.alerts.size() == 10; }));
+}
+
+TEST_F(AppTest, AFailedAssertionIsShownOnceAndTheShowGoesOn) {
+    CApp app(MakeSetup());
+    EXPECT_FALSE(Assert(1 + 1 == 3));
+    ASSERT_EQ(i_ui.alerts.size(), 1U);
+    EXPECT_TRUE(i_ui.alerts.front().starts_with("Assert Fail: 1 + 1 == 3, in file: '")) << i_ui.alerts.front();
+    EXPECT_TRUE(app.PrepareToQuit());
+    EXPECT_FALSE(Assert(false));
+    EXPECT_EQ(i_ui.alerts.size(), 1U);   // while quitting it is only logged
+}
+
+TEST_F(AppTest, PlaysAFileAtThePaceOfTheClockAndSeeksTrue) {
+    CApp app(MakeSetup());
+    const fs::path file = fs::path(VOPLA_SOURCE_DIR) / "resources/demo/Vopla Demo - Amazing Grace.cdg";
+    CPicturePlay play(app);
+    ASSERT_EQ(play.Start(i_folder / "none.cdg"), fnfErr);
+    ASSERT_EQ(play.Start(file), noErr);
+    const double startT = CClock::Get().SteadyT();
+    ASSERT_TRUE(RunUntil(app, [&] { return play.Time300() >= 300; }));
+    EXPECT_NEAR(CClock::Get().SteadyT() - startT, 1.0, 0.3);
+
+    // A seek back replays: the picture is the one that a song which never was further shows.
+    const auto pictureAt = [](CPicturePlay& of, long time300) {
+        EXPECT_EQ(of.Seek(time300), noErr);
+        of.VideoIdle(false);
+        const CPixels& picture = of.Graphics().Picture();
+        return std::vector<std::uint8_t>(picture.base(), picture.base() + picture.rowBytes() * 216);
+    };
+    CPicturePlay fresh(app);
+    ASSERT_EQ(fresh.Start(file), noErr);
+    const auto late = pictureAt(play, 40 * 300);
+    const auto early = pictureAt(play, 5 * 300);
+    EXPECT_NE(late, early);
+    EXPECT_EQ(early, pictureAt(fresh, 5 * 300));   // the title page stands: some packets more change nothing
+}
+
+TEST_F(AppTest, AProcPostedBeforeTheWindowStandsRunsInItsOrder) {
+    CApp app(MakeSetup());
+    std::vector<int> order;
+    class MT_Note final : public CMainThreadProc {
+    public:
+        MT_Note(std::vector<int>& noted, int n) : CMainThreadProc("note"), i_noted(noted), i_n(n) {}
+
+    protected:
+        OSErr Operate() override {
+            i_noted.push_back(i_n);
+            return noErr;
+        }
+
+    private:
+        std::vector<int>& i_noted;
+        int i_n;
+    };
+    for (int n = 0; n < 3; ++n) EXPECT_EQ((new MT_Note(order, n))->Call(CallMode::kPost), noErr);
+    EXPECT_TRUE(RunUntil(app, [&] { return order.size() == 3; }));
+    EXPECT_EQ(order, (std::vector<int>{0, 1, 2}));
+}
+
+}   // namespace
