@@ -131,6 +131,14 @@ TEST(CGraphics, HoldsPacketsBackByTheSlips) {
     EXPECT_EQ(clock.PacketsDue(0, 24), 0);
 }
 
+TEST(CGraphics, AdvancesOverManyPartsOfAStream) {
+    Stage stage(20000, 4);   // three parts, the last packet short of a unit
+    ASSERT_EQ(stage.graphics->Advance(&stage.stream, 30000, true, false), noErr);
+    EXPECT_EQ(stage.screen.refreshesL, 1);
+    EXPECT_EQ(stage.Shown(), stage.TruePicture(20000));   // what the cut took was parity
+    EXPECT_EQ(stage.graphics->Advance(&stage.stream, 1, true, false), eofErr);
+}
+
 TEST(CGraphics, ReadsStreamsCutAtEveryUnit) {
     for (std::size_t shortL = 0; shortL <= 48; ++shortL) {
         Stage stage(2, shortL);

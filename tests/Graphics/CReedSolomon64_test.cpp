@@ -91,7 +91,7 @@ TEST(CReedSolomon64, CorrectsEveryDoubleErrorOfP) {
     for (std::size_t a = 0; a < kP.sizeL; ++a)
         for (std::size_t b = a + 1; b < kP.sizeL; ++b)
             for (std::uint8_t change = 1; change < 64; ++change)
-                for (const std::uint8_t other : {1, 37, 62}) {
+                for (const std::uint8_t other : std::array<std::uint8_t, 3>{1, 37, 62}) {
                     Word word = right;
                     word[a] ^= change;
                     word[b] ^= other;
