@@ -16,6 +16,7 @@
 
 #include "Graphics/CGraphics.h"
 #include "Graphics/CHq4x.h"
+#include "Graphics/CSubCodeStream_File.h"
 #include "Graphics/CSubCodeStream_Memory.h"
 
 namespace {
@@ -143,8 +144,8 @@ std::string SHA256(const CPixels& pixels, const Rect& part) {
 int Frame(const CliContext& context, std::span<const std::string> words) {
     const std::optional<FrameOptions> options = ReadFrameOptions(words);
     if (!options) return CliUsage(context, kUsage_Frame);
-    CSubCodeStream_Memory stream;
-    OSErr err = stream.LoadFile(options->file);
+    CSubCodeStream_File stream;
+    OSErr err = stream.Open(options->file);
     if (!Failed(err) && stream.LengthUnits() == 0) err = eofErr;
     if (Failed(err)) return CliFail(context, err, options->file.string());
 
@@ -152,11 +153,12 @@ int Frame(const CliContext& context, std::span<const std::string> words) {
     if (!graphics) return CliFail(context, err, "graphics");
     const double time300 = std::floor(options->atSeconds * kSubCodePacketsPerSecond + 0.5);
     const std::size_t inFileL = (stream.LengthUnits() + kSubCodePacket_Units - 1) / kSubCodePacket_Units;
-    std::size_t countL = time300 < static_cast<double>(inFileL) ? static_cast<std::size_t>(time300) : inFileL;
-    std::vector<SubCodePacket> packets(countL + CGraphics::kShortRead_Packets);
-    if (countL > 0) err = graphics->ReadSubCodes(&stream, packets, countL);
+    const std::size_t countL = time300 < static_cast<double>(inFileL) ? static_cast<std::size_t>(time300) : inFileL;
+    if (countL > 0)
+        err = graphics->Advance(&stream, countL, false, false);
+    else
+        graphics->ExecutePackets({}, false, false);
     if (Failed(err)) return CliFail(context, err, options->file.string());
-    graphics->ExecutePackets(std::span(packets).first(countL), false, false);
 
     const CPixels& picture = graphics->Picture();
     Rect part = picture.bounds();

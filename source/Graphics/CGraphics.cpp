@@ -1,9 +1,8 @@
 #include "Graphics/CGraphics.h"
 
-#include <limits>
+#include <algorithm>
 #include <new>
 #include <utility>
-#include <vector>
 
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
@@ -120,6 +119,27 @@ OSErr CGraphics::ReadSubCodes(CSubCodeStream* streamP, std::span<SubCodePacket> 
     return noErr;
 }
 
+OSErr CGraphics::Advance(CSubCodeStream* streamP, std::size_t countL, bool drawB, bool forceB) {
+    // 200 KB stay in the cache; fresh memory for an hour of packets costs more than running them.
+    constexpr std::size_t kPart_Packets = 8192;
+    bool ranB = false;
+    OSErr err = noErr;
+    for (std::size_t leftL = countL; leftL > 0;) {
+        const std::size_t wantedL = std::min(leftL, kPart_Packets);
+        i_packets.assign(wantedL + kShortRead_Packets, SubCodePacket{});
+        std::size_t gotL = wantedL;
+        err = ReadSubCodes(streamP, i_packets, gotL);
+        if (Failed(err)) break;
+        i_decoder->Execute(std::span(i_packets).first(gotL));
+        ranB = true;
+        if (gotL != wantedL || streamP->Position() % kSubCodePacket_Units != 0) break;   // the stream ends here
+        leftL -= wantedL;
+    }
+    if (Failed(err) && !(ranB && err == eofErr)) return err;
+    UpdateScreen(false, drawB, forceB);
+    return noErr;
+}
+
 OSErr CGraphics::PullDue(bool forceB) {
     CGraphicsClock& clock = i_songP->Clock();
     CSubCodeStream* streamP = i_songP->Stream();
@@ -129,24 +149,14 @@ OSErr CGraphics::PullDue(bool forceB) {
     if (positionL < i_positionL) i_decoder->Reset();   // rewound: what came later must not shine through the replay
     i_positionL = positionL;
 
-    std::vector<SubCodePacket> packets;
-    std::size_t countL = static_cast<std::size_t>(due);
-    constexpr std::int64_t kMostDue = std::numeric_limits<std::int64_t>::max() / 64;
-    if (due > kMostDue) return memFullErr;
-    try {
-        packets.resize(countL + kShortRead_Packets);
-    } catch (const std::exception&) {
-        return memFullErr;   // a clock that was set far beyond any song
-    }
     i_endB = false;
     clock.ConsumePending();
-    const OSErr err = ReadSubCodes(streamP, packets, countL);
+    const OSErr err = Advance(streamP, static_cast<std::size_t>(due), true, forceB);
     if (streamP != nullptr) i_positionL = streamP->Position();
     if (Failed(err)) {
         clock.SetStreamEnded(true);
         return err == eofErr ? noErr : err;
     }
-    ExecutePackets(std::span(packets).first(countL), true, forceB);
     i_songP->NoteDrawn(CClock::Get().AbsoluteT());
     return noErr;
 }

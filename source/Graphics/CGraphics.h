@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <span>
+#include <vector>
 
 #include "Graphics/CCDGDecoder.h"
 #include "Graphics/COffscreen.h"
@@ -42,6 +43,9 @@ public:
     /** Reads `countL` packets (`packets` has room for kShortRead_Packets more and is zero), corrects them and tells in
         `countL` how many to run. eofErr when nothing came. */
     OSErr ReadSubCodes(CSubCodeStream* streamP, std::span<SubCodePacket> packets, std::size_t& countL);
+    /** Reads, corrects and runs `countL` packets through a small buffer, then updates the screen once: a seek over an
+        hour takes no more memory than a tick. eofErr when nothing came, else what the stream failed with. */
+    OSErr Advance(CSubCodeStream* streamP, std::size_t countL, bool drawB, bool forceB);
     /** Runs corrected packets, then updates the screen once. */
     void ExecutePackets(std::span<const SubCodePacket> packets, bool drawB, bool forceB);
     /** Draws the present picture once into that port alone. */
@@ -76,6 +80,7 @@ private:
     std::unique_ptr<CCDGDecoder> i_decoder;   // over the planes above
     unsigned i_colorsSeed = 0;                // of the table that i_index and i_scratch carry
     std::size_t i_positionL = 0;              // units of the stream that are in the planes
+    std::vector<SubCodePacket> i_packets;     // of the present part of a read
     bool i_endB = false;                      // the end was reported
 
     static unsigned s_block;   // entrants of EndOfStream

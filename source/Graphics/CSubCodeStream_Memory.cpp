@@ -1,46 +1,14 @@
 #include "Graphics/CSubCodeStream_Memory.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <utility>
 
+#include "Graphics/CSubCodeStream_File.h"
+
 namespace {
-constexpr std::uintmax_t kMostBytes = std::uintmax_t{1} << 30;
+constexpr std::size_t kMostUnits = std::size_t{1} << 28;
 
-OSErr FromErrno(int number) {
-    switch (number) {
-        case ENOENT:
-        case ENOTDIR:
-            return fnfErr;
-        case EACCES:
-        case EPERM:
-            return permErr;
-        case ENOMEM:
-            return memFullErr;
-        default:
-            return ioErr;
-    }
-}
-
-/** An open descriptor's life. */
-class CDescriptor {
-public:
-    explicit CDescriptor(int number) : i_number(number) {}
-    ~CDescriptor() {
-        if (i_number >= 0) ::close(i_number);
-    }
-    CDescriptor(const CDescriptor&) = delete;
-    CDescriptor& operator=(const CDescriptor&) = delete;
-    [[nodiscard]] int Number() const { return i_number; }
-
-private:
-    int i_number;
-};
 }   // namespace
 
 CSubCodeStream_Memory::CSubCodeStream_Memory(std::span<const std::uint8_t> bytes)
@@ -49,25 +17,15 @@ CSubCodeStream_Memory::CSubCodeStream_Memory(std::span<const std::uint8_t> bytes
 }
 
 OSErr CSubCodeStream_Memory::LoadFile(const std::filesystem::path& file) {
-    // O_NONBLOCK: a pipe of that name must not hold the main thread.
-    const CDescriptor open(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    if (open.Number() < 0) return FromErrno(errno);
-    struct stat about {};
-    if (::fstat(open.Number(), &about) != 0) return FromErrno(errno);
-    if (!S_ISREG(about.st_mode)) return paramErr;
-    if (about.st_size < 0 || static_cast<std::uintmax_t>(about.st_size) > kMostBytes) return memFullErr;
-    const auto sizeL = static_cast<std::size_t>(about.st_size);
+    CSubCodeStream_File stream;
+    if (const OSErr err = stream.Open(file); Failed(err)) return err;
+    if (stream.LengthUnits() > kMostUnits) return memFullErr;
+    const std::size_t sizeL = stream.LengthUnits() * kUnitBytes;
     auto bytes = std::make_unique_for_overwrite<std::uint8_t[]>(sizeL);   // not zeroed: each byte given out was read
-    std::size_t gotL = 0;
-    while (gotL < sizeL) {
-        const ssize_t got = ::read(open.Number(), bytes.get() + gotL, sizeL - gotL);
-        if (got < 0 && errno == EINTR) continue;
-        if (got < 0) return FromErrno(errno);
-        if (got == 0) break;   // the file became shorter meanwhile
-        gotL += static_cast<std::size_t>(got);
-    }
+    const SubCodeRead got = stream.Read({bytes.get(), sizeL});
+    if (Failed(got.err) && got.err != eofErr) return got.err;
     i_bytes = std::move(bytes);
-    i_lengthL = gotL / kUnitBytes;
+    i_lengthL = got.unitsL;
     i_positionL = 0;
     return noErr;
 }

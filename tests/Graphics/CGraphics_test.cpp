@@ -131,6 +131,30 @@ TEST(CGraphics, HoldsPacketsBackByTheSlips) {
     EXPECT_EQ(clock.PacketsDue(0, 24), 0);
 }
 
+TEST(CGraphics, ReplaysFromBlackAfterARewind) {
+    Stage stage(0);
+    SubCodePacket tile, border, colors;   // none of them hides what was there before
+    tile.bytes = {9, 38, 0, 0, 0, 1, 5, 5, 63};
+    border.bytes = {9, 2, 0, 0, 1};
+    colors.bytes = {9, 30, 0, 0, 0, 0, 0x3C, 0};
+    stage.packets = {tile, border, colors, colors};
+    stage.stream = CSubCodeStream_Memory({stage.packets[0].bytes.data(), stage.packets.size() * 24});
+    for (const std::size_t target : {4U, 1U, 3U, 2U}) {
+        static_cast<void>(stage.stream.Rewind());
+        stage.song.clock.Seek(static_cast<std::int64_t>(target));
+        stage.graphics->Tick(false);
+        ASSERT_EQ(stage.Shown(), stage.TruePicture(target)) << target;
+    }
+}
+
+TEST(CGraphics, AdvancesOverManyPartsOfAStream) {
+    Stage stage(20000, 4);   // three parts, the last packet short of a unit
+    ASSERT_EQ(stage.graphics->Advance(&stage.stream, 30000, true, false), noErr);
+    EXPECT_EQ(stage.screen.refreshesL, 1);
+    EXPECT_EQ(stage.Shown(), stage.TruePicture(20000));   // what the cut took was parity
+    EXPECT_EQ(stage.graphics->Advance(&stage.stream, 1, true, false), eofErr);
+}
+
 TEST(CGraphics, ReadsStreamsCutAtEveryUnit) {
     for (std::size_t shortL = 0; shortL <= 48; ++shortL) {
         Stage stage(2, shortL);

@@ -91,7 +91,7 @@ TEST(CReedSolomon64, CorrectsEveryDoubleErrorOfP) {
     for (std::size_t a = 0; a < kP.sizeL; ++a)
         for (std::size_t b = a + 1; b < kP.sizeL; ++b)
             for (std::uint8_t change = 1; change < 64; ++change)
-                for (const std::uint8_t other : {1, 37, 62}) {
+                for (const std::uint8_t other : std::array<std::uint8_t, 3>{1, 37, 62}) {
                     Word word = right;
                     word[a] ^= change;
                     word[b] ^= other;
@@ -125,5 +125,39 @@ TEST(CReedSolomon64, ChangesAWordOnlyWhereFewChangesExplainIt) {
         }
         EXPECT_GT(stoodL, 50) << kind.name;   // the case was really met
     }
+}
+std::size_t Changes(const Word& a, const Word& b) {
+    std::size_t changedL = 0;
+    for (std::size_t at = 0; at < a.size(); ++at) changedL += a[at] != b[at];
+    return changedL;
+}
+
+TEST(CReedSolomon64, NeverChangesMoreSymbolsThanItMay) {
+    std::mt19937 random(5);
+    for (const Kind& kind : {kQ, kP})
+        for (int n = 0; n < 30000; ++n) {
+            Word word(kind.sizeL);
+            for (auto& symbol : word) symbol = static_cast<std::uint8_t>(random() % 64);
+            const Word before = word;
+            const int result = Decode(word, kind);
+            ASSERT_LE(Changes(word, before), kind.parityL / 2) << kind.name;
+            ASSERT_EQ(IsCodeword(word, kind.parityL), result >= 0) << kind.name;
+        }
+}
+
+// Some of these have syndromes that three changes explain and two do not: they must stand.
+TEST(CReedSolomon64, LetsTripleErrorsStandOrTakesThemForFewer) {
+    for (unsigned a = 1; a < 64; ++a)
+        for (unsigned b = 1; b < 64; ++b)
+            for (unsigned c = 1; c < 64; ++c) {
+                Word word(kP.sizeL);   // all zero is a codeword
+                word[3] = static_cast<std::uint8_t>(a);
+                word[11] = static_cast<std::uint8_t>(b);
+                word[22] = static_cast<std::uint8_t>(c);
+                const Word before = word;
+                const int result = Decode(word, kP);
+                ASSERT_LE(result, 2) << a << ' ' << b << ' ' << c;
+                ASSERT_EQ(Changes(word, before), static_cast<std::size_t>(std::max(result, 0)));
+            }
 }
 }   // namespace
