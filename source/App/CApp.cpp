@@ -54,7 +54,7 @@ CApp::CApp(const AppSetup& setup)
         CAppStartUp(*this).Run();
     } catch (...) {   // half an application: take down what stands, in the order of the quit
         i_shutdownB.store(true);
-        CAppQuit(*this).Run();
+        CAppQuit(*this, CAppQuit::After::kFailedStart).Run();
         CThreadHost::Install(nullptr);
         gApp = nullptr;
         throw;
@@ -63,7 +63,7 @@ CApp::CApp(const AppSetup& setup)
 
 CApp::~CApp() {
     i_shutdownB.store(true, std::memory_order_release);
-    CAppQuit(*this).Run();
+    CAppQuit(*this, CAppQuit::After::kShow).Run();
     CThreadHost::Install(nullptr);
     gApp = nullptr;
 }
@@ -164,6 +164,13 @@ void CApp::SetCurrentSong(CPlayingSong* songP) {
     i_currentSongP = songP;
 }
 
+bool CApp::ClearCurrentSong(const CPlayingSong& song) {
+    const std::scoped_lock guard(i_currentSongLock);
+    if (i_currentSongP != &song) return false;
+    i_currentSongP = nullptr;
+    return true;
+}
+
 bool CApp::IsSongPlaying() const {
     const std::scoped_lock guard(i_currentSongLock);
     return i_currentSongP != nullptr && i_currentSongP->IsPlaying();
@@ -235,7 +242,17 @@ void CApp::ShowWindowsAsSaved() {
     Windows().Select(PREF_Wind_BROWSER);   // last, so that it ends in front
 }
 
+CCFDictionary CApp::FullScreenKeys() const {
+    if (i_recordsAtQuit.has_value()) return i_fullScreenAtQuit;
+    CCFDictionary keys;
+    for (const auto& row : kKept_Windows)
+        if (const auto place = i_setup.windows.PlaceOf(row.kind); place.has_value() && row.fullScreenKeyZ != nullptr)
+            keys.Set(row.fullScreenKeyZ, CCFValue(place->fullScreenB));
+    return keys;
+}
+
 std::vector<WindowRecord> CApp::WindowRecords() const {
+    if (i_recordsAtQuit.has_value()) return *i_recordsAtQuit;
     std::vector<WindowRecord> records;
     for (const auto& row : kKept_Windows)
         if (const auto place = i_setup.windows.PlaceOf(row.kind); place.has_value())

@@ -80,6 +80,9 @@ void CAppQuit::SaveDatabase() {
 }
 
 void CAppQuit::HideWindows() {
+    auto fullScreen = i_app.FullScreenKeys();   // the preferences are saved later and want the windows as they were
+    i_app.i_recordsAtQuit = i_app.WindowRecords();
+    i_app.i_fullScreenAtQuit = std::move(fullScreen);
     for (const WindowKind kind : {PREF_Wind_TASKS, PREF_Wind_VIDEO, PREF_Wind_VIDEO2, PREF_Wind_BROWSER})
         i_app.Windows().Hide(kind);
 }
@@ -121,5 +124,5 @@ void CAppQuit::DeleteDatabase() { i_app.i_saveTarget.reset(); }
 
 void CAppQuit::CloseProgress() {
     i_app.i_curScope.reset();
-    Log("Quit Successful");
+    Log(i_after == After::kShow ? "Quit Successful" : "### Error the start-up failed");
 }

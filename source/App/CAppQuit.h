@@ -8,7 +8,9 @@ class CApp;
     Threads  main. Lives for the length of CApp's destructor. */
 class CAppQuit {
 public:
-    explicit CAppQuit(CApp& app) : i_app(app) {}
+    /** Only the end of a show is told as a clean one to the next start. */
+    enum class After : bool { kFailedStart, kShow };
+    CAppQuit(CApp& app, After after) : i_app(app), i_after(after) {}
     void Run();
 
 private:
@@ -35,4 +37,5 @@ private:
     void CloseProgress();
 
     CApp& i_app;
+    After i_after;
 };

@@ -2,7 +2,6 @@
 
 #include "App/IdleTimers.h"
 #include "App/LocalTime.h"
-#include "App/CAppFailure.h"
 #include "App/CAppWindows.h"
 #include "App/CDirtyFlag.h"
 #include "App/CScopedInitializing.h"
@@ -63,7 +62,7 @@ const CAppStartUp::Stage CAppStartUp::kStages[] = {
     {"Creating QuickTime Components menu…", &CAppStartUp::NotYet},
     {"Finishing menu creation", &CAppStartUp::NotYet},
     {"Initializing Fast CDG Upscaling", &CAppStartUp::BuildUpscalingTables},
-    {"Building Venues", &CAppStartUp::NotYet},
+    {"Building Venues", &CAppStartUp::BuildVenues},
     {"Loading Zipper", &CAppStartUp::NotYet},
     {"Initializing Microphone", &CAppStartUp::NotYet},
     {"Showing Windows", &CAppStartUp::ShowWindows},
@@ -110,6 +109,7 @@ void CAppStartUp::LoadPreferences() {
     if (const auto columns = i_app.i_setup.resources / "Default Columns.plist"; std::filesystem::exists(columns, err))
         options.defaultColumns = columns;
     options.windows = [this_app = &i_app] { return this_app->WindowRecords(); };
+    options.atSave = [this_app = &i_app] { return this_app->FullScreenKeys(); };
     options.onDirty = [this_app = &i_app] {
         if (this_app->IsAppReady()) this_app->SetDirty(true);
     };
@@ -163,6 +163,8 @@ void CAppStartUp::ShowWindows() {
     i_app.ShowWindowsAsSaved();
 }
 
+void CAppStartUp::BuildVenues() { i_app.SetStatus("Loading…"); }
+
 void CAppStartUp::CloseProgress() {
     i_app.i_curScope.reset();
     i_initializing.reset();
@@ -171,7 +173,8 @@ void CAppStartUp::CloseProgress() {
 void CAppStartUp::FlushEvents() { i_app.MainLoop().FlushInput(); }
 
 void CAppStartUp::MarkReady() {
-    i_app.SetStatus("");
+    if (!i_app.i_setup.lastQuitCleanB) Log("the last session did not end with its quit: it may have crashed");
+    i_app.SetStatus("Ready!");
     i_app.i_appReadyB.store(true, std::memory_order_release);
     Log("Ready!");
 }

@@ -13,7 +13,7 @@ class CAppStartUp {
 public:
     explicit CAppStartUp(CApp& app);
     ~CAppStartUp();
-    /** Runs every stage in order. Throws CAppFailure when the application cannot run. */
+    /** Runs every stage in order. What makes a show impossible ends the process with a fatal alert. */
     void Run();
 
 private:
@@ -37,6 +37,7 @@ private:
     void LoadDatabase();
     void CreateWindows();
     void BuildUpscalingTables();
+    void BuildVenues();
     void ShowWindows();
     void CloseProgress();
     void FlushEvents();

@@ -24,11 +24,10 @@ CPicturePlay::CPicturePlay(CApp& app) : i_app(app) {}
 
 CPicturePlay::~CPicturePlay() {
     Stop();
-    i_app.SetCurrentSong(nullptr);
-    i_app.Windows().ClearPicture();
+    if (i_app.ClearCurrentSong(*this)) i_app.Windows().ClearPicture();   // its pixels go
 }
 
-OSErr CPicturePlay::Start(const std::filesystem::path& file) {
+OSErr CPicturePlay::Load(const std::filesystem::path& file) {
     if (const OSErr err = i_stream.LoadFile(file); Failed(err)) return LogStep(err, "reading graphics", file);
     if (i_stream.LengthUnits() == 0) return LogStep(eofErr, "graphics without a packet", file);
 
@@ -38,6 +37,12 @@ OSErr CPicturePlay::Start(const std::filesystem::path& file) {
     if (i_graphics == nullptr) return LogStep(err, "making graphics", file);
     i_graphics->SetSong(*this);
     i_graphics->SetTarget(this);
+    i_file = file;
+    return noErr;
+}
+
+OSErr CPicturePlay::Begin() {
+    if (i_graphics == nullptr) return paramErr;
     i_clock.Start(0);
     i_playingB = true;
     i_pace = std::make_shared<GraphicsPace>(i_clock);
@@ -46,12 +51,12 @@ OSErr CPicturePlay::Start(const std::filesystem::path& file) {
     if (CT_Preemptive::Start(std::move(thread)) == 0) {
         i_threadP = nullptr;
         Stop();
-        return LogStep(memFullErr, "starting the clock of the graphics", file);
+        return LogStep(memFullErr, "starting the clock of the graphics", i_file);
     }
     i_app.SetCurrentSong(this);
-    i_app.SetStatus(file.filename().string());
+    i_app.SetStatus(i_file.filename().string());
     i_app.Windows().Show(PREF_Wind_VIDEO);
-    LogF("playing graphics <%s>: %zu units", file.c_str(), i_stream.LengthUnits());
+    LogF("playing graphics <%s>: %zu units", i_file.c_str(), i_stream.LengthUnits());
     return noErr;
 }
 

@@ -21,8 +21,10 @@ public:
     explicit CPicturePlay(CApp& app);
     ~CPicturePlay() override;
 
-    /** Reads `file` and starts. fnfErr, eofErr when there is not one packet in it. */
-    OSErr Start(const std::filesystem::path& file);
+    /** Reads `file`; nothing is shown yet, and what plays goes on. fnfErr, eofErr when there is not one packet in it. */
+    OSErr Load(const std::filesystem::path& file);
+    /** After Load: becomes the current song and starts its clock. */
+    OSErr Begin();
     /** The picture of `time300`; forward executes what lies between, backwards replays from the start. */
     OSErr Seek(long time300);
     [[nodiscard]] long Time300() const { return i_clock.Now(); }
@@ -53,6 +55,7 @@ private:
 
     CApp& i_app;
     CGraphicsClock i_clock;
+    std::filesystem::path i_file;
     CSubCodeStream_Memory i_stream;
     std::unique_ptr<CGraphics> i_graphics;
     std::shared_ptr<GraphicsPace> i_pace;

@@ -1,6 +1,5 @@
 #include "App/TVoplaApp.h"
 
-#include "App/CAppFailure.h"
 #include "App/CPicturePlay.h"
 #include "Core/CAlerts.h"
 #include "Core/CLog.h"
@@ -37,8 +36,11 @@ void TVoplaApp::StartUp() {
 
 int TVoplaApp::Run(const std::string& commandLine) {
     const CMainLoop::TimerID heartbeat = i_setup.loop.SetTimer(0, kHeartbeat_Milliseconds, [] {});
-    HandleCommandLine(commandLine);
-    while (!i_quitB) i_app->RunLoopPass();
+    HandleCommandLine(i_earlyFile.empty() ? commandLine : i_earlyFile);
+    while (!i_quitB) {
+        i_app->RunLoopPass();
+        if (i_quitWantedB && !i_askingB && i_app->PrepareToQuit(false)) i_quitB = true;
+    }
     i_setup.loop.KillTimer(heartbeat);
     return 0;
 }
@@ -51,9 +53,14 @@ void TVoplaApp::ShutDown() {
 
 void TVoplaApp::RequestQuit(QuitAsk ask) {
     i_setup.loop.Post([this, ask] {
-        if (i_app == nullptr || i_askingB) return;   // not up yet, or the question is on the screen already
+        if (ask == QuitAsk::kNobody) {   // also one that came during the start-up or under a question
+            i_quitWantedB = true;
+            i_setup.ui.DismissDialogs();
+            return;
+        }
+        if (i_app == nullptr || i_askingB) return;   // the question is on the screen already
         i_askingB = true;
-        if (i_app->PrepareToQuit(ask == QuitAsk::kUser)) i_quitB = true;
+        if (i_app->PrepareToQuit(true)) i_quitB = true;
         i_askingB = false;
     });
 }
@@ -61,6 +68,10 @@ void TVoplaApp::RequestQuit(QuitAsk ask) {
 void TVoplaApp::OnSecondInstance(const std::string& commandLine) {
     i_setup.loop.Post([this, commandLine] {
         Log("got launch file msg");
+        if (i_app == nullptr) {   // still starting: played once the application is up
+            if (!commandLine.empty()) i_earlyFile = commandLine;
+            return;
+        }
         if (commandLine.empty()) {
             MessageAlert("You can't run more than one copy of Vopla at once!");
             return;
@@ -74,9 +85,10 @@ void TVoplaApp::HandleCommandLine(const std::string& commandLine) {
     if (commandLine.empty() || i_app == nullptr || i_app->IsInitializing() || i_app->IsShutdown()) return;
     if (!i_app->ConfirmManualSongChange(1)) return;
     auto play = std::make_unique<CPicturePlay>(*i_app);
-    if (const OSErr err = play->Start(commandLine); Failed(err)) {
-        MessageAlert("The file could not be played: " + commandLine, ErrorText(err));
-        return;
+    OSErr err = play->Load(commandLine);
+    if (!Failed(err)) {   // only now does what plays make way
+        i_play = std::move(play);
+        err = i_play->Begin();
     }
-    i_play = std::move(play);
+    if (Failed(err)) MessageAlert("The file could not be played: " + commandLine, ErrorText(err));
 }

@@ -18,7 +18,7 @@ public:
     TVoplaApp(const TVoplaApp&) = delete;
     TVoplaApp& operator=(const TVoplaApp&) = delete;
 
-    /** The start-up hook; throws CAppFailure when the application cannot run. */
+    /** The start-up hook. */
     void StartUp();
     /** Handles `commandLine` (the path of a file, or empty), then passes of the loop until the quit was allowed. */
     int Run(const std::string& commandLine);
@@ -37,7 +37,9 @@ private:
     std::unique_ptr<CApp> i_app;
     std::unique_ptr<CPicturePlay> i_play;   // the file of the command line, playing
     long i_initLevelL = 0;
+    std::string i_earlyFile;     // sent by a second start before the application was up
     bool i_quitB = false;
+    bool i_quitWantedB = false;   // by the system: nobody is asked
     bool i_askingB = false;
 };
 

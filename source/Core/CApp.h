@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,6 +35,7 @@ struct AppSetup {
     CAppWindows& windows;
     std::filesystem::path resources;   // the folder of what is installed beside the program
     PrefsFiles prefs;
+    bool lastQuitCleanB = true;        // what the log of the last session says
 };
 
 /** The model-side application object: its constructor is the whole start-up, its destructor the whole quit. It owns the
@@ -73,6 +75,8 @@ public:
     void IdleGraphics(const char* whoZ, bool forcedB) override;
     /** One pass: early calls, messages, deferred events. Waits 50 ms at most for a message. */
     void RunLoopPass() override;
+    /** The window is being resized, or not any more: no save meanwhile. Main thread. */
+    void SetResizingWindow(bool resizingB) { i_resizing_windB = resizingB; }
     /** True once the browser window stands, or never will (headless). Any thread. */
     [[nodiscard]] bool HasMainWindow() const override { return i_hasMainWindowB.load(std::memory_order_acquire); }
     std::unique_ptr<ScopedCrashReporter> InstallCrashReporter(std::string_view threadName) override;
@@ -90,6 +94,8 @@ public:
 
     /** The song that plays; not owned. Null for none. The video windows show its picture. */
     void SetCurrentSong(CPlayingSong* songP);
+    /** No song any more, if it is this one: a song that goes must not take away its follower. True when it was. */
+    bool ClearCurrentSong(const CPlayingSong& song);
     [[nodiscard]] bool IsSongPlaying() const override;
 
     /** Shows a status text of the model in the browser window. Main thread only. */
@@ -107,7 +113,9 @@ private:
     friend class CScopedInitializing;
 
     void ShowWindowsAsSaved();
+    /** Where the windows stand; at the quit, where they stood before they were hidden. */
     [[nodiscard]] std::vector<WindowRecord> WindowRecords() const;
+    [[nodiscard]] CCFDictionary FullScreenKeys() const;
     [[nodiscard]] bool AskToInterrupt();
     OSErr SavePreferences();
     void HandlePostEvent(PostEventKind kind);
@@ -122,6 +130,8 @@ private:
     std::unique_ptr<CAlerts> i_alerts;
     std::unique_ptr<CSaveTarget> i_saveTarget;
     std::unique_ptr<CProgressView> i_curScope;   // start-up and quit only
+    std::optional<std::vector<WindowRecord>> i_recordsAtQuit;
+    CCFDictionary i_fullScreenAtQuit;
     bool i_idleGraphicsB = true;
     bool i_resizing_windB = false;
     std::atomic<bool> i_appReadyB{false};

@@ -1,6 +1,18 @@
 #pragma once
 #include <filesystem>
 
+/** The stack on which a crash of this thread is reported. One at the bottom of each thread. */
+class CScopedSignalStack {
+public:
+    CScopedSignalStack();
+    ~CScopedSignalStack();
+    CScopedSignalStack(const CScopedSignalStack&) = delete;
+    CScopedSignalStack& operator=(const CScopedSignalStack&) = delete;
+
+private:
+    void* i_stackP;
+};
+
 /** While one lives, a crash of the process leaves a stack trace: a file "Vopla Crash <process>.txt" in the folder given.
     One for the process; threads need none of their own, but may hold one for their alternate stack, so that a stack that
     overflowed is told too (CScopedSignalStack).
@@ -15,16 +27,7 @@ public:
     /** False when the last session in `logFile` has no "Quit Successful"; true as well when there was no session.
         Call it before this session writes its first line. */
     [[nodiscard]] static bool LastQuitWasClean(const std::filesystem::path& logFile);
-};
-
-/** The stack on which a crash of this thread is reported. One at the bottom of each thread. */
-class CScopedSignalStack {
-public:
-    CScopedSignalStack();
-    ~CScopedSignalStack();
-    CScopedSignalStack(const CScopedSignalStack&) = delete;
-    CScopedSignalStack& operator=(const CScopedSignalStack&) = delete;
 
 private:
-    void* i_stackP;
+    CScopedSignalStack i_stack;   // the main thread's
 };

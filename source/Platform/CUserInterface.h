@@ -48,4 +48,6 @@ public:
     /** Opens a page in the browser of the user; false when there is none. */
     virtual bool OpenPage(std::string_view url) = 0;
     virtual void Beep() = 0;
+    /** Ends every dialog that is open, with its safe answer: the system wants the process to end. */
+    virtual void DismissDialogs() {}
 };

@@ -2,8 +2,11 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QGuiApplication>
+#include <QScreen>
 #include <QWidget>
 
+#include "Core/CApp.h"
 #include "Shell/QtText.h"
 #include "Shell/XVideoWindow.h"
 
@@ -21,6 +24,9 @@ void CAppWindows_Qt::Create(WindowKind kind) {
     if (kind != PREF_Wind_VIDEO || Exists(kind)) return;
     auto window = std::make_unique<XVideoWindow>();
     QObject::connect(window.get(), &XVideoWindow::CloseAsked, window.get(), [this] { i_askToQuit(); });
+    QObject::connect(window.get(), &XVideoWindow::Resizing, window.get(), [](bool resizingB) {
+        if (gApp != nullptr) gApp->SetResizingWindow(resizingB);
+    });
     if (i_pictureP != nullptr) window->Show(*i_pictureP);
     i_windows[kind] = std::move(window);
 }
@@ -47,8 +53,10 @@ void CAppWindows_Qt::Select(WindowKind kind) {
 void CAppWindows_Qt::SetPlace(WindowKind kind, const Place& place) {
     QWidget* const windowP = Find(kind);
     if (windowP == nullptr) return;
-    if (place.right > place.left && place.bottom > place.top)
-        windowP->setGeometry(place.left, place.top, place.right - place.left, place.bottom - place.top);
+    const QRect wanted(place.left, place.top, place.right - place.left, place.bottom - place.top);
+    // A display that was unplugged meanwhile must not swallow its window.
+    for (const QScreen* const screenP : QGuiApplication::screens())
+        if (!wanted.isEmpty() && screenP->availableGeometry().intersects(wanted)) windowP->setGeometry(wanted);
     windowP->setWindowState(place.fullScreenB ? Qt::WindowFullScreen : Qt::WindowNoState);
 }
 

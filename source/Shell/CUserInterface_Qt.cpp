@@ -66,3 +66,9 @@ std::optional<std::size_t> CUserInterface_Qt::PickFromList(std::string_view prom
 bool CUserInterface_Qt::OpenPage(std::string_view url) { return QDesktopServices::openUrl(QUrl(QtText(url))); }
 
 void CUserInterface_Qt::Beep() { QApplication::beep(); }
+
+void CUserInterface_Qt::DismissDialogs() {
+    for (QWidget* const windowP : QApplication::topLevelWidgets())
+        if (auto* const dialogP = qobject_cast<QDialog*>(windowP); dialogP != nullptr && dialogP->isVisible())
+            dialogP->reject();
+}

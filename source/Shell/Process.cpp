@@ -1,13 +1,11 @@
 #include "Shell/Process.h"
 
-#include <csignal>
+#include <cerrno>
 #include <cstdlib>
 #include <iostream>
 #include <QApplication>
-#include <thread>
 #include <unistd.h>
 
-#include "App/CAppFailure.h"
 #include "App/CAppWindows.h"
 #include "App/TVoplaApp.h"
 #include "Core/CCrashReporter.h"
@@ -44,29 +42,31 @@ void OpenLog() {
 int RunApplication(const AppSetup& setup, CSecondInstance& instance, const std::string& file) {
     TVoplaApp application(setup);
     const CSignalWatch watch([&application] { application.RequestQuit(QuitAsk::kNobody); });
+    // A second start is answered at once, however long this one takes: it must never become a second host.
+    instance.Listen([&application](std::string text) { application.OnSecondInstance(text); });
     int result = 1;
     try {
         application.StartUp();
-        instance.Listen([&application](std::string text) { application.OnSecondInstance(text); });
         result = application.Run(file);
-    } catch (const CAppFailure& failure) {   // the user has been told
-        LogF("### Error start-up: %s", failure.what());
+    } catch (const std::exception& fault) {
+        LogF("### Error %s", fault.what());
+        std::cerr << "vopla: " << fault.what() << '\n';
     }
-    instance.Stop();
+    instance.Stop();   // its thread holds the application
     application.ShutDown();
     return result;
 }
 
-int RunHeadless(const Options& options, CSecondInstance& instance) {
+int RunHeadless(const Options& options, CSecondInstance& instance, bool cleanB) {
     CMainLoop_Plain loop;
     CUserInterface_Plain ui([](std::string_view line) { Log(line); });
     CAppWindows_None windows;
     return RunApplication({.loop = loop, .ui = ui, .windows = windows, .resources = FindResources(),
-                           .prefs = PrefsFilesFor(CFolders::Config() / kApp_ProductName)},
+                           .prefs = PrefsFilesFor(CFolders::Config() / kApp_ProductName), .lastQuitCleanB = cleanB},
                           instance, options.file);
 }
 
-int RunDesktop(const Options& options, CSecondInstance& instance, int& countL, char** wordsZ) {
+int RunDesktop(const Options& options, CSecondInstance& instance, bool cleanB, int& countL, char** wordsZ) {
     QApplication qt(countL, wordsZ);
     QApplication::setApplicationDisplayName(QString::fromStdString(CApp::DisplayName()));
     QApplication::setQuitOnLastWindowClosed(false);
@@ -76,7 +76,7 @@ int RunDesktop(const Options& options, CSecondInstance& instance, int& countL, c
         if (gVoplaApp != nullptr) gVoplaApp->RequestQuit(QuitAsk::kUser);
     });
     return RunApplication({.loop = loop, .ui = ui, .windows = windows, .resources = FindResources(),
-                           .prefs = PrefsFilesFor(CFolders::Config() / kApp_ProductName)},
+                           .prefs = PrefsFilesFor(CFolders::Config() / kApp_ProductName), .lastQuitCleanB = cleanB},
                           instance, options.file);
 }
 
@@ -88,20 +88,24 @@ int RunProcess(const Options& options, int& countL, char** wordsZ) {
     SuperString::SetDefaultEncoding(TextEncoding::kUTF8);
     if (!options.root.empty()) CFolders::SetRoot(options.root);
     OpenLog();
+    const bool cleanB = CCrashReporter::LastQuitWasClean(CLog::Get().File());
     const CCrashReporter crashReporter(CFolders::State() / kApp_ProductName);
 
     CSecondInstance instance(CFolders::Runtime() / "vopla", CFolders::Root());
     switch (instance.Start(options.file)) {
         case CSecondInstance::Role::kSecond: return 0;
-        case CSecondInstance::Role::kFailed:   // a show can do without; a second start then opens a second host
+        case CSecondInstance::Role::kFailed:
             std::cerr << "vopla: no second instance check: " << ErrorText(instance.LastErrno()) << '\n';
-            break;
+            // Another host is there but did not answer: two on one library would write over each other.
+            if (instance.LastErrno() == ETIMEDOUT || instance.LastErrno() == E2BIG) return 1;
+            break;   // the check itself is impossible here: a show can do without
         case CSecondInstance::Role::kFirst: break;
     }
 
     int result = 1;
     try {
-        result = options.headlessB ? RunHeadless(options, instance) : RunDesktop(options, instance, countL, wordsZ);
+        result = options.headlessB ? RunHeadless(options, instance, cleanB)
+                                   : RunDesktop(options, instance, cleanB, countL, wordsZ);
     } catch (const std::exception& fault) {
         std::cerr << "Unknown exception caught before application core initialized: " << fault.what() << '\n';
     }

@@ -11,6 +11,9 @@ XVideoWindow::XVideoWindow() {
     setAttribute(Qt::WA_OpaquePaintEvent);   // every pixel is painted: no flicker of the background
     setMinimumSize(150, 108);
     resize(900, 648);
+    i_resizeEnd.setSingleShot(true);
+    i_resizeEnd.setInterval(200);   // the toolkit tells no end: none for so long is one
+    connect(&i_resizeEnd, &QTimer::timeout, this, [this] { emit Resizing(false); });
 }
 
 void XVideoWindow::Show(const CPixels& picture) {
@@ -58,6 +61,11 @@ void XVideoWindow::keyPressEvent(QKeyEvent* eventP) {
         ToggleFullScreen();
     else
         QWidget::keyPressEvent(eventP);
+}
+
+void XVideoWindow::resizeEvent(QResizeEvent*) {
+    if (!i_resizeEnd.isActive()) emit Resizing(true);
+    i_resizeEnd.start();
 }
 
 void XVideoWindow::mouseDoubleClickEvent(QMouseEvent*) { ToggleFullScreen(); }

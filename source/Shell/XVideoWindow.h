@@ -1,5 +1,6 @@
 #pragma once
 #include <QImage>
+#include <QTimer>
 #include <QWidget>
 
 class CPixels;
@@ -20,16 +21,20 @@ public:
 
 signals:
     void CloseAsked();
+    /** The user began, and ended, to move or resize the window. */
+    void Resizing(bool resizingB);
 
 protected:
     void paintEvent(QPaintEvent* eventP) override;
     void closeEvent(QCloseEvent* eventP) override;
     void keyPressEvent(QKeyEvent* eventP) override;
     void mouseDoubleClickEvent(QMouseEvent* eventP) override;
+    void resizeEvent(QResizeEvent* eventP) override;
 
 private:
     void ToggleFullScreen();
     [[nodiscard]] QRect Fitted() const;
 
+    QTimer i_resizeEnd;   // runs while the size keeps changing
     QImage i_picture;   // a view of the picture's memory
 };

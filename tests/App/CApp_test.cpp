@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <map>
 #include <sstream>
 #include <thread>
 
@@ -232,8 +233,9 @@ TEST_F(AppTest, PlaysAFileAtThePaceOfTheClockAndSeeksTrue) {
     CApp app(MakeSetup());
     const fs::path file = fs::path(VOPLA_SOURCE_DIR) / "resources/demo/Vopla Demo - Amazing Grace.cdg";
     CPicturePlay play(app);
-    ASSERT_EQ(play.Start(i_folder / "none.cdg"), fnfErr);
-    ASSERT_EQ(play.Start(file), noErr);
+    ASSERT_EQ(play.Load(i_folder / "none.cdg"), fnfErr);
+    ASSERT_EQ(play.Load(file), noErr);
+    ASSERT_EQ(play.Begin(), noErr);
     const double startT = CClock::Get().SteadyT();
     ASSERT_TRUE(RunUntil(app, [&] { return play.Time300() >= 300; }));
     EXPECT_NEAR(CClock::Get().SteadyT() - startT, 1.0, 0.3);
@@ -246,11 +248,74 @@ TEST_F(AppTest, PlaysAFileAtThePaceOfTheClockAndSeeksTrue) {
         return std::vector<std::uint8_t>(picture.base(), picture.base() + picture.rowBytes() * 216);
     };
     CPicturePlay fresh(app);
-    ASSERT_EQ(fresh.Start(file), noErr);
+    ASSERT_EQ(fresh.Load(file), noErr);
+    ASSERT_EQ(fresh.Begin(), noErr);
     const auto late = pictureAt(play, 40 * 300);
     const auto early = pictureAt(play, 5 * 300);
     EXPECT_NE(late, early);
     EXPECT_EQ(early, pictureAt(fresh, 5 * 300));   // the title page stands: some packets more change nothing
+}
+
+/** Windows that remember what was done to them. */
+class Windows final : public CAppWindows {
+public:
+    void Create(WindowKind kind) override { places.try_emplace(kind); }
+    void Dispose(WindowKind kind) override { places.erase(kind); }
+    bool Exists(WindowKind kind) const override { return places.contains(kind); }
+    void Show(WindowKind kind) override { places[kind].visibleB = true; }
+    void Hide(WindowKind kind) override { places[kind].visibleB = false; }
+    void Select(WindowKind) override {}
+    void SetPlace(WindowKind kind, const Place& place) override { places[kind] = place; }
+    std::optional<Place> PlaceOf(WindowKind kind) const override {
+        const auto found = places.find(kind);
+        return found == places.end() ? std::nullopt : std::optional(found->second);
+    }
+    void ShowPicture(const CPixels&) override { ++shownL; }
+    void ClearPicture() override {}
+    void SetStatus(std::string_view) override {}
+    void KeepDisplayOn() override {}
+    std::map<WindowKind, Place> places;
+    int shownL = 0;
+};
+
+TEST_F(AppTest, WindowsComeBackWhereTheyStood) {
+    Windows windows;
+    AppSetup setup{.loop = i_loop, .ui = i_ui, .windows = windows, .resources = MakeSetup().resources, .prefs = MakeSetup().prefs};
+    {
+        const CApp app(setup);
+        windows.places[PREF_Wind_VIDEO] = {10, 20, 310, 420, true, true};
+        windows.places[PREF_Wind_TASKS] = {1, 2, 30, 40, false, false};
+    }
+    windows.places.clear();
+    const CApp app(setup);
+    const auto video = windows.places[PREF_Wind_VIDEO];
+    EXPECT_EQ(video.top, 10);
+    EXPECT_EQ(video.right, 420);
+    EXPECT_TRUE(video.visibleB);
+    EXPECT_TRUE(video.fullScreenB);
+    EXPECT_FALSE(windows.places[PREF_Wind_TASKS].visibleB);
+}
+
+TEST_F(AppTest, ASecondFilePlaysAndABadOneLeavesTheFirst) {
+    Windows windows;
+    TVoplaApp application({.loop = i_loop, .ui = i_ui, .windows = windows, .resources = MakeSetup().resources, .prefs = MakeSetup().prefs});
+    application.StartUp();
+    const std::string file = std::string(VOPLA_SOURCE_DIR) + "/resources/demo/Vopla Demo - Amazing Grace.cdg";
+    for (const std::string& sent : {file, file, std::string("/nowhere/none.cdg")}) {
+        application.OnSecondInstance(sent);
+        i_loop.Post([] {});
+        for (int n = 0; n < 3; ++n) gApp->RunLoopPass();
+        EXPECT_TRUE(gApp->IsSongPlaying()) << sent;
+        const int shownL = windows.shownL;
+        EXPECT_TRUE(RunUntil(*gApp, [&] { return windows.shownL > shownL; })) << sent;
+    }
+    ASSERT_EQ(i_ui.alerts.size(), 1U);
+    EXPECT_NE(i_ui.alerts.front().find("File Not Found"), std::string::npos);
+    application.OnSecondInstance("");
+    EXPECT_TRUE(RunUntil(*gApp, [&] { return i_ui.alerts.size() == 2; }));
+    application.RequestQuit(QuitAsk::kNobody);
+    EXPECT_EQ(application.Run(""), 0);
+    application.ShutDown();
 }
 
 TEST_F(AppTest, AProcPostedBeforeTheWindowStandsRunsInItsOrder) {
