@@ -11,6 +11,7 @@
 #include "Core/Assertions.h"
 #include "Core/CAlerts.h"
 #include "Core/CCrashReporter.h"
+#include "Core/CFolderKinds.h"
 #include "Core/CLog.h"
 #include "Core/CPreferences.h"
 #include "App/IdleTimers.h"
@@ -46,6 +47,7 @@ CApp::CApp(const AppSetup& setup)
     : i_setup(setup),
       i_lastIdleGraphicsT(CClock::Get().SteadyT()),
       i_lastIdleTasksT(i_lastIdleGraphicsT),
+      i_folders(std::make_unique<CFolderKinds>()),
       i_saveTarget(std::make_unique<CDirtyFlag>()) {
     gApp = this;
     CLog::Get().SetLive(true);

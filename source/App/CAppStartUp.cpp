@@ -11,6 +11,7 @@
 #include "Core/CPreferences.h"
 #include "Core/CSafeSave.h"
 #include "Core/CFileRef.h"
+#include "Core/CFolderKinds.h"
 #include "Core/CThreadManager.h"
 #include "Core/ReplaceFile.h"
 #include "Core/ThreadInfo.h"
@@ -148,7 +149,34 @@ void CAppStartUp::OpenProgress() {
     i_app.i_curScope = i_app.Ui().OpenProgress("Initializing " + CApp::DisplayName());
 }
 
-void CAppStartUp::LoadDatabase() { i_loadedB = true; }
+void CAppStartUp::LoadDatabase() { i_loadedB = FindMusicFolder(); }
+
+/** The root of the library, or false when the user would rather quit. */
+bool CAppStartUp::FindMusicFolder() {
+    enum Button : std::size_t { kQuit, kTryAgain, kFindIt };
+    for (;;) {
+        CFileRef root;
+        const OSErr err = i_app.Folders().Find(FolderKind::kRoot, root);
+        if (!Failed(err)) return true;
+        if (Failed(LogStep(err, "finding the music folder")) && i_app.IsShutdown()) return false;
+
+        const std::string name = kApp_ProductName;
+        Question question;
+        question.title = "“" + name + "” folder not found";
+        question.text = "There was a problem locating your “" + name +
+                        "” folder.  Is it perhaps an alias to an offline volume? (" + ErrorText(err) + ")";
+        question.buttons = {"Quit", "Try again", "Find it"};
+        question.defaultIndex = kTryAgain;
+        question.safeIndex = kQuit;   // nobody in front: it must not ask for ever
+        const std::size_t button = i_app.Ui().Ask(question).buttonIndex;
+        if (button == kQuit) return false;
+        CFileRef chosen;
+        if (button == kFindIt)
+            if (const auto folder = i_app.Ui().ChooseFolder(question.title); folder.has_value())
+                chosen = CFileRef(*folder);
+        i_app.Folders().ForgetRoot(chosen);   // an empty choice is "Try again"
+    }
+}
 
 void CAppStartUp::CreateWindows() {
     for (const WindowKind kind : {PREF_Wind_BROWSER, PREF_Wind_VIDEO2, PREF_Wind_VIDEO, PREF_Wind_TASKS})

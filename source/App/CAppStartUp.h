@@ -35,6 +35,7 @@ private:
     void InstallIdleTimers();
     void OpenProgress();
     void LoadDatabase();
+    [[nodiscard]] bool FindMusicFolder();
     void CreateWindows();
     void BuildUpscalingTables();
     void BuildVenues();

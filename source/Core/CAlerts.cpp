@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <mutex>
 
+#include "Core/AlertHook.h"
 #include "Core/Assertions.h"
 #include "Core/CApp.h"
 #include "Core/CLog.h"
@@ -61,10 +62,12 @@ CAlerts::CAlerts(CUserInterface& ui) : i_ui(ui), i_queue(std::make_unique<CMutex
         s_inUseP = this;
     }
     SetAssertHandler(&ReportAssertion);
+    SetAlertHook([](std::string_view message, std::string_view detail) { MessageAlert(message, detail); });
 }
 
 CAlerts::~CAlerts() {
     SetAssertHandler(nullptr);
+    SetAlertHook(nullptr);
     {
         const std::scoped_lock guard(s_inUseLock);
         s_inUseP = nullptr;

@@ -16,6 +16,7 @@
 class CAlerts;
 class CAppWindows;
 class CCrashReporter;
+class CFolderKinds;
 class CMainLoop;
 class CPlayingSong;
 class CProgressView;
@@ -62,6 +63,7 @@ public:
     [[nodiscard]] CMainLoop& MainLoop() override { return i_setup.loop; }
     [[nodiscard]] CUserInterface& Ui() { return i_setup.ui; }
     [[nodiscard]] CAppWindows& Windows() { return i_setup.windows; }
+    [[nodiscard]] CFolderKinds& Folders() { return *i_folders; }
     [[nodiscard]] CSaveTarget& SaveTarget() { return *i_saveTarget; }
     /** "Vopla" and the version, the name in titles. */
     [[nodiscard]] static std::string DisplayName();
@@ -125,6 +127,7 @@ private:
     std::atomic<bool> i_initializingB{false};
     double i_lastIdleGraphicsT;
     double i_lastIdleTasksT;
+    std::unique_ptr<CFolderKinds> i_folders;
     std::unique_ptr<CThreadManager> i_threads;
     std::unique_ptr<CPreferences> i_prefs;
     std::unique_ptr<CAlerts> i_alerts;

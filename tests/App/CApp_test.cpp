@@ -94,6 +94,19 @@ TEST_F(AppTest, WithoutItsFolderItDoesNotStart) {
     EXPECT_EXIT({ const CApp app(setup); }, testing::ExitedWithCode(0), "");
 }
 
+TEST_F(AppTest, AMissingMusicFolderIsAskedFor) {
+    std::ofstream(i_folder / "Music") << "a file where the folder should be";
+    const fs::path chosen = i_folder / "elsewhere";
+    fs::create_directory(chosen);
+    i_ui.answers = {Answer{1, false}, Answer{2, false}, Answer{2, false}};   // try again, find it and cancel, find it
+    i_ui.folders = {std::nullopt, chosen};
+    const CApp app(MakeSetup());
+    ASSERT_EQ(i_ui.questions.size(), 3U);
+    EXPECT_EQ(i_ui.questions.front().title, "“Vopla” folder not found");
+    EXPECT_EQ(i_ui.questions.front().buttons, (std::vector<std::string>{"Quit", "Try again", "Find it"}));
+    EXPECT_TRUE(i_ui.folders.empty());
+}
+
 TEST(SaveRules, TheFirstThatDoesNotHoldIsNamed) {
     const SaveState fine{.databaseDirtyB = true};
     EXPECT_FALSE(RefuseSave(fine).has_value());
