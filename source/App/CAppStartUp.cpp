@@ -204,5 +204,6 @@ void CAppStartUp::MarkReady() {
     if (!i_app.i_setup.lastQuitCleanB) Log("the last session did not end with its quit: it may have crashed");
     i_app.SetStatus("Ready!");
     i_app.i_appReadyB.store(true, std::memory_order_release);
+    i_app.i_alerts->AppReady();
     Log("Ready!");
 }

@@ -103,6 +103,8 @@ void CAlerts::Queue(std::string_view message, std::string_view detail) {
     if (Failed(err)) Log("the alert was dropped: the application is quitting");
 }
 
+void CAlerts::AppReady() { i_queue->WakeUp(); }
+
 void MessageAlert(std::string_view message, std::string_view detail) {
     LogF("MessageAlert: “%.*s”, “%.*s”\n", static_cast<int>(message.size()), message.data(),
          static_cast<int>(detail.size()), detail.data());

@@ -19,6 +19,8 @@ public:
 
     void Message(std::string_view message, std::string_view detail);
     void Queue(std::string_view message, std::string_view detail);
+    /** The application is ready: what waits is shown now. */
+    void AppReady();
 
     /** Alerts that may stand in the queue; what comes above is logged alone, so that a fault in a loop cannot bury the KJ
         under dialogs. */
