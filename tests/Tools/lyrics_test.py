@@ -14,6 +14,7 @@ length: 15
 
 [12]Last[13]
 """
+SPANS = ((70, 71), (71, 100), (103, 107))       # of pixels, none ends at the edge of a tile
 BACKGROUND, WHITE, SUNG = (0, 0, 0x44), (255, 255, 255), (255, 0xDD, 0x22)
 
 
@@ -64,10 +65,10 @@ class Letters(unittest.TestCase):
         self.assertTrue(all(color & 12 == 8 for color in pixels.values()))
         self.assertEqual({color & 3 for color in drawn.values()}, {1, 2, 3})
         self.assertTrue(all(6 * 12 <= y < 8 * 12 and 12 <= x < 288 for x, y in drawn))
-        for left, right in ((40, 41), (41, 60), (63, 66)):
+        for left, right in SPANS:
             execute(line.sweep(left, right))
         for (x, y), color in pixels.items():
-            hit = color & 3 and any(left <= x - 6 < right for left, right in ((40, 41), (41, 60), (63, 66)))
+            hit = color & 3 and any(left <= x - 6 < right for left, right in SPANS)
             self.assertEqual(color, before[x, y] ^ (4 if hit else 0))
 
     def test_long_lines_are_made_to_fit(self):

@@ -33,7 +33,7 @@ class FolderTest(unittest.TestCase):
         """The picture of a moment as ffmpeg sees it: 300 x 216 pixels, three bytes each.
 
         It makes no frame of a zero packet: the filters hold the last one, also after the end."""
-        done = subprocess.run(['ffmpeg', '-v', 'error', '-i', path, '-ss', str(seconds), '-frames:v', '1',
+        done = subprocess.run(['ffmpeg', '-nostdin', '-v', 'error', '-i', path, '-ss', str(seconds), '-frames:v', '1',
                                '-vf', 'fps=300,tpad=stop_mode=clone:stop_duration=2', '-f', 'rawvideo', '-pix_fmt', 'rgb24', '-'],
                               capture_output=True, check=True)
         self.assertEqual(len(done.stdout), 300 * 216 * 3, 'no picture at this time')
