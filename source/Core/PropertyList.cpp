@@ -7,7 +7,7 @@
 
 #include "Core/CCFXmlParser.h"
 #include "Core/CCFXmlWriter.h"
-#include "Core/FileStatus.h"
+#include "Core/FSError.h"
 
 namespace {
 
@@ -31,9 +31,9 @@ OSErr ReadPropertyList(std::span<const std::byte> bytes, CCFValue& value) {
 
 OSErr ReadPropertyListFile(const std::filesystem::path& file, CCFValue& value, std::size_t maxBytes) {
     const OpenFile open(file);
-    if (open.handle < 0) return StatusOfErrno(errno);
+    if (open.handle < 0) return MapErrno(errno);
     struct stat info {};
-    if (::fstat(open.handle, &info) != 0) return StatusOfErrno(errno);
+    if (::fstat(open.handle, &info) != 0) return MapErrno(errno);
     if (!S_ISREG(info.st_mode)) return paramErr;   // a folder, or a pipe that would never end
     CCFXmlParser parser;
     std::vector<std::byte> piece(256 * 1024);
@@ -41,7 +41,7 @@ OSErr ReadPropertyListFile(const std::filesystem::path& file, CCFValue& value, s
     for (;;) {
         const ssize_t gotL = ::read(open.handle, piece.data(), piece.size());
         if (gotL < 0 && errno == EINTR) continue;
-        if (gotL < 0) return StatusOfErrno(errno);
+        if (gotL < 0) return MapErrno(errno);
         if (gotL == 0) break;
         totalL += static_cast<std::size_t>(gotL);
         if (totalL > maxBytes) return memFullErr;

@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "Core/CLog.h"
-#include "Core/FileStatus.h"
+#include "Core/FSError.h"
 
 namespace {
 
@@ -24,35 +24,35 @@ struct BesideFile {
         handle = ::mkostemp(path.data(), O_CLOEXEC);
         if (handle < 0) {
             path.clear();
-            return StatusOfErrno(errno);
+            return MapErrno(errno);
         }
         struct stat old {};
         const bool oldB = ::stat(file.c_str(), &old) == 0;
-        return ::fchmod(handle, oldB ? old.st_mode & 07777 : 0644) == 0 ? noErr : StatusOfErrno(errno);
+        return ::fchmod(handle, oldB ? old.st_mode & 07777 : 0644) == 0 ? noErr : MapErrno(errno);
     }
     [[nodiscard]] OSErr Write(std::span<const std::byte> bytes) const {
         while (!bytes.empty()) {
             const ssize_t writtenL = ::write(handle, bytes.data(), bytes.size());
             if (writtenL < 0 && errno == EINTR) continue;
-            if (writtenL <= 0) return writtenL < 0 ? StatusOfErrno(errno) : dskFulErr;
+            if (writtenL <= 0) return writtenL < 0 ? MapErrno(errno) : dskFulErr;
             bytes = bytes.subspan(static_cast<std::size_t>(writtenL));
         }
         return noErr;
     }
     OSErr Sync() {
-        if (::fsync(handle) != 0) return StatusOfErrno(errno);
+        if (::fsync(handle) != 0) return MapErrno(errno);
         // Some file systems tell of a full disk only here.
-        return ::close(std::exchange(handle, -1)) == 0 ? noErr : StatusOfErrno(errno);
+        return ::close(std::exchange(handle, -1)) == 0 ? noErr : MapErrno(errno);
     }
     OSErr TakePlaceOf(const std::filesystem::path& file) {
-        if (::rename(path.c_str(), file.c_str()) != 0) return StatusOfErrno(errno);
+        if (::rename(path.c_str(), file.c_str()) != 0) return MapErrno(errno);
         path.clear();
         const int folder = ::open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        if (folder < 0) return StatusOfErrno(errno);
+        if (folder < 0) return MapErrno(errno);
         const int failed = ::fsync(folder) != 0 ? errno : 0;
         ::close(folder);
         // A file system that cannot sync a folder has nothing to lose by it.
-        return failed == EINVAL ? noErr : StatusOfErrno(failed);
+        return failed == EINVAL ? noErr : MapErrno(failed);
     }
     std::string path;
     int handle = -1;
