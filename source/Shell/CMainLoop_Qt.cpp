@@ -27,6 +27,8 @@ namespace {
 
 constexpr double kWait_MostT = 3600.0;
 constexpr int kNudge_Milliseconds = 10;
+/** How soon a timer that came up while held is looked at again, in seconds. */
+constexpr double kHeld_T = 0.005;
 
 bool IsInput(QEvent::Type type) {
     switch (type) {
@@ -62,8 +64,18 @@ public:
         i_nudge.setSingleShot(true);
         i_nudge.setInterval(kNudge_Milliseconds);
         connect(&i_nudge, &QTimer::timeout, this, [this] {
-            if (!i_heldB)
+            if (!Held())
                 QCoreApplication::eventDispatcher()->wakeUp();   // else the end of the dispatch starts it anew
+        });
+        i_retry.setSingleShot(true);
+        i_retry.setInterval(kNudge_Milliseconds);
+        connect(&i_retry, &QTimer::timeout, this, [this] {
+            if (Held()) return i_retry.start();
+            const std::scoped_lock guard(i_lock);
+            if (i_calls.empty()) return;
+            Announce();
+            // An event posted before the dialog's loop began is not looked at by it until something wakes it.
+            QCoreApplication::eventDispatcher()->wakeUp();
         });
         QCoreApplication::instance()->installEventFilter(this);
     }
@@ -116,11 +128,14 @@ public:
         QAbstractEventDispatcher* const dispatcherP = QCoreApplication::eventDispatcher();
         if (dispatcherP == nullptr) return false;
         const bool outerB = std::exchange(i_heldB, true);
+        const int outerLevelL = std::exchange(i_heldLevelL, thread()->loopLevel());
+        if (HasCall()) i_retry.start();
         // A message of the user that was left in the queue is not looked at again by itself.
         const bool userB = !flags.testFlag(QEventLoop::ExcludeUserInputEvents);
         if (userB && QWindowSystemInterface::windowSystemEventsQueued() > 0) dispatcherP->wakeUp();
         const bool doneB = dispatcherP->processEvents(flags);
         i_heldB = outerB;
+        i_heldLevelL = outerLevelL;
         const std::scoped_lock guard(i_lock);
         if (!userB && QWindowSystemInterface::windowSystemEventsQueued() > 0) i_nudge.start();
         if (!i_calls.empty()) Announce();   // the event that was held is gone: Qt's own loop needs another
@@ -145,20 +160,26 @@ protected:
         {
             const std::scoped_lock guard(i_lock);
             i_announcedB = false;
-            moreB = !i_heldB && i_calls.size() > 1;
+            moreB = !Held() && i_calls.size() > 1;
             if (moreB) Announce();   // one call an event, so that painting and input come in between
         }
-        if (!i_heldB) RunCall();
+        if (Held())
+            i_retry.start();   // a dialog may open under this very dispatch, and the call must reach it
+        else
+            RunCall();
         return true;
     }
 
 private:
+    /** Calls and timers wait while Qt dispatches for us, but not in a loop that one of Qt's messages has opened below: a
+        dialog must not stop the picture. */
+    bool Held() const { return i_heldB && thread()->loopLevel() == i_heldLevelL; }
     void Announce() {   // under i_lock
         if (std::exchange(i_announcedB, true)) return;
         QCoreApplication::postEvent(this, new QEvent(i_callType));
     }
     void OnTimer() {
-        if (i_heldB) return;   // Dispatch's caller arms again
+        if (Held()) return ArmFor(kHeld_T);   // Dispatch's caller arms again, unless a dialog opens first
         // The one that fires may run a loop of its own (a dialog): the next must be on its way before.
         const auto nextT = i_timers.NextT();
         ArmFor(nextT && *nextT <= 0 ? std::optional(0.001) : nextT);
@@ -172,9 +193,11 @@ private:
     std::atomic<bool> i_wokenB{false};
     CTimerTable i_timers;
     QTimer i_timer;
+    QTimer i_retry;   // announces again what came while held
     QTimer i_nudge;   // makes Qt's own loop see the user's messages that a limited pump left behind
     double i_inputT = CClock::Get().SteadyT();
-    bool i_heldB = false;   // Qt dispatches for us: calls and timers wait
+    bool i_heldB = false;    // Qt dispatches for us
+    int i_heldLevelL = 0;    // the depth of Qt's loops when it began to
     bool i_eatB = false;    // input is being flushed
 };
 

@@ -101,6 +101,36 @@ TEST(CMainLoop_Qt, ADialogInsideAPumpedCallStillGetsCalls) {
     EXPECT_EQ(done, "(i)");
 }
 
+/** A dialog that one of Qt's own messages opens while our pump runs them: menus and buttons do so. */
+TEST(CMainLoop_Qt, ADialogInsideASlotGetsCallsAndTimers) {
+    App();
+    CMainLoop_Qt loop;
+    std::string done;
+    int firedL = 0;
+    const auto timer = loop.SetTimer(0, 20, [&] { ++firedL; });
+    QTimer::singleShot(0, qApp, [&] {
+        QEventLoop dialog;
+        QTimer::singleShot(5000, &dialog, [&] {   // instead of hanging for ever
+            done += "late";
+            dialog.quit();
+        });
+        loop.Post([&] { done += 'c'; });
+        loop.SetTimer(0, 100, [&] {
+            if (firedL > 0) dialog.quit();
+        });
+        dialog.exec();
+        done += ')';
+    });
+    loop.Post([&] { done += 'a'; });   // waits already when the slot opens its dialog
+    for (int n = 0; n < 1000 && !done.ends_with(')'); ++n) {
+        loop.Wait(0.01);
+        loop.PumpOne(static_cast<MessageKinds>(MessageKind::kPaint) | static_cast<MessageKinds>(MessageKind::kInput));
+    }
+    loop.KillTimer(timer);
+    EXPECT_EQ(done, "ac)");
+    EXPECT_GT(firedL, 0);
+}
+
 /** A pump of ours inside a message of Qt's, after which Qt goes on. */
 TEST(CMainLoop_Qt, APumpInsideQtsLoopLosesNoWakeUp) {
     App();
