@@ -1,21 +1,41 @@
 #include "Core/CAlerts.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
+#include <unistd.h>
 
 #include "Core/AlertHook.h"
 #include "Core/Assertions.h"
 #include "Core/CApp.h"
+#include "Core/CCrashReporter.h"
 #include "Core/CLog.h"
+#include "Core/CMainThreadProc.h"
 #include "Core/CMutex_ThreadQue_Alert.h"
 #include "Core/ThreadInfo.h"
 #include "Platform/CUserInterface.h"
 
 namespace {
 
+/** The instance in use, and its queue, which a thread may still add to when the instance goes. */
+struct InUse {
+    CAlerts* alertsP = nullptr;
+    std::shared_ptr<CMutex_ThreadQue_Alert> queue;
+};
 std::mutex s_inUseLock;
-CAlerts* s_inUseP = nullptr;   // guarded by s_inUseLock
+InUse s_inUse;   // guarded by s_inUseLock
+std::atomic<bool> s_fatalB{false};
+
+InUse Use() {
+    const std::scoped_lock guard(s_inUseLock);
+    return s_inUse;
+}
+
+void SetUse(InUse use) {
+    const std::scoped_lock guard(s_inUseLock);
+    std::swap(s_inUse, use);
+}
 
 /** The rule of assertions; see Assertions.h. `s_nestingL` counts threads that report one from off the main thread, and the
     alert of the main thread that is being shown. */
@@ -28,12 +48,6 @@ public:
     ScopedNesting(const ScopedNesting&) = delete;
     ScopedNesting& operator=(const ScopedNesting&) = delete;
 };
-
-/** Queued with the instance in use, which stays alive meanwhile. */
-void QueueAlert(std::string_view message, std::string_view detail) {
-    const std::scoped_lock guard(s_inUseLock);   // adding to the queue waits for nobody
-    if (s_inUseP != nullptr) s_inUseP->Queue(message, detail);
-}
 
 constexpr int kAssert_ExitCode = -2;
 
@@ -49,18 +63,15 @@ bool ReportAssertion(const char* expressionZ, const char* fileZ, long lineL, boo
         MessageAlert(textZ);
         return true;
     }
-    QueueAlert(textZ, {});
+    CAlerts::Queue(textZ, {});
     if (!continueB) std::_Exit(kAssert_ExitCode);
     return true;
 }
 
 }   // namespace
 
-CAlerts::CAlerts(CUserInterface& ui) : i_ui(ui), i_queue(std::make_unique<CMutex_ThreadQue_Alert>()) {
-    {
-        const std::scoped_lock guard(s_inUseLock);
-        s_inUseP = this;
-    }
+CAlerts::CAlerts(CUserInterface& ui) : i_ui(ui), i_queue(std::make_shared<CMutex_ThreadQue_Alert>()) {
+    SetUse({this, i_queue});
     SetAssertHandler(&ReportAssertion);
     SetAlertHook([](std::string_view message, std::string_view detail) { MessageAlert(message, detail); });
 }
@@ -68,39 +79,53 @@ CAlerts::CAlerts(CUserInterface& ui) : i_ui(ui), i_queue(std::make_unique<CMutex
 CAlerts::~CAlerts() {
     SetAssertHandler(nullptr);
     SetAlertHook(nullptr);
-    {
-        const std::scoped_lock guard(s_inUseLock);
-        s_inUseP = nullptr;
-    }
-    i_queue.reset();   // drops what waits: it stands in the log
+    SetUse({});
+    i_queue->Quit(true);   // drops what waits: it stands in the log. What comes late is refused.
 }
 
 void CAlerts::ShowNow(const std::string& message, const std::string& detail) {
     const ScopedNesting nesting;   // an assertion under the dialog is queued, not shown over it
-    i_ui.Alert(message, detail);
+    if (i_ui.AlertsMuted())
+        i_ui.Beep();
+    else
+        i_ui.Alert(message, detail);
 }
 
-void CAlerts::Message(std::string_view message, std::string_view detail) {
-    if (IsPreemptiveThread() || !IsLoopThread())
-        Queue(message, detail);
-    else
-        ShowNow(std::string(message), std::string(detail));
+void CAlerts::Add(std::function<void(CAlerts&)> show) {
+    const InUse use = Use();
+    if (use.queue == nullptr) return;   // no application: the log has it
+    if (use.queue->Waiting() >= kAlerts_MostWaiting) {
+        Log("too many alerts wait: this one is only logged");
+        return;
+    }
+    // The instance outlives its elements: its destructor ends the queue first.
+    const OSErr err = use.queue->Add(CT_QueElement(
+        [alertsP = use.alertsP, show = std::move(show)](CT_QueElement&) {
+            show(*alertsP);
+            return noErr;
+        },
+        [](CT_QueElement&, OSErr shown) { return shown; }));
+    if (Failed(err)) Log("the alert was dropped: the application is quitting");
 }
 
 void CAlerts::Queue(std::string_view message, std::string_view detail) {
     LogF("Queing alert message: “%.*s: %.*s”\n", static_cast<int>(message.size()), message.data(),
          static_cast<int>(detail.size()), detail.data());
-    if (i_queue->Waiting() >= kAlerts_MostWaiting) {
-        Log("too many alerts wait: this one is only logged");
-        return;
-    }
-    const OSErr err = i_queue->Add(CT_QueElement(
-        [this, message = std::string(message), detail = std::string(detail)](CT_QueElement&) {
-            ShowNow(message, detail);
-            return noErr;
-        },
-        [](CT_QueElement&, OSErr shown) { return shown; }));
-    if (Failed(err)) Log("the alert was dropped: the application is quitting");
+    Add([message = std::string(message), detail = std::string(detail)](CAlerts& alerts) {
+        alerts.ShowNow(message, detail);
+        if (message.find("log file") == std::string::npos) return;
+        const OSErr err = LogStep(CCrashReporter::KeepLog(CLog::Get().File()), "keeping the log");
+        static_cast<void>(err);   // the user can still take the log itself
+    });
+}
+
+void CAlerts::Queue(const Question& question, std::function<void(const Answer&)> answered) {
+    LogF("Queing dialog message: %s\n", question.text.c_str());
+    Add([question, answered = std::move(answered)](CAlerts& alerts) {
+        const ScopedNesting nesting;
+        const Answer answer = alerts.i_ui.Ask(question);
+        if (answered) answered(answer);
+    });
 }
 
 void CAlerts::AppReady() { i_queue->WakeUp(); }
@@ -108,24 +133,46 @@ void CAlerts::AppReady() { i_queue->WakeUp(); }
 void MessageAlert(std::string_view message, std::string_view detail) {
     LogF("MessageAlert: “%.*s”, “%.*s”\n", static_cast<int>(message.size()), message.data(),
          static_cast<int>(detail.size()), detail.data());
-    if (IsPreemptiveThread() || !IsLoopThread()) {
-        QueueAlert(message, detail);
+    if (!IsLoopThread()) {
+        CAlerts::Queue(message, detail);
         return;
     }
-    CAlerts* alertsP = nullptr;
-    {
-        const std::scoped_lock guard(s_inUseLock);
-        alertsP = s_inUseP;   // dies on this thread alone, so it outlives the dialog below
-    }
-    if (alertsP != nullptr) alertsP->Message(message, detail);
+    // Dies on this thread alone, so it outlives the dialog.
+    if (CAlerts* const alertsP = Use().alertsP; alertsP != nullptr)
+        alertsP->ShowNow(std::string(message), std::string(detail));
 }
 
 void MessageAlert(std::string_view message, long numberL) {
     MessageAlert(std::string(message) + ": " + std::to_string(numberL));
 }
 
-void FatalAlert(std::string_view message) {
+namespace {
+
+[[noreturn]] void ShowAndEnd(std::string_view message) {
     MessageAlert(message);
     CLog::Get().Close();
     std::_Exit(0);
+}
+
+/** Shows the last alert of the process where it can be shown. */
+class MT_FatalAlert final : public CMainThreadProc {
+public:
+    explicit MT_FatalAlert(std::string_view message) : CMainThreadProc("fatal alert"), i_message(message) {}
+
+protected:
+    OSErr Operate() override {
+        ShowAndEnd(i_message);
+    }
+
+private:
+    const std::string i_message;
+};
+
+}   // namespace
+
+void FatalAlert(std::string_view message) {
+    const bool againB = s_fatalB.exchange(true);
+    if (IsLoopThread()) ShowAndEnd(message);
+    if (!againB && Failed((new MT_FatalAlert(message))->Call(CallMode::kPost))) ShowAndEnd(message);   // the log alone
+    for (;;) ::pause();   // the process ends under this thread, behind the alert
 }

@@ -1,15 +1,18 @@
 #pragma once
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
 
 class CMutex_ThreadQue_Alert;
 class CUserInterface;
+struct Answer;
+struct Question;
 
 /** Tells the user, from any thread. An alert of the main thread is shown at once, of another it is queued and shown on
     the main thread once the application is ready; the caller never waits for the user. Assertions end here too.
     Owner    CApp. One at a time; while none lives, an alert is only logged.
-    Threads  Message and Queue any; all else main. Members run with the queue alive, which the destructor ends first. */
+    Threads  Queue any; all else main. No lock is held while an alert is added, logged or shown. */
 class CAlerts {
 public:
     explicit CAlerts(CUserInterface& ui);
@@ -17,8 +20,12 @@ public:
     CAlerts(const CAlerts&) = delete;
     CAlerts& operator=(const CAlerts&) = delete;
 
-    void Message(std::string_view message, std::string_view detail);
-    void Queue(std::string_view message, std::string_view detail);
+    /** Main thread: shows it now, or only beeps while the user mutes alerts. */
+    void ShowNow(const std::string& message, const std::string& detail);
+    /** Shown on the main thread later; never waits. */
+    static void Queue(std::string_view message, std::string_view detail);
+    /** A prepared dialog, asked on the main thread later. `answered` runs there afterwards; it may be empty. */
+    static void Queue(const Question& question, std::function<void(const Answer&)> answered);
     /** The application is ready: what waits is shown now. */
     void AppReady();
 
@@ -27,15 +34,15 @@ public:
     static constexpr std::size_t kAlerts_MostWaiting = 20;
 
 private:
-    void ShowNow(const std::string& message, const std::string& detail);
+    static void Add(std::function<void(CAlerts&)> show);
 
     CUserInterface& i_ui;
-    std::unique_ptr<CMutex_ThreadQue_Alert> i_queue;   // "Alert Que"
+    std::shared_ptr<CMutex_ThreadQue_Alert> i_queue;   // "Alert Que"; shared with a thread that adds to it right now
 };
 
 /** The alert of the application in use; logs it in any case. Any thread. */
 void MessageAlert(std::string_view message, std::string_view detail = {});
 /** The form with a number: "message: number". */
 void MessageAlert(std::string_view message, long numberL);
-/** Shows the alert and ends the process: there is no way on. Main thread. */
+/** Shows the alert and ends the process: there is no way on. Any thread; the main one shows it. */
 [[noreturn]] void FatalAlert(std::string_view message);

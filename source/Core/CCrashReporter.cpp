@@ -1,5 +1,7 @@
 #include "Core/CCrashReporter.h"
 
+#include "Core/FSError.h"
+
 #include <array>
 #include <csignal>
 #include <cstdio>
@@ -60,6 +62,13 @@ CCrashReporter::CCrashReporter(const std::filesystem::path& folder) {
 
 CCrashReporter::~CCrashReporter() {
     for (const int signalL : kCrash_Signals) std::signal(signalL, SIG_DFL);
+}
+
+OSErr CCrashReporter::KeepLog(const std::filesystem::path& logFile) {
+    std::error_code err;
+    std::filesystem::copy_file(logFile, logFile.parent_path() / "Vopla Log for report.txt",
+                               std::filesystem::copy_options::overwrite_existing, err);
+    return MapErrno(err.value());
 }
 
 bool CCrashReporter::LastQuitWasClean(const std::filesystem::path& logFile) {

@@ -1,6 +1,8 @@
 #pragma once
 #include <filesystem>
 
+#include "Platform/OSErr.h"
+
 /** The stack on which a crash of this thread is reported. One at the bottom of each thread. */
 class CScopedSignalStack {
 public:
@@ -24,6 +26,9 @@ public:
     CCrashReporter(const CCrashReporter&) = delete;
     CCrashReporter& operator=(const CCrashReporter&) = delete;
 
+    /** Copies the log beside itself as "Vopla Log for report.txt", where no rotation takes it: an alert has asked the user
+        for it. Replaces an older copy. */
+    static OSErr KeepLog(const std::filesystem::path& logFile);
     /** False when the last session in `logFile` has no "Quit Successful"; true as well when there was no session.
         Call it before this session writes its first line. */
     [[nodiscard]] static bool LastQuitWasClean(const std::filesystem::path& logFile);

@@ -48,6 +48,8 @@ public:
     /** Opens a page in the browser of the user; false when there is none. */
     virtual bool OpenPage(std::string_view url) = 0;
     virtual void Beep() = 0;
+    /** The user holds Control and Alt: alerts only beep. The way out of a dialog that keeps coming back in a show. */
+    [[nodiscard]] virtual bool AlertsMuted() const { return false; }
     /** Ends every dialog that is open, with its safe answer: the system wants the process to end. */
     virtual void DismissDialogs() {}
 };

@@ -23,5 +23,8 @@ public:
     std::optional<std::filesystem::path> ChooseFolder(std::string_view prompt) override;
     std::optional<std::size_t> PickFromList(std::string_view prompt, std::span<const std::string> rows) override;
     bool OpenPage(std::string_view url) override;
-    void Beep() override {}
+    void Beep() override { ++beepsL; }
+    bool AlertsMuted() const override { return mutedB; }
+    bool mutedB = false;
+    int beepsL = 0;
 };

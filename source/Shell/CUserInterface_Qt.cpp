@@ -72,3 +72,8 @@ void CUserInterface_Qt::DismissDialogs() {
         if (auto* const dialogP = qobject_cast<QDialog*>(windowP); dialogP != nullptr && dialogP->isVisible())
             dialogP->reject();
 }
+
+bool CUserInterface_Qt::AlertsMuted() const {
+    constexpr Qt::KeyboardModifiers kBoth = Qt::ControlModifier | Qt::AltModifier;
+    return (QGuiApplication::queryKeyboardModifiers() & kBoth) == kBoth;
+}

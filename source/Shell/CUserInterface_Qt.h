@@ -12,5 +12,6 @@ public:
     std::optional<std::size_t> PickFromList(std::string_view prompt, std::span<const std::string> rows) override;
     bool OpenPage(std::string_view url) override;
     void Beep() override;
+    bool AlertsMuted() const override;
     void DismissDialogs() override;
 };

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <iostream>
 #include <map>
 #include <sstream>
 #include <thread>
@@ -22,6 +23,7 @@
 #include "Platform/CClock.h"
 #include "Platform/CFolders.h"
 #include "Platform/CMainLoop_Plain.h"
+#include "Platform/CUserInterface_Plain.h"
 #include "Platform/CUserInterface_Scripted.h"
 
 namespace {
@@ -230,6 +232,40 @@ TEST_F(AppTest, AlertsOfTenThreadsWaitForTheApplicationToBeReady) {
     AppSetup setup{.loop = i_loop, .ui = ui, .windows = i_windows, .resources = MakeSetup().resources, .prefs = MakeSetup().prefs};
     CApp app(setup);
     EXPECT_TRUE(RunUntil(app, [&] { return ui.alerts.size() == 10; }));
+}
+
+TEST_F(AppTest, AlertsByTheirRules) {
+    CApp app(MakeSetup());
+    i_ui.mutedB = true;
+    MessageAlert("unheard");
+    EXPECT_EQ(i_ui.beepsL, 1);
+    EXPECT_TRUE(i_ui.alerts.empty());
+    i_ui.mutedB = false;
+
+    std::optional<std::size_t> picked;
+    Question question;
+    question.text = "prepared";
+    question.buttons = {"No", "Yes"};
+    i_ui.answers = {Answer{1, false}};
+    std::jthread([&] {
+        CAlerts::Queue(question, [&](const Answer& answer) { picked = answer.buttonIndex; });
+        MessageAlert("please send the log file");
+    }).join();
+    EXPECT_TRUE(RunUntil(app, [&] { return picked.has_value() && !i_ui.alerts.empty(); }));
+    EXPECT_EQ(picked, 1U);
+    EXPECT_NE(LogText().find("Queing dialog message: prepared"), std::string::npos);
+    EXPECT_TRUE(RunUntil(app, [&] { return fs::exists(i_folder / "Vopla Log for report.txt"); }));
+}
+
+TEST_F(AppTest, AFatalAlertOfAThreadIsShownBeforeTheEnd) {
+    EXPECT_EXIT(
+        {
+            CUserInterface_Plain ui([](std::string_view line) { std::cerr << line << std::endl; });
+            CApp app({.loop = i_loop, .ui = ui, .windows = i_windows, .resources = MakeSetup().resources, .prefs = MakeSetup().prefs});
+            const std::jthread thread([] { FatalAlert("no way on"); });
+            for (;;) app.RunLoopPass();
+        },
+        testing::ExitedWithCode(0), "alert: no way on");
 }
 
 TEST_F(AppTest, AFailedAssertionIsShownOnceAndTheShowGoesOn) {
