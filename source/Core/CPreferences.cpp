@@ -6,6 +6,7 @@
 #include "Core/PreferenceCorrections.h"
 #include "Core/PreferenceTable.h"
 #include "Core/PropertyList.h"
+#include "Core/FileRefDictionary.h"
 
 namespace {
 
@@ -27,8 +28,10 @@ constexpr SwitchRow kLogSwitches[] = {
 };
 
 std::filesystem::path PathOf(const CCFDictionary& reference) {
-    if (reference.Empty()) return {};
-    return reference.GetString("path").UTF8();
+    CFileRef file;
+    if (reference.Empty() || Failed(ReadFileRef(reference, file)) || file.IsEmpty()) return {};
+    if (!file.HasPath() && Failed(file.Fill(CFileRef::kFill_PATH))) return {};
+    return file.GetPath();
 }
 
 /** The dictionary of the file, untouched on failure. */

@@ -1,6 +1,8 @@
 #include "Core/CFileRef.h"
 
+#include "Core/FileRefDictionary.h"
 #include "Core/FileTest.h"
+#include "Core/PropertyList.h"
 #include "Core/FSrObjects.h"
 
 namespace {
@@ -94,6 +96,32 @@ TEST_F(FileRefTest, RecordsOfEachKind) {
                                   {.type = 4, .alias = {}, .path = std::string("/a\0b", 4)}};
     for (const FileRefRecord& bad : kBad) EXPECT_EQ(CFileRef::FromRecord(bad, back), paramErr);
     EXPECT_EQ(back.GetPath(), path.GetPath()) << "untouched";
+}
+
+TEST_F(FileRefTest, TheDictionaryFormSurvivesAPropertyList) {
+    const Path file = i_root / "songs" / "a";
+    Write(file, "x");
+    CFileRef path(file), alias(file);
+    ASSERT_EQ(alias.Resolve(), noErr);
+    for (CFileRef* const refP : {&path, &alias}) {
+        CCFDictionary written;
+        ASSERT_EQ(WriteFileRef(*refP, written), noErr);
+        std::string text;
+        ASSERT_EQ(WritePropertyList(written, text), noErr);
+        CCFValue read(false);
+        ASSERT_EQ(ReadPropertyList(std::as_bytes(std::span(text)), read), noErr);
+        CFileRef back;
+        ASSERT_EQ(ReadFileRef(*read.Dictionary(), back), noErr);
+        ASSERT_EQ(back.Fill(CFileRef::kFill_PATH), noErr);
+        EXPECT_EQ(back.GetPath(), file);
+    }
+    CFileRef kept(file);
+    EXPECT_EQ(ReadFileRef({}, kept), paramErr);
+    EXPECT_EQ(ReadFileRef({{"type", 4}, {"path", 7}}, kept), paramErr);
+    EXPECT_EQ(ReadFileRef({{"type", "4"}, {"path", "/x"}}, kept), paramErr);
+    EXPECT_EQ(kept.GetPath(), file);
+    EXPECT_EQ(ReadFileRef({{"type", 3}}, kept), noErr);
+    EXPECT_TRUE(kept.IsEmpty());
 }
 
 TEST(CFileAlias, WholeOrNothing) {
