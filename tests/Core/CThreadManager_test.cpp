@@ -225,26 +225,30 @@ TEST_F(ThreadManagerTest, ANoKillThreadHoldsUpTheQuit) {
 
 TEST_F(ThreadManagerTest, KillsFromEverywhereAgreeOnOneEnd) {
     for (int round = 0; round < 30; ++round) {
-        std::atomic<bool> stopB{false};
-        std::atomic<int> overL{0};
+        // Shared: a kill that forgets its thread does not wait for it, so the thread may outlive this round.
+        struct State {
+            std::atomic<bool> stopB{false};
+            std::atomic<int> overL{0};
+        };
+        const auto stateP = std::make_shared<State>();
         const ForkID victim = CThreadManager::Fork(
             ForkKind::kPreemptive,
-            [&](void*) {
-                while (!stopB) std::this_thread::yield();
+            [stateP](void*) {
+                while (!stateP->stopB) std::this_thread::yield();
                 return noErr;
             },
             {}, nullptr, "victim");
         for (int t = 0; t < 3; ++t)
             CThreadManager::Fork(
                 ForkKind::kPreemptive,
-                [&, t](void*) {
-                    if (t == round % 3) stopB = true;
+                [stateP, victim, t, round](void*) {
+                    if (t == round % 3) stateP->stopB = true;
                     CThreadManager::Kill(victim, round % 5 == 0, false);
-                    ++overL;
+                    ++stateP->overL;
                     return noErr;
                 },
                 {}, nullptr, "killer");
-        ASSERT_TRUE(RunUntil([&] { return overL == 3 && CThreadManager::Find(victim) == nullptr; }));
+        ASSERT_TRUE(RunUntil([&] { return stateP->overL == 3 && CThreadManager::Find(victim) == nullptr; }));
         CThreadManager::Kill(victim, false, false);   // must have died already
     }
     EXPECT_FALSE(Logged("was forced to kill thread: victim"));
