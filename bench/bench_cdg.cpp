@@ -4,7 +4,10 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 #include "Graphics/CGraphics.h"
@@ -52,23 +55,31 @@ double Ours(const std::vector<SubCodePacket>& packets, std::size_t stepL, bool d
            static_cast<double>(packets.size());
 }
 
-double BareLibrary(std::vector<SubCodePacket> packets) {
+double BareLibrary(const std::vector<SubCodePacket>& packets) {
     const AVCodec* codecP = avcodec_find_decoder(AV_CODEC_ID_CDGRAPHICS);
-    AVCodecContext* contextP = avcodec_alloc_context3(codecP);
-    contextP->thread_count = 1;
+    AVCodecContext* contextP = codecP == nullptr ? nullptr : avcodec_alloc_context3(codecP);
     AVPacket* packetP = av_packet_alloc();
     AVFrame* frameP = av_frame_alloc();
-    if (codecP == nullptr || avcodec_open2(contextP, codecP, nullptr) < 0) std::exit(1);
+    // One counted and padded buffer for all: a packet without one is copied by the library each time.
+    const std::size_t bytesL = packets.size() * kSubCodePacket_Bytes;
+    AVBufferRef* allP = av_buffer_allocz(bytesL + AV_INPUT_BUFFER_PADDING_SIZE);
+    if (contextP == nullptr || packetP == nullptr || frameP == nullptr || allP == nullptr) std::exit(1);
+    std::memcpy(allP->data, packets.data(), bytesL);
+    contextP->thread_count = 1;
+    if (avcodec_open2(contextP, codecP, nullptr) < 0) std::exit(1);
     const double passes = PassesPerSecond([&] {
-        for (SubCodePacket& packet : packets) {
-            packetP->data = packet.bytes.data();
-            packetP->size = static_cast<int>(packet.bytes.size());
+        for (std::size_t at = 0; at < bytesL; at += kSubCodePacket_Bytes) {
+            av_packet_unref(packetP);
+            packetP->buf = av_buffer_ref(allP);
+            packetP->data = allP->data + at;
+            packetP->size = static_cast<int>(kSubCodePacket_Bytes);
             if (avcodec_send_packet(contextP, packetP) < 0) continue;
             while (avcodec_receive_frame(contextP, frameP) >= 0) av_frame_unref(frameP);
         }
     });
     av_frame_free(&frameP);
     av_packet_free(&packetP);
+    av_buffer_unref(&allP);
     avcodec_free_context(&contextP);
     return passes * static_cast<double>(packets.size());
 }
@@ -85,8 +96,17 @@ double Program(const std::string& file, std::size_t packetsL) {
     return ::pclose(pipeP) == 0 ? static_cast<double>(packetsL) / Since(start) : 0;
 }
 
-double SeekMilliseconds(const std::string& file, double seconds) {
-    double best = 1e9;
+struct SeekTimes {
+    double first = 0, best = 1e9;
+};
+/** The first round finds nothing of the file in memory, as far as the system lets go of it. */
+SeekTimes SeekMilliseconds(const std::string& file, double seconds) {
+    SeekTimes times;
+    if (const int handle = ::open(file.c_str(), O_RDONLY | O_CLOEXEC); handle >= 0) {
+        ::fdatasync(handle);   // what is not written yet cannot be let go
+        ::posix_fadvise(handle, 0, 0, POSIX_FADV_DONTNEED);
+        ::close(handle);
+    }
     for (int round = 0; round < 5; ++round) {
         const Clock::time_point start = Clock::now();
         CSubCodeStream_File stream;
@@ -94,9 +114,11 @@ double SeekMilliseconds(const std::string& file, double seconds) {
         const auto graphics = CGraphics::Make(0xFFFF, {}, err);
         const auto countL = static_cast<std::size_t>(seconds * 300);
         if (!graphics || Failed(graphics->Advance(&stream, countL, false, false))) std::exit(1);
-        best = std::min(best, Since(start) * 1000);
+        const double taken = Since(start) * 1000;
+        if (round == 0) times.first = taken;
+        times.best = std::min(times.best, taken);
     }
-    return best;
+    return times;
 }
 }   // namespace
 
@@ -119,8 +141,11 @@ int main(int argc, char** argv) {
     std::printf("packets in the file            %12zu\n", packets.size());
     std::printf("ours, one packet at a time     %12.0f /s\n", one);
     std::printf("ours, ticks of 20 with picture %12.0f /s\n", tick);
-    std::printf("libavcodec loop                %12.0f /s   ours is %.1f times as fast\n", library, one / library);
-    std::printf("ffmpeg program                 %12.0f /s   ours is %.1f times as fast\n", program, one / program);
-    std::printf("cold seek to %.0f s            %12.1f ms\n", seekSeconds, SeekMilliseconds(argv[1], seekSeconds));
+    const char* const ratioZ = "%-30s %12.0f /s   ours is %.1f times as fast, %.1f times with the picture\n";
+    std::printf(ratioZ, "libavcodec loop", library, one / library, tick / library);
+    std::printf(ratioZ, "ffmpeg program", program, one / program, tick / program);
+    const SeekTimes seek = SeekMilliseconds(argv[1], seekSeconds);
+    std::printf("cold seek to %.0f s            %12.1f ms from the disc, %.1f ms from memory\n", seekSeconds, seek.first,
+                seek.best);
     return 0;
 }

@@ -5,6 +5,7 @@
 #include "Core/CApp.h"
 #include "Core/CLog.h"
 #include "Core/CPreferences.h"
+#include "Graphics/CDGConstants.h"
 #include "Graphics/CGraphics.h"
 #include "Graphics/CHq4x.h"
 
@@ -62,7 +63,9 @@ OSErr CPicturePlay::Begin() {
 
 OSErr CPicturePlay::Seek(long time300) {
     if (i_graphics == nullptr || time300 < 0) return paramErr;
-    if (time300 < i_clock.Now())
+    // By what the stream has given: with a slip the picture is not where the time is.
+    const auto readL = static_cast<long>(i_stream.Position() / kSubCodePacket_Units);
+    if (time300 + i_clock.StartSync() + SyncSlip300() < readL)
         if (const OSErr err = i_stream.Rewind(); Failed(err)) return err;
     i_clock.Seek(time300);
     return noErr;

@@ -1,13 +1,11 @@
 #include "Cli/CliCdg.h"
 
-#include <cairo.h>
 #include <openssl/sha.h>
 
 #include <array>
 #include <charconv>
 #include <chrono>
 #include <cmath>
-#include <cstring>
 #include <iomanip>
 #include <memory>
 #include <optional>
@@ -18,10 +16,13 @@
 #include "Graphics/CHq4x.h"
 #include "Graphics/CSubCodeStream_File.h"
 #include "Graphics/CSubCodeStream_Memory.h"
+#include "Graphics/Png.h"
 
 namespace {
 constexpr std::string_view kUsage_Frame =
     "usage: cdg frame FILE --at SECONDS --out PNG [--visible] [--hq4x] [--channels MASK]";
+/** Times up to here have exact packet numbers. */
+constexpr double kMost_Seconds = 9007199254740992.0 / kSubCodePacketsPerSecond;
 constexpr std::string_view kUsage_Info = "usage: cdg info FILE";
 constexpr std::string_view kUsage_Bench = "usage: cdg bench FILE";
 constexpr std::string_view kUsage = "usage: cdg frame|info|bench FILE ...";
@@ -34,6 +35,12 @@ std::optional<Number_> ReadNumber(const std::string& text) {
     const auto [restP, fault] = std::from_chars(text.data(), endP, value);
     if (fault != std::errc{} || restP != endP) return {};
     return value;
+}
+
+/** The shortest text that reads back as the same number. */
+std::string NumberText(double value) {
+    std::array<char, 32> text{};
+    return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
 }
 
 /** What `cdg frame` was asked for. */
@@ -63,7 +70,7 @@ std::optional<FrameOptions> ReadFrameOptions(std::span<const std::string> words)
             options.out = value();
         } else if (word == "--at") {
             const std::optional<double> at = ReadNumber<double>(value());
-            if (!at || !std::isfinite(*at) || *at < 0) return {};
+            if (!at || !(*at >= 0 && *at <= kMost_Seconds)) return {};
             options.atSeconds = *at;
         } else if (word == "--channels") {
             const std::optional<std::uint16_t> mask = ReadNumber<std::uint16_t>(value());
@@ -102,28 +109,6 @@ OSErr LoadPackets(const std::filesystem::path& file, std::vector<SubCodePacket>&
     return got.err;
 }
 
-OSErr WritePNG(const CPixels& pixels, const Rect& part, const std::filesystem::path& out) {
-    using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
-    const Surface surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, part.Width(), part.Height()),
-                          &cairo_surface_destroy);
-    if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) return memFullErr;
-    unsigned char* rowP = cairo_image_surface_get_data(surface.get());
-    for (int y = part.top; y < part.bottom; ++y, rowP += cairo_image_surface_get_stride(surface.get())) {
-        const auto row =
-            pixels.Row32(y).subspan(static_cast<std::size_t>(part.left), static_cast<std::size_t>(part.Width()));
-        std::memcpy(rowP, row.data(), row.size_bytes());
-    }
-    cairo_surface_mark_dirty(surface.get());
-    switch (cairo_surface_write_to_png(surface.get(), out.c_str())) {
-        case CAIRO_STATUS_SUCCESS:
-            return noErr;
-        case CAIRO_STATUS_NO_MEMORY:
-            return memFullErr;
-        default:
-            return ioErr;
-    }
-}
-
 /** Of red, green and blue, three bytes a pixel, row by row. */
 std::string SHA256(const CPixels& pixels, const Rect& part) {
     std::vector<unsigned char> bytes;
@@ -144,6 +129,9 @@ std::string SHA256(const CPixels& pixels, const Rect& part) {
 int Frame(const CliContext& context, std::span<const std::string> words) {
     const std::optional<FrameOptions> options = ReadFrameOptions(words);
     if (!options) return CliUsage(context, kUsage_Frame);
+    std::error_code fault;   // one of them missing: they are not the same
+    if (std::filesystem::equivalent(options->file, options->out, fault))
+        return CliUsage(context, "cdg frame: the picture would take the place of the song");
     CSubCodeStream_File stream;
     OSErr err = stream.Open(options->file);
     if (!Failed(err) && stream.LengthUnits() == 0) err = eofErr;
@@ -167,10 +155,8 @@ int Frame(const CliContext& context, std::span<const std::string> words) {
         part = MakeRect(kCDGVisible_Area.left * scale, kCDGVisible_Area.top * scale, kCDGVisible_Area.Width() * scale,
                         kCDGVisible_Area.Height() * scale);
     }
-    if (err = WritePNG(picture, part, options->out); Failed(err)) return CliFail(context, err, options->out.string());
-    std::ostringstream number;
-    number << std::fixed << std::setprecision(0) << time300;
-    context.out << "{\"time300\":" << number.str() << ",\"width\":" << part.Width() << ",\"height\":" << part.Height()
+    if (err = WritePng(picture, part, options->out); Failed(err)) return CliFail(context, err, options->out.string());
+    context.out << "{\"time300\":" << static_cast<std::int64_t>(time300) << ",\"width\":" << part.Width() << ",\"height\":" << part.Height()
                 << ",\"sha256\":\"" << SHA256(picture, part) << "\"}\n";
     return 0;
 }
@@ -178,23 +164,30 @@ int Frame(const CliContext& context, std::span<const std::string> words) {
 int Info(const CliContext& context, std::span<const std::string> words) {
     const std::optional<std::filesystem::path> file = ReadFileWord(words);
     if (!file) return CliUsage(context, kUsage_Info);
-    std::vector<SubCodePacket> packets;
-    if (const OSErr err = LoadPackets(*file, packets); Failed(err)) return CliFail(context, err, file->string());
+    CSubCodeStream_File stream;
+    OSErr err = stream.Open(*file);
+    if (!Failed(err) && stream.LengthUnits() == 0) err = eofErr;
+    if (Failed(err)) return CliFail(context, err, file->string());
 
     static constexpr std::array<std::uint8_t, 9> kKnown{1, 2, 6, 20, 24, 28, 30, 31, 38};
     std::array<std::size_t, 64> counts{};
-    std::size_t correctedL = 0, droppedL = 0;
-    for (SubCodePacket& packet : packets) {
-        const PacketCorrection found = CSubChannels::Correct(packet);
-        correctedL += found.correctedB;
-        droppedL += found.droppedB;
-        if (packet.IsCDG()) ++counts[packet.bytes[1] & kSubCode_Mask];
+    std::size_t packetsL = 0, correctedL = 0, droppedL = 0;
+    for (SubCodeRead got; got.err == noErr;) {   // a part at a time: no file is too long
+        std::vector<SubCodePacket> part(8192);
+        got = stream.Read({part.data()->bytes.data(), part.size() * kSubCodePacket_Bytes});
+        if (Failed(got.err) && got.err != eofErr) return CliFail(context, got.err, file->string());
+        part.resize((got.unitsL + kSubCodePacket_Units - 1) / kSubCodePacket_Units);
+        packetsL += part.size();
+        for (SubCodePacket& packet : part) {
+            const PacketCorrection found = CSubChannels::Correct(packet);
+            correctedL += found.correctedB;
+            droppedL += found.droppedB;
+            if (packet.IsCDG()) ++counts[packet.bytes[1] & kSubCode_Mask];
+        }
     }
     std::size_t otherL = 0;
     for (const std::size_t countL : counts) otherL += countL;
-    context.out << "{\"packets\":" << packets.size()
-                << ",\"seconds\":" << static_cast<double>(packets.size()) / kSubCodePacketsPerSecond
-                << ",\"instructions\":{";
+    context.out << "{\"packets\":" << packetsL << ",\"seconds\":" << NumberText(static_cast<double>(packetsL) / kSubCodePacketsPerSecond) << ",\"instructions\":{";
     for (const std::uint8_t known : kKnown) {
         context.out << (known == kKnown[0] ? "" : ",") << '"' << static_cast<int>(known) << "\":" << counts[known];
         otherL -= counts[known];

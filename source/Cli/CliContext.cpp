@@ -27,8 +27,8 @@ void Tell(const CliContext& context, OSErr status, std::string_view text) {
 }   // namespace
 
 int CliFail(const CliContext& context, OSErr status, std::string_view text) {
-    std::string line(text);
-    if (!context.jsonB) line += ": " + ErrorText(status) + " (" + std::to_string(Number(status)) + ")";
+    std::string line = std::string(text) + ": " + ErrorText(status);
+    if (!context.jsonB) line += " (" + std::to_string(Number(status)) + ")";
     Tell(context, status, line);
     return 1;
 }

@@ -1,5 +1,7 @@
 #include "Cli/Command.h"
 
+#include <algorithm>
+#include <new>
 #include <ostream>
 #include <string_view>
 
@@ -59,7 +61,17 @@ int RunCommand(std::span<const std::string> words, std::ostream& out, std::ostre
         PrintUsage(err);
         return 2;
     }
-    for (const auto& row : kCommands)
-        if (row.name == words.front()) return row.run(context, words.subspan(1));
-    return CliUsage(context, "unknown command " + words.front());
+    const auto row = std::ranges::find(kCommands, words.front(), &CommandRow::name);
+    if (row == std::end(kCommands)) return CliUsage(context, "unknown command " + words.front());
+    int status = 1;
+    try {
+        status = row->run(context, words.subspan(1));
+    } catch (const std::bad_alloc&) {
+        return CliFail(context, memFullErr, words.front());
+    } catch (const std::exception& fault) {
+        return CliFail(context, paramErr, fault.what());
+    }
+    // An answer that was lost on its way, on a full disk say, is no success.
+    if (!out.flush() && status == 0) return CliFail(context, ioErr, "writing the answer");
+    return status;
 }

@@ -17,7 +17,10 @@ unsigned CGraphics::s_block = 0;
 namespace {
 constexpr Rect kUpscaled_Area{0, 0, 864, 1200};
 
-CDGPlane PlaneOf(COffscreen& pixels) { return {pixels.base(), pixels.rowBytes()}; }
+CDGPlane PlaneOf(COffscreen& pixels) {
+    Assert(pixels.depth() == 4);
+    return {pixels.base(), pixels.rowBytes()};
+}
 CDGTrueColor TrueColorOf(COffscreen& pixels) { return {pixels.Row32(0).data(), pixels.rowBytes() / sizeof(Pixel32)}; }
 }   // namespace
 
@@ -144,10 +147,13 @@ OSErr CGraphics::PullDue(bool forceB) {
     CGraphicsClock& clock = i_songP->Clock();
     CSubCodeStream* streamP = i_songP->Stream();
     const std::size_t positionL = streamP == nullptr ? 0 : streamP->Position();
+    if (positionL < i_positionL) {   // rewound: what came later must not stay, nor shine through the replay
+        i_endB = false;
+        Reset(true);
+    }
+    i_positionL = positionL;
     const std::int64_t due = clock.PacketsDue(i_songP->SyncSlip300(), positionL);
     if (due <= 0) return noErr;
-    if (positionL < i_positionL) i_decoder->Reset();   // rewound: what came later must not shine through the replay
-    i_positionL = positionL;
 
     i_endB = false;
     clock.ConsumePending();

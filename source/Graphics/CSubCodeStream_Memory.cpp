@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <utility>
 
 #include "Graphics/CSubCodeStream_File.h"
@@ -21,7 +22,9 @@ OSErr CSubCodeStream_Memory::LoadFile(const std::filesystem::path& file) {
     if (const OSErr err = stream.Open(file); Failed(err)) return err;
     if (stream.LengthUnits() > kMostUnits) return memFullErr;
     const std::size_t sizeL = stream.LengthUnits() * kUnitBytes;
-    auto bytes = std::make_unique_for_overwrite<std::uint8_t[]>(sizeL);   // not zeroed: each byte given out was read
+    // Not zeroed: each byte given out was read.
+    std::unique_ptr<std::uint8_t[]> bytes(new (std::nothrow) std::uint8_t[sizeL]);
+    if (bytes == nullptr) return memFullErr;
     const SubCodeRead got = stream.Read({bytes.get(), sizeL});
     if (Failed(got.err) && got.err != eofErr) return got.err;
     i_bytes = std::move(bytes);

@@ -33,7 +33,8 @@ int LargestStream(const AVFormatContext& format) {
     long bestL = -1;
     for (unsigned n = 0; n < format.nb_streams; ++n) {
         const AVCodecParameters& codec = *format.streams[n]->codecpar;
-        const long sizeL = static_cast<long>(codec.width) * codec.height;
+        const auto side = [](int pixels) { return pixels > 0 ? static_cast<long>(pixels) : 256L; };
+        const long sizeL = side(codec.width) * side(codec.height);
         if (sizeL > bestL) {
             bestL = sizeL;
             bestIndex = static_cast<int>(n);

@@ -3,10 +3,11 @@
 #include <cairo.h>
 
 #include <cstring>
-#include <fstream>
+#include <vector>
 
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
+#include "Core/ReplaceFile.h"
 #include "Graphics/PixelCopy.h"
 
 namespace {
@@ -24,10 +25,11 @@ cairo_status_t TakeBytes(void* leftP, unsigned char* outP, unsigned length) {
     return CAIRO_STATUS_SUCCESS;
 }
 
-cairo_status_t PutBytes(void* streamP, const unsigned char* bytesP, unsigned length) {
-    auto& stream = *static_cast<std::ofstream*>(streamP);
-    stream.write(reinterpret_cast<const char*>(bytesP), static_cast<std::streamsize>(length));
-    return stream ? CAIRO_STATUS_SUCCESS : CAIRO_STATUS_WRITE_ERROR;
+cairo_status_t PutBytes(void* bytesP, const unsigned char* moreP, unsigned length) {
+    const auto more = std::as_bytes(std::span(moreP, length));
+    static_cast<std::vector<std::byte>*>(bytesP)->insert(static_cast<std::vector<std::byte>*>(bytesP)->end(),
+                                                         more.begin(), more.end());
+    return CAIRO_STATUS_SUCCESS;
 }
 
 /** Width or height out of the header chunk: four bytes, high one first. */
@@ -66,25 +68,25 @@ std::unique_ptr<COffscreen> ReadPng(std::span<const std::uint8_t> bytes, OSErr& 
     return picture;
 }
 
-OSErr WritePng(const CPixels& pixels, const std::filesystem::path& file) {
+OSErr WritePng(const CPixels& pixels, const Rect& part, const std::filesystem::path& file) {
     if (!AssertWords(pixels.depth() == 4 || pixels.depth() == 32, "depth() == 32")) return paramErr;
+    if (part.Empty() || Intersect(part, pixels.bounds()) != part) return paramErr;
     // A copy: the surface wants memory that it may write, rows from 0 and a stride of its own liking.
     COffscreen copy;
-    if (const OSErr err = copy.Create(pixels.bounds(), 32); Failed(err)) return err;
-    if (const OSErr err = CopyPixels(pixels, copy, pixels.bounds(), pixels.bounds()); Failed(err)) return err;
+    if (const OSErr err = copy.Create(part, 32); Failed(err)) return err;
+    if (const OSErr err = CopyPixels(pixels, copy, part, part); Failed(err)) return err;
     bool opaqueB = true;
-    for (int y = copy.bounds().top; opaqueB && y < copy.bounds().bottom; ++y)
+    for (int y = part.top; opaqueB && y < part.bottom; ++y)
         opaqueB = std::ranges::all_of(copy.Row32(y), [](Pixel32 pixel) { return pixel >> 24 == 0xFF; });
 
     const Surface surface(cairo_image_surface_create_for_data(
-        copy.base(), opaqueB ? CAIRO_FORMAT_RGB24 : CAIRO_FORMAT_ARGB32, copy.bounds().Width(), copy.bounds().Height(),
+        copy.base(), opaqueB ? CAIRO_FORMAT_RGB24 : CAIRO_FORMAT_ARGB32, part.Width(), part.Height(),
         static_cast<int>(copy.rowBytes())));
-    std::ofstream stream(file, std::ios::binary | std::ios::trunc);
-    const bool writtenB =
-        stream && cairo_surface_write_to_png_stream(surface.get(), PutBytes, &stream) == CAIRO_STATUS_SUCCESS;
-    stream.close();
-    if (writtenB && stream) return noErr;
-    std::error_code ignored;   // the write's failure is the one to tell
-    if (std::filesystem::is_regular_file(file, ignored)) std::filesystem::remove(file, ignored);
-    return LogStep(ioErr, "write PNG", file);
+    std::vector<std::byte> bytes;
+    if (cairo_surface_write_to_png_stream(surface.get(), PutBytes, &bytes) != CAIRO_STATUS_SUCCESS)
+        return LogStep(memFullErr, "make PNG", file);
+    std::error_code fault;   // a folder of a mistyped name is not made
+    const auto folder = file.has_parent_path() ? file.parent_path() : std::filesystem::path(".");
+    if (!std::filesystem::is_directory(folder, fault)) return LogStep(fnfErr, "write PNG", file);
+    return LogStep(ReplaceFile(file, bytes), "write PNG", file);
 }

@@ -48,7 +48,7 @@ TEST_F(CliCdg, CountsAfterCorrection) {
     const Answer run = Cdg({"info", file});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.out,
-              "{\"packets\":5,\"seconds\":0.0166667,\"instructions\":{\"1\":2,\"2\":0,\"6\":0,\"20\":0,\"24\":0,"
+              "{\"packets\":5,\"seconds\":0.016666666666666666,\"instructions\":{\"1\":2,\"2\":0,\"6\":0,\"20\":0,\"24\":0,"
               "\"28\":0,\"30\":0,\"31\":0,\"38\":0},\"other\":1,\"corrected\":1,\"dropped\":1}\n");
 }
 

@@ -4,6 +4,7 @@
 #include "Graphics/CGraphicsClock.h"
 #include "Graphics/CGraphicsSong.h"
 #include "Graphics/CGraphicsTarget.h"
+#include "Graphics/CHq4x.h"
 #include "Graphics/CSubCodeStream_Memory.h"
 #include "Graphics/PlayNext.h"
 #include "Graphics/SlowCDG.h"
@@ -14,7 +15,8 @@ using Bytes = std::vector<std::uint8_t>;
 struct ScriptedMovie final : CGraphicsMovie {
     bool endedB = false;
     int idlesL = 0;
-    const CPixels* Picture() const override { return nullptr; }
+    const CPixels* pictureP = nullptr;
+    const CPixels* Picture() const override { return pictureP; }
     bool IsEnded() const override { return endedB; }
     void Idle() override { ++idlesL; }
 };
@@ -50,7 +52,13 @@ struct Song final : CGraphicsSong {
 };
 struct Screen final : CGraphicsTarget {
     int refreshesL = 0;
-    void Refresh(const CPixels&, bool) override { ++refreshesL; }
+    const CPixels* pictureP = nullptr;
+    bool forceB = false;
+    void Refresh(const CPixels& picture, bool forcedB) override {
+        ++refreshesL;
+        pictureP = &picture;
+        forceB = forcedB;
+    }
 };
 
 struct Stage {
@@ -104,10 +112,21 @@ TEST(CGraphics, FollowsTheClockForwardsAndBack) {
         if (static_cast<std::size_t>(target) < stage.stream.Position() / 6) static_cast<void>(stage.stream.Rewind());
         stage.song.clock.Seek(target);
         stage.graphics->Tick(false);
-        if (target > 0) {
-            ASSERT_EQ(stage.Shown(), stage.TruePicture(static_cast<std::size_t>(target))) << target;
-        }
+        ASSERT_EQ(stage.Shown(), stage.TruePicture(static_cast<std::size_t>(target))) << target;
     }
+}
+
+TEST(CGraphics, AWayBackWithNothingDueIsBlackAtOnce) {
+    Stage stage(900);
+    stage.song.clock.Seek(600);
+    stage.graphics->Tick(false);
+    static_cast<void>(stage.stream.Rewind());
+    stage.song.slipL = -3000;   // ten seconds until the first packet falls due
+    stage.song.clock.Seek(100);
+    const int refreshesL = stage.screen.refreshesL;
+    stage.graphics->Tick(false);
+    EXPECT_EQ(stage.Shown(), stage.TruePicture(0));
+    EXPECT_EQ(stage.screen.refreshesL, refreshesL + 1);
 }
 
 TEST(CGraphics, HoldsPacketsBackByTheSlips) {
@@ -129,6 +148,72 @@ TEST(CGraphics, HoldsPacketsBackByTheSlips) {
     CGraphicsClock clock;
     clock.AddPending(4);
     EXPECT_EQ(clock.PacketsDue(0, 24), 0);
+}
+
+struct Port final : CGraphicsPortTarget {
+    float opacityF = 1;
+    bool transparentB = false;
+    const CPixels* pictureP = nullptr;
+    std::optional<RGBColor> left;
+    float Opacity() const override { return opacityF; }
+    bool IsTransparent() const override { return transparentB; }
+    void Draw(const CPixels& picture, const std::optional<RGBColor>& transparent) override {
+        pictureP = &picture;
+        left = transparent;
+    }
+};
+
+TEST(CGraphics, OnePortIsDrawnAloneAndSeesThroughTheBorder) {
+    Stage stage(0);
+    SubCodePacket colors, border;
+    colors.bytes = {9, 30, 0, 0, 0, 0, 0x3C, 0};   // colour 1 is red
+    border.bytes = {9, 2, 0, 0, 1};
+    const std::vector packets{colors, border};
+    stage.graphics->ExecutePackets(packets, true, true);
+    EXPECT_TRUE(stage.screen.forceB);
+    const int refreshesL = stage.screen.refreshesL;
+    const struct {
+        float opacityF;
+        bool transparentB, leftB;
+    } cases[] = {{1, false, false}, {1, true, true}, {0.5F, false, true}, {0.5F, true, true}};
+    for (const auto& c : cases) {
+        Port port;
+        port.opacityF = c.opacityF;
+        port.transparentB = c.transparentB;
+        stage.graphics->RenderFor(port);
+        EXPECT_EQ(port.pictureP, &stage.graphics->TrueColor());
+        EXPECT_EQ(port.left.has_value(), c.leftB) << c.opacityF << c.transparentB;
+        if (port.left) {
+            EXPECT_EQ(*port.left, (RGBColor{0xFFFF, 0, 0}));
+        }
+    }
+    EXPECT_EQ(stage.screen.refreshesL, refreshesL) << "the others were not asked";
+}
+
+TEST(CGraphics, ShowsTheUpscaledPlaneOrTheMoviesOwn) {
+    std::mt19937 random(3);
+    std::vector<SubCodePacket> packets;
+    for (int n = 0; n < 400; ++n) packets.push_back(RandomPacket(random));
+    Song song;
+    Screen screen;
+    OSErr err = noErr;
+    const auto graphics = CGraphics::Make(
+        0xFFFF, [filter = std::make_shared<CHq4x>()](const CPixels& from, CPixels& to) { return filter->Scale(from, to); },
+        err);
+    graphics->SetSong(song);
+    graphics->SetTarget(&screen);
+    graphics->ExecutePackets(packets, true, false);
+    EXPECT_FALSE(screen.forceB);
+    COffscreen expected;
+    ASSERT_EQ(expected.Create(MakeRect(0, 0, 1200, 864), 32), noErr);
+    ASSERT_EQ(CHq4x().Scale(graphics->TrueColor(), expected), noErr);
+    ASSERT_EQ(screen.pictureP->bounds(), expected.bounds());
+    for (int y = 0; y < 864; ++y) ASSERT_TRUE(std::ranges::equal(screen.pictureP->Row32(y), expected.Row32(y))) << y;
+
+    song.videoB = true;
+    song.movie.pictureP = &expected;
+    graphics->ExecutePackets({}, true, false);
+    EXPECT_EQ(screen.pictureP, &expected);
 }
 
 TEST(CGraphics, ReplaysFromBlackAfterARewind) {

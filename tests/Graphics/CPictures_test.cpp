@@ -66,7 +66,8 @@ TEST_F(PicturesTest, AnotherProgramReadsWhatWeWrite) {
                       std::string(reinterpret_cast<const char*>(pixels.Row(y + 3)), 13 * 4));
     }
     COffscreen pixels;
-    EXPECT_EQ(WritePng(Colorful(pixels, true), i_folder / "no folder" / "a.png"), ioErr);
+    EXPECT_EQ(WritePng(Colorful(pixels, true), i_folder / "no folder" / "a.png"), fnfErr);
+    EXPECT_FALSE(std::filesystem::exists(i_folder / "no folder"));
 }
 
 TEST_F(PicturesTest, LoadsOnceAndKeeps) {

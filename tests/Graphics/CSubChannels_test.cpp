@@ -100,6 +100,48 @@ TEST(CSubChannels, WhatIsEncodedComesBackThroughTheInterleave) {
     for (std::size_t n = 0; n + 8 < in.size(); ++n) ASSERT_EQ(out[n], in[n]) << n;
 }
 
+// Where the 24 symbols of a packet lie on a disc, written out here: a round trip alone would not see a wrong table.
+constexpr std::array<std::size_t, 24> kOnDisc{0,   66,  125, 191, 100, 50, 150, 175, 8,   33,  58, 83,
+                                              108, 133, 158, 183, 16,  41, 25,  91,  116, 141, 166, 75};
+
+TEST(CSubChannels, TakesEachSymbolFromItsPlaceOnTheDisc) {
+    // One symbol of a packet without parity stands at its place, all else is zero; 9 keeps the packet.
+    for (std::size_t n = 1; n < 24; ++n) {
+        if (n == 2 || n == 3 || n >= 20) continue;   // parity: it would be checked
+        Bytes disc(2 * kSubCodeBytesPerSector);
+        disc[kOnDisc[0]] = 9;
+        disc[kOnDisc[n]] = static_cast<std::uint8_t>(n + 20);
+        CSubChannels channels;
+        channels.SetMode(SubChannelMode::kInterleaved);
+        for (const std::size_t at : {std::size_t{0}, kSubCodeBytesPerSector})
+            channels.PushSector(std::span(disc).subspan(at).first<kSubCodeBytesPerSector>());
+        SubCodePacket packet, expected;
+        ASSERT_EQ(channels.Pop(packet), noErr);
+        expected.bytes[0] = 9;
+        expected.bytes[n] = static_cast<std::uint8_t>(n + 20);
+        EXPECT_EQ(packet, expected) << n;
+    }
+}
+
+TEST(CSubChannels, PutsEachSymbolAtItsPlaceOnTheDisc) {
+    CSubChannels channels;
+    channels.SetMode(SubChannelMode::kRaw);
+    SubCodePacket packet;
+    for (std::size_t n = 0; n < 24; ++n) packet.bytes[n] = static_cast<std::uint8_t>(n == 0 ? 9 : 20 + n);
+    CSubChannels::WriteParity(packet);
+    ASSERT_EQ(channels.Encode(packet), noErr);
+    Bytes disc;
+    for (int n = 0; n < 9; ++n) {   // the two sectors of the encoder's delay, and the packet behind
+        SubCodePacket raw;
+        ASSERT_EQ(channels.Pop(raw), noErr);
+        disc.insert(disc.end(), raw.bytes.begin(), raw.bytes.end());
+        if (n < 8) {
+            ASSERT_EQ(channels.Encode({}), noErr);
+        }
+    }
+    for (std::size_t n = 0; n < 24; ++n) EXPECT_EQ(disc[kOnDisc[n]], packet.bytes[n]) << n;
+}
+
 TEST(CSubChannels, RefusesAQueueOfTheWrongLength) {
     const AssertCounter counter;
     CSubChannels channels;
