@@ -101,6 +101,17 @@ TEST_F(PicturesTest, TellsWhatIsMissing) {
     EXPECT_EQ(i_told, std::vector<std::string>(5, std::string(CPictures::kNoPicture_Text)));
 }
 
+TEST_F(PicturesTest, TheLargestPictureOfAnIconIsTaken) {
+    // 256 pixels are written as 0 in an icon's directory, and as a PNG behind it.
+    ASSERT_TRUE(RunsWell("convert '(' -size 48x48 xc:red ')' '(' -size 256x256 'xc:#204060' ')' " +
+                         (i_folder / "two.ico").string()));
+    CPictures pictures(i_app, i_tell);
+    const CPictures::Picture icon = pictures.Load("two.ico");
+    ASSERT_NE(icon, nullptr);
+    EXPECT_EQ(icon->bounds(), (Rect{0, 0, 256, 256}));
+    EXPECT_EQ(icon->PixelAt(128, 128), 0xFF204060U);
+}
+
 TEST_F(PicturesTest, IconOfAnotherProgram) {
     ASSERT_TRUE(RunsWell(
         "ffmpeg -v error -f lavfi -i color=c=0x204060:s=32x16,format=bgra -frames:v 1 -pix_fmt bgra -c:v bmp " +
