@@ -14,6 +14,7 @@
 #include "Core/CFolderKinds.h"
 #include "Core/CLog.h"
 #include "Core/CPreferences.h"
+#include "Core/CSafeSave.h"
 #include "App/IdleTimers.h"
 #include "Core/CThreadManager.h"
 #include "Core/ThreadInfo.h"
@@ -126,7 +127,15 @@ OSErr CApp::FireSaveTimer(CT_Timer& timer) {
     return timerKeepErr;
 }
 
-OSErr CApp::SavePreferences() { return i_prefs->Save(); }
+OSErr CApp::SavePreferences() {
+    const OSErr err = i_prefs->Save();
+    // Told once, then tried again in silence until it works: a full disk must not bury the show under dialogs.
+    if (!Failed(err))
+        i_saveErrorToldB = false;
+    else if (!std::exchange(i_saveErrorToldB, true))
+        return TellSaveError(err, CFileRef(i_setup.prefs.file));
+    return err;
+}
 
 void CApp::FireVideoRefresh() {
     const std::scoped_lock guard(i_currentSongLock);

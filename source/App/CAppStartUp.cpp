@@ -9,33 +9,21 @@
 #include "Core/CAlerts.h"
 #include "Core/CLog.h"
 #include "Core/CPreferences.h"
-#include "Core/CSafeSave.h"
 #include "Core/CFileRef.h"
 #include "Core/CFolderKinds.h"
 #include "Core/CThreadManager.h"
-#include "Core/ReplaceFile.h"
+#include "Core/FSrFolders.h"
 #include "Core/ThreadInfo.h"
 #include "Graphics/CHq4x.h"
 #include "Platform/CFolders.h"
 #include "Platform/CMainLoop.h"
-
-namespace {
-
-/** The safe save, which wants the folder of the file to be there: at a first start it is not. */
-OSErr SavePreferencesFile(const std::filesystem::path& file, std::span<const std::byte> bytes) {
-    std::error_code err;   // the save below tells
-    std::filesystem::create_directories(file.parent_path(), err);
-    if (std::filesystem::exists(file, err)) return SafeSave(CFileRef(file), bytes);
-    return ReplaceFile(file, bytes);   // nothing to protect yet
-}
-
-}   // namespace
 
 // The order is the contract: what stands further down may rely on all above it.
 const CAppStartUp::Stage CAppStartUp::kStages[] = {
     {"", &CAppStartUp::TagMainThread},
     {"", &CAppStartUp::CreateThreadManager},
     {"", &CAppStartUp::LoadPreferences},
+    {"", &CAppStartUp::PurgeLeftovers},
     {"", &CAppStartUp::LogHeadline},
     {"", &CAppStartUp::LogSystemFacts},
     {"", &CAppStartUp::TestMediaLibrary},
@@ -103,7 +91,6 @@ void CAppStartUp::CreateThreadManager() {
 
 void CAppStartUp::LoadPreferences() {
     PrefsOptions options;
-    options.replace = &SavePreferencesFile;
     options.musicFolder = CFolders::Music() / "Vopla Music";
     options.cacheFolder = CFolders::Cache() / "Vopla";
     std::error_code err;   // the columns come with the browser: until then there is no such file
@@ -115,6 +102,12 @@ void CAppStartUp::LoadPreferences() {
         if (this_app->IsAppReady()) this_app->SetDirty(true);
     };
     i_app.i_prefs = std::make_unique<CPreferences>(i_app.i_setup.prefs, std::move(options));
+}
+
+/** What a crash left in the temporary places, ours and those beside the files that we save. */
+void CAppStartUp::PurgeLeftovers() {
+    const CFileRef folders[] = {CFileRef(i_app.i_setup.prefs.file).GetParent(), CFileRef(i_app.Prefs().MusicFolder())};
+    PurgeTemporary(folders);
 }
 
 void CAppStartUp::LogHeadline() {

@@ -28,6 +28,7 @@ private:
     void TagMainThread();
     void CreateThreadManager();
     void LoadPreferences();
+    void PurgeLeftovers();
     void LogHeadline();
     void LogSystemFacts();
     void TestMediaLibrary();

@@ -135,6 +135,7 @@ private:
     std::unique_ptr<CProgressView> i_curScope;   // start-up and quit only
     std::optional<std::vector<WindowRecord>> i_recordsAtQuit;
     CCFDictionary i_fullScreenAtQuit;
+    bool i_saveErrorToldB = false;
     bool i_idleGraphicsB = true;
     bool i_resizing_windB = false;
     std::atomic<bool> i_appReadyB{false};

@@ -2,6 +2,21 @@
 
 #include "Core/Assertions.h"
 #include "Core/FSError.h"
+#include "Core/UTF8.h"
+
+namespace {
+
+/** True for what comes back from a property list as it was: UTF-8 without control characters. */
+bool IsPListText(std::string_view text) {
+    while (!text.empty()) {
+        const UTF8Char at = NextUTF8(text);
+        if (!at.validB || at.code < 0x20 || at.code == 0xFFFE || at.code == 0xFFFF) return false;
+        text.remove_prefix(at.bytesL);
+    }
+    return true;
+}
+
+}   // namespace
 
 CFileRef::CFileRef(Path path) {
     if (!path.empty()) i_pathP = std::move(path);
@@ -24,7 +39,10 @@ const CFileRef::Path& CFileRef::GetPath() const {
     return i_aliasP ? i_aliasP->GetPath() : s_none;
 }
 
-CFileRef CFileRef::GetParent() const { return CFileRef(GetPath().parent_path()); }
+CFileRef CFileRef::GetParent() const {
+    const Path parent = GetPath().parent_path();
+    return CFileRef(parent.empty() && !GetPath().empty() ? Path(".") : parent);
+}
 
 OSErr CFileRef::Resolve() {
     if (IsEmpty()) return errFSMissingName;
@@ -67,7 +85,10 @@ const CFileAlias* CFileRef::Alias() const { return Assert(i_aliasP) ? &*i_aliasP
 OSErr CFileRef::ToRecord(FileRefRecord& record) {
     if (IsEmpty()) return paramErr;
     FileRefRecord made;
-    if ((i_fileRefP && !i_pathP) || (!i_fileRefP && !i_aliasP)) {
+    // A property list holds text alone: a path in another encoding survives only inside an alias.
+    const bool textB = IsPListText(GetPath().native());
+    if (!textB && Failed(Fill(kFill_ALIAS))) return bdNamErr;
+    if (textB && ((i_fileRefP && !i_pathP) || (!i_fileRefP && !i_aliasP))) {
         if (const OSErr err = Fill(kFill_PATH); Failed(err)) return err;
         if (!Assert(i_pathP)) return paramErr;
         made.type = FileRefRecord::kType_PATH;

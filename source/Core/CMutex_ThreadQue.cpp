@@ -41,13 +41,16 @@ void CMutex_ThreadQue::Shut() {
     LogF("Successfully Deleted: %s\n^--------------\n", i_name.c_str());
 }
 
-OSErr CMutex_ThreadQue::Spawn() {
-    LogF("Spawning new Que: %s\n", i_name.c_str());
+void CMutex_ThreadQue::MarkSpawned() {
     i_quitB.Set(false);
     i_abortB.Set(false);
     i_finishedFlagB.Set(false);
     i_finishedB.Reset();
     i_threadB = true;
+}
+
+OSErr CMutex_ThreadQue::Spawn() {
+    LogF("Spawning new Que: %s\n", i_name.c_str());
     const ForkID id = CThreadManager::Fork(
         ForkKind::kPreemptive,
         [this](void*) {
@@ -56,17 +59,32 @@ OSErr CMutex_ThreadQue::Spawn() {
         },
         {}, nullptr, i_name.c_str());
     if (id != 0) return noErr;
-    i_quitB.Set(true);
-    i_finishedFlagB.Set(true);
-    i_threadB = false;
+    std::deque<CT_QueElement> refused;
+    {
+        const Scope guard(*this);
+        i_quitB.Set(true);
+        i_finishedFlagB.Set(true);
+        i_threadB = false;
+        refused.swap(i_elements);   // also those of others, who were told that they are on their way
+    }
+    i_finishedB.Signal();
+    for (CT_QueElement& element : refused) {
+        const OSErr told = element.Complete(abortErr);
+        static_cast<void>(told);   // nobody is left to tell
+    }
     return abortErr;
 }
 
 void CMutex_ThreadQue::SpawnAtOnce() {
+    {
+        const Scope guard(*this);
+        if (i_threadB) return;
+        ++i_runningS;
+        MarkSpawned();
+    }
+    if (!Failed(Spawn())) return;
     const Scope guard(*this);
-    if (i_threadB) return;
-    ++i_runningS;
-    if (Failed(Spawn())) --i_runningS;   // logged; the next Add tries again
+    --i_runningS;   // logged; the next Add tries again
 }
 
 OSErr CMutex_ThreadQue::Add(CT_QueElement element) {
@@ -77,20 +95,25 @@ OSErr CMutex_ThreadQue::Add(CT_QueElement element) {
 
 OSErr CMutex_ThreadQue::AddVec(std::vector<CT_QueElement> elements) {
     if (elements.empty()) return noErr;
+    bool spawnB = false;
     {
         const Scope guard(*this);   // left before a refused element, and all that it holds, dies
         if (i_deletingB.Get()) return abortErr;
         i_abortB.Set(false);
         // A thread that is still on its way out takes the new elements as well.
-        if (i_threadB)
+        spawnB = !i_threadB;
+        if (spawnB)
+            MarkSpawned();
+        else
             i_quitB.Set(false);
-        else if (const OSErr err = Spawn(); Failed(err))
-            return err;
         for (CT_QueElement& element : elements) {
             element.i_queP = this;
             i_elements.push_back(std::move(element));
         }
     }
+    // Without the lock: a thread is started and a line is written, and both may take their time.
+    if (spawnB)
+        if (const OSErr err = Spawn(); Failed(err)) return err;
     i_wake_up.Signal();
     return noErr;
 }

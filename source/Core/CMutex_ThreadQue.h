@@ -57,7 +57,8 @@ public:
     /** Quits and waits. Every subclass calls Shut in its own destructor, while its hooks still stand. */
     ~CMutex_ThreadQue() override;
 
-    /** abortErr when the queue is being deleted or no thread can be had: the element is not taken then. */
+    /** abortErr when the queue is being deleted: the element is not taken then. abortErr too when no thread can be had:
+        its completion has been called with the same. */
     OSErr Add(CT_QueElement element);
     OSErr AddVec(std::vector<CT_QueElement> elements);
     /** Drops what waits and ends the thread. With `waitB` it comes back when that is done, and nothing is taken any
@@ -101,7 +102,8 @@ private:
     bool WaitUntilReady(long abortsL);
     void WaitForWork();
     void ElementDone(CT_QueElement& element);
-    OSErr Spawn();   // under the lock
+    void MarkSpawned();   // under the lock, before Spawn
+    OSErr Spawn();        // without it; on failure all that waits is completed with abortErr
     void WaitFinished();
     void ShowTask();
     bool OnOwnThread() const;

@@ -141,14 +141,16 @@ OSErr CSafeSave::Finish() {
         return Failed(err) || thereB ? err : LogStep(fnfErr, "SafeSaveFinish: verify", i_safeFile.GetPath());
     }
     OSErr err = Recover();
+    const bool thereB = !Failed(err);
     if (!Failed(err) && i_copyB && i_safeFile.GetName() != i_tempName)
         err = LogStep(FSrRename(i_safeFile, i_tempName), "SafeSaveFinish: renaming temp file", i_safeFile.GetPath());
     if (!Failed(err)) {
         err = LogStep(ReplaceObject(), "SafeSaveFinish: ReplaceObject", i_origFile.GetPath());
-        if (Failed(err)) {
-            LogF("** origFile: <%s>", i_origFile.GetPath().c_str());
-            LogF("** safeFile: <%s>", i_safeFile.GetPath().c_str());
-        }
+    }
+    if (Failed(err) && thereB && !i_replacedB) {   // the old file stands; the new data are worth keeping whatever failed
+        LogF("** origFile: <%s>", i_origFile.GetPath().c_str());
+        LogF("** safeFile: <%s>", i_safeFile.GetPath().c_str());
+        KeepSafeFile();
     }
     i_file = i_origFile;
     Cleanup();
@@ -166,16 +168,12 @@ OSErr CSafeSave::ReplaceObject() {
     int err = CFileCalls::Get().Rename(i_safeFile.GetPath(), to);
     if (err == EXDEV) {   // one volume mounted at two places: the safe file comes beside the original first
         CFileRef copy;
-        if (const OSErr copied = CopyFileToFolder(i_safeFile, i_origFile.GetParent(), copy, i_name); Failed(copied)) {
-            KeepSafeFile();
+        if (const OSErr copied = CopyFileToFolder(i_safeFile, i_origFile.GetParent(), copy, i_name); Failed(copied))
             return copied;
-        }
         err = 0;
     }
-    if (err != 0) {
-        KeepSafeFile();
-        return FSError(err, "rename", to);
-    }
+    if (err != 0) return FSError(err, "rename", to);
+    i_replacedB = true;
     ForgetKept(to);
     i_origFile.SetPath(to);   // an alias would name the replaced file
     return FSrSyncFolder(i_origFile.GetParent());

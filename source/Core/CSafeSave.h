@@ -49,6 +49,7 @@ private:
     std::string i_name, i_tempName;
     std::uint32_t i_mode = 0;   // permission bits of the original; 0: there was none
     bool i_activeB = false, i_copyB = false;
+    bool i_replacedB = false;   // the new file has the name
 };
 
 /** `file` afterwards holds all of `bytes`, or is untouched. dskFulErr when the disk is full. Logs

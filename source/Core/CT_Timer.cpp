@@ -27,7 +27,7 @@ CT_Timer* CT_Timer::Current() { return s_runningTimers.empty() ? nullptr : s_run
 void CT_Timer::SetFireInterval(double seconds) {
     if (!Fork_()) return;   // the fork was refused: everything is being killed
     if (!IsLoopThread()) return SetInterval(GetForkID(), seconds);
-    if (this == Current() && i_pendingIntervalB)
+    if (i_pendingIntervalB)   // held back, perhaps under another that runs in its pump
         i_pendingIntervalF = seconds;
     else
         Apply(seconds);

@@ -46,11 +46,12 @@ std::thread TakeThread(ForkRecord& fork) {
 void CThreadManager::ReleaseThread(ForkRecord& fork) {
     const std::string name = NameOf(fork);
     std::thread thread = TakeThread(fork);
-    if (!fork.completeB.load() && !fork.endedB.load(std::memory_order_acquire)) {
+    if (!fork.endedB.load(std::memory_order_acquire)) {
+        if (!thread.joinable()) return;   // another kill has it
         LogF("was forced to kill thread: %s", name.c_str());
         AddLeft(name);
-        thread
-            .detach();   // what it uses it shares; a thread cannot be ended from outside without tearing what it holds
+        // What it uses it shares; a thread cannot be ended from outside without tearing what it holds.
+        thread.detach();
         return;
     }
     LogThread("Done waiting for thread exit: ", name);

@@ -74,7 +74,7 @@ void PurgeUnheld(const CFileRef& item) {
     CDataFork hold;
     if (info.kind == FileKind::kFolder || info.kind == FileKind::kFile) {
         if (Failed(hold.Open(item, info.kind == FileKind::kFolder ? FileAccess::kFolder : FileAccess::kRead))) return;
-        if (hold.Lock() == opWrErr) return;
+        if (Failed(hold.Lock())) return;   // held by the living; or no locks here: then nobody can tell
     }
     static_cast<void>(FSrPurge(item, PurgePlace::kTemp));   // logged; the next start tries again
 }

@@ -205,6 +205,7 @@ constexpr PrefRow kPreferences[] = {
 
     // Dictionaries.
     Computed("MediaStream Defauts", CFType::kDictionary, &MediaStreamDefaults),
+    Typed("Global Song Sync Slip (300ths)", CFType::kInteger),
     Typed("Music Library Location", CFType::kDictionary),
     Typed("Cache Folder Location", CFType::kDictionary),
     Typed("Default Columns", CFType::kDictionary),

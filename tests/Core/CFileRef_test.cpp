@@ -115,6 +115,19 @@ TEST_F(FileRefTest, TheDictionaryFormSurvivesAPropertyList) {
         ASSERT_EQ(back.Fill(CFileRef::kFill_PATH), noErr);
         EXPECT_EQ(back.GetPath(), file);
     }
+    const Path latin1 = i_root / "songs" / "Bj\xF6rk.zip";   // from an old disc: no UTF-8, and no text of a list
+    Write(latin1, "x");
+    CFileRef bytes(latin1), gone(i_root / "songs" / "\xF6"), found;
+    CCFDictionary written;
+    ASSERT_EQ(WriteFileRef(bytes, written), noErr);
+    std::string text;
+    ASSERT_EQ(WritePropertyList(written, text), noErr);
+    CCFValue read(false);
+    ASSERT_EQ(ReadPropertyList(std::as_bytes(std::span(text)), read), noErr);
+    ASSERT_EQ(ReadFileRef(*read.Dictionary(), found), noErr);
+    EXPECT_EQ(found.GetPath(), latin1);
+    EXPECT_EQ(WriteFileRef(gone, written), bdNamErr);
+
     CFileRef kept(file);
     EXPECT_EQ(ReadFileRef({}, kept), paramErr);
     EXPECT_EQ(ReadFileRef({{"type", 4}, {"path", 7}}, kept), paramErr);

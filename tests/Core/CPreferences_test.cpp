@@ -43,6 +43,37 @@ TEST(PreferenceTable, EachKeyOnceAndEachDefaultOfItsType) {
     EXPECT_EQ(FindPreference("no such"), nullptr);
 }
 
+TEST_F(PrefsTest, AFreshFileHoldsTheListedDefaults) {
+    const CPreferences prefs(i_files);
+    std::ifstream list(std::string(VOPLA_SOURCE_DIR) + "/tests/Core/preference_defaults.tsv");
+    int rowsL = 0;
+    for (std::string line; std::getline(list, line);) {
+        if (line.starts_with('#')) continue;
+        const std::size_t first = line.find('\t'), second = line.find('\t', first + 1);
+        ASSERT_NE(second, std::string::npos) << line;
+        const std::string key = line.substr(0, first), type = line.substr(first + 1, second - first - 1);
+        std::string text = line.substr(second + 1);
+        const auto value = prefs.Get(key);
+        ASSERT_TRUE(value.has_value()) << key;
+        EXPECT_EQ(CFTypeName(value->Type()), type) << key;
+        if (key == kTemplate) text += ": [nick]";   // a fresh one is repaired like any other
+        if (type == "bool") {
+            EXPECT_EQ(value->Bool(), text == "true") << key;
+        }
+        if (type == "integer") {
+            EXPECT_EQ(value->Integer(), std::stoll(text)) << key;
+        }
+        if (type == "float") {
+            EXPECT_EQ(value->Number(), std::stod(text)) << key;
+        }
+        if (type == "string") {
+            EXPECT_EQ(value->String()->UTF8(), text) << key;
+        }
+        ++rowsL;
+    }
+    EXPECT_EQ(rowsL, 147);
+}
+
 TEST_F(PrefsTest, FirstStartStoresDefaultsAndSavesThem) {
     CCFDictionary kept;
     {

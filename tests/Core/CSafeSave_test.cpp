@@ -241,6 +241,15 @@ TEST_F(SafeSaveTest, WhatCannotBeSavedStays) {
     EXPECT_TRUE(Names(i_root / "tmp" / "Vopla Temp" / "temp").empty());
 }
 
+TEST_F(SafeSaveTest, ABareNameLiesInTheCurrentFolder) {
+    const Path before = std::filesystem::current_path();
+    std::filesystem::current_path(i_root / "songs");
+    EXPECT_EQ(SafeSave(CFileRef("bare.xml"), std::string_view("new")), noErr);
+    EXPECT_EQ(SafeSave(CFileRef("bare.xml"), std::string_view("newer")), noErr);
+    std::filesystem::current_path(before);
+    EXPECT_EQ(Read(i_root / "songs" / "bare.xml"), "newer");
+}
+
 TEST_F(SafeSaveTest, PermissionsAndLinksStay) {
     const Path file = i_root / "songs" / "real.xml", link = i_root / "songs" / "link.xml";
     Write(file, "old");
@@ -257,10 +266,12 @@ TEST_F(SafeSaveTest, PermissionsAndLinksStay) {
 TEST_F(SafeSaveTest, AFailedReplacementKeepsTheNewDataOnce) {
     i_file = i_root / "library" / "Library.xml";
     Begin(true);
-    for (int round = 0; round < 3; ++round) {
+    for (const std::string_view failing : {"rename", "sync", "rename"}) {
+        SCOPED_TRACE(failing);
         CFileCalls_Faults faults(i_linux);
         faults.SetWatch([&](long n, const char* callZ, const Path& path) {
-            if (std::string_view(callZ) == "rename" && path == i_file) faults.FailAt(n, EIO);
+            const bool hereB = failing == "rename" ? path == i_file : path.empty();   // a file, not a folder
+            if (failing == callZ && hereB) faults.FailAt(n, EIO);
         });
         CFileCalls::Install(&faults);
         EXPECT_EQ(Save(i_file, SaveMode::kNew), ioErr);
@@ -268,7 +279,7 @@ TEST_F(SafeSaveTest, AFailedReplacementKeepsTheNewDataOnce) {
         EXPECT_EQ(Read(i_file), OldText());
         const Path temp = i_root / "tmp" / "Vopla Temp" / "temp";
         const auto kept = Names(temp);
-        ASSERT_EQ(kept.size(), 1U) << "round " << round;
+        ASSERT_EQ(kept.size(), 1U);
         EXPECT_EQ(Read(temp / *kept.begin() / "Library.xml"), NewText(SaveMode::kNew));
         EXPECT_TRUE(Logged("** origFile: <") && Logged("** safeFile: <"));
     }
