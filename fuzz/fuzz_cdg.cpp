@@ -7,9 +7,9 @@
 #include "Graphics/CSubCodeStream_Memory.h"
 
 namespace {
-std::unique_ptr<CGraphics> Fresh() {
+std::unique_ptr<CGraphics> Fresh(std::uint16_t channels) {
     OSErr err = noErr;
-    auto graphics = CGraphics::Make(0xFFFF, {}, err);
+    auto graphics = CGraphics::Make(channels, {}, err);
     if (!graphics) __builtin_trap();
     return graphics;
 }
@@ -23,8 +23,10 @@ bool SamePicture(const CGraphics& a, const CGraphics& b) {
 }   // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* dataP, std::size_t sizeL) {
+    // The first two bytes choose the channels that are shown.
+    const auto channels = static_cast<std::uint16_t>(sizeL < 2 ? 0xFFFF : dataP[0] << 8 | dataP[1]);
     CSubCodeStream_Memory whole(std::span(dataP, sizeL)), parts(std::span(dataP, sizeL));
-    const auto once = Fresh(), split = Fresh();
+    const auto once = Fresh(channels), split = Fresh(channels);
     const auto run = [](CGraphics& graphics, CSubCodeStream& stream, std::size_t countL) {
         std::vector<SubCodePacket> packets(countL + CGraphics::kShortRead_Packets);
         if (Failed(graphics.ReadSubCodes(&stream, packets, countL))) return false;
