@@ -1,0 +1,209 @@
+#include "Platform/CAudioOutput_SDL.h"
+
+#include <SDL.h>
+
+#include <algorithm>
+#include <cstring>
+#include <mutex>
+
+namespace {
+
+/** SDL's own bookkeeping of devices and subsystems is not safe between threads. */
+std::mutex& SDLLock() {
+    static std::mutex s_lock;
+    return s_lock;
+}
+
+/** Under SDLLock. Each success wants its SDL_QuitSubSystem. */
+bool StartAudio() {
+    SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");   // the program watches its signals itself
+    SDL_SetHint(SDL_HINT_AUDIO_DEVICE_APP_NAME, "Vopla");
+    SDL_SetHint(SDL_HINT_AUDIO_DEVICE_STREAM_NAME, "Song");
+    return SDL_InitSubSystem(SDL_INIT_AUDIO) == 0;
+}
+
+/** Under SDLLock. */
+std::vector<std::string> NamesNow() {
+    std::vector<std::string> names{std::string(kAudioOutput_Default)};
+    const int countL = SDL_GetNumAudioDevices(0);
+    for (int n = 0; n < countL; ++n)
+        if (const char* nameZ = SDL_GetAudioDeviceName(n, 0); nameZ != nullptr) names.emplace_back(nameZ);
+    return names;
+}
+
+constexpr std::size_t kSample_Bytes = sizeof(std::int16_t) * kAudioOutput_Channels;
+
+/** The callback takes half a block at a time or less, so that a block becomes free in two steps, not two at once. */
+std::uint16_t CallbackFrames(std::size_t blockFramesL) {
+    std::size_t framesL = 64;
+    while (framesL * 4 <= blockFramesL && framesL < 4096) framesL *= 2;
+    return static_cast<std::uint16_t>(framesL);
+}
+
+}   // namespace
+
+struct CAudioOutput_SDL::Calls {
+    /** SDL's audio thread. */
+    static void SDLCALL Fill(void* dataP, Uint8* streamP, int bytesL) {
+        auto& self = *static_cast<CAudioOutput_SDL*>(dataP);
+        const auto wantedL = static_cast<std::size_t>(bytesL) / kSample_Bytes;
+        const std::uint64_t playedL = self.i_playedL.load(std::memory_order_relaxed);
+        const std::uint64_t queuedL = self.i_queuedL.load(std::memory_order_acquire);
+        const auto takenL = static_cast<std::size_t>(std::min<std::uint64_t>(wantedL, queuedL - playedL));
+        for (std::size_t doneL = 0; doneL < takenL;) {
+            const auto at = static_cast<std::size_t>((playedL + doneL) % self.i_roomL);
+            const std::size_t partL = std::min(takenL - doneL, self.i_roomL - at);
+            std::memcpy(streamP + doneL * kSample_Bytes, &self.i_ring[at * kAudioOutput_Channels],
+                        partL * kSample_Bytes);
+            doneL += partL;
+        }
+        std::memset(streamP + takenL * kSample_Bytes, 0, static_cast<std::size_t>(bytesL) - takenL * kSample_Bytes);
+        if (queuedL > 0 && takenL < wantedL) self.i_lateL.fetch_add(wantedL - takenL, std::memory_order_relaxed);
+        self.i_playedL.store(playedL + takenL, std::memory_order_release);
+        if (takenL > 0) self.i_wake.Signal();
+    }
+    /** Any thread: SDL's audio threads raise these the moment they see them. */
+    static int SDLCALL Watch(void* dataP, SDL_Event* eventP) {
+        auto& self = *static_cast<CAudioOutput_SDL*>(dataP);
+        if (eventP->adevice.iscapture != 0) return 0;
+        if (eventP->type == SDL_AUDIODEVICEADDED) self.i_newDeviceB.store(true, std::memory_order_release);
+        if (eventP->type == SDL_AUDIODEVICEREMOVED) {
+            const std::uint32_t id = self.i_watchedID.load(std::memory_order_acquire);
+            if (id != 0 && eventP->adevice.which == id) self.i_lostB.store(true, std::memory_order_release);
+            self.i_wake.Signal();
+        }
+        return 0;
+    }
+};
+
+CAudioOutput_SDL::~CAudioOutput_SDL() { CAudioOutput_SDL::Close(); }
+
+std::vector<std::string> CAudioOutput_SDL::DeviceNames() {
+    const std::lock_guard guard(SDLLock());
+    if (!StartAudio()) return {std::string(kAudioOutput_Default)};
+    std::vector<std::string> names = NamesNow();
+    SDL_QuitSubSystem(SDL_INIT_AUDIO);
+    return names;
+}
+
+OSErr CAudioOutput_SDL::Open(std::string_view device, const AudioBlocks& blocks) {
+    Close();
+    if (blocks.framesL == 0 || blocks.countL == 0) return paramErr;
+    const std::lock_guard guard(SDLLock());
+    if (!StartAudio()) return fnfErr;
+    i_subsystemB = true;
+    i_device = device;
+    i_blockFramesL = blocks.framesL;
+    i_roomL = blocks.framesL * blocks.countL;
+    i_ring.assign(i_roomL * kAudioOutput_Channels, 0);
+    i_queuedL = 0;
+    i_playedL = 0;
+    i_lateL = 0;
+    i_lostB = false;
+    i_newDeviceB = false;
+    SDL_AddEventWatch(&Calls::Watch, this);
+    std::uint32_t id = 0;
+    if (const OSErr err = OpenDevice(i_device, id); Failed(err)) {
+        CloseDevice();
+        return err;
+    }
+    Start(id);
+    return noErr;
+}
+
+OSErr CAudioOutput_SDL::OpenDevice(const std::string& device, std::uint32_t& id) {
+    const bool defaultB = device.empty() || device == kAudioOutput_Default;
+    if (!defaultB) {
+        const std::vector<std::string> names = NamesNow();
+        if (std::find(names.begin(), names.end(), device) == names.end()) return fnfErr;
+    }
+    SDL_AudioSpec wanted{}, got{};
+    wanted.freq = static_cast<int>(kAudioOutput_Rate);
+    wanted.format = AUDIO_S16SYS;
+    wanted.channels = kAudioOutput_Channels;
+    wanted.samples = CallbackFrames(i_blockFramesL);
+    wanted.callback = &Calls::Fill;
+    wanted.userdata = this;
+    id = SDL_OpenAudioDevice(defaultB ? nullptr : device.c_str(), 0, &wanted, &got, 0);
+    return id == 0 ? ioErr : noErr;
+}
+
+void CAudioOutput_SDL::Start(std::uint32_t id) {
+    // A new device calls nobody back before it is started: the old one is gone by then, and one at a time takes from
+    // the ring. Where there is no new one, the old goes on taking, which keeps the pace of the show.
+    Stop();
+    i_deviceID = id;
+    i_lostB.store(false, std::memory_order_release);
+    i_watchedID.store(id, std::memory_order_release);
+    if (SDL_GetAudioDeviceStatus(id) == SDL_AUDIO_STOPPED)
+        i_lostB.store(true, std::memory_order_release);   // before the watch
+    SDL_PauseAudioDevice(id, 0);
+}
+
+void CAudioOutput_SDL::Stop() {
+    i_watchedID.store(0, std::memory_order_release);
+    if (i_deviceID != 0) SDL_CloseAudioDevice(i_deviceID);   // waits for the callback
+    i_deviceID = 0;
+}
+
+void CAudioOutput_SDL::CloseDevice() {
+    SDL_DelEventWatch(&Calls::Watch, this);   // waits for one that runs
+    Stop();
+    if (i_subsystemB) SDL_QuitSubSystem(SDL_INIT_AUDIO);
+    i_subsystemB = false;
+}
+
+void CAudioOutput_SDL::Close() {
+    if (!i_subsystemB) return;
+    const std::lock_guard guard(SDLLock());
+    CloseDevice();
+}
+
+OSErr CAudioOutput_SDL::Recover(std::string& device) {
+    if (!i_subsystemB) return ioErr;
+    const std::lock_guard guard(SDLLock());
+    const std::string names[] = {i_device, std::string(kAudioOutput_Default)};
+    // The lost device stays until another one is open. Some drivers know one device only: then it goes first.
+    for (const bool closeFirstB : {false, true}) {
+        if (closeFirstB) Stop();
+        for (const std::string& name : names) {
+            std::uint32_t id = 0;
+            if (Failed(OpenDevice(name, id))) continue;
+            Start(id);
+            device = name.empty() ? std::string(kAudioOutput_Default) : name;
+            return noErr;
+        }
+        if (!closeFirstB && SDL_GetNumAudioDevices(0) > 1) break;   // no such driver: the old one goes on taking
+    }
+    return ioErr;
+}
+
+OSErr CAudioOutput_SDL::Queue(std::span<const std::int16_t> stereo) {
+    const std::size_t framesL = stereo.size() / kAudioOutput_Channels;
+    if (stereo.size() % kAudioOutput_Channels != 0 || framesL > Room()) return paramErr;
+    const std::uint64_t queuedL = i_queuedL.load(std::memory_order_relaxed);
+    const auto at = static_cast<std::size_t>(queuedL % i_roomL);
+    const std::size_t firstL = std::min(framesL, i_roomL - at) * kAudioOutput_Channels;
+    std::ranges::copy(stereo.first(firstL), i_ring.begin() + static_cast<std::ptrdiff_t>(at * kAudioOutput_Channels));
+    std::ranges::copy(stereo.subspan(firstL), i_ring.begin());
+    i_queuedL.store(queuedL + framesL, std::memory_order_release);
+    return noErr;
+}
+
+std::size_t CAudioOutput_SDL::Room() const {
+    const std::uint64_t playedL = i_playedL.load(std::memory_order_acquire);   // first: it only grows, up to the other
+    return i_roomL - static_cast<std::size_t>(i_queuedL.load(std::memory_order_relaxed) - playedL);
+}
+
+void CAudioOutput_SDL::WaitForRoom(std::size_t frames, double seconds) {
+    if (Room() >= frames) return;
+    if (i_deviceID != 0) {
+        i_wake.Wait(seconds);
+        return;
+    }
+    // Nothing is left that takes frames, not even a lost device: the writer keeps the pace of the show.
+    const std::uint64_t playedL = i_playedL.load(std::memory_order_relaxed);
+    const std::uint64_t waitingL = i_queuedL.load(std::memory_order_relaxed) - playedL;
+    i_wake.Wait(std::min(seconds, static_cast<double>(frames) / kAudioOutput_Rate));
+    i_playedL.store(playedL + std::min<std::uint64_t>(frames, waitingL), std::memory_order_release);
+}
