@@ -81,6 +81,8 @@ public:
     [[nodiscard]] std::size_t Waiting() const;
     [[nodiscard]] short Running() const;
     [[nodiscard]] bool IsFinished() const { return i_finishedFlagB.Get(); }
+    /** For what an element of this queue has begun: it is to end now. True also while the queue has nothing to do. */
+    [[nodiscard]] bool IsToldToStop() const { return i_quitB.Get() || i_abortB.Get(); }
     [[nodiscard]] const std::string& Name() const noexcept { return i_name; }
     [[nodiscard]] bool RunsOnMain() const noexcept { return i_mainThreadB; }
 
