@@ -15,6 +15,14 @@ public:
 protected:
     RefCounted() = default;
     virtual ~RefCounted() = default;
+    /** One more owner, unless the last has left already; for a table of what lives, which does not own it. The caller
+        hands the count to a `Ref` by Ref::Adopt. */
+    [[nodiscard]] bool TryRetain() const noexcept {
+        long countL = i_retainCountL.load(std::memory_order_relaxed);
+        while (countL > 0)
+            if (i_retainCountL.compare_exchange_weak(countL, countL + 1, std::memory_order_acquire)) return true;
+        return false;
+    }
 
 private:
     template <class T>
@@ -33,6 +41,12 @@ class Ref {
 public:
     Ref() = default;
     Ref(std::nullptr_t) {}
+    /** Takes over a count that was taken before. */
+    [[nodiscard]] static Ref Adopt(T* objectP) noexcept {
+        Ref adopted;
+        adopted.i_objectP = objectP;
+        return adopted;
+    }
     explicit Ref(T* objectP) : i_objectP(objectP) { Retain(); }
     Ref(const Ref& other) : i_objectP(other.i_objectP) { Retain(); }
     Ref(Ref&& other) noexcept : i_objectP(std::exchange(other.i_objectP, nullptr)) {}

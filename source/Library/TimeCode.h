@@ -1,0 +1,14 @@
+#pragma once
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+#include "Core/SuperString.h"
+
+/** "1:23.450", with hours "1:02:03.000"; a negative one has a minus in front. */
+[[nodiscard]] SuperString TimeCodeText(std::int64_t milliseconds);
+/** "83.45", "1:23", "1:23.45", "1:02:03.5": minutes and seconds behind a colon are below 60. Nothing for another text.
+ */
+[[nodiscard]] std::optional<std::int64_t> ParseTimeCode(std::string_view text);
+/** "3:05", with hours "1:02:03"; of 300ths of a second, rounded down. */
+[[nodiscard]] SuperString DurationOf300ths(std::int64_t duration300);
