@@ -61,16 +61,9 @@ OSErr CAS_MultiSpool::Read_i(std::span<std::byte> buffer, std::size_t& gotL) {
     while (i_currentL < i_parts.size()) {
         const OSErr err = i_parts[i_currentL]->Read(buffer, gotL);
         if (err != eofErr) return err;   // what the part gave, also when that is nothing yet
-        if (const OSErr nextErr = EnterPart(i_currentL + 1); Failed(nextErr)) return nextErr;
+        ++i_currentL;
     }
     return eofErr;
-}
-
-/** The next part from its start: a seek may have been in it before. */
-OSErr CAS_MultiSpool::EnterPart(std::size_t partL) {
-    i_currentL = partL;
-    if (partL >= i_parts.size() || i_parts[partL]->GetPos() == 0) return noErr;
-    return i_parts[partL]->Seek(0);
 }
 
 std::uint64_t CAS_MultiSpool::Available_i() {
@@ -86,6 +79,10 @@ OSErr CAS_MultiSpool::Seek_i(std::uint64_t positionL) {
     const double sizeF = static_cast<double>(i_sizes[partL]);
     if (const OSErr err = i_parts[partL]->Seek(sizeF > 0 ? static_cast<double>(positionL) / sizeF : 0); Failed(err))
         return err;
+    for (std::size_t n = partL + 1; n < i_parts.size(); ++n) {   // those behind were read before
+        if (i_parts[n]->GetPos() == 0) continue;
+        if (const OSErr err = i_parts[n]->Seek(0); Failed(err)) return err;
+    }
     // Where the part really went.
     SetRead(std::accumulate(i_sizes.begin(), i_sizes.begin() + static_cast<std::ptrdiff_t>(partL), std::uint64_t{0}) +
             i_parts[partL]->GetPos());

@@ -24,7 +24,6 @@ protected:
 
 private:
     OSErr CloseParts();
-    OSErr EnterPart(std::size_t partL);
 
     const std::vector<Ref<CSpooler>> i_parts;
     std::vector<std::uint64_t> i_sizes;   // this and the next under the read lock
