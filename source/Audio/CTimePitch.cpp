@@ -209,6 +209,8 @@ OSErr CTimePitch::Render(std::span<float> stereo, std::size_t& frames, CTimePitc
     return frames == 0 && wantedL > 0 && IsDone() ? eofErr : noErr;
 }
 
-bool CTimePitch::IsDone() const noexcept { return i_sourceDoneB && FramesLeft() == 0; }
+bool CTimePitch::IsDone() const noexcept {
+    return !i_restartB.load(std::memory_order_acquire) && i_sourceDoneB && FramesLeft() == 0;
+}
 
 double CTimePitch::Held() const noexcept { return static_cast<double>(i_history.End()) - Place(); }

@@ -42,7 +42,9 @@ inline std::unique_ptr<CTaskView> TestHost::OpenTask(std::string_view) {
         explicit View(TestHost& host) : i_host(host) {}
         ~View() override { Say("gone"); }
         void SetText(const std::string& text) override { Say(text); }
-        void SetSteps(long, long) override {}
+        void SetSteps(long doneL, long totalL) override {
+            Say(std::to_string(doneL) + " of " + std::to_string(totalL));
+        }
         bool IsCancelled() const override { return i_host.i_cancelB; }
         void Say(const std::string& text) {
             i_host.i_tasks.With([&](std::string& all) { all += text + "\n"; });
