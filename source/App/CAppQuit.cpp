@@ -3,6 +3,7 @@
 #include "App/CAppWindows.h"
 #include "App/CSaveTarget.h"
 #include "App/ScopedValue.h"
+#include "Audio/CSpoolPump.h"
 #include "Core/CAlerts.h"
 #include "Core/CApp.h"
 #include "Core/CLog.h"
@@ -108,7 +109,10 @@ void CAppQuit::ClosePreferences() {
 
 void CAppQuit::DeleteAlertQueue() { i_app.i_alerts.reset(); }
 
-void CAppQuit::DeleteThreadManager() { i_app.i_threads.reset(); }
+void CAppQuit::DeleteThreadManager() {
+    CSpoolPump::AbortAll();   // a pump that waits for room or data would hold up the end of its thread
+    i_app.i_threads.reset();
+}
 
 void CAppQuit::DisposeTaskWindow() { i_app.Windows().Dispose(PREF_Wind_TASKS); }
 

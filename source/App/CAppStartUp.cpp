@@ -6,6 +6,7 @@
 #include "App/CDirtyFlag.h"
 #include "App/CScopedInitializing.h"
 #include "App/SystemFacts.h"
+#include "Audio/CSpoolPump.h"
 #include "Core/CAlerts.h"
 #include "Core/CLog.h"
 #include "Core/CPreferences.h"
@@ -85,6 +86,7 @@ void CAppStartUp::TagMainThread() {
 }
 
 void CAppStartUp::CreateThreadManager() {
+    CSpoolPump::AllowAll();
     i_app.i_threads = std::make_unique<CThreadManager>();
     i_app.i_alerts = std::make_unique<CAlerts>(i_app.Ui());
 }

@@ -25,10 +25,7 @@ OSErr CAS_Deque::Open_i(bool writeB, std::uint64_t&) {
 }
 
 OSErr CAS_Deque::Close_i(bool writeB) {
-    if (writeB) {
-        i_writtenAllB = true;
-        SetTotal(GetWritten());
-    }
+    if (writeB) i_writtenAllB = true;
     return noErr;
 }
 

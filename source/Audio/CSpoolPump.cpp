@@ -29,8 +29,8 @@ CSpoolPump::CSpoolPump(Ref<CSpooler> sourceP, Ref<CSpooler> destinationP)
     : i_sourceP(std::move(sourceP)), i_destinationP(std::move(destinationP)) {
     if (!i_sourceP || !i_destinationP) return;
     i_firstWriteL = i_destinationP->i_firstWrite.Next();
-    i_sourceEndL = i_sourceP->i_pumps.Next();
-    i_destinationEndL = i_destinationP->i_pumps.Next();
+    i_sourceP->PumpBegins();
+    i_destinationP->PumpBegins();
     i_destinationP->ExpectFirstWrite(i_firstWriteL);
     i_destinationP->SetPump_i(true);
     // Linked from here on, so that an abort finds the whole chain even while it is being opened.
@@ -143,8 +143,8 @@ void CSpoolPump::Leave(OSErr err) {
     i_sourceP->i_destinationP.Set(nullptr);
     i_sourceP->i_pumpRunningB.Set(false);
     i_destinationP->i_firstWrite.Reach(i_firstWriteL);
-    i_sourceP->i_pumps.Reach(i_sourceEndL);
-    i_destinationP->i_pumps.Reach(i_destinationEndL);
+    i_sourceP->PumpEnds();
+    i_destinationP->PumpEnds();
 }
 
 void CSpoolPump::AbortAll() {

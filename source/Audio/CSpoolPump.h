@@ -22,7 +22,7 @@ public:
     /** The application quits: every pump is aborted, and one that is made from now on is aborted at once. Any thread.
      */
     static void AbortAll();
-    /** The application starts anew (tests). */
+    /** The application starts. */
     static void AllowAll() noexcept;
     [[nodiscard]] static bool IsEnding() noexcept;
 
@@ -36,8 +36,6 @@ private:
 
     const Ref<CSpooler> i_sourceP;
     const Ref<CSpooler> i_destinationP;
-    long i_firstWriteL = 0;   // numbers at the gates of the spools: the first write, the end of this pump
-    long i_sourceEndL = 0;
-    long i_destinationEndL = 0;
+    long i_firstWriteL = 0;   // at the gate of the destination
     bool i_leftB = false;
 };

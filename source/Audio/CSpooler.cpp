@@ -121,6 +121,7 @@ OSErr CSpooler::CloseNow(bool writeB) {
         i_sides[writeB] = Side{};
     }
     const OSErr result = FirstOf(Err(), err);
+    if (writeB && i_highWaterL == 0) SetTotal(GetWritten());   // a ring knows more of its end
     err = FirstOf(err, OnClosed(writeB, err));
     if (writeB && i_spoolDataSem) i_spoolDataSem->Signal();
     if (Failed(err) && err != abortErr && err != userCanceledErr)
@@ -316,6 +317,16 @@ void CSpooler::CloseTask() { i_taskRecP.Set(nullptr); }
 void CSpooler::ExpectFirstWrite(long numberL) {
     i_firstWriteCountS = 0;
     i_firstNumberL = numberL;
+}
+
+void CSpooler::PumpBegins() {
+    i_pumpsL.fetch_add(1);   // before the number: the last one to end reaches no number of a pump that it does not see
+    i_pumps.Next();
+}
+
+void CSpooler::PumpEnds() {
+    const long latestL = i_pumps.Latest();
+    if (i_pumpsL.fetch_sub(1) == 1) i_pumps.Reach(latestL);
 }
 
 OSErr CSpooler::WaitPumped(WaitMode mode) {

@@ -188,6 +188,8 @@ private:
     OSErr WriteChunk(std::span<const std::byte> bytes);
     OSErr WaitForRoom();
     OSErr WaitForData();
+    void PumpBegins();
+    void PumpEnds();
     void TellCompletion(bool writeSideB, OSErr err);
 
     const std::size_t i_unitBytesL;
@@ -217,7 +219,8 @@ private:
 
     std::atomic<bool> i_writerWaitsB{false};   // the reader signals i_refillB only then
     std::unique_ptr<CSemaphore> i_spoolDataSem;
-    CSpoolGate i_pumps;   // one number a pump, reached at its end
+    std::atomic<long> i_pumpsL{0};   // that read from this spool or write into it
+    CSpoolGate i_pumps;              // one number a pump; reached when none is left
     CMutex_bool i_pumpRunningB;
     CMutexT<Ref<CSpooler>> i_sourceP;
     CMutexT<Ref<CSpooler>> i_destinationP;

@@ -8,7 +8,6 @@
 #include "Audio/CAS_Null.h"
 #include "Audio/SpoolTest.h"
 #include "Core/CMutex_ThreadQue.h"
-#include "Core/CS_MainThread_AbortProc.h"
 
 namespace {
 class CSpoolerTest : public SpoolTest {};
@@ -18,23 +17,6 @@ std::vector<std::byte> Numbers(std::uint32_t fromL, std::uint32_t toL) {
     for (std::uint32_t n = fromL; n < toL; ++n) std::memcpy(&bytes[(n - fromL) * 4], &n, 4);
     return bytes;
 }
-
-/** Counts how often it was told, and what. */
-class MT_Told final : public CS_MainThread_AbortProc {
-public:
-    MT_Told(std::atomic<long>& toldL, std::atomic<int>& result) : i_toldL(toldL), i_result(result) {}
-
-protected:
-    OSErr Operate() override {
-        i_result = Number(Result());
-        ++i_toldL;
-        return noErr;
-    }
-
-private:
-    std::atomic<long>& i_toldL;
-    std::atomic<int>& i_result;
-};
 
 class FailingSink final : public CAS_Null {
 public:
@@ -88,8 +70,11 @@ TEST_F(CSpoolerTest, FailuresEndInBothSpoolsAndInOneAlert) {
         const auto sourceP = MakeRef<NumberSource>(10U);
         const auto sinkP = MakeRef<FailingSink>();
         std::atomic<long> toldL{0};
-        std::atomic<int> result{0};
-        sinkP->SetCompletion(true, new MT_Told(toldL, result));
+        OSErr result = noErr;
+        sinkP->SetCompletion(true, new MT_Told([&](OSErr told) {
+                                 result = told;
+                                 ++toldL;
+                             }));
         if (c.at == At::kSourceOpen) sourceP->i_openErr = c.err;
         if (c.at == At::kSourceRead) sourceP->i_failAtL = 0, sourceP->i_readErr = c.err;
         if (c.at == At::kSinkOpen) sinkP->i_openErr = c.err;
@@ -102,7 +87,7 @@ TEST_F(CSpoolerTest, FailuresEndInBothSpoolsAndInOneAlert) {
         EXPECT_EQ(sourceP->Err(), c.err);
         EXPECT_EQ(c.atStartB ? Logged("Spooler Error") : c.alertB, c.alertB);
         ASSERT_TRUE(RunUntil([&] { return toldL > 0; }));
-        EXPECT_EQ(result, Number(c.err));
+        EXPECT_EQ(result, c.err);
         EXPECT_EQ(toldL, 1);
     }
 }
@@ -270,9 +255,7 @@ TEST_F(CSpoolerTest, CancellingIsAnError) {
     spoolP->CloseTask();
 
     const auto otherP = MakeRef<NumberSource>(10U);
-    std::atomic<long> toldL{0};
-    std::atomic<int> result{0};
-    auto* const completionP = new MT_Told(toldL, result);
+    auto* const completionP = new MT_Told([](OSErr result) { EXPECT_EQ(result, abortErr); });
     otherP->SetCompletion(false, completionP);
     EXPECT_EQ(otherP->Err(), noErr);
     completionP->Abort();

@@ -8,6 +8,7 @@
 
 #include "Audio/CAS_Ring.h"
 #include "Audio/CAS_SpoolRec.h"
+#include "Core/CS_MainThread_AbortProc.h"
 #include "Core/ThreadTest.h"
 
 /** Closed at first or not; whoever passes a closed one waits until it opens. */
@@ -111,6 +112,21 @@ private:
     std::vector<std::byte> i_twice;
 };
 using NumberRing = Doubled<CAS_Ring>;
+
+/** A completion: runs a lambda on the main thread, with the result. */
+class MT_Told final : public CS_MainThread_AbortProc {
+public:
+    explicit MT_Told(std::function<void(OSErr)> told) : i_told(std::move(told)) {}
+
+protected:
+    OSErr Operate() override {
+        i_told(Result());
+        return noErr;
+    }
+
+private:
+    const std::function<void(OSErr)> i_told;
+};
 
 /** An application, and spools that all end with the test. */
 class SpoolTest : public ThreadTest {
