@@ -15,6 +15,7 @@ struct FileIdentity {
     std::uint64_t deviceL = 0, inodeL = 0;
     std::int64_t bornL = 0;   // 0: the file system does not tell
 
+    friend bool operator==(const FileIdentity&, const FileIdentity&) = default;   // number for number; Is() asks more
     [[nodiscard]] static FileIdentity Of(const FileInfo& info) { return {info.deviceL, info.inodeL, info.bornL}; }
     /** A birth time that agrees makes up for a volume that got another number at a start of the machine. */
     [[nodiscard]] bool Is(const FileIdentity& other) const {

@@ -73,25 +73,25 @@ private:
     friend class CData;
     CDataT(MetaKey key, CMetaValue value) : CData(key, std::move(value)) {}
     static CMetaValue ToValue(const T& value) {
-        if constexpr (kType == ValType_STRING)
+        if constexpr (kType == ValType::ValType_STRING)
             return CMetaValue(CMetaText::Of(value));
         else
             return CMetaValue(value);
     }
     static T FromValue(const CMetaValue& value) {
-        if constexpr (kType == ValType_STRING)
+        if constexpr (kType == ValType::ValType_STRING)
             return T(value.Text());
-        else if constexpr (kType == ValType_BOOL)
+        else if constexpr (kType == ValType::ValType_BOOL)
             return value.Bool();
-        else if constexpr (kType == ValType_INTEGER)
+        else if constexpr (kType == ValType::ValType_INTEGER)
             return value.Integer();
-        else if constexpr (kType == ValType_FLOAT)
+        else if constexpr (kType == ValType::ValType_FLOAT)
             return value.Float();
-        else if constexpr (kType == ValType_DATE)
+        else if constexpr (kType == ValType::ValType_DATE)
             return value.Date();
-        else if constexpr (kType == ValType_DICT)
+        else if constexpr (kType == ValType::ValType_DICT)
             return value.Dictionary();
-        else if constexpr (kType == ValType_CFDATA)
+        else if constexpr (kType == ValType::ValType_CFDATA)
             return value.Data();
         else
             return value.SongFile();

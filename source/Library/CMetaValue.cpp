@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <bit>
+#include <cstring>
 
 #include "Library/CCollation.h"
 
@@ -15,40 +16,63 @@ struct Counted {
     const T value;
 };
 
-/** A file: the folder's path is shared with all files in it. */
-struct PackedFile {
-    SDB_SongFileStatus status;
-    CMetaText folder;   // with its last slash; empty for a bare name
-    CMetaText name;
-    std::unique_ptr<const FileIdentity> identity;   // of a reference with an alias
-
-    PackedFile(SDB_SongFileStatus fileStatus, std::string_view path) : status(fileStatus) {
+/** A file, in one allocation: the folder's path is shared with all files in it, the name lies behind the box. */
+class FileBox {
+public:
+    static FileBox* Make(SDB_SongFileStatus status, std::string_view path,
+                         std::unique_ptr<const FileIdentity> identity = nullptr) {
         const std::size_t slash = path.rfind('/');
         const std::size_t nameAt = slash == std::string_view::npos ? 0 : slash + 1;
-        folder = CMetaText::Interned(path.substr(0, nameAt));
-        name = CMetaText::Of(path.substr(nameAt));
+        return new (::operator new(sizeof(FileBox) + path.size() - nameAt))
+            FileBox(status, path, nameAt, std::move(identity));
     }
-    [[nodiscard]] std::string Path() const { return std::string(folder.View()).append(name.View()); }
-    friend bool operator==(const PackedFile& a, const PackedFile& b) {
-        const bool sameB = (a.identity == nullptr) == (b.identity == nullptr) &&
-                           (a.identity == nullptr ||
-                            (a.identity->deviceL == b.identity->deviceL && a.identity->inodeL == b.identity->inodeL &&
-                             a.identity->bornL == b.identity->bornL));
-        return sameB && a.status == b.status && a.folder == b.folder && a.name == b.name;
+    void Retain() noexcept { i_references.fetch_add(1, std::memory_order_relaxed); }
+    void Release() noexcept {
+        if (i_references.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+        this->~FileBox();
+        ::operator delete(this);
     }
+    [[nodiscard]] SDB_SongFileStatus Status() const noexcept { return i_status; }
+    [[nodiscard]] std::string Path() const { return std::string(i_folder.View()).append(Name()); }
+    friend bool operator==(const FileBox& a, const FileBox& b) {
+        return a.i_status == b.i_status && a.i_folder == b.i_folder && a.Name() == b.Name() &&
+               (a.i_identity == nullptr) == (b.i_identity == nullptr) &&
+               (a.i_identity == nullptr || *a.i_identity == *b.i_identity);
+    }
+    [[nodiscard]] const FileIdentity* Identity() const noexcept { return i_identity.get(); }
+
+private:
+    static constexpr unsigned kStatusBits = 3;
+    FileBox(SDB_SongFileStatus status, std::string_view path, std::size_t nameAt,
+            std::unique_ptr<const FileIdentity> identity)
+        : i_nameL(static_cast<std::uint32_t>(path.size() - nameAt) & 0x1FFFFFFF),
+          i_status(status),
+          i_folder(CMetaText::Interned(path.substr(0, nameAt))),
+          i_identity(std::move(identity)) {
+        std::memcpy(reinterpret_cast<char*>(this + 1), path.data() + nameAt, i_nameL);
+    }
+    ~FileBox() = default;
+    [[nodiscard]] std::string_view Name() const noexcept { return {reinterpret_cast<const char*>(this + 1), i_nameL}; }
+
+    std::atomic<std::uint32_t> i_references{1};
+    std::uint32_t i_nameL : 32 - kStatusBits;
+    SDB_SongFileStatus i_status : kStatusBits;
+    const CMetaText i_folder;                               // with its last slash; empty for a bare name
+    const std::unique_ptr<const FileIdentity> i_identity;   // of a reference with an alias
 };
+static_assert(sizeof(FileBox) == 24);
 
 using DictBox = Counted<CCFDictionary>;
 using DataBox = Counted<CFData>;
-using FileBox = Counted<PackedFile>;
 
 template <class BoxT>
 BoxT* BoxOf(std::uint64_t bits) noexcept {
     return reinterpret_cast<BoxT*>(bits);
 }
+std::uint64_t Bits(const void* boxP) noexcept { return reinterpret_cast<std::uintptr_t>(boxP); }
 template <class T>
 std::uint64_t Boxed(T content) {
-    return reinterpret_cast<std::uintptr_t>(new Counted<T>(std::move(content)));
+    return Bits(new Counted<T>(std::move(content)));
 }
 template <class BoxT>
 void RetainBox(std::uint64_t bits) noexcept {
@@ -90,13 +114,13 @@ CMetaValue::CMetaValue(const CCFDictionary& value) : i_bits(Boxed(value)), i_typ
 CMetaValue::CMetaValue(const CFData& value) : i_bits(Boxed(value)), i_type(ValType::ValType_CFDATA) {}
 
 CMetaValue::CMetaValue(const CMetaSongFile& value) : i_type(ValType::ValType_SONGFILE) {
-    PackedFile packed(value.status, value.ref.GetPath().native());
-    if (value.ref.HasAlias()) packed.identity = std::make_unique<const FileIdentity>(value.ref.Alias()->Identity());
-    i_bits = Boxed(std::move(packed));
+    std::unique_ptr<const FileIdentity> identity;
+    if (value.ref.HasAlias()) identity = std::make_unique<const FileIdentity>(value.ref.Alias()->Identity());
+    i_bits = Bits(FileBox::Make(value.status, value.ref.GetPath().native(), std::move(identity)));
 }
 
 CMetaValue CMetaValue::File(SDB_SongFileStatus status, std::string_view path) {
-    return {ValType::ValType_SONGFILE, Boxed(PackedFile(status, path))};
+    return {ValType::ValType_SONGFILE, Bits(FileBox::Make(status, path))};
 }
 
 CMetaValue::CMetaValue(const CMetaValue& other) noexcept : i_bits(other.i_bits), i_type(other.i_type) {
@@ -115,7 +139,7 @@ CMetaValue::CMetaValue(const CMetaValue& other) noexcept : i_bits(other.i_bits),
             RetainBox<DataBox>(i_bits);
             break;
         case ValType::ValType_SONGFILE:
-            RetainBox<FileBox>(i_bits);
+            BoxOf<FileBox>(i_bits)->Retain();
             break;
         default:
             break;
@@ -135,7 +159,7 @@ CMetaValue::~CMetaValue() {
             ReleaseBox<DataBox>(i_bits);
             break;
         case ValType::ValType_SONGFILE:
-            ReleaseBox<FileBox>(i_bits);
+            BoxOf<FileBox>(i_bits)->Release();
             break;
         default:
             break;
@@ -162,19 +186,18 @@ CCFDictionary CMetaValue::Dictionary() const {
 }
 CFData CMetaValue::Data() const { return i_type == ValType::ValType_CFDATA ? BoxOf<DataBox>(i_bits)->value : CFData(); }
 SDB_SongFileStatus CMetaValue::FileStatus() const noexcept {
-    return i_type == ValType::ValType_SONGFILE ? BoxOf<FileBox>(i_bits)->value.status : SDB_SongFileStatus_NONE;
+    return i_type == ValType::ValType_SONGFILE ? BoxOf<FileBox>(i_bits)->Status() : SDB_SongFileStatus_NONE;
 }
 std::string CMetaValue::FilePath() const {
-    return i_type == ValType::ValType_SONGFILE ? BoxOf<FileBox>(i_bits)->value.Path() : std::string();
+    return i_type == ValType::ValType_SONGFILE ? BoxOf<FileBox>(i_bits)->Path() : std::string();
 }
 
 CMetaSongFile CMetaValue::SongFile() const {
     if (i_type != ValType::ValType_SONGFILE) return {};
-    const PackedFile& packed = BoxOf<FileBox>(i_bits)->value;
-    CMetaSongFile file{packed.status, CFileRef(packed.Path())};
-    if (packed.identity != nullptr) {
-        const FileRefRecord record{
-            FileRefRecord::kType_ALIAS, CFileAlias(packed.Path(), *packed.identity).Encode(), {}};
+    const FileBox& box = *BoxOf<FileBox>(i_bits);
+    CMetaSongFile file{box.Status(), CFileRef(box.Path())};
+    if (const FileIdentity* identityP = box.Identity()) {
+        const FileRefRecord record{FileRefRecord::kType_ALIAS, CFileAlias(box.Path(), *identityP).Encode(), {}};
         (void)CFileRef::FromRecord(record, file.ref);   // what was just encoded decodes; else the path alone stays
     }
     return file;
@@ -221,7 +244,7 @@ bool operator==(const CMetaValue& a, const CMetaValue& b) {
         case ValType::ValType_CFDATA:
             return BoxOf<DataBox>(a.i_bits)->value == BoxOf<DataBox>(b.i_bits)->value;
         case ValType::ValType_SONGFILE:
-            return BoxOf<FileBox>(a.i_bits)->value == BoxOf<FileBox>(b.i_bits)->value;
+            return *BoxOf<FileBox>(a.i_bits) == *BoxOf<FileBox>(b.i_bits);
         default:
             return false;   // held in the bits
     }

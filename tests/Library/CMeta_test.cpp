@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "Core/TempFolder.h"
-#include "Library/CMeta_File.h"
 #include "Library/MetaTest.h"
 
 namespace {
@@ -89,6 +87,199 @@ TEST_F(CMetaTest, ATextBecomesTheValueOfItsKey) {
         EXPECT_EQ(Shown(i_meta), c.storedZ);
         i_meta.RemoveValue(c.key);
     }
+}
+
+TEST_F(CMetaTest, NoDefaultIsEverStored) {
+    EXPECT_FALSE(i_meta.SetInteger("rtng"_key, 255));
+    EXPECT_FALSE(i_meta.SetFloat("TMPO"_key, 1.0));
+    EXPECT_FALSE(i_meta.SetFloat("TMPO"_key, 1.0049));
+    EXPECT_FALSE(i_meta.SetBool("Duet"_key, false));
+    EXPECT_FALSE(i_meta.SetDict("prod"_key, {}));
+    EXPECT_FALSE(i_meta.SetSongFile("Sfs0"_key, {SDB_SongFileStatus_NONE, CFileRef("/a")}));
+    EXPECT_EQ(Shown(i_meta), "");
+    EXPECT_FALSE(i_meta.IsDirty());
+    EXPECT_EQ(i_meta.i_notes, Notes());
+
+    EXPECT_TRUE(i_meta.SetInteger("rtng"_key, 80));
+    EXPECT_TRUE(i_meta.SetBool("Duet"_key, BoolValueType::kMix));
+    EXPECT_TRUE(i_meta.SetInteger("rtng"_key, 255));
+    EXPECT_TRUE(i_meta.SetBool("Duet"_key, false));
+    EXPECT_EQ(Shown(i_meta), "");
+    EXPECT_EQ(i_meta.i_notes, (Notes{"rtng=80", "Duet=mix", "rtng gone", "Duet gone"}));
+}
+
+TEST_F(CMetaTest, ReadingWithoutAValueGivesTheDefault) {
+    EXPECT_EQ(i_meta.GetInteger("rtng"_key), 255);
+    EXPECT_EQ(i_meta.GetInteger("gChn"_key), 3);
+    EXPECT_EQ(i_meta.GetFloat("TMPO"_key), 1.0);
+    EXPECT_EQ(i_meta.GetString("name"_key), "");
+    EXPECT_EQ(i_meta.GetDisplayString("volm"_key), "-");
+    EXPECT_EQ(i_meta.GetBool("PSNT"_key), BoolValueType::kFalse);
+    EXPECT_EQ(i_meta.GetDate("Date"_key), std::nullopt);
+    EXPECT_TRUE(i_meta.GetDict("prod"_key).Empty());
+    EXPECT_EQ(i_meta.GetSongFile("Sfs0"_key).status, SDB_SongFileStatus_NONE);
+    EXPECT_TRUE(i_meta.GetSongFile("Sfs0"_key).ref.IsEmpty());
+}
+
+TEST_F(CMetaTest, EachKindComesBackAsItWasSet) {
+    EXPECT_TRUE(i_meta.SetDate("Date"_key, {12345.5}));
+    EXPECT_FALSE(i_meta.SetDate("Date"_key, {12345.5}));
+    EXPECT_EQ(i_meta.GetDate("Date"_key), CFDate{12345.5});
+    EXPECT_TRUE(i_meta.SetDict("prod"_key, {{"a", CCFValue(1)}}));
+    EXPECT_FALSE(i_meta.SetDict("prod"_key, {{"a", CCFValue(1)}}));
+    EXPECT_EQ(i_meta.GetDict("prod"_key).GetInteger("a"), 1);
+    const CFData block = {std::byte{1}, std::byte{0}};
+    EXPECT_TRUE(i_meta.SetByteBlock("blok"_key, block));
+    EXPECT_FALSE(i_meta.SetByteBlock("blok"_key, block));
+    EXPECT_EQ(i_meta.GetByteBlock("blok"_key), block);
+    EXPECT_TRUE(i_meta.SetFloat("Slip"_key, -0.25));
+    EXPECT_EQ(i_meta.GetFloat("Slip"_key), -0.25);
+
+    EXPECT_TRUE(i_meta.SetSongFile("Sfs1"_key, {SDB_SongFileStatus_MUSIC, CFileRef("/m/a b/song.cdg")}));
+    EXPECT_FALSE(i_meta.SetSongFile("Sfs1"_key, {SDB_SongFileStatus_MUSIC, CFileRef("/m/a b/song.cdg")}));
+    EXPECT_TRUE(i_meta.SetSongFile("Sfs1"_key, {SDB_SongFileStatus_REFERENCE, CFileRef("/m/a b/song.cdg")}));
+    EXPECT_EQ(i_meta.GetSongFile("Sfs1"_key).status, SDB_SongFileStatus_REFERENCE);
+    EXPECT_EQ(i_meta.GetSongFile("Sfs1"_key).ref.GetPath(), "/m/a b/song.cdg");
+    for (const char* pathZ : {"bare.mp3", "/", "/folder/", "a/b", "\xff/\xfe"}) {
+        EXPECT_TRUE(i_meta.SetSongFile("Sfs0"_key, {SDB_SongFileStatus_CD, CFileRef(pathZ)}));
+        EXPECT_EQ(i_meta.GetSongFile("Sfs0"_key).ref.GetPath(), pathZ);
+        EXPECT_EQ(i_meta.Stored("Sfs0"_key).FilePath(), pathZ);
+    }
+}
+
+TEST_F(CMetaTest, ForceCountsAsAChangeAndDisabledDoesNothing) {
+    i_meta.SetInteger("trak"_key, 4);
+    i_meta.i_notes.clear();
+    EXPECT_FALSE(i_meta.SetValue("trak"_key, CMetaValue(4), false));
+    EXPECT_TRUE(i_meta.SetValue("trak"_key, CMetaValue(4), true));
+    EXPECT_EQ(i_meta.i_notes, Notes{"trak=4"});
+
+    i_meta.SetEnabled(false);
+    i_meta.SetDirty(false);
+    EXPECT_FALSE(i_meta.SetInteger("trak"_key, 5));
+    EXPECT_FALSE(i_meta.SetString("name"_key, "x"));
+    EXPECT_FALSE(i_meta.SetBool("Duet"_key, true));
+    EXPECT_FALSE(i_meta.RemoveValue("trak"_key));
+    EXPECT_FALSE(i_meta.SetValue("trak"_key, CMetaValue(6), true));
+    EXPECT_EQ(Shown(i_meta), "trak=4");
+    EXPECT_FALSE(i_meta.IsDirty());
+    i_meta.SetEnabled(true);
+    EXPECT_TRUE(i_meta.SetInteger("trak"_key, 5));
+}
+
+TEST_F(CMetaTest, QuietChangesMarkButDoNotTell) {
+    {
+        const CMeta::QuietChanges quiet(i_meta);
+        EXPECT_TRUE(i_meta.SetInteger("trak"_key, 4));
+        EXPECT_TRUE(i_meta.IsDirty());
+        EXPECT_EQ(i_meta.i_notes, Notes());
+    }
+    EXPECT_TRUE(i_meta.SetInteger("trak"_key, 5));
+    EXPECT_EQ(i_meta.i_notes, Notes{"trak=5"});
+}
+
+TEST_F(CMetaTest, ArticlesMoveOnlyWhenWantedAndNotAtLoad) {
+    i_manager.SetLoading(true);
+    i_meta.SetString("arts"_key, "The Who");
+    EXPECT_EQ(i_meta.GetString("arts"_key), "The Who");
+    i_manager.SetLoading(false);
+    i_manager.SetMoveArticles(false);
+    EXPECT_FALSE(i_meta.SetString("arts"_key, "The Who"));
+    i_manager.SetMoveArticles(true);
+    EXPECT_TRUE(i_meta.SetString("arts"_key, "The Who"));
+    EXPECT_EQ(i_meta.GetString("arts"_key), "Who, The");
+}
+
+TEST_F(CMetaTest, ValuesAreMadeAsTheModeAllows) {
+    i_meta.i_made = CMetaValue(CMetaText::Of("3:05"));
+    EXPECT_FALSE(i_meta.Value("aDur"_key, ValueMode::kStored));
+    i_meta.SetCanCreate(false);
+    EXPECT_FALSE(i_meta.Value("aDur"_key, ValueMode::kMakeIfAllowed));
+    EXPECT_EQ(i_meta.i_notes, Notes());
+    EXPECT_EQ(i_meta.Value("aDur"_key, ValueMode::kMake).Text(), "3:05");
+    EXPECT_EQ(i_meta.i_notes, Notes{"aDur=3:05"});
+    EXPECT_TRUE(i_meta.Has("aDur"_key));
+    EXPECT_EQ(i_meta.Value("aDur"_key, ValueMode::kMake).Text(), "3:05");
+    EXPECT_EQ(i_meta.i_notes.size(), 1U);
+
+    i_meta.RemoveValue("aDur"_key);
+    i_meta.i_made = CMetaValue(CMetaText());   // the default: told, not kept
+    EXPECT_TRUE(i_meta.Value("aDur"_key));
+    EXPECT_FALSE(i_meta.Has("aDur"_key));
+    const Ref<CData> dataRef = i_meta.GetRetainedValue("aDur"_key, ValueMode::kMake);
+    ASSERT_TRUE(dataRef);
+    EXPECT_EQ(dataRef->GetOwner(), nullptr);
+    EXPECT_FALSE(i_meta.GetRetainedValue("name"_key, ValueMode::kMake));
+}
+
+TEST_F(CMetaTest, FaultsOfTheCallerAreAssertedAndChangeNothing) {
+    EXPECT_FALSE(i_meta.SetInteger(CM_Key_NONE, 1));
+    EXPECT_EQ(TakeAsserted(), Words{"key != CM_Key_NONE"});
+    i_meta.i_toldIdentityB = true;
+    i_meta.SetInteger(CM_Key_SONG_ID, 1);
+    i_meta.SetInteger(CM_Key_SORT_INDEX, 1);
+    i_meta.SetInteger(CM_Key_PLAYLIST_ID, 1);
+    EXPECT_EQ(TakeAsserted(),
+              (Words{"key != CM_Key_SONG_ID", "key != CM_Key_SORT_INDEX", "key != CM_Key_PLAYLIST_ID"}));
+    i_meta.i_notes.clear();
+    EXPECT_FALSE(i_meta.SetString("Date"_key, "today"));
+    EXPECT_FALSE(i_meta.SetInteger("name"_key, 1));
+    EXPECT_FALSE(i_meta.SetFloat("name"_key, 1));
+    EXPECT_FALSE(i_meta.SetDict("name"_key, {}));
+    EXPECT_EQ(TakeAsserted().size(), 4U);
+    EXPECT_EQ(i_meta.i_notes, Notes());
+}
+
+TEST_F(CMetaTest, LocksOutOfOrderAreAsserted) {
+    NotingMeta row(MetaLevel::kRow), song;
+    {
+        const MetaLock first(row);
+        const MetaLock again(row);
+        const MetaLock second(song);
+        const MetaLock third(row);   // held already: no wait
+    }
+    EXPECT_EQ(TakeAsserted(), Words());
+    {
+        const MetaLock first(song);
+        const MetaLock second(row);
+    }
+    EXPECT_EQ(TakeAsserted().size(), 1U);
+    {
+        const MetaLock first(song);
+        const MetaLock second(i_meta);
+    }
+    EXPECT_EQ(TakeAsserted().size(), 1U);
+}
+
+TEST_F(CMetaTest, LoadedValuesMakeNoNoise) {
+    MetaEntry entries[] = {{"name"_key, CMetaValue(CMetaText::Of(" as it was "))},
+                           {"gChn"_key, CMetaValue(0)},
+                           {"PICH"_key, CMetaValue(-1)},
+                           {"rtng"_key, CMetaValue(255)},
+                           {"trak"_key, {}}};
+    i_meta.Load(entries);
+    EXPECT_EQ(Shown(i_meta), "PICH=-1 name= as it was ");
+    EXPECT_FALSE(i_meta.IsDirty());
+    EXPECT_EQ(i_meta.i_notes, Notes());
+    MetaEntry wrong[] = {{"name"_key, CMetaValue(3)}};
+    i_meta.Load(wrong);
+    EXPECT_EQ(TakeAsserted().size(), 1U);
+    EXPECT_EQ(i_meta.GetString("name"_key), " as it was ");
+}
+
+TEST_F(CMetaTest, EachObjectHasASerialOfItsOwn) {
+    std::uint32_t gone = 0;
+    {
+        CMeta other;
+        gone = other.Serial();
+        EXPECT_NE(gone, i_meta.Serial());
+        EXPECT_EQ(i_manager.FindMeta(gone), &other);
+        EXPECT_EQ(i_manager.MetaCount(), 2U);
+    }
+    EXPECT_EQ(i_manager.FindMeta(gone), nullptr);
+    for (int n = 0; n < 3000; ++n) EXPECT_GT(CMeta().Serial(), gone);   // over the edges of blocks
+    EXPECT_EQ(i_manager.FindMeta(i_meta.Serial()), &i_meta);
+    EXPECT_EQ(i_manager.MetaCount(), 1U);
 }
 
 }   // namespace
