@@ -239,9 +239,10 @@ TEST_F(CMetaTest, LocksOutOfOrderAreAsserted) {
         const MetaLock third(row);   // held already: no wait
     }
     EXPECT_EQ(TakeAsserted(), Words());
+    NotingMeta otherRow(MetaLevel::kRow), otherSong;   // not those above: what is wrong here is not tried in both ways
     {
-        const MetaLock first(song);
-        const MetaLock second(row);
+        const MetaLock first(otherSong);
+        const MetaLock second(otherRow);
     }
     EXPECT_EQ(TakeAsserted().size(), 1U);
     {
