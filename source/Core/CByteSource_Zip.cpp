@@ -18,9 +18,9 @@ constexpr std::uint64_t kPoints_Most = 24;
 
 }   // namespace
 
-OSErr CByteSource_Zip::Open(const CZipArchive& archive, const CZipMember& member) {
+OSErr CByteSource_Zip::Open(const CFileRef& zip, const CZipMember& member) {
     auto file = std::make_unique<CByteSource_File>();
-    if (const OSErr err = file->Open(archive.File()); Failed(err)) return err;
+    if (const OSErr err = file->Open(zip); Failed(err)) return err;
     return Open(std::move(file), member);
 }
 
@@ -146,8 +146,10 @@ ZipFault CByteSource_Zip::Unpack(std::span<std::byte> to, std::size_t& got) {
         ZipFault fault = ZipFault::kNone;
         if (step.status == CZipUnpacker::Status::kBad) fault = ZipFault::kData;
         // Everything that was told is there when the end comes with the last byte: CheckEnd looks at that.
-        else if (step.status == CZipUnpacker::Status::kEnd && i_atL < Size()) fault = ZipFault::kSizes;
-        else if (got == 0 && i_left.empty() && filled != ZipFault::kNone) fault = filled;
+        else if (step.status == CZipUnpacker::Status::kEnd && i_atL < Size())
+            fault = ZipFault::kSizes;
+        else if (got == 0 && i_left.empty() && filled != ZipFault::kNone)
+            fault = filled;
         if (fault != ZipFault::kNone) {
             i_unpacker.reset();
             return fault;
@@ -164,7 +166,8 @@ ZipFault CByteSource_Zip::FillPacked() {
     const std::uint64_t at = i_dataAt + i_packedAtL;
     if (at >= i_source->Size()) return ZipFault::kTruncated;
     if (i_packed.empty()) i_packed.resize(kBlock);
-    const std::uint64_t mostL = std::min({i_member.packedL - i_packedAtL, i_source->Size() - at, std::uint64_t{kBlock}});
+    const std::uint64_t mostL =
+        std::min({i_member.packedL - i_packedAtL, i_source->Size() - at, std::uint64_t{kBlock}});
     std::size_t got = 0;
     const auto block = std::span(i_packed).first(static_cast<std::size_t>(mostL));
     if (Failed(i_source->Seek(at)) || Failed(i_source->Read(block, got))) return ZipFault::kRead;
@@ -197,10 +200,14 @@ ZipFault CByteSource_Zip::CheckEnd() {
             const CZipUnpacker::Step step = i_unpacker->Run(i_left, more);
             i_left = i_left.subspan(step.takenL);
             ZipFault fault = ZipFault::kNone;
-            if (step.givenL > 0) fault = ZipFault::kSizes;
-            else if (step.status == CZipUnpacker::Status::kBad) fault = ZipFault::kData;
-            else if (step.status == CZipUnpacker::Status::kEnd) break;
-            else if (i_left.empty() && filled != ZipFault::kNone) fault = filled;
+            if (step.givenL > 0)
+                fault = ZipFault::kSizes;
+            else if (step.status == CZipUnpacker::Status::kBad)
+                fault = ZipFault::kData;
+            else if (step.status == CZipUnpacker::Status::kEnd)
+                break;
+            else if (i_left.empty() && filled != ZipFault::kNone)
+                fault = filled;
             if (fault == ZipFault::kNone) continue;
             i_unpacker.reset();
             return fault;

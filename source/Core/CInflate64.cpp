@@ -45,7 +45,9 @@ constexpr std::array<Entry, 19> kMeaning_Lengths = [] {
 
 constexpr std::uint8_t kCodeLengths_Order[19] = {16, 17, 18, 0, 8, 7, 9, 6, 10, 5, 11, 4, 12, 3, 13, 2, 14, 1, 15};
 
-std::uint64_t LowBits(std::uint64_t bits, unsigned countL) noexcept { return bits & ((std::uint64_t{1} << countL) - 1); }
+std::uint64_t LowBits(std::uint64_t bits, unsigned countL) noexcept {
+    return bits & ((std::uint64_t{1} << countL) - 1);
+}
 
 }   // namespace
 
@@ -63,8 +65,7 @@ CInflate64::Step CInflate64::Run(std::span<const std::byte> in, std::span<std::b
         const std::size_t firstL = std::min(i_freshL, kWindow - fromL);
         if (i_freshL > 0) {
             std::memcpy(out.data() + step.givenL, i_window.data() + fromL, firstL);
-            if (i_freshL > firstL)
-                std::memcpy(out.data() + step.givenL + firstL, i_window.data(), i_freshL - firstL);
+            if (i_freshL > firstL) std::memcpy(out.data() + step.givenL + firstL, i_window.data(), i_freshL - firstL);
         }
         step.givenL += i_freshL;
         i_knownL = std::min(kWindow, i_knownL + i_freshL);
@@ -84,7 +85,8 @@ CInflate64::Step CInflate64::Run(std::span<const std::byte> in, std::span<std::b
 }
 
 void CInflate64::Decode() noexcept {
-    while (Advance()) {}
+    while (Advance()) {
+    }
 }
 
 /** One step; false when it wants more input or more room, or when there is nothing left to do. */
@@ -166,8 +168,7 @@ bool CInflate64::Block() noexcept {
             return true;
         case 1: {
             std::array<std::uint8_t, 288> lengths{};
-            for (std::size_t n = 0; n < lengths.size(); ++n)
-                lengths[n] = n < 144 ? 8 : n < 256 ? 9 : n < 280 ? 7 : 8;
+            for (std::size_t n = 0; n < lengths.size(); ++n) lengths[n] = n < 144 ? 8 : n < 256 ? 9 : n < 280 ? 7 : 8;
             std::array<std::uint8_t, 32> distances{};
             distances.fill(5);
             if (!i_literals.Build(lengths, kMeaning_Literals) || !i_distances.Build(distances, kMeaning_Distances))
@@ -203,8 +204,8 @@ bool CInflate64::Stored() noexcept {
             --i_leftL;
             continue;
         }
-        const std::size_t countL = std::min({i_leftL, i_mostL - i_freshL, kWindow - i_atL,
-                                             static_cast<std::size_t>(i_inEndP - i_inP)});
+        const std::size_t countL =
+            std::min({i_leftL, i_mostL - i_freshL, kWindow - i_atL, static_cast<std::size_t>(i_inEndP - i_inP)});
         if (countL == 0) return false;
         std::memcpy(i_window.data() + i_atL, i_inP, countL);
         i_inP += countL;
@@ -250,9 +251,7 @@ bool CInflate64::Lengths() noexcept {
             i_lengths[i_lengthsL++] = static_cast<std::uint8_t>(entry.value);
             continue;
         }
-        constexpr struct {
-            unsigned extra, base;
-        } kRepeats[] = {{2, 3}, {3, 3}, {7, 11}};
+        constexpr struct { unsigned extra, base; } kRepeats[] = {{2, 3}, {3, 3}, {7, 11}};
         const auto repeat = kRepeats[entry.value - 16];
         if (!Need(entry.bitsL + repeat.extra)) return false;
         Take(entry.bitsL);
@@ -314,7 +313,8 @@ bool CInflate64::Match() noexcept {
     return true;
 }
 
-/** From `i_distanceL` back. Where the two run into each other, what was just written is read again, as the format wants. */
+/** From `i_distanceL` back. Where the two run into each other, what was just written is read again, as the format
+ * wants. */
 void CInflate64::CopyMatch(std::size_t countL) noexcept {
     std::size_t fromL = (i_atL - i_distanceL) & (kWindow - 1), toL = i_atL;
     i_freshL += countL;

@@ -6,12 +6,11 @@
 
 #include "Core/CHuffmanTable.h"
 
-/** Decompresses deflate64, which zlib does not know: deflate with a window of 64 KB, distance codes 30 and 31, and length
-    code 285 with 16 extra bits. Takes the data in pieces of any size and goes on where it stopped. A copy is a saved state.
-    Memory   all in the object, 80 KB and a little; nothing is allocated.
-    Threads  one at a time.
-    Errors   kBad for data that are no deflate64; it stays. No input makes it write outside `out`.
-    Source   RFC 1951; .ZIP File Format Specification (APPNOTE.TXT), 4.4.5, method 9. */
+/** Decompresses deflate64, which zlib does not know: deflate with a window of 64 KB, distance codes 30 and 31, and
+   length code 285 with 16 extra bits. Takes the data in pieces of any size and goes on where it stopped. A copy is a
+   saved state. Memory   all in the object, 80 KB and a little; nothing is allocated. Threads  one at a time. Errors
+   kBad for data that are no deflate64; it stays. No input makes it write outside `out`. Source   RFC 1951; .ZIP File
+   Format Specification (APPNOTE.TXT), 4.4.5, method 9. */
 class CInflate64 {
 public:
     enum class Status : unsigned char {
@@ -68,22 +67,22 @@ private:
 
     State i_state = State::kBlock;
     bool i_lastB = false;
-    unsigned i_bitsL = 0;                              // of i_bits that are known; those above are 0 outside Fast
-    std::uint64_t i_bits = 0;                          // the next bit is the lowest
-    std::uint64_t i_takenL = 0;                        // bytes since the start
-    std::size_t i_leftL = 0;                           // of a stored block or a match
-    std::size_t i_distanceL = 0;                       // of the match
-    std::size_t i_atL = 0;                             // where the next byte goes in the window
-    std::size_t i_knownL = 0;                          // bytes of the window that earlier rounds filled, at most all
-    unsigned i_literalsL = 0, i_distancesL = 0;        // sizes of the codes that are being read
-    unsigned i_codesL = 0, i_lengthsL = 0;             // how many of their lengths are known
-    std::array<std::uint8_t, 19> i_codeLengths{};      // of the code of the lengths
+    unsigned i_bitsL = 0;                           // of i_bits that are known; those above are 0 outside Fast
+    std::uint64_t i_bits = 0;                       // the next bit is the lowest
+    std::uint64_t i_takenL = 0;                     // bytes since the start
+    std::size_t i_leftL = 0;                        // of a stored block or a match
+    std::size_t i_distanceL = 0;                    // of the match
+    std::size_t i_atL = 0;                          // where the next byte goes in the window
+    std::size_t i_knownL = 0;                       // bytes of the window that earlier rounds filled, at most all
+    unsigned i_literalsL = 0, i_distancesL = 0;     // sizes of the codes that are being read
+    unsigned i_codesL = 0, i_lengthsL = 0;          // how many of their lengths are known
+    std::array<std::uint8_t, 19> i_codeLengths{};   // of the code of the lengths
     std::array<std::uint8_t, kLiterals_Most + kDistances_Most> i_lengths{};
-    CHuffmanTable i_literals, i_distances;             // i_literals is also the code of the lengths
+    CHuffmanTable i_literals, i_distances;   // i_literals is also the code of the lengths
     std::array<std::uint8_t, kWindow> i_window{};
 
     // Of the round at hand alone.
     const std::uint8_t* i_inP = nullptr;
     const std::uint8_t* i_inEndP = nullptr;
-    std::size_t i_freshL = 0, i_mostL = 0;             // bytes put into the window, and how many may be
+    std::size_t i_freshL = 0, i_mostL = 0;   // bytes put into the window, and how many may be
 };

@@ -8,7 +8,8 @@ namespace {
 
 /** Code page 437 from 0x80 on. Source: the Unicode Consortium's CP437.TXT. */
 constexpr char16_t kCP437[129] =
-    u"ÇüéâäàåçêëèïîìÄÅÉæÆôöòûùÿÖÜ¢£¥₧ƒáíóúñÑªº¿⌐¬½¼¡«»░▒▓│┤╡╢╖╕╣║╗╝╜╛┐└┴┬├─┼╞╟╚╔╩╦╠═╬╧╨╤╥╙╘╒╓╫╪┘┌█▄▌▐▀αßΓπΣσµτΦΘΩδ∞φε∩≡±≥≤⌠⌡÷≈"
+    u"ÇüéâäàåçêëèïîìÄÅÉæÆôöòûùÿÖÜ¢£¥₧ƒáíóúñÑªº¿⌐¬½¼¡«»░▒▓│┤╡╢╖╕╣║╗╝╜╛┐└┴┬├─┼╞╟╚╔╩╦╠═╬╧╨╤╥╙╘╒╓╫╪┘┌█▄▌▐▀αßΓπΣσµτΦΘΩδ∞φε∩≡"
+    u"±≥≤⌠⌡÷≈"
     u"°∙·√ⁿ²■\u00A0";
 
 constexpr std::size_t kSafeName_Most = 240;   // under the 255 of a file system, with room for a number and an ending

@@ -54,7 +54,8 @@ ZipFault ReadEnd(CByteSource& source, std::uint64_t endAt, ZipBytes record, ZipE
 }
 
 /** One record of the directory off the front of `bytes`. `moved` is what lies before the zip. */
-ZipFault ReadCentral(ZipBytes& bytes, std::uint64_t moved, std::uint64_t directoryAt, std::vector<CZipMember>& members) {
+ZipFault ReadCentral(ZipBytes& bytes, std::uint64_t moved, std::uint64_t directoryAt,
+                     std::vector<CZipMember>& members) {
     if (bytes.size() < kZip_CentralBytes || ZipU32(bytes, 0) != kZip_Central) return ZipFault::kDirectory;
     const std::size_t nameL = ZipU16(bytes, 28), extraL = ZipU16(bytes, 30), commentL = ZipU16(bytes, 32);
     if (nameL + extraL + commentL > bytes.size() - kZip_CentralBytes) return ZipFault::kDirectory;
@@ -78,7 +79,8 @@ ZipFault ReadCentral(ZipBytes& bytes, std::uint64_t moved, std::uint64_t directo
     return ZipFault::kNone;
 }
 
-/** Members that reach into the next one: the way to make a small file unpack to a huge one, and never made in earnest. */
+/** Members that reach into the next one: the way to make a small file unpack to a huge one, and never made in earnest.
+ */
 void FindOverlaps(std::vector<CZipMember>& members) {
     std::vector<std::size_t> order(members.size());
     std::iota(order.begin(), order.end(), std::size_t{0});
@@ -93,10 +95,12 @@ void FindOverlaps(std::vector<CZipMember>& members) {
 
 /** The headers in front of the members are where the directory says. */
 bool ArePlacesRight(CByteSource& source, const std::vector<CZipMember>& members) {
-    return std::ranges::all_of(std::span(members).first(std::min(members.size(), kProbes)), [&](const CZipMember& member) {
-        std::byte signature[4];
-        return ReadZipAt(source, member.headerAt, signature) == ZipFault::kNone && ZipU32(signature, 0) == kZip_Local;
-    });
+    return std::ranges::all_of(std::span(members).first(std::min(members.size(), kProbes)),
+                               [&](const CZipMember& member) {
+                                   std::byte signature[4];
+                                   return ReadZipAt(source, member.headerAt, signature) == ZipFault::kNone &&
+                                          ZipU32(signature, 0) == kZip_Local;
+                               });
 }
 
 ZipFault ReadDirectory(CByteSource& source, const ZipEnd& end, std::vector<CZipMember>& members) {
@@ -137,6 +141,7 @@ ZipFault ReadZipDirectory(CByteSource& source, std::vector<CZipMember>& members)
     std::vector<std::byte> tail(static_cast<std::size_t>(tailL));
     if (const ZipFault fault = ReadZipAt(source, tailAt, tail); fault != ZipFault::kNone) return fault;
     ZipFault first = ZipFault::kNone;
+    bool firstExactB = false;
     int triedL = 0;
     for (std::size_t n = tail.size(); n-- > 0 && triedL < kEnds_Most;) {
         const ZipBytes record = ZipBytes(tail).subspan(n);
@@ -149,7 +154,10 @@ ZipFault ReadZipDirectory(CByteSource& source, std::vector<CZipMember>& members)
             if (fault == ZipFault::kNone) fault = ReadDirectory(source, end, members);
             if (fault == ZipFault::kNone) return fault;
         }
-        if (first == ZipFault::kNone) first = fault;
+        // A record whose comment ends with the file is the one that was meant; others may be words of a comment.
+        const bool exactB = ZipU16(record, 20) == record.size() - kZip_EndBytes;
+        if (first == ZipFault::kNone || (exactB && !firstExactB)) first = fault;
+        firstExactB |= exactB;
     }
     if (first != ZipFault::kNone) return first;
     std::byte signature[4];

@@ -7,8 +7,8 @@
 
 namespace {
 
-constexpr std::uint64_t kJunk_Most = 1 << 20;    // before the first member
-constexpr int kLostSearches_Most = 8;            // each may read the rest of the file
+constexpr std::uint64_t kJunk_Most = 1 << 20;   // before the first member
+constexpr int kLostSearches_Most = 8;           // each may read the rest of the file
 constexpr std::uint64_t kNowhere = UINT64_MAX;
 
 /** Walks a file for signatures, block by block. */
