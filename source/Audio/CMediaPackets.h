@@ -1,0 +1,84 @@
+#pragma once
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Audio/CMediaBytes.h"
+
+struct AVCodecParameters;
+struct AVFormatContext;
+struct AVPacket;
+struct AVRational;
+struct AVStream;
+
+/** One packet of the sound, as the table keeps it. Counts are samples of one channel at the decoder's rate. */
+struct MediaPacketRow {
+    std::int64_t placeL = -1;        // in the file; -1: `heldP` has the bytes
+    std::uint32_t sizeL = 0;
+    std::uint32_t leadL = 0;         // samples cut off its front (encoder delay)
+    std::uint32_t countL = 0;        // samples that are heard
+    bool countedB = false;           // leadL and countL are known
+    bool failedB = false;            // did not decode; silence stands for it
+    std::uint64_t startL = 0;        // samples heard before it
+    std::shared_ptr<AVPacket> heldP;
+};
+
+/** The sound's packets in the order of the file, each of which can be had again exactly: demuxers find their way back by
+    time, which is a guess in many formats, so the way forth is written down instead. Packets that lie in one piece in the
+    file are kept as places, others are held as they are, up to kMediaPackets_MostHeld bytes.
+    Threads  one at a time; Abort any.
+    Owner    CMediaAudio.
+    Errors   statuses. paramErr: no sound that we can read. */
+class CMediaPackets {
+public:
+    CMediaPackets();
+    ~CMediaPackets();
+    CMediaPackets(const CMediaPackets&) = delete;
+    CMediaPackets& operator=(const CMediaPackets&) = delete;
+
+    /** `extension` without its dot helps where the contents are no sure sign; "pcm" and "raw" are 16-bit stereo. */
+    OSErr Open(CByteSource& source, std::string_view extension);
+    /** The packet at Position, which moves on. eofErr after the last one; ioErr, abortErr. */
+    OSErr Next(AVPacket& packet);
+    [[nodiscard]] std::size_t Position() const noexcept { return i_positionL; }
+    /** To a packet of the table, or to its end. */
+    void GoTo(std::size_t number) noexcept { i_positionL = number; }
+    /** Reads the file anew from its first packet, with an empty table. */
+    OSErr Restart();
+
+    /** Those met so far, while the table is kept. */
+    [[nodiscard]] std::vector<MediaPacketRow>& Rows() noexcept { return i_rows; }
+    [[nodiscard]] bool HasTable() const noexcept { return i_tableB; }
+    void DropTable();
+    /** The whole file was met. */
+    [[nodiscard]] bool IsComplete() const noexcept { return i_endB; }
+
+    [[nodiscard]] const AVCodecParameters& Parameters() const;
+    [[nodiscard]] AVRational TimeBase() const;
+    [[nodiscard]] const std::string& Container() const noexcept { return i_container; }
+    /** 0 when nothing tells. */
+    [[nodiscard]] double Seconds() const;
+    void Abort() noexcept { i_bytes.Abort(); }
+    [[nodiscard]] bool IsAborted() const noexcept { return i_bytes.IsAborted(); }
+
+    static constexpr std::size_t kMediaPackets_MostHeld = 64U << 20;
+    static constexpr std::size_t kMediaPackets_MostRows = 4U << 20;   // 23 hours of MP3
+
+private:
+    OSErr OpenFormat();
+    OSErr ReadFromFile(AVPacket& packet);
+    OSErr ReadFromTable(const MediaPacketRow& row, AVPacket& packet);
+    void Note(const AVPacket& packet);
+    [[nodiscard]] bool LiesThere(const AVPacket& packet);
+
+    CMediaBytes i_bytes;
+    AVFormatContext* i_formatP = nullptr;
+    AVStream* i_streamP = nullptr;
+    CByteSource* i_sourceP = nullptr;
+    std::string i_extension, i_container;
+    std::vector<MediaPacketRow> i_rows;
+    std::size_t i_positionL = 0, i_heldL = 0;
+    bool i_tableB = true, i_endB = false, i_placesB = false;
+};

@@ -1,0 +1,113 @@
+#include "Audio/CMediaResampler.h"
+
+#include <algorithm>
+#include <array>
+
+#include "Audio/SpoolUnits.h"
+
+extern "C" {
+#include <libavutil/channel_layout.h>
+#include <libavutil/frame.h>
+#include <libavutil/samplefmt.h>
+#include <libswresample/swresample.h>
+}
+
+namespace {
+constexpr int kMedia_Channels = 2;
+constexpr int kMedia_MostChannels = 64;        // of libswresample
+constexpr int kMedia_LeastRate = 1000, kMedia_MostRate = 768000;
+constexpr std::size_t kMedia_SilenceStep = 4096;
+
+std::uint64_t Mask(const AVFrame& frame) {
+    return frame.ch_layout.order == AV_CHANNEL_ORDER_NATIVE ? frame.ch_layout.u.mask : 0;
+}
+}   // namespace
+
+CMediaResampler::~CMediaResampler() { swr_free(&i_swrP); }
+
+void CMediaResampler::Reset() {
+    swr_free(&i_swrP);
+    i_rate = i_channels = 0;
+    i_format = -1;
+    i_mask = 0;
+}
+
+bool CMediaResampler::Fits(const AVFrame& frame) const {
+    return i_swrP != nullptr && i_rate == frame.sample_rate && i_channels == frame.ch_layout.nb_channels &&
+           i_format == frame.format && i_mask == Mask(frame);
+}
+
+bool CMediaResampler::Configure(const AVFrame& frame) {
+    Reset();
+    const int channels = frame.ch_layout.nb_channels;
+    if (channels < 1 || channels > kMedia_MostChannels) return false;
+    if (frame.sample_rate < kMedia_LeastRate || frame.sample_rate > kMedia_MostRate) return false;
+    AVChannelLayout in{}, out{};
+    if (Mask(frame) != 0)
+        av_channel_layout_from_mask(&in, Mask(frame));
+    else
+        av_channel_layout_default(&in, channels);
+    av_channel_layout_default(&out, kMedia_Channels);
+    if (in.order == AV_CHANNEL_ORDER_UNSPEC) {   // a number of channels without a usual layout: the first two
+        av_channel_layout_uninit(&in);
+        return false;
+    }
+    const int result =
+        swr_alloc_set_opts2(&i_swrP, &out, AV_SAMPLE_FMT_S16, static_cast<int>(kSamplesPerSecond), &in,
+                            static_cast<AVSampleFormat>(frame.format), frame.sample_rate, 0, nullptr);
+    av_channel_layout_uninit(&in);
+    if (result < 0) return false;
+    constexpr std::array<double, 2> kMono{1.0, 1.0};   // the library's own rule takes 3 dB off
+    if (channels == 1) swr_set_matrix(i_swrP, kMono.data(), 1);
+    if (swr_init(i_swrP) < 0) {
+        swr_free(&i_swrP);
+        return false;
+    }
+    i_rate = frame.sample_rate;
+    i_channels = channels;
+    i_format = frame.format;
+    i_mask = Mask(frame);
+    return true;
+}
+
+bool CMediaResampler::Push(const std::uint8_t* const* planesPP, std::size_t countL, std::vector<std::int16_t>& to) {
+    const int roomL = swr_get_out_samples(i_swrP, static_cast<int>(countL));
+    if (roomL < 0) return false;
+    const std::size_t beforeL = to.size();
+    to.resize(beforeL + static_cast<std::size_t>(roomL) * kMedia_Channels);
+    std::uint8_t* outP = reinterpret_cast<std::uint8_t*>(to.data() + beforeL);
+    const int gotL = swr_convert(i_swrP, &outP, roomL, const_cast<const std::uint8_t**>(planesPP), static_cast<int>(countL));
+    to.resize(beforeL + static_cast<std::size_t>(std::max(gotL, 0)) * kMedia_Channels);
+    return gotL >= 0;
+}
+
+bool CMediaResampler::Convert(const AVFrame& frame, std::size_t fromL, std::size_t countL, std::vector<std::int16_t>& to) {
+    const auto format = static_cast<AVSampleFormat>(frame.format);
+    const bool planarB = av_sample_fmt_is_planar(format) != 0;
+    const auto planesL = static_cast<std::size_t>(planarB ? i_channels : 1);
+    const auto stepL = static_cast<std::size_t>(av_get_bytes_per_sample(format) * (planarB ? 1 : i_channels));
+    std::array<const std::uint8_t*, kMedia_MostChannels> planes{};
+    for (std::size_t n = 0; n < planesL; ++n) planes[n] = frame.extended_data[n] + fromL * stepL;
+    return Push(planes.data(), countL, to);
+}
+
+bool CMediaResampler::ConvertSilence(std::size_t countL, std::vector<std::int16_t>& to) {
+    if (i_swrP == nullptr) return true;
+    const auto format = static_cast<AVSampleFormat>(i_format);
+    const auto bytesL = static_cast<std::size_t>(av_get_bytes_per_sample(format) * i_channels) * kMedia_SilenceStep;
+    std::vector<std::uint8_t> quiet(bytesL, format == AV_SAMPLE_FMT_U8 || format == AV_SAMPLE_FMT_U8P ? 0x80 : 0);
+    std::array<const std::uint8_t*, kMedia_MostChannels> planes{};
+    planes.fill(quiet.data());
+    while (countL > 0) {
+        const std::size_t stepL = std::min(countL, kMedia_SilenceStep);
+        if (!Push(planes.data(), stepL, to)) return false;
+        countL -= stepL;
+    }
+    return true;
+}
+
+bool CMediaResampler::Flush(std::vector<std::int16_t>& to) {
+    const bool doneB = i_swrP == nullptr || Push(nullptr, 0, to);
+    Reset();
+    return doneB;
+}
