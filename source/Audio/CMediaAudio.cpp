@@ -16,7 +16,7 @@ extern "C" {
 }
 
 namespace {
-constexpr std::uint64_t kMedia_FilterTaps = 64;      // more than the resampler's filter, at its own rate
+constexpr std::uint64_t kMedia_FilterTaps = 64;   // more than the resampler's filter, at its own rate
 constexpr std::uint64_t kMedia_Near = kSamplesPerSecond / 4;
 }   // namespace
 
@@ -75,7 +75,7 @@ public:
     CMediaPackets i_packets;
     CMediaFrames i_frames{i_packets};
     MediaFacts i_facts;
-    std::uint64_t i_posL = 0;      // frames given to the caller
+    std::uint64_t i_posL = 0;   // frames given to the caller
     bool i_exactB = false;
 
 private:
@@ -126,14 +126,16 @@ private:
     OSErr Jump(std::uint64_t frame) {
         std::uint64_t sampleL = 0, atL = 0;
         if (i_packets.HasTable() && i_rate > 0) {
-            // The filter's grid comes round every `stepIn` samples: from there on it gives what a straight reading gives.
+            // The filter's grid comes round every `stepIn` samples: from there on it gives what a straight reading
+            // gives.
             const auto rate = static_cast<std::uint64_t>(i_rate);
             const std::uint64_t common = std::gcd(rate, std::uint64_t{kSamplesPerSecond});
             const std::uint64_t stepIn = rate / common, stepOut = kSamplesPerSecond / common;
             const std::uint64_t warmL =
                 rate == kSamplesPerSecond ? 0 : kMedia_FilterTaps * (1 + rate / kSamplesPerSecond) + stepIn;
             const auto grid = [&](std::uint64_t sample) { return sample > warmL ? (sample - warmL) / stepIn : 0; };
-            std::uint64_t stepL = grid(frame / kSamplesPerSecond * rate + frame % kSamplesPerSecond * rate / kSamplesPerSecond);
+            std::uint64_t stepL =
+                grid(frame / kSamplesPerSecond * rate + frame % kSamplesPerSecond * rate / kSamplesPerSecond);
             const std::uint64_t reachL = i_frames.Reach(stepL * stepIn);
             if (i_packets.IsAborted()) return abortErr;
             if (stepL * stepIn > reachL) stepL = reachL / stepIn;
@@ -170,7 +172,7 @@ private:
     std::vector<std::int16_t> i_pending;   // decoded, not given yet, from i_pendingAtL on
     std::size_t i_pendingAtL = 0;
     std::uint64_t i_totalL = 0;
-    int i_rate = 0;                        // of the file, once something was decoded
+    int i_rate = 0;   // of the file, once something was decoded
     bool i_openB = false, i_endB = false;
     OSErr i_endErr = eofErr;
 };

@@ -12,8 +12,8 @@
 struct MediaFacts {
     std::string container, codec;   // FFmpeg's names: "mp3", "matroska,webm"; "mp3float", "aac"
     int channels = 0;
-    int rate = 0;                   // frames a second in the file
-    double seconds = 0;             // as told by the file; 0: not told
+    int rate = 0;         // frames a second in the file
+    double seconds = 0;   // as told by the file; 0: not told
 };
 
 /** Any sound that FFmpeg reads, of an audio file or of the sound track of a movie, as the chain's sound: 44.1 kHz,
@@ -37,8 +37,8 @@ public:
     /** Whole frames into the front of `to`; `gotL` samples. Less than `to` only at the end. eofErr with nothing got. */
     OSErr Read(std::span<std::int16_t> to, std::size_t& gotL);
     /** The next Read begins at `frame`, with the samples that a straight reading has there. After the end is the end.
-        Where the table of packets does not reach, what lies between is read, in some formats decoded. Codecs that fill in
-        noise of their own (AAC, Opus, WMA) may fill in another. */
+        Where the table of packets does not reach, what lies between is read, in some formats decoded. Codecs that fill
+       in noise of their own (AAC, Opus, WMA) may fill in another. */
     OSErr Seek(std::uint64_t frame);
     [[nodiscard]] std::uint64_t Position() const noexcept;
 

@@ -56,7 +56,8 @@ int CMediaBytes::ReadPacket(void* selfP, std::uint8_t* toP, int sizeL) {
     if (sizeL <= 0) return AVERROR_EOF;
     if (self.i_budgetL == 0) return AVERROR_EOF;
     std::size_t got = 0;
-    const OSErr err = self.ReadSome(self.i_posL, std::as_writable_bytes(std::span(toP, static_cast<std::size_t>(sizeL))), got);
+    const OSErr err =
+        self.ReadSome(self.i_posL, std::as_writable_bytes(std::span(toP, static_cast<std::size_t>(sizeL))), got);
     self.i_posL += got;
     if (self.i_budgetL != kBudget_None) self.i_budgetL -= std::min<std::uint64_t>(self.i_budgetL, got);
     if (got > 0) return static_cast<int>(got);

@@ -51,8 +51,8 @@ OSErr CMediaFrames::OpenCodec() {
     if (i_codecP == nullptr) return memFullErr;
     if (avcodec_parameters_to_context(i_codecP, &parameters) < 0) return paramErr;
     i_codecP->pkt_timebase = i_packets.TimeBase();
-    i_codecP->thread_count = 1;                         // a packet in, its sound out
-    i_codecP->flags2 |= AV_CODEC_FLAG2_SKIP_MANUAL;     // we cut, so that a seek can cut the same
+    i_codecP->thread_count = 1;                       // a packet in, its sound out
+    i_codecP->flags2 |= AV_CODEC_FLAG2_SKIP_MANUAL;   // we cut, so that a seek can cut the same
     if (avcodec_open2(i_codecP, codecP, nullptr) < 0) return paramErr;
     i_current = {};
     i_skipL = 0;
@@ -108,7 +108,7 @@ OSErr CMediaFrames::Next(MediaPiece& piece) {
         if (!i_fetchedB) {
             if (const OSErr err = Fetch(); Failed(err)) return err;
         }
-        if (i_drainB) continue;                  // what the decoder still has belongs to the last packet
+        if (i_drainB) continue;   // what the decoder still has belongs to the last packet
         if (CloseRow(piece)) return noErr;
         Send();
     }
@@ -221,8 +221,7 @@ std::uint32_t CMediaFrames::Expected(const AVPacket& packet) const {
     const AVCodecParameters& parameters = i_packets.Parameters();
     const AVRational base = i_packets.TimeBase();
     if (IsOneLength(i_codecP->codec_id)) return i_variesB ? 0 : i_packetSamplesL;
-    if (IsPCM(i_codecP->codec_id) && parameters.block_align > 0)
-        return Bounded(packet.size / parameters.block_align);
+    if (IsPCM(i_codecP->codec_id) && parameters.block_align > 0) return Bounded(packet.size / parameters.block_align);
     if (i_codecP->codec_id == AV_CODEC_ID_FLAC && base.num == 1 && base.den == parameters.sample_rate)
         return Bounded(packet.duration);
     return 0;
@@ -281,7 +280,8 @@ OSErr CMediaFrames::GoTo(std::uint64_t sample) {
     i_firstRowL = rowL;
     i_dropL = counted.empty() ? 0 : sample - counted[rowL].startL;
     i_packets.GoTo(rowL - std::min(rowL, PreRoll()));
-    return OpenCodec();   // not flushed: some decoders keep a state beyond a flush, and the same place must sound the same
+    return OpenCodec();   // not flushed: some decoders keep a state beyond a flush, and the same place must sound the
+                          // same
 }
 
 OSErr CMediaFrames::Restart() {
@@ -289,8 +289,10 @@ OSErr CMediaFrames::Restart() {
     i_dropL = 0;
     if (i_packets.HasTable()) {
         i_packets.GoTo(0);
-    } else if (const OSErr err = i_packets.Restart(); Failed(err)) {
-        return err;
+    } else {   // and as on the first reading, nothing is known of what comes
+        i_packetSamplesL = 0;
+        i_variesB = false;
+        if (const OSErr err = i_packets.Restart(); Failed(err)) return err;
     }
     return OpenCodec();
 }

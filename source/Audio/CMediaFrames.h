@@ -58,12 +58,12 @@ private:
     [[nodiscard]] std::size_t CountedRows();
     [[nodiscard]] std::size_t PreRoll() const;
 
-    struct Current {                    // the packet in the decoder
+    struct Current {   // the packet in the decoder
         std::size_t rowL = 0;
         bool openB = false, knownB = false, failedB = false;
-        std::uint32_t expectedL = 0;    // 0: cannot be told
-        std::uint32_t rawL = 0;         // decoded so far
-        std::uint32_t leadL = 0;        // of those, cut off the front
+        std::uint32_t expectedL = 0;   // 0: cannot be told
+        std::uint32_t rawL = 0;        // decoded so far
+        std::uint32_t leadL = 0;       // of those, cut off the front
         std::uint32_t heardL = 0;
     };
 
@@ -72,14 +72,14 @@ private:
     AVFrame* i_frameP = nullptr;
     AVPacket* i_packetP = nullptr;
     Current i_current;
-    std::uint32_t i_skipL = 0;          // encoder delay still to be cut off
-    std::uint64_t i_silenceL = 0;       // of damaged packets; heard once a good one follows
-    std::size_t i_firstRowL = 0;        // those before only warm the decoder
-    std::uint64_t i_dropL = 0;          // of the first row, before the place
-    std::uint32_t i_packetSamplesL = 0; // of every packet so far, for codecs where it is one number
+    std::uint32_t i_skipL = 0;            // encoder delay still to be cut off
+    std::uint64_t i_silenceL = 0;         // of damaged packets; heard once a good one follows
+    std::size_t i_firstRowL = 0;          // those before only warm the decoder
+    std::uint64_t i_dropL = 0;            // of the first row, before the place
+    std::uint32_t i_packetSamplesL = 0;   // of every packet so far, for codecs where it is one number
     bool i_variesB = false, i_drainB = false, i_endB = false;
-    bool i_heldFrameB = false;          // i_frameP waits behind silence
-    bool i_fetchedB = false;            // i_packetP waits for the one before to be closed
+    bool i_heldFrameB = false;   // i_frameP waits behind silence
+    bool i_fetchedB = false;     // i_packetP waits for the one before to be closed
     std::size_t i_fetchedL = 0;
     OSErr i_endErr = eofErr;
     std::uint64_t i_damagedL = 0;

@@ -16,11 +16,12 @@ namespace {
 
 /** Only formats that hold their own sound: playlists and the like would make the library open other files and URLs. */
 constexpr const char* kMedia_Formats =
-    "aac,ac3,aiff,amr,amrnb,amrwb,ape,asf,au,avi,caf,dts,eac3,flac,flv,matroska,mov,mp3,mp4,mpc,mpc8,mpeg,mpegts,ogg,rm,s16le,tta,"
+    "aac,ac3,aiff,amr,amrnb,amrwb,ape,asf,au,avi,caf,dts,eac3,flac,flv,matroska,mov,mp3,mp4,mpc,mpc8,mpeg,mpegts,ogg,"
+    "rm,s16le,tta,"
     "w64,wav,webm,wv";
 /** Of those, where a packet is one piece of the file (checked on the first few). */
-constexpr std::array<std::string_view, 9> kMedia_InOnePiece = {"aac",  "ac3", "aiff", "amr",
-                                                               "flac", "mov,mp4,m4a,3gp,3g2,mj2", "mp3", "w64", "wav"};
+constexpr std::array<std::string_view, 9> kMedia_InOnePiece = {
+    "aac", "ac3", "aiff", "amr", "flac", "mov,mp4,m4a,3gp,3g2,mj2", "mp3", "w64", "wav"};
 constexpr std::size_t kMedia_PlacesChecked = 4;
 constexpr std::int64_t kMedia_ProbeBytes = 2 << 20;
 constexpr std::int64_t kMedia_AnalyzeTime = 2 * AV_TIME_BASE;
@@ -57,7 +58,8 @@ OSErr CMediaPackets::Open(CByteSource& source, std::string_view extension) {
     i_sourceP = &source;
     i_extension.clear();
     for (const char c : extension.substr(0, 8))
-        if (c > ' ' && c < 127 && c != '/' && c != ':') i_extension += static_cast<char>(c >= 'A' && c <= 'Z' ? c + 32 : c);
+        if (c > ' ' && c < 127 && c != '/' && c != ':')
+            i_extension += static_cast<char>(c >= 'A' && c <= 'Z' ? c + 32 : c);
     if (const OSErr err = i_bytes.Open(source); Failed(err)) return err;
     return OpenFormat();
 }
@@ -142,7 +144,8 @@ OSErr CMediaPackets::ReadFromFile(AVPacket& packet) {
             av_packet_unref(&packet);
             continue;
         }
-        if (result == AVERROR_EOF || result == AVERROR(EIO) || result == AVERROR(ENOMEM) || ++bad > kMedia_MostBadReads) {
+        if (result == AVERROR_EOF || result == AVERROR(EIO) || result == AVERROR(ENOMEM) ||
+            ++bad > kMedia_MostBadReads) {
             i_endB = true;
             return Failed(i_bytes.Err()) ? i_bytes.Err() : eofErr;
         }
@@ -161,7 +164,8 @@ bool CMediaPackets::LiesThere(const AVPacket& packet) {
 
 void CMediaPackets::Note(const AVPacket& packet) {
     if (!i_tableB) return;
-    if (i_placesB && (packet.pos < 0 || (i_rows.size() < kMedia_PlacesChecked && !LiesThere(packet)))) i_placesB = false;
+    if (i_placesB && (packet.pos < 0 || (i_rows.size() < kMedia_PlacesChecked && !LiesThere(packet))))
+        i_placesB = false;
     MediaPacketRow row;
     row.sizeL = static_cast<std::uint32_t>(packet.size);
     if (i_placesB && packet.side_data_elems == 0) {   // what stands beside the bytes is in no place of the file

@@ -15,22 +15,20 @@ struct AVStream;
 
 /** One packet of the sound, as the table keeps it. Counts are samples of one channel at the decoder's rate. */
 struct MediaPacketRow {
-    std::int64_t placeL = -1;        // in the file; -1: `heldP` has the bytes
+    std::int64_t placeL = -1;   // in the file; -1: `heldP` has the bytes
     std::uint32_t sizeL = 0;
-    std::uint32_t leadL = 0;         // samples cut off its front (encoder delay)
-    std::uint32_t countL = 0;        // samples that are heard
-    bool countedB = false;           // leadL and countL are known
-    bool failedB = false;            // did not decode; silence stands for it
-    std::uint64_t startL = 0;        // samples heard before it
+    std::uint32_t leadL = 0;    // samples cut off its front (encoder delay)
+    std::uint32_t countL = 0;   // samples that are heard
+    bool countedB = false;      // leadL and countL are known
+    bool failedB = false;       // did not decode; silence stands for it
+    std::uint64_t startL = 0;   // samples heard before it
     std::shared_ptr<AVPacket> heldP;
 };
 
-/** The sound's packets in the order of the file, each of which can be had again exactly: demuxers find their way back by
-    time, which is a guess in many formats, so the way forth is written down instead. Packets that lie in one piece in the
-    file are kept as places, others are held as they are, up to kMediaPackets_MostHeld bytes.
-    Threads  one at a time; Abort any.
-    Owner    CMediaAudio.
-    Errors   statuses. paramErr: no sound that we can read. */
+/** The sound's packets in the order of the file, each of which can be had again exactly: demuxers find their way back
+   by time, which is a guess in many formats, so the way forth is written down instead. Packets that lie in one piece in
+   the file are kept as places, others are held as they are, up to kMediaPackets_MostHeld bytes. Threads  one at a time;
+   Abort any. Owner    CMediaAudio. Errors   statuses. paramErr: no sound that we can read. */
 class CMediaPackets {
 public:
     CMediaPackets();

@@ -14,7 +14,7 @@ extern "C" {
 
 namespace {
 constexpr int kMedia_Channels = 2;
-constexpr int kMedia_MostChannels = 64;        // of libswresample
+constexpr int kMedia_MostChannels = 64;   // of libswresample
 constexpr int kMedia_LeastRate = 1000, kMedia_MostRate = 768000;
 constexpr std::size_t kMedia_SilenceStep = 4096;
 
@@ -52,9 +52,8 @@ bool CMediaResampler::Configure(const AVFrame& frame) {
         av_channel_layout_uninit(&in);
         return false;
     }
-    const int result =
-        swr_alloc_set_opts2(&i_swrP, &out, AV_SAMPLE_FMT_S16, static_cast<int>(kSamplesPerSecond), &in,
-                            static_cast<AVSampleFormat>(frame.format), frame.sample_rate, 0, nullptr);
+    const int result = swr_alloc_set_opts2(&i_swrP, &out, AV_SAMPLE_FMT_S16, static_cast<int>(kSamplesPerSecond), &in,
+                                           static_cast<AVSampleFormat>(frame.format), frame.sample_rate, 0, nullptr);
     av_channel_layout_uninit(&in);
     if (result < 0) return false;
     constexpr std::array<double, 2> kMono{1.0, 1.0};   // the library's own rule takes 3 dB off
@@ -76,12 +75,14 @@ bool CMediaResampler::Push(const std::uint8_t* const* planesPP, std::size_t coun
     const std::size_t beforeL = to.size();
     to.resize(beforeL + static_cast<std::size_t>(roomL) * kMedia_Channels);
     std::uint8_t* outP = reinterpret_cast<std::uint8_t*>(to.data() + beforeL);
-    const int gotL = swr_convert(i_swrP, &outP, roomL, const_cast<const std::uint8_t**>(planesPP), static_cast<int>(countL));
+    const int gotL =
+        swr_convert(i_swrP, &outP, roomL, const_cast<const std::uint8_t**>(planesPP), static_cast<int>(countL));
     to.resize(beforeL + static_cast<std::size_t>(std::max(gotL, 0)) * kMedia_Channels);
     return gotL >= 0;
 }
 
-bool CMediaResampler::Convert(const AVFrame& frame, std::size_t fromL, std::size_t countL, std::vector<std::int16_t>& to) {
+bool CMediaResampler::Convert(const AVFrame& frame, std::size_t fromL, std::size_t countL,
+                              std::vector<std::int16_t>& to) {
     const auto format = static_cast<AVSampleFormat>(frame.format);
     const bool planarB = av_sample_fmt_is_planar(format) != 0;
     const auto planesL = static_cast<std::size_t>(planarB ? i_channels : 1);

@@ -6,12 +6,10 @@
 struct AVFrame;
 struct SwrContext;
 
-/** Whatever a decoder gives, as the chain's sound: 44.1 kHz, stereo, 16 bits. One channel comes out of both sides at its
-    full level; more than two are mixed by the library's rule. Samples at 44.1 kHz come out at once, others a filter's
-    length later.
-    Threads  one at a time.
-    Owner    CMediaAudio.
-    Errors   false: no room, or a form of sound that cannot be. */
+/** Whatever a decoder gives, as the chain's sound: 44.1 kHz, stereo, 16 bits. One channel comes out of both sides at
+   its full level; more than two are mixed by the library's rule. Samples at 44.1 kHz come out at once, others a
+   filter's length later. Threads  one at a time. Owner    CMediaAudio. Errors   false: no room, or a form of sound that
+   cannot be. */
 class CMediaResampler {
 public:
     CMediaResampler() = default;

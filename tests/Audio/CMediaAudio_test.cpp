@@ -1,0 +1,276 @@
+#include "Audio/CMediaAudio.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <random>
+#include <vector>
+
+#include "MediaFiles.h"
+
+namespace {
+
+using Samples = std::vector<std::int16_t>;
+
+std::string Extension(const MediaFile& file) {
+    const std::string name = file.nameZ;
+    return name.substr(name.rfind('.') + 1);
+}
+
+Samples ReadAll(CMediaAudio& audio, std::mt19937* randomP = nullptr) {
+    Samples all, block(5000);
+    for (;;) {
+        const std::size_t askL = randomP != nullptr ? (*randomP)() % 2500 * 2 + 2 : block.size();
+        std::size_t gotL = 0;
+        const OSErr err = audio.Read(std::span(block).first(askL), gotL);
+        all.insert(all.end(), block.begin(), block.begin() + static_cast<std::ptrdiff_t>(gotL));
+        if (Failed(err)) {
+            EXPECT_EQ(gotL, 0U);
+            EXPECT_EQ(err, eofErr);
+            return all;
+        }
+    }
+}
+
+int Difference(std::span<const std::int16_t> a, std::span<const std::int16_t> b) {
+    int most = 0;
+    for (std::size_t n = 0; n < std::min(a.size(), b.size()); ++n) most = std::max(most, std::abs(a[n] - b[n]));
+    return most;
+}
+
+class CMediaAudioFiles : public testing::TestWithParam<MediaFile> {
+protected:
+    void SetUp() override { MediaFiles::Get(); }
+};
+
+TEST_P(CMediaAudioFiles, GivesTheSamplesThatTheFfmpegProgramGives) {
+    const MediaFile& file = GetParam();
+    MemorySource source(MediaFiles::Bytes(file));
+    CMediaAudio audio;
+    ASSERT_EQ(audio.Open(source, Extension(file)), noErr);
+    EXPECT_EQ(audio.Facts().rate, file.rate);
+    EXPECT_EQ(audio.Facts().channels, file.channels);
+    EXPECT_NEAR(static_cast<double>(audio.TotalFrames()), 2.3 * 44100, 0.15 * 44100);
+    std::mt19937 random(7);
+    const Samples got = ReadAll(audio, &random), wanted = MediaFiles::Witness(file);
+    ASSERT_GT(wanted.size(), 2U * 44100);
+    EXPECT_EQ(got.size(), wanted.size());
+    EXPECT_LE(Difference(got, wanted), file.within);
+    EXPECT_TRUE(audio.IsTotalExact());
+    EXPECT_EQ(audio.TotalFrames(), got.size() / 2);
+    EXPECT_EQ(audio.DamagedPackets(), 0U);
+}
+
+/** Where `part` lies in `all` near `frame`: the shift at which they differ least. */
+int ShiftOf(std::span<const std::int16_t> part, std::span<const std::int16_t> all, std::size_t frame) {
+    double least = 1e300;
+    int best = 1 << 20;
+    for (int shift = -40; shift <= 40; ++shift) {
+        const std::int64_t from = (static_cast<std::int64_t>(frame) + shift) * 2;
+        if (from < 0 || static_cast<std::size_t>(from) + part.size() > all.size()) continue;
+        double sum = 0;
+        for (std::size_t n = 0; n < part.size(); ++n)
+            sum += std::pow(double{1} * part[n] - all[static_cast<std::size_t>(from) + n], 2);
+        if (sum < least) least = sum, best = shift;
+    }
+    return best;
+}
+
+TEST_P(CMediaAudioFiles, IsAfterASeekWhereAStraightReadingIs) {
+    const MediaFile& file = GetParam();
+    MemorySource source(MediaFiles::Bytes(file)), again(source.i_bytes);
+    CMediaAudio straight;
+    ASSERT_EQ(straight.Open(again, Extension(file)), noErr);
+    const Samples all = ReadAll(straight);
+    std::mt19937 random(11);
+    for (int round = 0; round < 3; ++round) {   // each begins with a seek into what was never read
+        CMediaAudio audio;
+        ASSERT_EQ(audio.Open(source, Extension(file)), noErr);
+        for (int seek = 0; seek < 10; ++seek) {
+            const std::size_t frame = random() % (all.size() / 2 + 200);
+            SCOPED_TRACE(testing::Message() << "round " << round << ", seek " << seek << " to " << frame);
+            ASSERT_EQ(audio.Seek(frame), noErr);
+            Samples part(random() % 3000 * 2 + 400);
+            std::size_t gotL = 0;
+            const OSErr err = audio.Read(part, gotL);
+            part.resize(gotL);
+            if (frame * 2 >= all.size()) {
+                ASSERT_EQ(err, eofErr);
+                ASSERT_EQ(gotL, 0U);
+                continue;
+            }
+            ASSERT_EQ(err, noErr);
+            ASSERT_EQ(audio.Position(), frame + gotL / 2);
+            const auto wanted = std::span<const std::int16_t>(all).subspan(frame * 2);
+            ASSERT_EQ(gotL, std::min(part.capacity(), wanted.size()));
+            if (!file.noisyB) {
+                ASSERT_EQ(Difference(part, wanted), 0);
+            } else if (frame > 50 && gotL > 500 && frame * 2 + gotL + 100 < all.size()) {
+                ASSERT_EQ(ShiftOf(part, all, frame), 0);
+            }
+        }
+    }
+}
+
+TEST_P(CMediaAudioFiles, CutDamagedAndMisnamedFilesEndWithAStatus) {
+    const MediaFile& file = GetParam();
+    const std::string whole = MediaFiles::Bytes(file);
+    std::mt19937 random(3);
+    for (int round = 0; round < 12; ++round) {
+        SCOPED_TRACE(testing::Message() << "round " << round);
+        std::string bytes = whole;
+        if (round % 2 == 0) bytes.resize(random() % bytes.size());
+        if (round > 3)
+            for (int n = 0; n < 40; ++n)
+                if (!bytes.empty()) bytes[random() % bytes.size()] = static_cast<char>(random());
+        if (round > 9) bytes.erase(0, bytes.size() / 3);
+        MemorySource source(bytes);
+        CMediaAudio audio;
+        const OSErr opened = audio.Open(source, round % 3 == 0 ? "txt" : Extension(file));
+        if (Failed(opened)) continue;
+        std::size_t totalL = 0;
+        for (int blocks = 0; blocks < 100; ++blocks) {
+            Samples block(8192);
+            std::size_t gotL = 0;
+            if (Failed(audio.Read(block, gotL))) break;
+            totalL += gotL;
+        }
+        const OSErr sought = audio.Seek(totalL / 4);
+        EXPECT_TRUE(!Failed(sought) || sought == paramErr) << Number(sought);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, CMediaAudioFiles, testing::ValuesIn(kMedia_Files), [](const auto& tested) {
+    std::string name = tested.param.nameZ;
+    std::ranges::replace(name, '.', '_');
+    return name;
+});
+
+TEST(CMediaAudio, PlaysAMRWhichItsEncoderIsMissingFor) {
+    std::mt19937 random(5);
+    std::string bytes = "#!AMR\n";
+    for (int frame = 0; frame < 60; ++frame) {   // 12.2 kbit/s; any bits are a sound
+        bytes += '\x3C';
+        for (int n = 0; n < 31; ++n) bytes += static_cast<char>(random());
+    }
+    MediaFiles::Get();
+    const auto path = MediaFiles::Folder() / ("voice" + std::to_string(::getpid()) + ".amr");
+    std::ofstream(path, std::ios::binary) << bytes;
+    MediaFiles::Run("ffmpeg -nostdin -v error -y -i " + path.string() +
+                    " -af 'pan=stereo|c0=c0|c1=c0' -f s16le -ar 44100 " + path.string() + ".out");
+    const Samples wanted = MediaFiles::Samples(MediaFiles::Bytes(path.string() + ".out"));
+    std::filesystem::remove(path);
+    std::filesystem::remove(path.string() + ".out");
+    MemorySource source(bytes);
+    CMediaAudio audio;
+    ASSERT_EQ(audio.Open(source, "amr"), noErr);
+    const Samples all = ReadAll(audio);
+    EXPECT_EQ(all.size(), wanted.size());
+    EXPECT_LE(Difference(all, wanted), 1);
+}
+
+TEST(CMediaAudio, GoesOnWhenTheStreamChangesItsForm) {
+    MediaFiles::Get();
+    const std::string first = MediaFiles::Bytes(MediaFiles::Folder() / "plain.mp3");
+    MemorySource source(first + MediaFiles::Bytes(MediaFiles::Folder() / "low.mp3") + first);
+    CMediaAudio audio;
+    ASSERT_EQ(audio.Open(source, "mp3"), noErr);
+    const Samples all = ReadAll(audio);
+    EXPECT_NEAR(static_cast<double>(all.size()) / 2, 3 * 2.3 * 44100, 3 * 4000.0);
+    for (const std::size_t frame : {200000U, 50000U, 260000U, 0U}) {   // over the joints, both ways
+        ASSERT_EQ(audio.Seek(frame), noErr);
+        Samples part(4000);
+        std::size_t gotL = 0;
+        ASSERT_EQ(audio.Read(part, gotL), noErr);
+        ASSERT_EQ(gotL, part.size());
+        EXPECT_EQ(Difference(part, std::span(all).subspan(frame * 2)), 0)
+            << frame << " shift " << ShiftOf(part, all, frame) << " damaged " << audio.DamagedPackets();
+    }
+}
+
+TEST(CMediaAudio, KeepsTheTimeWherePacketsAreDamaged) {
+    MediaFiles::Get();
+    std::string bytes = MediaFiles::Bytes(MediaFiles::Folder() / "song.m4a");
+    MemorySource good(bytes);
+    CMediaAudio clean;
+    ASSERT_EQ(clean.Open(good, "m4a"), noErr);
+    const Samples wanted = ReadAll(clean);
+    const std::size_t dataL = bytes.find("mdat") + 4;
+    for (std::size_t n = dataL + 9000; n < dataL + 12000; ++n) bytes[n] = static_cast<char>(0xFF);
+    MemorySource source(bytes);
+    CMediaAudio audio;
+    ASSERT_EQ(audio.Open(source, "m4a"), noErr);
+    const Samples all = ReadAll(audio);
+    EXPECT_GT(audio.DamagedPackets(), 0U);
+    ASSERT_EQ(all.size(), wanted.size());
+    const std::size_t tailL = 2 * 44100;
+    EXPECT_EQ(Difference(std::span(all).last(tailL), std::span(wanted).last(tailL)), 0);
+}
+
+TEST(CMediaAudio, OpensALongFileByItsHead) {
+    MediaFiles::Get();
+    for (const char* nameZ : {"plain.mp3", "adts.aac", "movie.mpg"}) {
+        const std::string once = MediaFiles::Bytes(MediaFiles::Folder() / nameZ);
+        std::string bytes;
+        while (bytes.size() < (24U << 20)) bytes += once;
+        MemorySource source(bytes);
+        CMediaAudio audio;
+        ASSERT_EQ(audio.Open(source), noErr) << nameZ;
+        EXPECT_LT(source.i_readL, 8U << 20) << nameZ;
+    }
+}
+
+TEST(CMediaAudio, TellsWhatIsNoSoundAndWhatWasAborted) {
+    MediaFiles::Get();
+    for (const std::string& bytes : {std::string(), std::string("text, no sound"), std::string(100000, '\0'),
+                                     std::string("#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\n/etc/passwd\n")}) {
+        MemorySource source(bytes);
+        CMediaAudio audio;
+        EXPECT_EQ(audio.Open(source, "mp3"), paramErr);
+        std::size_t gotL = 1;
+        Samples block(100);
+        EXPECT_EQ(audio.Read(block, gotL), paramErr);
+        EXPECT_EQ(gotL, 0U);
+        EXPECT_EQ(audio.Seek(3), paramErr);
+    }
+    MemorySource source(MediaFiles::Bytes(MediaFiles::Folder() / "cbr.mp3"));
+    CMediaAudio audio;
+    ASSERT_EQ(audio.Open(source, "mp3"), noErr);
+    audio.Abort();
+    Samples block(100000);
+    std::size_t gotL = 0;
+    EXPECT_EQ(audio.Read(block, gotL), abortErr);
+    EXPECT_EQ(audio.Seek(50000), abortErr);
+}
+
+TEST(CMediaAudio, GivesWhatItHasBeforeItTellsThatTheDiscFailed) {
+    MediaFiles::Get();
+    std::string bytes = MediaFiles::Bytes(MediaFiles::Folder() / "plain.mp3");
+    class BrokenSource final : public CByteSource {
+    public:
+        explicit BrokenSource(MemorySource& under) : i_under(under) {}
+        OSErr Read(std::span<std::byte> to, std::size_t& got) override {
+            got = 0;
+            return i_under.Position() > 20000 ? ioErr
+                                              : i_under.Read(to.first(std::min<std::size_t>(to.size(), 4000)), got);
+        }
+        OSErr Seek(std::uint64_t position) override { return i_under.Seek(position); }
+        [[nodiscard]] std::uint64_t Position() const override { return i_under.Position(); }
+        [[nodiscard]] std::uint64_t Size() const override { return i_under.Size(); }
+        MemorySource& i_under;
+    };
+    MemorySource under(bytes);
+    BrokenSource broken(under);
+    CMediaAudio other;
+    const OSErr opened = other.Open(broken, "mp3");
+    ASSERT_EQ(opened, noErr);
+    std::size_t totalL = 0, gotL = 0;
+    OSErr err = noErr;
+    for (Samples block(4000); !Failed(err = other.Read(block, gotL));) totalL += gotL;
+    EXPECT_EQ(err, ioErr);
+    EXPECT_GT(totalL, 40000U);
+}
+
+}   // namespace
