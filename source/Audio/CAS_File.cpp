@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "Core/Assertions.h"
 #include "Core/AlertHook.h"
+#include "Core/Assertions.h"
 #include "Core/CLog.h"
 
 namespace {
@@ -81,7 +81,7 @@ OSErr CAS_File::TellOpen(OSErr err, const char* stepZ) const {
 OSErr CAS_File::Open_i(bool writeB, std::uint64_t& sizeL) { return writeB ? OpenForWrite() : OpenForRead(sizeL); }
 
 OSErr CAS_File::OpenForWrite() {
-    i_failedB = false;
+    i_writeErr = noErr;
     return TellOpen(i_out.Start(), "opening file for writing");   // it begins empty
 }
 
@@ -104,7 +104,7 @@ OSErr CAS_File::Close_i(bool writeB) {
     if (!writeB) {
         if (i_fork.IsOpen()) err = i_fork.Close();
     } else if (i_out.IsOpen()) {
-        err = i_failedB ? ioErr : Err();
+        err = FirstOf(i_writeErr, Err());
         if (!Failed(err)) err = i_out.Finish();
         if (Failed(err)) i_out.Abandon();
     }
@@ -150,7 +150,7 @@ OSErr CAS_File::Write_i(std::span<const std::byte> bytes) {
     }
     if (!Failed(err)) return noErr;
     LogF("File spool write result: %d\n", Number(err));
-    i_failedB = true;
+    i_writeErr = FirstOf(i_writeErr, err);
     return err;
 }
 

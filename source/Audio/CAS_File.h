@@ -41,5 +41,5 @@ private:
     std::uint64_t i_atL = 0;      // bytes; never above i_bytesL
     CDataFork i_fork;
     CSafeOutput i_out;
-    bool i_failedB = false;
+    OSErr i_writeErr = noErr;   // the first failure
 };

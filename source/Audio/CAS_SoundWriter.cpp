@@ -19,7 +19,7 @@ CAS_SoundWriter::CAS_SoundWriter(const CFileRef& file, std::string name)
 OSErr CAS_SoundWriter::Open_i(bool writeB, std::uint64_t& sizeL) {
     if (!writeB) return paramErr;
     i_block.clear();
-    i_failedB = false;
+    i_writeErr = noErr;
     OSErr err = i_out.Start();
     if (!Failed(err)) err = Begin(i_out, sizeL / kSpool_UnitsPerFrame);
     if (!Failed(err)) return noErr;
@@ -37,13 +37,13 @@ OSErr CAS_SoundWriter::Write_i(std::span<const std::byte> bytes) {
     const std::size_t wholeL = i_block.size() / kSpool_UnitsPerFrame * kSpool_UnitsPerFrame;
     const OSErr err = Encode(i_out, std::span<const std::int16_t>(i_block).first(wholeL));
     i_block.erase(i_block.begin(), i_block.begin() + static_cast<std::ptrdiff_t>(wholeL));
-    i_failedB = i_failedB || Failed(err);
+    i_writeErr = FirstOf(i_writeErr, err);
     return LogStep(err, "writing to file", i_out.Path());
 }
 
 OSErr CAS_SoundWriter::Close_i(bool writeB) {
     if (!writeB || !i_out.IsOpen()) return noErr;
-    OSErr err = i_failedB ? ioErr : Err();   // a stopped encoding is no file
+    OSErr err = FirstOf(i_writeErr, Err());   // a stopped encoding is no file
     if (!Failed(err)) err = End(i_out);
     Forget();
     if (!Failed(err)) err = i_out.Finish();

@@ -28,5 +28,5 @@ protected:
 private:
     CSafeOutput i_out;   // all under the write lock
     std::vector<std::int16_t> i_block;
-    bool i_failedB = false;
+    OSErr i_writeErr = noErr;   // the first failure
 };
