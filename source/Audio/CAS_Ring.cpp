@@ -166,8 +166,7 @@ bool CAS_Ring::EndOfSource_i() {
         return false;
     };
     if (soughtB(false)) return false;
-    // After a seek to the very end the source only told where it believes the end to be.
-    if (HasWritten() || i_firstWrite.Latest() <= 1) SetTotal(GetWritten());
+    SetTotal(GetWritten());
     return !soughtB(true);
 }
 

@@ -164,7 +164,6 @@ protected:
     [[nodiscard]] const CMutex* WriteLock() const noexcept { return i_writeLockP; }
     /** The next write counts as the first one, and lets those through who wait for `numberL`. Pump's thread. */
     void ExpectFirstWrite(long numberL);
-    [[nodiscard]] bool HasWritten() const noexcept { return i_firstWriteCountS != 0; }
 
     std::atomic<std::uint64_t> i_writtenL{0};   // own units; stored under the write lock
     std::atomic<std::uint64_t> i_readL{0};      // own units; stored under the read lock

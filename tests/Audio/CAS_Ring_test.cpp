@@ -127,7 +127,7 @@ TEST_F(CAS_RingTest, ASeekWakesAWaitingWriterAndComesBackWithTheFirstBlock) {
     Make(kSong_Frames);
     ASSERT_EQ(Start(i_sourceP, i_ringP, false), noErr);
     std::mt19937 random(2);
-    for (int round = 0; round < 50; ++round) {
+    for (int round = 0; round < 20; ++round) {
         ASSERT_TRUE(WaitFull(*i_ringP));
         const double position = static_cast<double>(random() % 800000) / 1e6;
         ASSERT_EQ(i_ringP->Seek(position), noErr);
@@ -179,8 +179,9 @@ TEST_F(CAS_RingTest, TheReaderWaitsForNoSourceAndAllocatesNothing) {
 }
 
 TEST_F(CAS_RingTest, AnAbortEndsASeekAndABlockedSource) {
-    for (const bool closeB : {false, true}) {
+    for (const auto& [closeB, deafB] : {std::pair{false, false}, {true, false}, {false, true}}) {
         Make(kSong_Frames);
+        i_sourceP->i_deafB = deafB;
         std::uint64_t sizeL = 0;
         ASSERT_EQ(i_ringP->Open(false, sizeL), noErr);
         ASSERT_EQ(Start(i_sourceP, i_ringP, false), noErr);
@@ -194,11 +195,15 @@ TEST_F(CAS_RingTest, AnAbortEndsASeekAndABlockedSource) {
             });
         i_sourceP->i_seekGate.WaitArrival();
         EXPECT_EQ(leftL, 2);
+        OSErr err = ioErr;
+        EXPECT_TRUE(ReadFrames(*i_ringP, 1, &err).empty()) << "of the place that was left";
+        EXPECT_EQ(err, noErr);
         if (closeB)
             EXPECT_EQ(i_ringP->Close(false), noErr);
         else
             i_ringP->Abort();
-        for (std::thread& seeker : seekers) seeker.join();
+        for (std::thread& seeker : seekers) seeker.join();   // whatever the source does
+        i_sourceP->i_seekGate.Open();
         EXPECT_EQ(i_ringP->WaitPumped(), abortErr);
         EXPECT_EQ(i_ringP->Seek(0), abortErr);
         std::byte some[8]{};
@@ -240,6 +245,29 @@ TEST_F(CAS_RingTest, AFailingSourceEndsTheSeekAndTheReader) {
     EXPECT_EQ(i_ringP->WaitPumped(), ioErr);
 }
 
+TEST_F(CAS_RingTest, ASeekEndsWithAPumpThatEndsWithoutIt) {
+    i_sourceP = MakeRef<NumberSource>(1000U, SpoolType::kBin);   // whose end of file ends the pump
+    i_ringP = MakeRef<NumberRing>();
+    i_sourceP->i_failAtL = 0;
+    i_sourceP->i_readErr = eofErr;
+    i_sourceP->i_readGate.Shut();
+    std::thread seeker([&] {
+        i_sourceP->i_readGate.WaitArrival();
+        EXPECT_EQ(i_ringP->Seek(0.5), eofErr);
+    });
+    std::thread opener([&] {
+        while (!i_ringP->IsWriterWanted_i()) std::this_thread::yield();
+        i_sourceP->i_readGate.Open();
+    });
+    EXPECT_EQ(Start(i_sourceP, i_ringP, false), eofErr);
+    seeker.join();
+    opener.join();
+    EXPECT_EQ(i_ringP->WaitPumped(), noErr);
+    OSErr err = noErr;
+    EXPECT_TRUE(ReadFrames(*i_ringP, 1, &err).empty());
+    EXPECT_EQ(err, eofErr);
+}
+
 /** One thread renders, the other seeks, pauses, stops and aborts; ten thousand calls in all. */
 TEST_F(CAS_RingTest, SurvivesTenThousandRandomCalls) {
     std::mt19937 random(3);
@@ -252,7 +280,7 @@ TEST_F(CAS_RingTest, SurvivesTenThousandRandomCalls) {
         ASSERT_EQ(Start(i_sourceP, i_ringP, false), noErr);
         std::mutex renderLock;
         std::atomic<bool> endB{false};
-
+        std::atomic<long> readsL{0};
         std::thread render([&] {
             while (!endB) {
                 {
@@ -260,6 +288,7 @@ TEST_F(CAS_RingTest, SurvivesTenThousandRandomCalls) {
                     OSErr err = noErr;
                     const auto frames = ReadFrames(*i_ringP, 512, &err);
                     for (std::size_t n = 1; n < frames.size(); ++n) EXPECT_EQ(frames[n], frames[0] + n);
+                    ++readsL;
                     EXPECT_TRUE(!Failed(err) || err == eofErr || err == abortErr) << Number(err);
                 }
                 std::this_thread::yield();
@@ -301,7 +330,7 @@ TEST_F(CAS_RingTest, SurvivesTenThousandRandomCalls) {
             ++callsL;
         }
         second.join();
-        callsL += 50;    // the reads of the first thread come on top
+        callsL += 50;
         if (!endedB) {   // alone now: the place is exact
             const std::scoped_lock guard(renderLock);
             const double position = static_cast<double>(random() % 1000) / 1000;
@@ -317,5 +346,6 @@ TEST_F(CAS_RingTest, SurvivesTenThousandRandomCalls) {
         EXPECT_EQ(i_ringP->WaitPumped(), abortErr);
         endB = true;
         render.join();
+        callsL += std::min(readsL.load(), 250L);   // no more than the others made
     }
 }

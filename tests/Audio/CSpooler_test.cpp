@@ -39,6 +39,8 @@ TEST_F(CSpoolerTest, APumpCarriesAllOfItOnBothKindsOfTask) {
             EXPECT_EQ(sinkP->WaitPumped(), noErr);
             EXPECT_EQ(sinkP->Bytes(), Numbers(0, framesL));
             EXPECT_EQ(sinkP->GetWritten(), framesL * 2);
+            ASSERT_TRUE(RunUntil([&] { return !sinkP->IsOpen(true); }));
+            EXPECT_EQ(sinkP->GetTotal(), framesL * 2);
             EXPECT_LE(sourceP->i_largestL, cooperativeB ? kSpool_CooperativeChunkBytes : kSpool_ChunkBytes);
             ASSERT_TRUE(RunUntil([&] { return sourceP->i_closedL == 1 && !sinkP->IsOpen(true); }));
             EXPECT_FALSE(sinkP->SourceSpool() || sourceP->Destination() || sourceP->IsPumpRunning());

@@ -53,6 +53,7 @@ public:
     OSErr i_openErr = noErr, i_readErr = noErr, i_closeErr = noErr;
     std::uint32_t i_failAtL = 0xFFFFFFFF;   // i_readErr from this frame on
     bool i_seekableB = true;
+    bool i_deafB = false;   // an abort does not open its gates
     TestGate i_openGate, i_readGate, i_seekGate, i_closeGate;
     std::atomic<std::size_t> i_largestL{0};   // the most bytes asked for at once
     std::atomic<long> i_closedL{0};
@@ -90,6 +91,7 @@ protected:
         return noErr;
     }
     void Abort_i() override {
+        if (i_deafB) return;
         for (TestGate* gateP : {&i_openGate, &i_readGate, &i_seekGate, &i_closeGate}) gateP->Open();
     }
 
@@ -100,6 +102,9 @@ private:
 /** Writes each 4-byte frame twice, as samples that become floats take twice the room. */
 template <class Base>
 class Doubled : public Base {
+public:
+    using Base::IsWriterWanted_i;
+
 protected:
     OSErr Write_i(std::span<const std::byte> bytes) override {
         i_twice.resize(bytes.size() * 2);
