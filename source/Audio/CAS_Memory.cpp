@@ -5,6 +5,12 @@
 #include "Core/Assertions.h"
 
 namespace {
+SpoolTraits InMemory(SpoolTraits traits) {
+    traits.lock = SpoolLock::kBoth;   // writing moves the bytes that are read
+    traits.ownPositionB = true;
+    return traits;
+}
+
 SpoolTraits MemoryTraits(std::size_t unitBytes) {
     SpoolTraits traits;
     traits.name = "Memory";
@@ -17,12 +23,7 @@ CAS_Memory::CAS_Memory(std::vector<std::byte> bytes, std::size_t unitBytes)
     : CAS_Memory(MemoryTraits(unitBytes), std::move(bytes)) {}
 
 CAS_Memory::CAS_Memory(SpoolTraits traits, std::vector<std::byte> bytes)
-    : CSpooler([&traits]() -> SpoolTraits&& {
-          traits.lock = SpoolLock::kBoth;
-          traits.ownPositionB = true;
-          return std::move(traits);
-      }()),
-      i_bytes(std::move(bytes)) {}
+    : CSpooler(InMemory(std::move(traits))), i_bytes(std::move(bytes)) {}
 
 std::vector<std::byte> CAS_Memory::Bytes() const {
     const CMutex::Scope guard(*ReadLock());

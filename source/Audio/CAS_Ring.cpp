@@ -115,11 +115,10 @@ bool CAS_Ring::IsWriterWanted_i() const {
     return i_askedL != i_doneL || i_readerGoneB;
 }
 
-bool CAS_Ring::TakeSeek(long& numberL, double& position) {
+std::optional<CAS_Ring::SeekRequest> CAS_Ring::Asked() const {
     const CMutex::Scope guard(i_seekLock);
-    numberL = i_askedL;
-    position = i_askedPosition;
-    return i_askedL != i_doneL;
+    if (i_askedL == i_doneL) return std::nullopt;
+    return SeekRequest{i_askedL, i_askedPosition};
 }
 
 void CAS_Ring::EndSeek(long numberL, OSErr err) {
@@ -130,9 +129,8 @@ void CAS_Ring::EndSeek(long numberL, OSErr err) {
 }
 
 OSErr CAS_Ring::BeforeChunk_i(CSpooler& source) {
-    long numberL = 0;
-    double position = 0;
-    while (TakeSeek(numberL, position)) {
+    while (const auto asked = Asked()) {
+        double position = asked->position;
         // The fraction is one of our total, which may have become better than the source's estimate.
         if (source.GetTotal() != 0 && source.GetTotal() != GetTotal())
             position *= static_cast<double>(GetTotal()) / static_cast<double>(source.GetTotal());
@@ -140,10 +138,10 @@ OSErr CAS_Ring::BeforeChunk_i(CSpooler& source) {
         if (Failed(err) && err != eofErr) return err;
         if (!Failed(err)) {
             Empty(source.GetPos() * 2);
-            ExpectFirstWrite(numberL);
+            ExpectFirstWrite(asked->numberL);
         }
-        EndSeek(numberL, err);
-        if (Failed(err)) i_firstWrite.Reach(numberL);   // a source that cannot be sought goes on where it is
+        EndSeek(asked->numberL, err);
+        if (Failed(err)) i_firstWrite.Reach(asked->numberL);   // a source that cannot be sought goes on where it is
     }
     return noErr;
 }
@@ -159,23 +157,17 @@ void CAS_Ring::Empty(std::uint64_t positionL) {
 }
 
 bool CAS_Ring::EndOfSource_i() {
-    const auto soughtB = [this](bool endB) {
-        const CMutex::Scope guard(i_seekLock);
-        if (i_askedL != i_doneL) return true;
-        if (endB) i_writtenAllB.store(true);
-        return false;
-    };
-    if (soughtB(false)) return false;
-    SetTotal(GetWritten());
-    return !soughtB(true);
+    SetTotal(GetWritten());   // right also when a seek has been asked for meanwhile
+    const CMutex::Scope guard(i_seekLock);
+    if (i_askedL != i_doneL) return false;
+    i_writtenAllB.store(true);
+    return true;
 }
 
 bool CAS_Ring::GoesOn_i() {
     if (IsPreemptiveThread()) SetDone(true);   // a cooperative pump tells at its end
     while (!Failed(Err())) {
-        long numberL = 0;
-        double position = 0;
-        if (TakeSeek(numberL, position)) return true;
+        if (Asked()) return true;
         if (Failed(i_refillB.Wait(WaitMode::kForever))) break;
     }
     return false;

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstddef>
 #include <memory>
+#include <optional>
 
 #include "Audio/CSpooler.h"
 
@@ -45,8 +46,14 @@ private:
     /** The writer passes the high mark by one chunk of floats at most; a second one for a writer that does not wait. */
     static constexpr std::size_t kBlockBytes = (kSpool_HighWater + 4 * kSamplesAtATime) * kSpool_AudioUnitBytes;
 
+    struct SeekRequest {
+        long numberL;
+        double position;
+    };
+
     bool SwapBlocks();
-    bool TakeSeek(long& numberL, double& position);
+    /** The last seek, unless it is done. */
+    [[nodiscard]] std::optional<SeekRequest> Asked() const;
     void EndSeek(long numberL, OSErr err);
     void Empty(std::uint64_t positionL);
 
