@@ -1,0 +1,139 @@
+// Pitch +2 and tempo 1.1 through the chain that plays, against the soundstretch program on the same samples in the same
+// run: bench_chain [SECONDS of sound, 300]. The program's time without its file work is taken as its time less that of
+// a run without any change, which reads and writes as much.
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "Audio/CAS_AudioRing.h"
+#include "Audio/CAS_Memory.h"
+#include "Audio/CAS_SpoolRec.h"
+#include "Audio/SampleForms.h"
+#include "Core/CThreadHost.h"
+#include "Core/CThreadManager.h"
+#include "Platform/CMainLoop_Plain.h"
+
+namespace {
+
+using Samples = std::vector<std::int16_t>;
+constexpr int kRounds = 5;
+constexpr std::size_t kBlock = 2048 * 2;
+
+class BenchHost final : public CThreadHost {
+public:
+    BenchHost() { Install(this); }
+    ~BenchHost() override { Install(nullptr); }
+    CMainLoop& MainLoop() override { return i_loop; }
+    bool HasMainWindow() const override { return true; }
+    bool IsAppReady() const override { return true; }
+
+private:
+    CMainLoop_Plain i_loop;
+};
+
+double NowT() { return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count(); }
+
+/** Chords over noise: something for the engine to look for. */
+Samples Music(std::size_t frames) {
+    std::mt19937 random(1);
+    std::normal_distribution<double> noise(0, 0.02);
+    Samples samples(frames * 2);
+    for (std::size_t n = 0; n < frames; ++n) {
+        const double t = static_cast<double>(n) / 44100;
+        const double base = 220 * std::pow(2.0, std::floor(std::fmod(t * 2, 12)) / 12);
+        double sum = 0;
+        for (const double part : {1.0, 1.26, 1.5, 2.0, 3.01}) sum += 0.12 * std::sin(2 * M_PI * base * part * t);
+        for (std::size_t m = 0; m < 2; ++m)
+            samples[2 * n + m] = static_cast<std::int16_t>(20000 * (sum + noise(random)));
+    }
+    return samples;
+}
+
+struct Run {
+    double allT = 0, worstBlockT = 0;
+    std::size_t frames = 0;
+};
+
+Run Chain(const Samples& samples) {
+    const auto bytes = std::as_bytes(std::span(samples));
+    const Ref<CAS_AudioRing> ringP = MakeAudioRing();
+    if (Failed(ringP->SetPitchTempo(2, 1.1))) return {};
+    const auto sourceP = MakeRef<CAS_Memory>(std::vector<std::byte>(bytes.begin(), bytes.end()));
+    std::vector<float> block(kBlock);
+    Samples out;
+    out.reserve(samples.size());
+    Run run;
+    const double startT = NowT();
+    std::uint64_t sizeL = 0;
+    if (Failed(Start(sourceP, ringP, false)) || Failed(ringP->Open(false, sizeL))) return {};
+    for (;;) {
+        const double blockT = NowT();
+        std::size_t gotL = 0;
+        if (Failed(ringP->Read(std::as_writable_bytes(std::span(block)), gotL))) break;
+        const std::size_t countL = gotL / sizeof(float);
+        out.resize(out.size() + countL);
+        FloatToInteger(std::span(block).first(countL), std::span(out).last(countL));
+        run.worstBlockT = std::max(run.worstBlockT, NowT() - blockT);
+    }
+    run.allT = NowT() - startT;
+    run.frames = out.size() / 2;
+    ringP->Abort();
+    if (Failed(ringP->WaitPumped())) return run;   // aborted: its end
+    return run;
+}
+
+void WriteWav(const std::filesystem::path& file, const Samples& samples) {
+    const auto dataL = static_cast<std::uint32_t>(samples.size() * 2);
+    const std::uint32_t head[] = {0x46464952, dataL + 36, 0x45564157, 0x20746D66, 16,   0x00020001,
+                                  44100,      176400,     0x00100004, 0x61746164, dataL};
+    std::ofstream out(file, std::ios::binary);
+    out.write(reinterpret_cast<const char*>(head), sizeof head);
+    out.write(reinterpret_cast<const char*>(samples.data()), static_cast<std::streamsize>(dataL));
+}
+
+double Program(const std::string& command) {
+    const double startT = NowT();
+    return std::system(command.c_str()) == 0 ? NowT() - startT : -1;
+}
+
+}   // namespace
+
+int main(int argc, char** argv) {
+    const std::size_t seconds = argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 300;
+    const Samples samples = Music(seconds * 44100);
+    std::string folder = (std::filesystem::temp_directory_path() / "bench-chain-XXXXXX").string();
+    if (::mkdtemp(folder.data()) == nullptr) return 1;
+    WriteWav(folder + "/in.wav", samples);
+    const std::string stretch = "soundstretch " + folder + "/in.wav " + folder + "/out.wav ",
+                      quiet = " >/dev/null 2>&1";
+
+    BenchHost host;
+    CThreadManager manager;
+    Run best;
+    double programT = 1e9, fileT = 1e9, worstT = 0;
+    for (int n = 0; n < kRounds; ++n) {   // by turns: the machine's moods meet both
+        const Run run = Chain(samples);
+        if (best.allT == 0 || run.allT < best.allT) best = run;
+        worstT = std::max(worstT, run.worstBlockT);
+        programT = std::min(programT, Program(stretch + "-pitch=2 -tempo=10" + quiet));
+        fileT = std::min(fileT, Program(stretch + quiet));
+    }
+    std::filesystem::remove_all(folder);
+    const double allF = static_cast<double>(seconds);
+    std::printf("chain: %.3f s, %.0f times real time, %zu frames, worst block %.2f ms (best run %.2f ms)\n", best.allT,
+                allF / best.allT, best.frames, worstT * 1000, best.worstBlockT * 1000);
+    std::printf("soundstretch: %.3f s, %.0f times real time; a run without a change %.3f s\n", programT,
+                allF / programT, fileT);
+    std::printf("ratio: %.2f with its file work, %.2f without\n", programT / best.allT, (programT - fileT) / best.allT);
+    return 0;
+}

@@ -1,0 +1,90 @@
+#pragma once
+#include <atomic>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "Audio/CAudioPlayerSettings.h"
+#include "Audio/CAudioPositions.h"
+#include "Audio/CAudioSong.h"
+#include "Audio/CAudioUnitChain.h"
+#include "Audio/CPlayWindowRule.h"
+#include "Audio/CReadTurn.h"
+#include "Core/Ref.h"
+
+/** The volume of the show: what the operator's slider and mute button say, for every song. Any thread. */
+struct AudioLevel {
+    std::atomic<float> gainF{1};
+    std::atomic<bool> onB{true};
+};
+
+/** What a player works with; all of it outlives the player. */
+struct AudioPlayerParts {
+    CAudioSong& song;
+    CAudioOutput& output;
+    const AudioLevel& level;
+    CPlayWindow* windowP = nullptr;   // null: there is no video window
+    CPlayWindowRule windowRule = {};
+};
+
+/** Feeds the output with the sound of one song, by a render thread of its own. A pause and what the song lacks are
+   silence; the device goes on. Pausing fades out over 10 ms and resuming fades in. Units    frames of the song; 147 are
+   1/300 s. Threads  Create, SetMode and the end on the main thread, or on the one that prepares a song; Seek and
+   AutoCue on any but the render thread; the rest on any. Owner    Ref. The end stops the thread and closes the output,
+   not the song's ring. Errors   Create tells the user; a song that fails while it plays ends the thread and is kept
+   (Result). */
+class CAudioPlayer final : public RefCounted, private CAudioRenderer {
+public:
+    /** Paused, at the place where the ring stands. */
+    static OSErr Create(const AudioPlayerParts& parts, const AudioPlayerSettings& settings, Ref<CAudioPlayer>& playerP);
+    ~CAudioPlayer() override;
+
+    /** Pitch, tempo and vocal mode. */
+    [[nodiscard]] CPitchTempoVolume& PitchTempoVolume() noexcept { return *i_spoolP; }
+
+    /** Main thread: the video window follows. */
+    void SetMode(PlayMode mode);
+    void SetPaused(bool pausedB) noexcept { i_pausedB.store(pausedB); }
+    [[nodiscard]] bool IsPaused() const noexcept { return i_pausedB.load(); }
+    /** All of the song was read; the last blocks may still be heard (IsHeardOut). */
+    [[nodiscard]] bool IsStopped() const noexcept { return i_stoppedB.load(); }
+    void ClearStopped() noexcept { i_stoppedB.store(false); }
+    [[nodiscard]] bool IsHeardOut() const noexcept;
+
+    /** 0 to 1 of the song. While it is under way the render thread gives silence. */
+    OSErr Seek(double position);
+    /** Where the music starts, in 300ths; 0 when it cannot be told. Waits until the player is paused or stopped, and
+       leaves the song at its start. */
+    long AutoCue();
+
+    /** The frame of the song that the device takes now: neither what waits in the output nor in the engine counts. */
+    [[nodiscard]] double HeardFrame() const noexcept { return i_positions.At(i_chain.Output().FramesPlayed()); }
+    [[nodiscard]] long Heard300() const noexcept { return static_cast<long>(HeardFrame() / kFramesPer300th); }
+    /** Frames of silence that were given because the ring was late. */
+    [[nodiscard]] std::uint64_t FramesLate() const noexcept { return i_lateL.load(std::memory_order_relaxed); }
+    OSErr Result() const noexcept { return i_chain.Result(); }
+    [[nodiscard]] const CAudioUnitChain& Chain() const noexcept { return i_chain; }
+
+private:
+    CAudioPlayer(const AudioPlayerParts& parts, const AudioPlayerSettings& settings);
+    OSErr Open();
+    OSErr RenderBlock(std::span<std::int16_t> stereo) noexcept override;
+    OSErr ReadSong(std::span<float> stereo, std::size_t& frames) noexcept;
+    void Fade(std::span<float> stereo, bool inB) const noexcept;
+
+    const AudioPlayerParts i_parts;
+    const AudioPlayerSettings i_settings;
+    const Ref<CAS_AudioRing> i_spoolP;
+    CAudioUnitChain i_chain;
+    CReadTurn i_turn;
+    std::atomic<bool> i_pausedB{true}, i_stoppedB{false};
+    std::atomic<std::uint64_t> i_soundEndL{0};   // output frames up to the end of the last sound
+    std::atomic<std::uint64_t> i_lateL{0};
+    CAudioPositions i_positions;
+    std::vector<float> i_fadeIn;   // one value a frame
+
+    // The render thread's.
+    std::vector<float> i_floats;   // one block
+    bool i_soundingB = false;      // the last block was the song's
+    bool i_fadedOutB = false;      // its end was faded: what comes next is faded in
+};

@@ -1,0 +1,69 @@
+#pragma once
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "Audio/CAudioUnit.h"
+#include "Core/CSemaphore.h"
+#include "Platform/CAudioOutput.h"
+
+/** Fills one block for the device. */
+class CAudioRenderer {
+public:
+    /** All of `stereo`. CT_AudioRender: allocates nothing, logs nothing, waits for nobody. A failure ends the
+     * rendering. */
+    virtual OSErr RenderBlock(std::span<std::int16_t> stereo) noexcept = 0;
+
+protected:
+    ~CAudioRenderer() = default;
+};
+
+/** The units between a player and the output, and the thread that keeps the output fed (CT_AudioRender). It sleeps
+   until there is room for a block and is woken when there is; told to stop, it stops at once. A device that goes away
+   is replaced here, on the render thread: there is no sound then that it could hold up. Threads  made, opened, started
+   and stopped on one; RenderLoop on its own. Owner    CAudioPlayer; the output is the caller's. */
+class CAudioUnitChain {
+public:
+    explicit CAudioUnitChain(CAudioOutput& output) : i_output(output) {}
+    ~CAudioUnitChain();
+    CAudioUnitChain(const CAudioUnitChain&) = delete;
+    CAudioUnitChain& operator=(const CAudioUnitChain&) = delete;
+
+    CAudioUnit& AddUnit(const char* nameZ, OSType type, OSType subtype);
+    [[nodiscard]] const std::vector<std::unique_ptr<CAudioUnit>>& Units() const noexcept { return i_units; }
+
+    /** Opens the output; a failure is told to the user. */
+    OSErr Open(const std::string& device, const AudioBlocks& blocks);
+    OSErr StartRendering(CAudioRenderer& renderer, double sleepT);
+    /** Comes back when the thread no longer touches the renderer; the main thread keeps its timers going. */
+    void StopRendering();
+    void Close();
+
+    /** How the rendering ended; noErr while it goes on. Any thread. */
+    OSErr Result() const noexcept { return i_result.load(); }
+    [[nodiscard]] CAudioOutput& Output() noexcept { return i_output; }
+    [[nodiscard]] const CAudioOutput& Output() const noexcept { return i_output; }
+
+    /** For CT_AudioRender. */
+    void RenderLoop() noexcept;
+
+private:
+    OSErr RenderOne() noexcept;
+    void TendDevice();
+
+    CAudioOutput& i_output;
+    std::vector<std::unique_ptr<CAudioUnit>> i_units;
+    std::string i_device;   // that plays now
+    bool i_openB = false;
+    std::vector<std::int16_t> i_block;   // fixed while rendering
+    std::size_t i_blockFramesL = 0;
+    double i_sleepT = 0;
+    CAudioRenderer* i_rendererP = nullptr;
+    std::atomic<bool> i_stopB{true};
+    std::atomic<OSErr> i_result{noErr};
+    bool i_renderingB = false;   // a thread was started and not waited for
+    bool i_goneB = false;        // told: there is no device; the render thread's
+    CSemaphore i_stopped{"audio render stopped"};
+};

@@ -1,0 +1,35 @@
+#include "Audio/CPlayWindowRule.h"
+
+#include "Core/CCFPrefDictionary.h"
+
+CPlayWindowRule CPlayWindowRule::Read(const CCFPrefDictionary& preferences) {
+    return {.autoFullScreenB = preferences.GetBool("Auto Full Screen During Play"),
+            .bringToFrontB = preferences.GetBool("Bring Video Window to front when playing", true),
+            .hideOnPauseB = preferences.GetBool("Hide on pause"),
+            .alwaysOnTopB = preferences.GetBool("Always on top")};
+}
+
+void CPlayWindowRule::Apply(PlayMode mode, CPlayWindow& window) const {
+    autoFullScreenB ? ApplyFullScreen(mode, window) : ApplyWindow(mode, window);
+}
+
+void CPlayWindowRule::ApplyFullScreen(PlayMode mode, CPlayWindow& window) const {
+    if (mode == PlayMode::kPlay) {
+        if (!window.IsFullScreen()) window.SetFullScreen(true);
+        if (bringToFrontB || hideOnPauseB || !window.IsVisible()) window.ShowAndSelect();
+        return;
+    }
+    if (!window.IsFullScreen()) return;
+    if (hideOnPauseB) window.Hide();
+    if (hideOnPauseB || mode != PlayMode::kPause) window.SetFullScreen(false);
+}
+
+void CPlayWindowRule::ApplyWindow(PlayMode mode, CPlayWindow& window) const {
+    window.SetAlwaysOnTop(alwaysOnTopB);
+    if (mode == PlayMode::kPlay) {
+        if (!window.IsVisible() && bringToFrontB) window.ShowAndSelect();
+    } else if (window.IsVisible() && hideOnPauseB) {
+        window.Hide();
+        window.SetFullScreen(false);
+    }
+}
