@@ -15,21 +15,25 @@ std::span<float> CFrameHistory::Room(std::size_t frames) noexcept {
     return std::span(i_samples).subspan(at * kChannels, std::min(frames, i_frames - at) * kChannels);
 }
 
+std::span<const float> CFrameHistory::View(std::uint64_t first, std::size_t frames) const noexcept {
+    if (first >= i_endL || i_endL - first > i_frames) return {};
+    const std::size_t at = first % i_frames;
+    const auto countL =
+        static_cast<std::size_t>(std::min<std::uint64_t>(std::min(frames, i_frames - at), i_endL - first));
+    return std::span(i_samples).subspan(at * kChannels, countL * kChannels);
+}
+
 void CFrameHistory::Copy(std::uint64_t first, std::span<float> stereo) const noexcept {
-    const std::uint64_t oldestL = i_endL > i_frames ? i_endL - i_frames : 0;
-    std::size_t doneL = 0;
     const std::size_t frames = stereo.size() / kChannels;
+    std::size_t doneL = 0;
+    const std::uint64_t oldestL = i_endL > i_frames ? i_endL - i_frames : 0;
     if (first < oldestL) {
         doneL = static_cast<std::size_t>(std::min<std::uint64_t>(frames, oldestL - first));
         std::ranges::fill(stereo.first(doneL * kChannels), 0.0F);
     }
-    while (doneL < frames && first + doneL < i_endL) {
-        const std::size_t at = (first + doneL) % i_frames;
-        const std::size_t partL = static_cast<std::size_t>(
-            std::min<std::uint64_t>(std::min(frames - doneL, i_frames - at), i_endL - first - doneL));
-        std::ranges::copy(std::span(i_samples).subspan(at * kChannels, partL * kChannels),
-                          stereo.subspan(doneL * kChannels).begin());
-        doneL += partL;
+    for (std::span<const float> part; !(part = View(first + doneL, frames - doneL)).empty();) {
+        std::ranges::copy(part, stereo.subspan(doneL * kChannels).begin());
+        doneL += part.size() / kChannels;
     }
     std::ranges::fill(stereo.subspan(doneL * kChannels), 0.0F);
 }

@@ -17,6 +17,9 @@ public:
      */
     [[nodiscard]] std::span<float> Room(std::size_t frames) noexcept;
     void Added(std::size_t frames) noexcept { i_endL += frames; }
+    /** Frames from `first` on where they lie, at most `frames`; as many as lie there in one piece, which are none
+       outside of what is kept. Good until Room. */
+    [[nodiscard]] std::span<const float> View(std::uint64_t first, std::size_t frames) const noexcept;
     /** The frames from `first` on. */
     void Copy(std::uint64_t first, std::span<float> stereo) const noexcept;
     /** Forgets all; the next frame is number 0. */

@@ -27,7 +27,7 @@ CTimePitch::CTimePitch()
       i_new(kFit_All * kChannels),
       i_oldMono(kFade_Frames),
       i_newMono(kFit_All),
-      i_put(CTimePitchVoice::kPut_Frames * kChannels) {
+      i_silence(CTimePitchVoice::kPut_Frames * kChannels) {
     for (std::size_t n = 0; n < kFade_Frames; ++n) {
         const double part = (static_cast<double>(n) + 0.5) / static_cast<double>(kFade_Frames);
         i_fadeIn[n] = static_cast<float>(0.5 - 0.5 * std::cos(std::numbers::pi * part));
@@ -152,9 +152,8 @@ std::size_t CTimePitch::Prepare(CTimePitchVoice& voice, std::size_t frames, CTim
             putL = static_cast<std::size_t>(i_history.End() - std::min(next, i_history.End()));
             if (putL == 0) break;
         }
-        const std::span<float> stereo = std::span(i_put).first(putL * kChannels);
-        i_history.Copy(next, stereo);   // silence after the end
-        voice.Put(stereo);
+        const std::span<const float> kept = i_history.View(next, putL);
+        voice.Put(kept.empty() ? std::span<const float>(i_silence).first(putL * kChannels) : kept);   // after the end
     }
     return std::min(frames, voice.Ready());
 }

@@ -94,8 +94,8 @@ private:
     CFrameHistory i_history{kHistory_Frames};
     std::vector<float> i_old, i_new;   // kFade_Frames, kFit_All
     std::vector<float> i_oldMono, i_newMono;
-    std::vector<float> i_put;            // kPut_Frames
-    std::size_t i_stagedAt = kFit_All;   // frames of i_new from here on come before the voice's
+    const std::vector<float> i_silence;   // kPut_Frames
+    std::size_t i_stagedAt = kFit_All;    // frames of i_new from here on come before the voice's
 
     std::atomic<bool> i_restartB{false};
     std::atomic<double> i_position{0};   // stored by Render
