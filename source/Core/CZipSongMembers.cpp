@@ -1,6 +1,7 @@
 #include "Core/CZipSongMembers.h"
 
 #include <algorithm>
+#include <map>
 #include <string>
 #include <tuple>
 
@@ -70,35 +71,33 @@ public:
             if (i_kinds[n].*kind && (!best || Rank(n, base) > Rank(*best, base))) best = n;
         return best;
     }
-    /** The graphics for which there is an audio of the same base name, and that audio. */
+    /** The graphics for which there is an audio of the same base name, and the best such audio. */
     bool FindPair(CZipSongMembers& chosen) const {
-        bool foundB = false;
-        std::tuple<bool, std::uint64_t> bestRank;
-        // One look-up a name: a zip may hold many thousands of members.
-        std::vector<std::pair<std::string, std::size_t>> audios;
-        for (std::size_t n = 0; n < i_members.size(); ++n)
-            if (i_kinds[n].audioB) audios.emplace_back(BaseOf(i_members[n]), n);
-        std::ranges::stable_sort(audios, {}, &std::pair<std::string, std::size_t>::first);
+        // One look-up a name: a zip may hold very many members, and all of one name.
+        std::map<std::string, std::size_t> audios;
+        for (std::size_t n = 0; n < i_members.size(); ++n) {
+            if (!i_kinds[n].audioB) continue;
+            const auto [at, newB] = audios.try_emplace(BaseOf(i_members[n]), n);
+            if (!newB && Rank(n) > Rank(at->second)) at->second = n;
+        }
+        std::optional<std::tuple<bool, std::uint64_t>> best;
         for (std::size_t n = 0; n < i_members.size(); ++n) {
             if (!i_kinds[n].graphicsB) continue;
-            const std::string base = BaseOf(i_members[n]);
-            const auto first = std::ranges::lower_bound(audios, base, {}, &std::pair<std::string, std::size_t>::first);
-            for (auto at = first; at != audios.end() && at->first == base; ++at) {
-                const CZipMember& audio = i_members[at->second];
-                const bool readableB = audio.fault == ZipFault::kNone && i_members[n].fault == ZipFault::kNone;
-                const std::tuple rank(readableB, audio.sizeL);
-                if (foundB && rank <= bestRank) continue;
-                foundB = true;
-                bestRank = rank;
-                chosen.audio = at->second;
-                chosen.graphics = n;
-            }
+            const auto at = audios.find(BaseOf(i_members[n]));
+            if (at == audios.end()) continue;
+            const CZipMember& audio = i_members[at->second];
+            const bool readableB = audio.fault == ZipFault::kNone && i_members[n].fault == ZipFault::kNone;
+            const std::tuple rank(readableB, audio.sizeL);
+            if (best && rank <= *best) continue;
+            best = rank;
+            chosen.audio = at->second;
+            chosen.graphics = n;
         }
-        return foundB;
+        return best.has_value();
     }
 
 private:
-    std::tuple<bool, bool, std::uint64_t> Rank(std::size_t n, const std::string& base) const {
+    std::tuple<bool, bool, std::uint64_t> Rank(std::size_t n, const std::string& base = {}) const {
         const CZipMember& member = i_members[n];
         return {!base.empty() && BaseOf(member) == base, member.fault == ZipFault::kNone, member.sizeL};
     }

@@ -8,7 +8,7 @@
 namespace {
 
 constexpr std::uint64_t kTail_Most = kZip_EndBytes + 0xFFFF + 64 * 1024;   // the record, its comment, what was appended
-constexpr std::uint64_t kDirectory_Most = 256ULL << 20;
+constexpr std::uint64_t kDirectory_Most = 64ULL << 20;
 constexpr int kEnds_Most = 16;        // signatures in the tail that are tried: a comment may hold any bytes
 constexpr std::size_t kProbes = 64;   // members whose own header is looked at, to see that the places are right
 constexpr std::uint16_t kIn64_16 = 0xFFFF;

@@ -9,6 +9,7 @@ namespace {
 
 constexpr std::uint64_t kJunk_Most = 1 << 20;   // before the first member
 constexpr int kLostSearches_Most = 8;           // each may read the rest of the file
+constexpr int kDescriptors_Most = 10'000;       // signatures looked at for one member
 constexpr std::uint64_t kNowhere = UINT64_MAX;
 
 /** Walks a file for signatures, block by block. */
@@ -21,24 +22,39 @@ public:
                                          static_cast<char>(signature >> 16), static_cast<char>(signature >> 24)};
         endAt = std::min(endAt, i_source.Size());
         while (at < endAt && endAt - at >= wanted.size()) {
-            const std::size_t sizeL = static_cast<std::size_t>(std::min<std::uint64_t>(i_block.size(), endAt - at));
-            if (ReadZipAt(i_source, at, std::span(i_block).first(sizeL)) != ZipFault::kNone) return kNowhere;
+            if (!Load(at)) return kNowhere;
+            const std::string_view block = ZipText(std::span(i_block).first(i_blockL));
             const std::size_t foundAt =
-                ZipText(std::span(i_block).first(sizeL)).find(std::string_view(wanted.data(), wanted.size()));
-            if (foundAt != std::string_view::npos) return at + foundAt;
-            at += sizeL - (wanted.size() - 1);
+                block.find(std::string_view(wanted.data(), wanted.size()), static_cast<std::size_t>(at - i_blockAt));
+            if (foundAt != std::string_view::npos) {
+                at = i_blockAt + foundAt;
+                return at < endAt && endAt - at >= wanted.size() ? at : kNowhere;
+            }
+            at = i_blockAt + i_blockL - (wanted.size() - 1);
         }
         return kNowhere;
     }
 
 private:
+    /** A block with a signature's bytes from `at` on. One that is there stays: a file may be full of signatures. */
+    bool Load(std::uint64_t at) {
+        if (at >= i_blockAt && at - i_blockAt + 4 <= i_blockL) return true;
+        i_blockAt = at;
+        i_blockL = static_cast<std::size_t>(std::min<std::uint64_t>(i_block.size(), i_source.Size() - at));
+        if (ReadZipAt(i_source, at, std::span(i_block).first(i_blockL)) == ZipFault::kNone) return true;
+        i_blockL = 0;
+        return false;
+    }
     CByteSource& i_source;
     std::vector<std::byte> i_block;
+    std::uint64_t i_blockAt = 0;
+    std::size_t i_blockL = 0;
 };
 
 /** Sizes and checksum that stand behind the data, in a descriptor that agrees with its own place. False for none. */
 bool FindDescriptor(CByteSource& source, CSignatureScan& scan, std::uint64_t dataAt, CZipMember& member) {
-    for (std::uint64_t at = dataAt;; ++at) {
+    std::uint64_t at = dataAt;
+    for (int n = 0; n < kDescriptors_Most; ++n, ++at) {
         at = scan.Find(kZip_Descriptor, at, kNowhere);
         if (at == kNowhere) return false;
         std::byte record[24]{};
@@ -54,6 +70,7 @@ bool FindDescriptor(CByteSource& source, CSignatureScan& scan, std::uint64_t dat
         member.sizeL = plainB ? ZipU32(record, 12) : ZipU64(record, 16);
         return true;
     }
+    return false;
 }
 
 }   // namespace
