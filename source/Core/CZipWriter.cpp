@@ -48,7 +48,7 @@ tm_zip ZipTime(std::int64_t nanoseconds) {
 /** minizip over a CDataFork, so that statuses come from where every file's come from. */
 struct CZipWriter::Zip_ {
     CDataFork fork;
-    OSErr err = noErr;   // of the last call that failed; minizip itself says only -1
+    OSErr err = noErr;   // of the first call that failed; minizip itself says only -1
     zipFile zip = nullptr;
 
     static Zip_& Of(voidpf streamP) { return *static_cast<Zip_*>(streamP); }
@@ -59,10 +59,12 @@ struct CZipWriter::Zip_ {
         if (Failed(err) && err != eofErr) Of(streamP).err = err;
         return got;
     }
+    // After a failure writes and seeks only seem to go on: minizip leaks a header whose write fails. Done tells the
+    // truth.
     static uLong Write_(voidpf, voidpf streamP, const void* fromP, uLong sizeL) {
-        const OSErr err = Of(streamP).fork.Write({static_cast<const std::byte*>(fromP), sizeL});
-        if (Failed(err)) Of(streamP).err = err;
-        return Failed(err) ? 0 : sizeL;
+        Zip_& self = Of(streamP);
+        if (!Failed(self.err)) self.err = self.fork.Write({static_cast<const std::byte*>(fromP), sizeL});
+        return sizeL;
     }
     static ZPOS64_T Tell_(voidpf, voidpf streamP) { return Of(streamP).fork.GetPos(); }
     static long Seek_(voidpf, voidpf streamP, ZPOS64_T offset, int origin) {
@@ -70,12 +72,14 @@ struct CZipWriter::Zip_ {
         const CDataFork::PosMode mode = origin == ZLIB_FILEFUNC_SEEK_SET   ? kFromStart
                                         : origin == ZLIB_FILEFUNC_SEEK_CUR ? kFromMark
                                                                            : kFromEnd;
-        const OSErr err = Of(streamP).fork.SetPos(mode, static_cast<std::int64_t>(offset));
-        if (Failed(err)) Of(streamP).err = err;
-        return Failed(err) ? -1 : 0;
+        Zip_& self = Of(streamP);
+        if (!Failed(self.err)) self.err = self.fork.SetPos(mode, static_cast<std::int64_t>(offset));
+        return 0;
     }
     static int Close_(voidpf, voidpf) { return 0; }   // the fork is closed by its owner, after the sync
-    static int Error_(voidpf, voidpf streamP) { return Failed(Of(streamP).err) ? -1 : 0; }
+    static int Error_(voidpf, voidpf) { return 0; }
+    /** The status of a step of minizip: the file's, else that of `answer`. */
+    [[nodiscard]] OSErr Done(int answer) const { return FirstOf(err, answer == ZIP_OK ? noErr : ioErr); }
 };
 
 CZipWriter::CZipWriter() = default;
@@ -119,13 +123,14 @@ OSErr CZipWriter::Add(const CFileRef& file, std::string_view name) {
     about.tmz_date = ZipTime(info.modifiedL);
     about.external_fa = 0100644UL << 16;   // a plain file, for systems that look
     const int in64 = info.bytesL >= kPlain_Most ? 1 : 0;
-    if (zipOpenNewFileInZip4_64(i_zipP->zip, std::string(name).c_str(), &about, nullptr, 0, nullptr, 0, nullptr,
+    const int begun =
+        zipOpenNewFileInZip4_64(i_zipP->zip, std::string(name).c_str(), &about, nullptr, 0, nullptr, 0, nullptr,
                                 Z_DEFLATED, Z_DEFAULT_COMPRESSION, 0, -MAX_WBITS, DEF_MEM_LEVEL, Z_DEFAULT_STRATEGY,
-                                nullptr, 0, kVersionMadeBy, CZipMember::kFlag_UTF8, in64) != ZIP_OK)
-        return Fail(FirstOf(i_zipP->err, ioErr));
+                                nullptr, 0, kVersionMadeBy, CZipMember::kFlag_UTF8, in64);
+    if (const OSErr err = i_zipP->Done(begun); Failed(err)) return Fail(err);
     if (const OSErr err = Pack(from); Failed(err)) return Fail(err);
-    if (zipCloseFileInZip(i_zipP->zip) != ZIP_OK) return Fail(FirstOf(i_zipP->err, ioErr));
-    return noErr;
+    const OSErr err = i_zipP->Done(zipCloseFileInZip(i_zipP->zip));
+    return Failed(err) ? Fail(err) : noErr;
 }
 
 OSErr CZipWriter::Pack(CDataFork& from) {
@@ -141,8 +146,10 @@ OSErr CZipWriter::Pack(CDataFork& from) {
         // A file that grows meanwhile could outgrow the header that was written for it.
         if (got > info.bytesL - wholeL) return ioErr;
         wholeL += got;
-        if (got > 0 && zipWriteInFileInZip(i_zipP->zip, block.data(), static_cast<unsigned>(got)) != ZIP_OK)
-            return FirstOf(i_zipP->err, ioErr);
+        if (got > 0) {
+            const int answer = zipWriteInFileInZip(i_zipP->zip, block.data(), static_cast<unsigned>(got));
+            if (const OSErr packed = i_zipP->Done(answer); Failed(packed)) return packed;
+        }
         i_doneL.fetch_add(got, std::memory_order_relaxed);
         if (err == eofErr) return wholeL == info.bytesL ? noErr : ioErr;
     }
@@ -152,7 +159,8 @@ OSErr CZipWriter::Close() {
     if (Failed(i_err)) return i_err;
     if (!i_zipP) return fnOpnErr;
     if (i_abortB.load(std::memory_order_relaxed)) return Fail(abortErr);
-    if (zipClose(std::exchange(i_zipP->zip, nullptr), nullptr) != ZIP_OK) return Fail(FirstOf(i_zipP->err, ioErr));
+    const int closed = zipClose(std::exchange(i_zipP->zip, nullptr), nullptr);
+    if (const OSErr err = i_zipP->Done(closed); Failed(err)) return Fail(err);
     if (const OSErr err = i_zipP->fork.Sync(); Failed(err)) return Fail(err);
     if (const OSErr err = i_zipP->fork.Close(); Failed(err)) return Fail(err);
     i_zipP.reset();

@@ -21,7 +21,7 @@ public:
     explicit CByteSource_Text(std::string bytes) : i_bytes(std::move(bytes)) {}
     OSErr Read(std::span<std::byte> to, std::size_t& got) override {
         got = std::min(to.size(), i_bytes.size() - i_atL);
-        std::memcpy(to.data(), i_bytes.data() + i_atL, got);
+        if (got > 0) std::memcpy(to.data(), i_bytes.data() + i_atL, got);
         i_atL += got;
         return got < to.size() ? eofErr : noErr;
     }
