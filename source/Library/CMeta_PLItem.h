@@ -1,0 +1,17 @@
+#pragma once
+#include "Library/CMeta.h"
+
+/** What belongs to a row rather than to its song: the tick for playing, the pitch and tempo of this singer. Rows
+   without such values have none. All other keys are the song's or the singer's (CPlayList::ValueOf). Owner    the
+   CPlayListItem. */
+class CMeta_PLItem final : public CMeta {
+public:
+    CMeta_PLItem() : CMeta(MetaLevel::kRow) {}
+    ~CMeta_PLItem() override { Retire(); }
+
+    /** A value of this key, when a row has one, hides the song's. */
+    [[nodiscard]] static bool IsRowKey(MetaKey key);
+
+protected:
+    void CheckSetter(MetaKey key) const override;
+};

@@ -1,0 +1,75 @@
+#pragma once
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+#include "Core/CMutex.h"
+
+/** The objects of one kind by their id.
+    Threads  changed on the main thread, looked up on any. Find's pointer is for the main thread, which alone takes
+             objects out; others work inside With, which keeps the object alive: short, no waits, and of other locks
+             only that of a CMeta.
+    Owner    CSongDatabase, shared with the sorts that run. */
+template <class ID, class Item>
+class CMutex_ItemMap final : public CMutex {
+public:
+    /** False, and `itemP` is destroyed, when the id is taken. */
+    bool Add(ID id, std::unique_ptr<Item> itemP) {
+        const Scope guard(*this);
+        return i_items.try_emplace(id, std::move(itemP)).second;
+    }
+    /** The object, to be destroyed without the lock; null when there is none. */
+    [[nodiscard]] std::unique_ptr<Item> Take(ID id) {
+        const Scope guard(*this);
+        const auto it = i_items.find(id);
+        if (it == i_items.end()) return nullptr;
+        std::unique_ptr<Item> itemP = std::move(it->second);
+        i_items.erase(it);
+        return itemP;
+    }
+    [[nodiscard]] Item* Find(ID id) const {
+        const Scope guard(*this);
+        const auto it = i_items.find(id);
+        return it == i_items.end() ? nullptr : it->second.get();
+    }
+    template <class Work>
+    bool With(ID id, Work&& work) const {
+        const Scope guard(*this);
+        const auto it = i_items.find(id);
+        if (it == i_items.end()) return false;
+        work(*it->second);
+        return true;
+    }
+    /** `work(find)` under one lock: find(id) answers the object or null. For many look-ups, a block at a time. */
+    template <class Work>
+    void WithMany(Work&& work) const {
+        const Scope guard(*this);
+        work([this](ID id) -> Item* {
+            const auto it = i_items.find(id);
+            return it == i_items.end() ? nullptr : it->second.get();
+        });
+    }
+    [[nodiscard]] std::vector<ID> Ids() const {
+        const Scope guard(*this);
+        std::vector<ID> ids;
+        ids.reserve(i_items.size());
+        for (const auto& [id, itemP] : i_items) ids.push_back(id);
+        return ids;
+    }
+    [[nodiscard]] std::size_t Count() const {
+        const Scope guard(*this);
+        return i_items.size();
+    }
+    void Reserve(std::size_t countL) {
+        const Scope guard(*this);
+        i_items.reserve(countL);
+    }
+    void Clear() {
+        std::unordered_map<ID, std::unique_ptr<Item>> gone;
+        const Scope guard(*this);
+        gone.swap(i_items);   // declared first: destroyed after the lock is left
+    }
+
+private:
+    std::unordered_map<ID, std::unique_ptr<Item>> i_items;
+};

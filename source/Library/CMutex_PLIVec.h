@@ -1,0 +1,127 @@
+#pragma once
+#include <deque>
+#include <map>
+#include <memory>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "Core/CMutex.h"
+#include "Library/CPlayListItem.h"
+#include "Library/SDB_Selection.h"
+
+/** A copy of a row, for those who have no business with the row itself. */
+struct PLRow {
+    PLItemID id{SDB_kOrphanID};
+    PLTarget target;
+    RowIndex row = SDB_Index_NONE;
+    std::int32_t sourceL = SDB_kUninitializedID;
+    std::uint32_t stampL = 0;
+};
+
+/** The rows of one list, and its orders. A row's id is its slot; slot 0 is never used. A slot that was left is a hole,
+    and the next row takes the lowest one; a list that emptied starts again at 1.
+    Threads  changed on the main thread alone, read on any: each operation takes the lock for its own time. A pointer
+             to a row is for the main thread, and good until that row goes.
+    Owner    CPlayList, shared with a sort that runs: it may outlive its list by the length of that sort. */
+class CMutex_PLIVec final : public CMutex {
+public:
+    explicit CMutex_PLIVec(CPlayList* listP);
+
+    // ---- Changes: main thread. ----
+    /** Adds all in this order, in front of row `where` if that is one of the list's, else at the end. Their ids; the
+        wanted slot of an item is kept when it is free, which is for the load. */
+    std::vector<PLItemID> Add(std::vector<PLNewItem> items, RowIndex where = SDB_Index_END);
+    /** True for one that was there; others are asserted in the words of the log and change nothing. */
+    bool Remove(PLItemID id, std::string_view listName);
+    /** Removes all of these in one pass of each order; how many were there. */
+    std::size_t Remove(std::span<const PLItemID> ids, std::string_view listName);
+    void Clear();
+    /** Puts a row in front of row `to` (the list's size + 1: at the end) of the user order; its new row. */
+    RowIndex Move(PLItemID id, RowIndex to);
+    /** The same for many, which keep the order among them; the row of the first. */
+    RowIndex Move(std::span<const PLItemID> ids, RowIndex to);
+    /** Makes `ids`, which must be all rows, the user order. */
+    bool SetUserOrder(std::vector<PLItemID> ids);
+    /** Makes values of its own for a row; null for a hole. */
+    [[nodiscard]] CMeta_PLItem* MakeMeta(PLItemID id);
+
+    // ---- Reading: any thread. ----
+    [[nodiscard]] std::size_t Count() const;
+    /** Slots that are left. */
+    [[nodiscard]] std::size_t Holes() const;
+    /** The slot that the next row gets. */
+    [[nodiscard]] PLItemID NextSlot() const;
+    [[nodiscard]] PLItemID LastAdded() const;
+    /** Nothing for a hole, or for what is no slot. */
+    [[nodiscard]] std::optional<PLRow> Get(PLItemID id) const;
+    /** SDB_Index_NONE for what is not in the list. */
+    [[nodiscard]] RowIndex RowOf(PLItemID id) const;
+    /** By the user order, from 1. */
+    [[nodiscard]] std::optional<PLRow> AtRow(RowIndex row) const;
+    /** Rows of the user order from row `first` on, at most so many: a page for a browser or a phone. */
+    [[nodiscard]] std::vector<PLRow> Page(RowIndex first, std::size_t countL) const;
+    /** The first row of this song or singer by slot; SDB_kNoItem without. */
+    [[nodiscard]] PLItemID Find(PLTarget target) const;
+    /** All rows that point to one of these targets, by slot; `wanted(target)` runs under the lock. */
+    template <class Wanted>
+    [[nodiscard]] std::vector<PLItemID> FindAll(Wanted&& wanted) const {
+        const Scope guard(*this);
+        std::vector<PLItemID> found;
+        for (std::size_t n = 1; n < i_pliVec.size(); ++n)
+            if (!i_pliVec[n].IsHole() && wanted(i_pliVec[n].Target())) found.push_back(i_pliVec[n].ID());
+        return found;
+    }
+    [[nodiscard]] std::vector<PLItemID> UserOrder() const;
+    /** The rows by slot, and the stamp that the next row gets. */
+    [[nodiscard]] std::vector<PLRow> Snapshot(std::uint32_t& nextStampL) const;
+    /** The row's own value; none when the row, with this stamp, is gone or has none. */
+    [[nodiscard]] CMetaValue RowValue(PLItemID id, std::uint32_t stampL, MetaKey key) const;
+    /** True while any row has values of its own. */
+    [[nodiscard]] bool HasRowValues() const;
+
+    // ---- Orders by keys: filled on the main thread, read on any. ----
+    /** Empty when there is no order by these keys. */
+    [[nodiscard]] std::optional<std::vector<PLItemID>> Order(const SortSpec& spec) const;
+    [[nodiscard]] bool HasOrder(const SortSpec& spec) const;
+    void SetOrder(const SortSpec& spec, std::vector<PLItemID> ids);
+    void DropOrder(MetaKey mainKey);
+    /** The order itself; null without. Main thread. */
+    [[nodiscard]] const SDB_Selection* FindOrder(const SortSpec& spec) const;
+    /** Main thread. */
+    void InsertIntoOrder(MetaKey mainKey, std::size_t place, PLItemID id);
+    void AppendToOrder(MetaKey mainKey, std::span<const PLItemID> ids);
+    void EraseFromOrder(MetaKey mainKey, const PLItemSet& gone);
+    /** The specs of all orders but the user's. */
+    [[nodiscard]] std::vector<SortSpec> Orders() const;
+    /** Writes the rows of the user order into the items; answers whether any was stale. */
+    bool UpdateIndices() const;
+
+    /** The row itself; null for a hole. Main thread. */
+    [[nodiscard]] CPlayListItem* Item(PLItemID id);
+
+private:
+    [[nodiscard]] bool IsRow(PLItemID id) const noexcept;   // lock held, as all of these
+    std::size_t TakeSlot(PLItemID wanted);
+    void Leave_(CPlayListItem& item);
+    void ResetIfEmpty();
+    bool CheckRemoval(PLItemID id, std::string_view listName) const;
+    void Stale(std::size_t place) const noexcept { i_staleL = std::min(i_staleL, place); }
+    void Renumber() const;
+    [[nodiscard]] std::vector<PLItemID>& User() { return i_userP->Items(); }
+    [[nodiscard]] const std::vector<PLItemID>& User() const { return i_userP->Items(); }
+    [[nodiscard]] PLRow RowCopy(const CPlayListItem& item) const;
+
+    CPlayList* const i_plP;
+    // All of it under the lock; the items do not move as the deque grows.
+    mutable std::deque<CPlayListItem> i_pliVec;
+    std::vector<std::int32_t> i_holes;   // a heap, the lowest in front
+    std::size_t i_countL = 0;
+    std::size_t i_metasL = 0;   // rows with values of their own
+    PLItemID i_lastID{SDB_kOrphanID};
+    std::uint32_t i_nextStampL = 1;
+    mutable std::size_t i_staleL =
+        SIZE_MAX;   // places of the user order from here on are not yet written into the rows
+    std::map<MetaKey, SDB_Selection> i_orders;   // by main key; "stIx" is always there
+    SDB_Selection* i_userP;
+};

@@ -1,0 +1,161 @@
+// What a list tells: rows, pages and orders. Any thread.
+#include "Library/CMutex_PLIVec.h"
+
+namespace {
+
+std::size_t Slot(PLItemID id) { return static_cast<std::size_t>(Number(id)); }
+
+}   // namespace
+
+PLRow CMutex_PLIVec::RowCopy(const CPlayListItem& item) const {
+    return {item.ID(), item.Target(), item.i_rowL, item.i_sourceL, item.i_stampL};
+}
+
+std::size_t CMutex_PLIVec::Count() const {
+    const Scope guard(*this);
+    return i_countL;
+}
+std::size_t CMutex_PLIVec::Holes() const {
+    const Scope guard(*this);
+    return i_pliVec.size() - 1 - i_countL;
+}
+PLItemID CMutex_PLIVec::NextSlot() const {
+    const Scope guard(*this);
+    return PLItemID{i_holes.empty() ? static_cast<std::int32_t>(i_pliVec.size()) : i_holes.front()};
+}
+PLItemID CMutex_PLIVec::LastAdded() const {
+    const Scope guard(*this);
+    return i_lastID;
+}
+bool CMutex_PLIVec::HasRowValues() const {
+    const Scope guard(*this);
+    return i_metasL != 0;
+}
+
+std::optional<PLRow> CMutex_PLIVec::Get(PLItemID id) const {
+    const Scope guard(*this);
+    if (!IsRow(id)) return std::nullopt;
+    Renumber();
+    return RowCopy(i_pliVec[Slot(id)]);
+}
+
+RowIndex CMutex_PLIVec::RowOf(PLItemID id) const {
+    const auto row = Get(id);
+    return row ? row->row : SDB_Index_NONE;
+}
+
+std::optional<PLRow> CMutex_PLIVec::AtRow(RowIndex row) const {
+    const std::vector<PLRow> page = Page(row, 1);
+    return page.empty() ? std::nullopt : std::optional(page.front());
+}
+
+std::vector<PLRow> CMutex_PLIVec::Page(RowIndex first, std::size_t countL) const {
+    const Scope guard(*this);
+    const std::vector<PLItemID>& user = User();
+    std::vector<PLRow> page;
+    if (first == 0 || first > user.size()) return page;
+    const std::size_t end = std::min(user.size() - (first - 1), countL) + first - 1;
+    page.reserve(end - (first - 1));
+    for (std::size_t n = first - 1; n < end; ++n) {
+        page.push_back(RowCopy(i_pliVec[Slot(user[n])]));
+        page.back().row = static_cast<RowIndex>(n + 1);
+    }
+    return page;
+}
+
+PLItemID CMutex_PLIVec::Find(PLTarget target) const {
+    const Scope guard(*this);
+    for (std::size_t n = 1; n < i_pliVec.size(); ++n)
+        if (!i_pliVec[n].IsHole() && i_pliVec[n].Target() == target) return i_pliVec[n].ID();
+    return SDB_kNoItem;
+}
+
+std::vector<PLItemID> CMutex_PLIVec::UserOrder() const {
+    const Scope guard(*this);
+    return User();
+}
+
+std::vector<PLRow> CMutex_PLIVec::Snapshot(std::uint32_t& nextStampL) const {
+    const Scope guard(*this);
+    Renumber();
+    nextStampL = i_nextStampL;
+    std::vector<PLRow> rows;
+    rows.reserve(i_countL);
+    for (std::size_t n = 1; n < i_pliVec.size(); ++n)
+        if (!i_pliVec[n].IsHole()) rows.push_back(RowCopy(i_pliVec[n]));
+    return rows;
+}
+
+CMetaValue CMutex_PLIVec::RowValue(PLItemID id, std::uint32_t stampL, MetaKey key) const {
+    const Scope guard(*this);
+    if (!IsRow(id)) return {};
+    const CPlayListItem& item = i_pliVec[Slot(id)];
+    return item.i_stampL == stampL && item.Meta() != nullptr ? item.Meta()->Stored(key) : CMetaValue();
+}
+
+std::optional<std::vector<PLItemID>> CMutex_PLIVec::Order(const SortSpec& spec) const {
+    const Scope guard(*this);
+    const auto it = i_orders.find(MainKey(spec));
+    if (it == i_orders.end() || !SameSpec(it->second.Spec(), spec)) return std::nullopt;
+    return it->second.Items();
+}
+
+bool CMutex_PLIVec::HasOrder(const SortSpec& spec) const {
+    const Scope guard(*this);
+    const auto it = i_orders.find(MainKey(spec));
+    return it != i_orders.end() && SameSpec(it->second.Spec(), spec);
+}
+
+void CMutex_PLIVec::SetOrder(const SortSpec& spec, std::vector<PLItemID> ids) {
+    SDB_Selection order(i_plP, spec, true);
+    order.SetItems(std::move(ids));
+    const Scope guard(*this);
+    if (MainKey(spec) != "stIx"_key) i_orders.insert_or_assign(MainKey(spec), std::move(order));
+}
+
+void CMutex_PLIVec::DropOrder(MetaKey mainKey) {
+    const Scope guard(*this);
+    if (mainKey != "stIx"_key) i_orders.erase(mainKey);
+}
+
+const SDB_Selection* CMutex_PLIVec::FindOrder(const SortSpec& spec) const {
+    const Scope guard(*this);
+    const auto it = i_orders.find(MainKey(spec));
+    return it == i_orders.end() || !SameSpec(it->second.Spec(), spec) ? nullptr : &it->second;
+}
+
+void CMutex_PLIVec::InsertIntoOrder(MetaKey mainKey, std::size_t place, PLItemID id) {
+    const Scope guard(*this);
+    const auto it = i_orders.find(mainKey);
+    if (it == i_orders.end() || mainKey == "stIx"_key) return;
+    std::vector<PLItemID>& ids = it->second.Items();
+    ids.insert(ids.begin() + static_cast<std::ptrdiff_t>(std::min(place, ids.size())), id);
+}
+
+void CMutex_PLIVec::AppendToOrder(MetaKey mainKey, std::span<const PLItemID> ids) {
+    const Scope guard(*this);
+    const auto it = i_orders.find(mainKey);
+    if (it == i_orders.end() || mainKey == "stIx"_key) return;
+    it->second.Items().insert(it->second.Items().end(), ids.begin(), ids.end());
+}
+
+void CMutex_PLIVec::EraseFromOrder(MetaKey mainKey, const PLItemSet& gone) {
+    const Scope guard(*this);
+    const auto it = i_orders.find(mainKey);
+    if (it != i_orders.end() && mainKey != "stIx"_key) it->second.BatchErase(gone);
+}
+
+std::vector<SortSpec> CMutex_PLIVec::Orders() const {
+    const Scope guard(*this);
+    std::vector<SortSpec> specs;
+    for (const auto& [key, order] : i_orders)
+        if (&order != i_userP) specs.push_back(order.Spec());
+    return specs;
+}
+
+CPlayListItem* CMutex_PLIVec::Item(PLItemID id) {
+    const Scope guard(*this);
+    if (!IsRow(id)) return nullptr;
+    Renumber();
+    return &i_pliVec[Slot(id)];
+}

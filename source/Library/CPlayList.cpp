@@ -1,0 +1,189 @@
+#include "Library/CPlayList.h"
+
+#include <unordered_map>
+
+#include "Core/AlertHook.h"
+#include "Core/Assertions.h"
+#include "Core/CLog.h"
+#include "Core/SizeForms.h"
+#include "Core/ThreadInfo.h"
+#include "Library/CMetaManager.h"
+#include "Library/CSongDatabase.h"
+#include "Library/TitleText.h"
+
+CPlayList::CPlayList(CSongDatabase& database, SourceType type, const SuperString& name, PlaylistID id)
+    : i_database(database),
+      i_playlistID(id),
+      i_sourceType(type),
+      i_name(NormalizedTitle(name.Empty() ? std::string_view(GetSourceName(type)) : std::string_view(name))),
+      i_list(std::make_shared<CMutex_PLIVec>(this)),
+      i_sortSpec{{DefaultSortKey(type)}} {}
+
+CPlayList::~CPlayList() { i_list->Clear(); }
+
+bool CPlayList::IsModifyable() const {
+    return ::IsModifyable(i_sourceType) || (Is_CD_PlayList(i_sourceType) && i_virtualDiscB && !i_importingB);
+}
+
+OSErr CPlayList::Rename(const SuperString& name) {
+    const SuperString title(NormalizedTitle(name));
+    if (title.Empty()) return paramErr;
+    if (title == i_name) return noErr;
+    if (i_sourceType == kSourceDB_PLAYLIST || i_sourceType == kSourceDB_VENUE) {
+        if (const OSErr err = i_database.Host().RenameListFile(*this, title); Failed(err)) {
+            const std::string words =
+                "Error renaming <" + i_name.UTF8() + "> in the file system! (" + ErrorText(err) + ")";
+            Log(words);
+            ShowAlert(words, "");
+            return err;
+        }
+    }
+    i_name = title;
+    i_database.SetDirty(true, "playlist renamed");
+    i_database.Tell([&](CListWatcher& watcher) { watcher.ListRenamed(i_playlistID); });
+    return noErr;
+}
+
+// ---- Rows ----
+
+PLItemID CPlayList::AddItem(PLNewItem item, RowIndex where) {
+    std::vector<PLNewItem> items;
+    items.push_back(std::move(item));
+    return AddItemVec(std::move(items), where).front();
+}
+
+std::vector<PLItemID> CPlayList::AddItemVec(std::vector<PLNewItem> items, RowIndex where) {
+    (void)Assert(IsMainThread());
+    if (i_sourceType == kSourceDB_VENUE)
+        for (const PLNewItem& item : items)
+            (void)AssertWords(item.target.type == SDB_kPLItem_SINGER, "pliP0->i_itemType == SDB_kPLItem_SINGER");
+    if (IsSingerList(i_sourceType)) return AddOnce(std::move(items), where);
+    return AddRows(std::move(items), where);
+}
+
+std::vector<PLItemID> CPlayList::AddRows(std::vector<PLNewItem> items, RowIndex where) {
+    std::vector<PLItemID> added = i_list->Add(std::move(items), where);
+    if (added.empty()) return added;
+    if (i_playlistID == kPlaylistID_Library) i_database.SongsEnteredLibrary(*this, added);
+    PlaceInOrders(added);
+    i_database.SetDirty(true, "playlist items added");
+    ItemChanged(ListMessage::kAdded, added);
+    return added;
+}
+
+std::vector<PLItemID> CPlayList::AddOnce(std::vector<PLNewItem> items, RowIndex where) {
+    std::unordered_map<std::int32_t, PLItemID> rowOfSong;
+    std::uint32_t nextStampL = 0;
+    for (const PLRow& row : i_list->Snapshot(nextStampL))
+        if (row.target.type == SDB_kPLItem_SONG) rowOfSong.try_emplace(row.target.idL, row.id);
+    std::vector<PLTarget> asked;
+    std::vector<PLNewItem> fresh;
+    std::vector<std::size_t> places;   // of the fresh ones among those asked for
+    for (PLNewItem& item : items) {
+        asked.push_back(item.target);
+        if (item.target.type == SDB_kPLItem_SONG && !rowOfSong.try_emplace(item.target.idL, SDB_kNoItem).second)
+            continue;
+        places.push_back(asked.size() - 1);
+        fresh.push_back(std::move(item));
+    }
+    const std::vector<PLItemID> added = AddRows(std::move(fresh), where);
+    std::vector<PLItemID> answers(asked.size(), SDB_kNoItem);
+    for (std::size_t n = 0; n < added.size(); ++n) {
+        answers[places[n]] = added[n];
+        if (asked[places[n]].type == SDB_kPLItem_SONG) rowOfSong[asked[places[n]].idL] = added[n];
+    }
+    for (std::size_t n = 0; n < asked.size(); ++n)
+        if (answers[n] == SDB_kNoItem) answers[n] = rowOfSong[asked[n].idL];
+    return answers;
+}
+
+OSErr CPlayList::RemoveItem(PLItemID item) { return RemoveItems(std::vector{item}); }
+OSErr CPlayList::RemoveItems(const SDB_Selection& selection) {
+    if (!AssertWords(selection.List() == this, "csiP->i_selP->i_plP == this")) return paramErr;
+    return RemoveItems(selection.Items());
+}
+
+OSErr CPlayList::RemoveItems(std::vector<PLItemID> items) {
+    (void)Assert(IsMainThread());
+    std::ranges::sort(items);
+    items.erase(std::ranges::unique(items).begin(), items.end());
+    if (i_playlistID == kPlaylistID_Library) i_database.SongsLeaveLibrary(*this, items);
+    const std::size_t goneL = i_list->Remove(items, i_name.UTF8());
+    if (goneL == 0) return items.empty() ? noErr : fnfErr;
+    for (const PLItemID id : items) i_touched.erase(id);
+    i_database.SetDirty(true, "playlist items removed");
+    ItemChanged(ListMessage::kRemoved, items);
+    return goneL == items.size() ? noErr : fnfErr;
+}
+
+RowIndex CPlayList::MoveItems(std::span<const PLItemID> items, RowIndex to) {
+    const RowIndex row = i_list->Move(items, to);
+    if (row == SDB_Index_NONE) return row;
+    i_database.SetDirty(true, "playlist items moved");
+    ItemChanged(ListMessage::kMoved, items);
+    return row;
+}
+
+CPlayListItem* CPlayList::GetIndPLItem(PLItemID item) const {
+    if (!AssertWords(Number(item) != 0, "indexL != 0")) return nullptr;
+    if (!AssertWords(Number(item) != SDB_kUninitializedID, "pli_id != SDB_kUninitializedID")) return nullptr;
+    if (!AssertWords(item != SDB_kNoItem, "indexL != (size_t)SDB_Index_END")) return nullptr;
+    return i_list->Item(item);
+}
+
+std::vector<PLRow> CPlayList::RowsOf(std::span<const PLItemID> items) const {
+    std::vector<PLRow> rows;
+    rows.reserve(items.size());
+    for (const PLItemID id : items)
+        if (const auto row = i_list->Get(id)) rows.push_back(*row);
+    return rows;
+}
+
+CMetaValue CPlayList::ValueOf(PLItemID item, MetaKey key) const {
+    const auto row = i_list->Get(item);
+    return row ? Values().Value(*row, key) : CMetaValue();
+}
+
+bool CPlayList::SetRowValue(PLItemID item, MetaKey key, CMetaValue value) {
+    if (!AssertWords(CMeta_PLItem::IsRowKey(key), "IsRowKey(key)")) return false;
+    CMeta_PLItem* const metaP = i_list->MakeMeta(item);
+    if (metaP == nullptr || !metaP->SetValue(key, std::move(value))) return false;
+    i_database.SetDirty(true, "playlist item changed");
+    ItemsChanged(std::span(&item, 1), std::span(&key, 1));
+    return true;
+}
+
+void CPlayList::ItemChanged(ListMessage message, std::span<const PLItemID> items) {
+    i_database.Tell([&](CListWatcher& watcher) { watcher.ItemsChanged(i_playlistID, message, items); });
+}
+
+CRowValues CPlayList::Values() const { return {i_list, i_database.Songs(), i_database.SingerValues(), i_playlistID}; }
+
+std::string CPlayList::GetSummary() const {
+    std::uint32_t nextStampL = 0;
+    const std::vector<PLRow> rows = i_list->Snapshot(nextStampL);
+    const CRowValues values = Values();
+    double durationT = 0;
+    std::uint64_t bytesL = 0;
+    for (const CMetaValue& value : values.Column(rows, "drtn"_key)) durationT += std::max(value.Integer(), 0) / 300.0;
+    for (const CMetaValue& value : values.Column(rows, "SIZE"_key))
+        bytesL += static_cast<std::uint64_t>(std::max(value.Integer(), 0));
+    const char* wordZ = i_sourceType == kSourceDB_VENUE          ? "Singers"
+                        : i_sourceType == kSourceDB_MUSIC_STORES ? "Music Stores"
+                                                                 : "Songs";
+    const std::string duration = durationT > 0 ? DurationText(durationT).UTF8() : "";
+    const std::string size = bytesL > 0 ? SizeText(bytesL).UTF8() : "";
+    char line[256];
+    std::snprintf(line, sizeof line, "%lu %s%s%s%s%s", static_cast<unsigned long>(rows.size()), wordZ,
+                  duration.empty() ? "" : ", ", duration.c_str(), size.empty() ? "" : ", ", size.c_str());
+    Log("--- summary START");
+    LogF("%s: %s", i_name.CString(), line);
+    Log("--- summary END");
+    return line;
+}
+
+int CompareSources(const CPlayList& a, const CPlayList& b) {
+    const std::size_t mine = SourcePlace(a.Type()), theirs = SourcePlace(b.Type());
+    if (mine != theirs) return mine < theirs ? -1 : 1;
+    return std::clamp(a.Name().CollateNoCase(b.Name()), -1, 1);
+}

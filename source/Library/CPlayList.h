@@ -1,0 +1,145 @@
+#pragma once
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+#include "Core/SuperString.h"
+#include "Library/CListWatcher.h"
+#include "Library/CMutex_PLIVec.h"
+#include "Library/CRowValues.h"
+#include "Library/SourceType.h"
+
+class CSongDatabase;
+struct SortJob;
+
+/** One list of the library: songs, or the singers of a venue. Its rows stand in slots (CMutex_PLIVec), in the user's
+    order, and in the order of any keys by which it was sorted.
+    Threads  main; from elsewhere by the operations of CSongDatabase, which take ids. Items() may be read on any thread
+             that keeps hold of it.
+    Owner    CSongDatabase.
+    Errors   a row that is not there is a fault of the caller, asserted, and nothing changes. */
+class CPlayList {
+public:
+    /** By CSongDatabase::AddPlaylist. An empty name gives the kind's title. */
+    CPlayList(CSongDatabase& database, SourceType type, const SuperString& name, PlaylistID id);
+    ~CPlayList();
+    CPlayList(const CPlayList&) = delete;
+    CPlayList& operator=(const CPlayList&) = delete;
+
+    [[nodiscard]] PlaylistID ID() const noexcept { return i_playlistID; }
+    [[nodiscard]] SourceType Type() const noexcept { return i_sourceType; }
+    [[nodiscard]] const SuperString& Name() const noexcept { return i_name; }
+    /** Shown to those alone who look for faults: the lists of warnings. */
+    [[nodiscard]] bool IsHidden() const { return i_name.UTF8().starts_with("* "); }
+    [[nodiscard]] bool IsModifyable() const;
+    /** Titles are normalised. A user playlist or a venue renames its file first; when that fails, the name stays. */
+    OSErr Rename(const SuperString& name);
+    [[nodiscard]] SingerID Singer() const noexcept { return i_singerID; }
+    void SetSinger(SingerID singer) noexcept { i_singerID = singer; }
+    /** What a disc's list asks its disc: made up by us, and not being imported. */
+    void SetDisc(bool virtualB, bool importingB) noexcept { i_virtualDiscB = virtualB, i_importingB = importingB; }
+
+    // ---- Rows ----
+    [[nodiscard]] const std::shared_ptr<CMutex_PLIVec>& Items() const noexcept { return i_list; }
+    [[nodiscard]] std::size_t Count() const { return i_list->Count(); }
+    /** The id of the row. A singer's list takes a song once: it answers the row that is there. `where` is a row from
+        1; others, 0 too, are the end. */
+    PLItemID AddItem(PLNewItem item, RowIndex where = SDB_Index_END);
+    /** The same for a block, told to watchers once. */
+    std::vector<PLItemID> AddItemVec(std::vector<PLNewItem> items, RowIndex where = SDB_Index_END);
+    /** fnfErr when it is not in the list. */
+    OSErr RemoveItem(PLItemID item);
+    OSErr RemoveItems(const SDB_Selection& selection);
+    OSErr RemoveItems(std::vector<PLItemID> items);
+    /** Puts the rows in front of row `to` of the user order; the new row of the first. */
+    RowIndex MoveItems(std::span<const PLItemID> items, RowIndex to);
+    /** Null for a hole or an id beyond; 0 and SDB_Index_END are asserted. */
+    [[nodiscard]] CPlayListItem* GetIndPLItem(PLItemID item) const;
+    /** Its row in the user order; SDB_Index_NONE without. */
+    [[nodiscard]] RowIndex GetPLI_Index(PLItemID item) const { return i_list->RowOf(item); }
+    /** By slot; `proc` may remove the row it is given. */
+    template <class Proc>
+    void ForEachPLItem(Proc&& proc) {
+        for (const PLItemID id : i_list->FindAll([](const PLTarget&) { return true; }))
+            if (CPlayListItem* itemP = GetIndPLItem(id)) proc(*itemP);
+    }
+    /** Writes the row numbers into the rows now, rather than when somebody asks. */
+    void UpdateIndices() { (void)i_list->UpdateIndices(); }
+    [[nodiscard]] CMetaValue ValueOf(PLItemID item, MetaKey key) const;
+    /** A value of the row's own; true when it changed. */
+    bool SetRowValue(PLItemID item, MetaKey key, CMetaValue value);
+    /** "12 Songs, 41 Minutes, 102 MB". Logs the sums. */
+    [[nodiscard]] std::string GetSummary() const;
+
+    // ---- Orders ----
+    [[nodiscard]] const SortSpec& Spec() const noexcept { return i_sortSpec; }
+    enum class SortWait : bool { kNo, kYes };
+    enum class SortTold : bool { kTold, kSilent };
+    /** Sorts by these keys; nothing when the first key and its direction are those of now. Without kYes a list of two
+        and more is sorted by a task: what is shown stays as it is until then, and a further call waits its turn.
+        The user's order has one direction, and no further keys. */
+    void SetSort(SortSpec spec, SortWait wait = SortWait::kNo, SortTold told = SortTold::kTold);
+    [[nodiscard]] bool IsSorting() const noexcept { return i_sortingB; }
+    /** The sort as a file has it: a key that may not be kept falls back to the order of the slots. */
+    void SetSavedSort(MetaKey key, bool ascendingB);
+    /** The rows in the shown order, which is made if there is none. */
+    [[nodiscard]] const std::vector<PLItemID>& GetSortedList();
+    /** From 1; null beyond. */
+    [[nodiscard]] CPlayListItem* GetIndSortedItem(RowIndex row);
+    [[nodiscard]] SDB_Selection GetAsSelection_FromViewer();
+    /** The shown order becomes the user's. */
+    void MakeUserOrder();
+
+    // ---- What comes next ----
+    enum class Step : bool { kForward, kBackward };
+    enum class AtEnd : bool { kStop, kIgnore };
+    /** The row to play after `item` (SDB_kNoItem: after the selected one) in the shown order, round its end; rows that
+        cannot be played are passed over. SDB_kNoItem when there is none. The rotation of a KJ stops at its end. */
+    [[nodiscard]] PLItemID GetNextID(PLItemID item, Step step, AtEnd end = AtEnd::kStop);
+    void SetSelectedItem(PLItemID item) noexcept { i_selectedItem = item; }
+    [[nodiscard]] long PendingSkips() const noexcept { return i_current_pli; }
+    void SetPendingSkips(long skipsL) noexcept { i_current_pli = skipsL; }
+
+    /** Values of these rows changed: they take their new places in the orders by these keys. */
+    void ItemsChanged(std::span<const PLItemID> items, std::span<const MetaKey> keys);
+    /** A sort is over; by its task. */
+    void SortCompletion(SortJob job, OSErr err);
+
+private:
+    void ItemChanged(ListMessage message, std::span<const PLItemID> items);
+    [[nodiscard]] CRowValues Values() const;
+    [[nodiscard]] SortJob MakeJob(SortSpec spec) const;
+    void StartSort(SortSpec spec);
+    void Shown(SortSpec spec, SortTold told);
+    /** Puts new rows into all orders; a big block waits at the end of the shown one for a sort. */
+    void PlaceInOrders(const std::vector<PLItemID>& items);
+    void Insert(const SortSpec& spec, std::span<const PLRow> rows);
+    [[nodiscard]] std::vector<PLItemID> Merge(SortJob& job, std::vector<PLRow> fresh) const;
+    [[nodiscard]] std::vector<PLRow> RowsOf(std::span<const PLItemID> items) const;
+    std::vector<PLItemID> AddRows(std::vector<PLNewItem> items, RowIndex where);
+    /** For the lists of singers: a song that is there, or comes twice, gets the row of the first. */
+    std::vector<PLItemID> AddOnce(std::vector<PLNewItem> items, RowIndex where);
+    void SortTroubles(const SortSpec& spec) const;
+
+    CSongDatabase& i_database;
+    const PlaylistID i_playlistID;
+    const SourceType i_sourceType;
+    SuperString i_name;
+    SingerID i_singerID{SDB_kUninitializedID};
+    bool i_virtualDiscB = false, i_importingB = false;
+    const std::shared_ptr<CMutex_PLIVec> i_list;
+    SortSpec i_sortSpec;
+    bool i_sortingB = false;                 // a task sorts, or waits for its completion
+    std::optional<SortSpec> i_waitingSpec;   // asked for meanwhile
+    SortTold i_waitingTold = SortTold::kTold;
+    long i_restartsL = 0;                     // of the present sort, as too much had changed
+    std::unordered_set<PLItemID> i_touched;   // rows whose values changed while a task sorts
+    PLItemID i_selectedItem = SDB_kNoItem;
+    long i_current_pli = 0;   // pending skips
+};
+
+/** The order of two lists among the sources: by kind. Singer folders and stores among themselves are ordered by those
+    who know the singers and the catalogues. */
+[[nodiscard]] int CompareSources(const CPlayList& a, const CPlayList& b);

@@ -1,0 +1,241 @@
+// The orders of a list: sorting, and what keeps an order right as rows come, go and change.
+#include <iterator>
+
+#include "Core/AlertHook.h"
+#include "Core/Assertions.h"
+#include "Core/CLog.h"
+#include "Core/ThreadInfo.h"
+#include "Library/CMetaManager.h"
+#include "Library/CPlayList.h"
+#include "Library/CSongDatabase.h"
+#include "Library/CT_SortSelection.h"
+
+namespace {
+
+constexpr MetaKey kUserOrder = "stIx"_key;
+// Up to so many rows find their places one by one (some 20 comparisons each); more are sorted by a task.
+constexpr std::size_t kMostInserted = 64;
+constexpr long kMostRestarts = 3;
+
+bool UsesOneOf(const SortSpec& spec, std::span<const MetaKey> keys) {
+    return std::ranges::any_of(spec,
+                               [&](const MetaSortKey& by) { return std::ranges::find(keys, by.key) != keys.end(); });
+}
+
+}   // namespace
+
+SortJob CPlayList::MakeJob(SortSpec spec) const {
+    SortJob job{Values(), {}, std::move(spec), 0, i_playlistID, i_name.UTF8()};
+    job.rows = i_list->Snapshot(job.nextStampL);
+    return job;
+}
+
+void CPlayList::Shown(SortSpec spec, SortTold told) {
+    i_sortSpec = std::move(spec);
+    if (told == SortTold::kSilent) return;
+    i_database.Tell([&](CListWatcher& watcher) { watcher.SortChanged(i_playlistID, i_sortSpec, false); });
+}
+
+void CPlayList::SetSort(SortSpec spec, SortWait wait, SortTold told) {
+    (void)Assert(IsMainThread());
+    if (MainKey(spec) == kUserOrder) spec = {{kUserOrder}};
+    const auto first = [](const SortSpec& keys) {
+        return SortSpec(keys.begin(), keys.begin() + (keys.empty() ? 0 : 1));
+    };
+    if (i_sortingB && wait == SortWait::kNo) {
+        i_waitingSpec = std::move(spec);
+        i_waitingTold = told;
+        return;
+    }
+    if (SameSpec(first(spec), first(i_sortSpec)) && (i_list->HasOrder(i_sortSpec) || Count() < 2)) return;
+    if (Count() < 2 || i_list->HasOrder(spec)) return Shown(std::move(spec), told);
+    if (wait == SortWait::kNo) return StartSort(std::move(spec));
+    SortJob job = MakeJob(std::move(spec));
+    CT_SortSelection::Run(job);
+    i_list->SetOrder(job.spec, Merge(job, {}));
+    Shown(std::move(job.spec), told);
+}
+
+void CPlayList::StartSort(SortSpec spec) {
+    if (!AssertWords(!i_sortingB, "!sortingB.Get()")) return;
+    i_sortingB = true;
+    i_touched.clear();
+    i_database.Tell([&](CListWatcher& watcher) { watcher.SortChanged(i_playlistID, spec, true); });
+    SortJob job = MakeJob(spec);
+    if (CT_SortSelection::Start(std::make_unique<CT_SortSelection>(std::move(job), i_database.Self())) != 0) return;
+    job = MakeJob(std::move(spec));   // no thread can be had: then here
+    CT_SortSelection::Run(job);
+    SortCompletion(std::move(job), noErr);
+}
+
+void CPlayList::SortTroubles(const SortSpec& spec) const {
+    char blurb[256];
+    std::snprintf(
+        blurb, sizeof blurb,
+        "Upon completion of sorting column %s, we found that the sort column was not being sorted? (Key count: "
+        "%d) Please send the log file.",
+        MetaKeyText(MainKey(spec)).c_str(), static_cast<int>(spec.size()));
+    Log(blurb);
+    ShowAlert(blurb, "");
+}
+
+void CPlayList::SortCompletion(SortJob job, OSErr err) {
+    if (!i_sortingB) return SortTroubles(job.spec);
+    i_sortingB = false;
+    if (Failed(err)) {
+        LogF("### Error sorting %s (%d)", i_name.CString(), static_cast<int>(err));
+    } else {
+        std::uint32_t nextStampL = 0;
+        std::vector<PLRow> fresh;
+        for (const PLRow& row : i_list->Snapshot(nextStampL))
+            if (row.stampL >= job.nextStampL || i_touched.contains(row.id)) fresh.push_back(row);
+        if (fresh.size() > kMostInserted && i_restartsL < kMostRestarts && !i_waitingSpec) {
+            ++i_restartsL;
+            return StartSort(std::move(job.spec));
+        }
+        i_list->SetOrder(job.spec, Merge(job, std::move(fresh)));
+        i_restartsL = 0;
+        i_touched.clear();
+        Shown(std::move(job.spec), SortTold::kTold);
+    }
+    if (auto next = std::exchange(i_waitingSpec, std::nullopt)) SetSort(std::move(*next), SortWait::kNo, i_waitingTold);
+}
+
+std::vector<PLItemID> CPlayList::Merge(SortJob& job, std::vector<PLRow> fresh) const {
+    std::uint32_t nextStampL = 0;
+    const std::vector<PLRow> present = i_list->Snapshot(nextStampL);
+    std::vector<std::uint32_t> stamps(present.empty() ? 1 : static_cast<std::size_t>(Number(present.back().id)) + 1);
+    for (const PLRow& row : present) stamps[static_cast<std::size_t>(Number(row.id))] = row.stampL;
+    // A slot that has another row by now carries another stamp; what changed its value finds its place anew.
+    std::erase_if(job.rows, [&](const PLRow& row) {
+        const auto slot = static_cast<std::size_t>(Number(row.id));
+        return slot >= stamps.size() || stamps[slot] != row.stampL || i_touched.contains(row.id);
+    });
+    fresh = job.values.Sorted(fresh, job.spec);
+    std::vector<PLItemID> ids;
+    ids.reserve(job.rows.size() + fresh.size());
+    auto from = job.rows.begin();
+    for (const PLRow& row : fresh) {
+        const auto to = std::lower_bound(from, job.rows.end(), row, [&](const PLRow& a, const PLRow& b) {
+            return job.values.Compare(a, b, job.spec) < 0;
+        });
+        std::transform(from, to, std::back_inserter(ids), [](const PLRow& one) { return one.id; });
+        ids.push_back(row.id);
+        from = to;
+    }
+    std::transform(from, job.rows.end(), std::back_inserter(ids), [](const PLRow& one) { return one.id; });
+    return ids;
+}
+
+void CPlayList::Insert(const SortSpec& spec, std::span<const PLRow> rows) {
+    const CRowValues values = Values();
+    for (const PLRow& row : rows) {
+        const SDB_Selection* const orderP = i_list->FindOrder(spec);
+        if (orderP == nullptr) return;
+        const std::vector<PLItemID>& ids = orderP->Items();
+        const auto before = [&](PLItemID id) {
+            const auto other = i_list->Get(id);
+            return other && values.Compare(*other, row, spec) < 0;
+        };
+        // Most rows come at the end: a new song has the highest id.
+        const auto it = ids.empty() || before(ids.back()) ? ids.end() : std::ranges::partition_point(ids, before);
+        i_list->InsertIntoOrder(MainKey(spec), static_cast<std::size_t>(it - ids.begin()), row.id);
+    }
+}
+
+void CPlayList::PlaceInOrders(const std::vector<PLItemID>& items) {
+    const std::vector<SortSpec> specs = i_list->Orders();
+    if (specs.empty()) return;
+    const std::vector<PLRow> rows = items.size() <= kMostInserted ? RowsOf(items) : std::vector<PLRow>();
+    for (const SortSpec& spec : specs) {
+        if (items.size() <= kMostInserted) {
+            Insert(spec, rows);
+        } else if (SameSpec(spec, i_sortSpec)) {
+            i_list->AppendToOrder(MainKey(spec), items);
+            if (!i_sortingB) StartSort(spec);
+        } else {
+            i_list->DropOrder(MainKey(spec));
+        }
+    }
+}
+
+void CPlayList::ItemsChanged(std::span<const PLItemID> items, std::span<const MetaKey> keys) {
+    if (i_sortingB) i_touched.insert(items.begin(), items.end());
+    PLItemSet changed;
+    for (const PLItemID id : items) changed.Add(id);
+    for (const SortSpec& spec : i_list->Orders()) {
+        if (!UsesOneOf(spec, keys)) continue;
+        if (items.size() <= kMostInserted) {
+            i_list->EraseFromOrder(MainKey(spec), changed);
+            Insert(spec, RowsOf(items));
+        } else if (SameSpec(spec, i_sortSpec)) {
+            if (!i_sortingB) StartSort(spec);   // the old order is shown until then
+        } else {
+            i_list->DropOrder(MainKey(spec));
+        }
+    }
+    ItemChanged(ListMessage::kChanged, items);
+}
+
+void CPlayList::SetSavedSort(MetaKey key, bool ascendingB) {
+    const bool refusedB = MetaManager().GetTraits(key).Has(kKeyFlag_NoSavedSort) ||
+                          (key == "DAdd"_key && !i_database.Host().IsDateAddedReal());
+    i_sortSpec = {{refusedB ? CM_Key_SORT_INDEX : key, ascendingB || key == kUserOrder}};
+}
+
+const std::vector<PLItemID>& CPlayList::GetSortedList() {
+    if (const SDB_Selection* const orderP = i_list->FindOrder(i_sortSpec)) return orderP->Items();
+    SortJob job = MakeJob(i_sortSpec);
+    CT_SortSelection::Run(job);
+    i_list->SetOrder(job.spec, Merge(job, {}));
+    return i_list->FindOrder(i_sortSpec)->Items();
+}
+
+CPlayListItem* CPlayList::GetIndSortedItem(RowIndex row) {
+    const std::vector<PLItemID>& ids = GetSortedList();
+    return row == 0 || row > ids.size() ? nullptr : i_list->Item(ids[row - 1]);
+}
+
+SDB_Selection CPlayList::GetAsSelection_FromViewer() {
+    SDB_Selection selection(this, i_sortSpec);
+    selection.SetItems(GetSortedList());
+    return selection;
+}
+
+void CPlayList::MakeUserOrder() {
+    if (i_sortingB) return ShowAlert("Please wait until the sort tasks are finished.", "");
+    LogF("Setting user sort order for %s\n", i_name.CString());
+    if (!AssertWords(i_list->SetUserOrder(GetSortedList()), "the shown order holds every row")) return;
+    i_database.SetDirty(true, "user sort order");
+    ItemChanged(ListMessage::kMoved, GetSortedList());
+}
+
+PLItemID CPlayList::GetNextID(PLItemID item, Step step, AtEnd end) {
+    const bool backwardsB = step == Step::kBackward, rotationB = i_sourceType == kSourceDB_KJ_ROTATION;
+    if (item == SDB_kNoItem) item = i_selectedItem;
+    if (rotationB && backwardsB && i_current_pli > 0) {
+        --i_current_pli;
+        return item;
+    }
+    const std::vector<PLItemID> ids = GetSortedList();   // a copy: stopping the play may change the list
+    if (ids.empty()) return SDB_kNoItem;
+    const auto it = std::ranges::find(ids, item);
+    const std::size_t countL = ids.size();
+    // An item that is not there stands before the first and behind the last.
+    std::size_t place = it != ids.end() ? static_cast<std::size_t>(it - ids.begin()) : backwardsB ? 0 : countL - 1;
+    bool fromNowhereB = it == ids.end();
+    for (std::size_t n = 0; n < countL; ++n) {
+        const bool lastB = place == countL - 1;
+        place = backwardsB ? (place + countL - 1) % countL : (place + 1) % countL;
+        if (lastB && !backwardsB && rotationB && end == AtEnd::kStop && !fromNowhereB) {
+            i_current_pli = 0;
+            i_database.Host().StopPlayback();
+        }
+        fromNowhereB = false;
+        const CPlayListItem* const itemP = i_list->Item(ids[place]);
+        const bool playsB =
+            itemP != nullptr && (itemP->Type() == SDB_kPLItem_SINGER || Number(itemP->GetSongID()) != SDB_kOrphanID);
+        if (playsB) return ids[place];
+    }
+    return SDB_kNoItem;
+}

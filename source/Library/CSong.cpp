@@ -1,0 +1,21 @@
+#include "Library/CSong.h"
+
+#include "Core/Assertions.h"
+#include "Library/CMetaManager.h"
+#include "Library/CSongDatabase.h"
+
+CSongMeta::CSongMeta(CSongDatabase* databaseP, SongID id) : i_databaseP(databaseP), i_id(id) {
+    (void)AssertWords(Number(id) > 0, "GetSongID() > 0");
+    MetaEntry entry{CM_Key_SONG_ID, CMetaValue(Number(id))};   // told, never set
+    Load(std::span(&entry, 1));
+}
+
+void CSongMeta::OnChanged(MetaKey key, const CMetaValue&) {
+    if (i_databaseP == nullptr || Manager().GetTraits(key).Has(kKeyFlag_Hidden)) return;
+    i_databaseP->QueueChange(i_id, key);
+}
+
+void CSongMeta::CheckSetter(MetaKey key) const {
+    CMeta::CheckSetter(key);
+    AssertNotIdentity(key);
+}

@@ -1,0 +1,146 @@
+#pragma once
+#include <functional>
+#include <memory>
+#include <span>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "Core/CMainThreadProc.h"
+#include "Core/CMutex.h"
+#include "Library/CListWatcher.h"
+#include "Library/CPlayList.h"
+#include "Library/CRowValues.h"
+#include "Library/CSong.h"
+
+/** What the library asks of those above it. Main thread; outlives the database. */
+class CSongDatabaseHost {
+public:
+    virtual ~CSongDatabaseHost() = default;
+    /** Off while the application starts and ends: nothing becomes dirty then. */
+    [[nodiscard]] virtual bool IsReady() const { return true; }
+    virtual void DirtyChanged(bool /*dirtyB*/) {}
+    /** Renames the file, or folder, of a list whose name is still the old one. */
+    virtual OSErr RenameListFile(const CPlayList& /*list*/, const SuperString& /*newName*/) { return noErr; }
+    /** The singer who says that this list is his; SDB_kUninitializedID when nobody does. */
+    [[nodiscard]] virtual SingerID FindListOwner(PlaylistID /*list*/) { return SingerID{SDB_kUninitializedID}; }
+    virtual void StopPlayback() {}
+    /** May this song go? It plays, perhaps; the host asks, and stops it. */
+    virtual bool MayDelete(SongID /*song*/) { return true; }
+    /** The preference "Date Added Field *really* Updated". */
+    [[nodiscard]] virtual bool IsDateAddedReal() const { return false; }
+};
+
+/** All songs and lists of the library, the counter of ids, and what must be saved.
+    Threads  main, but for what says "any thread": those forward to the main thread and wait, or look up under a lock.
+             A caller holds no lock.
+    Owner    CApp. Destroyed on the main thread; sorts that still run find nothing any more. */
+class CSongDatabase {
+public:
+    explicit CSongDatabase(CSongDatabaseHost& host);
+    ~CSongDatabase();
+    CSongDatabase(const CSongDatabase&) = delete;
+    CSongDatabase& operator=(const CSongDatabase&) = delete;
+
+    [[nodiscard]] CSongDatabaseHost& Host() const noexcept { return i_host; }
+    /** Empties itself when the database goes. Lock it on the main thread alone. */
+    [[nodiscard]] std::weak_ptr<CSongDatabase*> Self() const noexcept { return i_selfRef; }
+
+    // ---- Ids. Any thread. ----
+    /** A number that nothing has yet. */
+    [[nodiscard]] std::int32_t GetNextID();
+    /** An id was met in a file: the next one is above it. */
+    void NoteID(std::int32_t id);
+    /** What the library's file keeps as "Next item ID (don't change this!!)". */
+    [[nodiscard]] std::int32_t PeekNextID() const { return i_nextID.Get(); }
+
+    // ---- Songs ----
+    /** A song of its own id, or of the one that a file tells. Null, and logged, when that is taken or not over 0. */
+    CSong* CreateSong(SongID id = SongID{SDB_kUninitializedID});
+    /** Its row in the library's list; the one that it has when it is there already. */
+    PLItemID AddSongToLibrary(CSong& song);
+    std::vector<PLItemID> AddSongsToLibrary(std::span<const SongID> songs);
+    /** Null when there is none. */
+    [[nodiscard]] CSong* GetSong(SongID id) const;
+    /** `work(song)` while the song cannot go; false without it. Any thread; short, no waits, no lock but a CMeta's. */
+    template <class Work>
+    bool WithSong(SongID id, Work&& work) const {
+        return i_songsRef->With(id, std::forward<Work>(work));
+    }
+    [[nodiscard]] const std::shared_ptr<CMutex_SongMap>& Songs() const noexcept { return i_songsRef; }
+    void SetSingerValues(std::shared_ptr<const CSingerValues> valuesRef) { i_singerValuesRef = std::move(valuesRef); }
+    [[nodiscard]] const std::shared_ptr<const CSingerValues>& SingerValues() const noexcept {
+        return i_singerValuesRef;
+    }
+
+    // ---- Lists ----
+    [[nodiscard]] CPlayList& Library() const noexcept { return *i_libraryP; }
+    /** A new list. An id that another list has already is told in the log, and the list gets a new one; a singer's list
+        whose singer cannot be found then becomes a user playlist. */
+    CPlayList& AddPlaylist(SourceType type, const SuperString& name = {}, PlaylistID id = kPlaylistID_New);
+    [[nodiscard]] CPlayList* GetPlayList(PlaylistID id) const;
+    /** The first of its kind. */
+    [[nodiscard]] CPlayList* GetPlayList(SourceType type) const;
+    /** In the order of their ids. */
+    [[nodiscard]] std::vector<CPlayList*> PlayLists() const;
+    /** paramErr for the library and the head of the sources, fnfErr when there is none. */
+    OSErr DeletePlaylist(PlaylistID id);
+
+    // ---- Any thread: forwarded to the main thread and waited for. fnfErr when the list is gone. ----
+    OSErr AddToList(PlaylistID list, std::vector<PLTarget> targets, RowIndex where, std::vector<PLItemID>& items);
+    OSErr RemoveFromList(PlaylistID list, std::vector<PLItemID> items);
+    OSErr MoveInList(PlaylistID list, std::vector<PLItemID> items, RowIndex to);
+    OSErr GetSortedList(PlaylistID list, std::vector<PLRow>& rows);
+    OSErr ForEachPLItem(PlaylistID list, const std::function<void(CPlayListItem&)>& proc);
+    OSErr UpdateIndices(PlaylistID list);
+
+    // ---- Commands ----
+    /** The songs of these rows; a song that has several comes once. */
+    [[nodiscard]] std::vector<SongID> SongsOf(const SDB_Selection& selection) const;
+    /** Takes all references to these songs out of all lists, then the songs out of the library; files stay.
+       userCanceledErr when one may not go, which is asked before anything is changed. */
+    OSErr RemoveFromLibrary(std::span<const SongID> songs);
+    /** Rows of the library's list alone: the songs stay where they are in other lists. */
+    OSErr RemoveDuplicates(const SDB_Selection& selection);
+
+    // ---- Changes ----
+    /** Any thread. The first reason is logged. */
+    void SetDirty(bool dirtyB, std::string_view reason = {});
+    [[nodiscard]] bool IsDirty() const noexcept { return i_dirtyB; }
+    /** Any thread; under a CMeta's lock too. Handed on 0.25 s after the first. */
+    void QueueChange(SongID song, MetaKey key);
+    /** Hands on what is queued now. */
+    void FlushChanges();
+    /** The places of these songs in the lists, and who watches them. */
+    void UpdateItems(std::span<const SongID> songs, std::span<const MetaKey> keys);
+    /** While one lives, songs that are made and changed queue nothing: the library loads. */
+    void SetLoading(bool loadingB) noexcept { i_loadingB.store(loadingB, std::memory_order_relaxed); }
+
+    void AddWatcher(CListWatcher& watcher) { i_watchers.push_back(&watcher); }
+    void RemoveWatcher(CListWatcher& watcher) { std::erase(i_watchers, &watcher); }
+    template <class Say>
+    void Tell(Say&& say) {
+        const std::vector<CListWatcher*> watchers = i_watchers;   // one may take itself out
+        for (CListWatcher* watcherP : watchers) say(*watcherP);
+    }
+    // By the library's list.
+    void SongsEnteredLibrary(CPlayList& library, std::span<const PLItemID> items);
+    void SongsLeaveLibrary(CPlayList& library, std::span<const PLItemID> items);
+
+private:
+    using Change = std::pair<SongID, MetaKey>;
+
+    CSongDatabaseHost& i_host;
+    const std::shared_ptr<CSongDatabase*> i_selfRef;
+    const std::shared_ptr<CMutex_SongMap> i_songsRef;
+    std::shared_ptr<const CSingerValues> i_singerValuesRef;
+    CMutex_ItemMap<PlaylistID, CPlayList> i_lists;
+    CPlayList* i_libraryP = nullptr;
+    CMutexT<std::int32_t> i_nextID{Number(kPlaylistID_Library) + 1};
+    CMutexT<std::vector<Change>> i_changes;
+    ForkID i_changesTimer = 0;
+    std::atomic<bool> i_loadingB{false};
+    bool i_dirtyB = false;
+    bool i_reasonToldB = false;
+    std::vector<CListWatcher*> i_watchers;   // not owned
+};

@@ -1,0 +1,87 @@
+// What must be saved, and who hears of changed songs.
+#include <unordered_set>
+
+#include "Core/Assertions.h"
+#include "Core/CLog.h"
+#include "Core/ThreadInfo.h"
+#include "Library/CSongDatabase.h"
+#include "Library/CT_SongChanges.h"
+
+namespace {
+
+class MT_SetDirty final : public CMainThreadProc {
+public:
+    MT_SetDirty(std::weak_ptr<CSongDatabase*> databaseRef, bool dirtyB, std::string_view reason)
+        : CMainThreadProc("set dirty"), i_databaseRef(std::move(databaseRef)), i_dirtyB(dirtyB), i_reason(reason) {}
+
+protected:
+    OSErr Operate() override {
+        const auto databaseRef = i_databaseRef.lock();
+        if (databaseRef == nullptr || *databaseRef == nullptr) return abortErr;
+        (*databaseRef)->SetDirty(i_dirtyB, i_reason);
+        return noErr;
+    }
+
+private:
+    std::weak_ptr<CSongDatabase*> i_databaseRef;
+    bool i_dirtyB;
+    std::string i_reason;
+};
+
+}   // namespace
+
+void CSongDatabase::SetDirty(bool dirtyB, std::string_view reason) {
+    if (!IsMainThread()) {
+        if (Failed((new MT_SetDirty(i_selfRef, dirtyB, reason))->Call(CallMode::kPost)))
+            Log("### Error posting set dirty");
+        return;
+    }
+    if (!i_host.IsReady()) return;
+    if (dirtyB && !reason.empty() && !i_reasonToldB) {
+        i_reasonToldB = true;
+        LogF("** Database dirty because: %.*s\n", static_cast<int>(std::min(reason.size(), std::size_t{1000})),
+             reason.data());
+    }
+    if (!dirtyB) i_reasonToldB = false;
+    if (std::exchange(i_dirtyB, dirtyB) != dirtyB) i_host.DirtyChanged(dirtyB);
+}
+
+void CSongDatabase::QueueChange(SongID song, MetaKey key) {
+    if (i_loadingB.load(std::memory_order_relaxed)) return;
+    const bool firstB = i_changes.With([&](std::vector<Change>& changes) {
+        changes.emplace_back(song, key);
+        return changes.size() == 1;
+    });
+    if (firstB) CT_Timer::SetInterval(i_changesTimer, CT_SongChanges::kDelayT);
+}
+
+void CSongDatabase::FlushChanges() {
+    std::vector<Change> changes = i_changes.Exchange({});
+    if (changes.empty()) return;
+    std::vector<SongID> songs;
+    std::vector<MetaKey> keys;
+    for (const auto& [song, key] : changes) {
+        songs.push_back(song);
+        keys.push_back(key);
+    }
+    const auto makeUnique = [](auto& all) {
+        std::ranges::sort(all);
+        all.erase(std::ranges::unique(all).begin(), all.end());
+    };
+    makeUnique(songs);
+    makeUnique(keys);
+    UpdateItems(songs, keys);
+    SetDirty(true, "songs changed");
+}
+
+void CSongDatabase::UpdateItems(std::span<const SongID> songs, std::span<const MetaKey> keys) {
+    (void)Assert(IsMainThread());
+    std::unordered_set<std::int32_t> changed;
+    for (const SongID id : songs) changed.insert(Number(id));
+    for (CPlayList* const listP : PlayLists()) {
+        const std::vector<PLItemID> items = listP->Items()->FindAll(
+            [&](const PLTarget& target) { return target.type == SDB_kPLItem_SONG && changed.contains(target.idL); });
+        if (!items.empty()) listP->ItemsChanged(items, keys);
+    }
+    Tell([&](CListWatcher& watcher) { watcher.SongsChanged(songs, keys); });
+}

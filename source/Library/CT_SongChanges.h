@@ -1,0 +1,19 @@
+#pragma once
+#include <memory>
+
+#include "Core/CT_Timer.h"
+
+class CSongDatabase;
+
+/** Hands on the changes that songs queued: armed by the first of them, off afterwards. It ends itself when its database
+    has gone. */
+class CT_SongChanges final : public CT_Timer {
+public:
+    static constexpr double kDelayT = 0.25;
+    explicit CT_SongChanges(std::weak_ptr<CSongDatabase*> databaseRef)
+        : CT_Timer("song changes", -1.0), i_databaseRef(std::move(databaseRef)) {}
+    OSErr Timer() override;
+
+private:
+    std::weak_ptr<CSongDatabase*> i_databaseRef;
+};

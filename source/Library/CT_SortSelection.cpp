@@ -1,0 +1,26 @@
+#include "Library/CT_SortSelection.h"
+
+#include "Core/CLog.h"
+#include "Library/CPlayList.h"
+#include "Library/CSongDatabase.h"
+
+CT_SortSelection::CT_SortSelection(SortJob job, std::weak_ptr<CSongDatabase*> databaseRef)
+    : CT_Preemptive("sort selection"), i_job(std::move(job)), i_databaseRef(std::move(databaseRef)) {}
+
+void CT_SortSelection::Run(SortJob& job) {
+    LogF("## Sort %s: %s\n", "Begin", job.listName.c_str());
+    job.rows = job.values.Sorted(job.rows, job.spec);
+    LogF("## Sort %s: %s\n", "End  ", job.listName.c_str());
+}
+
+OSErr CT_SortSelection::Operate(OSErr err) {
+    if (!Failed(err)) Run(i_job);
+    return err;
+}
+
+OSErr CT_SortSelection::Completion(OSErr err) {
+    const auto databaseRef = i_databaseRef.lock();
+    if (databaseRef == nullptr || *databaseRef == nullptr) return err;
+    if (CPlayList* listP = (*databaseRef)->GetPlayList(i_job.list)) listP->SortCompletion(std::move(i_job), err);
+    return err;
+}

@@ -1,0 +1,34 @@
+#pragma once
+#include <memory>
+
+#include "Core/CT_Preemptive.h"
+#include "Library/CRowValues.h"
+
+class CSongDatabase;
+
+/** A list to be sorted: a copy of its rows as they stood, and where their values are found. */
+struct SortJob {
+    CRowValues values;
+    std::vector<PLRow> rows;   // by slot; sorted in place of a result
+    SortSpec spec;
+    std::uint32_t nextStampL;   // rows from this stamp on came later
+    PlaylistID list;
+    std::string listName;
+};
+
+/** Sorts a list by its keys on a thread of its own and hands the result to the list on the main thread, if it is still
+    there. Nothing of the list is held meanwhile. */
+class CT_SortSelection final : public CT_Preemptive {
+public:
+    CT_SortSelection(SortJob job, std::weak_ptr<CSongDatabase*> databaseRef);
+    /** The sort, for those who have time to wait. Logs its begin and end. */
+    static void Run(SortJob& job);
+
+protected:
+    OSErr Operate(OSErr err) override;
+    OSErr Completion(OSErr err) override;
+
+private:
+    SortJob i_job;
+    std::weak_ptr<CSongDatabase*> i_databaseRef;   // locked on the main thread alone
+};
