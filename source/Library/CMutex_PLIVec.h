@@ -75,6 +75,10 @@ public:
     [[nodiscard]] std::vector<PLItemID> UserOrder() const;
     /** The rows by slot, and the stamp that the next row gets. */
     [[nodiscard]] std::vector<PLRow> Snapshot(std::uint32_t& nextStampL) const;
+    /** The rows that came at this stamp or later, or are among `also`; by slot. */
+    [[nodiscard]] std::vector<PLRow> Since(std::uint32_t stampL, const PLItemSet& also) const;
+    /** Takes out of `rows` those that have left, and those of `also`. */
+    void KeepPresent(std::vector<PLRow>& rows, const PLItemSet& also) const;
     /** The row's own value; none when the row, with this stamp, is gone or has none. */
     [[nodiscard]] CMetaValue RowValue(PLItemID id, std::uint32_t stampL, MetaKey key) const;
     /** True while any row has values of its own. */

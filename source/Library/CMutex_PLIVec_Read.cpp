@@ -86,6 +86,28 @@ std::vector<PLRow> CMutex_PLIVec::Snapshot(std::uint32_t& nextStampL) const {
     return rows;
 }
 
+std::vector<PLRow> CMutex_PLIVec::Since(std::uint32_t stampL, const PLItemSet& also) const {
+    const Scope guard(*this);
+    Renumber();
+    std::vector<PLRow> rows;
+    for (const CPlayListItem& item : i_pliVec)
+        if (!item.IsHole() && (item.i_stampL >= stampL || also.Has(item.ID()))) rows.push_back(RowCopy(item));
+    return rows;
+}
+
+void CMutex_PLIVec::KeepPresent(std::vector<PLRow>& rows, const PLItemSet& also) const {
+    // The stamps side by side first: `rows` come in any order, and the items lie far apart.
+    std::vector<std::uint32_t> stamps;
+    {
+        const Scope guard(*this);
+        stamps.reserve(i_pliVec.size());
+        for (const CPlayListItem& item : i_pliVec) stamps.push_back(item.i_stampL);
+    }
+    std::erase_if(rows, [&](const PLRow& row) {
+        return Slot(row.id) >= stamps.size() || stamps[Slot(row.id)] != row.stampL || also.Has(row.id);
+    });
+}
+
 CMetaValue CMutex_PLIVec::RowValue(PLItemID id, std::uint32_t stampL, MetaKey key) const {
     const Scope guard(*this);
     if (!IsRow(id)) return {};

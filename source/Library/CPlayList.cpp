@@ -110,7 +110,6 @@ OSErr CPlayList::RemoveItems(std::vector<PLItemID> items) {
     if (i_playlistID == kPlaylistID_Library) i_database.SongsLeaveLibrary(*this, items);
     const std::size_t goneL = i_list->Remove(items, i_name.UTF8());
     if (goneL == 0) return items.empty() ? noErr : fnfErr;
-    for (const PLItemID id : items) i_touched.erase(id);
     i_database.SetDirty(true, "playlist items removed");
     ItemChanged(ListMessage::kRemoved, items);
     return goneL == items.size() ? noErr : fnfErr;

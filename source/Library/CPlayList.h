@@ -2,7 +2,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <unordered_set>
 #include <vector>
 
 #include "Core/SuperString.h"
@@ -134,8 +133,8 @@ private:
     bool i_sortingB = false;                 // a task sorts, or waits for its completion
     std::optional<SortSpec> i_waitingSpec;   // asked for meanwhile
     SortTold i_waitingTold = SortTold::kTold;
-    long i_restartsL = 0;                     // of the present sort, as too much had changed
-    std::unordered_set<PLItemID> i_touched;   // rows whose values changed while a task sorts
+    long i_restartsL = 0;   // of the present sort, as too much had changed
+    PLItemSet i_touched;    // rows whose values changed while a task sorts
     PLItemID i_selectedItem = SDB_kNoItem;
     long i_current_pli = 0;   // pending skips
 };

@@ -59,7 +59,7 @@ void CPlayList::SetSort(SortSpec spec, SortWait wait, SortTold told) {
 void CPlayList::StartSort(SortSpec spec) {
     if (!AssertWords(!i_sortingB, "!sortingB.Get()")) return;
     i_sortingB = true;
-    i_touched.clear();
+    i_touched = {};
     i_database.Tell([&](CListWatcher& watcher) { watcher.SortChanged(i_playlistID, spec, true); });
     SortJob job = MakeJob(spec);
     if (CT_SortSelection::Start(std::make_unique<CT_SortSelection>(std::move(job), i_database.Self())) != 0) return;
@@ -85,32 +85,22 @@ void CPlayList::SortCompletion(SortJob job, OSErr err) {
     if (Failed(err)) {
         LogF("### Error sorting %s (%d)", i_name.CString(), static_cast<int>(err));
     } else {
-        std::uint32_t nextStampL = 0;
-        std::vector<PLRow> fresh;
-        for (const PLRow& row : i_list->Snapshot(nextStampL))
-            if (row.stampL >= job.nextStampL || i_touched.contains(row.id)) fresh.push_back(row);
+        std::vector<PLRow> fresh = i_list->Since(job.nextStampL, i_touched);
         if (fresh.size() > kMostInserted && i_restartsL < kMostRestarts && !i_waitingSpec) {
             ++i_restartsL;
             return StartSort(std::move(job.spec));
         }
         i_list->SetOrder(job.spec, Merge(job, std::move(fresh)));
         i_restartsL = 0;
-        i_touched.clear();
+        i_touched = {};
         Shown(std::move(job.spec), SortTold::kTold);
     }
     if (auto next = std::exchange(i_waitingSpec, std::nullopt)) SetSort(std::move(*next), SortWait::kNo, i_waitingTold);
 }
 
 std::vector<PLItemID> CPlayList::Merge(SortJob& job, std::vector<PLRow> fresh) const {
-    std::uint32_t nextStampL = 0;
-    const std::vector<PLRow> present = i_list->Snapshot(nextStampL);
-    std::vector<std::uint32_t> stamps(present.empty() ? 1 : static_cast<std::size_t>(Number(present.back().id)) + 1);
-    for (const PLRow& row : present) stamps[static_cast<std::size_t>(Number(row.id))] = row.stampL;
-    // A slot that has another row by now carries another stamp; what changed its value finds its place anew.
-    std::erase_if(job.rows, [&](const PLRow& row) {
-        const auto slot = static_cast<std::size_t>(Number(row.id));
-        return slot >= stamps.size() || stamps[slot] != row.stampL || i_touched.contains(row.id);
-    });
+    // A slot that has another row by now carries another stamp; a row whose value changed finds its place anew.
+    i_list->KeepPresent(job.rows, i_touched);
     fresh = job.values.Sorted(fresh, job.spec);
     std::vector<PLItemID> ids;
     ids.reserve(job.rows.size() + fresh.size());
@@ -160,9 +150,11 @@ void CPlayList::PlaceInOrders(const std::vector<PLItemID>& items) {
 }
 
 void CPlayList::ItemsChanged(std::span<const PLItemID> items, std::span<const MetaKey> keys) {
-    if (i_sortingB) i_touched.insert(items.begin(), items.end());
     PLItemSet changed;
-    for (const PLItemID id : items) changed.Add(id);
+    for (const PLItemID id : items) {
+        changed.Add(id);
+        if (i_sortingB) i_touched.Add(id);
+    }
     for (const SortSpec& spec : i_list->Orders()) {
         if (!UsesOneOf(spec, keys)) continue;
         if (items.size() <= kMostInserted) {

@@ -36,23 +36,21 @@ class TextKeys {
 public:
     void Add(std::string_view text) {
         const std::string key = CCollation::User().SortKey(text);
-        std::array<unsigned char, 8> head{};
-        std::memcpy(head.data(), key.data(), std::min(key.size(), head.size()));
-        std::uint64_t prefix = 0;
-        for (const unsigned char byte : head) prefix = prefix << 8 | byte;
-        i_keys.push_back({prefix, i_bytes.size(), static_cast<std::uint32_t>(key.size()),
+        i_keys.push_back({Head(key, 0), Head(key, 8), i_bytes.size(), static_cast<std::uint32_t>(key.size()),
                           static_cast<std::uint32_t>(i_keys.size())});
         i_bytes += key;
     }
     /** By the number of the text: 1 for the first in order. */
     std::vector<std::uint32_t> Ranked() {
         std::ranges::sort(i_keys, [this](const Key& a, const Key& b) {
-            return a.prefix != b.prefix ? a.prefix < b.prefix : View(a) < View(b);
+            if (a.head != b.head) return a.head < b.head;
+            if (a.neck != b.neck) return a.neck < b.neck;
+            return View(a) < View(b);
         });
         std::vector<std::uint32_t> ranks(i_keys.size());
         std::uint32_t rank = 0;
         for (std::size_t n = 0; n < i_keys.size(); ++n) {
-            if (n == 0 || View(i_keys[n - 1]) != View(i_keys[n])) ++rank;
+            if (n == 0 || !Alike(i_keys[n - 1], i_keys[n])) ++rank;
             ranks[i_keys[n].text] = rank;
         }
         return ranks;
@@ -60,11 +58,18 @@ public:
 
 private:
     struct Key {
-        std::uint64_t prefix;   // the first eight bytes, which decide nearly always
+        std::uint64_t head, neck;   // the first sixteen bytes, which nearly always decide without a look at the others
         std::size_t begin;
         std::uint32_t size, text;
     };
+    static std::uint64_t Head(const std::string& key, std::size_t from) {
+        std::uint64_t head = 0;
+        for (std::size_t n = from; n < from + 8; ++n)
+            head = head << 8 | (n < key.size() ? static_cast<unsigned char>(key[n]) : 0U);
+        return head;
+    }
     std::string_view View(const Key& key) const { return std::string_view(i_bytes).substr(key.begin, key.size); }
+    bool Alike(const Key& a, const Key& b) const { return a.head == b.head && a.neck == b.neck && View(a) == View(b); }
     std::string i_bytes;
     std::vector<Key> i_keys;
 };
@@ -72,7 +77,7 @@ private:
 Ranks TextRanks(std::span<const CMetaValue> values) {
     Ranks ranks(values.size());
     std::unordered_map<std::string_view, std::uint32_t> known;
-    known.reserve(values.size() / 4);
+    known.reserve(values.size() / 2);
     std::deque<std::string> kept;
     TextKeys keys;
     for (std::size_t n = 0; n < values.size(); ++n) {

@@ -1,5 +1,7 @@
 #include "Library/CSongDatabase.h"
 
+#include <unordered_set>
+
 #include "Core/AlertHook.h"
 #include "Core/Assertions.h"
 #include "Core/CLog.h"

@@ -1,0 +1,263 @@
+#include "Library/CPlayList.h"
+
+#include <algorithm>
+#include <map>
+#include <random>
+
+#include "Library/ListTest.h"
+
+namespace {
+
+/** A list as slowly and plainly as can be. */
+struct SlowList {
+    std::map<int, int> slots;   // id to song
+    std::vector<int> order;
+
+    int Add(int song, unsigned where) {
+        int id = 1;
+        while (slots.contains(id)) ++id;
+        slots[id] = song;
+        order.push_back(id);
+        if (where >= 1 && where < order.size()) Move(id, where);
+        return id;
+    }
+    void Remove(int id) {
+        slots.erase(id);
+        std::erase(order, id);
+    }
+    void Move(int id, unsigned to) {
+        const auto from = static_cast<unsigned>(std::ranges::find(order, id) - order.begin()) + 1;
+        order.erase(order.begin() + from - 1);
+        order.insert(order.begin() + (from < to ? to - 2 : to - 1), id);
+    }
+    void MoveAll(const std::vector<int>& ids, unsigned to) {
+        std::vector<int> before, moved, after;
+        for (unsigned n = 0; n < order.size(); ++n)
+            (std::ranges::find(ids, order[n]) != ids.end() ? moved : n + 1 < to ? before : after).push_back(order[n]);
+        order = before;
+        order.insert(order.end(), moved.begin(), moved.end());
+        order.insert(order.end(), after.begin(), after.end());
+    }
+};
+
+void ExpectAlike(const CPlayList& list, const SlowList& slow) {
+    const auto& items = *list.Items();
+    ASSERT_EQ(items.Count(), slow.order.size());
+    std::vector<int> order;
+    for (const PLItemID id : items.UserOrder()) order.push_back(Number(id));
+    ASSERT_EQ(order, slow.order);
+    for (unsigned n = 0; n < slow.order.size(); ++n) {
+        const auto row = items.Get(PLItemID{slow.order[n]});
+        ASSERT_TRUE(row);
+        ASSERT_EQ(row->row, n + 1);
+        ASSERT_EQ(row->target, PLTarget(SongID{slow.slots.at(slow.order[n])}));
+        ASSERT_EQ(items.AtRow(n + 1)->id, row->id);
+    }
+    int next = 1;
+    while (slow.slots.contains(next)) ++next;
+    ASSERT_EQ(Number(items.NextSlot()), next);
+}
+
+}   // namespace
+
+class PlayList : public ListTest {};
+
+TEST_F(PlayList, AgreesWithAListThatIsPlainAndSlow) {
+    std::mt19937 random(11);
+    const auto upTo = [&](std::size_t most) { return static_cast<unsigned>(random() % (most + 1)); };
+    for (int round = 0; round < 6; ++round) {
+        CPlayList& list = UserList();
+        SlowList slow;
+        for (int step = 0; step < 250; ++step) {
+            SCOPED_TRACE(testing::Message() << "round " << round << ", step " << step);
+            std::vector<int> some = slow.order;
+            std::ranges::shuffle(some, random);
+            some.resize(std::min<std::size_t>(some.size(), 1 + upTo(8)));
+            switch (random() % 7) {
+                case 0:
+                case 1: {
+                    const unsigned where = upTo(slow.order.size() + 3);
+                    ASSERT_EQ(Number(Add(list, step + 1, where)), slow.Add(step + 1, where));
+                    break;
+                }
+                case 2: {   // a block, in front of a row or at the end
+                    std::vector<std::int32_t> songs(1 + upTo(12), step + 1);
+                    const unsigned where = upTo(slow.order.size() + 2);
+                    const bool insideB = where >= 1 && where <= slow.order.size();
+                    std::vector<int> ids;
+                    for (const int song : songs) ids.push_back(slow.Add(song, 0));
+                    if (insideB) slow.MoveAll(ids, where);
+                    ASSERT_EQ(list.AddItemVec(NewItems(songs), where), Items(ids));
+                    break;
+                }
+                case 3:
+                    if (some.empty()) break;
+                    slow.Remove(some[0]);
+                    ASSERT_EQ(list.RemoveItem(PLItemID{some[0]}), noErr);
+                    break;
+                case 4:
+                    if (random() % 12 == 0) some = slow.order;   // all of it: ids begin at 1 again
+                    for (const int id : some) slow.Remove(id);
+                    ASSERT_EQ(list.RemoveItems(Items(some)), noErr);
+                    break;
+                case 5: {
+                    if (some.empty()) break;
+                    const unsigned to = 1 + upTo(slow.order.size());
+                    slow.Move(some[0], to);
+                    const auto row = list.MoveItems(Items({some[0]}), to);
+                    ASSERT_EQ(slow.order[row - 1], some[0]);
+                    break;
+                }
+                default: {
+                    if (some.empty()) break;
+                    const unsigned to = 1 + upTo(slow.order.size());
+                    slow.MoveAll(some, to);
+                    list.MoveItems(Items(some), to);
+                }
+            }
+            ASSERT_NO_FATAL_FAILURE(ExpectAlike(list, slow));
+        }
+    }
+}
+
+TEST_F(PlayList, IdsAreUsedAgainTheLowestFirst) {
+    CPlayList& list = UserList();
+    list.AddItemVec(NewItems({1, 2, 3, 4, 5, 6}));
+    EXPECT_EQ(list.RemoveItems(Items({5, 3})), noErr);
+    EXPECT_EQ(list.Items()->Holes(), 2U);
+    EXPECT_EQ(Number(Add(list, 7)), 3);
+    EXPECT_EQ(Number(Add(list, 8)), 5);
+    EXPECT_EQ(Number(Add(list, 9)), 7);
+    EXPECT_EQ(list.RemoveItems(Items({1, 2, 3, 4, 5, 6, 7})), noErr);
+    EXPECT_EQ(Number(Add(list, 1)), 1);
+    EXPECT_EQ(list.Items()->Holes(), 0U);
+}
+
+TEST_F(PlayList, SlotsOfAFileAreKeptAndNoneAreMadeUp) {
+    CPlayList& list = UserList();
+    std::vector<PLNewItem> items = NewItems({10, 11, 12, 13});
+    const std::int32_t wanted[] = {7, 2, 7, 2'000'000'000};   // a slot twice, and one that would be a list of holes
+    for (std::size_t n = 0; n < items.size(); ++n) items[n].wanted = PLItemID{wanted[n]};
+    EXPECT_EQ(list.AddItemVec(std::move(items)), Items({7, 2, 1, 3}));
+    EXPECT_EQ(Songs(list), (std::vector<std::int32_t>{10, 11, 12, 13}));
+    EXPECT_EQ(list.Items()->Holes(), 3U);
+    for (const int id : {4, 5, 6, 8}) EXPECT_EQ(Number(Add(list, 1)), id);
+}
+
+TEST_F(PlayList, WrongIdsAreFaultsOfTheCallerAndChangeNothing) {
+    CPlayList& list = UserList();
+    list.AddItemVec(NewItems({1, 2, 3}));
+    EXPECT_EQ(list.RemoveItem(PLItemID{2}), noErr);
+    for (const std::int32_t id : {2, 0, -1, 4, 1'000'000}) EXPECT_EQ(list.RemoveItem(PLItemID{id}), fnfErr) << id;
+    EXPECT_EQ(TakeAsserted().size(), 7U);   // one each, and two that say why they are no ids at all
+    EXPECT_TRUE(Logged("ASSERT: attempting to remove index 2 from playlist <List>, but it is already removed"));
+    EXPECT_TRUE(Logged("ASSERT: attempting to remove index 4 from playlist <List> when size is 4"));
+    EXPECT_EQ(list.GetIndPLItem(PLItemID{0}), nullptr);
+    EXPECT_EQ(list.GetIndPLItem(SDB_kNoItem), nullptr);
+    EXPECT_EQ(TakeAsserted(), (std::vector<std::string>{"indexL != 0", "indexL != (size_t)SDB_Index_END"}));
+    EXPECT_EQ(Songs(list), (std::vector<std::int32_t>{1, 3}));
+}
+
+TEST_F(PlayList, ASingersListTakesASongOnce) {
+    CPlayList& favorites = i_databaseP->AddPlaylist(kSourceDB_SINGER_PL_FAVORITES);
+    EXPECT_EQ(Add(favorites, 10), Add(favorites, 10));
+    EXPECT_EQ(favorites.AddItemVec(NewItems({11, 10, 12, 11})), Items({2, 1, 3, 2}));
+    EXPECT_EQ(favorites.Count(), 3U);
+    CPlayList& list = UserList();
+    EXPECT_NE(Add(list, 10), Add(list, 10));
+}
+
+TEST_F(PlayList, RowsHaveValuesOfTheirOwn) {
+    CSong& song = Song("A");
+    song.Meta().SetInteger("PICH"_key, 1);
+    CPlayList& list = UserList();
+    const PLItemID one = list.AddItem({song.GetSongID()}), other = list.AddItem({song.GetSongID()});
+    EXPECT_TRUE(list.SetRowValue(one, "PICH"_key, CMetaValue(-2)));
+    EXPECT_EQ(list.ValueOf(one, "PICH"_key).Integer(), -2);
+    EXPECT_EQ(list.ValueOf(other, "PICH"_key).Integer(), 1);
+    EXPECT_EQ(list.ValueOf(one, "name"_key).Text(), "A");
+    EXPECT_EQ(list.ValueOf(other, "stIx"_key).Integer(), 2);
+    EXPECT_EQ(list.GetIndPLItem(other)->Meta(), nullptr);
+    EXPECT_EQ(list.RemoveItem(one), noErr);   // its slot's next row has none of it
+    EXPECT_EQ(list.AddItem({song.GetSongID()}), one);
+    EXPECT_EQ(list.ValueOf(one, "PICH"_key).Integer(), 1);
+    EXPECT_FALSE(list.Items()->HasRowValues());
+}
+
+TEST_F(PlayList, WhatIsPlayedNext) {
+    using enum CPlayList::Step;
+    using enum CPlayList::AtEnd;
+    constexpr SourceType kList = kSourceDB_PLAYLIST, kKJ = kSourceDB_KJ_ROTATION;
+    const struct {
+        const char* name;
+        SourceType type;
+        std::vector<std::int32_t> songs;   // -1 cannot be played; row n has the id n
+        std::int32_t from, selected;
+        CPlayList::Step step;
+        CPlayList::AtEnd end;
+        long skipsL;
+        std::int32_t next;
+        long skipsAfterL, stopsL;
+    } cases[] = {
+        {"forward", kList, {5, 6, 7}, 1, -1, kForward, kStop, 0, 2, 0, 0},
+        {"backward", kList, {5, 6, 7}, 3, -1, kBackward, kStop, 0, 2, 0, 0},
+        {"round the end", kList, {5, 6, 7}, 3, -1, kForward, kStop, 0, 1, 0, 0},
+        {"round the beginning", kList, {5, 6, 7}, 1, -1, kBackward, kStop, 0, 3, 0, 0},
+        {"the selected one", kList, {5, 6, 7}, -1, 2, kForward, kStop, 0, 3, 0, 0},
+        {"none selected", kList, {5, 6, 7}, -1, -1, kForward, kStop, 0, 1, 0, 0},
+        {"none selected, backward", kList, {5, 6, 7}, -1, -1, kBackward, kStop, 0, 3, 0, 0},
+        {"empty", kList, {}, -1, -1, kForward, kStop, 0, -1, 0, 0},
+        {"one row", kList, {5}, 1, -1, kForward, kStop, 0, 1, 0, 0},
+        {"over what cannot be played", kList, {5, -1, -1, 8}, 1, -1, kForward, kStop, 0, 4, 0, 0},
+        {"over it, backward, round", kList, {-1, 6, -1}, 2, -1, kBackward, kStop, 0, 2, 0, 0},
+        {"nothing can be played", kList, {-1, -1}, 1, -1, kForward, kStop, 0, -1, 0, 0},
+        {"KJ stops at the end", kKJ, {5, 6, 7}, 3, -1, kForward, kStop, 2, 1, 0, 1},
+        {"KJ ignores the end", kKJ, {5, 6, 7}, 3, -1, kForward, kIgnore, 2, 1, 2, 0},
+        {"KJ in the middle", kKJ, {5, 6, 7}, 1, -1, kForward, kStop, 2, 2, 2, 0},
+        {"KJ wraps backward", kKJ, {5, 6, 7}, 1, -1, kBackward, kStop, 0, 3, 0, 0},
+        {"KJ takes back a skip", kKJ, {5, 6, 7}, 2, -1, kBackward, kStop, 2, 2, 1, 0},
+        {"a list has no skips", kList, {5, 6, 7}, 2, -1, kBackward, kStop, 2, 1, 2, 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        CPlayList& list = i_databaseP->AddPlaylist(c.type);
+        list.AddItemVec(NewItems(c.songs));
+        list.SetSelectedItem(PLItemID{c.selected});
+        list.SetPendingSkips(c.skipsL);
+        i_above.i_stopsL = 0;
+        EXPECT_EQ(Number(list.GetNextID(PLItemID{c.from}, c.step, c.end)), c.next);
+        EXPECT_EQ(list.PendingSkips(), c.skipsAfterL);
+        EXPECT_EQ(i_above.i_stopsL, c.stopsL);
+    }
+}
+
+TEST_F(PlayList, NamesAndWhatMayBeChanged) {
+    CPlayList& list = i_databaseP->AddPlaylist(kSourceDB_PLAYLIST);
+    EXPECT_EQ(list.Name(), "Untitled Playlist");
+    EXPECT_EQ(list.Rename("  Best \t of "), noErr);
+    EXPECT_EQ(list.Name(), "Best of");
+    i_above.i_renameErr = dskFulErr;
+    EXPECT_EQ(list.Rename("Other"), dskFulErr);
+    EXPECT_EQ(list.Name(), "Best of");
+    EXPECT_TRUE(Logged("Error renaming <Best of> in the file system!"));
+    EXPECT_EQ(i_databaseP->AddPlaylist(kSourceDB_SINGER_PL_TONIGHT).Rename("Later"), noErr);   // no file of its own
+    EXPECT_TRUE(i_databaseP->AddPlaylist(kSourceDB_PLAYLIST, "* Songs Not Renamed").IsHidden());
+    CPlayList& disc = i_databaseP->AddPlaylist(kSourceDB_CD);
+    EXPECT_FALSE(disc.IsModifyable());
+    disc.SetDisc(true, false);
+    EXPECT_TRUE(disc.IsModifyable());
+    disc.SetDisc(true, true);
+    EXPECT_FALSE(disc.IsModifyable());
+}
+
+TEST_F(PlayList, TheSummary) {
+    CPlayList& list = UserList();
+    EXPECT_EQ(list.GetSummary(), "0 Songs");
+    CSong& song = Song("A");
+    song.Meta().SetInteger("drtn"_key, 90 * 300);
+    song.Meta().SetInteger("SIZE"_key, 3 * 1024 * 1024);
+    list.AddItem({song.GetSongID()});
+    list.AddItem({song.GetSongID()});
+    EXPECT_EQ(list.GetSummary(), "2 Songs, 3 Minutes, 6 MB");
+    EXPECT_EQ(i_databaseP->AddPlaylist(kSourceDB_VENUE, "Bar").GetSummary(), "0 Singers");
+}
