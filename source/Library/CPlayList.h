@@ -111,6 +111,9 @@ private:
     [[nodiscard]] CRowValues Values() const;
     [[nodiscard]] SortJob MakeJob(SortSpec spec) const;
     void StartSort(SortSpec spec);
+    /** After a block: at once, or when the present task is done. */
+    void SortAgain(const SortSpec& spec);
+    void SortHere(SortSpec spec);
     void Shown(SortSpec spec, SortTold told);
     /** Puts new rows into all orders; a big block waits at the end of the shown one for a sort. */
     void PlaceInOrders(const std::vector<PLItemID>& items);
@@ -131,6 +134,8 @@ private:
     const std::shared_ptr<CMutex_PLIVec> i_list;
     SortSpec i_sortSpec;
     bool i_sortingB = false;                 // a task sorts, or waits for its completion
+    bool i_showResultB = true;               // of the running task; not when another order was made meanwhile
+    bool i_staleShownB = false;              // the shown order was left unsorted while the task sorts by other keys
     std::optional<SortSpec> i_waitingSpec;   // asked for meanwhile
     SortTold i_waitingTold = SortTold::kTold;
     long i_restartsL = 0;   // of the present sort, as too much had changed

@@ -47,18 +47,30 @@ void CPlayList::SetSort(SortSpec spec, SortWait wait, SortTold told) {
         i_waitingTold = told;
         return;
     }
+    if (i_sortingB) {   // this one will not wait: what the task brings is kept, not shown
+        i_showResultB = false;
+        i_waitingSpec.reset();
+        if (std::exchange(i_staleShownB, false)) i_list->DropOrder(MainKey(i_sortSpec));
+    }
     if (SameSpec(first(spec), first(i_sortSpec)) && (i_list->HasOrder(i_sortSpec) || Count() < 2)) return;
     if (Count() < 2 || i_list->HasOrder(spec)) return Shown(std::move(spec), told);
     if (wait == SortWait::kNo) return StartSort(std::move(spec));
+    SortHere(spec);
+    Shown(std::move(spec), told);
+}
+
+void CPlayList::SortHere(SortSpec spec) {
     SortJob job = MakeJob(std::move(spec));
     CT_SortSelection::Run(job);
-    i_list->SetOrder(job.spec, Merge(job, {}));
-    Shown(std::move(job.spec), told);
+    std::vector<PLItemID> ids;
+    ids.reserve(job.rows.size());
+    for (const PLRow& row : job.rows) ids.push_back(row.id);
+    i_list->SetOrder(job.spec, std::move(ids));
 }
 
 void CPlayList::StartSort(SortSpec spec) {
     if (!AssertWords(!i_sortingB, "!sortingB.Get()")) return;
-    i_sortingB = true;
+    i_sortingB = i_showResultB = true;
     i_touched = {};
     i_database.Tell([&](CListWatcher& watcher) { watcher.SortChanged(i_playlistID, spec, true); });
     SortJob job = MakeJob(spec);
@@ -66,6 +78,13 @@ void CPlayList::StartSort(SortSpec spec) {
     job = MakeJob(std::move(spec));   // no thread can be had: then here
     CT_SortSelection::Run(job);
     SortCompletion(std::move(job), noErr);
+}
+
+void CPlayList::SortAgain(const SortSpec& spec) {
+    if (i_sortingB)
+        i_staleShownB = true;   // the completion looks after it
+    else
+        StartSort(spec);
 }
 
 void CPlayList::SortTroubles(const SortSpec& spec) const {
@@ -86,14 +105,16 @@ void CPlayList::SortCompletion(SortJob job, OSErr err) {
         LogF("### Error sorting %s (%d)", i_name.CString(), static_cast<int>(err));
     } else {
         std::vector<PLRow> fresh = i_list->Since(job.nextStampL, i_touched);
-        if (fresh.size() > kMostInserted && i_restartsL < kMostRestarts && !i_waitingSpec) {
+        if (fresh.size() > kMostInserted && i_restartsL < kMostRestarts && !i_waitingSpec && i_showResultB) {
             ++i_restartsL;
             return StartSort(std::move(job.spec));
         }
         i_list->SetOrder(job.spec, Merge(job, std::move(fresh)));
         i_restartsL = 0;
         i_touched = {};
-        Shown(std::move(job.spec), SortTold::kTold);
+        const bool staleB = std::exchange(i_staleShownB, false) && MainKey(job.spec) != MainKey(i_sortSpec);
+        if (staleB) i_list->DropOrder(MainKey(i_sortSpec));   // made anew when it is wanted
+        if (i_showResultB) Shown(std::move(job.spec), SortTold::kTold);
     }
     if (auto next = std::exchange(i_waitingSpec, std::nullopt)) SetSort(std::move(*next), SortWait::kNo, i_waitingTold);
 }
@@ -142,7 +163,7 @@ void CPlayList::PlaceInOrders(const std::vector<PLItemID>& items) {
             Insert(spec, rows);
         } else if (SameSpec(spec, i_sortSpec)) {
             i_list->AppendToOrder(MainKey(spec), items);
-            if (!i_sortingB) StartSort(spec);
+            SortAgain(spec);
         } else {
             i_list->DropOrder(MainKey(spec));
         }
@@ -161,7 +182,7 @@ void CPlayList::ItemsChanged(std::span<const PLItemID> items, std::span<const Me
             i_list->EraseFromOrder(MainKey(spec), changed);
             Insert(spec, RowsOf(items));
         } else if (SameSpec(spec, i_sortSpec)) {
-            if (!i_sortingB) StartSort(spec);   // the old order is shown until then
+            SortAgain(spec);   // the old order is shown until then
         } else {
             i_list->DropOrder(MainKey(spec));
         }
@@ -177,9 +198,7 @@ void CPlayList::SetSavedSort(MetaKey key, bool ascendingB) {
 
 const std::vector<PLItemID>& CPlayList::GetSortedList() {
     if (const SDB_Selection* const orderP = i_list->FindOrder(i_sortSpec)) return orderP->Items();
-    SortJob job = MakeJob(i_sortSpec);
-    CT_SortSelection::Run(job);
-    i_list->SetOrder(job.spec, Merge(job, {}));
+    SortHere(i_sortSpec);
     return i_list->FindOrder(i_sortSpec)->Items();
 }
 

@@ -113,6 +113,7 @@ TEST_F(SortSelection, TheListLivesOnWhileItIsSorted) {
     for (unsigned round = 0; round < 12; ++round) {
         SCOPED_TRACE(round);
         CPlayList& list = Mixed(500, round);
+        list.SetSort({{"Duet"_key}}, CPlayList::SortWait::kYes);
         list.SetSort(spec);
         ASSERT_TRUE(list.IsSorting());
         // Removed, put into the slots that got free, added in a block, changed: all between the copy and the result.
@@ -133,7 +134,20 @@ TEST_F(SortSelection, TheListLivesOnWhileItIsSorted) {
         ASSERT_TRUE(RunUntil([&] { return !list.IsSorting(); }));
         EXPECT_EQ(MainKey(list.Spec()), round % 3 == 0 ? "cryr"_key : "arts"_key);
         EXPECT_EQ(list.GetSortedList(), Slow(list, list.Spec()));
+        list.SetSort({{"Duet"_key}}, CPlayList::SortWait::kYes);   // the order that was shown meanwhile
+        EXPECT_EQ(list.GetSortedList(), Slow(list, list.Spec()));
     }
+}
+
+TEST_F(SortSelection, ASortThatIsWaitedForWinsOverTheOneThatRuns) {
+    CPlayList& list = Mixed(300, 4);
+    list.SetSort({{"name"_key}});
+    list.SetSort({{"cryr"_key}});
+    list.SetSort({{"arts"_key}}, CPlayList::SortWait::kYes);
+    EXPECT_EQ(list.GetSortedList(), Slow(list, {{"arts"_key}}));
+    ASSERT_TRUE(RunUntil([&] { return !list.IsSorting(); }));
+    EXPECT_EQ(MainKey(list.Spec()), "arts"_key);
+    EXPECT_EQ(list.Items()->Order({{"name"_key}}), Slow(list, {{"name"_key}}));
 }
 
 TEST_F(SortSelection, AnOrderStaysRightAsRowsComeGoAndChange) {
