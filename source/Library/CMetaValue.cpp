@@ -1,8 +1,9 @@
 #include "Library/CMetaValue.h"
 
+#include <algorithm>
 #include <atomic>
 #include <bit>
-#include <cstring>
+#include <memory>
 
 #include "Library/CCollation.h"
 
@@ -49,7 +50,7 @@ private:
           i_status(status),
           i_folder(CMetaText::Interned(path.substr(0, nameAt))),
           i_identity(std::move(identity)) {
-        std::memcpy(reinterpret_cast<char*>(this + 1), path.data() + nameAt, i_nameL);
+        std::copy_n(path.data() + nameAt, std::size_t{i_nameL}, reinterpret_cast<char*>(this + 1));
     }
     ~FileBox() = default;
     [[nodiscard]] std::string_view Name() const noexcept { return {reinterpret_cast<const char*>(this + 1), i_nameL}; }
