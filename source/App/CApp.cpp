@@ -17,6 +17,7 @@
 #include "Core/CSafeSave.h"
 #include "App/IdleTimers.h"
 #include "Core/CThreadManager.h"
+#include "Library/CMetaManager.h"
 #include "Core/ThreadInfo.h"
 #include "Core/WaitMode.h"
 #include "Platform/CClock.h"

@@ -11,6 +11,7 @@
 #include "Core/CT_Timer.h"
 #include "Core/CThreadManager.h"
 #include "Core/WaitMode.h"
+#include "Library/CMetaManager.h"
 #include "Platform/CUserInterface.h"
 
 const CAppQuit::Stage CAppQuit::kStages[] = {
@@ -43,7 +44,7 @@ const CAppQuit::Stage CAppQuit::kStages[] = {
     {"Delete browser", &CAppQuit::DisposeBrowser},
     {"closing database", &CAppQuit::DeleteDatabase},
     {"Deleting task manager", &CAppQuit::NotYet},
-    {"Deleting MetaData Traits Database", &CAppQuit::NotYet},
+    {"Deleting MetaData Traits Database", &CAppQuit::DeleteMetaManager},
     {"Delete Object Tracker", &CAppQuit::NotYet},
     {"Deleting CDPedia…", &CAppQuit::NotYet},
     {"Cleaning Up…", &CAppQuit::NotYet},
@@ -106,6 +107,8 @@ void CAppQuit::ClosePreferences() {
     i_app.i_prefs.reset();
     CLog::Get().SetSwitch(LogSwitch::kLogging, masterB);
 }
+
+void CAppQuit::DeleteMetaManager() { i_app.i_metaManager.reset(); }
 
 void CAppQuit::DeleteAlertQueue() { i_app.i_alerts.reset(); }
 

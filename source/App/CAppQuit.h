@@ -28,6 +28,7 @@ private:
     void HideWindows();
     void RemoveTimers();
     void ClosePreferences();
+    void DeleteMetaManager();
     void DeleteAlertQueue();
     void DeleteThreadManager();
     void DisposeTaskWindow();

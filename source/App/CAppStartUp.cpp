@@ -16,8 +16,13 @@
 #include "Core/FSrFolders.h"
 #include "Core/ThreadInfo.h"
 #include "Graphics/CHq4x.h"
+#include "Library/CMetaManager.h"
 #include "Platform/CFolders.h"
 #include "Platform/CMainLoop.h"
+
+namespace {
+constexpr const char* kPref_MoveArticles = "Move 'The' to end of Artits title";
+}   // namespace
 
 // The order is the contract: what stands further down may rely on all above it.
 const CAppStartUp::Stage CAppStartUp::kStages[] = {
@@ -33,7 +38,7 @@ const CAppStartUp::Stage CAppStartUp::kStages[] = {
     {"Initting Object Tracker", &CAppStartUp::NotYet},
     {"Loading Plugins", &CAppStartUp::NotYet},
     {"Initializing Undo System", &CAppStartUp::NotYet},
-    {"Allocating MetaData Traits Database", &CAppStartUp::NotYet},
+    {"Allocating MetaData Traits Database", &CAppStartUp::CreateMetaManager},
     {"Creating Song Database", &CAppStartUp::NotYet},
     {"Installing event handlers", &CAppStartUp::InstallIdleTimers},
     {"Getting App Res Folder", &CAppStartUp::FindApplicationFolder},
@@ -101,9 +106,19 @@ void CAppStartUp::LoadPreferences() {
     options.windows = [this_app = &i_app] { return this_app->WindowRecords(); };
     options.atSave = [this_app = &i_app] { return this_app->FullScreenKeys(); };
     options.onDirty = [this_app = &i_app] {
-        if (this_app->IsAppReady()) this_app->SetDirty(true);
+        if (!this_app->IsAppReady()) return;
+        this_app->SetDirty(true);
+        this_app->i_metaManager->SetMoveArticles(this_app->Prefs().GetBool(kPref_MoveArticles));
     };
     i_app.i_prefs = std::make_unique<CPreferences>(i_app.i_setup.prefs, std::move(options));
+}
+
+void CAppStartUp::CreateMetaManager() {
+    MetaSetup setup;
+    setup.traits.showSingerIDB = i_app.Prefs().GetBool("Show Singer ID");
+    setup.moveArticlesB = i_app.Prefs().GetBool(kPref_MoveArticles);
+    setup.software = CApp::GetVersionString();
+    i_app.i_metaManager = std::make_unique<CMetaManager>(std::move(setup));
 }
 
 /** What a crash left in the temporary places, ours and those beside the files that we save. */

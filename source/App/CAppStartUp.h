@@ -33,6 +33,7 @@ private:
     void LogSystemFacts();
     void TestMediaLibrary();
     void FindApplicationFolder();
+    void CreateMetaManager();
     void InstallIdleTimers();
     void OpenProgress();
     void LoadDatabase();

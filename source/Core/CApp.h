@@ -18,6 +18,7 @@ class CAppWindows;
 class CCrashReporter;
 class CFolderKinds;
 class CMainLoop;
+class CMetaManager;
 class CPlayingSong;
 class CProgressView;
 class CSaveTarget;
@@ -131,6 +132,7 @@ private:
     std::unique_ptr<CThreadManager> i_threads;
     std::unique_ptr<CPreferences> i_prefs;
     std::unique_ptr<CAlerts> i_alerts;
+    std::unique_ptr<CMetaManager> i_metaManager;   // made before the library, gone after it
     std::unique_ptr<CSaveTarget> i_saveTarget;
     std::unique_ptr<CProgressView> i_curScope;   // start-up and quit only
     std::optional<std::vector<WindowRecord>> i_recordsAtQuit;

@@ -20,6 +20,7 @@
 #include "Core/CLog.h"
 #include "Core/CMainThreadProc.h"
 #include "Graphics/CGraphics.h"
+#include "Library/CMetaManager.h"
 #include "Platform/CClock.h"
 #include "Platform/CFolders.h"
 #include "Platform/CMainLoop_Plain.h"
@@ -88,6 +89,23 @@ TEST_F(AppTest, StartsAndQuitsInTheToldOrder) {
     EXPECT_TRUE(fs::exists(i_folder / "config" / "Vopla X Preferences.plist"));
     ASSERT_FALSE(i_ui.progress.empty());
     EXPECT_EQ(i_ui.progress.front(), "Initializing Vopla 1.0a01r13");
+}
+
+TEST_F(AppTest, TheMetaManagerFollowsThePreferences) {
+    {
+        CApp app(MakeSetup());
+        ASSERT_NE(s_MetaManagerP, nullptr);
+        EXPECT_EQ(s_MetaManagerP->Software(), CApp::GetVersionString());
+        EXPECT_TRUE(s_MetaManagerP->MovesArticles());
+        EXPECT_FALSE(s_MetaManagerP->GetTraits("siID"_key).Has(kKeyFlag_Column));
+        app.Prefs().Set("Move 'The' to end of Artits title", CCFValue(false));
+        EXPECT_FALSE(s_MetaManagerP->MovesArticles());
+        app.Prefs().Set("Show Singer ID", CCFValue(true));
+    }
+    EXPECT_EQ(s_MetaManagerP, nullptr);
+    const CApp app(MakeSetup());   // the next start
+    EXPECT_FALSE(s_MetaManagerP->MovesArticles());
+    EXPECT_TRUE(s_MetaManagerP->GetTraits("siID"_key).Has(kKeyFlag_Column));
 }
 
 TEST_F(AppTest, WithoutItsFolderItDoesNotStart) {
