@@ -1,11 +1,13 @@
 #include "Library/CMetaText.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstring>
+#include <functional>
 #include <mutex>
 #include <new>
-#include <unordered_set>
+#include <vector>
 
 /** The allocation of a text: eight bytes, then the text itself. */
 struct CMetaText::Box {
@@ -38,22 +40,68 @@ namespace {
 
 using Box = CMetaText::Box;
 
-struct BoxHash {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view text) const noexcept { return std::hash<std::string_view>()(text); }
-    std::size_t operator()(const Box* boxP) const noexcept { return (*this)(boxP->View()); }
-};
-struct BoxEqual {
-    using is_transparent = void;
-    static std::string_view View(std::string_view text) noexcept { return text; }
-    static std::string_view View(const Box* boxP) noexcept { return boxP->View(); }
-    bool operator()(const auto& a, const auto& b) const noexcept { return View(a) == View(b); }
+std::size_t HashOf(std::string_view text) noexcept { return std::hash<std::string_view>()(text); }
+
+/** The shared texts of one shard: open addressing with the hash beside the pointer, so that a look-up touches the text
+   it finds and no other. (A node-based set made the filling of a
+    library take nearly twice as long.) */
+class TextTable {
+public:
+    [[nodiscard]] std::size_t Count() const noexcept { return i_countL; }
+    [[nodiscard]] Box* Find(std::string_view text, std::uint32_t hash) const noexcept {
+        if (i_entries.empty()) return nullptr;
+        for (std::size_t at = hash & Mask();; at = (at + 1) & Mask()) {
+            const Entry& entry = i_entries[at];
+            if (entry.boxP == nullptr) return nullptr;
+            if (entry.hash == hash && entry.boxP->View() == text) return entry.boxP;
+        }
+    }
+    void Insert(Box* boxP, std::uint32_t hash) {
+        if ((i_countL + 1) * 4 > i_entries.size() * 3) Grow();
+        std::size_t at = hash & Mask();
+        while (i_entries[at].boxP != nullptr) at = (at + 1) & Mask();
+        i_entries[at] = {boxP, hash};
+        ++i_countL;
+    }
+    /** Does nothing when it is not in the table. */
+    void Erase(const Box* boxP, std::uint32_t hash) noexcept {
+        if (i_entries.empty()) return;
+        std::size_t hole = hash & Mask();
+        for (; i_entries[hole].boxP != boxP; hole = (hole + 1) & Mask())
+            if (i_entries[hole].boxP == nullptr) return;
+        // What stands behind moves up, unless that would be in front of its first place.
+        for (std::size_t at = (hole + 1) & Mask(); i_entries[at].boxP != nullptr; at = (at + 1) & Mask()) {
+            const std::size_t fromFirst = (at - i_entries[at].hash) & Mask(), fromHole = (at - hole) & Mask();
+            if (fromFirst < fromHole) continue;
+            i_entries[hole] = i_entries[at];
+            hole = at;
+        }
+        i_entries[hole] = {};
+        --i_countL;
+    }
+
+private:
+    struct Entry {
+        Box* boxP = nullptr;
+        std::uint32_t hash = 0;
+    };
+    [[nodiscard]] std::size_t Mask() const noexcept { return i_entries.size() - 1; }
+    void Grow() {
+        constexpr std::size_t kLeast = 16;
+        std::vector<Entry> before(std::max(kLeast, i_entries.size() * 2));
+        std::swap(before, i_entries);
+        i_countL = 0;
+        for (const Entry& entry : before)
+            if (entry.boxP != nullptr) Insert(entry.boxP, entry.hash);
+    }
+    std::vector<Entry> i_entries;   // a power of two, a quarter of it free
+    std::size_t i_countL = 0;
 };
 
 /** One part of the table of shared texts. Nothing else is locked under its lock. */
 struct Shard {
     std::mutex lock;
-    std::unordered_set<Box*, BoxHash, BoxEqual> boxes;
+    TextTable texts;
 };
 constexpr std::size_t kShards = 64;
 
@@ -61,7 +109,7 @@ std::array<Shard, kShards>& Shards() {
     static auto* const s_shardsP = new std::array<Shard, kShards>;   // never destroyed: texts in statics may outlive it
     return *s_shardsP;
 }
-Shard& ShardOf(std::string_view text) { return Shards()[BoxHash()(text) >> 40 & (kShards - 1)]; }
+Shard& ShardOf(std::size_t hash) { return Shards()[hash >> 40 & (kShards - 1)]; }
 
 std::string_view Cut(std::string_view text) noexcept {
     if (text.size() <= CMetaText::kMost) return text;
@@ -79,14 +127,16 @@ CMetaText CMetaText::Of(std::string_view text) {
 CMetaText CMetaText::Interned(std::string_view text) {
     if (text.empty()) return {};
     text = Cut(text);
-    Shard& shard = ShardOf(text);
+    const std::size_t hash = HashOf(text);
+    const auto shortHash = static_cast<std::uint32_t>(hash);
+    Shard& shard = ShardOf(hash);
     const std::lock_guard guard(shard.lock);
-    if (const auto it = shard.boxes.find(text); it != shard.boxes.end()) {
-        if ((*it)->TryRetain()) return CMetaText(*it);
-        shard.boxes.erase(it);   // its last owner is about to look here, and will find another box or none
+    if (Box* boxP = shard.texts.Find(text, shortHash)) {
+        if (boxP->TryRetain()) return CMetaText(boxP);
+        shard.texts.Erase(boxP, shortHash);   // its last owner is about to look here, and will not find it
     }
     Box* boxP = Box::Make(text, true);
-    shard.boxes.insert(boxP);
+    shard.texts.Insert(boxP, shortHash);
     return CMetaText(boxP);
 }
 
@@ -99,10 +149,10 @@ void CMetaText::Retain() const noexcept {
 void CMetaText::Release() noexcept {
     if (i_boxP == nullptr || i_boxP->references.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
     if (i_boxP->internedB != 0) {
-        Shard& shard = ShardOf(i_boxP->View());
+        const std::size_t hash = HashOf(i_boxP->View());
+        Shard& shard = ShardOf(hash);
         const std::lock_guard guard(shard.lock);
-        const auto it = shard.boxes.find(i_boxP->View());
-        if (it != shard.boxes.end() && *it == i_boxP) shard.boxes.erase(it);
+        shard.texts.Erase(i_boxP, static_cast<std::uint32_t>(hash));
     }
     Box::Free(i_boxP);
 }
@@ -114,7 +164,7 @@ std::size_t CMetaText::InternedCount() {
     std::size_t countL = 0;
     for (Shard& shard : Shards()) {   // one lock at a time: a figure, not a moment in time
         const std::lock_guard guard(shard.lock);
-        countL += shard.boxes.size();
+        countL += shard.texts.Count();
     }
     return countL;
 }

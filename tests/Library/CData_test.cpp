@@ -1,6 +1,7 @@
 #include "Library/CData.h"
 
 #include <atomic>
+#include <map>
 #include <memory>
 #include <random>
 #include <thread>
@@ -177,6 +178,25 @@ TEST(CMetaText, EqualTextsAreOneWhileTheyLive) {
         EXPECT_EQ(CMetaText::Interned(std::string_view("a\0b", 3)).View().size(), 3U);
         EXPECT_TRUE(CMetaText::Interned("").Empty());
     }
+    EXPECT_EQ(CMetaText::InternedCount(), beforeL);
+}
+
+TEST(CMetaText, NoneIsLostOrDoubledWhenOthersGo) {
+    const std::size_t beforeL = CMetaText::InternedCount();
+    std::mt19937 random(4);
+    std::map<std::string, CMetaText> held;
+    for (int round = 0; round < 40'000; ++round) {
+        const std::string text = "text " + std::to_string(random() % 3000);
+        if (const auto it = held.find(text); it == held.end()) {
+            held[text] = CMetaText::Interned(text);
+        } else {
+            ASSERT_EQ(CMetaText::Interned(text).View().data(), it->second.View().data());
+            if (random() % 2 == 0) held.erase(it);
+        }
+        if (round % 1000 != 0) continue;
+        ASSERT_EQ(CMetaText::InternedCount(), beforeL + held.size());
+    }
+    held.clear();
     EXPECT_EQ(CMetaText::InternedCount(), beforeL);
 }
 
