@@ -12,6 +12,7 @@
 #include <sstream>
 #include <vector>
 
+#include "Cli/CliWords.h"
 #include "Graphics/CGraphics.h"
 #include "Graphics/CHq4x.h"
 #include "Graphics/CSubCodeStream_File.h"
@@ -26,16 +27,6 @@ constexpr double kMost_Seconds = 9007199254740992.0 / kSubCodePacketsPerSecond;
 constexpr std::string_view kUsage_Info = "usage: cdg info FILE";
 constexpr std::string_view kUsage_Bench = "usage: cdg bench FILE";
 constexpr std::string_view kUsage = "usage: cdg frame|info|bench FILE ...";
-
-/** The whole of `text` as a number. */
-template <typename Number_>
-std::optional<Number_> ReadNumber(const std::string& text) {
-    Number_ value{};
-    const char* endP = text.data() + text.size();
-    const auto [restP, fault] = std::from_chars(text.data(), endP, value);
-    if (fault != std::errc{} || restP != endP) return {};
-    return value;
-}
 
 /** The shortest text that reads back as the same number. */
 std::string NumberText(double value) {
@@ -156,8 +147,8 @@ int Frame(const CliContext& context, std::span<const std::string> words) {
                         kCDGVisible_Area.Height() * scale);
     }
     if (err = WritePng(picture, part, options->out); Failed(err)) return CliFail(context, err, options->out.string());
-    context.out << "{\"time300\":" << static_cast<std::int64_t>(time300) << ",\"width\":" << part.Width() << ",\"height\":" << part.Height()
-                << ",\"sha256\":\"" << SHA256(picture, part) << "\"}\n";
+    context.out << "{\"time300\":" << static_cast<std::int64_t>(time300) << ",\"width\":" << part.Width()
+                << ",\"height\":" << part.Height() << ",\"sha256\":\"" << SHA256(picture, part) << "\"}\n";
     return 0;
 }
 
@@ -187,7 +178,9 @@ int Info(const CliContext& context, std::span<const std::string> words) {
     }
     std::size_t otherL = 0;
     for (const std::size_t countL : counts) otherL += countL;
-    context.out << "{\"packets\":" << packetsL << ",\"seconds\":" << NumberText(static_cast<double>(packetsL) / kSubCodePacketsPerSecond) << ",\"instructions\":{";
+    context.out << "{\"packets\":" << packetsL
+                << ",\"seconds\":" << NumberText(static_cast<double>(packetsL) / kSubCodePacketsPerSecond)
+                << ",\"instructions\":{";
     for (const std::uint8_t known : kKnown) {
         context.out << (known == kKnown[0] ? "" : ",") << '"' << static_cast<int>(known) << "\":" << counts[known];
         otherL -= counts[known];

@@ -1,9 +1,11 @@
 #include "Cli/CliContext.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <string>
 
 #include "Core/CLog.h"
+#include "Core/CPreferences.h"
 #include "Core/JSONWriter.h"
 
 namespace {
@@ -24,6 +26,14 @@ void Tell(const CliContext& context, OSErr status, std::string_view text) {
         context.err << "vopla-cli: " << line << "\n";
 }
 
+std::filesystem::path PrefsFolder(const CliContext& context) {
+    if (!context.root.empty()) return context.root / "config" / "Vopla";
+    const char* configZ = std::getenv("XDG_CONFIG_HOME");
+    if (configZ != nullptr && configZ[0] == '/') return std::filesystem::path(configZ) / "Vopla";
+    const char* homeZ = std::getenv("HOME");
+    return std::filesystem::path(homeZ == nullptr ? "." : homeZ) / ".config" / "Vopla";
+}
+
 }   // namespace
 
 int CliFail(const CliContext& context, OSErr status, std::string_view text) {
@@ -36,4 +46,10 @@ int CliFail(const CliContext& context, OSErr status, std::string_view text) {
 int CliUsage(const CliContext& context, std::string_view text) {
     Tell(context, paramErr, text);
     return 2;
+}
+
+std::unique_ptr<CPreferences> CliPreferences(const CliContext& context) {
+    PrefsOptions options;
+    options.saveAtEndB = false;
+    return std::make_unique<CPreferences>(PrefsFilesFor(PrefsFolder(context)), std::move(options));
 }

@@ -1,9 +1,12 @@
 #pragma once
 #include <filesystem>
+#include <memory>
 #include <ostream>
 #include <string_view>
 
 #include "Platform/OSErr.h"
+
+class CPreferences;
 
 /** What every sub-command is given: the library root (empty when none was named), the form of its errors, its outputs.
  */
@@ -18,3 +21,6 @@ struct CliContext {
 int CliFail(const CliContext& context, OSErr status, std::string_view text);
 /** The same for words that the command does not understand; the exit status, 2. */
 int CliUsage(const CliContext& context, std::string_view text);
+
+/** The settings of the library root, or of the user without one. Reading leaves the file as it is. */
+[[nodiscard]] std::unique_ptr<CPreferences> CliPreferences(const CliContext& context);

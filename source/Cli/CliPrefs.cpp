@@ -2,7 +2,6 @@
 
 #include <charconv>
 #include <cmath>
-#include <cstdlib>
 
 #include "Core/CPreferences.h"
 #include "Core/JSONWriter.h"
@@ -13,14 +12,6 @@
 namespace {
 
 constexpr std::string_view kUsage = "usage: prefs get KEY | prefs set KEY VALUE | prefs list";
-
-std::filesystem::path PrefsFolder(const CliContext& context) {
-    if (!context.root.empty()) return context.root / "config" / "Vopla";
-    const char* configZ = std::getenv("XDG_CONFIG_HOME");
-    if (configZ != nullptr && configZ[0] == '/') return std::filesystem::path(configZ) / "Vopla";
-    const char* homeZ = std::getenv("HOME");
-    return std::filesystem::path(homeZ == nullptr ? "." : homeZ) / ".config" / "Vopla";
-}
 
 /** The word as a value of `type`; nothing when it does not read as one whole. */
 std::optional<CCFValue> ValueOf(const std::string& word, CFType type) {
@@ -110,10 +101,8 @@ int RunPrefs(const CliContext& context, std::span<const std::string> given) {
     const bool listB = countL == 1 && words[0] == "list";
     if (!getB && !setB && !listB) return CliUsage(context, kUsage);
 
-    // Reading leaves the file as it is.
-    PrefsOptions options;
-    options.saveAtEndB = false;
-    CPreferences prefs(PrefsFilesFor(PrefsFolder(context)), std::move(options));
+    const std::unique_ptr<CPreferences> prefsP = CliPreferences(context);
+    CPreferences& prefs = *prefsP;
     if (getB) return Get(context, prefs, words[1]);
     if (setB) return Set(context, prefs, words[1], words[2]);
     for (const auto& [key, value] : prefs.Snapshot()) Print(context, key, value);

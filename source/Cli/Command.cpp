@@ -5,9 +5,11 @@
 #include <ostream>
 #include <string_view>
 
+#include "Cli/CliAudio.h"
 #include "Cli/CliCdg.h"
 #include "Cli/CliContext.h"
 #include "Cli/CliName.h"
+#include "Cli/CliPlay.h"
 #include "Cli/CliPrefs.h"
 #include "Core/SuperString.h"
 
@@ -20,6 +22,12 @@ struct CommandRow {
 };
 
 constexpr CommandRow kCommands[] = {
+    {"audio", &RunAudio,
+     "  audio render FILE --out FILE.wav|.mp3|.m4a|.flac [--pitch N] [--tempo X] [--volume V] [--vocal M]\n"
+     "  audio autocue FILE\n"
+     "  audio loudness FILE\n"},
+    {"play", &RunPlay,
+     "  play FILE... [--seconds N] [--output dummy|disk:PATH|NAME] [--pitch N] [--tempo X] [--volume V] [--vocal M]\n"},
     {"cdg", &RunCdg,
      "  cdg frame FILE --at SECONDS --out PNG [--visible] [--hq4x] [--channels MASK]\n"
      "  cdg info FILE\n"

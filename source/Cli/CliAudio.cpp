@@ -1,0 +1,120 @@
+#include "Cli/CliAudio.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <iomanip>
+#include <sstream>
+
+#include "Audio/CAS_MP3.h"
+#include "Audio/CAS_QuickTimeAudioWriter.h"
+#include "Audio/CAS_Wav.h"
+#include "Audio/CAudioPlayerSettings.h"
+#include "Audio/CLoudness.h"
+#include "Audio/CSoundPlay.h"
+#include "Audio/SongSource.h"
+#include "Cli/CCliHost.h"
+#include "Core/CPreferences.h"
+
+namespace {
+
+constexpr std::string_view kUsage_Render =
+    "usage: audio render FILE --out FILE.wav|.mp3|.m4a|.flac [--pitch N] [--tempo X] [--volume V] [--vocal 0|1|2|3]";
+constexpr std::string_view kUsage_AutoCue = "usage: audio autocue FILE";
+constexpr std::string_view kUsage_Loudness = "usage: audio loudness FILE";
+constexpr std::string_view kUsage = "usage: audio render|autocue|loudness FILE ...";
+
+Ref<CSpooler> MakeSink(const CFileRef& file) {
+    std::string ending = file.Path().extension().string();
+    std::ranges::transform(ending, ending.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    if (ending == ".wav") return MakeRef<CAS_Wav>(file);
+    if (ending == ".mp3") return MakeRef<CAS_MP3>(file);
+    if (ending == ".m4a" || ending == ".flac") return MakeRef<CAS_QuickTimeAudioWriter>(file);
+    return nullptr;
+}
+
+int Render(const CliContext& context, std::span<const std::string> given) {
+    const auto words = CliWords::Read(given, {"--out", "--pitch", "--tempo", "--volume", "--vocal"});
+    const std::string* outP = words ? words->Value("--out") : nullptr;
+    if (outP == nullptr || outP->empty() || words->files.size() != 1) return CliUsage(context, kUsage_Render);
+    const auto sound = ReadSongSound(*words);
+    if (!sound) return CliUsage(context, kUsage_Render);
+
+    const CCliHost host;
+    const Ref<CSpooler> sinkP = MakeSink(CFileRef(*outP));
+    if (!sinkP) return CliUsage(context, kUsage_Render);
+    Ref<CSpooler> sourceP;
+    if (const OSErr err = MakeSongSource(CFileRef(words->files[0]), sourceP); Failed(err))
+        return CliFail(context, err, words->files[0]);
+    CSongRender render(sourceP, sinkP);
+    if (const OSErr err = render.Run(*sound); Failed(err)) return CliFail(context, err, words->files[0]);
+    context.out << "{\"frames\":" << render.Frames() << ",\"source_frames\":" << sourceP->GetTotal() / 2 << "}\n";
+    return 0;
+}
+
+int AutoCue(const CliContext& context, std::span<const std::string> given) {
+    const auto words = CliWords::Read(given, {});
+    if (!words || words->files.size() != 1) return CliUsage(context, kUsage_AutoCue);
+    const CCliHost host;
+    CSoundPlay play{CFileRef(words->files[0])};
+    long start300 = 0;
+    OSErr err = play.Load();
+    if (!Failed(err)) err = play.FindStart(AudioPlayerSettings::Read(*CliPreferences(context)), start300);
+    if (Failed(err)) return CliFail(context, err, words->files[0]);
+    context.out << "{\"start300\":" << start300 << "}\n";
+    return 0;
+}
+
+/** JSON has no infinity: silence is null. */
+std::string Decibels(double valueF) {
+    if (!std::isfinite(valueF)) return "null";
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(2) << valueF;
+    return text.str();
+}
+
+int MeasureLoudness(const CliContext& context, std::span<const std::string> given) {
+    const auto words = CliWords::Read(given, {});
+    if (!words || words->files.size() != 1) return CliUsage(context, kUsage_Loudness);
+    const CCliHost host;
+    Ref<CSpooler> sourceP;
+    OSErr err = MakeSongSource(CFileRef(words->files[0]), sourceP);
+    Loudness loudness;
+    if (!Failed(err)) err = CLoudness::Measure(*sourceP, loudness);
+    if (Failed(err)) return CliFail(context, err, words->files[0]);
+    context.out << "{\"lufs\":" << Decibels(loudness.lufs) << ",\"peak_db\":" << Decibels(loudness.peakDB)
+                << ",\"gain_db\":" << Decibels(loudness.GainDB()) << "}\n";
+    return 0;
+}
+
+}   // namespace
+
+std::optional<SongSound> ReadSongSound(const CliWords& words) {
+    SongSound sound;
+    const auto take = [&words](std::string_view option, auto& to, auto isGood) {
+        const std::string* textP = words.Value(option);
+        if (textP == nullptr) return true;
+        const auto value = ReadNumber<std::remove_reference_t<decltype(to)>>(*textP);
+        if (!value || !isGood(*value)) return false;
+        to = *value;
+        return true;
+    };
+    int vocalL = 0;
+    if (!take("--pitch", sound.pitch, [](double v) { return std::abs(v) <= kTimePitch_MostPitch; }) ||
+        !take("--tempo", sound.tempo,
+              [](double v) { return v >= kTimePitch_LeastTempo && v <= kTimePitch_MostTempo; }) ||
+        !take("--volume", sound.volumeF, [](float v) { return v >= 0 && std::isfinite(v); }) ||
+        !take("--vocal", vocalL, [](int v) { return v >= 0 && v <= 3; }))
+        return {};
+    sound.vocal = static_cast<VocalMode>(vocalL);
+    return sound;
+}
+
+int RunAudio(const CliContext& context, std::span<const std::string> words) {
+    if (words.empty()) return CliUsage(context, kUsage);
+    const auto rest = words.subspan(1);
+    if (words[0] == "render") return Render(context, rest);
+    if (words[0] == "autocue") return AutoCue(context, rest);
+    if (words[0] == "loudness") return MeasureLoudness(context, rest);
+    return CliUsage(context, kUsage);
+}
