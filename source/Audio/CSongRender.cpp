@@ -15,6 +15,7 @@ OSErr CSongRender::Run(const SongSound& sound) {
     if (const OSErr err = ringP->SetPitchTempo(sound.pitch, sound.tempo); Failed(err)) return err;
     ringP->Volume().SetVolume(sound.volumeF);
     ringP->Volume().SetVocalMode(sound.vocal);
+    ringP->Volume().SetGain(sound.gainF);
     if (const OSErr err = Start(i_sourceP, ringP, false); Failed(err) && err != eofErr) return err;
     std::uint64_t sizeL = 0;
     OSErr err = ringP->Open(false, sizeL);

@@ -8,6 +8,7 @@ struct SongSound {
     double pitch = 0;   // semitones
     double tempo = 1;
     float volumeF = 1;   // a linear factor
+    float gainF = 1;     // the song's own, such as brings it to the loudness of others
     VocalMode vocal = VocalMode::kBoth;
 };
 

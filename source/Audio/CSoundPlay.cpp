@@ -28,6 +28,7 @@ OSErr CSoundPlay::FindStart(const AudioPlayerSettings& settings, long& start300)
 OSErr CSoundPlay::Begin(CAudioOutput& output, const AudioPlayerSettings& settings, const SongSound& sound) {
     if (const OSErr err = i_ringP->SetPitchTempo(sound.pitch, sound.tempo); Failed(err)) return err;
     i_ringP->Volume().SetVocalMode(sound.vocal);
+    i_ringP->Volume().SetGain(sound.gainF);
     i_level.gainF = sound.volumeF;
     if (const OSErr err =
             CAudioPlayer::Create({.song = *this, .output = output, .level = i_level}, settings, i_playerP);

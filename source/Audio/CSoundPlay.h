@@ -34,7 +34,7 @@ public:
 
 private:
     // What the player asks of its song.
-    std::string Name() const override { return i_file.Path().stem().string(); }
+    std::string Name() const override { return i_file.GetPath().stem().string(); }
     Ref<CAS_AudioRing> AudioSpool() const override { return i_ringP; }
     long TrimStart() const override { return 0; }
     bool IsCooperative() const override { return false; }

@@ -25,7 +25,7 @@ OSErr MakeZipSource(const CFileRef& file, Ref<CSpooler>& sourceP) {
     if (const OSErr err = zip.Open(file); Failed(err)) return err;
     const CZipSongMembers chosen = CZipSongMembers::Choose(zip.Members());
     const auto sound = chosen.audio ? chosen.audio : chosen.video;
-    if (!sound) return LogStep(fnfErr, "song source: no sound in the zip", file.Path());
+    if (!sound) return LogStep(fnfErr, "song source: no sound in the zip", file.GetPath());
     const CZipMember& member = zip.Members()[*sound];
     sourceP = MakeRef<CAS_QuickTimeAudioReader>(
         [file, member](std::unique_ptr<CByteSource>& bytesP) {
@@ -42,7 +42,7 @@ OSErr MakeZipSource(const CFileRef& file, Ref<CSpooler>& sourceP) {
 
 OSErr MakeSongSource(const CFileRef& file, Ref<CSpooler>& sourceP) {
     sourceP = nullptr;
-    if (Extension(file.Path()) == "zip") return MakeZipSource(file, sourceP);
+    if (Extension(file.GetPath()) == "zip") return MakeZipSource(file, sourceP);
     sourceP = MakeRef<CAS_QuickTimeAudioReader>(file);
     return noErr;
 }

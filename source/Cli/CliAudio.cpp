@@ -19,22 +19,26 @@
 namespace {
 
 constexpr std::string_view kUsage_Render =
-    "usage: audio render FILE --out FILE.wav|.mp3|.m4a|.flac [--pitch N] [--tempo X] [--volume V] [--vocal 0|1|2|3]";
+    "usage: audio render FILE --out FILE.wav|.mp3|.m4a|.flac [--pitch N] [--tempo X] [--volume V] [--gain DB] [--vocal "
+    "0|1|2|3]";
 constexpr std::string_view kUsage_AutoCue = "usage: audio autocue FILE";
 constexpr std::string_view kUsage_Loudness = "usage: audio loudness FILE";
 constexpr std::string_view kUsage = "usage: audio render|autocue|loudness FILE ...";
 
+constexpr double kMost_GainDB = 60;
+
 Ref<CSpooler> MakeSink(const CFileRef& file) {
-    std::string ending = file.Path().extension().string();
+    std::string ending = file.GetPath().extension().string();
     std::ranges::transform(ending, ending.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     if (ending == ".wav") return MakeRef<CAS_Wav>(file);
     if (ending == ".mp3") return MakeRef<CAS_MP3>(file);
-    if (ending == ".m4a" || ending == ".flac") return MakeRef<CAS_QuickTimeAudioWriter>(file);
+    if (ending == ".m4a") return MakeRef<CAS_QuickTimeAudioWriter>(file, EncodedForm::kM4A);
+    if (ending == ".flac") return MakeRef<CAS_QuickTimeAudioWriter>(file, EncodedForm::kFLAC);
     return nullptr;
 }
 
 int Render(const CliContext& context, std::span<const std::string> given) {
-    const auto words = CliWords::Read(given, {"--out", "--pitch", "--tempo", "--volume", "--vocal"});
+    const auto words = CliWords::Read(given, {"--out", "--pitch", "--tempo", "--volume", "--gain", "--vocal"});
     const std::string* outP = words ? words->Value("--out") : nullptr;
     if (outP == nullptr || outP->empty() || words->files.size() != 1) return CliUsage(context, kUsage_Render);
     const auto sound = ReadSongSound(*words);
@@ -100,12 +104,15 @@ std::optional<SongSound> ReadSongSound(const CliWords& words) {
         return true;
     };
     int vocalL = 0;
+    double gainDB = 0;
     if (!take("--pitch", sound.pitch, [](double v) { return std::abs(v) <= kTimePitch_MostPitch; }) ||
         !take("--tempo", sound.tempo,
               [](double v) { return v >= kTimePitch_LeastTempo && v <= kTimePitch_MostTempo; }) ||
         !take("--volume", sound.volumeF, [](float v) { return v >= 0 && std::isfinite(v); }) ||
+        !take("--gain", gainDB, [](double v) { return std::abs(v) <= kMost_GainDB; }) ||
         !take("--vocal", vocalL, [](int v) { return v >= 0 && v <= 3; }))
         return {};
+    sound.gainF = static_cast<float>(std::pow(10.0, gainDB / 20));
     sound.vocal = static_cast<VocalMode>(vocalL);
     return sound;
 }

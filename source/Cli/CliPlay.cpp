@@ -11,7 +11,8 @@
 namespace {
 
 constexpr std::string_view kUsage =
-    "usage: play FILE... [--seconds N] [--output dummy|disk:PATH|NAME] [--pitch N] [--tempo X] [--volume V] [--vocal "
+    "usage: play FILE... [--seconds N] [--output dummy|disk:PATH|NAME] [--pitch N] [--tempo X] [--volume V] [--gain "
+    "DB] [--vocal "
     "M]";
 constexpr double kLine_T = 0.25;
 
@@ -74,7 +75,8 @@ private:
 }   // namespace
 
 int RunPlay(const CliContext& context, std::span<const std::string> given) {
-    const auto words = CliWords::Read(given, {"--seconds", "--output", "--pitch", "--tempo", "--volume", "--vocal"});
+    const auto words =
+        CliWords::Read(given, {"--seconds", "--output", "--pitch", "--tempo", "--volume", "--gain", "--vocal"});
     if (!words || words->files.empty()) return CliUsage(context, kUsage);
     const auto sound = ReadSongSound(*words);
     double mostT = HUGE_VAL;

@@ -23,11 +23,12 @@ struct CommandRow {
 
 constexpr CommandRow kCommands[] = {
     {"audio", &RunAudio,
-     "  audio render FILE --out FILE.wav|.mp3|.m4a|.flac [--pitch N] [--tempo X] [--volume V] [--vocal M]\n"
+     "  audio render FILE --out FILE.wav|.mp3|.m4a|.flac [--pitch N] [--tempo X] [--volume V] [--gain DB] [--vocal M]\n"
      "  audio autocue FILE\n"
      "  audio loudness FILE\n"},
     {"play", &RunPlay,
-     "  play FILE... [--seconds N] [--output dummy|disk:PATH|NAME] [--pitch N] [--tempo X] [--volume V] [--vocal M]\n"},
+     "  play FILE... [--seconds N] [--output dummy|disk:PATH|NAME] [--pitch N] [--tempo X] [--volume V] [--gain DB] "
+     "[--vocal M]\n"},
     {"cdg", &RunCdg,
      "  cdg frame FILE --at SECONDS --out PNG [--visible] [--hq4x] [--channels MASK]\n"
      "  cdg info FILE\n"
