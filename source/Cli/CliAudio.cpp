@@ -77,6 +77,22 @@ std::string Decibels(double valueF) {
     return text.str();
 }
 
+/** The whole of `source`, as it comes. */
+OSErr Measure(CSpooler& source, Loudness& loudness) {
+    std::uint64_t sizeL = 0;
+    if (const OSErr err = source.Open(false, sizeL); Failed(err)) return err;
+    CLoudness meter;
+    std::vector<std::int16_t> block(kSamplesAtATime);
+    OSErr err = noErr;
+    while (!Failed(err)) {
+        std::size_t gotL = 0;
+        err = source.Read(std::as_writable_bytes(std::span(block)), gotL);
+        if (!Failed(err)) err = meter.Add(std::span(block).first(gotL / sizeof(std::int16_t)));
+    }
+    err = FirstOf(err == eofErr ? noErr : err, source.Close(false));
+    return FirstOf(err, meter.Result(loudness));
+}
+
 int MeasureLoudness(const CliContext& context, std::span<const std::string> given) {
     const auto words = CliWords::Read(given, {});
     if (!words || words->files.size() != 1) return CliUsage(context, kUsage_Loudness);
@@ -84,7 +100,7 @@ int MeasureLoudness(const CliContext& context, std::span<const std::string> give
     Ref<CSpooler> sourceP;
     OSErr err = MakeSongSource(CFileRef(words->files[0]), sourceP);
     Loudness loudness;
-    if (!Failed(err)) err = CLoudness::Measure(*sourceP, loudness);
+    if (!Failed(err)) err = Measure(*sourceP, loudness);
     if (Failed(err)) return CliFail(context, err, words->files[0]);
     context.out << "{\"lufs\":" << Decibels(loudness.lufs) << ",\"peak_db\":" << Decibels(loudness.peakDB)
                 << ",\"gain_db\":" << Decibels(loudness.GainDB()) << "}\n";
