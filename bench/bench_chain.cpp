@@ -93,6 +93,39 @@ Run Chain(const Samples& samples) {
     return run;
 }
 
+/** Blocks of 2,048 frames, each with another pitch and tempo; the setting itself is not timed: it is another thread's.
+ */
+Run Changing(const Samples& samples) {
+    class Source final : public CTimePitchSource {
+    public:
+        explicit Source(const Samples& all) : i_all(all) {}
+        OSErr ReadFrames(std::span<float> stereo, std::size_t& frames) override {
+            frames = std::min(stereo.size(), i_all.size() - i_at) / 2;
+            IntegerToFloat(std::span(i_all).subspan(i_at, frames * 2), stereo);
+            i_at += frames * 2;
+            return frames == 0 ? eofErr : noErr;
+        }
+
+    private:
+        const Samples& i_all;
+        std::size_t i_at = 0;
+    } source(samples);
+    CTimePitch engine;
+    std::vector<float> block(kBlock);
+    std::mt19937 random(1);
+    Run run;
+    for (std::size_t frames = 1; frames > 0; run.frames += frames) {
+        if (Failed(engine.Set(static_cast<int>(random() % 13) - 6, 0.8 + static_cast<double>(random() % 41) / 100)))
+            break;
+        const double startT = NowT();
+        if (Failed(engine.Render(block, frames, source))) break;
+        const double tookT = NowT() - startT;
+        run.allT += tookT;
+        run.worstBlockT = std::max(run.worstBlockT, tookT);
+    }
+    return run;
+}
+
 double Bare(const Samples& samples) {
     constexpr std::size_t kProgram_Samples = 6720;
     soundtouch::SoundTouch engine;
@@ -164,5 +197,9 @@ int main(int argc, char** argv) {
     std::printf("soundstretch: %.3f s, %.0f times real time; the bare library %.3f s\n", programT, allF / programT,
                 bareT);
     std::printf("ratio: %.2f to soundstretch, %.2f to the bare library\n", programT / best.allT, bareT / best.allT);
+    const Run changing = Changing(samples);
+    std::printf("a change at each block of %.1f ms: %.2f ms a block, worst %.2f ms\n", kBlock / 2 / 44.1,
+                changing.allT * 1000 / (static_cast<double>(changing.frames) / (kBlock / 2)),
+                changing.worstBlockT * 1000);
     return 0;
 }
