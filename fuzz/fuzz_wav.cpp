@@ -1,6 +1,7 @@
 // A WAV head that is taken names bytes that are in the file, and the head that we would write for them is taken again.
 #include <algorithm>
-#include <string>
+#include <span>
+#include <vector>
 
 #include "Audio/CWavHeader.h"
 

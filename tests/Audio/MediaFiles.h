@@ -111,7 +111,7 @@ public:
     [[nodiscard]] static std::string Bytes(const MediaFile& file) { return Bytes(Folder() / file.nameZ); }
     [[nodiscard]] static std::vector<std::int16_t> Samples(const std::string& bytes) {
         std::vector<std::int16_t> samples(bytes.size() / 2);
-        std::memcpy(samples.data(), bytes.data(), samples.size() * 2);
+        if (!samples.empty()) std::memcpy(samples.data(), bytes.data(), samples.size() * 2);
         return samples;
     }
     /** As ffmpeg decodes it. */

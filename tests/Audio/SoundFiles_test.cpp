@@ -43,7 +43,7 @@ std::vector<std::byte> BytesOf(const Samples& samples) {
 }
 Samples SamplesOf(const std::vector<std::byte>& bytes) {
     Samples samples(bytes.size() / 2);
-    std::memcpy(samples.data(), bytes.data(), samples.size() * 2);
+    if (!samples.empty()) std::memcpy(samples.data(), bytes.data(), samples.size() * 2);
     return samples;
 }
 /** All of `sourceP`, through a pump. */
