@@ -34,6 +34,18 @@ OSErr Collect(const CFileRef& root, const CFileRef::Path& below, std::vector<CFi
     return noErr;
 }
 
+/** By UTC: local time would sort wrongly when the clocks are put back. */
+std::string BackupName(std::chrono::system_clock::time_point at) {
+    const std::time_t second = std::chrono::system_clock::to_time_t(at);
+    const auto millisL = std::chrono::duration_cast<std::chrono::milliseconds>(at.time_since_epoch()).count() % 1000;
+    std::tm utc{};
+    ::gmtime_r(&second, &utc);
+    std::array<char, 64> stamp{};
+    const std::size_t stampL = std::strftime(stamp.data(), stamp.size(), "%Y-%m-%d %H.%M.%S", &utc);
+    std::snprintf(stamp.data() + stampL, stamp.size() - stampL, ".%03d", static_cast<int>(millisL));
+    return std::string(kBackup_Prefix) + stamp.data() + std::string(kBackup_Suffix);
+}
+
 /** Hands the bytes of a member to `take`, to the end and its checksum. */
 template <typename Take>
 OSErr ForEachPiece(const CFileRef& zip, const CZipMember& member, Take take) {
@@ -109,20 +121,16 @@ OSErr CLibraryBackup::Pack() {
     if (const OSErr err = Collect(i_root, {}, files); Failed(err)) return err;
     if (files.empty()) return noErr;
     if (const OSErr err = FSrMakeFolders(Folder().GetPath()); Failed(err)) return err;
-    const auto now = std::chrono::system_clock::now();
-    const std::time_t second = std::chrono::system_clock::to_time_t(now);
-    const auto millisL = std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count() % 1000;
-    std::tm utc{};
-    ::gmtime_r(&second, &utc);   // local time would sort wrongly when the clocks are put back
-    std::array<char, 64> stamp{};
-    const std::size_t stampL = std::strftime(stamp.data(), stamp.size(), "%Y-%m-%d %H.%M.%S", &utc);
-    std::snprintf(stamp.data() + stampL, stamp.size() - stampL, ".%03d", static_cast<int>(millisL));
-    const std::string name = std::string(kBackup_Prefix) + stamp.data() + std::string(kBackup_Suffix);
-
-    CFileRef zip(Folder(), name + std::string(kPart_Suffix));
-    bool leftB = false;   // by a crash in this very millisecond
-    if (const OSErr err = FSrObjectExists(zip, leftB); Failed(err)) return err;
-    if (leftB) return dupFNErr;
+    std::string name;
+    CFileRef zip;
+    bool takenB = true;
+    for (auto at = std::chrono::system_clock::now(); takenB; at += std::chrono::milliseconds(1)) {
+        name = BackupName(at);
+        zip = CFileRef(Folder(), name + std::string(kPart_Suffix));
+        if (const OSErr err = FSrObjectExists(CFileRef(Folder(), name), takenB); Failed(err)) return err;
+        if (takenB) continue;
+        if (const OSErr err = FSrObjectExists(zip, takenB); Failed(err)) return err;
+    }
     CZipWriter writer;
     if (const OSErr err = writer.Open(zip); Failed(err)) return err;
     for (const CFileRef::Path& file : files) {
@@ -140,5 +148,12 @@ OSErr CLibraryBackup::Prune() const {
     if (const OSErr err = List(backups); Failed(err)) return err;
     OSErr first = noErr;
     for (std::size_t n = kKeep_Most; n < backups.size(); ++n) first = FirstOf(first, FSrDelete(backups[n]));
+    bool thereB = false;
+    if (const OSErr err = FSrFolderExists(Folder(), thereB); Failed(err) || !thereB) return FirstOf(first, err);
+    std::vector<std::string> names;   // copies that a crash cut short
+    first = FirstOf(first, FSrList(Folder(), names));
+    for (const std::string& name : names)
+        if (name.starts_with(kBackup_Prefix) && name.ends_with(kPart_Suffix))
+            first = FirstOf(first, FSrDelete(CFileRef(Folder(), name)));
     return first;
 }

@@ -168,10 +168,12 @@ TEST_F(LibraryBackup, TheLastTenStayAndAnEmptyLibraryHasNone) {
     Make("lib/Library.xml");
     for (int n = 10; n < 22; ++n) Make("lib/~Backups/Library 2020-01-" + std::to_string(n) + " 10.00.00.000.zip");
     Make("lib/~Backups/mine.txt");
+    Make("lib/~Backups/Library 2020-01-01 10.00.00.000.zip.part");   // of a crash
     EXPECT_EQ(CLibraryBackup(CFileRef(i_root / "lib")).KeepOnce(), noErr);
     ASSERT_EQ(Backups().size(), 10U);
     EXPECT_EQ(Backups().back().GetName(), "Library 2020-01-13 10.00.00.000.zip");
     EXPECT_TRUE(std::filesystem::exists(i_root / "lib/~Backups/mine.txt"));
+    EXPECT_EQ(Names(i_root / "lib/~Backups").size(), 11U);
 }
 
 }   // namespace
