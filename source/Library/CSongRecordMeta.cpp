@@ -157,3 +157,21 @@ CCFDictionary CSongRecordMeta::Rest(const CMeta& song) const {
         if (!held.contains(key)) rest.Set(key, value);
     return rest;
 }
+
+void CSongRecordMeta::LoadRest(const CCFDictionary& rest, CMeta& song) {
+    const CMeta::QuietChanges quiet(song);
+    song.FromDictionary(rest);
+    i_entries.clear();
+    for (std::int16_t n = 0; n < static_cast<std::int16_t>(SDB_SongFile_numtypes); ++n) {
+        const auto type = static_cast<SDB_SongFile>(n);
+        const MetaKey key = SongFileKey(type);
+        if (!rest.Has(MetaKeyText(key))) continue;
+        const CMetaValue value = song.Stored(key);
+        if (!value) continue;
+        CMetaSongFile file = value.SongFile();   // a dictionary names the file, and not whose it is
+        file.status = i_status.Of(type, file.ref.GetPath());
+        i_entries.push_back({key, CMetaValue(file)});
+    }
+    song.Load(i_entries);
+    song.SetDirty(false);
+}

@@ -25,6 +25,8 @@ public:
     /** What a record cannot hold, for "Songs Meta.xml": further keys, caches, and what was too big or odd for its
        field. Empty for most songs. */
     [[nodiscard]] CCFDictionary Rest(const CMeta& song) const;
+    /** Brings the rest back, without the change hook and without a mark of dirt. */
+    void LoadRest(const CCFDictionary& rest, CMeta& song);
 
 private:
     struct PathField;

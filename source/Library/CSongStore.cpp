@@ -57,8 +57,7 @@ OSErr CSongStore::LoadRecords(SongDictionaries& meta) {
         }
         i_forms.Load(record, songP->Meta());
         if (const auto it = meta.find(record.songID); it != meta.end()) {
-            songP->Meta().FromDictionary(it->second);
-            songP->Meta().SetDirty(false);
+            i_forms.LoadRest(it->second, songP->Meta());
             meta.erase(it);   // a second song of the id has none
         }
     }
