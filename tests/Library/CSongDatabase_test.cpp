@@ -28,12 +28,14 @@ TEST_F(SongDatabase, OneCounterThatIsAboveEveryIdThatWasMet) {
     EXPECT_EQ(Number(i_databaseP->AddPlaylist(kSourceDB_PLAYLIST, "B", PlaylistID{-1}).ID()), 61);
     i_databaseP->NoteID(5);
     EXPECT_EQ(i_databaseP->GetNextID(), 62);
+    i_databaseP->NoteID(63);   // the very next one
+    EXPECT_EQ(i_databaseP->GetNextID(), 64);
     EXPECT_EQ(i_databaseP->CreateSong(SongID{40}), nullptr);
     EXPECT_EQ(i_databaseP->CreateSong(SongID{0}), nullptr);
     EXPECT_EQ(i_databaseP->AddPlaylist(kSourceDB_SOURCE).ID(), kPlaylistID_Source);
     EXPECT_EQ(i_databaseP->AddPlaylist(kSourceDB_LIBRARY).ID(), kPlaylistID_Library);
     i_databaseP->NoteID(std::numeric_limits<std::int32_t>::max());   // from a damaged file: no way back to 1
-    EXPECT_EQ(i_databaseP->GetNextID(), 63);
+    EXPECT_EQ(i_databaseP->GetNextID(), 65);
 }
 
 TEST_F(SongDatabase, TwoListsOfOneId) {
