@@ -1,6 +1,7 @@
-// bench_play [SECONDS]: an MP3 of so many seconds (240) and a zip of it with graphics, made by the ffmpeg program and
-// python's zipfile. Medians and worst of 20: from the file's name to the first block in the ring, a seek in the ring that
-// is full until its new sound is there; and what one chain keeps in memory while it is read at its pace.
+// bench_play [SECONDS | FILE...]: an MP3 of so many seconds (240) and a zip of it with graphics, made by the ffmpeg
+// program and python's zipfile, or the files that are given. Medians and worst of 20: from the file's name to the first
+// block in the ring, a seek in the ring that is full until its new sound is there; and what one chain keeps in memory
+// while it is read at its pace.
 #include <unistd.h>
 
 #include <algorithm>
@@ -104,11 +105,16 @@ void BenchMemory(const std::string& file) {
 }   // namespace
 
 int main(int argc, char** argv) {
+    if (argc > 1 && std::atoi(argv[1]) == 0) {
+        CCliHost host;
+        for (int n = 1; n < argc; ++n) Bench(argv[n], argv[n]);
+        return 0;
+    }
     const int secondsL = argc > 1 ? std::atoi(argv[1]) : 240;
     std::string folder = "/tmp/bench-play-XXXXXX";
     Must(::mkdtemp(folder.data()) != nullptr, "no folder");
-    const std::string make = "cd " + folder + " && ffmpeg -v error -nostdin -f lavfi -i anoisesrc=c=pink:d=" +
-                             std::to_string(secondsL) +
+    const std::string make = "cd " + folder +
+                             " && ffmpeg -v error -nostdin -f lavfi -i anoisesrc=c=pink:d=" + std::to_string(secondsL) +
                              " -ac 2 -b:a 192k song.mp3 && head -c 1728000 /dev/urandom > song.cdg && "
                              "python3 -c \"import zipfile\nz=zipfile.ZipFile('song.zip','w',zipfile.ZIP_DEFLATED)\n"
                              "z.write('song.mp3')\nz.write('song.cdg')\nz.close()\"";

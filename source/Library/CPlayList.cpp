@@ -106,7 +106,7 @@ OSErr CPlayList::RemoveItems(const SDB_Selection& selection) {
 OSErr CPlayList::RemoveItems(std::vector<PLItemID> items) {
     (void)Assert(IsMainThread());
     std::ranges::sort(items);
-    items.erase(std::ranges::unique(items).begin(), items.end());
+    items.erase(std::unique(items.begin(), items.end()), items.end());
     if (i_playlistID == kPlaylistID_Library) i_database.SongsLeaveLibrary(*this, items);
     const std::size_t goneL = i_list->Remove(items, i_name.UTF8());
     if (goneL == 0) return items.empty() ? noErr : fnfErr;

@@ -25,7 +25,7 @@ std::uint64_t OrderedBits(double value) {
 void MakeDense(Ranks& ranks) {
     Ranks known = ranks;
     std::ranges::sort(known);
-    known.erase(std::ranges::unique(known).begin(), known.end());
+    known.erase(std::unique(known.begin(), known.end()), known.end());
     const std::uint64_t shift = known.empty() || known.front() != 0 ? 1 : 0;
     for (std::uint64_t& rank : ranks)
         if (rank != 0) rank = static_cast<std::uint64_t>(std::ranges::lower_bound(known, rank) - known.begin()) + shift;

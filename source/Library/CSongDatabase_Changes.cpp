@@ -66,7 +66,7 @@ void CSongDatabase::FlushChanges() {
     }
     const auto makeUnique = [](auto& all) {
         std::ranges::sort(all);
-        all.erase(std::ranges::unique(all).begin(), all.end());
+        all.erase(std::unique(all.begin(), all.end()), all.end());
     };
     makeUnique(songs);
     makeUnique(keys);
