@@ -21,6 +21,11 @@ public:
 
     OSErr Seek(double position) override;
 
+    /** So many stereo frames of floats can be read at once, or no more will ever come. Any thread; no lock. */
+    [[nodiscard]] bool HasFrames(std::size_t frames) const noexcept {
+        return i_writtenAllB.load() || i_fillL.load() / (2 * sizeof(float)) >= frames;
+    }
+
 protected:
     OSErr Open_i(bool writeB, std::uint64_t& sizeL) override;
     OSErr Close_i(bool writeB) override;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 #include "Audio/CAutoCue.h"
 #include "Audio/SampleForms.h"
@@ -12,6 +13,7 @@
 namespace {
 constexpr std::size_t kChannels = kAudioOutput_Channels;
 constexpr std::size_t kFade_Frames = 441;
+constexpr std::size_t kEngine_Frames = 8192;   // what the engine takes before it gives, at the start
 constexpr double kUntilPaused_T = 0.25;
 /** The status of a failure that came as an exception. */
 constexpr OSErr kRenderErr = static_cast<OSErr>(-230);
@@ -41,13 +43,14 @@ CAudioPlayer::CAudioPlayer(const AudioPlayerParts& parts, const AudioPlayerSetti
 }
 
 OSErr CAudioPlayer::Open() {
-    std::uint64_t sizeL = 0;
-    if (const OSErr err = i_spoolP->Open(false, sizeL); Failed(err)) return err;
     i_chain.AddUnit("AUConverter", FourCC("aufc"), FourCC("conv"));
     CAudioUnit& output = i_chain.AddUnit("AUOutput   ", FourCC("auou"), FourCC("def "));
     output.i_input = {.rateF = kSamplesPerSecond, .formatID = FourCC("lpcm"), .channelsL = kChannels, .bitsL = 16};
     if (i_settings.timePitchUnitB) Log("The time-pitch unit is not on this system: pitch and tempo are the engine's.");
     if (const OSErr err = i_chain.Open(i_settings.device, i_settings.Blocks()); Failed(err)) return err;
+    // The ring last: it can be opened once, and the operator may try another device.
+    std::uint64_t sizeL = 0;
+    if (const OSErr err = i_spoolP->Open(false, sizeL); Failed(err)) return err;
     return i_chain.StartRendering(*this, i_settings.SleepT());
 }
 
@@ -75,14 +78,9 @@ OSErr CAudioPlayer::Seek(double position) {
 
 long CAudioPlayer::AutoCue() {
     while (!IsPaused() && !IsStopped() && !Failed(Result())) Wait(kUntilPaused_T, WaitMode::kMain_EventLoop);
-    const bool pausedB = i_pausedB.exchange(true);
-    long first300 = 0;
-    {
-        const CReadTurn::Others others(i_turn);
-        first300 = CAutoCue(i_parts.song, *i_spoolP, i_settings).Run();
-        i_stoppedB.store(false);
-    }
-    i_pausedB.store(pausedB);
+    const CReadTurn::Others others(i_turn);   // silence meanwhile, whoever presses play
+    const long first300 = CAutoCue(i_parts.song, *i_spoolP, i_settings).Run();
+    i_stoppedB.store(false);
     return first300;
 }
 
@@ -108,6 +106,13 @@ void CAudioPlayer::Fade(std::span<float> stereo, bool inB) const noexcept {
     }
 }
 
+bool CAudioPlayer::IsBlockReady() const noexcept {
+    if (IsPaused() || Failed(i_spoolP->Err())) return true;
+    const auto blockF = static_cast<double>(i_floats.size() / kChannels) * i_spoolP->TimePitch().Tempo();
+    const bool directB = i_spoolP->TimePitch().Pitch() == 0 && i_spoolP->TimePitch().Tempo() == 1.0;
+    return i_spoolP->HasFrames(static_cast<std::size_t>(blockF) + (directB ? 0 : kEngine_Frames));
+}
+
 OSErr CAudioPlayer::RenderBlock(std::span<std::int16_t> stereo) noexcept {
     const std::size_t blockL = stereo.size() / kChannels;
     const bool pausedB = i_pausedB.load();
@@ -121,21 +126,24 @@ OSErr CAudioPlayer::RenderBlock(std::span<std::int16_t> stereo) noexcept {
         fromL = i_spoolP->GetPos() / kChannels;
         err = ReadSong(block.first(wantedL * kChannels), soundL);
         toL = i_spoolP->GetPos() / kChannels;
+        // Within the turn, so that a seek comes before or after it and not between; paused first, so that whoever sees
+        // the end may press play.
+        if (err == eofErr && !pausedB && i_parts.song.MayEnd()) {
+            i_pausedB.store(true);
+            i_stoppedB.store(true);
+        }
         i_turn.End();
         if (i_fadedOutB && soundL > 0) Fade(block.first(soundL * kChannels), true);
         i_fadedOutB = pausedB && soundL > 0;
         if (i_fadedOutB) Fade(block.first(soundL * kChannels), false);
-        if (!pausedB && !Failed(err) && soundL < blockL) i_lateL.fetch_add(blockL - soundL, std::memory_order_relaxed);
+        if (soundL > 0 && i_shortL > 0) i_lateL.fetch_add(std::exchange(i_shortL, 0), std::memory_order_relaxed);
+        if (!pausedB && !Failed(err)) i_shortL += blockL - soundL;
+        if (Failed(err) || pausedB) i_shortL = 0;   // the end of the song is not late
     }
     i_soundingB = !pausedB && soundL > 0;
     std::ranges::fill(block.subspan(soundL * kChannels), 0.0F);
     FloatToInteger(block, stereo);
     i_positions.Add(blockL, fromL, toL, soundL);
     if (soundL > 0) i_soundEndL.store(i_positions.End());
-    if (err != eofErr) return err;
-    if (!pausedB && i_parts.song.MayEnd()) {
-        i_stoppedB.store(true);
-        i_pausedB.store(true);
-    }
-    return noErr;
+    return err == eofErr ? noErr : err;
 }

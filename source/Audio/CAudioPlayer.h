@@ -69,6 +69,7 @@ private:
     CAudioPlayer(const AudioPlayerParts& parts, const AudioPlayerSettings& settings);
     OSErr Open();
     OSErr RenderBlock(std::span<std::int16_t> stereo) noexcept override;
+    [[nodiscard]] bool IsBlockReady() const noexcept override;
     OSErr ReadSong(std::span<float> stereo, std::size_t& frames) noexcept;
     void Fade(std::span<float> stereo, bool inB) const noexcept;
 
@@ -86,5 +87,6 @@ private:
     // The render thread's.
     std::vector<float> i_floats;   // one block
     bool i_soundingB = false;      // the last block was the song's
+    std::size_t i_shortL = 0;      // frames that the last blocks lacked; late only if sound follows
     bool i_fadedOutB = false;      // its end was faded: what comes next is faded in
 };

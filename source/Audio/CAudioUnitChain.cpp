@@ -1,10 +1,15 @@
 #include "Audio/CAudioUnitChain.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "Audio/CT_AudioRender.h"
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
+
+namespace {
+constexpr double kRender_LookT = 0.005;   // how often a ring that was late is looked at
+}
 
 CAudioUnitChain::~CAudioUnitChain() {
     StopRendering();
@@ -28,6 +33,7 @@ OSErr CAudioUnitChain::Open(const std::string& device, const AudioBlocks& blocks
     i_openB = true;
     i_device = device;
     i_blockFramesL = blocks.framesL;
+    i_roomL = blocks.framesL * blocks.countL;
     i_block.resize(blocks.framesL * kAudioOutput_Channels);
     return noErr;
 }
@@ -36,6 +42,7 @@ OSErr CAudioUnitChain::StartRendering(CAudioRenderer& renderer, double sleepT) {
     i_rendererP = &renderer;
     i_sleepT = sleepT;
     i_stopB.store(false);
+    i_begunB = false;
     i_renderingB = CT_Preemptive::Start(std::make_unique<CT_AudioRender>(*this)) != 0;
     if (!i_renderingB) return memFullErr;   // reported by the thread layer
     Log("Play has started");
@@ -59,6 +66,8 @@ void CAudioUnitChain::RenderLoop() noexcept {
         if (i_output.IsLost()) TendDevice();
         if (i_output.Room() < i_blockFramesL)
             i_output.WaitForRoom(i_blockFramesL, i_sleepT);
+        else if (IsBetterLater())
+            i_output.WaitForRoom(i_roomL, kRender_LookT);
         else
             err = RenderOne();
     }
@@ -66,7 +75,13 @@ void CAudioUnitChain::RenderLoop() noexcept {
     i_stopped.Signal();   // last: the chain may be gone after it
 }
 
+bool CAudioUnitChain::IsBetterLater() const noexcept {
+    if (i_rendererP->IsBlockReady()) return false;
+    return !i_begunB || i_roomL - std::min(i_roomL, i_output.Room()) > i_blockFramesL / 2;
+}
+
 OSErr CAudioUnitChain::RenderOne() noexcept {
+    i_begunB = true;
     if (const OSErr err = i_rendererP->RenderBlock(i_block); Failed(err)) return err;
     return i_output.Queue(i_block);
 }

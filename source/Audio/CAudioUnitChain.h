@@ -15,6 +15,8 @@ public:
     /** All of `stereo`. CT_AudioRender: allocates nothing, logs nothing, waits for nobody. A failure ends the
      * rendering. */
     virtual OSErr RenderBlock(std::span<std::int16_t> stereo) noexcept = 0;
+    /** A block asked for now would be whole. While it is not, and the output holds enough, the chain rather waits. */
+    [[nodiscard]] virtual bool IsBlockReady() const noexcept = 0;
 
 protected:
     ~CAudioRenderer() = default;
@@ -51,6 +53,7 @@ public:
 
 private:
     OSErr RenderOne() noexcept;
+    [[nodiscard]] bool IsBetterLater() const noexcept;
     void TendDevice();
 
     CAudioOutput& i_output;
@@ -59,11 +62,13 @@ private:
     bool i_openB = false;
     std::vector<std::int16_t> i_block;   // fixed while rendering
     std::size_t i_blockFramesL = 0;
+    std::size_t i_roomL = 0;   // frames of all blocks
     double i_sleepT = 0;
     CAudioRenderer* i_rendererP = nullptr;
     std::atomic<bool> i_stopB{true};
     std::atomic<OSErr> i_result{noErr};
     bool i_renderingB = false;   // a thread was started and not waited for
+    bool i_begunB = false;       // a block was rendered; the render thread's
     bool i_goneB = false;        // told: there is no device; the render thread's
     CSemaphore i_stopped{"audio render stopped"};
 };

@@ -4,6 +4,8 @@
 
 #include "Audio/CAS_SpoolRec.h"
 #include "Audio/SampleForms.h"
+#include "Core/Assertions.h"
+#include "Core/ThreadInfo.h"
 
 namespace {
 constexpr std::size_t kBlock_Samples = 4096;
@@ -11,6 +13,7 @@ constexpr double kPump_TurnT = 0.001;   // until the pump has brought more
 }   // namespace
 
 OSErr CSongRender::Run(const SongSound& sound) {
+    if (!AssertWords(IsPreemptiveThread(), "a render on a preemptive thread")) return paramErr;
     const Ref<CAS_AudioRing> ringP = MakeAudioRing();
     if (const OSErr err = ringP->SetPitchTempo(sound.pitch, sound.tempo); Failed(err)) return err;
     ringP->Volume().SetVolume(sound.volumeF);

@@ -13,7 +13,7 @@ struct SongSound {
 };
 
 /** Writes a song as it would be heard: source -> pump -> the ring that plays -> 16 bits -> sink, as fast as it goes.
-    Threads  Run on a preemptive thread or the main one, which it keeps busy.
+    Threads  Run on a preemptive one: elsewhere the closing of the sink would be over later, and its failure unheard.
     Owner    retains both spools; the ring is its own.
     Errors   the first one of source, ring or sink; the sink is closed in any case and keeps no half file. */
 class CSongRender {

@@ -22,7 +22,8 @@ OSErr CSoundPlay::FindStart(const AudioPlayerSettings& settings, long& start300)
     std::uint64_t sizeL = 0;
     if (const OSErr err = i_ringP->Open(false, sizeL); Failed(err)) return err;
     start300 = CAutoCue(*this, *i_ringP, settings).Run();
-    return FirstOf(PlayErr(), i_ringP->Close(false));
+    const OSErr err = PlayErr();   // first: the closing aborts the ring
+    return FirstOf(err, i_ringP->Close(false));
 }
 
 OSErr CSoundPlay::Begin(CAudioOutput& output, const AudioPlayerSettings& settings, const SongSound& sound) {

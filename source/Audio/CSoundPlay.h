@@ -19,7 +19,7 @@ public:
 
     /** Opens the file and fills the ring to its first block. */
     OSErr Load();
-    /** After Load: where the music begins, in 300ths. Before Begin. */
+    /** After Load: where the music begins, in 300ths. In place of Begin: it closes the ring. Preemptive threads. */
     OSErr FindStart(const AudioPlayerSettings& settings, long& start300);
     /** After Load: plays on `output`, which outlives this. */
     OSErr Begin(CAudioOutput& output, const AudioPlayerSettings& settings, const SongSound& sound);

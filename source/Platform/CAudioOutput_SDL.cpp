@@ -6,6 +6,8 @@
 #include <cstring>
 #include <mutex>
 
+#include "Platform/CClock.h"
+
 namespace {
 
 /** SDL's own bookkeeping of devices and subsystems is not safe between threads. */
@@ -192,7 +194,9 @@ OSErr CAudioOutput_SDL::Queue(std::span<const std::int16_t> stereo) {
 
 std::size_t CAudioOutput_SDL::Room() const {
     const std::uint64_t playedL = i_playedL.load(std::memory_order_acquire);   // first: it only grows, up to the other
-    return i_roomL - static_cast<std::size_t>(i_queuedL.load(std::memory_order_relaxed) - playedL);
+    // Another thread than the writer may see more queued since than a ring holds.
+    const std::uint64_t waitingL = i_queuedL.load(std::memory_order_relaxed) - playedL;
+    return i_roomL - static_cast<std::size_t>(std::min<std::uint64_t>(i_roomL, waitingL));
 }
 
 void CAudioOutput_SDL::WaitForRoom(std::size_t frames, double seconds) {
@@ -204,6 +208,10 @@ void CAudioOutput_SDL::WaitForRoom(std::size_t frames, double seconds) {
     // Nothing is left that takes frames, not even a lost device: the writer keeps the pace of the show.
     const std::uint64_t playedL = i_playedL.load(std::memory_order_relaxed);
     const std::uint64_t waitingL = i_queuedL.load(std::memory_order_relaxed) - playedL;
+    const double sinceT = CClock::Get().SteadyT();
     i_wake.Wait(std::min(seconds, static_cast<double>(frames) / kAudioOutput_Rate));
-    i_playedL.store(playedL + std::min<std::uint64_t>(frames, waitingL), std::memory_order_release);
+    i_paceF += (CClock::Get().SteadyT() - sinceT) * kAudioOutput_Rate;   // whatever ended the wait
+    const std::uint64_t takenL = std::min(static_cast<std::uint64_t>(i_paceF), waitingL);
+    i_paceF = std::min(i_paceF - static_cast<double>(takenL), 1.0);   // nothing is owed for what was not queued
+    i_playedL.store(playedL + takenL, std::memory_order_release);
 }

@@ -41,6 +41,7 @@ private:
     std::uint32_t i_deviceID = 0;                // SDL's number, 0 for none; the writer's
     std::atomic<std::uint32_t> i_watchedID{0};   // the same, for the watch
     bool i_subsystemB = false;
+    double i_paceF = 0;   // parts of a frame that are due while there is no device; the writer's
     CWakeSignal i_wake;
     std::atomic<bool> i_lostB{false}, i_newDeviceB{false};
     alignas(64) std::atomic<std::uint64_t> i_queuedL{0};   // frames since Open; only Queue adds
