@@ -13,3 +13,18 @@ CCliHost::~CCliHost() {
     i_threads.reset();
     Install(nullptr);
 }
+
+OSErr CCliHost::OnTask(const std::function<OSErr()>& work) {
+    bool doneB = false;   // stored by the completion, on this thread
+    OSErr result = abortErr;
+    const ForkID id = CThreadManager::Fork(
+        ForkKind::kPreemptive, [&](void*) { return work(); },
+        [&](void*, OSErr err) {
+            result = err;
+            doneB = true;
+            return err;
+        },
+        nullptr, "command");
+    while (id != 0 && !doneB) RunLoopPass();
+    return result;
+}

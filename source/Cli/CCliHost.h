@@ -1,4 +1,6 @@
 #pragma once
+#include <functional>
+
 #include "Core/CThreadHost.h"
 #include "Core/CThreadManager.h"
 #include "Platform/CMainLoop_Plain.h"
@@ -10,6 +12,9 @@ class CCliHost final : public CThreadHost {
 public:
     CCliHost();
     ~CCliHost() override;
+
+    /** `work` on a preemptive thread, while this one runs the loop; its result. abortErr when no thread can be had. */
+    OSErr OnTask(const std::function<OSErr()>& work);
 
     CMainLoop& MainLoop() override { return i_loop; }
     bool HasMainWindow() const override { return true; }

@@ -44,26 +44,36 @@ int Render(const CliContext& context, std::span<const std::string> given) {
     const auto sound = ReadSongSound(*words);
     if (!sound) return CliUsage(context, kUsage_Render);
 
-    const CCliHost host;
+    CCliHost host;
     const Ref<CSpooler> sinkP = MakeSink(CFileRef(*outP));
     if (!sinkP) return CliUsage(context, kUsage_Render);
-    Ref<CSpooler> sourceP;
-    if (const OSErr err = MakeSongSource(CFileRef(words->files[0]), sourceP); Failed(err))
-        return CliFail(context, err, words->files[0]);
-    CSongRender render(sourceP, sinkP);
-    if (const OSErr err = render.Run(*sound); Failed(err)) return CliFail(context, err, words->files[0]);
-    context.out << "{\"frames\":" << render.Frames() << ",\"source_frames\":" << sourceP->GetTotal() / 2 << "}\n";
+    std::uint64_t framesL = 0, sourceFramesL = 0;
+    const OSErr err = host.OnTask([&] {
+        Ref<CSpooler> sourceP;
+        if (const OSErr sourceErr = MakeSongSource(CFileRef(words->files[0]), sourceP); Failed(sourceErr))
+            return sourceErr;
+        CSongRender render(sourceP, sinkP);
+        const OSErr renderErr = render.Run(*sound);
+        framesL = render.Frames();
+        sourceFramesL = sourceP->GetTotal() / 2;
+        return renderErr;
+    });
+    if (Failed(err)) return CliFail(context, err, words->files[0]);
+    context.out << "{\"frames\":" << framesL << ",\"source_frames\":" << sourceFramesL << "}\n";
     return 0;
 }
 
 int AutoCue(const CliContext& context, std::span<const std::string> given) {
     const auto words = CliWords::Read(given, {});
     if (!words || words->files.size() != 1) return CliUsage(context, kUsage_AutoCue);
-    const CCliHost host;
-    CSoundPlay play{CFileRef(words->files[0])};
+    CCliHost host;
+    const AudioPlayerSettings settings = AudioPlayerSettings::Read(*CliPreferences(context));
     long start300 = 0;
-    OSErr err = play.Load();
-    if (!Failed(err)) err = play.FindStart(AudioPlayerSettings::Read(*CliPreferences(context)), start300);
+    const OSErr err = host.OnTask([&] {
+        CSoundPlay play{CFileRef(words->files[0])};
+        const OSErr loadErr = play.Load();
+        return Failed(loadErr) ? loadErr : play.FindStart(settings, start300);
+    });
     if (Failed(err)) return CliFail(context, err, words->files[0]);
     context.out << "{\"start300\":" << start300 << "}\n";
     return 0;
@@ -96,11 +106,13 @@ OSErr Measure(CSpooler& source, Loudness& loudness) {
 int MeasureLoudness(const CliContext& context, std::span<const std::string> given) {
     const auto words = CliWords::Read(given, {});
     if (!words || words->files.size() != 1) return CliUsage(context, kUsage_Loudness);
-    const CCliHost host;
-    Ref<CSpooler> sourceP;
-    OSErr err = MakeSongSource(CFileRef(words->files[0]), sourceP);
+    CCliHost host;
     Loudness loudness;
-    if (!Failed(err)) err = Measure(*sourceP, loudness);
+    const OSErr err = host.OnTask([&] {
+        Ref<CSpooler> sourceP;
+        const OSErr sourceErr = MakeSongSource(CFileRef(words->files[0]), sourceP);
+        return Failed(sourceErr) ? sourceErr : Measure(*sourceP, loudness);
+    });
     if (Failed(err)) return CliFail(context, err, words->files[0]);
     context.out << "{\"lufs\":" << Decibels(loudness.lufs) << ",\"peak_db\":" << Decibels(loudness.peakDB)
                 << ",\"gain_db\":" << Decibels(loudness.GainDB()) << "}\n";

@@ -37,9 +37,12 @@ public:
 
     /** Until the song has been heard out, or for `most` seconds. */
     OSErr Play(const std::string& file, double mostT, Totals& totals) {
+        i_what = file;
         CSoundPlay play{CFileRef(file)};
-        if (const OSErr err = play.Load(); Failed(err)) return err;
+        if (const OSErr err = i_host.OnTask([&] { return play.Load(); }); Failed(err)) return err;
+        i_what = "audio output " + i_settings.device;
         if (const OSErr err = play.Begin(*i_outputP, i_settings, i_sound); Failed(err)) return err;
+        i_what = file;
         const double beganT = CClock::Get().SteadyT();
         for (double lineT = beganT; !play.IsHeardOut();) {
             if (const OSErr err = play.Result(); Failed(err)) return err;
@@ -58,8 +61,11 @@ public:
         return noErr;
     }
 
+    /** What a failure of Play is about. */
+    [[nodiscard]] const std::string& What() const { return i_what; }
+
 private:
-    /** There are no graphics beside a file that only sounds: its packets are 0, and its time is the sound's. */
+    /** This command does not draw yet: no packets, and the time is the sound's. */
     void Tell(std::string_view state, const CSoundPlay& play) {
         i_context.out << "{\"state\":\"" << state << "\",\"audio300\":" << play.Heard300()
                       << ",\"packets\":0,\"time300\":" << play.Heard300() << "}" << std::endl;
@@ -69,6 +75,7 @@ private:
     CCliHost& i_host;
     const SongSound i_sound;
     AudioPlayerSettings i_settings;
+    std::string i_what;
     std::unique_ptr<CAudioOutput> i_outputP;
 };
 
@@ -91,7 +98,7 @@ int RunPlay(const CliContext& context, std::span<const std::string> given) {
     PlayRun run(context, host, *words, *sound);
     Totals totals;
     for (const std::string& file : words->files)
-        if (const OSErr err = run.Play(file, mostT, totals); Failed(err)) return CliFail(context, err, file);
+        if (const OSErr err = run.Play(file, mostT, totals); Failed(err)) return CliFail(context, err, run.What());
     context.out << "{\"state\":\"total\",\"songs\":" << totals.songsL << ",\"audio300\":" << totals.audio300
                 << ",\"packets\":0,\"frames_late\":" << totals.lateL << "}\n";
     return 0;

@@ -112,6 +112,7 @@ TEST_F(CliAudio, PlayWritesEverySampleToTheOutput) {
     const Answer run = Run({"play", tone, "--output", "disk:" + Path("out.s16")});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_NE(run.out.find("{\"state\":\"ended\",\"audio300\":210,"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("\"frames_late\":0}"), std::string::npos) << run.out;   // the end of a song is not late
     std::vector<std::int16_t> written = Samples(Path("out.s16"));
     const std::vector<std::int16_t> wanted = Heard(tone);
     // Whole blocks of silence until the song begins, and the rest of its last block.
@@ -127,10 +128,14 @@ TEST_F(CliAudio, PlayWritesEverySampleToTheOutput) {
 TEST_F(CliAudio, Failures) {
     std::ofstream(Path("bad.mp3")) << "no music in here";
     std::ofstream(Path("bad.zip")) << "PK\3\4 and then nothing";
+    const std::string tone = Make(kTone_Z, "tone.wav");
+    std::filesystem::create_directories(i_folder / "taken.wav" / "inside");   // fails when the file takes its name
     const struct {
         std::vector<std::string> words;
         int status;
     } cases[] = {
+        {{"audio", "render", tone, "--out", Path("taken.wav")}, 1},
+        {{"play", tone, "--output", "no such device"}, 1},
         {{"audio"}, 2},
         {{"audio", "render", Path("bad.mp3")}, 2},
         {{"audio", "render", Path("bad.mp3"), "--out", Path("o.wav"), "--pitch", "x"}, 2},
