@@ -8,7 +8,6 @@
 namespace {
 
 constexpr std::uint64_t kTail_Most = kZip_EndBytes + 0xFFFF + 64 * 1024;   // the record, its comment, what was appended
-constexpr std::uint64_t kDirectory_Most = 64ULL << 20;
 constexpr int kEnds_Most = 16;        // signatures in the tail that are tried: a comment may hold any bytes
 constexpr std::size_t kProbes = 64;   // members whose own header is looked at, to see that the places are right
 constexpr std::uint16_t kIn64_16 = 0xFFFF;
@@ -105,7 +104,7 @@ bool ArePlacesRight(CByteSource& source, const std::vector<CZipMember>& members)
 
 ZipFault ReadDirectory(CByteSource& source, const ZipEnd& end, std::vector<CZipMember>& members) {
     if (end.sizeL > end.endAt) return ZipFault::kDirectory;
-    if (end.membersL > kZip_MostMembers || end.sizeL > kDirectory_Most) return ZipFault::kManyMembers;
+    if (end.membersL > kZip_MostMembers || end.sizeL > kZip_DirectoryMost) return ZipFault::kManyMembers;
     if (end.membersL > end.sizeL / kZip_CentralBytes) return ZipFault::kDirectory;
     // Right in front of the end, whatever the place that is told: the difference is what somebody put before the zip.
     std::uint64_t at = end.endAt - end.sizeL;

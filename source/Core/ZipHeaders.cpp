@@ -79,6 +79,7 @@ ZipFault ReadZipHeaders(CByteSource& source, std::vector<CZipMember>& members) {
     CSignatureScan scan(source);
     std::vector<CZipMember> got;
     int lostL = 0;
+    std::uint64_t namesL = 0;
     std::uint64_t at = scan.Find(kZip_Local, 0, kJunk_Most);
     while (at != kNowhere && got.size() < kZip_MostMembers) {
         std::byte header[kZip_LocalBytes];
@@ -107,6 +108,8 @@ ZipFault ReadZipHeaders(CByteSource& source, std::vector<CZipMember>& members) {
                 // One that the end of the file cuts is kept: what is there of it can be played.
                 if (member.packedL <= source.Size() - dataAt) next = dataAt + member.packedL;
                 JudgeZipMember(member);
+                namesL += member.name.size();
+                if (namesL > kZip_DirectoryMost) return ZipFault::kManyMembers;
                 got.push_back(std::move(member));
             }
         }

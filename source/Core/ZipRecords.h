@@ -16,6 +16,7 @@ inline constexpr std::uint32_t kZip_Local = 0x04034b50, kZip_Central = 0x02014b5
 inline constexpr std::size_t kZip_LocalBytes = 30, kZip_CentralBytes = 46, kZip_EndBytes = 22, kZip_End64Bytes = 56,
                              kZip_Locator64Bytes = 20;
 inline constexpr std::size_t kZip_MostMembers = 1'000'000;
+inline constexpr std::uint64_t kZip_DirectoryMost = 64ULL << 20;   // bytes of a directory, or of all names without one
 
 /** The number at `at`; the caller has checked that it is there. */
 [[nodiscard]] std::uint16_t ZipU16(ZipBytes bytes, std::size_t at) noexcept;
