@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <utility>
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -18,6 +17,8 @@ constexpr std::array kMedia_OneLength = {AV_CODEC_ID_MP1, AV_CODEC_ID_MP2,    AV
 constexpr std::size_t kMedia_PreRoll = 64;
 constexpr std::size_t kMedia_FirstPackets = 4;
 constexpr std::size_t kMedia_SkipBytes = 10;
+/** Silence comes in pieces: a small file of damaged packets stands for hours of it. */
+constexpr std::uint64_t kMedia_MostSilence = 64 << 10;
 
 bool IsOneLength(AVCodecID id) { return std::ranges::find(kMedia_OneLength, id) != kMedia_OneLength.end(); }
 bool IsPCM(AVCodecID id) { return id >= AV_CODEC_ID_FIRST_AUDIO && id < AV_CODEC_ID_ADPCM_IMA_QT; }
@@ -77,7 +78,13 @@ OSErr CMediaFrames::Next(MediaPiece& piece) {
     for (;;) {
         if (i_packets.IsAborted()) return abortErr;
         if (i_endB) return i_endErr;
-        if (i_heldFrameB) {   // silence went ahead of it
+        if (i_heldFrameB && i_silenceL > 0) {   // it goes ahead of the frame
+            const std::uint64_t stepL = std::min(i_silenceL, kMedia_MostSilence);
+            i_silenceL -= stepL;
+            if (Deliver(nullptr, 0, stepL, piece)) return noErr;
+            continue;
+        }
+        if (i_heldFrameB) {
             i_heldFrameB = false;
             if (Take(*i_frameP, piece)) return noErr;
             continue;
@@ -86,18 +93,15 @@ OSErr CMediaFrames::Next(MediaPiece& piece) {
         if (result >= 0) {
             if (i_silenceL > 0) {
                 i_heldFrameB = true;
-                const std::uint64_t silenceL = std::exchange(i_silenceL, 0);
-                if (Deliver(nullptr, 0, silenceL, piece)) return noErr;
                 continue;
             }
             if (Take(*i_frameP, piece)) return noErr;
             continue;
         }
         if (result == AVERROR_EOF) {
-            const bool tailB = CloseRow(piece);
+            if (CloseRow(piece)) return noErr;
             DropSilenceAtEnd();
             i_endB = true;
-            if (tailB) return noErr;
             continue;
         }
         if (result != AVERROR(EAGAIN)) i_current.failedB = true;
@@ -172,17 +176,18 @@ bool CMediaFrames::Take(const AVFrame& frame, MediaPiece& piece) {
     return heardL > 0 && Deliver(&frame, leadL, heardL, piece);
 }
 
-/** The packet is used up. True when there is silence to deliver in its place. */
+/** The packet is used up. True when there is silence to deliver in its place; called until it is false. */
 bool CMediaFrames::CloseRow(MediaPiece& piece) {
     if (!i_current.openB) return false;
+    const MediaPacketRow* rowP = i_current.knownB ? Row(i_current.rowL) : nullptr;
+    while (rowP != nullptr && i_current.heardL < rowP->countL) {
+        const auto stepL = std::min(rowP->countL - i_current.heardL, static_cast<std::uint32_t>(kMedia_MostSilence));
+        i_current.heardL += stepL;
+        if (Deliver(nullptr, 0, stepL, piece)) return true;
+    }
     i_current.openB = false;
     if (i_current.failedB) ++i_damagedL;
-    MediaPacketRow* rowP = Row(i_current.rowL);
-    if (i_current.knownB && rowP != nullptr) {
-        if (i_current.heardL >= rowP->countL) return false;
-        return Deliver(nullptr, 0, rowP->countL - i_current.heardL, piece);
-    }
-    CloseNewRow();
+    if (rowP == nullptr) CloseNewRow();
     return false;
 }
 

@@ -8,6 +8,7 @@
 #include <random>
 #include <vector>
 
+#include "Audio/CMediaFrames.h"
 #include "MediaFiles.h"
 
 namespace {
@@ -207,6 +208,46 @@ TEST(CMediaAudio, KeepsTheTimeWherePacketsAreDamaged) {
     ASSERT_EQ(all.size(), wanted.size());
     const std::size_t tailL = 2 * 44100;
     EXPECT_EQ(Difference(std::span(all).last(tailL), std::span(wanted).last(tailL)), 0);
+}
+
+/** Where the frames of an ADTS stream begin, and where the last one ends. */
+std::vector<std::size_t> FramesOfADTS(const std::string& bytes) {
+    std::vector<std::size_t> starts{0};
+    while (starts.back() + 7 < bytes.size()) {
+        const auto at = [&](std::size_t n) { return static_cast<unsigned char>(bytes[starts.back() + n]); };
+        starts.push_back(starts.back() + ((at(3) & 3U) << 11U | at(4) << 3U | at(5) >> 5U));
+    }
+    return starts;
+}
+
+TEST(CMediaFrames, SilenceForDamagedPacketsComesInPieces) {
+    MediaFiles::Get();
+    const std::string good = MediaFiles::Bytes(MediaFiles::Folder() / "adts.aac");
+    std::string bad = good.substr(0, 7) + std::string("\x20\xFF", 2);   // a pair of channels, cut after its head
+    bad[3] = static_cast<char>(bad[3] & 0xFC);
+    bad[4] = static_cast<char>(bad.size() >> 3U);
+    bad[5] = static_cast<char>((bad.size() & 7U) << 5U | (static_cast<unsigned char>(bad[5]) & 0x1FU));
+    constexpr std::size_t kBad = 3000;
+    std::string bytes = good;
+    for (std::size_t n = 0; n < kBad; ++n) bytes += bad;
+    MemorySource source(bytes + good);
+    CMediaPackets packets;
+    CMediaFrames frames(packets);
+    ASSERT_EQ(packets.Open(source, "aac"), noErr);
+    ASSERT_EQ(frames.Open(), noErr);
+    for (int reading = 0; reading < 2; ++reading) {   // as it is met, and from the table
+        std::size_t mostL = 0, silentL = 0;
+        OSErr err = noErr;
+        for (MediaPiece piece; !Failed(err = frames.Next(piece));) {
+            if (piece.frameP != nullptr) continue;
+            mostL = std::max(mostL, piece.countL);
+            silentL += piece.countL;
+        }
+        EXPECT_EQ(err, eofErr);
+        EXPECT_LE(mostL, 65536U);
+        EXPECT_EQ(silentL, kBad * 1024);
+        ASSERT_EQ(frames.Restart(), noErr);
+    }
 }
 
 TEST(CMediaAudio, OpensALongFileByItsHead) {
