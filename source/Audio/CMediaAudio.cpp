@@ -124,8 +124,9 @@ private:
 
     /** Puts the decoder near `frame`, not after it, where that is better than to read on. */
     OSErr Jump(std::uint64_t frame) {
+        const bool hadTableB = i_packets.HasTable();   // Reach may drop it, and then it has read packets ahead
         std::uint64_t sampleL = 0, atL = 0;
-        if (i_packets.HasTable() && i_rate > 0) {
+        if (hadTableB && i_rate > 0) {
             // The filter's grid comes round every `stepIn` samples: from there on it gives what a straight reading
             // gives.
             const auto rate = static_cast<std::uint64_t>(i_rate);
@@ -142,7 +143,7 @@ private:
             sampleL = stepL * stepIn;
             atL = stepL * stepOut;
         }
-        const bool aheadB = frame >= i_posL && atL <= i_posL && !i_packets.HasTable();
+        const bool aheadB = !hadTableB && frame >= i_posL;
         if (aheadB) return noErr;
         i_resampler.Reset();
         i_pending.clear();

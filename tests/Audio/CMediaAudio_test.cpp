@@ -1,6 +1,7 @@
 #include "Audio/CMediaAudio.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -248,6 +249,30 @@ TEST(CMediaFrames, SilenceForDamagedPacketsComesInPieces) {
         EXPECT_EQ(silentL, kBad * 1024);
         ASSERT_EQ(frames.Restart(), noErr);
     }
+}
+
+TEST(CMediaAudio, ASeekThatOutgrowsTheTableFindsItsPlace) {
+    MediaFiles::Get();
+    const auto file = MediaFiles::Folder() / ("tiny" + std::to_string(::getpid()) + ".mkv");
+    MediaFiles::Run(
+        "ffmpeg -nostdin -v error -y -f lavfi -i \"aevalsrc='0.4*sin(2*PI*(200*t+9*t*t))':s=44100:d=50\""
+        " -af asetnsamples=n=16 -c:a pcm_s16le '" +
+        file.string() + "'");
+    MemorySource source(MediaFiles::Bytes(file)), straight(source.i_bytes);
+    std::filesystem::remove(file);
+    CMediaAudio whole, audio;
+    ASSERT_EQ(whole.Open(straight, "mkv"), noErr);
+    const Samples all = ReadAll(whole);
+    ASSERT_EQ(all.size(), 50U * 44100 * 2);
+    ASSERT_EQ(audio.Open(source, "mkv"), noErr);
+    constexpr std::size_t kPlace = 49 * 44100;
+    ASSERT_EQ(audio.Seek(kPlace), noErr);
+    EXPECT_EQ(audio.Position(), kPlace);
+    Samples part(4000);
+    std::size_t gotL = 0;
+    ASSERT_EQ(audio.Read(part, gotL), noErr);
+    ASSERT_EQ(gotL, part.size());
+    EXPECT_EQ(Difference(part, std::span(all).subspan(kPlace * 2)), 0);
 }
 
 TEST(CMediaAudio, OpensALongFileByItsHead) {
