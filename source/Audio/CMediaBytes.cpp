@@ -27,6 +27,11 @@ OSErr CMediaBytes::Open(CByteSource& source) {
     return memFullErr;
 }
 
+void CMediaBytes::ForgetErr() noexcept {
+    i_err = noErr;
+    i_contextP->error = 0;
+}
+
 OSErr CMediaBytes::ReadSome(std::uint64_t at, std::span<std::byte> to, std::size_t& got) {
     got = 0;
     if (IsAborted()) return abortErr;

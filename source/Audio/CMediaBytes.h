@@ -31,6 +31,8 @@ public:
     void Abort() noexcept { i_abortB.store(true, std::memory_order_relaxed); }
     [[nodiscard]] bool IsAborted() const noexcept { return i_abortB.load(std::memory_order_relaxed); }
     OSErr Err() const noexcept { return IsAborted() ? abortErr : i_err; }
+    /** For another try; an abort stays. */
+    void ForgetErr() noexcept;
 
     static constexpr std::uint64_t kBudget_None = UINT64_MAX;
 

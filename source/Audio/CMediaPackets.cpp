@@ -117,6 +117,8 @@ OSErr CMediaPackets::Restart() {
     i_rows.clear();
     i_positionL = i_heldL = 0;
     i_endB = false;
+    i_endErr = eofErr;
+    i_bytes.ForgetErr();
     avio_seek(i_bytes.Context(), 0, SEEK_SET);
     return OpenFormat();
 }
@@ -131,7 +133,7 @@ OSErr CMediaPackets::Next(AVPacket& packet) {
 }
 
 OSErr CMediaPackets::ReadFromFile(AVPacket& packet) {
-    if (i_endB) return eofErr;
+    if (i_endB) return i_endErr;
     if (i_streamP == nullptr) return paramErr;
     for (int bad = 0;;) {
         const int result = av_read_frame(i_formatP, &packet);
@@ -147,7 +149,9 @@ OSErr CMediaPackets::ReadFromFile(AVPacket& packet) {
         if (result == AVERROR_EOF || result == AVERROR(EIO) || result == AVERROR(ENOMEM) ||
             ++bad > kMedia_MostBadReads) {
             i_endB = true;
-            return Failed(i_bytes.Err()) ? i_bytes.Err() : eofErr;
+            i_endErr = result == AVERROR(ENOMEM) ? memFullErr : eofErr;   // demuxers tell a cut file by EIO too
+            if (Failed(i_bytes.Err())) i_endErr = i_bytes.Err();
+            return i_endErr;
         }
     }
     Note(packet);

@@ -79,4 +79,5 @@ private:
     std::vector<MediaPacketRow> i_rows;
     std::size_t i_positionL = 0, i_heldL = 0;
     bool i_tableB = true, i_endB = false, i_placesB = false;
+    OSErr i_endErr = eofErr;   // what ended the file
 };

@@ -337,6 +337,12 @@ TEST(CMediaAudio, GivesWhatItHasBeforeItTellsThatTheDiscFailed) {
     for (Samples block(4000); !Failed(err = other.Read(block, gotL));) totalL += gotL;
     EXPECT_EQ(err, ioErr);
     EXPECT_GT(totalL, 40000U);
+    ASSERT_EQ(other.Seek(0), noErr);   // and tells it again where the same reading ends
+    std::size_t againL = 0;
+    for (Samples block(4000); !Failed(err = other.Read(block, gotL));) againL += gotL;
+    EXPECT_EQ(err, ioErr);
+    EXPECT_EQ(againL, totalL);
+    EXPECT_FALSE(other.IsTotalExact());
 }
 
 }   // namespace
