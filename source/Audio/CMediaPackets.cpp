@@ -19,9 +19,10 @@ constexpr const char* kMedia_Formats =
     "aac,ac3,aiff,amr,amrnb,amrwb,ape,asf,au,avi,caf,dts,eac3,flac,flv,matroska,mov,mp3,mp4,mpc,mpc8,mpeg,mpegts,ogg,"
     "rm,s16le,tta,"
     "w64,wav,webm,wv";
-/** Of those, where a packet is one piece of the file (checked on the first few). */
-constexpr std::array<std::string_view, 9> kMedia_InOnePiece = {
-    "aac", "ac3", "aiff", "amr", "flac", "mov,mp4,m4a,3gp,3g2,mj2", "mp3", "w64", "wav"};
+/** Of those, where a packet is one piece of the file (checked on the first few). Not in ADTS, where a tag may lie
+ * between. */
+constexpr std::array<std::string_view, 8> kMedia_InOnePiece = {"ac3", "aiff", "amr", "flac", "mov,mp4,m4a,3gp,3g2,mj2",
+                                                               "mp3", "w64",  "wav"};
 constexpr std::size_t kMedia_PlacesChecked = 4;
 constexpr std::int64_t kMedia_ProbeBytes = 2 << 20;
 constexpr std::int64_t kMedia_AnalyzeTime = 2 * AV_TIME_BASE;

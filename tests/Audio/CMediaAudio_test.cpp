@@ -275,6 +275,26 @@ TEST(CMediaAudio, ASeekThatOutgrowsTheTableFindsItsPlace) {
     EXPECT_EQ(Difference(part, std::span(all).subspan(kPlace * 2)), 0);
 }
 
+TEST(CMediaAudio, ATagAmidAnADTSStreamDoesNotMoveWhatIsSought) {
+    MediaFiles::Get();
+    std::string bytes = MediaFiles::Bytes(MediaFiles::Folder() / "adts.aac");
+    const auto starts = FramesOfADTS(bytes);
+    ASSERT_GT(starts.size(), 60U);
+    bytes.insert(starts[20], std::string("ID3\x04\0\0\0\0\x02\0", 10) + std::string(256, '\0'));
+    MemorySource source(bytes);
+    CMediaAudio audio;
+    ASSERT_EQ(audio.Open(source, "aac"), noErr);
+    const Samples all = ReadAll(audio);
+    for (const std::size_t frame : {60000U, 30000U, 22000U}) {
+        ASSERT_EQ(audio.Seek(frame), noErr);
+        Samples part(4000);
+        std::size_t gotL = 0;
+        ASSERT_EQ(audio.Read(part, gotL), noErr);
+        ASSERT_EQ(gotL, part.size());
+        EXPECT_EQ(Difference(part, std::span(all).subspan(frame * 2)), 0) << frame;
+    }
+}
+
 TEST(CMediaAudio, OpensALongFileByItsHead) {
     MediaFiles::Get();
     for (const char* nameZ : {"plain.mp3", "adts.aac", "movie.mpg"}) {
