@@ -24,6 +24,7 @@ constexpr const char* kMedia_Formats =
 constexpr std::array<std::string_view, 8> kMedia_InOnePiece = {"ac3", "aiff", "amr", "flac", "mov,mp4,m4a,3gp,3g2,mj2",
                                                                "mp3", "w64",  "wav"};
 constexpr std::size_t kMedia_PlacesChecked = 4;
+constexpr std::size_t kMedia_PacketOverhead = 640;   // what a held packet takes beside its bytes
 constexpr std::int64_t kMedia_ProbeBytes = 2 << 20;
 constexpr std::int64_t kMedia_AnalyzeTime = 2 * AV_TIME_BASE;
 constexpr std::uint64_t kMedia_OpenBudget = 96U << 20;   // an index at the end, a cover in front
@@ -177,7 +178,7 @@ void CMediaPackets::Note(const AVPacket& packet) {
         row.placeL = packet.pos;
     } else {
         AVPacket* heldP = av_packet_clone(&packet);
-        i_heldL += row.sizeL;
+        i_heldL += row.sizeL + kMedia_PacketOverhead;
         if (heldP != nullptr) row.heldP = {heldP, [](AVPacket* goneP) { av_packet_free(&goneP); }};
         if (heldP == nullptr || i_heldL > kMediaPackets_MostHeld) return DropTable();
     }

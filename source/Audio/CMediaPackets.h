@@ -62,7 +62,7 @@ public:
     [[nodiscard]] bool IsAborted() const noexcept { return i_bytes.IsAborted(); }
 
     static constexpr std::size_t kMediaPackets_MostHeld = 64U << 20;
-    static constexpr std::size_t kMediaPackets_MostRows = 4U << 20;   // 23 hours of MP3
+    static constexpr std::size_t kMediaPackets_MostRows = 1U << 20;   // 7 hours of MP3
 
 private:
     OSErr OpenFormat();
