@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
-#include "Core/Assertions.h"
 #include "Core/AlertHook.h"
+#include "Core/Assertions.h"
 #include "Core/CByteSource_File.h"
 #include "Core/CLog.h"
 
@@ -72,7 +72,8 @@ OSErr CAS_QuickTimeAudioReader::Open_i(bool writeB, std::uint64_t& sizeL) {
     i_endB = false;
     const auto movieP = std::make_shared<Movie>();
     i_movieP.Set(movieP);   // from now on an abort reaches it
-    OSErr err = FirstOf(Err(), Begin(*movieP));
+    OSErr err = Err();      // an abort before the decoder was there to hear it
+    if (!Failed(err)) err = Begin(*movieP);
     if (!Failed(err)) {
         const MediaFacts& facts = movieP->audio.Facts();
         LogF("Original Channel Layout: %d channels, %d Hz, %s in %s", facts.channels, facts.rate, facts.codec.c_str(),
