@@ -32,12 +32,6 @@ constexpr int kMedia_MostBadReads = 64;
 
 int RefuseOther(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**) { return AVERROR(EPERM); }
 
-/** FFmpeg tells each damaged frame; the KJ's log keeps our own line a file. */
-void Quiet() {
-    static std::once_flag s_once;
-    std::call_once(s_once, [] { av_log_set_level(AV_LOG_QUIET); });
-}
-
 OSErr FromFFmpeg(int result, OSErr ioErrKept) {
     if (Failed(ioErrKept)) return ioErrKept;
     if (result == AVERROR_EXIT) return abortErr;
@@ -53,7 +47,12 @@ struct OptionsKeeper {
 
 }   // namespace
 
-CMediaPackets::CMediaPackets() { Quiet(); }
+void CMediaPackets::QuietLibrary() {
+    static std::once_flag s_once;
+    std::call_once(s_once, [] { av_log_set_level(AV_LOG_QUIET); });
+}
+
+CMediaPackets::CMediaPackets() { QuietLibrary(); }
 CMediaPackets::~CMediaPackets() { avformat_close_input(&i_formatP); }
 
 OSErr CMediaPackets::Open(CByteSource& source, std::string_view extension) {

@@ -36,6 +36,9 @@ public:
     CMediaPackets(const CMediaPackets&) = delete;
     CMediaPackets& operator=(const CMediaPackets&) = delete;
 
+    /** FFmpeg tells each damaged frame; the KJ's log keeps our own line a file. Any thread. */
+    static void QuietLibrary();
+
     /** `extension` without its dot helps where the contents are no sure sign; "pcm" and "raw" are 16-bit stereo. */
     OSErr Open(CByteSource& source, std::string_view extension);
     /** The packet at Position, which moves on. eofErr after the last one; ioErr, abortErr. */

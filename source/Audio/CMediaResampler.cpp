@@ -48,7 +48,7 @@ bool CMediaResampler::Configure(const AVFrame& frame) {
     else
         av_channel_layout_default(&in, channels);
     av_channel_layout_default(&out, kMedia_Channels);
-    if (in.order == AV_CHANNEL_ORDER_UNSPEC) {   // a number of channels without a usual layout: the first two
+    if (in.order == AV_CHANNEL_ORDER_UNSPEC) {   // a number of channels without a usual layout: refused
         av_channel_layout_uninit(&in);
         return false;
     }
