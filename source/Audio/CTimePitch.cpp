@@ -200,7 +200,9 @@ OSErr CTimePitch::Render(std::span<float> stereo, std::size_t& frames, CTimePitc
         frames += stepL;
         i_begunB = true;
     }
-    i_position.store(Place(), std::memory_order_relaxed);
+    // A change in the last few ms may fit best a little beyond the end.
+    const double endF = i_sourceDoneB ? static_cast<double>(i_history.End()) : std::numeric_limits<double>::max();
+    i_position.store(std::min(Place(), endF), std::memory_order_relaxed);
     if (Failed(i_sourceErr)) {
         frames = 0;
         return i_sourceErr;
