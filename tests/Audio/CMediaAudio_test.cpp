@@ -214,7 +214,9 @@ TEST(CMediaAudio, KeepsTheTimeWherePacketsAreDamaged) {
 std::vector<std::size_t> FramesOfADTS(const std::string& bytes) {
     std::vector<std::size_t> starts{0};
     while (starts.back() + 7 < bytes.size()) {
-        const auto at = [&](std::size_t n) { return static_cast<unsigned char>(bytes[starts.back() + n]); };
+        const auto at = [&](std::size_t n) {
+            return std::uint32_t{static_cast<unsigned char>(bytes[starts.back() + n])};
+        };
         starts.push_back(starts.back() + ((at(3) & 3U) << 11U | at(4) << 3U | at(5) >> 5U));
     }
     return starts;
