@@ -2,9 +2,9 @@
 
 find_program(VOPLA_CCACHE ccache)
 if(VOPLA_CCACHE)
-    set(CMAKE_CXX_COMPILER_LAUNCHER ${VOPLA_CCACHE})
-    # A precompiled header is found again by its content, not by its time.
-    set(ENV{CCACHE_SLOPPINESS} "pch_defines,time_macros")
+    # A precompiled header is found again by its content, not by its time. Said with every call: without it ccache keeps
+    # nothing that uses one, which is everything here.
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${VOPLA_CCACHE})
 endif()
 find_program(VOPLA_MOLD mold)
 if(VOPLA_MOLD)
