@@ -1,9 +1,9 @@
 #include "Core/CApp.h"
 
+#include "App/CAppLibrary.h"
 #include "App/CAppQuit.h"
 #include "App/CAppStartUp.h"
 #include "App/CAppWindows.h"
-#include "App/CDirtyFlag.h"
 #include "App/CPlayingSong.h"
 #include "App/CScopedInitializing.h"
 #include "App/SaveRules.h"
@@ -49,8 +49,7 @@ CApp::CApp(const AppSetup& setup)
     : i_setup(setup),
       i_lastIdleGraphicsT(CClock::Get().SteadyT()),
       i_lastIdleTasksT(i_lastIdleGraphicsT),
-      i_folders(std::make_unique<CFolderKinds>()),
-      i_saveTarget(std::make_unique<CDirtyFlag>()) {
+      i_folders(std::make_unique<CFolderKinds>()) {
     gApp = this;
     CLog::Get().SetLive(true);
     CThreadHost::Install(this);
@@ -75,6 +74,9 @@ CApp::~CApp() {
 std::unique_ptr<ScopedCrashReporter> CApp::InstallCrashReporter(std::string_view) {
     return std::make_unique<ThreadCrashReporter>();
 }
+
+CSaveTarget& CApp::SaveTarget() { return *i_library; }
+CSongDatabase& CApp::Database() { return i_library->Database(); }
 
 void CApp::RunLoopPass() {
     PostEvents().DrainCalls();
@@ -105,13 +107,13 @@ void CApp::SetDirty(bool dirtyB) {
         return;
     }
     if (dirtyB && !AssertWords(!NoMoreSaves(), "!gApp->i_no_more_savesB.Get()")) return;
-    if (i_saveTarget) i_saveTarget->SetDirty(dirtyB);
+    if (i_library) i_library->SetDirty(dirtyB);
     if (!i_timers.empty()) i_timers.front()->SetFireInterval(dirtyB ? kSaveTimer_T : kTimer_Off);
 }
 
 OSErr CApp::FireSaveTimer(CT_Timer& timer) {
-    const SaveState state{.databaseDirtyB = i_saveTarget->IsDirty(),
-                          .addingToLibraryB = i_saveTarget->IsAddingToLibrary(),
+    const SaveState state{.databaseDirtyB = i_library->IsDirty(),
+                          .addingToLibraryB = i_library->IsAddingToLibrary(),
                           .initializingB = IsInitializing(),
                           .idleGraphicsB = i_idleGraphicsB,
                           .resizingWindowB = i_resizing_windB,
@@ -122,8 +124,8 @@ OSErr CApp::FireSaveTimer(CT_Timer& timer) {
         return timerKeepErr;
     }
     // A save that failed leaves the target dirty and the timer armed: it is tried again after the next idle seconds.
-    const OSErr err = FirstOf(i_saveTarget->Save(false), SavePreferences());
-    if (Failed(err)) i_saveTarget->SetDirty(true);
+    const OSErr err = FirstOf(i_library->Save(false), SavePreferences());
+    if (Failed(err)) i_library->SetDirty(true);
     if (!Failed(err)) timer.SetFireInterval(kTimer_Off);
     return timerKeepErr;
 }
@@ -188,6 +190,11 @@ bool CApp::IsSongPlaying() const {
     return i_currentSongP != nullptr && i_currentSongP->IsPlaying();
 }
 
+void CApp::StopCurrentSong() {
+    const std::scoped_lock guard(i_currentSongLock);
+    if (i_currentSongP != nullptr) i_currentSongP->Stop();
+}
+
 void CApp::SetStatus(std::string_view text) {
     if (!AssertWords(!IsPreemptiveThread(), "false && \"set progress on a preemptive thread??\"")) return;
     Windows().SetStatus(text);
@@ -197,8 +204,7 @@ bool CApp::PrepareToQuit(bool askB) {
     if (IsShutdown()) return true;
     if (askB && !ConfirmManualSongChange(3)) return false;
     i_shutdownB.store(true, std::memory_order_release);
-    const std::scoped_lock guard(i_currentSongLock);
-    if (i_currentSongP != nullptr) i_currentSongP->Stop();
+    StopCurrentSong();
     return true;
 }
 

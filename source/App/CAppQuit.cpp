@@ -1,7 +1,7 @@
 #include "App/CAppQuit.h"
 
 #include "App/CAppWindows.h"
-#include "App/CSaveTarget.h"
+#include "App/CAppLibrary.h"
 #include "App/ScopedValue.h"
 #include "Audio/CSpoolPump.h"
 #include "Core/CAlerts.h"
@@ -75,9 +75,9 @@ void CAppQuit::OpenProgress() {
 }
 
 void CAppQuit::SaveDatabase() {
-    if (i_app.i_saveTarget && i_app.i_saveTarget->IsDirty() && Failed(i_app.i_saveTarget->Save(true)))
+    if (i_app.i_library && i_app.i_library->IsDirty() && Failed(i_app.i_library->Save(true)))
         Log("### Error saving the database at quit");
-    while (i_app.i_saveTarget && i_app.i_saveTarget->IsSaving()) Wait(0.25);
+    while (i_app.i_library && i_app.i_library->IsSaving()) Wait(0.25);
     i_app.i_no_more_savesB.store(true);
 }
 
@@ -127,7 +127,7 @@ void CAppQuit::DisposeVideoWindows() {
 
 void CAppQuit::DisposeBrowser() { i_app.Windows().Dispose(PREF_Wind_BROWSER); }
 
-void CAppQuit::DeleteDatabase() { i_app.i_saveTarget.reset(); }
+void CAppQuit::DeleteDatabase() { i_app.i_library.reset(); }
 
 void CAppQuit::CloseProgress() {
     i_app.i_curScope.reset();

@@ -3,7 +3,7 @@
 #include "App/IdleTimers.h"
 #include "App/LocalTime.h"
 #include "App/CAppWindows.h"
-#include "App/CDirtyFlag.h"
+#include "App/CAppLibrary.h"
 #include "App/CScopedInitializing.h"
 #include "App/SystemFacts.h"
 #include "Audio/CSpoolPump.h"
@@ -39,7 +39,7 @@ const CAppStartUp::Stage CAppStartUp::kStages[] = {
     {"Loading Plugins", &CAppStartUp::NotYet},
     {"Initializing Undo System", &CAppStartUp::NotYet},
     {"Allocating MetaData Traits Database", &CAppStartUp::CreateMetaManager},
-    {"Creating Song Database", &CAppStartUp::NotYet},
+    {"Creating Song Database", &CAppStartUp::CreateDatabase},
     {"Installing event handlers", &CAppStartUp::InstallIdleTimers},
     {"Getting App Res Folder", &CAppStartUp::FindApplicationFolder},
     {"", &CAppStartUp::OpenProgress},
@@ -120,6 +120,8 @@ void CAppStartUp::CreateMetaManager() {
     setup.software = CApp::GetVersionString();
     i_app.i_metaManager = std::make_unique<CMetaManager>(std::move(setup));
 }
+
+void CAppStartUp::CreateDatabase() { i_app.i_library = std::make_unique<CAppLibrary>(i_app); }
 
 /** What a crash left in the temporary places, ours and those beside the files that we save. */
 void CAppStartUp::PurgeLeftovers() {

@@ -34,6 +34,7 @@ private:
     void TestMediaLibrary();
     void FindApplicationFolder();
     void CreateMetaManager();
+    void CreateDatabase();
     void InstallIdleTimers();
     void OpenProgress();
     void LoadDatabase();

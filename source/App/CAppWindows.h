@@ -42,6 +42,8 @@ public:
     virtual void ClearPicture() = 0;
     /** The line of status in the browser window. */
     virtual void SetStatus(std::string_view text) = 0;
+    /** The library has, or has no more, changes that are not saved: the mark in the title bar. */
+    virtual void SetDirtyMark(bool /*dirtyB*/) {}
     /** Tells the desktop that the display is needed: no screen saver during a song. */
     virtual void KeepDisplayOn() = 0;
 };

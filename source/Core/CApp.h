@@ -14,6 +14,7 @@
 #include "Platform/OSErr.h"
 
 class CAlerts;
+class CAppLibrary;
 class CAppWindows;
 class CCrashReporter;
 class CFolderKinds;
@@ -22,6 +23,7 @@ class CMetaManager;
 class CPlayingSong;
 class CProgressView;
 class CSaveTarget;
+class CSongDatabase;
 class CT_Timer;
 class CThreadManager;
 class CUserInterface;
@@ -65,7 +67,9 @@ public:
     [[nodiscard]] CUserInterface& Ui() { return i_setup.ui; }
     [[nodiscard]] CAppWindows& Windows() { return i_setup.windows; }
     [[nodiscard]] CFolderKinds& Folders() { return *i_folders; }
-    [[nodiscard]] CSaveTarget& SaveTarget() { return *i_saveTarget; }
+    [[nodiscard]] CSaveTarget& SaveTarget();
+    /** All songs, lists and singers. From the stage "Creating Song Database" to "closing database". */
+    [[nodiscard]] CSongDatabase& Database();
     /** "Vopla" and the version, the name in titles. */
     [[nodiscard]] static std::string DisplayName();
     /** The display name, a blank, and the version again. */
@@ -100,6 +104,7 @@ public:
     /** No song any more, if it is this one: a song that goes must not take away its follower. True when it was. */
     bool ClearCurrentSong(const CPlayingSong& song);
     [[nodiscard]] bool IsSongPlaying() const override;
+    void StopCurrentSong();
 
     /** Shows a status text of the model in the browser window. Main thread only. */
     void SetStatus(std::string_view text);
@@ -133,7 +138,7 @@ private:
     std::unique_ptr<CPreferences> i_prefs;
     std::unique_ptr<CAlerts> i_alerts;
     std::unique_ptr<CMetaManager> i_metaManager;   // made before the library, gone after it
-    std::unique_ptr<CSaveTarget> i_saveTarget;
+    std::unique_ptr<CAppLibrary> i_library;
     std::unique_ptr<CProgressView> i_curScope;   // start-up and quit only
     std::optional<std::vector<WindowRecord>> i_recordsAtQuit;
     CCFDictionary i_fullScreenAtQuit;
