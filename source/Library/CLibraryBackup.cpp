@@ -1,22 +1,22 @@
 #include "Library/CLibraryBackup.h"
 
+#include <algorithm>
 #include <chrono>
 #include <ctime>
+#include <utility>
 
-#include "Core/CByteSource_Zip.h"
+#include "Core/AlertHook.h"
 #include "Core/CDataFork.h"
 #include "Core/CLog.h"
-#include "Core/CSafeSave.h"
-#include "Core/CZipArchive.h"
 #include "Core/CZipWriter.h"
+#include "Core/FSError.h"
 #include "Core/FSrObjects.h"
+#include "Library/BackupNames.h"
+#include "Library/CLibraryRestore.h"
 
 namespace {
 
 constexpr std::string_view kBackup_Prefix = "Library ", kBackup_Suffix = ".zip", kPart_Suffix = ".part";
-constexpr std::size_t kPiece_Bytes = std::size_t{256} << 10;
-
-bool IsLibraryFile(const CFileRef::Path& file) { return file.extension() == ".xml" || file.filename() == "Songs.vlb"; }
 
 /** The library's files below `folder`, as paths from the root on. Folders of links are not entered. */
 OSErr Collect(const CFileRef& root, const CFileRef::Path& below, std::vector<CFileRef::Path>& files) {
@@ -46,43 +46,26 @@ std::string BackupName(std::chrono::system_clock::time_point at) {
     return std::string(kBackup_Prefix) + stamp.data() + std::string(kBackup_Suffix);
 }
 
-/** Hands the bytes of a member to `take`, to the end and its checksum. */
-template <typename Take>
-OSErr ForEachPiece(const CFileRef& zip, const CZipMember& member, Take take) {
-    CByteSource_Zip source;
-    if (const OSErr err = source.Open(zip, member); Failed(err)) return err;
-    std::vector<std::byte> piece(kPiece_Bytes);
-    for (OSErr read = noErr; read != eofErr;) {
-        std::size_t got = 0;
-        read = source.Read(piece, got);
-        if (Failed(read) && read != eofErr) return read;
-        if (const OSErr err = take(std::span<const std::byte>(piece).first(got)); Failed(err)) return err;
-    }
-    return noErr;
-}
-
-OSErr RestoreMember(const CFileRef& zip, const CZipMember& member, const CFileRef& root) {
-    CFileRef file(root.GetPath() / member.name);
-    if (const OSErr err = FSrMakeFolders(file.GetPath().parent_path()); Failed(err)) return err;
-    CSafeSave save(file);
-    if (const OSErr err = save.Start(SaveMode::kNew); Failed(err)) return err;
+/** Whether its bytes can be had at all: a file that cannot be opened must not cost the copy of all others. */
+bool MayRead(const CFileRef& file) {
     CDataFork fork;
-    if (const OSErr err = fork.Open(file, FileAccess::kCreate); Failed(err)) return err;
-    if (const OSErr err = fork.SetEOF(CDataFork::PosMode::kFromStart, 0); Failed(err)) return err;
-    const OSErr copied =
-        ForEachPiece(zip, member, [&fork](std::span<const std::byte> piece) { return fork.Write(piece); });
-    if (Failed(copied)) return copied;
-    if (const OSErr err = fork.Close(); Failed(err)) return err;
-    return save.Finish();
+    return !Failed(fork.Open(file, FileAccess::kRead));
 }
 
 }   // namespace
 
 OSErr CLibraryBackup::KeepOnce() {
     if (i_keptB) return noErr;
-    if (const OSErr err = Pack(); Failed(err)) return LogStep(err, "keeping a copy of the library", i_root.GetPath());
+    std::vector<CFileRef::Path> leftOut;
+    const OSErr err = Pack(leftOut);
+    static_cast<void>(LogStep(err, "keeping a copy of the library", i_root.GetPath()));
+    if ((Failed(err) || !leftOut.empty()) && !std::exchange(i_toldB, true))
+        ShowAlert("No whole copy of the library could be kept before it is saved.",
+                  Failed(err) ? ErrorText(err) : leftOut.front().string());
+    if (Failed(err)) return err;
     i_keptB = true;
-    return LogStep(Prune(), "removing old copies of the library", i_root.GetPath());
+    static_cast<void>(LogStep(Prune(), "removing old copies of the library", i_root.GetPath()));
+    return noErr;
 }
 
 OSErr CLibraryBackup::List(std::vector<CFileRef>& backups) const {
@@ -98,25 +81,22 @@ OSErr CLibraryBackup::List(std::vector<CFileRef>& backups) const {
 }
 
 OSErr CLibraryBackup::Restore(const CFileRef& backup) {
-    CZipArchive archive;
-    if (const OSErr err = archive.Open(backup); Failed(err)) return LogStep(err, "restore: open", backup.GetPath());
-    if (archive.IsRepaired()) return LogStep(ioErr, "restore: a damaged copy", backup.GetPath());
-    for (const CZipMember& member : archive.Members()) {
-        const bool oursB = !member.IsClimbing() && !member.IsFolder() && IsLibraryFile(member.name);
-        if (!oursB) return LogStep(paramErr, "restore: no copy of a library", backup.GetPath());
-        const OSErr err = ForEachPiece(backup, member, [](std::span<const std::byte>) { return noErr; });
-        if (Failed(err)) return LogStep(err, "restore: a damaged copy", backup.GetPath());
+    CLibraryRestore restore(i_root);
+    if (const OSErr err = restore.FinishEarlier(); Failed(err)) return err;
+    if (const OSErr err = restore.Prepare(backup); Failed(err)) return err;
+    std::vector<CFileRef::Path> leftOut;
+    OSErr err = Pack(leftOut);
+    if (!Failed(err) && !leftOut.empty()) err = permErr;   // what is replaced must be in a copy
+    if (Failed(err)) {
+        static_cast<void>(restore.Drop());
+        return LogStep(err, "restore: copy of the present", i_root.GetPath());
     }
-    if (const OSErr err = Pack(); Failed(err)) return LogStep(err, "restore: copy of the present", i_root.GetPath());
-    for (const CZipMember& member : archive.Members()) {
-        const OSErr err = RestoreMember(backup, member, i_root);
-        if (Failed(err)) return LogStep(err, "restore: write", i_root.GetPath() / member.name);
-    }
+    if (const OSErr carried = restore.Carry(); Failed(carried)) return carried;
     LogF("Library restored from: %s", backup.GetPath().c_str());
     return noErr;
 }
 
-OSErr CLibraryBackup::Pack() {
+OSErr CLibraryBackup::Pack(std::vector<CFileRef::Path>& leftOut) {
     std::vector<CFileRef::Path> files;
     if (const OSErr err = Collect(i_root, {}, files); Failed(err)) return err;
     if (files.empty()) return noErr;
@@ -134,12 +114,17 @@ OSErr CLibraryBackup::Pack() {
     CZipWriter writer;
     if (const OSErr err = writer.Open(zip); Failed(err)) return err;
     for (const CFileRef::Path& file : files) {
-        const OSErr err = writer.Add(CFileRef(i_root.GetPath() / file), file.generic_string());
+        const CFileRef source(i_root.GetPath() / file);
+        if (!MayRead(source)) {
+            leftOut.push_back(file);
+            continue;
+        }
+        const OSErr err = writer.Add(source, BackupMemberName(file));
         if (Failed(err)) return LogStep(err, "copy of the library", file);
     }
     if (const OSErr err = writer.Close(); Failed(err)) return err;
     if (const OSErr err = FSrRename(zip, name); Failed(err)) return err;
-    LogF("Library copied to: %s, %zu files", zip.GetPath().c_str(), files.size());
+    LogF("Library copied to: %s, %zu files", zip.GetPath().c_str(), files.size() - leftOut.size());
     return noErr;
 }
 

@@ -4,6 +4,7 @@
 
 #include "Core/CLog.h"
 #include "Core/FSrObjects.h"
+#include "Library/CLibraryRestore.h"
 #include "Library/CSongDatabase.h"
 #include "Library/CSongFileReader.h"
 #include "Library/CSongFileWriter.h"
@@ -33,6 +34,10 @@ CSongStore::CSongStore(CSongDatabase& database, LibraryPlaces places)
 
 OSErr CSongStore::Load() {
     const LoadingScope loading(i_database);
+    if (const OSErr err = CLibraryRestore(i_places.root).FinishEarlier(); Failed(err)) {
+        i_betweenB = true;
+        return err;
+    }
     SongDictionaries meta;
     const OSErr metaErr = ReadSongTable(CFileRef(i_places.root, kSongsMeta_Name), SongTable::kMeta, meta);
     i_metaDamagedB = Failed(metaErr) && metaErr != fnfErr;
@@ -66,8 +71,9 @@ OSErr CSongStore::LoadRecords(SongDictionaries& meta) {
 
 OSErr CSongStore::Save() {
     if (IsTooNew()) return LogStep(opWrErr, "saving over the library of a later version");
+    if (i_betweenB) return LogStep(opWrErr, "saving over a restore that is not finished");
     Log("Saving Database: Start");
-    if (const OSErr err = i_backup.KeepOnce(); Failed(err)) return err;
+    static_cast<void>(i_backup.KeepOnce());   // told; what is damaged is set aside, so that nothing hangs on the copy
     if (const OSErr err = SetAside(); Failed(err)) return err;
     SongDictionaries meta;
     if (const OSErr err = WriteRecords(meta); Failed(err)) return err;

@@ -28,8 +28,9 @@ public:
     [[nodiscard]] bool IsTooNew() const noexcept { return !i_tooNew.Empty(); }
     [[nodiscard]] const SuperString& TooNewText() const noexcept { return i_tooNew; }
 
-    /** Writes all songs, after a copy of the files the first time. opWrErr for a later program's file. abortErr: a song
-        went meanwhile; the old file stands, the database is dirty again, save later. */
+    /** Writes all songs, after a copy of the files the first time. opWrErr for a later program's file, and when a
+       restore that a crash cut short could not be ended. abortErr: a song went meanwhile; the old file stands, the
+       database is dirty again, save later. */
     OSErr Save();
 
 private:
@@ -43,4 +44,5 @@ private:
     CLibraryBackup i_backup;
     SuperString i_tooNew;
     bool i_songsDamagedB = false, i_metaDamagedB = false;
+    bool i_betweenB = false;   // the files are half of one library, half of another
 };

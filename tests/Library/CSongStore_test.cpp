@@ -73,6 +73,16 @@ TEST_F(CSongStoreTest, ADamagedFileIsNeverWrittenOver) {
     EXPECT_EQ(keptL, 1);
 }
 
+TEST_F(CSongStoreTest, ASaveGoesOnWithoutACopyOfTheOldFiles) {
+    std::ofstream(i_root / "lib/Library.xml") << "old";
+    std::ofstream(i_root / "lib/~Backups") << "in the way";
+    Song("one");
+    ASSERT_EQ(CSongStore(*i_databaseP, i_places).Save(), noErr);
+    CSongDatabase other(i_above);
+    EXPECT_EQ(CSongStore(other, i_places).Load(), noErr);
+    EXPECT_EQ(other.Songs()->Count(), 1U);
+}
+
 TEST_F(CSongStoreTest, ALaterProgramsFileStaysAsItIs) {
     const std::string later = std::string("\0\1\0\1\0\x0b", 6) + std::string(18, '\0');
     std::ofstream(i_root / "lib/Songs.vlb", std::ios::binary) << later;

@@ -1,5 +1,4 @@
 #include "../Core/FileTest.h"
-#include "Library/CLibraryBackup.h"
 #include "Library/CSongFileSearch.h"
 #include "Library/CSongStatus.h"
 #include "Library/SongFileTypes.h"
@@ -100,80 +99,6 @@ TEST_F(SongFiles, AMovedLibraryIsFoundInThePresentMusicFolder) {
     }
     CFileRef there(i_root / "Now/Vopla Music/Artist/a.mp3");
     EXPECT_FALSE(modder(there));
-}
-
-class LibraryBackup : public SongFiles {
-protected:
-    std::vector<CFileRef> Backups() const {
-        std::vector<CFileRef> backups;
-        EXPECT_EQ(CLibraryBackup(CFileRef(i_root / "lib")).List(backups), noErr);
-        return backups;
-    }
-};
-
-TEST_F(LibraryBackup, OneCopyARunAndARestoreBringsItBack) {
-    for (const char* nameZ :
-         {"lib/Library.xml", "lib/Songs.vlb", "lib/Playlists/Ü 歌.xml", "lib/~old.xml", "lib/a.mp3"})
-        Make(nameZ);
-    CLibraryBackup backup(CFileRef(i_root / "lib"));
-    ASSERT_EQ(backup.KeepOnce(), noErr);
-    ASSERT_EQ(backup.KeepOnce(), noErr);
-    ASSERT_EQ(Backups().size(), 1U);
-    const CFileRef kept = Backups().front();
-    // Another program reads it.
-    const std::string list = (i_root / "list").string();
-    ASSERT_EQ(
-        std::system(("python3 -c 'import sys, zipfile; print(sorted(zipfile.ZipFile(sys.argv[1]).namelist()))' '" +
-                     kept.GetPath().string() + "' > " + list)
-                        .c_str()),
-        0);
-    EXPECT_EQ(Read(list), "['Library.xml', 'Playlists/Ü 歌.xml', 'Songs.vlb']\n");
-
-    Write(i_root / "lib/Library.xml", "spoilt");
-    Make("lib/Playlists/new.xml");
-    std::filesystem::remove(i_root / "lib/Playlists/Ü 歌.xml");
-    ASSERT_EQ(backup.Restore(kept), noErr);
-    EXPECT_EQ(Read(i_root / "lib/Library.xml"), "lib/Library.xml");
-    EXPECT_EQ(Read(i_root / "lib/Playlists/Ü 歌.xml"), "lib/Playlists/Ü 歌.xml");
-    EXPECT_EQ(Read(i_root / "lib/Playlists/new.xml"), "lib/Playlists/new.xml");
-    ASSERT_EQ(Backups().size(), 2U);   // what was there before the restore can come back too
-    ASSERT_EQ(backup.Restore(Backups().front()), noErr);
-    EXPECT_EQ(Read(i_root / "lib/Library.xml"), "spoilt");
-}
-
-TEST_F(LibraryBackup, ADamagedCopyTouchesNothing) {
-    Make("lib/Library.xml");
-    Write(i_root / "lib/Songs.vlb", std::string(5000, 's'));
-    CLibraryBackup backup(CFileRef(i_root / "lib"));
-    ASSERT_EQ(backup.KeepOnce(), noErr);
-    const CFileRef kept = Backups().front();
-    const std::string whole = Read(kept.GetPath());
-    Write(i_root / "lib/Library.xml", "present");
-    for (std::size_t cutL = 0; cutL < whole.size(); ++cutL) {
-        Write(kept.GetPath(), whole.substr(0, cutL));
-        ASSERT_NE(backup.Restore(kept), noErr) << cutL;
-        ASSERT_EQ(Read(i_root / "lib/Library.xml"), "present") << cutL;
-    }
-    std::string flipped = whole;
-    flipped[whole.find("Library.xml") + 13] ^= 0x20;   // in the data of the first member
-    Write(kept.GetPath(), flipped);
-    EXPECT_NE(backup.Restore(kept), noErr);
-    EXPECT_EQ(Read(i_root / "lib/Library.xml"), "present");
-}
-
-TEST_F(LibraryBackup, TheLastTenStayAndAnEmptyLibraryHasNone) {
-    std::filesystem::create_directories(i_root / "lib");
-    EXPECT_EQ(CLibraryBackup(CFileRef(i_root / "lib")).KeepOnce(), noErr);
-    EXPECT_EQ(Backups().size(), 0U);
-    Make("lib/Library.xml");
-    for (int n = 10; n < 22; ++n) Make("lib/~Backups/Library 2020-01-" + std::to_string(n) + " 10.00.00.000.zip");
-    Make("lib/~Backups/mine.txt");
-    Make("lib/~Backups/Library 2020-01-01 10.00.00.000.zip.part");   // of a crash
-    EXPECT_EQ(CLibraryBackup(CFileRef(i_root / "lib")).KeepOnce(), noErr);
-    ASSERT_EQ(Backups().size(), 10U);
-    EXPECT_EQ(Backups().back().GetName(), "Library 2020-01-13 10.00.00.000.zip");
-    EXPECT_TRUE(std::filesystem::exists(i_root / "lib/~Backups/mine.txt"));
-    EXPECT_EQ(Names(i_root / "lib/~Backups").size(), 11U);
 }
 
 }   // namespace
