@@ -236,11 +236,12 @@ constexpr struct {
     WindowKind kind;
     const char* nameZ;
     const char* fullScreenKeyZ;
+    bool shownFirstB;   // at the first start, when no place is kept
 } kKept_Windows[] = {
-    {PREF_Wind_BROWSER, "Browser", nullptr},
-    {PREF_Wind_VIDEO2, "Video 2", "Full Screen2"},
-    {PREF_Wind_VIDEO, "Video", "Full Screen"},
-    {PREF_Wind_TASKS, "Tasks", nullptr},
+    {PREF_Wind_BROWSER, "Browser", nullptr, true},
+    {PREF_Wind_VIDEO2, "Video 2", "Full Screen2", false},
+    {PREF_Wind_VIDEO, "Video", "Full Screen", true},
+    {PREF_Wind_TASKS, "Tasks", nullptr, false},
 };
 
 }   // namespace
@@ -248,13 +249,12 @@ constexpr struct {
 void CApp::ShowWindowsAsSaved() {
     for (const auto& row : kKept_Windows) {
         const auto record = Prefs().Window(row.nameZ);
-        const bool firstB = !record.has_value();
-        if (!firstB) {
+        if (record.has_value()) {
             const bool fullScreenB = row.fullScreenKeyZ != nullptr && Prefs().GetBool(row.fullScreenKeyZ);
             Windows().SetPlace(row.kind, {record->topS, record->leftS, record->bottomS, record->rightS,
                                           record->visibleB, fullScreenB});
         }
-        if (firstB || record->visibleB) Windows().Show(row.kind);
+        if (record.has_value() ? record->visibleB : row.shownFirstB) Windows().Show(row.kind);
     }
     Windows().Select(PREF_Wind_VIDEO);
     Windows().Select(PREF_Wind_BROWSER);   // last, so that it ends in front

@@ -1,9 +1,8 @@
 #pragma once
 #include <optional>
 
+#include "Graphics/CGraphicsPorts.h"
 #include "Platform/CUserInterface.h"
-
-class CPixels;
 
 /** The windows the application knows by number; the numbers are those of the preferences. */
 enum class WindowKind : short {
@@ -37,30 +36,16 @@ public:
     virtual void SetPlace(WindowKind kind, const Place& place) = 0;
     [[nodiscard]] virtual std::optional<Place> PlaceOf(WindowKind kind) const = 0;
 
-    /** The picture of the video windows; its pixels stay the caller's and must live until ClearPicture. */
-    virtual void ShowPicture(const CPixels& picture) = 0;
-    virtual void ClearPicture() = 0;
     /** The line of status in the browser window. */
     virtual void SetStatus(std::string_view text) = 0;
     /** The library has, or has no more, changes that are not saved: the mark in the title bar. */
     virtual void SetDirtyMark(bool /*dirtyB*/) {}
     /** Tells the desktop that the display is needed: no screen saver during a song. */
     virtual void KeepDisplayOn() = 0;
-};
 
-/** No windows: the headless host. */
-class CAppWindows_None final : public CAppWindows {
-public:
-    void Create(WindowKind) override {}
-    void Dispose(WindowKind) override {}
-    bool Exists(WindowKind) const override { return false; }
-    void Show(WindowKind) override {}
-    void Hide(WindowKind) override {}
-    void Select(WindowKind) override {}
-    void SetPlace(WindowKind, const Place&) override {}
-    std::optional<Place> PlaceOf(WindowKind) const override { return std::nullopt; }
-    void ShowPicture(const CPixels&) override {}
-    void ClearPicture() override {}
-    void SetStatus(std::string_view) override {}
-    void KeepDisplayOn() override {}
+    /** The ports of the windows that exist: what songs are wired to. */
+    [[nodiscard]] CGraphicsPorts& Ports() noexcept { return i_ports; }
+
+private:
+    CGraphicsPorts i_ports;
 };

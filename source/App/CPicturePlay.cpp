@@ -25,7 +25,7 @@ CPicturePlay::CPicturePlay(CApp& app) : i_app(app) {}
 
 CPicturePlay::~CPicturePlay() {
     Stop();
-    if (i_app.ClearCurrentSong(*this)) i_app.Windows().ClearPicture();   // its pixels go
+    i_app.ClearCurrentSong(*this);
 }
 
 OSErr CPicturePlay::Load(const std::filesystem::path& file) {
@@ -36,9 +36,8 @@ OSErr CPicturePlay::Load(const std::filesystem::path& file) {
     OSErr err = noErr;
     i_graphics = CGraphics::Make(ChannelMask(), MakeUpscaler(hq4xB), err);
     if (i_graphics == nullptr) return LogStep(err, "making graphics", file);
-    i_graphics->SetSong(*this);
-    i_graphics->SetTarget(this);
     i_file = file;
+    i_graphics->SetSong(*this);
     return noErr;
 }
 
@@ -55,6 +54,7 @@ OSErr CPicturePlay::Begin() {
         return LogStep(memFullErr, "starting the clock of the graphics", i_file);
     }
     i_app.SetCurrentSong(this);
+    if (const OSErr err = i_app.Windows().Ports().WireUp(nullptr, i_graphics->Overlay()); Failed(err)) return err;
     i_app.SetStatus(i_file.filename().string());
     i_app.Windows().Show(PREF_Wind_VIDEO);
     LogF("playing graphics <%s>: %zu units", i_file.c_str(), i_stream.LengthUnits());
@@ -102,5 +102,3 @@ void CPicturePlay::StopAfter(OSErr err) {
 }
 
 void CPicturePlay::NoteDrawn(double /*absoluteT*/) { i_app.NoteGraphicsDrawn(); }
-
-void CPicturePlay::Refresh(const CPixels& picture, bool /*forceB*/) { i_app.Windows().ShowPicture(picture); }

@@ -6,7 +6,6 @@
 #include "Core/CMainThreadProc.h"
 #include "Graphics/CGraphicsClock.h"
 #include "Graphics/CGraphicsSong.h"
-#include "Graphics/CGraphicsTarget.h"
 #include "Graphics/CSubCodeStream_Memory.h"
 
 class CApp;
@@ -16,12 +15,13 @@ struct GraphicsPace;
 
 /** One CD+G file, shown without sound: its stream, its decoder, and the drift-free thread that paces them.
     Owner    TVoplaApp. Threads  main. */
-class CPicturePlay final : public CPlayingSong, private CGraphicsSong, private CGraphicsTarget {
+class CPicturePlay final : public CPlayingSong, private CGraphicsSong {
 public:
     explicit CPicturePlay(CApp& app);
     ~CPicturePlay() override;
 
-    /** Reads `file`; nothing is shown yet, and what plays goes on. fnfErr, eofErr when there is not one packet in it. */
+    /** Reads `file`; nothing is shown yet, and what plays goes on. fnfErr, eofErr when there is not one packet in it.
+     */
     OSErr Load(const std::filesystem::path& file);
     /** After Load: becomes the current song and starts its clock. */
     OSErr Begin();
@@ -36,6 +36,7 @@ public:
 
 private:
     // What the picture asks of its song.
+    std::string Name() const override { return i_file.stem().string(); }
     CGraphicsClock& Clock() override { return i_clock; }
     CSubCodeStream* Stream() override { return &i_stream; }
     bool IsPaused() const override { return !i_playingB; }
@@ -51,7 +52,6 @@ private:
     void DeferPlayNext() override {}   // there is no next song
     void StopAfter(OSErr err) override;
     void NoteDrawn(double absoluteT) override;
-    void Refresh(const CPixels& picture, bool forceB) override;
 
     CApp& i_app;
     CGraphicsClock i_clock;

@@ -7,8 +7,9 @@
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
 #include "Graphics/CGraphicsClock.h"
+#include "Graphics/CGraphicsOverlay.h"
+#include "Graphics/CGraphicsPort.h"
 #include "Graphics/CGraphicsSong.h"
-#include "Graphics/CGraphicsTarget.h"
 #include "Graphics/CSubCodeStream.h"
 #include "Platform/CClock.h"
 
@@ -23,6 +24,9 @@ CDGPlane PlaneOf(COffscreen& pixels) {
 }
 CDGTrueColor TrueColorOf(COffscreen& pixels) { return {pixels.Row32(0).data(), pixels.rowBytes() / sizeof(Pixel32)}; }
 }   // namespace
+
+CGraphics::CGraphics() = default;
+CGraphics::~CGraphics() { i_overlay.reset(); }
 
 std::unique_ptr<CGraphics> CGraphics::Make(std::uint16_t channelMask, GraphicsUpscaler upscaler, OSErr& err) {
     std::unique_ptr<CGraphics> made(new (std::nothrow) CGraphics);
@@ -47,6 +51,7 @@ OSErr CGraphics::Create(std::uint16_t channelMask, GraphicsUpscaler upscaler) {
 void CGraphics::SetSong(CGraphicsSong& song) {
     if (!Assert(i_songP == NULL)) return;
     i_songP = &song;
+    i_overlay = std::make_unique<CGraphicsOverlay>(*this, song);
     i_decoder->SetChannelMask(song.ChannelMask());
 }
 
@@ -79,9 +84,13 @@ void CGraphics::UpdateScreen(bool skipCopyB, bool drawB, bool forceB) {
         i_scratch.SetColors(i_decoder->Colors());
         i_colorsSeed = i_decoder->ColorsSeed();
     }
+    std::optional<PicturePart> part;   // of the picture that is shown; nothing for all of it
     if (MoviePicture() == nullptr) {
         const bool dirtyB = !i_decoder->Dirty().Empty();
-        if (i_decoder->Update(TrueColorOf(i_trueColor), skipCopyB).Empty() && dirtyB) return;
+        const bool wholeB = i_decoder->Dirty() == kCDGPlane_Area;
+        const Rect changed = i_decoder->Update(TrueColorOf(i_trueColor), skipCopyB);
+        if (changed.Empty() && dirtyB) return;
+        if (!wholeB) part = PicturePart{changed, kCDGPlane_Area};
         if (dirtyB && !skipCopyB && i_upscaler) {
             const CPixelsLock from(i_trueColor), to(i_upscaled);
             OSErr err = FirstOf(from.Err(), to.Err());
@@ -89,22 +98,31 @@ void CGraphics::UpdateScreen(bool skipCopyB, bool drawB, bool forceB) {
             static_cast<void>(LogStep(err, "upscale the picture"));   // the picture before stays
         }
     }
-    if (drawB && i_portP != nullptr) {
-        const bool solidB = i_portP->Opacity() == 1.0F && !i_portP->IsTransparent();
-        i_portP->Draw(Picture(), solidB ? std::nullopt : std::optional(i_decoder->Colors()[i_decoder->Border()]));
-    } else if (drawB && i_targetP != nullptr) {
-        i_targetP->Refresh(Picture(), forceB);
-    }
+    if (drawB && i_portP != nullptr)
+        i_portP->Draw(Picture(), {}, TransferMode::kKeepTransparent,
+                      i_portP->IsSolid() ? std::nullopt : std::optional(BorderColor()));
+    else if (drawB)
+        RefreshPorts(part, forceB);
     i_decoder->ClearDirty();
 }
 
-void CGraphics::RenderFor(CGraphicsPortTarget& port) {
-    CGraphicsPortTarget* const beforeP = std::exchange(i_portP, &port);
+void CGraphics::RefreshPorts(const std::optional<PicturePart>& part, bool forceB) {
+    if (i_overlay == nullptr || (part && part->part.Empty() && !forceB)) return;
+    for (CGraphicsPort* const portP : i_overlay->Ports()) {
+        portP->Refresh(part);
+        if (forceB && portP->IsVideoWindow()) portP->ForceUpdate();
+    }
+}
+
+void CGraphics::RenderFor(CGraphicsPort& port) {
+    CGraphicsPort* const beforeP = std::exchange(i_portP, &port);
     // The whole picture: part of it dirty in the border alone would end the update before the port is drawn.
     i_decoder->MarkDirty(kCDGPlane_Area);
-    UpdateScreen(false, true, false);
+    UpdateScreen(true, true, false);
     i_portP = beforeP;
 }
+
+void CGraphics::MovieChanged() { RefreshPorts({}, false); }
 
 OSErr CGraphics::ReadSubCodes(CSubCodeStream* streamP, std::span<SubCodePacket> packets, std::size_t& countL) {
     const std::size_t wantedL = countL;

@@ -2,6 +2,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -10,10 +11,11 @@
 #include "Graphics/CSubChannels.h"
 #include "Platform/OSErr.h"
 
-class CGraphicsPortTarget;
+class CGraphicsOverlay;
+class CGraphicsPort;
 class CGraphicsSong;
-class CGraphicsTarget;
 class CSubCodeStream;
+struct PicturePart;
 
 /** Scales the whole 300 x 216 picture into the 1200 x 864 one; both are locked. */
 using GraphicsUpscaler = std::function<OSErr(const CPixels& source, CPixels& dest)>;
@@ -21,7 +23,8 @@ using GraphicsUpscaler = std::function<OSErr(const CPixels& source, CPixels& des
 /** The picture of one song: pulls packets in step with the song's clock, runs them and shows the result once a tick.
     Units    packets, 1/300 s.
     Threads  the main thread, under the lock of the song.
-    Owner    the song that has graphics open; song, target and upscaler outlive it.
+    Owner    the song that has graphics open; song and upscaler outlive it. It owns the overlay by which its picture is
+             shown in ports, and leaves them when it goes.
     Errors   Create answers memFullErr; a failing stream is logged and stops the song by CGraphicsSong. */
 class CGraphics {
 public:
@@ -33,10 +36,11 @@ public:
     [[nodiscard]] static std::unique_ptr<CGraphics> Make(std::uint16_t channelMask, GraphicsUpscaler upscaler,
                                                          OSErr& err);
 
-    /** Once; a second song is a fault. Takes the song's channel mask. */
+    ~CGraphics();
+    /** Once; a second song is a fault. Takes the song's channel mask and makes the overlay, which bears its name. */
     void SetSong(CGraphicsSong& song);
-    /** Where updates go; null for nowhere. */
-    void SetTarget(CGraphicsTarget* targetP) { i_targetP = targetP; }
+    /** What ports are given to show the picture; null before SetSong. */
+    [[nodiscard]] CGraphicsOverlay* Overlay() const { return i_overlay.get(); }
 
     /** Runs what is due; on the timers "idle timer graphics" and the application's idle routine. */
     void Tick(bool forceB);
@@ -48,8 +52,10 @@ public:
     OSErr Advance(CSubCodeStream* streamP, std::size_t countL, bool drawB, bool forceB);
     /** Runs corrected packets, then updates the screen once. */
     void ExecutePackets(std::span<const SubCodePacket> packets, bool drawB, bool forceB);
-    /** Draws the present picture once into that port alone. */
-    void RenderFor(CGraphicsPortTarget& port);
+    /** Draws the present picture once into that port alone: what its overlay does in a redraw. */
+    void RenderFor(CGraphicsPort& port);
+    /** The movie has a new picture, or none any more: every port that shows it refreshes. */
+    void MovieChanged();
     /** Black planes, black colours. */
     void Reset(bool drawB);
 
@@ -57,6 +63,7 @@ public:
     [[nodiscard]] const COffscreen& TrueColor() const { return i_trueColor; }
     /** What is shown: the movie's picture, the upscaled plane, or the true-colour plane. */
     [[nodiscard]] const CPixels& Picture() const;
+    [[nodiscard]] const RGBColor& BorderColor() const { return i_decoder->Colors()[i_decoder->Border()]; }
     [[nodiscard]] const CCDGDecoder& Decoder() const { return *i_decoder; }
     [[nodiscard]] bool IsEndReported() const { return i_endB; }
 
@@ -64,16 +71,16 @@ public:
     CGraphics& operator=(const CGraphics&) = delete;
 
 private:
-    CGraphics() = default;
+    CGraphics();
     OSErr Create(std::uint16_t channelMask, GraphicsUpscaler upscaler);
     [[nodiscard]] const CPixels* MoviePicture() const;
     void UpdateScreen(bool skipCopyB, bool drawB, bool forceB);
+    void RefreshPorts(const std::optional<PicturePart>& part, bool forceB);
     OSErr PullDue(bool forceB);
     void EndOfStream();
 
     CGraphicsSong* i_songP = nullptr;
-    CGraphicsTarget* i_targetP = nullptr;
-    CGraphicsPortTarget* i_portP = nullptr;   // only while RenderFor runs
+    CGraphicsPort* i_portP = nullptr;   // only while RenderFor runs
     GraphicsUpscaler i_upscaler;
     COffscreen i_index, i_scratch;            // depth 4
     COffscreen i_trueColor, i_upscaled;       // depth 32; the second only with an upscaler
@@ -82,6 +89,8 @@ private:
     std::size_t i_positionL = 0;              // units of the stream that are in the planes
     std::vector<SubCodePacket> i_packets;     // of the present part of a read
     bool i_endB = false;                      // the end was reported
+
+    std::unique_ptr<CGraphicsOverlay> i_overlay;   // goes first: a port must not draw what is half gone
 
     static unsigned s_block;   // entrants of EndOfStream
 };

@@ -1,10 +1,11 @@
 #pragma once
 #include <cstdint>
+#include <string>
 
+#include "Graphics/CPixels.h"
 #include "Platform/OSErr.h"
 
 class CGraphicsClock;
-class CPixels;
 class CSubCodeStream;
 
 /** A video song's movie, as far as its picture goes. */
@@ -13,6 +14,11 @@ public:
     virtual ~CGraphicsMovie() = default;
     /** The movie's own picture; null when it draws by itself. */
     [[nodiscard]] virtual const CPixels* Picture() const = 0;
+    /** The size in which it is meant to be seen, at 0, 0; another than the picture's where pixels are not square. */
+    [[nodiscard]] virtual Rect Frame() const {
+        return Picture() == nullptr ? Rect{}
+                                    : MakeRect(0, 0, Picture()->bounds().Width(), Picture()->bounds().Height());
+    }
     [[nodiscard]] virtual bool IsEnded() const = 0;
     virtual void Idle() = 0;
 };
@@ -24,6 +30,7 @@ class CGraphicsSong {
 public:
     virtual ~CGraphicsSong() = default;
 
+    [[nodiscard]] virtual std::string Name() const = 0;
     [[nodiscard]] virtual CGraphicsClock& Clock() = 0;
     /** Null is a fault of the caller that opened the graphics. */
     [[nodiscard]] virtual CSubCodeStream* Stream() = 0;

@@ -99,10 +99,9 @@ void Write32(const CPixels& source, CPixels& dest, const Plan& plan, Put put) {
     }
 }
 
-/** The transparent colour of a source as the low 24 bits of its pixels. */
-std::optional<Pixel32> LeftOut(const CPixels& source, CopyMode mode) {
-    if (mode != CopyMode::kTransparent || !source.Transparent()) return {};
-    return PackColor(*source.Transparent()) & 0xFFFFFFU;
+/** What a copy of that mode leaves out. */
+std::optional<RGBColor> LeftOut(const CPixels& source, CopyMode mode) {
+    return mode == CopyMode::kTransparent ? source.Transparent() : std::nullopt;
 }
 
 void Copy4(const CPixels& source, CPixels& dest, const Plan& plan) {
@@ -144,13 +143,17 @@ const CPixels* Apart(const CPixels& source, const CPixels& dest, const Rect& fro
     if (part.Empty()) return &source;
     err = copy.Create(part, source.depth(), &source);
     if (!Failed(err)) err = CopyPixels(source, copy, part, part);
-    if (!Failed(err) && source.Transparent()) err = copy.SetTransparent(*source.Transparent());
     return &copy;
 }
 
 }   // namespace
 
 OSErr CopyPixels(const CPixels& source, CPixels& dest, const Rect& from, const Rect& to, CopyMode mode) {
+    return CopyPixels(source, dest, from, to, LeftOut(source, mode));
+}
+
+OSErr CopyPixels(const CPixels& source, CPixels& dest, const Rect& from, const Rect& to,
+                 const std::optional<RGBColor>& leftOut) {
     if (dest.depth() == 4 || dest.depth() == 128) {
         if (!AssertWords(source.depth() == dest.depth(), "depth() == destP->depth()")) return paramErr;
     } else {
@@ -171,8 +174,9 @@ OSErr CopyPixels(const CPixels& source, CPixels& dest, const Rect& from, const R
         Copy4(source2, dest, plan);
     } else if (dest.depth() == 128) {
         CopyF(source2, dest, plan);
-    } else if (const auto leftOut = LeftOut(source2, mode)) {
-        Write32(source2, dest, plan, [out = *leftOut](std::span<const Pixel32> line, std::span<Pixel32> row) {
+    } else if (leftOut) {
+        const Pixel32 out = PackColor(*leftOut) & 0xFFFFFFU;
+        Write32(source2, dest, plan, [out](std::span<const Pixel32> line, std::span<Pixel32> row) {
             for (std::size_t x = 0; x < line.size(); ++x)
                 if ((line[x] & 0xFFFFFFU) != out) row[x] = line[x];
         });
@@ -186,6 +190,11 @@ OSErr CopyPixels(const CPixels& source, CPixels& dest, const Rect& from, const R
 
 OSErr CopyPixelsAlpha(const CPixels& source, CPixels& dest, const Rect& from, const Rect& to, float alpha,
                       CopyMode mode) {
+    return CopyPixelsAlpha(source, dest, from, to, alpha, LeftOut(source, mode));
+}
+
+OSErr CopyPixelsAlpha(const CPixels& source, CPixels& dest, const Rect& from, const Rect& to, float alpha,
+                      const std::optional<RGBColor>& leftOut) {
     if (!AssertWords(dest.depth() == 32, "destP->depth() == 32")) return paramErr;
     if (!AssertWords(source.depth() == 4 || source.depth() == 32, "depth() == 4")) return paramErr;
     if (!(alpha >= 0.0F)) return noErr;   // nothing to see, and not a number is nothing too
@@ -199,10 +208,10 @@ OSErr CopyPixelsAlpha(const CPixels& source, CPixels& dest, const Rect& from, co
     if (Failed(err)) return err;
     const Plan plan = MakePlan(source2, dest, from, to);
     if (plan.Empty()) return noErr;
-    const auto leftOut = LeftOut(source2, mode);
+    const Pixel32 out = leftOut ? PackColor(*leftOut) & 0xFFFFFFU : 0;
     Write32(source2, dest, plan, [&](std::span<const Pixel32> line, std::span<Pixel32> row) {
         for (std::size_t x = 0; x < line.size(); ++x)
-            if (!leftOut || (line[x] & 0xFFFFFFU) != *leftOut) row[x] = Blend(line[x], row[x], factor);
+            if (!leftOut || (line[x] & 0xFFFFFFU) != out) row[x] = Blend(line[x], row[x], factor);
     });
     return noErr;
 }

@@ -13,7 +13,13 @@ enum class CopyMode {
 OSErr CopyPixels(const CPixels& source, CPixels& dest, const Rect& from, const Rect& to,
                  CopyMode mode = CopyMode::kCopy);
 
+/** The same; what is left out is `leftOut`, whatever transparent colour the source has. */
+OSErr CopyPixels(const CPixels& source, CPixels& dest, const Rect& from, const Rect& to,
+                 const std::optional<RGBColor>& leftOut);
+
 /** The same to depth 32 with everything faded by `alpha` (0.0 to 1.0) over what is there. Pixels are taken as
    multiplied with their alpha, as Cairo has them; colours of depth 4 are opaque. */
 OSErr CopyPixelsAlpha(const CPixels& source, CPixels& dest, const Rect& from, const Rect& to, float alpha,
                       CopyMode mode = CopyMode::kCopy);
+OSErr CopyPixelsAlpha(const CPixels& source, CPixels& dest, const Rect& from, const Rect& to, float alpha,
+                      const std::optional<RGBColor>& leftOut);

@@ -20,14 +20,16 @@ QWidget* CAppWindows_Qt::Find(WindowKind kind) const {
 }
 
 void CAppWindows_Qt::Create(WindowKind kind) {
-    // The browser, the tasks and the second video window have no content yet: an empty window would only be in the way.
-    if (kind != PREF_Wind_VIDEO || Exists(kind)) return;
-    auto window = std::make_unique<XVideoWindow>();
-    QObject::connect(window.get(), &XVideoWindow::CloseAsked, window.get(), [this] { i_askToQuit(); });
+    // The browser and the tasks have no content yet: an empty window would only be in the way.
+    if ((kind != PREF_Wind_VIDEO && kind != PREF_Wind_VIDEO2) || Exists(kind)) return;
+    auto window = std::make_unique<XVideoWindow>(static_cast<int>(kind), Ports());
+    if (kind == PREF_Wind_VIDEO)
+        QObject::connect(window.get(), &XVideoWindow::CloseAsked, window.get(), [this] { i_askToQuit(); });
+    else
+        QObject::connect(window.get(), &XVideoWindow::CloseAsked, window.get(), &QWidget::hide);
     QObject::connect(window.get(), &XVideoWindow::Resizing, window.get(), [](bool resizingB) {
         if (gApp != nullptr) gApp->SetResizingWindow(resizingB);
     });
-    if (i_pictureP != nullptr) window->Show(*i_pictureP);
     i_windows[kind] = std::move(window);
 }
 
@@ -67,17 +69,6 @@ std::optional<CAppWindows::Place> CAppWindows_Qt::PlaceOf(WindowKind kind) const
     const auto edge = [](int pixels) { return static_cast<short>(std::clamp(pixels, -32768, 32767)); };
     return Place{edge(frame.top()),    edge(frame.left()),   edge(frame.top() + frame.height()),
                  edge(frame.left() + frame.width()), windowP->isVisible(), windowP->isFullScreen()};
-}
-
-void CAppWindows_Qt::ShowPicture(const CPixels& picture) {
-    i_pictureP = &picture;
-    if (auto* const windowP = qobject_cast<XVideoWindow*>(Find(PREF_Wind_VIDEO)); windowP != nullptr)
-        windowP->Show(picture);
-}
-
-void CAppWindows_Qt::ClearPicture() {
-    i_pictureP = nullptr;
-    if (auto* const windowP = qobject_cast<XVideoWindow*>(Find(PREF_Wind_VIDEO)); windowP != nullptr) windowP->Clear();
 }
 
 void CAppWindows_Qt::SetStatus(std::string_view text) {

@@ -26,8 +26,6 @@ public:
     void Select(WindowKind kind) override;
     void SetPlace(WindowKind kind, const Place& place) override;
     std::optional<Place> PlaceOf(WindowKind kind) const override;
-    void ShowPicture(const CPixels& picture) override;
-    void ClearPicture() override;
     void SetStatus(std::string_view text) override;
     void KeepDisplayOn() override;
 
@@ -36,5 +34,4 @@ private:
 
     std::function<void()> i_askToQuit;
     std::map<WindowKind, std::unique_ptr<QWidget>> i_windows;
-    const CPixels* i_pictureP = nullptr;   // the caller's
 };

@@ -6,7 +6,7 @@
 #include <QApplication>
 #include <unistd.h>
 
-#include "App/CAppWindows.h"
+#include "App/CAppWindows_None.h"
 #include "App/TVoplaApp.h"
 #include "Core/CCrashReporter.h"
 #include "Core/CLog.h"

@@ -4,49 +4,63 @@
 #include <QKeyEvent>
 #include <QPainter>
 
-#include "Graphics/CPixels.h"
+#include "Graphics/CGraphicsPorts.h"
 
-XVideoWindow::XVideoWindow() {
-    setWindowTitle("Vopla Video");
+XVideoWindow::XVideoWindow(int screen, CGraphicsPorts& ports) : i_ports(ports), i_port(screen, *this, this) {
+    setWindowTitle(screen == CGraphicsPort::kScreen_VIDEO ? "Vopla Video" : "Vopla Video 2");
     setAttribute(Qt::WA_OpaquePaintEvent);   // every pixel is painted: no flicker of the background
     setMinimumSize(150, 108);
     resize(900, 648);
     i_resizeEnd.setSingleShot(true);
     i_resizeEnd.setInterval(200);   // the toolkit tells no end: none for so long is one
     connect(&i_resizeEnd, &QTimer::timeout, this, [this] { emit Resizing(false); });
+    i_ports.Enter(i_port);
 }
 
-void XVideoWindow::Show(const CPixels& picture) {
-    const Rect bounds = picture.bounds();
-    i_picture = QImage(static_cast<const uchar*>(picture.base()), bounds.Width(), bounds.Height(),
-                       static_cast<qsizetype>(picture.rowBytes()), QImage::Format_RGB32);
-    update();
-}
+XVideoWindow::~XVideoWindow() { i_ports.Leave(i_port); }
 
-void XVideoWindow::Clear() {
-    i_picture = QImage();
-    update();
-}
+Rect XVideoWindow::Bounds() const { return MakeRect(0, 0, width(), height()); }
 
-QRect XVideoWindow::Fitted() const {
-    QRect fitted(QPoint(), i_picture.size().scaled(size(), Qt::KeepAspectRatio));
-    fitted.moveCenter(rect().center());
-    return fitted;
+void XVideoWindow::Invalidate(const Rect& rect) { update(rect.left, rect.top, rect.Width(), rect.Height()); }
+
+void XVideoWindow::PaintNow() {
+    if (isVisible()) repaint();
 }
 
 void XVideoWindow::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    if (i_picture.isNull()) {
-        painter.fillRect(rect(), Qt::black);
-        return;
-    }
-    const QRect fitted = Fitted();
-    if (fitted != rect()) {
-        const QColor border = i_picture.pixelColor(0, 0);
-        for (const QRect& bar : QRegion(rect()).subtracted(fitted)) painter.fillRect(bar, border);
-    }
-    painter.setRenderHint(QPainter::SmoothPixmapTransform, fitted.width() % i_picture.width() != 0);
-    painter.drawImage(fitted, i_picture);
+    i_context = std::make_unique<CPortContext_Qt>(painter);
+    i_port.Redraw();
+    i_context.reset();
+}
+
+void XVideoWindow::SetFullScreen(bool onB) {
+    if (onB != isFullScreen()) setWindowState(windowState() ^ Qt::WindowFullScreen);
+}
+
+void XVideoWindow::SetAlwaysOnTop(bool onB) {
+    if (onB == windowFlags().testFlag(Qt::WindowStaysOnTopHint)) return;
+    const bool visibleB = isVisible();
+    setWindowFlag(Qt::WindowStaysOnTopHint, onB);   // hides the window
+    if (visibleB) show();
+}
+
+void XVideoWindow::ShowAndSelect() {
+    show();
+    raise();
+    activateWindow();
+}
+
+void XVideoWindow::Hide() { hide(); }
+
+OSErr XVideoWindow::SetOpacity(float opacity) {
+    setWindowOpacity(static_cast<qreal>(opacity));
+    return noErr;
+}
+
+OSErr XVideoWindow::SetTransparent(bool transparentB) {
+    setAttribute(Qt::WA_TranslucentBackground, transparentB);
+    return noErr;
 }
 
 void XVideoWindow::closeEvent(QCloseEvent* eventP) {
@@ -54,11 +68,10 @@ void XVideoWindow::closeEvent(QCloseEvent* eventP) {
     eventP->ignore();   // the quit sequence decides
 }
 
-void XVideoWindow::ToggleFullScreen() { setWindowState(windowState() ^ Qt::WindowFullScreen); }
-
 void XVideoWindow::keyPressEvent(QKeyEvent* eventP) {
-    if (eventP->key() == Qt::Key_F11 || (eventP->key() == Qt::Key_Escape && isFullScreen()))
-        ToggleFullScreen();
+    const bool toggleB = eventP->key() == Qt::Key_F || eventP->key() == Qt::Key_F11;
+    if (toggleB || (eventP->key() == Qt::Key_Escape && isFullScreen()))
+        SetFullScreen(!isFullScreen());
     else
         QWidget::keyPressEvent(eventP);
 }
@@ -68,4 +81,4 @@ void XVideoWindow::resizeEvent(QResizeEvent*) {
     i_resizeEnd.start();
 }
 
-void XVideoWindow::mouseDoubleClickEvent(QMouseEvent*) { ToggleFullScreen(); }
+void XVideoWindow::mouseDoubleClickEvent(QMouseEvent*) { SetFullScreen(!isFullScreen()); }

@@ -1,23 +1,39 @@
 #pragma once
-#include <QImage>
+#include <memory>
 #include <QTimer>
 #include <QWidget>
 
-class CPixels;
+#include "Graphics/CGraphicsPort.h"
+#include "Graphics/CPortView.h"
+#include "Graphics/CPortWindow.h"
+#include "Shell/CPortContext_Qt.h"
 
-/** The window the room looks at: one picture, as large as the window allows, in its own proportions, the rest in the
-    colour of the picture's border. A double click or F11 changes to full screen and back; Escape leaves it.
-    Threads  main. The pixels are not copied: they must stay alive and unchanged until the next Show or Clear, or until
-             the window is painted within the same message. */
-class XVideoWindow final : public QWidget {
+class CGraphicsPorts;
+
+/** A window the room looks at: its port, all over it. A double click or F changes to full screen and back, Escape
+   leaves it. Threads  main. */
+class XVideoWindow final : public QWidget, public CPortView, public CPortWindow {
     Q_OBJECT
 public:
-    XVideoWindow();
+    /** Screen 0 or 9; its port is among `ports` for as long as the window lives. */
+    XVideoWindow(int screen, CGraphicsPorts& ports);
+    ~XVideoWindow() override;
 
-    /** Shows `picture` (depth 32) from now on; what changed since the last call is drawn. */
-    void Show(const CPixels& picture);
-    /** Forgets the picture: its pixels may go. The window turns black. */
-    void Clear();
+    [[nodiscard]] CGraphicsPort& Port() { return i_port; }
+
+    Rect Bounds() const override;
+    void Invalidate(const Rect& rect) override;
+    void PaintNow() override;
+    CPortContext* Context() override { return i_context.get(); }
+
+    bool IsFullScreen() const override { return isFullScreen(); }
+    bool IsVisible() const override { return isVisible(); }
+    void SetFullScreen(bool onB) override;
+    void SetAlwaysOnTop(bool onB) override;
+    void ShowAndSelect() override;
+    void Hide() override;
+    OSErr SetOpacity(float opacity) override;
+    OSErr SetTransparent(bool transparentB) override;
 
 signals:
     void CloseAsked();
@@ -32,9 +48,8 @@ protected:
     void resizeEvent(QResizeEvent* eventP) override;
 
 private:
-    void ToggleFullScreen();
-    [[nodiscard]] QRect Fitted() const;
-
     QTimer i_resizeEnd;   // runs while the size keeps changing
-    QImage i_picture;   // a view of the picture's memory
+    CGraphicsPorts& i_ports;
+    CGraphicsPort i_port;
+    std::unique_ptr<CPortContext_Qt> i_context;   // only while the window is painted
 };

@@ -9,7 +9,7 @@
 #include <sstream>
 #include <thread>
 
-#include "App/CAppWindows.h"
+#include "App/CAppWindows_None.h"
 #include "App/CPicturePlay.h"
 #include "App/CPlayingSong.h"
 #include "App/CSaveTarget.h"
@@ -20,6 +20,7 @@
 #include "Core/CLog.h"
 #include "Core/CMainThreadProc.h"
 #include "Graphics/CGraphics.h"
+#include "Graphics/PortTest.h"
 #include "Library/CMetaManager.h"
 #include "Platform/CClock.h"
 #include "Platform/CFolders.h"
@@ -327,8 +328,14 @@ TEST_F(AppTest, PlaysAFileAtThePaceOfTheClockAndSeeksTrue) {
 /** Windows that remember what was done to them. */
 class Windows final : public CAppWindows {
 public:
-    void Create(WindowKind kind) override { places.try_emplace(kind); }
-    void Dispose(WindowKind kind) override { places.erase(kind); }
+    void Create(WindowKind kind) override {
+        places.try_emplace(kind);
+        if (kind == PREF_Wind_VIDEO) Ports().Enter(screen.port);
+    }
+    void Dispose(WindowKind kind) override {
+        places.erase(kind);
+        if (kind == PREF_Wind_VIDEO) Ports().Leave(screen.port);
+    }
     bool Exists(WindowKind kind) const override { return places.contains(kind); }
     void Show(WindowKind kind) override { places[kind].visibleB = true; }
     void Hide(WindowKind kind) override { places[kind].visibleB = false; }
@@ -338,12 +345,10 @@ public:
         const auto found = places.find(kind);
         return found == places.end() ? std::nullopt : std::optional(found->second);
     }
-    void ShowPicture(const CPixels&) override { ++shownL; }
-    void ClearPicture() override {}
     void SetStatus(std::string_view) override {}
     void KeepDisplayOn() override {}
     std::map<WindowKind, Place> places;
-    int shownL = 0;
+    Screen screen{0};
 };
 
 TEST_F(AppTest, WindowsComeBackWhereTheyStood) {
@@ -374,8 +379,8 @@ TEST_F(AppTest, ASecondFilePlaysAndABadOneLeavesTheFirst) {
         i_loop.Post([] {});
         for (int n = 0; n < 3; ++n) gApp->RunLoopPass();
         EXPECT_TRUE(gApp->IsSongPlaying()) << sent;
-        const int shownL = windows.shownL;
-        EXPECT_TRUE(RunUntil(*gApp, [&] { return windows.shownL > shownL; })) << sent;
+        const int shownL = windows.screen.refreshesL;
+        EXPECT_TRUE(RunUntil(*gApp, [&] { return windows.screen.refreshesL > shownL; })) << sent;
     }
     ASSERT_EQ(i_ui.alerts.size(), 1U);
     EXPECT_NE(i_ui.alerts.front().find("File Not Found"), std::string::npos);

@@ -2,11 +2,12 @@
 
 #include "Core/Assertions.h"
 #include "Graphics/CGraphicsClock.h"
+#include "Graphics/CGraphicsOverlay.h"
 #include "Graphics/CGraphicsSong.h"
-#include "Graphics/CGraphicsTarget.h"
 #include "Graphics/CHq4x.h"
 #include "Graphics/CSubCodeStream_Memory.h"
 #include "Graphics/PlayNext.h"
+#include "Graphics/PortTest.h"
 #include "Graphics/SlowCDG.h"
 
 namespace {
@@ -34,6 +35,7 @@ struct Song final : CGraphicsSong {
     int nextL = 0, deferredL = 0, drawnL = 0;
     OSErr stopped = noErr;
 
+    std::string Name() const override { return "Any Song"; }
     CGraphicsClock& Clock() override { return clock; }
     CSubCodeStream* Stream() override { return streamP; }
     bool IsPaused() const override { return pausedB; }
@@ -50,20 +52,9 @@ struct Song final : CGraphicsSong {
     void StopAfter(OSErr err) override { stopped = err; }
     void NoteDrawn(double) override { ++drawnL; }
 };
-struct Screen final : CGraphicsTarget {
-    int refreshesL = 0;
-    const CPixels* pictureP = nullptr;
-    bool forceB = false;
-    void Refresh(const CPixels& picture, bool forcedB) override {
-        ++refreshesL;
-        pictureP = &picture;
-        forceB = forcedB;
-    }
-};
-
 struct Stage {
     Song song;
-    Screen screen;
+    Screen screen{0};
     CSubCodeStream_Memory stream;
     std::vector<SubCodePacket> packets;
     std::unique_ptr<CGraphics> graphics;
@@ -81,7 +72,8 @@ struct Stage {
         OSErr err = noErr;
         graphics = CGraphics::Make(0xFFFF, {}, err);
         graphics->SetSong(song);
-        graphics->SetTarget(&screen);
+        screen.port.Add(*graphics->Overlay(), 0);
+        screen.refreshesL = 0;
     }
     std::vector<std::uint32_t> Shown() const {
         std::vector<std::uint32_t> shown;
@@ -150,19 +142,6 @@ TEST(CGraphics, HoldsPacketsBackByTheSlips) {
     EXPECT_EQ(clock.PacketsDue(0, 24), 0);
 }
 
-struct Port final : CGraphicsPortTarget {
-    float opacityF = 1;
-    bool transparentB = false;
-    const CPixels* pictureP = nullptr;
-    std::optional<RGBColor> left;
-    float Opacity() const override { return opacityF; }
-    bool IsTransparent() const override { return transparentB; }
-    void Draw(const CPixels& picture, const std::optional<RGBColor>& transparent) override {
-        pictureP = &picture;
-        left = transparent;
-    }
-};
-
 TEST(CGraphics, OnePortIsDrawnAloneAndSeesThroughTheBorder) {
     Stage stage(0);
     SubCodePacket colors, border;
@@ -170,21 +149,21 @@ TEST(CGraphics, OnePortIsDrawnAloneAndSeesThroughTheBorder) {
     border.bytes = {9, 2, 0, 0, 1};
     const std::vector packets{colors, border};
     stage.graphics->ExecutePackets(packets, true, true);
-    EXPECT_TRUE(stage.screen.forceB);
+    EXPECT_EQ(stage.screen.paintsL, 1);
     const int refreshesL = stage.screen.refreshesL;
     const struct {
         float opacityF;
         bool transparentB, leftB;
     } cases[] = {{1, false, false}, {1, true, true}, {0.5F, false, true}, {0.5F, true, true}};
     for (const auto& c : cases) {
-        Port port;
-        port.opacityF = c.opacityF;
-        port.transparentB = c.transparentB;
-        stage.graphics->RenderFor(port);
-        EXPECT_EQ(port.pictureP, &stage.graphics->TrueColor());
-        EXPECT_EQ(port.left.has_value(), c.leftB) << c.opacityF << c.transparentB;
-        if (port.left) {
-            EXPECT_EQ(*port.left, (RGBColor{0xFFFF, 0, 0}));
+        Screen other(9);
+        other.port.SetOpacity(c.opacityF);
+        other.port.SetTransparent(c.transparentB);
+        stage.graphics->RenderFor(other.port);
+        EXPECT_EQ(other.pictureP, &stage.graphics->TrueColor());
+        EXPECT_EQ(other.left.has_value(), c.leftB) << c.opacityF << c.transparentB;
+        if (other.left) {
+            EXPECT_EQ(*other.left, (RGBColor{0xFFFF, 0, 0}));
         }
     }
     EXPECT_EQ(stage.screen.refreshesL, refreshesL) << "the others were not asked";
@@ -195,15 +174,16 @@ TEST(CGraphics, ShowsTheUpscaledPlaneOrTheMoviesOwn) {
     std::vector<SubCodePacket> packets;
     for (int n = 0; n < 400; ++n) packets.push_back(RandomPacket(random));
     Song song;
-    Screen screen;
+    Screen screen{0};
     OSErr err = noErr;
     const auto graphics = CGraphics::Make(
         0xFFFF, [filter = std::make_shared<CHq4x>()](const CPixels& from, CPixels& to) { return filter->Scale(from, to); },
         err);
     graphics->SetSong(song);
-    graphics->SetTarget(&screen);
+    screen.port.Add(*graphics->Overlay(), 0);
     graphics->ExecutePackets(packets, true, false);
-    EXPECT_FALSE(screen.forceB);
+    EXPECT_EQ(screen.paintsL, 0);
+    screen.port.Redraw();
     COffscreen expected;
     ASSERT_EQ(expected.Create(MakeRect(0, 0, 1200, 864), 32), noErr);
     ASSERT_EQ(CHq4x().Scale(graphics->TrueColor(), expected), noErr);
@@ -212,8 +192,9 @@ TEST(CGraphics, ShowsTheUpscaledPlaneOrTheMoviesOwn) {
 
     song.videoB = true;
     song.movie.pictureP = &expected;
-    graphics->ExecutePackets({}, true, false);
+    screen.port.Redraw();
     EXPECT_EQ(screen.pictureP, &expected);
+    EXPECT_EQ(screen.port.Frame(), expected.bounds());
 }
 
 TEST(CGraphics, ReplaysFromBlackAfterARewind) {

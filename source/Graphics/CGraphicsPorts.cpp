@@ -1,0 +1,70 @@
+#include "Graphics/CGraphicsPorts.h"
+
+#include "Core/Assertions.h"
+#include "Core/CLog.h"
+#include "Graphics/CGraphicsOverlay.h"
+#include "Graphics/CMediaOverlay.h"
+#include "Graphics/CPortWindow.h"
+
+namespace {
+/** The order in which a song's picture gets on them. */
+constexpr std::array kScreens = {CGraphicsPort::kScreen_VIDEO2, CGraphicsPort::kScreen_VIDEO,
+                                 CGraphicsPort::kScreen_PREVIEW};
+}   // namespace
+
+CGraphicsPort* CGraphicsPorts::Port(int screen) const noexcept {
+    const auto* const it = std::ranges::find(kScreens, screen);
+    return it == kScreens.end() ? nullptr : i_ports[static_cast<std::size_t>(it - kScreens.begin())];
+}
+
+void CGraphicsPorts::Enter(CGraphicsPort& port) {
+    const auto* const it = std::ranges::find(kScreens, port.Screen());
+    if (!Assert(it != kScreens.end()) || !Assert(Port(port.Screen()) == nullptr)) return;
+    const CGraphicsPort* shownP = nullptr;   // any other: all of them show the song
+    Each([&shownP](const CGraphicsPort& other) { shownP = &other; });
+    i_ports[static_cast<std::size_t>(it - kScreens.begin())] = &port;
+    port.SetBackdrop(i_backdropP);
+    port.SetFrameShape(i_shape);
+    if (shownP == nullptr) return;
+    port.SetUnder(shownP->Under() != 0);
+    for (CG_Overlay* const overlayP : shownP->Overlays())
+        if (overlayP->Song() != nullptr) port.Add(*overlayP, -1);
+}
+
+void CGraphicsPorts::Leave(CGraphicsPort& port) { std::ranges::replace(i_ports, &port, nullptr); }
+
+OSErr CGraphicsPorts::WireUp(CMediaOverlay* mediaP, CGraphicsOverlay* pictureP) {
+    if (mediaP == nullptr && pictureP == nullptr) return LogStep(fnfErr, "wiring graphics");
+    if (mediaP != nullptr) {
+        Each([mediaP](CGraphicsPort& port) { port.Add(*mediaP, port.IsVideoWindow() ? port.Under() : -1); });
+    }
+    if (pictureP != nullptr) {
+        if (mediaP != nullptr) Each([](CGraphicsPort& port) { port.SetUnder(true); });
+        Each([pictureP](CGraphicsPort& port) { port.Add(*pictureP, port.Under()); });
+    }
+    return noErr;
+}
+
+void CGraphicsPorts::Unwire(CMediaOverlay& media) {
+    Each([&media](CGraphicsPort& port) {
+        port.Remove(media);
+        port.SetUnder(false);
+    });
+}
+
+void CGraphicsPorts::SetBackdrop(CG_Overlay* overlayP) {
+    i_backdropP = overlayP;
+    Each([overlayP](CGraphicsPort& port) { port.SetBackdrop(overlayP); });
+}
+
+void CGraphicsPorts::SetFrameShape(FrameShape shape) {
+    i_shape = shape;
+    Each([shape](CGraphicsPort& port) { port.SetFrameShape(shape); });
+}
+
+void CGraphicsPorts::ApplyRule(const CPlayWindowRule& rule, PlayMode mode) {
+    CGraphicsPort* const graphicsP = Port(CGraphicsPort::kScreen_VIDEO);
+    if (!Assert(graphicsP)) return;
+    for (const CGraphicsPort* const portP : {graphicsP, Port(CGraphicsPort::kScreen_VIDEO2)})
+        if (portP != nullptr && portP->Window() != nullptr) rule.Apply(mode, *portP->Window());
+}

@@ -1,0 +1,43 @@
+#pragma once
+#include <array>
+
+#include "Audio/CPlayWindowRule.h"
+#include "Graphics/CGraphicsPort.h"
+
+class CGraphicsOverlay;
+class CMediaOverlay;
+
+/** The ports by the numbers of their screens, and the ways in which a song gets on and off them.
+    Threads  main.
+    Owner    CAppWindows; ports and overlays stay their owners'. */
+class CGraphicsPorts {
+public:
+    /** Screen 0, 1 or 9; null for one that is not there, and for every other number. */
+    [[nodiscard]] CGraphicsPort* Port(int screen) const noexcept;
+    /** A port is there from now on, with what the others show of the song; it must be taken out before it goes. */
+    void Enter(CGraphicsPort& port);
+    void Leave(CGraphicsPort& port);
+
+    /** Puts a song on the screens: `mediaP` its lyrics, `pictureP` its picture. fnfErr without either: the caller tells
+        the user. */
+    OSErr WireUp(CMediaOverlay* mediaP, CGraphicsOverlay* pictureP);
+    /** Takes the lyrics of a song off again. Its picture leaves with its CGraphics. */
+    void Unwire(CMediaOverlay& media);
+
+    /** Shown while no song's picture is: see CGraphicsPort. On all ports, also those that come later. */
+    void SetBackdrop(CG_Overlay* overlayP);
+    void SetFrameShape(FrameShape shape);
+    /** What playing does to the video windows, both alike. Without a port of screen 0 it is a fault. */
+    void ApplyRule(const CPlayWindowRule& rule, PlayMode mode);
+
+private:
+    template <class Work>
+    void Each(Work&& work) const {
+        for (CGraphicsPort* const portP : i_ports)
+            if (portP != nullptr) work(*portP);
+    }
+
+    std::array<CGraphicsPort*, 3> i_ports{};   // in the order of kScreens
+    CG_Overlay* i_backdropP = nullptr;
+    FrameShape i_shape = FrameShape::kPicture;
+};
