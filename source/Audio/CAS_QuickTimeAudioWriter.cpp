@@ -29,9 +29,10 @@ constexpr std::array<FormFacts, 2> kEncoder_Forms = {{
     {EncodedForm::kFLAC, AV_CODEC_ID_FLAC, "flac", AV_SAMPLE_FMT_S16, false},
 }};
 
+/** `kept`, the failure of the file, comes first: the muxers tell of it as EIO, or go on without a word. */
 OSErr FromFFmpeg(int result, OSErr kept) {
-    if (result >= 0) return noErr;
     if (Failed(kept)) return kept;
+    if (result >= 0) return noErr;
     return result == AVERROR(ENOMEM) ? memFullErr : paramErr;
 }
 
@@ -79,7 +80,11 @@ public:
                                          &i_codecP->ch_layout, AV_SAMPLE_FMT_S16, i_codecP->sample_rate, 0, nullptr);
         if (result >= 0) result = swr_init(i_swrP);
         streamP->time_base = i_codecP->time_base;
-        if (result >= 0) result = avformat_write_header(i_formatP, nullptr);
+        // The index goes to the front at the end: a song can then be played while it is still being fetched.
+        AVDictionary* optionsP = nullptr;
+        if (form == EncodedForm::kM4A) av_dict_set(&optionsP, "movflags", "+faststart", 0);
+        if (result >= 0) result = avformat_write_header(i_formatP, &optionsP);
+        av_dict_free(&optionsP);
         return FromFFmpeg(result, i_err);
     }
 
@@ -100,7 +105,7 @@ public:
         if (Failed(err)) return err;
         const int result = av_write_trailer(i_formatP);
         avio_flush(i_ioP);
-        return FirstOf(FromFFmpeg(result, i_err), i_err);
+        return FromFFmpeg(result, i_err);   // asked last: the flush may be what failed
     }
 
 private:
@@ -119,6 +124,9 @@ private:
         if (avformat_alloc_output_context2(&i_formatP, nullptr, muxerZ, nullptr) < 0) return paramErr;
         i_formatP->pb = i_ioP;
         i_formatP->flags |= AVFMT_FLAG_CUSTOM_IO;
+        i_formatP->opaque = this;
+        i_formatP->io_open = &OpenSecond;
+        i_formatP->io_close2 = &CloseSecond;
         return noErr;
     }
 
@@ -151,7 +159,8 @@ private:
         return FromFFmpeg(result, i_err);
     }
 
-    int Told(OSErr err, int resultL) {
+    template <class Number>
+    Number Told(OSErr err, Number resultL) {
         if (!Failed(err)) return resultL;
         if (!Failed(i_err)) i_err = err;
         return AVERROR(EIO);
@@ -161,26 +170,66 @@ private:
         return self.Told(
             self.i_out.Write(std::as_bytes(std::span(fromP, static_cast<std::size_t>(std::max(sizeL, 0))))), sizeL);
     }
-    static int ReadBack(void* selfP, std::uint8_t* toP, int sizeL) {
-        auto& self = *static_cast<Encoder*>(selfP);
+    int ReadFrom(CDataFork& fork, std::uint8_t* toP, int sizeL) {
         std::size_t got = 0;
         const auto to = std::as_writable_bytes(std::span(toP, static_cast<std::size_t>(std::max(sizeL, 0))));
-        const OSErr err = self.i_out.Fork().Read(to, got);
+        const OSErr err = fork.Read(to, got);
         if (got > 0) return static_cast<int>(got);
-        return err == eofErr ? AVERROR_EOF : self.Told(err, 0);
+        return err == eofErr ? AVERROR_EOF : Told(err, 0);
     }
-    static std::int64_t SeekTo(void* selfP, std::int64_t offset, int whence) {
-        auto& fork = static_cast<Encoder*>(selfP)->i_out.Fork();
+    static int ReadBack(void* selfP, std::uint8_t* toP, int sizeL) {
+        auto& self = *static_cast<Encoder*>(selfP);
+        return self.ReadFrom(self.i_out.Fork(), toP, sizeL);
+    }
+    /** The muxer moves the sound behind its index: it reads what was written by a way of its own. */
+    static int OpenSecond(AVFormatContext* formatP, AVIOContext** ioPP, const char*, int flags, AVDictionary**) {
+        auto& self = *static_cast<Encoder*>(formatP->opaque);
+        if (flags != AVIO_FLAG_READ || self.i_second.IsOpen()) return AVERROR(EPERM);
+        const OSErr err = self.i_second.Open(self.i_out.Written(), FileAccess::kRead);
+        if (Failed(err)) return self.Told(err, 0);
+        auto* bufferP = static_cast<unsigned char*>(av_malloc(kEncoder_Buffer));
+        if (bufferP != nullptr)
+            *ioPP = avio_alloc_context(bufferP, kEncoder_Buffer, 0, &self, &ReadSecond, nullptr, &SeekSecond);
+        if (bufferP != nullptr && *ioPP != nullptr) return 0;
+        av_free(bufferP);
+        return CloseFork(self), AVERROR(ENOMEM);
+    }
+    static int CloseSecond(AVFormatContext* formatP, AVIOContext* ioP) {
+        av_freep(&ioP->buffer);
+        avio_context_free(&ioP);
+        return CloseFork(*static_cast<Encoder*>(formatP->opaque));
+    }
+    static int CloseFork(Encoder& self) {
+        const OSErr err = self.i_second.Close();
+        return self.Told(err, 0);
+    }
+    static int ReadSecond(void* selfP, std::uint8_t* toP, int sizeL) {
+        auto& self = *static_cast<Encoder*>(selfP);
+        return self.ReadFrom(self.i_second, toP, sizeL);
+    }
+    static std::int64_t SeekSecond(void* selfP, std::int64_t offset, int whence) {
+        auto& self = *static_cast<Encoder*>(selfP);
+        return self.SeekIn(self.i_second, offset, whence);
+    }
+
+    std::int64_t SeekIn(CDataFork& fork, std::int64_t offset, int whence) {
         if ((whence & AVSEEK_SIZE) != 0) {
             std::uint64_t bytes = 0;
-            return Failed(fork.GetEOF(bytes)) ? AVERROR(EIO) : static_cast<std::int64_t>(bytes);
+            const OSErr err = fork.GetEOF(bytes);
+            return Told(err, static_cast<std::int64_t>(bytes));
         }
         using enum CDataFork::PosMode;
         const auto mode = whence == SEEK_SET ? kFromStart : whence == SEEK_END ? kFromEnd : kFromMark;
-        return Failed(fork.SetPos(mode, offset)) ? AVERROR(EINVAL) : static_cast<std::int64_t>(fork.GetPos());
+        const OSErr err = fork.SetPos(mode, offset);
+        return Told(err, static_cast<std::int64_t>(fork.GetPos()));
+    }
+    static std::int64_t SeekTo(void* selfP, std::int64_t offset, int whence) {
+        auto& self = *static_cast<Encoder*>(selfP);
+        return self.SeekIn(self.i_out.Fork(), offset, whence);
     }
 
     CSafeOutput& i_out;
+    CDataFork i_second;   // the same file, while the muxer moves what is in it
     AVIOContext* i_ioP = nullptr;
     AVFormatContext* i_formatP = nullptr;
     AVCodecContext* i_codecP = nullptr;

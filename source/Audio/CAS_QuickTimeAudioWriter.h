@@ -4,7 +4,7 @@
 #include "Audio/CAS_SoundWriter.h"
 
 enum class EncodedForm : unsigned char {
-    kM4A,    // AAC in an MPEG-4 file, its index at the end
+    kM4A,    // AAC in an MPEG-4 file, its index in front
     kFLAC,   // nothing lost
 };
 

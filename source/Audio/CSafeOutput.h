@@ -24,6 +24,8 @@ public:
     void Abandon();
     /** The final name, whatever happens. */
     [[nodiscard]] const CFileRef::Path& Path() const noexcept { return i_file.GetPath(); }
+    /** Where it is being written, between Start and Finish. */
+    [[nodiscard]] const CFileRef& Written() const noexcept { return i_written; }
 
 private:
     const CFileRef i_file;

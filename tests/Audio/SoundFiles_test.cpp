@@ -195,6 +195,45 @@ TEST_F(SoundFiles, AFullDiscIsToldAndLeavesNoFile) {
     EXPECT_FALSE(std::filesystem::exists(Song("full.wav")));
 }
 
+TEST_F(SoundFiles, AnEncoderTellsOfEachCallThatFailsForWantOfRoom) {
+    for (const EncodedForm form : {EncodedForm::kM4A, EncodedForm::kFLAC}) {
+        std::string good;
+        const Samples sweep = Sweep(12000);
+        for (long n = -1, calls = 0; n < calls; ++n) {   // the first round counts the calls
+            CFileCalls_Faults faults(CFileCalls::Get());
+            std::string failed;
+            faults.SetWatch([&](long at, const char* callZ, const Path&) {
+                if (at == n) failed = callZ;
+            });
+            if (n >= 0) faults.FailAt(n, ENOSPC);
+            CFileCalls::Install(&faults);
+            const OSErr err = PumpIn(sweep, MakeRef<CAS_QuickTimeAudioWriter>(CFileRef(Song("full")), form));
+            CFileCalls::Install(nullptr);
+            if (n < 0) {
+                ASSERT_EQ(err, noErr);
+                calls = faults.Count();
+                good = ReadWhole(Song("full"));
+            } else if (failed == "write" || failed == "fstat" || failed == "truncate") {
+                EXPECT_EQ(err, dskFulErr) << failed << ' ' << n;
+            }
+            // Whole or not there: what fails behind the renaming, the sync of the folder, is told as well.
+            EXPECT_TRUE(Failed(err) || std::filesystem::exists(Song("full"))) << failed << ' ' << n;
+            if (std::filesystem::exists(Song("full"))) {
+                EXPECT_EQ(ReadWhole(Song("full")), good) << failed << ' ' << n;
+            }
+            std::filesystem::remove(Song("full"));
+        }
+    }
+}
+
+TEST_F(SoundFiles, TheIndexOfAnM4AStandsInFront) {
+    ASSERT_EQ(PumpIn(Sweep(50001), MakeRef<CAS_QuickTimeAudioWriter>(CFileRef(Song("a.m4a")), EncodedForm::kM4A)),
+              noErr);
+    const std::string bytes = ReadWhole(Song("a.m4a"));
+    EXPECT_LT(bytes.find("moov"), bytes.find("mdat"));
+    EXPECT_EQ(std::ranges::distance(std::filesystem::directory_iterator(i_root / "songs")), 1);
+}
+
 TEST_F(SoundFiles, AFileSpoolGivesTheBytesOfItsFile) {
     const Samples sweep = Sweep(3000);
     const auto bytes = BytesOf(sweep);
