@@ -97,7 +97,7 @@ OSErr CAS_Ring::Seek(double position) {
     long numberL = 0;
     {
         const CMutex::Scope guard(i_seekLock);
-        if (!i_pumpB) return eofErr;
+        if (!i_pumpB) return EndErr_i();
         numberL = i_askedL = i_firstWrite.Next();
         i_askedPosition = position > 0 ? std::min(position, 1.0) : 0;
         i_stopSwapB.store(true);
@@ -161,6 +161,16 @@ bool CAS_Ring::EndOfSource_i() {
     const CMutex::Scope guard(i_seekLock);
     if (i_askedL != i_doneL) return false;
     i_writtenAllB.store(true);
+    return true;
+}
+
+bool CAS_Ring::SourceFailed_i(OSErr err) {
+    const CMutex::Scope guard(i_seekLock);
+    // Somebody waits for what is not here, or there is nothing: then it fails now.
+    if (i_askedL != i_doneL || i_fillL.load() == 0) return false;
+    i_sourceErr.store(err);
+    i_writtenAllB.store(true);
+    i_pumpB = false;   // from here on a seek is refused
     return true;
 }
 

@@ -12,7 +12,8 @@
    of the source counts as two. Positions are the source's. Threads  the reader allocates nothing, logs nothing, and
    takes only locks that others hold for a copy. Seek, Close and Abort on any other thread; several seeks at once are
    fine, the last one wins. Owner    whoever reads closes it, which ends the pump. Errors   Seek answers eofErr without
-   a pump, or when the source cannot be sought: all stays as it was then. */
+   a pump, or when the source cannot be sought: all stays as it was then. When the source fails, what is here is
+   played first, and then the reader hears of it; after an abort both sides fail at once. */
 class CAS_Ring : public CSpooler {
 public:
     /** All memory is taken here. */
@@ -40,6 +41,8 @@ protected:
     OSErr BeforeChunk_i(CSpooler& source) override;
     bool EndOfSource_i() override;
     bool GoesOn_i() override;
+    bool SourceFailed_i(OSErr err) override;
+    OSErr EndErr_i() const override { return FirstOf(i_sourceErr.load(), eofErr); }
     bool IsWriterWanted_i() const override;
     void SetPump_i(bool runsB) override;
 
@@ -72,6 +75,7 @@ private:
     std::size_t i_storedL = 0;   // their side
     std::atomic<bool> i_stopSwapB{false};     // a seek is asked for and not done: what is in the back block is stale
     std::atomic<bool> i_writtenAllB{false};   // the source is used up and no seek is asked for
+    std::atomic<OSErr> i_sourceErr{noErr};    // what ended it; stored before i_writtenAllB
 
     mutable CMutex i_seekLock;   // guards those below; nothing is locked, waited for or read under it
     bool i_pumpB = false;        // a pump will carry out what is asked for

@@ -43,9 +43,10 @@ CSpoolPump::CSpoolPump(Ref<CSpooler> sourceP, Ref<CSpooler> destinationP)
         Pumps().pumps.push_back(this);
         endingB = Pumps().endingB;
     }
-    if (endingB || i_sourceP->i_abortedB.load() || i_destinationP->i_abortedB.load()) {
-        i_sourceP->Abort();   // one that was aborted before it had a neighbour
-        i_destinationP->Abort();
+    const OSErr err = endingB ? abortErr : FirstOf(i_sourceP->i_endedBy.load(), i_destinationP->i_endedBy.load());
+    if (Failed(err)) {
+        i_sourceP->End(err);   // one that was ended before it had a neighbour
+        i_destinationP->End(err);
     }
 }
 
@@ -73,7 +74,7 @@ OSErr CSpoolPump::Pump() {
         // Known before the closing, so that a completion hears of it and a half-written file is not taken for a whole
         // one.
         if (Failed(err)) i_sourceP->SetError(false, err);
-        if (Failed(err) && err != eofErr) i_destinationP->SetError(true, err);
+        TellDestination(err);
         i_destinationP->SetPump_i(false);
         const OSErr closeErr = i_destinationP->Close(true);
         if (Failed(closeErr)) i_destinationP->SetError(true, closeErr);
@@ -96,14 +97,14 @@ OSErr CSpoolPump::Loop() {
         if (const OSErr err = i_destinationP->BeforeChunk_i(*i_sourceP); Failed(err)) return err;
         if (const OSErr err = i_destinationP->WaitForRoom(); Failed(err)) return err;
         if (i_destinationP->IsWriterWanted_i()) continue;   // sought while it waited: there may be no room still
-        if (const OSErr err = i_sourceP->WaitForData(); Failed(err)) return err;
+        if (const OSErr err = i_sourceP->WaitForData(); Failed(err)) return SourceFailed(err);
         std::size_t gotL = 0;
         if (const OSErr err = i_sourceP->Read(chunk, gotL); err == eofErr) {
             bool goOnB = false;
             if (const OSErr endErr = AtEndOfFile(goOnB); !goOnB) return endErr;
             continue;
         } else if (Failed(err)) {
-            return err;
+            return SourceFailed(err);
         }
         if (gotL == 0) {
             WaitOneTurn();   // a source that has nothing yet and no signal for it
@@ -112,6 +113,20 @@ OSErr CSpoolPump::Loop() {
         if (const OSErr err = i_destinationP->WriteChunk(chunk.first(gotL)); Failed(err)) return err;
         if (i_sourceP->Type() == SpoolType::kBin) i_destinationP->SetPeak(i_sourceP->Peak());
     }
+}
+
+OSErr CSpoolPump::SourceFailed(OSErr err) {
+    i_playsOutB = !Failed(i_destinationP->Err()) && i_destinationP->SourceFailed_i(err);
+    return err;
+}
+
+/** How the source ended. */
+void CSpoolPump::TellDestination(OSErr err) {
+    if (!Failed(err) || err == eofErr) return;
+    if (i_playsOutB)
+        i_destinationP->TellCompletion(true, err);   // the loading is over all the same
+    else
+        i_destinationP->SetError(true, err);
 }
 
 OSErr CSpoolPump::AtEndOfFile(bool& goOnB) {
@@ -135,7 +150,7 @@ void CSpoolPump::Leave(OSErr err) {
         std::erase(Pumps().pumps, this);
     }
     if (Failed(err)) i_sourceP->SetError(false, err);
-    if (Failed(err) && err != eofErr) i_destinationP->SetError(true, err);
+    TellDestination(err);
     i_destinationP->SetPump_i(false);
     i_destinationP->TellCompletion(true, FirstOf(err, i_destinationP->Err()));   // one that a closing has not told yet
     i_sourceP->TellCompletion(false, FirstOf(err, i_sourceP->Err()));

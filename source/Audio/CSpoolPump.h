@@ -32,10 +32,13 @@ private:
     OSErr Pump();
     OSErr Loop();
     OSErr AtEndOfFile(bool& goOnB);
+    OSErr SourceFailed(OSErr err);
+    void TellDestination(OSErr err);
     void Leave(OSErr err);
 
     const Ref<CSpooler> i_sourceP;
     const Ref<CSpooler> i_destinationP;
     long i_firstWriteL = 0;   // at the gate of the destination
     bool i_leftB = false;
+    bool i_playsOutB = false;   // the destination keeps a failure of the source for the end of what it holds
 };

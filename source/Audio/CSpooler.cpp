@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <mutex>
 #include <optional>
 
 #include "Audio/CAS_CloseSpool.h"
@@ -34,6 +35,17 @@ private:
     std::optional<CMutex::Scope> i_scope;
 };
 
+/** By which a hook finds the spool, as long as there is one. */
+struct CSpooler::Life {
+    std::mutex lock;
+    CSpooler* spoolP;
+
+    Ref<CSpooler> Spool() {
+        const std::scoped_lock guard(lock);
+        return spoolP != nullptr && spoolP->TryRetain() ? Ref<CSpooler>::Adopt(spoolP) : nullptr;
+    }
+};
+
 CSpooler::CSpooler(SpoolTraits traits)
     : i_lowWaterL(traits.ringB ? kSpool_LowWater : 0),
       i_highWaterL(traits.ringB ? kSpool_HighWater : 0),
@@ -48,12 +60,18 @@ CSpooler::CSpooler(SpoolTraits traits)
       i_readLockP(traits.lock == SpoolLock::kWrite ? nullptr : &i_dataLock),
       i_writeLockP(traits.lock == SpoolLock::kReadAndOwnWrite ? i_ownWriteLockP.get()
                    : traits.lock == SpoolLock::kRead          ? nullptr
-                                                              : &i_dataLock) {
+                                                              : &i_dataLock),
+      i_lifeP(std::make_shared<Life>()) {
+    i_lifeP->spoolP = this;
     AssertWords(traits.lock != SpoolLock::kReadAndOwnWrite || i_ownWriteLockP != nullptr, "writeMutexP");
     if (traits.waitsForDataB) i_spoolDataSem = std::make_unique<CSemaphore>("spool data");
 }
 
 CSpooler::~CSpooler() {
+    {
+        const std::scoped_lock guard(i_lifeP->lock);
+        i_lifeP->spoolP = nullptr;
+    }
     for (const bool writeB : {false, true}) TellCompletion(writeB, abortErr);   // never closed
 }
 
@@ -145,9 +163,9 @@ OSErr CSpooler::Read(std::span<std::byte> buffer, std::size_t& gotL) {
     {
         const SideLock lock(i_readLockP);
         const std::uint64_t unitsL = std::min<std::uint64_t>(Available_i(), buffer.size() / i_unitBytesL);
-        if (unitsL == 0) return IsAtEnd_i() ? eofErr : noErr;
+        if (unitsL == 0) return IsAtEnd_i() ? TellEnd() : noErr;
         err = Read_i(buffer.first(static_cast<std::size_t>(unitsL) * i_unitBytesL), gotL);
-        if (err == eofErr && gotL > 0) err = noErr;   // the next one tells
+        if (err == eofErr) err = gotL > 0 ? noErr : TellEnd();   // after some, the next one tells
         if (Failed(err)) gotL = 0;
         i_readL.fetch_add(Consumed_i(gotL));
     }
@@ -155,6 +173,14 @@ OSErr CSpooler::Read(std::span<std::byte> buffer, std::size_t& gotL) {
     if (Failed(err)) gotL = 0;
     // The writer stores its flag, then looks at the fill; we change the fill, then look at the flag: one of us sees it.
     if (i_lowWaterL != 0 && Fill_i() < i_lowWaterL && i_writerWaitsB.load()) i_refillB.Signal();
+    return err;
+}
+
+/** A failure that was kept for the end is this spool's own from now on. The render thread may be the one that reads: no
+    log, and the pump, which is gone, needs no signal. */
+OSErr CSpooler::TellEnd() {
+    const OSErr err = EndErr_i();
+    if (OSErr none = noErr; err != eofErr) i_err.compare_exchange_strong(none, err);
     return err;
 }
 
@@ -238,12 +264,28 @@ OSErr CSpooler::Seek(double position) {
     }
 }
 
-void CSpooler::Abort() {
-    if (i_abortedB.exchange(true)) return;   // neighbours abort each other
-    SetError(false, abortErr);
+void CSpooler::Abort() { End(abortErr); }
+
+void CSpooler::End(OSErr err) {
+    OSErr none = noErr;
+    if (!i_endedBy.compare_exchange_strong(none, err)) return;   // neighbours end each other
+    SetError(false, err);
     Abort_i();
-    if (const Ref<CSpooler> sourceP = SourceSpool()) sourceP->Abort();
-    if (const Ref<CSpooler> destinationP = Destination()) destinationP->Abort();
+    if (const Ref<CSpooler> sourceP = SourceSpool()) sourceP->End(err);
+    if (const Ref<CSpooler> destinationP = Destination()) destinationP->End(err);
+}
+
+std::function<void()> CSpooler::CancelHook() const {
+    return [lifeP = i_lifeP] {
+        if (const Ref<CSpooler> spoolP = lifeP->Spool()) spoolP->LookForCancel();
+    };
+}
+
+/** Only what is here still counts: a task that was closed, or a completion that was told, says nothing any more. */
+void CSpooler::LookForCancel() {
+    if (const std::shared_ptr<CTaskView> taskP = i_taskRecP.Get(); taskP && taskP->IsCancelled()) End(userCanceledErr);
+    for (const auto& completion : i_completions)
+        if (completion.With([](const auto& procP) { return procP && procP->IsAborted(); })) End(abortErr);
 }
 
 void CSpooler::SetError(bool writeSideB, OSErr err) {
@@ -255,15 +297,6 @@ void CSpooler::SetError(bool writeSideB, OSErr err) {
     i_firstWrite.ForceOpen();
     i_refillB.Signal(true);
     if (i_spoolDataSem) i_spoolDataSem->Signal(true);
-}
-
-OSErr CSpooler::Err() const {
-    if (const OSErr err = i_err.load(); Failed(err) || !i_cancellableB.load()) return err;
-    if (const std::shared_ptr<CTaskView> taskP = i_taskRecP.Get(); taskP && taskP->IsCancelled())
-        return userCanceledErr;
-    for (const auto& completion : i_completions)
-        if (completion.With([](const auto& procP) { return procP && procP->IsAborted(); })) return abortErr;
-    return noErr;
 }
 
 bool CSpooler::IsIgnorable(OSErr err) noexcept { return std::ranges::find(kIgnorable, err) != std::end(kIgnorable); }
@@ -285,8 +318,9 @@ void CSpooler::SetTotal(std::uint64_t sizeL) {
 }
 
 void CSpooler::SetCompletion(bool writeSideB, CS_MainThread_AbortProc* completionP) {
-    i_cancellableB.store(true);
+    if (completionP != nullptr) completionP->OnAbort(CancelHook());   // before: once it is ours it may be told and gone
     i_completions[writeSideB].Set(std::unique_ptr<CS_MainThread_AbortProc>(completionP));
+    LookForCancel();   // it may have been aborted in between
 }
 
 void CSpooler::SetDone(bool writeSideB) {
@@ -304,8 +338,8 @@ void CSpooler::TellCompletion(bool writeSideB, OSErr err) {
 void CSpooler::OpenTask(std::string_view text) {
     std::shared_ptr<CTaskView> taskP;
     CThreadHost::With([&](CThreadHost& host) { taskP = host.OpenTask(text); });
-    if (taskP) i_cancellableB.store(true);
-    i_taskRecP.Set(std::move(taskP));
+    i_taskRecP.Set(taskP);
+    if (taskP) taskP->OnCancel(CancelHook());
 }
 
 void CSpooler::ReportTask(long doneL, long totalL) {

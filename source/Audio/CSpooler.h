@@ -2,6 +2,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -70,7 +71,7 @@ public:
     /** Keeps the first error and lets everybody go on who waits. `writeSideB` says who failed, for the log. */
     void SetError(bool writeSideB, OSErr err);
     /** The first error; userCanceledErr or abortErr once the task or a completion was cancelled. */
-    OSErr Err() const;
+    OSErr Err() const noexcept { return i_err.load(); }
     /** An end that was wished for, was told already, or is none: no alert. */
     [[nodiscard]] static bool IsIgnorable(OSErr err) noexcept;
 
@@ -100,9 +101,10 @@ public:
        ends: the queue is not kept. */
     void SetQue(const CMutex_ThreadQue* queP) noexcept { i_queP.store(queP); }
     /** Called once, with the result, when that side is done, also when the spool goes without having been closed. Takes
-       it over; null is none. Aborting it is an error of the spool. */
+       it over; null is none. Aborting it ends the chain as Abort does. */
     void SetCompletion(bool writeSideB, CS_MainThread_AbortProc* completionP);
-    /** A line in the task list, if there is one; its cancellation is an error of the spool. */
+    /** A line in the task list, if there is one; its cancellation ends the chain as Abort does, with userCanceledErr.
+     */
     void OpenTask(std::string_view text);
     void ReportTask(long doneL, long totalL);
     void CloseTask();
@@ -125,6 +127,8 @@ protected:
     virtual OSErr Seek_i(std::uint64_t positionL);
     /** Nothing will come any more; asked when nothing is there. */
     virtual bool IsAtEnd_i() { return true; }
+    /** What the reader hears then. */
+    virtual OSErr EndErr_i() const { return eofErr; }
     /** How far the reader came by the `gotL` bytes that the last Read_i gave, in units: an adapter that changes the
         tempo overrides it with what it took from its base. */
     virtual std::uint64_t Consumed_i(std::size_t gotL) { return gotL / i_unitBytesL; }
@@ -146,6 +150,9 @@ protected:
     virtual bool EndOfSource_i() { return true; }
     /** After that. True when the pump is to go on, after a wait: a ring may still be sought. */
     virtual bool GoesOn_i() { return false; }
+    /** The source failed with `err`. True when the reader is to have first what was written before, and `err` at its
+       end (EndErr_i); false when it fails at once. */
+    virtual bool SourceFailed_i(OSErr /*err*/) { return false; }
     /** A writer that waits for room is needed elsewhere. */
     virtual bool IsWriterWanted_i() const { return false; }
     /** A pump begins, or ends. */
@@ -177,6 +184,7 @@ private:
     friend class CSpoolPump;
     friend OSErr Start(const Ref<CSpooler>& sourceP, const Ref<CSpooler>& destinationP, bool cooperativeB);
     class SideLock;
+    struct Life;
     struct Side {
         bool openB = false;
         bool closingB = false;
@@ -184,6 +192,10 @@ private:
 
     [[nodiscard]] const CMutex* Lock(bool writeB) const noexcept { return writeB ? i_writeLockP : i_readLockP; }
     OSErr CloseNow(bool writeB);
+    void End(OSErr err);
+    std::function<void()> CancelHook() const;
+    void LookForCancel();
+    OSErr TellEnd();
     OSErr WriteChunk(std::span<const std::byte> bytes);
     OSErr WaitForRoom();
     OSErr WaitForData();
@@ -199,8 +211,8 @@ private:
     const CCFDictionary i_source;
     const CCFDictionary i_info;
     std::atomic<const CMutex_ThreadQue*> i_queP{nullptr};
-    std::atomic<OSErr> i_err{noErr};   // the first one; never taken back
-    std::atomic<bool> i_abortedB{false};
+    std::atomic<OSErr> i_err{noErr};       // the first one; never taken back
+    std::atomic<OSErr> i_endedBy{noErr};   // abortErr or userCanceledErr, once the whole chain was ended
     std::atomic<float> i_peakF{0};
 
     CMutex i_dataLock;
@@ -225,6 +237,5 @@ private:
     CMutexT<Ref<CSpooler>> i_destinationP;
     CMutexT<std::shared_ptr<CTaskView>> i_taskRecP;
     CMutexT<std::unique_ptr<CS_MainThread_AbortProc>> i_completions[2];   // read, write
-    std::atomic<bool> i_cancellableB{
-        false};   // there is a task or a completion: the render thread asks no lock otherwise
+    const std::shared_ptr<Life> i_lifeP;
 };

@@ -1,8 +1,11 @@
 #pragma once
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
+#include "Core/CCancelSignal.h"
 #include "Core/CPostEventList.h"
 #include "Platform/CMainLoop.h"
 
@@ -17,11 +20,17 @@ public:
 /** A line of the task list. Any thread; must not wait for the main thread. */
 class CTaskView {
 public:
+    /** `cancelP` is what the list cancels when the user asks for the end. */
+    explicit CTaskView(std::shared_ptr<CCancelSignal> cancelP) : i_cancelP(std::move(cancelP)) {}
     virtual ~CTaskView() = default;
     virtual void SetText(const std::string& text) = 0;
     virtual void SetSteps(long doneL, long totalL) = 0;
     /** The user asked for its end. */
-    [[nodiscard]] virtual bool IsCancelled() const = 0;
+    [[nodiscard]] bool IsCancelled() const noexcept { return i_cancelP->IsCancelled(); }
+    void OnCancel(std::function<void()> hook) { i_cancelP->OnCancel(std::move(hook)); }
+
+private:
+    const std::shared_ptr<CCancelSignal> i_cancelP;
 };
 
 /** What the thread layer needs of the application; `CApp` is one, a test brings its own.

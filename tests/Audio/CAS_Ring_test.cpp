@@ -245,6 +245,38 @@ TEST_F(CAS_RingTest, AFailingSourceEndsTheSeekAndTheReader) {
     EXPECT_EQ(i_ringP->WaitPumped(), ioErr);
 }
 
+TEST_F(CAS_RingTest, WhatItHoldsIsPlayedBeforeItTellsThatTheSourceFailed) {
+    for (const bool abortB : {false, true}) {
+        constexpr std::uint32_t kHeld = 20 * 2448;   // below the high mark: the pump is not held up
+        Make(kSong_Frames);
+        i_sourceP->i_failAtL = kHeld;
+        i_sourceP->i_readErr = ioErr;
+        OSErr loaded = noErr;
+        std::atomic<bool> toldB{false};
+        i_ringP->SetCompletion(true, new MT_Told([&](OSErr result) {
+                                   loaded = result;
+                                   toldB = true;
+                               }));
+        static_cast<void>(Start(i_sourceP, i_ringP, false));   // the failure may come before this looks
+        EXPECT_EQ(i_ringP->WaitPumped(), noErr);
+        ASSERT_TRUE(RunUntil([&] { return toldB.load(); }));
+        EXPECT_EQ(loaded, ioErr);   // who waits for the whole song hears at once
+        EXPECT_EQ(i_sourceP->Err(), ioErr);
+        EXPECT_EQ(i_ringP->Seek(0), ioErr);
+        OSErr err = noErr;
+        if (abortB) {
+            i_ringP->Abort();
+            EXPECT_TRUE(ReadFrames(*i_ringP, 1, &err).empty());
+            EXPECT_EQ(err, abortErr);
+            continue;
+        }
+        EXPECT_EQ(i_ringP->Err(), noErr);
+        EXPECT_EQ(ReadToEnd(*i_ringP, 0, err), kHeld);
+        EXPECT_EQ(err, ioErr);
+        EXPECT_EQ(i_ringP->Err(), ioErr);
+    }
+}
+
 TEST_F(CAS_RingTest, ASeekEndsWithAPumpThatEndsWithoutIt) {
     i_sourceP = MakeRef<NumberSource>(1000U, SpoolType::kBin);   // whose end of file ends the pump
     i_ringP = MakeRef<NumberRing>();

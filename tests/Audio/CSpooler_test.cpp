@@ -248,7 +248,7 @@ TEST_F(CSpoolerTest, CancellingIsAnError) {
     EXPECT_EQ(spoolP->Err(), noErr);
     spoolP->OpenTask("Export");
     EXPECT_EQ(spoolP->Err(), noErr);
-    i_host.i_cancelB = true;
+    i_host.i_cancelP->Cancel();
     EXPECT_EQ(spoolP->Err(), userCanceledErr);
     std::size_t gotL = 1;
     std::byte some[4]{};
@@ -265,6 +265,53 @@ TEST_F(CSpoolerTest, CancellingIsAnError) {
     std::uint64_t sizeL = 0;
     EXPECT_EQ(otherP->Open(false, sizeL), abortErr);
     EXPECT_TRUE(Logged("### Error opening spooler for reading"));
+}
+
+TEST_F(CSpoolerTest, CancellingEndsAPumpThatWaits) {
+    for (const bool taskB : {true, false}) {   // the user's word in the task list, or the completion's owner
+        SCOPED_TRACE(taskB);
+        const OSErr wanted = taskB ? userCanceledErr : abortErr;
+        const auto fullP = MakeRef<NumberRing>();   // nobody reads: the pump waits for room
+        const auto sourceP = MakeRef<NumberSource>(1000000U);
+        const auto dequeP = MakeRef<CAS_Deque>();   // nobody writes: the pump waits for data
+        const auto sinkP = MakeRef<CAS_Null>();
+        i_host.i_cancelP = std::make_shared<CCancelSignal>();
+        MT_Told* completions[2] = {};
+        for (CSpooler* const spoolP : std::initializer_list<CSpooler*>{fullP.Get(), sinkP.Get()}) {
+            if (taskB) {
+                spoolP->OpenTask("Export");
+            } else {
+                const bool ringB = spoolP == fullP.Get();
+                completions[ringB] = new MT_Told([wanted](OSErr result) { EXPECT_EQ(result, wanted); });
+                spoolP->SetCompletion(true, completions[ringB]);
+            }
+        }
+        ASSERT_EQ(Start(sourceP, fullP, false), noErr);
+        ASSERT_TRUE(WaitFull(*fullP));
+        std::thread canceller([&] {
+            while (!dequeP->IsOpen(false)) std::this_thread::yield();
+            if (taskB) i_host.i_cancelP->Cancel();
+            for (MT_Told* const completionP : completions)
+                if (completionP != nullptr) completionP->Abort();
+        });
+        EXPECT_EQ(Start(dequeP, sinkP, false), wanted);
+        canceller.join();
+        EXPECT_EQ(sinkP->WaitPumped(), wanted);
+        EXPECT_EQ(fullP->WaitPumped(), wanted);
+        EXPECT_EQ(sourceP->Err(), wanted);
+        EXPECT_EQ(dequeP->Err(), wanted);
+    }
+}
+
+TEST_F(CSpoolerTest, AClosedTaskCancelsNothing) {
+    const auto spoolP = MakeRef<NumberSource>(10U);
+    spoolP->OpenTask("Export");
+    spoolP->CloseTask();
+    MakeRef<NumberSource>(10U)->OpenTask("gone before its task is cancelled");
+    i_host.i_cancelP->Cancel();
+    EXPECT_EQ(spoolP->Err(), noErr);
+    spoolP->OpenTask("cancelled from the start");
+    EXPECT_EQ(spoolP->Err(), userCanceledErr);
 }
 
 TEST_F(CSpoolerTest, AStoppedQueueAbortsTheRead) {

@@ -233,7 +233,7 @@ TEST_F(ThreadQueTest, ATaskIsOnViewWhileThereIsWork) {
     // Cancelled by the user, at the refresh of 0.25 s: what waits is dropped.
     ASSERT_EQ(que.AddVec({Element("c", queueNotDoneErr), Element("d")}), noErr);
     ASSERT_TRUE(RunUntil([&] { return que.Running() == 1; }));
-    i_host.i_cancelB = true;
+    i_host.i_cancelP->Cancel();
     EXPECT_TRUE(RunUntil([&] { return i_done.Get().ends_with("(d-27)"); }));
 }
 

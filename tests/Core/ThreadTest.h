@@ -33,19 +33,18 @@ public:
     CMainLoop_Plain i_loop;
     std::atomic<bool> i_windowB{true}, i_readyB{true}, i_songB{false};
     std::string i_idled;
-    std::atomic<bool> i_cancelB{false};
-    CMutexT<std::string> i_tasks;   // what the task list showed
+    std::shared_ptr<CCancelSignal> i_cancelP = std::make_shared<CCancelSignal>();   // of all tasks
+    CMutexT<std::string> i_tasks;                                                   // what the task list showed
 };
 
 inline std::unique_ptr<CTaskView> TestHost::OpenTask(std::string_view) {
     struct View final : CTaskView {
-        explicit View(TestHost& host) : i_host(host) {}
+        explicit View(TestHost& host) : CTaskView(host.i_cancelP), i_host(host) {}
         ~View() override { Say("gone"); }
         void SetText(const std::string& text) override { Say(text); }
         void SetSteps(long doneL, long totalL) override {
             Say(std::to_string(doneL) + " of " + std::to_string(totalL));
         }
-        bool IsCancelled() const override { return i_host.i_cancelB; }
         void Say(const std::string& text) {
             i_host.i_tasks.With([&](std::string& all) { all += text + "\n"; });
         }
