@@ -61,9 +61,12 @@ OSErr CAS_QuickTimeAudioReader::GetEOF(std::uint64_t& sizeL) {
         sizeL = GetTotal();
         return noErr;
     }
-    Movie movie;
-    const OSErr err = Begin(movie);
-    if (!Failed(err)) sizeL = Total(movie.audio);
+    const auto movieP = std::make_shared<Movie>();
+    i_askedP.Set(movieP);
+    OSErr err = Err();
+    if (!Failed(err)) err = Begin(*movieP);
+    i_askedP.Set(nullptr);
+    if (!Failed(err)) sizeL = Total(movieP->audio);
     return err;
 }
 
@@ -133,5 +136,6 @@ OSErr CAS_QuickTimeAudioReader::Seek_i(std::uint64_t positionL) {
 }
 
 void CAS_QuickTimeAudioReader::Abort_i() {
-    if (const auto movieP = i_movieP.Get()) movieP->audio.Abort();
+    for (const auto& movieP : {i_movieP.Get(), i_askedP.Get()})
+        if (movieP) movieP->audio.Abort();
 }

@@ -21,6 +21,7 @@ public:
     /** `extension`, without its dot, is a hint for the decoder. */
     CAS_QuickTimeAudioReader(SourceMaker makeSource, std::string extension, std::uint64_t song300 = 0);
 
+    /** One thread at a time. Opens the file, where the library knows no length; an abort ends that. */
     OSErr GetEOF(std::uint64_t& sizeL) override;
 
 protected:
@@ -43,6 +44,7 @@ private:
     const std::string i_extension;
     const std::uint64_t i_songUnitsL;           // 0: not known
     CMutexT<std::shared_ptr<Movie>> i_movieP;   // for Abort_i; else used under the read lock
+    CMutexT<std::shared_ptr<Movie>> i_askedP;   // while GetEOF looks at one of its own
     std::vector<std::int16_t> i_samples;        // these under the read lock
     bool i_endB = false;
 };

@@ -29,34 +29,43 @@ OSErr CAS_Zip::GetEOF(std::uint64_t& sizeL) {
 
 OSErr CAS_Zip::Open_i(bool writeB, std::uint64_t& sizeL) {
     if (writeB) return opWrErr;
-    i_bytes = std::make_unique<CByteSource_Zip>();
     sizeL = i_member.sizeL / UnitBytes();
-    return i_bytes->Open(i_zip, i_member);
+    const auto bytesP = std::make_shared<CByteSource_Zip>();
+    i_bytesP.Set(bytesP);   // from now on an abort reaches it
+    if (const OSErr err = Err(); Failed(err)) return err;
+    return bytesP->Open(i_zip, i_member);
 }
 
 OSErr CAS_Zip::Close_i(bool writeB) {
-    if (!writeB) i_bytes.reset();
+    if (!writeB) i_bytesP.Set(nullptr);
     return noErr;
 }
 
+void CAS_Zip::Abort_i() {
+    if (const auto bytesP = i_bytesP.Get()) bytesP->Abort();
+}
+
 std::uint64_t CAS_Zip::Available_i() {
-    return i_bytes ? i_bytes->Size() / UnitBytes() - i_bytes->Position() / UnitBytes() : 0;
+    const auto bytesP = i_bytesP.Get();
+    return bytesP ? bytesP->Size() / UnitBytes() - bytesP->Position() / UnitBytes() : 0;
 }
 
 OSErr CAS_Zip::Read_i(std::span<std::byte> buffer, std::size_t& gotL) {
     gotL = 0;
-    if (!i_bytes) return fnOpnErr;
-    const OSErr err = i_bytes->Read(buffer, gotL);
+    const auto bytesP = i_bytesP.Get();
+    if (!bytesP) return fnOpnErr;
+    const OSErr err = bytesP->Read(buffer, gotL);
     const std::size_t oddL = gotL % UnitBytes();
     gotL -= oddL;
     // What came before a fault is given first; the next read meets the fault again, with nothing before it.
-    if (Failed(err) && gotL > 0) return oddL == 0 ? noErr : i_bytes->Seek(i_bytes->Position() - oddL);
+    if (Failed(err) && gotL > 0) return oddL == 0 ? noErr : bytesP->Seek(bytesP->Position() - oddL);
     return err;
 }
 
 OSErr CAS_Zip::Seek_i(std::uint64_t positionL) {
-    if (!i_bytes) return fnOpnErr;
-    positionL = std::min(positionL, i_bytes->Size() / UnitBytes());
+    const auto bytesP = i_bytesP.Get();
+    if (!bytesP) return fnOpnErr;
+    positionL = std::min(positionL, bytesP->Size() / UnitBytes());
     SetRead(positionL);
-    return i_bytes->Seek(positionL * UnitBytes());
+    return bytesP->Seek(positionL * UnitBytes());
 }

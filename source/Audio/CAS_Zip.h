@@ -1,6 +1,7 @@
 #pragma once
 #include "Audio/CSpooler.h"
 #include "Core/CByteSource_Zip.h"
+#include "Core/CMutex.h"
 
 /** One member of a zip as a source: read in place and unpacked as the reader goes. Can be sought. Sub-code by its
    ending
@@ -19,9 +20,11 @@ protected:
     OSErr Read_i(std::span<std::byte> buffer, std::size_t& gotL) override;
     std::uint64_t Available_i() override;
     OSErr Seek_i(std::uint64_t positionL) override;
+    void Abort_i() override;
 
 private:
     const CFileRef i_zip;
     const CZipMember i_member;
-    std::unique_ptr<CByteSource_Zip> i_bytes;   // while it is open, under the read lock
+    CMutexT<std::shared_ptr<CByteSource_Zip>>
+        i_bytesP;   // while it is open; for Abort_i, else used under the read lock
 };

@@ -33,7 +33,8 @@ public:
                    .seconds = i_packets.Seconds()};
         i_totalL = static_cast<std::uint64_t>(std::llround(std::clamp(i_facts.seconds, 0.0, 1e8) * kSamplesPerSecond));
         // The first sound is the proof that it can be played; it stays for the first Read.
-        const OSErr err = FillPending();
+        OSErr err = FillPending();
+        if (!i_packets.EndOpening() && err == eofErr) err = paramErr;
         i_openB = !Failed(err) || err == eofErr;
         if (i_frames.Codec().sample_rate > 0) i_facts.rate = i_frames.Codec().sample_rate;
         return i_openB ? noErr : err;

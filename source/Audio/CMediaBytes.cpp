@@ -18,13 +18,34 @@ CMediaBytes::~CMediaBytes() {
 }
 
 OSErr CMediaBytes::Open(CByteSource& source) {
-    i_sourceP = &source;
+    i_sourceP.store(&source);
+    if (IsAborted()) source.Abort();   // it came before there was anything to hand it on to
     auto* bufferP = static_cast<unsigned char*>(av_malloc(kMediaBytes_Buffer));
     if (bufferP != nullptr)
         i_contextP = avio_alloc_context(bufferP, kMediaBytes_Buffer, 0, this, &ReadPacket, nullptr, &SeekTo);
     if (i_contextP != nullptr) return noErr;
     av_free(bufferP);
     return memFullErr;
+}
+
+void CMediaBytes::Abort() noexcept {
+    i_abortB.store(true);
+    if (CByteSource* const sourceP = i_sourceP.load(); sourceP != nullptr) sourceP->Abort();
+}
+
+void CMediaBytes::SetBudget(std::uint64_t bytes) noexcept {
+    i_budgetL = i_wayBudgetL = bytes;
+    if (bytes != kBudget_None) i_wayBudgetL = std::max(bytes, Source().StoredSize() * 4);
+}
+
+/** The next read through the context may be made; its way is then paid for. */
+bool CMediaBytes::IsInBudget() {
+    if (i_budgetL == kBudget_None) return true;
+    const std::uint64_t wayL = i_posL < Source().Size() ? Source().WayTo(i_posL) : 0;
+    i_spentB = i_spentB || i_budgetL == 0 || wayL > i_wayBudgetL;
+    if (i_budgetL == 0 || wayL > i_wayBudgetL) return false;
+    i_wayBudgetL -= wayL;
+    return true;
 }
 
 void CMediaBytes::ForgetErr() noexcept {
@@ -35,11 +56,11 @@ void CMediaBytes::ForgetErr() noexcept {
 OSErr CMediaBytes::ReadSome(std::uint64_t at, std::span<std::byte> to, std::size_t& got) {
     got = 0;
     if (IsAborted()) return abortErr;
-    if (at >= i_sourceP->Size()) return eofErr;
-    if (i_sourceP->Position() != at) {
-        if (const OSErr err = i_sourceP->Seek(at); Failed(err)) return err;
+    if (at >= Source().Size()) return eofErr;
+    if (Source().Position() != at) {
+        if (const OSErr err = Source().Seek(at); Failed(err)) return err;
     }
-    const OSErr err = i_sourceP->Read(to, got);
+    const OSErr err = Source().Read(to, got);
     got = std::min(got, to.size());
     return err;
 }
@@ -59,7 +80,7 @@ int CMediaBytes::ReadPacket(void* selfP, std::uint8_t* toP, int sizeL) {
     auto& self = *static_cast<CMediaBytes*>(selfP);
     if (self.IsAborted()) return AVERROR_EXIT;
     if (sizeL <= 0) return AVERROR_EOF;
-    if (self.i_budgetL == 0) return AVERROR_EOF;
+    if (!self.IsInBudget()) return AVERROR_EOF;
     std::size_t got = 0;
     const OSErr err =
         self.ReadSome(self.i_posL, std::as_writable_bytes(std::span(toP, static_cast<std::size_t>(sizeL))), got);
@@ -74,7 +95,7 @@ int CMediaBytes::ReadPacket(void* selfP, std::uint8_t* toP, int sizeL) {
 
 std::int64_t CMediaBytes::SeekTo(void* selfP, std::int64_t offset, int whence) {
     auto& self = *static_cast<CMediaBytes*>(selfP);
-    const auto size = static_cast<std::int64_t>(std::min<std::uint64_t>(self.i_sourceP->Size(), INT64_MAX));
+    const auto size = static_cast<std::int64_t>(std::min<std::uint64_t>(self.Source().Size(), INT64_MAX));
     whence &= ~AVSEEK_FORCE;
     if (whence == AVSEEK_SIZE) return size;
     std::int64_t base = 0;

@@ -101,8 +101,6 @@ OSErr CMediaPackets::OpenFormat() {
     result = avformat_find_stream_info(i_formatP, nullptr);
     if (result < 0) return FromFFmpeg(result, i_bytes.Err());
     quiet();
-    i_bytes.SetBudget(CMediaBytes::kBudget_None);
-
     const int best = av_find_best_stream(i_formatP, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
     if (best < 0) return FromFFmpeg(best, i_bytes.Err());
     i_streamP = i_formatP->streams[best];
@@ -110,6 +108,11 @@ OSErr CMediaPackets::OpenFormat() {
         if (static_cast<int>(n) != best) i_formatP->streams[n]->discard = AVDISCARD_ALL;
     i_placesB = std::ranges::find(kMedia_InOnePiece, i_container) != kMedia_InOnePiece.end();
     return noErr;
+}
+
+bool CMediaPackets::EndOpening() noexcept {
+    i_bytes.SetBudget(CMediaBytes::kBudget_None);
+    return !i_bytes.IsSpent();
 }
 
 OSErr CMediaPackets::Restart() {
@@ -121,7 +124,9 @@ OSErr CMediaPackets::Restart() {
     i_endErr = eofErr;
     i_bytes.ForgetErr();
     avio_seek(i_bytes.Context(), 0, SEEK_SET);
-    return OpenFormat();
+    const OSErr err = OpenFormat();
+    EndOpening();
+    return err;
 }
 
 OSErr CMediaPackets::Next(AVPacket& packet) {

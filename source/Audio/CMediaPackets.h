@@ -39,8 +39,11 @@ public:
     /** FFmpeg tells each damaged frame; the KJ's log keeps our own line a file. Any thread. */
     static void QuietLibrary();
 
-    /** `extension` without its dot helps where the contents are no sure sign; "pcm" and "raw" are 16-bit stereo. */
+    /** `extension` without its dot helps where the contents are no sure sign; "pcm" and "raw" are 16-bit stereo. What
+        is read until EndOpening is bounded. */
     OSErr Open(CByteSource& source, std::string_view extension);
+    /** False when the bound was met: what looked like the end was none. */
+    bool EndOpening() noexcept;
     /** The packet at Position, which moves on. eofErr after the last one; ioErr, abortErr. */
     OSErr Next(AVPacket& packet);
     [[nodiscard]] std::size_t Position() const noexcept { return i_positionL; }

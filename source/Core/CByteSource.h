@@ -7,7 +7,7 @@
 
 /** Bytes that a reader of media or of archives takes from somewhere: a file, a member of a zip, memory.
     Units    bytes; positions have 64 bits and begin at 0.
-    Threads  one at a time. Two readers of one file each have a source of their own.
+    Threads  one at a time; Abort any. Two readers of one file each have a source of their own.
     Owner    whoever made it; a reader that takes it in a `unique_ptr` owns it from then on.
     Errors   statuses. eofErr is the end and nothing else: data that are damaged or cut short give ioErr or another. */
 class CByteSource {
@@ -27,4 +27,12 @@ public:
     [[nodiscard]] virtual std::uint64_t Position() const = 0;
     /** Of the whole; fixed for the life of the source. */
     [[nodiscard]] virtual std::uint64_t Size() const = 0;
+
+    /** Where the bytes are packed, Size may promise far more than what they are kept in. */
+    [[nodiscard]] virtual std::uint64_t StoredSize() const { return Size(); }
+    /** Bytes that must be gone through before a Read at `position` gives its first; 0 where any place is near. */
+    [[nodiscard]] virtual std::uint64_t WayTo(std::uint64_t /*position*/) const { return 0; }
+    /** Also beside another call, which then ends soon: abortErr from now on. Where every call is short there is nothing
+        to end. */
+    virtual void Abort() noexcept {}
 };

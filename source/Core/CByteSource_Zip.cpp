@@ -12,7 +12,7 @@
 namespace {
 
 constexpr std::size_t kBlock = 32 * 1024;              // of the file at a time
-constexpr std::size_t kStep = 32 * 1024;               // thrown away at a time on the way to a place
+constexpr std::size_t kStep = 32 * 1024;               // unpacked at a time
 constexpr std::uint64_t kSpacing_Least = 512 * 1024;   // bytes between two saved states
 constexpr std::uint64_t kPoints_Most = 24;
 
@@ -54,6 +54,7 @@ ZipFault CByteSource_Zip::ReadHeader() {
 }
 
 OSErr CByteSource_Zip::Told(ZipFault fault) {
+    if (fault == ZipFault::kAborted) return abortErr;
     i_fault = fault;
     if (!i_toldB) LogF("### Error reading zip member “%s”: %s", i_member.name.c_str(), TextOf(fault));
     i_toldB = true;
@@ -73,8 +74,8 @@ OSErr CByteSource_Zip::Read(std::span<std::byte> to, std::size_t& got) {
     const std::size_t wantL = static_cast<std::size_t>(std::min<std::uint64_t>(to.size(), Size() - i_posL));
     const bool storedB = i_member.method == static_cast<std::uint16_t>(ZipMethod::kStored);
     const auto part = to.first(wantL);
-    ZipFault fault = ZipFault::kNone;
-    if (wantL > 0) fault = storedB ? ReadStored(part, got) : ReadPacked(part, got);
+    ZipFault fault = i_abortB.load() ? ZipFault::kAborted : ZipFault::kNone;
+    if (wantL > 0 && fault == ZipFault::kNone) fault = storedB ? ReadStored(part, got) : ReadPacked(part, got);
     Check(part.first(got), i_posL);
     i_posL += got;
     if (fault == ZipFault::kNone && i_posL == Size()) fault = CheckEnd();
@@ -118,11 +119,30 @@ ZipFault CByteSource_Zip::GoTo(std::uint64_t position) {
     return ZipFault::kNone;
 }
 
-void CByteSource_Zip::Restore(std::uint64_t position) {
+const CByteSource_Zip::Point* CByteSource_Zip::PointBefore(std::uint64_t position) const {
     const auto after = std::ranges::upper_bound(i_points, position, {}, &Point::at);
-    const Point* const bestP = after == i_points.begin() ? nullptr : &*std::prev(after);
+    return after == i_points.begin() ? nullptr : &*std::prev(after);
+}
+
+/** The unpacker stands before `position`, and no saved state is nearer. */
+bool CByteSource_Zip::IsNear(std::uint64_t position, const Point* pointP) const {
+    return i_unpacker && i_atL <= position && i_atL >= (pointP != nullptr ? pointP->at : 0);
+}
+
+std::uint64_t CByteSource_Zip::StoredSize() const {
+    return i_source ? std::min(i_member.packedL, i_source->Size() - std::min(i_source->Size(), i_dataAt)) : 0;
+}
+
+std::uint64_t CByteSource_Zip::WayTo(std::uint64_t position) const {
+    if (i_member.method == static_cast<std::uint16_t>(ZipMethod::kStored)) return 0;
+    const Point* const pointP = PointBefore(position);
+    return position - (IsNear(position, pointP) ? i_atL : pointP != nullptr ? pointP->at : 0);
+}
+
+void CByteSource_Zip::Restore(std::uint64_t position) {
+    const Point* const bestP = PointBefore(position);
     const std::uint64_t bestAt = bestP != nullptr ? bestP->at : 0;
-    if (i_unpacker && i_atL <= position && i_atL >= bestAt) return;
+    if (IsNear(position, bestP)) return;
     i_unpacker = bestP != nullptr ? bestP->state->Clone() : CZipUnpacker::Make(i_member.method);
     i_atL = bestAt;
     i_packedAtL = bestP != nullptr ? bestP->packedAt : 0;
@@ -132,11 +152,13 @@ void CByteSource_Zip::Restore(std::uint64_t position) {
 /** Some bytes, at least one, or a fault; `got` counts with both. */
 ZipFault CByteSource_Zip::Unpack(std::span<std::byte> to, std::size_t& got) {
     got = 0;
+    to = to.first(std::min(to.size(), kStep));
     // Not over the place of the next saved state.
     const std::uint64_t lastAt = i_points.empty() ? 0 : i_points.back().at;
     if (i_atL < lastAt + i_spacingL)
         to = to.first(static_cast<std::size_t>(std::min<std::uint64_t>(to.size(), lastAt + i_spacingL - i_atL)));
     while (got == 0) {
+        if (i_abortB.load()) return ZipFault::kAborted;
         const ZipFault filled = i_left.empty() ? FillPacked() : ZipFault::kNone;
         const CZipUnpacker::Step step = i_unpacker->Run(i_left, to);
         i_left = i_left.subspan(step.takenL);
@@ -196,6 +218,7 @@ ZipFault CByteSource_Zip::CheckEnd() {
     if (i_unpacker && i_atL == Size()) {
         std::array<std::byte, 1> more;
         for (;;) {
+            if (i_abortB.load()) return ZipFault::kAborted;
             const ZipFault filled = i_left.empty() ? FillPacked() : ZipFault::kNone;
             const CZipUnpacker::Step step = i_unpacker->Run(i_left, more);
             i_left = i_left.subspan(step.takenL);

@@ -1,4 +1,5 @@
 #pragma once
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -9,10 +10,11 @@
 
 /** One member of a zip, read in place: nothing is unpacked to a file or held whole in memory. A packed member keeps
    saved states of its unpacker, at most 24, so that a step back unpacks a small part again (512 KB, or a 24th of a big
-   member) and not all from the start. Threads  one at a time; two members of one zip may be read on two threads, each
-   by a source of its own. Owner    its own open file. Errors   as CByteSource; Fault() has the reason, and one line is
-   in the log. Never more than the size that the directory tells is given. A member that holds more or less, or, when
-   all of it was read, has another checksum, fails at its end, with all the bytes given before. */
+   member) and not all from the start. Threads  one at a time, Abort any; two members of one zip may be read on two
+   threads, each by a source of its own. Owner    its own open file. Errors   as CByteSource, abortErr among them;
+   Fault() has the reason, and one line is in the log. Never more than the size that the directory tells is given. A
+   member that holds more or less, or, when all of it was read, has another checksum, fails at its end, with all the
+   bytes given before. */
 class CByteSource_Zip final : public CByteSource {
 public:
     /** `member` is one that CZipArchive found in `zip`; it is copied. */
@@ -24,6 +26,9 @@ public:
     OSErr Seek(std::uint64_t position) override;
     [[nodiscard]] std::uint64_t Position() const override { return i_posL; }
     [[nodiscard]] std::uint64_t Size() const override { return i_member.sizeL; }
+    [[nodiscard]] std::uint64_t StoredSize() const override;
+    [[nodiscard]] std::uint64_t WayTo(std::uint64_t position) const override;
+    void Abort() noexcept override { i_abortB.store(true); }
     [[nodiscard]] ZipFault Fault() const { return i_fault; }
     /** Bytes unpacked since Open, those on the way to a place among them: what the seeks really cost. */
     [[nodiscard]] std::uint64_t UnpackedBytes() const { return i_workL; }
@@ -39,12 +44,15 @@ private:
     ZipFault GoTo(std::uint64_t position);
     ZipFault Unpack(std::span<std::byte> to, std::size_t& got);
     ZipFault FillPacked();
+    [[nodiscard]] const Point* PointBefore(std::uint64_t position) const;
+    [[nodiscard]] bool IsNear(std::uint64_t position, const Point* pointP) const;
     void Restore(std::uint64_t position);
     void SavePoint();
     void Check(std::span<const std::byte> bytes, std::uint64_t at);
     ZipFault CheckEnd();
     OSErr Told(ZipFault fault);
 
+    std::atomic<bool> i_abortB{false};   // looked at before each 32 KB
     CZipMember i_member;
     std::unique_ptr<CByteSource> i_source;
     ZipFault i_fault = ZipFault::kNone;

@@ -23,8 +23,9 @@ constexpr struct {
     {"the packed data are damaged", ioErr},
     {"the checksum is wrong", ioErr},
     {"the file cannot be read", ioErr},
+    {"aborted", abortErr},
 };
-static_assert(std::size(kFaults) == static_cast<std::size_t>(ZipFault::kRead) + 1);
+static_assert(std::size(kFaults) == static_cast<std::size_t>(ZipFault::kAborted) + 1);
 
 }   // namespace
 

@@ -3,6 +3,8 @@
 #include <array>
 
 #include "../Core/ZipTest.h"
+#include "Audio/CAS_QuickTimeAudioReader.h"
+#include "Platform/CFileCalls_Faults.h"
 
 namespace {
 
@@ -63,6 +65,65 @@ TEST_F(CAS_Zip_Test, CanBeSought) {
         EXPECT_EQ(gotL, part.size());
         EXPECT_EQ(whole.compare(at, gotL, reinterpret_cast<const char*>(part.data()), gotL), 0);
     }
+}
+
+TEST_F(CAS_Zip_Test, ABombOpensNoLongerThanItsFileIsWorth) {
+    CByteSource_Zip source;
+    ASSERT_EQ(source.Open(CFileRef(Made("bomb.zip")), Member("bomb.zip", "song.m4a")), noErr);
+    EXPECT_GT(source.Size(), source.StoredSize() * 900);
+    CMediaAudio audio;
+    EXPECT_EQ(audio.Open(source, "m4a"), paramErr);
+    EXPECT_LT(source.UnpackedBytes(), 100U << 20);
+}
+
+TEST_F(CAS_Zip_Test, TheWayToAPlaceIsWhatARealReadUnpacks) {
+    for (const char* const zipZ : {"stored.zip", "deflated.zip", "deflate64.zip"}) {
+        CByteSource_Zip source;
+        ASSERT_EQ(source.Open(CFileRef(Made(zipZ)), Member(zipZ, "big.bin")), noErr);
+        for (const std::uint64_t place : {2'900'000U, 100U, 1'500'000U, 1'500'101U, 1'499'999U, 0U, 2'999'999U}) {
+            const std::uint64_t wayL = source.WayTo(place), beforeL = source.UnpackedBytes();
+            std::byte part[1];
+            std::size_t gotL = 0;
+            ASSERT_EQ(source.Seek(place), noErr);
+            ASSERT_EQ(source.Read(part, gotL), noErr);
+            EXPECT_EQ(source.UnpackedBytes() - beforeL, zipZ[0] == 's' ? 0 : wayL + 1) << zipZ << ' ' << place;
+        }
+    }
+}
+
+TEST_F(CAS_Zip_Test, AnAbortEndsTheWayToAPlaceAndALookAtTheLength) {
+    const CZipMember member = Member("bomb.zip", "song.m4a");
+    const CFileRef zip(Made("bomb.zip"));
+    const auto readerP = MakeRef<CAS_QuickTimeAudioReader>(
+        [&](std::unique_ptr<CByteSource>& sourceP) {
+            auto zipP = std::make_unique<CByteSource_Zip>();
+            const OSErr err = zipP->Open(zip, member);
+            sourceP = std::move(zipP);
+            return err;
+        },
+        "m4a");
+    const auto spoolP = MakeRef<CAS_Zip>(zip, member);
+    std::uint64_t sizeL = 0;
+    ASSERT_EQ(spoolP->Open(false, sizeL), noErr);
+    ASSERT_EQ(spoolP->Seek(0.9), noErr);
+
+    CFileCalls_Faults faults(CFileCalls::Get());
+    CSpooler* abortP = nullptr;
+    long readsL = 0;
+    faults.SetWatch([&](long, const char* callZ, const std::filesystem::path&) {
+        if (std::string_view(callZ) == "read" && ++readsL == 2) abortP->Abort();
+    });
+    CFileCalls::Install(&faults);
+    abortP = spoolP.Get();
+    std::byte part[4];
+    std::size_t gotL = 0;
+    EXPECT_EQ(spoolP->Read(part, gotL), abortErr);
+    EXPECT_EQ(readsL, 2);   // of more than a hundred
+    readsL = 0;
+    abortP = readerP.Get();
+    EXPECT_EQ(readerP->GetEOF(sizeL), abortErr);
+    EXPECT_EQ(readsL, 2);
+    CFileCalls::Install(nullptr);
 }
 
 TEST_F(CAS_Zip_Test, WhatCameBeforeAFaultIsGiven) {

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Archives for the tests of zips, by Python's zipfile and by 7z: zip_maker.py FOLDER"""
-import os, random, subprocess, sys, zipfile
+import os, random, struct, subprocess, sys, zipfile, zlib
 
 folder = sys.argv[1]
 os.chdir(folder)
@@ -62,6 +62,23 @@ class Pipe:
     def write(self, b): return self.f.write(b)
     def flush(self): self.f.flush()
 
+
+def bomb(name, inside, head, megabytes):
+    """One member of `head` and zeros, a thousand times as long as what it is packed in; its checksum is wrong."""
+    packer = zlib.compressobj(9, zlib.DEFLATED, -15)
+    packed = packer.compress(head) + packer.flush(zlib.Z_FULL_FLUSH)
+    packer.compress(bytes(1 << 20)), packer.flush(zlib.Z_FULL_FLUSH)
+    packed += (packer.compress(bytes(1 << 20)) + packer.flush(zlib.Z_FULL_FLUSH)) * megabytes + packer.flush()
+    fields = struct.pack("<HHHHHIIIHH", 20, 0, 8, 0, 0x21, 0, len(packed), len(head) + (megabytes << 20), len(inside), 0)
+    local = b"PK\3\4" + fields + inside + packed
+    central = b"PK\1\2" + struct.pack("<H", 20) + fields + struct.pack("<HHHII", 0, 0, 0, 0, 0) + inside
+    end = b"PK\5\6" + struct.pack("<HHHHIIH", 0, 0, 1, 1, len(central), len(local), 0)
+    open(name, "wb").write(local + central + end)
+
+
+# A movie whose index would stand at its end.
+brand = struct.pack(">I4s4sI4s4s", 24, b"ftyp", b"isom", 512, b"isom", b"mp41")
+bomb("bomb.zip", b"song.m4a", brand + struct.pack(">I4s", 8 + (4_000 << 20), b"mdat"), 4_000)
 
 with open("streamed.zip", "wb") as f, zipfile.ZipFile(Pipe(f), "w", zipfile.ZIP_DEFLATED) as z:
     for name, data in everything:
