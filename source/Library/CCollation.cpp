@@ -2,7 +2,7 @@
 
 #include <unicode/coll.h>
 #include <unicode/locid.h>
-#include <unicode/unistr.h>
+#include <unicode/ustring.h>
 
 #include <algorithm>
 #include <vector>
@@ -55,16 +55,33 @@ int CCollation::Compare(std::string_view a, std::string_view b) const {
 }
 
 std::string CCollation::SortKey(std::string_view text) const {
-    if (i_rules->collator == nullptr) return std::string(text);
-    const auto wide = icu::UnicodeString::fromUTF8(Piece(text));
-    std::string key(text.size() * 2 + 16, '\0');   // enough for most texts
+    std::string key;
+    std::u16string wide;
+    AppendSortKey(text, key, wide);
+    return key;
+}
+
+void CCollation::AppendSortKey(std::string_view text, std::string& keys, std::u16string& wide) const {
+    if (i_rules->collator == nullptr) {
+        // 0 ends a key; texts in which it stands are equal to those that have 1 there.
+        for (const char c : text) keys += c == '\0' ? '\1' : c;
+        return;
+    }
+    text = text.substr(0, kMost);
+    if (wide.size() < text.size()) wide.resize(text.size());   // never more units than bytes
+    UErrorCode status = U_ZERO_ERROR;
+    int32_t unitsL = 0;
+    u_strFromUTF8WithSub(wide.data(), static_cast<int32_t>(wide.size()), &unitsL, text.data(),
+                         static_cast<int32_t>(text.size()), 0xFFFD, nullptr, &status);
+    const std::size_t beginL = keys.size();
+    keys.resize(beginL + text.size() * 2 + 16);   // enough for most texts
     for (int tries = 0; tries < 2; ++tries) {
-        const auto roomL = static_cast<int32_t>(std::min(key.size(), kMost));
-        const int32_t neededL = i_rules->collator->getSortKey(wide, reinterpret_cast<std::uint8_t*>(key.data()), roomL);
+        const auto roomL = static_cast<int32_t>(std::min(keys.size() - beginL, kMost));
+        const int32_t neededL = i_rules->collator->getSortKey(
+            wide.data(), unitsL, reinterpret_cast<std::uint8_t*>(keys.data() + beginL), roomL);
         const bool fitsB = neededL <= roomL;
-        key.resize(static_cast<std::size_t>(std::max(neededL, 0)));
+        keys.resize(beginL + static_cast<std::size_t>(std::max(neededL, 0)));
         if (fitsB) break;
     }
-    if (!key.empty() && key.back() == '\0') key.pop_back();   // the NUL that ends a key is no part of the order
-    return key;
+    if (keys.size() > beginL && keys.back() == '\0') keys.pop_back();   // its end is no part of the order
 }

@@ -2,13 +2,11 @@
 
 #include <bit>
 #include <cmath>
-#include <cstring>
 #include <deque>
 #include <limits>
 #include <string>
-#include <unordered_map>
 
-#include "Library/CCollation.h"
+#include "Library/CTextRanker.h"
 
 namespace {
 
@@ -31,64 +29,17 @@ void MakeDense(Ranks& ranks) {
         if (rank != 0) rank = static_cast<std::uint64_t>(std::ranges::lower_bound(known, rank) - known.begin()) + shift;
 }
 
-/** The sort keys of different texts, one behind the other. */
-class TextKeys {
-public:
-    void Add(std::string_view text) {
-        const std::string key = CCollation::User().SortKey(text);
-        i_keys.push_back({Head(key, 0), Head(key, 8), i_bytes.size(), static_cast<std::uint32_t>(key.size()),
-                          static_cast<std::uint32_t>(i_keys.size())});
-        i_bytes += key;
-    }
-    /** By the number of the text: 1 for the first in order. */
-    std::vector<std::uint32_t> Ranked() {
-        std::ranges::sort(i_keys, [this](const Key& a, const Key& b) {
-            if (a.head != b.head) return a.head < b.head;
-            if (a.neck != b.neck) return a.neck < b.neck;
-            return View(a) < View(b);
-        });
-        std::vector<std::uint32_t> ranks(i_keys.size());
-        std::uint32_t rank = 0;
-        for (std::size_t n = 0; n < i_keys.size(); ++n) {
-            if (n == 0 || !Alike(i_keys[n - 1], i_keys[n])) ++rank;
-            ranks[i_keys[n].text] = rank;
-        }
-        return ranks;
-    }
-
-private:
-    struct Key {
-        std::uint64_t head, neck;   // the first sixteen bytes, which nearly always decide without a look at the others
-        std::size_t begin;
-        std::uint32_t size, text;
-    };
-    static std::uint64_t Head(const std::string& key, std::size_t from) {
-        std::uint64_t head = 0;
-        for (std::size_t n = from; n < from + 8; ++n)
-            head = head << 8 | (n < key.size() ? static_cast<unsigned char>(key[n]) : 0U);
-        return head;
-    }
-    std::string_view View(const Key& key) const { return std::string_view(i_bytes).substr(key.begin, key.size); }
-    bool Alike(const Key& a, const Key& b) const { return a.head == b.head && a.neck == b.neck && View(a) == View(b); }
-    std::string i_bytes;
-    std::vector<Key> i_keys;
-};
-
 Ranks TextRanks(std::span<const CMetaValue> values) {
     Ranks ranks(values.size());
-    std::unordered_map<std::string_view, std::uint32_t> known;
-    known.reserve(values.size() / 2);
     std::deque<std::string> kept;
-    TextKeys keys;
+    CTextRanker ranker(values.size());
     for (std::size_t n = 0; n < values.size(); ++n) {
         if (!values[n]) continue;
         std::string_view text = values[n].Text();
         if (values[n].Type() == ValType::ValType_SONGFILE) text = kept.emplace_back(values[n].FilePath());
-        const auto [it, newB] = known.try_emplace(text, static_cast<std::uint32_t>(known.size()));
-        if (newB) keys.Add(text);
-        ranks[n] = it->second + 1;
+        ranks[n] = std::uint64_t{ranker.Add(text)} + 1;
     }
-    const std::vector<std::uint32_t> order = keys.Ranked();
+    const std::vector<std::uint32_t> order = ranker.Ranks();
     for (std::uint64_t& rank : ranks)
         if (rank != 0) rank = order[rank - 1];
     return ranks;
@@ -151,27 +102,25 @@ void CRowSorter::AddColumn(const MetaSortKey& by, std::span<const CMetaValue> va
     for (std::size_t n = 0; n < i_rowsL; ++n) word.values[n] = word.values[n] << bits | ranks[n];
 }
 
-void CRowSorter::SortGroups(std::vector<std::pair<std::uint64_t, std::uint32_t>>& rows, std::size_t begin,
-                            std::size_t end, std::size_t word) const {
-    if (word == i_words.size() || end - begin < 2) return;
-    for (std::size_t n = begin; n < end; ++n) rows[n].first = i_words[word].values[rows[n].second];
-    // By the number, then by the row: equal rows stay as they were.
-    std::sort(rows.begin() + static_cast<std::ptrdiff_t>(begin), rows.begin() + static_cast<std::ptrdiff_t>(end));
+void CRowSorter::SortGroups(std::span<Numbered> rows, std::size_t word, std::vector<Numbered>& room) const {
+    if (word == i_words.size() || rows.size() < 2) return;
+    for (Numbered& row : rows) row.number = i_words[word].values[row.index];
+    SortNumbered(rows, room);
     if (word + 1 == i_words.size()) return;
-    for (std::size_t n = begin; n < end;) {
+    for (std::size_t n = 0; n < rows.size();) {
         std::size_t next = n + 1;
-        while (next < end && rows[next].first == rows[n].first) ++next;
-        SortGroups(rows, n, next, word + 1);
+        while (next < rows.size() && rows[next].number == rows[n].number) ++next;
+        SortGroups(rows.subspan(n, next - n), word + 1, room);
         n = next;
     }
 }
 
 std::vector<std::uint32_t> CRowSorter::Sort() {
-    std::vector<std::pair<std::uint64_t, std::uint32_t>> rows(i_rowsL);
-    for (std::size_t n = 0; n < i_rowsL; ++n) rows[n].second = static_cast<std::uint32_t>(n);
-    SortGroups(rows, 0, rows.size(), 0);
+    std::vector<Numbered> rows(i_rowsL), room;
+    for (std::size_t n = 0; n < i_rowsL; ++n) rows[n].index = static_cast<std::uint32_t>(n);
+    SortGroups(rows, 0, room);
     std::vector<std::uint32_t> order;
     order.reserve(i_rowsL);
-    for (const auto& [value, row] : rows) order.push_back(row);
+    for (const Numbered& row : rows) order.push_back(row.index);
     return order;
 }

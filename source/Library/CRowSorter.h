@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "Library/CMeta.h"
+#include "Library/SortNumbered.h"
 
 /** The order of two values of a key, as CMeta compares them: no value first, checked boxes of "sgKJ" and "PSNT" first,
     the direction last. -1, 0, 1. */
@@ -26,8 +27,7 @@ private:
         std::vector<std::uint64_t> values;
         unsigned bits = 0;
     };
-    void SortGroups(std::vector<std::pair<std::uint64_t, std::uint32_t>>& rows, std::size_t begin, std::size_t end,
-                    std::size_t word) const;
+    void SortGroups(std::span<Numbered> rows, std::size_t word, std::vector<Numbered>& room) const;
 
     const std::size_t i_rowsL;
     std::vector<Word> i_words;
