@@ -9,6 +9,7 @@ class CSongMeta final : public CMeta {
 public:
     CSongMeta(CSongDatabase* databaseP, SongID id);
     ~CSongMeta() override { Retire(); }
+    [[nodiscard]] CSongDatabase* Database() const noexcept { return i_databaseP; }
 
 protected:
     void OnChanged(MetaKey key, const CMetaValue& value) override;
@@ -35,6 +36,21 @@ public:
     /** Its row in the library's list; SDB_kNoItem when it is not there. Main thread. */
     [[nodiscard]] PLItemID LibraryItem() const noexcept { return i_pliP; }
     void SetLibraryItem(PLItemID item) noexcept { i_pliP = item; }
+
+    // ---- Files: what the places say, without a look at the disc (CSongFiles looks). ----
+    /** SDB_SongFileStatus_NONE for an empty place. Any thread. */
+    [[nodiscard]] SDB_SongFileStatus GetStatus(SDB_SongFile type) const;
+    /** Any thread. */
+    [[nodiscard]] CFileRef FileRef(SDB_SongFile type) const;
+    /** A status of NONE empties the place. A changed sound, graphics or zip makes the library dirty, but for a batch,
+       and for the halves of a song that has a zip. */
+    void SetFileRef(SDB_SongFile type, SDB_SongFileStatus status, const CFileRef& ref);
+    enum class StatusCheck : bool { kSkip, kCheck };
+    /** The same with the status that follows from the path. What lies on a disc stays there: another place is asserted,
+        and refused with paramErr, unless the check is skipped. */
+    OSErr SetFile(SDB_SongFile type, const CFileRef& ref, StatusCheck check = StatusCheck::kCheck);
+    /** The zip, else the graphics or video, else the sound; SDB_SongFile_NONE for a song without any. */
+    [[nodiscard]] SDB_SongFile MainFile() const;
 
 private:
     const SongID i_id;

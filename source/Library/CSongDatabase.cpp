@@ -100,6 +100,12 @@ void CSongDatabase::SongsLeaveLibrary(CPlayList& library, std::span<const PLItem
                 songP->SetLibraryItem(SDB_kNoItem);
 }
 
+void CSongDatabase::SetSettings(LibrarySettings settings) {
+    i_settings.Set(std::make_shared<const LibrarySettings>(std::move(settings)));
+}
+
+void CSongDatabase::SetPlayingSong(SongID song) { i_songP.Set(song); }
+
 // ---- Lists ----
 
 CPlayList& CSongDatabase::AddPlaylist(SourceType type, const SuperString& name, PlaylistID id) {

@@ -12,6 +12,7 @@
 #include "Library/CPlayList.h"
 #include "Library/CRowValues.h"
 #include "Library/CSong.h"
+#include "Library/LibrarySettings.h"
 
 /** What the library asks of those above it. Main thread; outlives the database. */
 class CSongDatabaseHost {
@@ -72,6 +73,40 @@ public:
     [[nodiscard]] const std::shared_ptr<const CSingerValues>& SingerValues() const noexcept {
         return i_singerValuesRef;
     }
+
+    /** What holds of the preferences now. Any thread; SetSettings main. */
+    [[nodiscard]] std::shared_ptr<const LibrarySettings> Settings() const { return i_settings.Get(); }
+    void SetSettings(LibrarySettings settings);
+    /** The song that plays; 0 for none. Any thread; set on the main thread. */
+    [[nodiscard]] SongID PlayingSong() const { return i_songP.Get(); }
+    void SetPlayingSong(SongID song);
+    /** While one lives, many songs change in one go: they mark nothing as dirty, whoever works does. Main thread. */
+    class Batch {
+    public:
+        explicit Batch(CSongDatabase& database) : i_database(database) { ++database.i_batchesL; }
+        ~Batch() { --i_database.i_batchesL; }
+        Batch(const Batch&) = delete;
+        Batch& operator=(const Batch&) = delete;
+
+    private:
+        CSongDatabase& i_database;
+    };
+    [[nodiscard]] bool IsInBatch() const noexcept { return i_batchesL > 0 || i_loadingB; }
+    /** While one lives, files are being added and the save waits; it may outlive the database. Main thread. */
+    class Adding {
+    public:
+        explicit Adding(CSongDatabase& database) : i_databaseRef(database.Self()) { ++database.i_addingL; }
+        ~Adding() {
+            const auto databaseRef = i_databaseRef.lock();
+            if (databaseRef != nullptr && *databaseRef != nullptr) --(*databaseRef)->i_addingL;
+        }
+        Adding(const Adding&) = delete;
+        Adding& operator=(const Adding&) = delete;
+
+    private:
+        std::weak_ptr<CSongDatabase*> i_databaseRef;
+    };
+    [[nodiscard]] bool IsAddingToLibrary() const noexcept { return i_addingL > 0; }
 
     // ---- Lists ----
     [[nodiscard]] CPlayList& Library() const noexcept { return *i_libraryP; }
@@ -137,6 +172,10 @@ private:
     CMutex_ItemMap<PlaylistID, CPlayList> i_lists;
     CPlayList* i_libraryP = nullptr;
     CMutexT<std::int32_t> i_nextID{Number(kPlaylistID_Library) + 1};
+    CMutexT<std::shared_ptr<const LibrarySettings>> i_settings{std::make_shared<const LibrarySettings>()};
+    CMutexT<SongID> i_songP{SongID{0}};
+    std::atomic<long> i_batchesL{0};
+    long i_addingL = 0;
     CMutexT<std::vector<Change>> i_changes;
     ForkID i_changesTimer = 0;
     std::atomic<bool> i_loadingB{false};

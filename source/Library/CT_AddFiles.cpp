@@ -1,0 +1,129 @@
+#include "Library/CT_AddFiles.h"
+
+#include <algorithm>
+
+#include "Core/CLog.h"
+#include "Library/CSongDatabase.h"
+#include "Library/FileTitle.h"
+
+namespace {
+
+constexpr SDB_SongFile kLookedUp[] = {SDB_SongFile_AUDIO, SDB_SongFile_VIDEO, SDB_SongFile_ZIP};
+constexpr std::size_t kLookUp_Block = 512;   // songs under one lock
+
+constexpr std::size_t kMake_Block = 100;   // songs in one call: the main thread is not held up
+
+}   // namespace
+
+class CT_AddFiles::CMainThread_AddSong final : public CMainThreadProc {
+public:
+    CMainThread_AddSong(CT_AddFiles& task, std::span<const SongFileSet> sets)
+        : CMainThreadProc("add song", StackHeld::kYes), i_task(task), i_sets(sets) {}
+
+protected:
+    OSErr Operate() override { return i_task.MakeSongs(i_sets); }
+
+private:
+    CT_AddFiles& i_task;
+    std::span<const SongFileSet> i_sets;
+};
+
+CT_AddFiles::CT_AddFiles(CSongDatabase& database, std::vector<std::filesystem::path> paths, Done done)
+    : CT_Preemptive("add files"),
+      i_databaseRef(database.Self()),
+      i_songsRef(database.Songs()),
+      i_settingsRef(database.Settings()),
+      i_paths(std::move(paths)),
+      i_done(std::move(done)),
+      i_nextID(database.PeekNextID()),
+      i_adding(database) {}
+
+OSErr CT_AddFiles::Operate(OSErr err) {
+    if (Failed(err)) return err;
+    bool cancelledB = false;
+    std::unique_ptr<CTaskView> viewP;
+    (void)CThreadHost::With([&](CThreadHost& host) { viewP = host.OpenTask("Add Files"); });
+    if (viewP) viewP->SetText("Gathering Files in folder");
+    i_found = SongFileSets::Gather(i_paths, i_settingsRef->requireAudioB, [&] {
+        cancelledB = cancelledB || (viewP && viewP->IsCancelled());
+        return cancelledB;
+    });
+    if (cancelledB) return userCanceledErr;
+    for (const SongFileSet& set : i_found.sets)
+        for (const CFileRef* fileP : {&set.audio, &set.video, &set.zip})
+            if (!fileP->IsEmpty()) i_owners.try_emplace(fileP->GetPath().native(), SongID{0});
+    LookUp(i_songsRef->Ids());
+    for (std::span<const SongFileSet> left(i_found.sets); !left.empty();) {
+        const auto block = left.first(std::min(kMake_Block, left.size()));
+        left = left.subspan(block.size());
+        if (viewP && viewP->IsCancelled()) return userCanceledErr;
+        if (const OSErr made = CMainThread_AddSong(*this, block).Call(CallMode::kWait); Failed(made)) return made;
+    }
+    return noErr;
+}
+
+void CT_AddFiles::LookUp(std::span<const SongID> songs) {
+    for (std::size_t at = 0; at < songs.size(); at += kLookUp_Block)
+        i_songsRef->WithMany([&](const auto& find) {
+            for (const SongID id : songs.subspan(at, std::min(kLookUp_Block, songs.size() - at)))
+                if (CSong* const songP = find(id))
+                    for (const SDB_SongFile type : kLookedUp)
+                        if (const CMetaValue value = songP->Meta().Stored(SongFileKey(type)))
+                            if (const auto it = i_owners.find(i_settingsRef->Whole(value.FilePath()).native());
+                                it != i_owners.end() && Number(it->second) == 0)
+                                it->second = id;
+        });
+}
+
+SongID CT_AddFiles::SongOf(const SongFileSet& set) const {
+    for (const CFileRef* fileP : {&set.zip, &set.video, &set.audio})
+        if (const auto it = i_owners.find(fileP->GetPath().native()); it != i_owners.end() && Number(it->second) != 0)
+            return it->second;
+    return SongID{0};
+}
+
+OSErr CT_AddFiles::Completion(OSErr err) {
+    const auto databaseRef = i_databaseRef.lock();
+    if (databaseRef == nullptr || *databaseRef == nullptr) return err;
+    CSongDatabase& database = **databaseRef;
+    (void)database.AddSongsToLibrary(i_fresh);
+    i_added.newL = i_fresh.size();
+    i_added.refused = std::move(i_found.refused);
+    LogF("Added: %lu", static_cast<unsigned long>(i_added.newL));
+    if (!i_fresh.empty()) database.SetDirty(true, "songs added");
+    i_done(err, i_added);
+    return err;
+}
+
+OSErr CT_AddFiles::MakeSongs(std::span<const SongFileSet> sets) {
+    const auto databaseRef = i_databaseRef.lock();
+    if (databaseRef == nullptr || *databaseRef == nullptr) return abortErr;
+    CSongDatabase& database = **databaseRef;
+    // What came while the disc was read, by another drop perhaps.
+    std::vector<SongID> late;
+    for (std::int32_t id = i_nextID; id < database.PeekNextID(); ++id) late.push_back(SongID{id});
+    LookUp(late);
+    const CSongDatabase::Batch batch(database);
+    for (const SongFileSet& set : sets) {
+        SongID id = SongOf(set);
+        if (Number(id) == 0) {
+            CSong* const songP = database.CreateSong();
+            if (songP == nullptr) return paramErr;   // there are no more ids
+            const FileTitle title = FileTitle::Of(set.base);
+            songP->Meta().SetString("name"_key, title.title);
+            songP->Meta().SetString("arts"_key, title.artist);
+            songP->Meta().SetString("albm"_key, title.album);
+            songP->Meta().SetInteger("trak"_key, title.trackL);
+            (void)songP->SetFile(SDB_SongFile_AUDIO, set.audio);   // a new song has no disc to defend
+            (void)songP->SetFile(SDB_SongFile_VIDEO, set.video);
+            (void)songP->SetFile(SDB_SongFile_ZIP, set.zip);
+            id = songP->GetSongID();
+            for (const CFileRef* fileP : {&set.audio, &set.video, &set.zip})
+                if (!fileP->IsEmpty()) i_owners[fileP->GetPath().native()] = id;
+            i_fresh.push_back(id);
+        }
+        if (i_answered.insert(Number(id)).second) i_added.songs.push_back(id);
+    }
+    i_nextID = database.PeekNextID();
+    return noErr;
+}

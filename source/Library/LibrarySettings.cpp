@@ -1,0 +1,19 @@
+#include "Library/LibrarySettings.h"
+
+#include <algorithm>
+
+#include "Core/CPreferences.h"
+
+LibrarySettings ReadLibrarySettings(const CPreferences& prefs) {
+    LibrarySettings settings;
+    settings.musicFolder = prefs.MusicFolder();
+    settings.cacheFolder = prefs.CacheFolder();
+    settings.nameTemplate = prefs.GetString("Conform song name template", settings.nameTemplate).UTF8();
+    settings.conformNamesB = prefs.GetBool("Conform Song Names", true);
+    settings.requireAudioB = prefs.GetBool("Require Audio (no naked CDG files)", true);
+    settings.warnNamesB = prefs.GetBool("Warn if there is a problem updating meta", true);
+    settings.warnMP3B = prefs.GetBool("Warn if there is a possibly corrupted MP3", true);
+    settings.cachedSongsL = std::max(0L, static_cast<long>(prefs.GetLong("Number of cached songs", 25)));
+    settings.cachedImagesL = std::max(0L, static_cast<long>(prefs.GetLong("Max Cache Burn Images", 1)));
+    return settings;
+}

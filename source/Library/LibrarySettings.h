@@ -1,0 +1,28 @@
+#pragma once
+#include <filesystem>
+#include <string>
+
+#include "Library/CSongStatus.h"
+
+class CPreferences;
+
+/** What the library must know of the preferences. A value: the database hands out the one of now, whole, to any thread.
+ */
+struct LibrarySettings {
+    using Path = std::filesystem::path;
+
+    Path musicFolder, cacheFolder;   // absolute; empty: none is known
+    std::string nameTemplate = "L-L-T - R - S";
+    bool conformNamesB = true;   // song files are renamed after their song
+    bool requireAudioB = true;   // graphics without sound are no song
+    bool warnNamesB = true, warnMP3B = true;
+    long cachedSongsL = 25, cachedImagesL = 1;
+
+    [[nodiscard]] CSongStatus Status() const { return {musicFolder, cacheFolder}; }
+    /** A path as the library's files may keep it, relative to the music folder, as a whole one. */
+    [[nodiscard]] Path Whole(const Path& path) const {
+        return path.empty() || path.has_root_directory() ? path : musicFolder / path;
+    }
+};
+
+[[nodiscard]] LibrarySettings ReadLibrarySettings(const CPreferences& prefs);

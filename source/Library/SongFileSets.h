@@ -1,0 +1,36 @@
+#pragma once
+#include <filesystem>
+#include <functional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "Core/CFileRef.h"
+
+/** The files of one song, as they were found on the disc: a pair, a zip, a video, or sound alone. */
+struct SongFileSet {
+    CFileRef audio, video, zip;
+    std::string base;   // the name that they share
+
+    friend bool operator==(const SongFileSet& a, const SongFileSet& b) {
+        return a.audio.GetPath() == b.audio.GetPath() && a.video.GetPath() == b.video.GetPath() &&
+               a.zip.GetPath() == b.zip.GetPath();
+    }
+};
+
+struct RefusedFile {
+    std::filesystem::path path;
+    OSErr err = noErr;
+};
+
+/** Turns files and folders, in whatever mixture they were chosen, into songs. The halves of a pair find each other,
+   also when only one was chosen; what is no part of a song is passed over in a folder, and refused when it was chosen
+   itself. Threads  a worker: reads folders and the directories of zips. */
+struct SongFileSets {
+    std::vector<SongFileSet> sets;   // in the order of the paths, folders by name; no two alike
+    std::vector<RefusedFile> refused;
+
+    /** `cancelled` is asked between files. With `requireAudioB` graphics without sound are refused. */
+    [[nodiscard]] static SongFileSets Gather(std::span<const std::filesystem::path> paths, bool requireAudioB,
+                                             const std::function<bool()>& cancelled);
+};

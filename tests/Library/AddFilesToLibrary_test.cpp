@@ -1,0 +1,105 @@
+#include "Library/AddFilesToLibrary.h"
+
+#include "Library/FileTitle.h"
+#include "Library/SongFileTest.h"
+
+namespace {
+
+TEST(FileTitle, TableOfNames) {
+    struct Row {
+        const char *baseZ, *resultZ;   // title | artist | album | track
+    };
+    for (const auto& [baseZ, resultZ] : {
+             Row{"Title", "Title|||0"},
+             Row{"Artist - Title", "Title|Artist||0"},
+             Row{"AC-DC - T.N.T. - Live", "T.N.T. - Live|AC-DC||0"},
+             Row{"SC8123-05 - Artist - Title", "Title|Artist|SC8123|5"},
+             Row{"SC-8123-05 - Title", "Title||SC-8123|5"},
+             Row{"SC8123-5 - Title", "Title|SC8123-5||0"},   // no track of two digits: an artist
+             Row{"Jay-05 - Title", "Title|Jay-05||0"},
+             Row{"ABC-05 - Title", "Title|ABC-05||0"},
+             Row{" Björk  -  Jóga ", "Jóga|Björk||0"},
+             Row{"Artist - ", "Artist -|||0"},
+             Row{" - Title", "- Title|||0"},
+             Row{"", "|||0"},
+         }) {
+        const FileTitle t = FileTitle::Of(baseZ);
+        EXPECT_EQ(t.title + "|" + t.artist + "|" + t.album + "|" + std::to_string(t.trackL), resultZ) << baseZ;
+    }
+}
+
+class AddFiles : public SongFileTest {
+protected:
+    /** "artist/title: files" of each song that is answered. */
+    std::vector<std::string> Added(const std::vector<Path>& names) {
+        std::vector<Path> paths;
+        for (const Path& name : names) paths.push_back(i_folder / name);
+        i_refused.clear();
+        std::vector<std::string> lines;
+        for (const SongID id : AddFilesToLibrary(*i_databaseP, paths, &i_refused)) {
+            CSong* const songP = i_databaseP->GetSong(id);
+            std::string line = songP->Meta().GetString("arts"_key).UTF8() + "/" + songP->Name().UTF8() + ":";
+            for (const SDB_SongFile type : {SDB_SongFile_AUDIO, SDB_SongFile_VIDEO, SDB_SongFile_ZIP})
+                if (const CFileRef ref = songP->FileRef(type); !ref.IsEmpty()) line += " " + ref.GetName();
+            lines.push_back(line);
+            EXPECT_NE(songP->LibraryItem(), SDB_kNoItem);
+        }
+        return lines;
+    }
+    using Lines = std::vector<std::string>;
+    std::vector<RefusedFile> i_refused;
+};
+
+TEST_F(AddFiles, PairsAreOneSongWhateverWasChosenOfThem) {
+    for (const char* nameZ :
+         {"out/A - One.mp3", "out/A - One.cdg", "out/Two.CDG", "out/Two.MP3", "out/clip.mp4", "out/alone.mp3",
+          "out/naked.cdg", "out/notes.txt", "out/.hidden.mp3", "out/sub/A - One.mp3", "out/sub/both.mp4",
+          "out/sub/both.cdg", "out/sub/w.wav", "out/sub/w.mp3", "out/sub/w.cdg"})
+        Make(nameZ);
+    EXPECT_EQ(Added({"out/A - One.cdg", "out/A - One.mp3", "out/Two.MP3"}),
+              (Lines{"A/One: A - One.mp3 A - One.cdg", "/Two: Two.MP3 Two.CDG"}));
+    EXPECT_EQ(i_refused.size(), 0U);
+    EXPECT_TRUE(i_databaseP->IsDirty());
+    // The folder brings what is new; what is there answers with its song. The graphics of the folder above belong to
+    // the sound below, as they do when a song is played, and so that pair is there already.
+    EXPECT_EQ(Added({"out"}), (Lines{"A/One: A - One.mp3 A - One.cdg", "/alone: alone.mp3", "/clip: clip.mp4",
+                                     "/Two: Two.MP3 Two.CDG", "/both: both.mp4 both.cdg", "/w: w.wav w.cdg"}));
+    ASSERT_EQ(i_refused.size(), 1U);
+    EXPECT_EQ(i_refused.front().path, i_folder / "out/naked.cdg");
+    EXPECT_EQ(i_databaseP->Library().Count(), 6U);
+    ChangeSettings([](LibrarySettings& settings) { settings.requireAudioB = false; });
+    EXPECT_EQ(Added({"out/naked.cdg"}), Lines{"/naked: naked.cdg"});
+    EXPECT_FALSE(i_databaseP->IsAddingToLibrary());
+}
+
+TEST_F(AddFiles, WhatIsNoSongIsRefused) {
+    Make("out/notes.txt");
+    Make("out/broken.zip", "PK no zip");
+    Python(i_folder / "out/good.zip",
+           "f = zipfile.ZipFile(z, 'w'); f.writestr('x.mp3', 'a'); f.writestr('x.cdg', 'b')");
+    Python(i_folder / "out/texts.zip", "zipfile.ZipFile(z, 'w').writestr('x.txt', 'a')");
+    EXPECT_EQ(Added({"out/notes.txt", "out/none.mp3", "out/broken.zip", "out/texts.zip", "out/good.zip"}),
+              Lines{"/good: good.zip"});
+    ASSERT_EQ(i_refused.size(), 4U);
+    EXPECT_EQ(i_refused[1].err, fnfErr);
+    EXPECT_TRUE(Logged("### Error not added: " + (i_folder / "out/notes.txt").string()));
+}
+
+TEST_F(AddFiles, ALinkBackToAFolderEnds) {
+    Make("out/a/x.mp3");
+    std::filesystem::create_directory_symlink("..", i_folder / "out/a/up");
+    EXPECT_EQ(Added({"out/a"}).size(), 1U);
+}
+
+TEST_F(AddFiles, TheDatabaseMayGoMeanwhile) {
+    Make("out/x.mp3");
+    bool toldB = false;
+    ASSERT_EQ(
+        AddFilesToLibrary(*i_databaseP, std::vector<Path>{i_folder / "out"}, [&](const AddedFiles&) { toldB = true; }),
+        noErr);
+    i_databaseP.reset();
+    OnWorker([] {});
+    EXPECT_FALSE(toldB);
+}
+
+}   // namespace
