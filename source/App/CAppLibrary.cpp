@@ -3,7 +3,9 @@
 #include "App/CAppWindows.h"
 #include "Core/CApp.h"
 
-CAppLibrary::CAppLibrary(CApp& app) : i_app(app), i_database(*this) {}
+CAppLibrary::CAppLibrary(CApp& app) : i_app(app), i_database(*this) {
+    i_database.SetSettings(ReadLibrarySettings(app.Prefs()));
+}
 CAppLibrary::~CAppLibrary() = default;
 
 bool CAppLibrary::IsReady() const { return i_app.IsAppReady() && !i_app.NoMoreSaves(); }

@@ -23,6 +23,7 @@ public:
 
     // What the save timer and the quit ask.
     [[nodiscard]] bool IsDirty() const override { return i_database.IsDirty() || i_othersDirtyB; }
+    [[nodiscard]] bool IsAddingToLibrary() const override { return i_database.IsAddingToLibrary(); }
     void SetDirty(bool dirtyB) override { i_othersDirtyB = dirtyB; }
     OSErr Save(bool fullB) override;
 

@@ -109,6 +109,7 @@ void CAppStartUp::LoadPreferences() {
         if (!this_app->IsAppReady()) return;
         this_app->SetDirty(true);
         this_app->i_metaManager->SetMoveArticles(this_app->Prefs().GetBool(kPref_MoveArticles));
+        this_app->Database().SetSettings(ReadLibrarySettings(this_app->Prefs()));
     };
     i_app.i_prefs = std::make_unique<CPreferences>(i_app.i_setup.prefs, std::move(options));
 }
