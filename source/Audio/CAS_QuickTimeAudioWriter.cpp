@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "Audio/CMediaPackets.h"
+#include "Audio/CMediaFormat.h"
 #include "Core/CLog.h"
 
 extern "C" {
@@ -57,7 +57,7 @@ public:
     Encoder& operator=(const Encoder&) = delete;
 
     OSErr Begin(EncodedForm form, int kilobits) {
-        CMediaPackets::QuietLibrary();
+        CMediaFormat::QuietLibrary();
         const FormFacts& facts = *std::ranges::find(kEncoder_Forms, form, &FormFacts::form);
         const AVCodec* codecP = avcodec_find_encoder(facts.codec);
         if (codecP == nullptr || (facts.ratedB && (kilobits < 16 || kilobits > 512))) return paramErr;

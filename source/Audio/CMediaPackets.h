@@ -5,13 +5,11 @@
 #include <string_view>
 #include <vector>
 
-#include "Audio/CMediaBytes.h"
+#include "Audio/CMediaFormat.h"
 
 struct AVCodecParameters;
-struct AVFormatContext;
 struct AVPacket;
 struct AVRational;
-struct AVStream;
 
 /** One packet of the sound, as the table keeps it. Counts are samples of one channel at the decoder's rate. */
 struct MediaPacketRow {
@@ -31,19 +29,15 @@ struct MediaPacketRow {
    Abort any. Owner    CMediaAudio. Errors   statuses. paramErr: no sound that we can read. */
 class CMediaPackets {
 public:
-    CMediaPackets();
-    ~CMediaPackets();
+    CMediaPackets() = default;
     CMediaPackets(const CMediaPackets&) = delete;
     CMediaPackets& operator=(const CMediaPackets&) = delete;
-
-    /** FFmpeg tells each damaged frame; the KJ's log keeps our own line a file. Any thread. */
-    static void QuietLibrary();
 
     /** `extension` without its dot helps where the contents are no sure sign; "pcm" and "raw" are 16-bit stereo. What
         is read until EndOpening is bounded. */
     OSErr Open(CByteSource& source, std::string_view extension);
     /** False when the bound was met: what looked like the end was none. */
-    bool EndOpening() noexcept;
+    bool EndOpening() noexcept { return i_format.EndOpening(); }
     /** The packet at Position, which moves on. eofErr after the last one; ioErr, abortErr. */
     OSErr Next(AVPacket& packet);
     [[nodiscard]] std::size_t Position() const noexcept { return i_positionL; }
@@ -57,33 +51,28 @@ public:
     [[nodiscard]] bool HasTable() const noexcept { return i_tableB; }
     void DropTable();
     /** The whole file was met. */
-    [[nodiscard]] bool IsComplete() const noexcept { return i_endB; }
+    [[nodiscard]] bool IsComplete() const noexcept { return i_format.IsAtEnd(); }
 
     [[nodiscard]] const AVCodecParameters& Parameters() const;
     [[nodiscard]] AVRational TimeBase() const;
-    [[nodiscard]] const std::string& Container() const noexcept { return i_container; }
+    [[nodiscard]] const std::string& Container() const noexcept { return i_format.Container(); }
     /** 0 when nothing tells. */
-    [[nodiscard]] double Seconds() const;
-    void Abort() noexcept { i_bytes.Abort(); }
-    [[nodiscard]] bool IsAborted() const noexcept { return i_bytes.IsAborted(); }
+    [[nodiscard]] double Seconds() const { return i_format.Seconds(); }
+    void Abort() noexcept { i_format.Abort(); }
+    [[nodiscard]] bool IsAborted() const noexcept { return i_format.IsAborted(); }
 
     static constexpr std::size_t kMediaPackets_MostHeld = 64U << 20;
     static constexpr std::size_t kMediaPackets_MostRows = 1U << 20;   // 7 hours of MP3
 
 private:
-    OSErr OpenFormat();
+    OSErr Begin(OSErr opened);
     OSErr ReadFromFile(AVPacket& packet);
     OSErr ReadFromTable(const MediaPacketRow& row, AVPacket& packet);
     void Note(const AVPacket& packet);
     [[nodiscard]] bool LiesThere(const AVPacket& packet);
 
-    CMediaBytes i_bytes;
-    AVFormatContext* i_formatP = nullptr;
-    AVStream* i_streamP = nullptr;
-    CByteSource* i_sourceP = nullptr;
-    std::string i_extension, i_container;
+    CMediaFormat i_format{MediaKind::kSound};
     std::vector<MediaPacketRow> i_rows;
     std::size_t i_positionL = 0, i_heldL = 0;
-    bool i_tableB = true, i_endB = false, i_placesB = false;
-    OSErr i_endErr = eofErr;   // what ended the file
+    bool i_tableB = true, i_placesB = false;
 };

@@ -1,0 +1,169 @@
+#include "Audio/CMediaFormat.h"
+
+#include <mutex>
+
+extern "C" {
+#include <libavformat/avformat.h>
+}
+
+namespace {
+
+/** Only formats that hold their own streams: playlists and the like would make the library open other files and URLs.
+ */
+constexpr const char* kMedia_Formats =
+    "aac,ac3,aiff,amr,amrnb,amrwb,ape,asf,au,avi,caf,dts,eac3,flac,flv,matroska,mov,mp3,mp4,mpc,mpc8,mpeg,mpegts,ogg,"
+    "rm,s16le,tta,"
+    "w64,wav,webm,wv";
+constexpr const char* kMedia_PictureFormats = "asf,avi,dv,flv,m4v,matroska,mov,mp4,mpeg,mpegts,mpegvideo,ogg,rm,webm";
+constexpr std::int64_t kMedia_ProbeBytes = 2 << 20;
+constexpr std::int64_t kMedia_AnalyzeTime = 2 * AV_TIME_BASE;
+constexpr std::uint64_t kMedia_OpenBudget = 96U << 20;   // an index at the end, a cover in front
+constexpr int kMedia_MostBadReads = 64;
+
+int RefuseOther(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**) { return AVERROR(EPERM); }
+
+OSErr FromFFmpeg(int result, OSErr ioErrKept) {
+    if (Failed(ioErrKept)) return ioErrKept;
+    if (result == AVERROR_EXIT) return abortErr;
+    if (result == AVERROR(ENOMEM)) return memFullErr;
+    return paramErr;
+}
+
+struct OptionsKeeper {
+    AVDictionary* dictionaryP = nullptr;
+    ~OptionsKeeper() { av_dict_free(&dictionaryP); }
+    void Set(const char* keyZ, const char* valueZ) { av_dict_set(&dictionaryP, keyZ, valueZ, 0); }
+};
+
+/** A cover is a picture, but none that plays. */
+bool IsCover(const AVStream& stream) { return (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0; }
+
+}   // namespace
+
+void CMediaFormat::QuietLibrary() {
+    static std::once_flag s_once;
+    std::call_once(s_once, [] { av_log_set_level(AV_LOG_QUIET); });
+}
+
+CMediaFormat::CMediaFormat(MediaKind kind) : i_kind(kind) { QuietLibrary(); }
+CMediaFormat::~CMediaFormat() { avformat_close_input(&i_formatP); }
+
+OSErr CMediaFormat::Open(CByteSource& source, std::string_view extension) {
+    i_extension.clear();
+    for (const char c : extension.substr(0, 8))
+        if (c > ' ' && c < 127 && c != '/' && c != ':')
+            i_extension += static_cast<char>(c >= 'A' && c <= 'Z' ? c + 32 : c);
+    if (const OSErr err = i_bytes.Open(source); Failed(err)) return err;
+    return OpenFormat();
+}
+
+/** Not asked for is not analysed, and by most demuxers not even read. A picture's times count from where the sound
+    begins, so that the sound is looked at too. */
+void CMediaFormat::Quiet() {
+    for (unsigned n = 0; n < i_formatP->nb_streams; ++n) {
+        AVStream& stream = *i_formatP->streams[n];
+        const AVMediaType type = stream.codecpar->codec_type;
+        const bool wantedB = type == AVMEDIA_TYPE_AUDIO ||
+                             (i_kind == MediaKind::kPicture && type == AVMEDIA_TYPE_VIDEO && !IsCover(stream));
+        if (!wantedB) stream.discard = AVDISCARD_ALL;
+    }
+}
+
+int CMediaFormat::BestStream() const {
+    if (i_kind == MediaKind::kSound) return av_find_best_stream(i_formatP, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
+    const int best = av_find_best_stream(i_formatP, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+    if (best >= 0 && !IsCover(*i_formatP->streams[best])) return best;
+    for (unsigned n = 0; n < i_formatP->nb_streams; ++n)
+        if (i_formatP->streams[n]->codecpar->codec_type == AVMEDIA_TYPE_VIDEO && !IsCover(*i_formatP->streams[n]))
+            return static_cast<int>(n);
+    return AVERROR_STREAM_NOT_FOUND;
+}
+
+OSErr CMediaFormat::OpenFormat() {
+    i_formatP = avformat_alloc_context();
+    if (i_formatP == nullptr) return memFullErr;
+    i_formatP->pb = i_bytes.Context();
+    i_formatP->flags |= AVFMT_FLAG_CUSTOM_IO;
+    i_formatP->io_open = &RefuseOther;
+    i_formatP->probesize = kMedia_ProbeBytes;
+    i_formatP->max_analyze_duration = kMedia_AnalyzeTime;
+    i_formatP->interrupt_callback = {[](void* selfP) { return static_cast<CMediaFormat*>(selfP)->IsAborted() ? 1 : 0; },
+                                     this};
+
+    OptionsKeeper options;
+    options.Set("format_whitelist", i_kind == MediaKind::kSound ? kMedia_Formats : kMedia_PictureFormats);
+    options.Set("protocol_whitelist", "none");
+    const AVInputFormat* formatP = nullptr;
+    if (i_kind == MediaKind::kSound && (i_extension == "pcm" || i_extension == "raw")) {
+        formatP = av_find_input_format("s16le");
+        options.Set("sample_rate", "44100");
+        options.Set("channels", "2");
+    }
+    i_bytes.SetBudget(kMedia_OpenBudget);
+    const std::string name = (i_kind == MediaKind::kSound ? "sound." : "movie.") + i_extension;
+    int result = avformat_open_input(&i_formatP, name.c_str(), formatP, &options.dictionaryP);
+    if (result < 0) return FromFFmpeg(result, i_bytes.Err());
+    i_container = i_formatP->iformat->name;
+
+    Quiet();
+    result = avformat_find_stream_info(i_formatP, nullptr);
+    if (result < 0) return FromFFmpeg(result, i_bytes.Err());
+    Quiet();
+    const int best = BestStream();
+    if (best < 0) return FromFFmpeg(best, i_bytes.Err());
+    i_streamP = i_formatP->streams[best];
+    for (unsigned n = 0; n < i_formatP->nb_streams; ++n)
+        if (static_cast<int>(n) != best) i_formatP->streams[n]->discard = AVDISCARD_ALL;
+    return noErr;
+}
+
+OSErr CMediaFormat::Restart() {
+    avformat_close_input(&i_formatP);
+    i_streamP = nullptr;
+    ForgetEnd();
+    avio_seek(i_bytes.Context(), 0, SEEK_SET);
+    const OSErr err = OpenFormat();
+    EndOpening();
+    return err;
+}
+
+bool CMediaFormat::EndOpening() noexcept {
+    i_bytes.SetBudget(CMediaBytes::kBudget_None);
+    return !i_bytes.IsSpent();
+}
+
+void CMediaFormat::ForgetEnd() noexcept {
+    i_endB = false;
+    i_endErr = eofErr;
+    i_bytes.ForgetErr();
+}
+
+OSErr CMediaFormat::Next(AVPacket& packet) {
+    if (i_endB) return i_endErr;
+    if (i_streamP == nullptr) return paramErr;
+    for (int bad = 0;;) {
+        const int result = av_read_frame(i_formatP, &packet);
+        if (IsAborted()) {
+            av_packet_unref(&packet);
+            return abortErr;
+        }
+        if (result >= 0) {
+            if (packet.stream_index == i_streamP->index && packet.size > 0) return noErr;
+            av_packet_unref(&packet);
+            continue;
+        }
+        if (result == AVERROR_EOF || result == AVERROR(EIO) || result == AVERROR(ENOMEM) ||
+            ++bad > kMedia_MostBadReads) {
+            i_endB = true;
+            i_endErr = result == AVERROR(ENOMEM) ? memFullErr : eofErr;   // demuxers tell a cut file by EIO too
+            if (Failed(i_bytes.Err())) i_endErr = i_bytes.Err();
+            return i_endErr;
+        }
+    }
+}
+
+double CMediaFormat::Seconds() const {
+    if (i_streamP == nullptr) return 0;
+    if (i_streamP->duration > 0) return static_cast<double>(i_streamP->duration) * av_q2d(i_streamP->time_base);
+    return i_formatP->duration > 0 ? static_cast<double>(i_formatP->duration) / AV_TIME_BASE : 0;
+}
