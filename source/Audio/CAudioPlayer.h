@@ -59,6 +59,7 @@ public:
 
     /** The frame of the song that the device takes now: neither what waits in the output nor in the engine counts. */
     [[nodiscard]] double HeardFrame() const noexcept { return i_positions.At(i_chain.Output().FramesPlayed()); }
+    [[nodiscard]] const CAudioPositions& Positions() const noexcept { return i_positions; }
     [[nodiscard]] long Heard300() const noexcept { return static_cast<long>(HeardFrame() / kFramesPer300th); }
     /** Frames of silence that were given because the ring was late. */
     [[nodiscard]] std::uint64_t FramesLate() const noexcept { return i_lateL.load(std::memory_order_relaxed); }

@@ -1,0 +1,316 @@
+#include "Play/CPlayControl.h"
+
+#include <algorithm>
+
+#include "Core/CAlerts.h"
+#include "Core/CCFPrefDictionary.h"
+#include "Core/CLog.h"
+#include "Graphics/PlayNext.h"
+#include "Platform/CClock.h"
+#include "Platform/CUserInterface.h"
+#include "Play/CPlayHost.h"
+#include "Play/CPlayWatcher.h"
+#include "Play/CSongLoadCompletion.h"
+#include "Play/LaunchFile.h"
+
+namespace {
+
+constexpr SongID kNoSong{SDB_kUninitializedID};
+/** Back within this of the start is the row before, later it is a rewind. */
+constexpr long kRewind_300ths = 2 * 300;
+
+}   // namespace
+
+CPlayControl::CPlayControl(CPlayHost& host)
+    : i_host(host), i_selfRef(std::make_shared<CPlayControl*>(this)), i_volumeF(ReadVolume(host)) {}
+
+CPlayControl::~CPlayControl() {
+    *i_selfRef = nullptr;
+    i_watchers.clear();
+    EndCurrent();
+}
+
+// ---- Starting ----
+
+OSErr CPlayControl::Play(const SDB_Selection& selection) {
+    if (selection.Count() == 0 || selection.List() == nullptr) return paramErr;
+    if (selection.Count() == 1) return Play(selection.List()->ID(), selection.Items().front());
+    Question question;
+    question.title = "Play";
+    question.text =
+        "You must have exactly one song selected to play.  Somehow, it seems there are 2 or more songs selected.  "
+        "Would you like to deselect them?  You can then just double click the song you want to play.";
+    question.buttons = {"Deselect", "Cancel"};
+    question.safeIndex = 1;
+    if (i_host.Ui().Ask(question).buttonIndex == 0) i_host.Deselect();
+    return userCanceledErr;
+}
+
+OSErr CPlayControl::Play(PlaylistID list, PLItemID item) { return PlayRow(list, item, {}); }
+
+std::optional<SongPlaySpec> CPlayControl::SpecOf(PlaylistID list, PLItemID item) const {
+    CPlayList* const listP = i_host.Database().GetPlayList(list);
+    if (listP == nullptr || Number(item) <= 0) return {};
+    CPlayListItem* const itemP = listP->GetIndPLItem(item);
+    CSong* const songP = itemP == nullptr ? nullptr : i_host.Database().GetSong(itemP->GetSongID());
+    if (songP == nullptr) return {};
+    SongPlaySpec spec = ReadSongPlaySpec(*songP, itemP->Meta(), i_host.Preferences());
+    spec.list = list;
+    spec.item = item;
+    return spec;
+}
+
+OSErr CPlayControl::PlayRow(PlaylistID list, PLItemID item, const StartHow& how) {
+    if (i_host.IsQuitting()) return abortErr;
+    std::optional<SongPlaySpec> spec = SpecOf(list, item);
+    if (!spec) {
+        MessageAlert("Stranger than Fiction error: The song you're trying to play is not in the current playlist.");
+        return fnfErr;
+    }
+    EndCurrent();
+    i_list = list;
+    i_item = item;
+    i_startPausedB = how.pausedB;
+    i_lastErr = noErr;
+    i_pitchS = static_cast<int>(spec->pitch);
+    i_tempo = spec->tempo;
+    i_vocal = spec->vocal;
+    i_slipT = spec->slipT;
+
+    const CCFPrefDictionary& preferences = i_host.Preferences();
+    const std::string name = spec->name;
+    SongPlayParts parts{.spec = *spec,
+                        .loadP = i_next.Take(*spec),
+                        .outputP = Output(),
+                        .settings = AudioPlayerSettings::Read(preferences),
+                        .windowP = i_host.PlayWindow(),
+                        .windowRule = CPlayWindowRule::Read(preferences),
+                        .autoCueB = preferences.GetBool("Auto-cue", true),
+                        .hq4xB = preferences.GetBool("Use hq4x upscaling (fast computers only)"),
+                        .startAt300 = how.at300};
+    CSongPlayOwner& owner = *this;
+    i_playP = MakeRef<CSongPlay>(std::move(parts), owner);
+    i_lastErr = i_playP->Start(std::make_unique<CSongLoadCompletion>(name));
+    if (Failed(i_lastErr)) EndCurrent();
+    TellPlay();
+    TellSettings();
+    return i_lastErr;
+}
+
+void CPlayControl::PreRollDone(CSongPlay& play, OSErr err) {
+    LogF("Play started for %s (result: %ld)\n", play.Spec().name.c_str(), static_cast<long>(Number(err)));
+    if (!Failed(err) && play.Files().Kind() == SongKind::kLaunch) {
+        err = LaunchFile(play.Files().MainFile());
+        if (!Failed(err)) {
+            EndCurrent();
+            TellPlay();
+            return;
+        }
+    }
+    const bool pausedB = i_startPausedB;
+    if (!Failed(err)) err = play.Begin(pausedB);
+    if (Failed(err)) {
+        Log("### no audio player");
+        SongFailed(play, err);
+        return;
+    }
+    if (!play.Spec().launch.IsEmpty()) (void)Failed(LaunchFile(play.Spec().launch));   // logged; the song plays on
+    if (play.Graphics() != nullptr) i_host.ShowVideo();
+    if (play.Spec().volumeF > 0) SetVolume(play.Spec().volumeF);
+    CacheNext();
+    TellPlay();
+}
+
+void CPlayControl::CacheNext() {
+    CPlayList* const listP = List();
+    if (listP == nullptr || !i_host.Preferences().GetBool("pre-cache next song", true)) {
+        i_next.Drop();
+        return;
+    }
+    const PLItemID item = listP->GetNextID(i_item, CPlayList::Step::kForward, CPlayList::AtEnd::kIgnore);
+    std::optional<SongPlaySpec> spec;
+    if (item != SDB_kNoItem && item != i_item) spec = SpecOf(i_list, item);
+    if (spec)
+        i_next.Hold(std::move(*spec));
+    else
+        i_next.Drop();
+}
+
+Ref<CPlayOutput> CPlayControl::Output() {
+    if (!i_outputP) {
+        i_outputP = MakeRef<CPlayOutput>(i_host.MakeOutput(
+            i_host.Preferences().GetString("Audio Output Device", SuperString(kAudioOutput_Default)).UTF8()));
+        i_outputP->Level().gainF = i_volumeF;
+        i_outputP->Level().onB = !i_mutedB;
+    }
+    return i_outputP;
+}
+
+// ---- Ending ----
+
+void CPlayControl::EndCurrent() {
+    if (const Ref<CSongPlay> playP = std::exchange(i_playP, nullptr)) playP->Stop();
+}
+
+void CPlayControl::Stop() {
+    if (!i_playP) return;
+    EndCurrent();
+    TellPlay();
+}
+
+void CPlayControl::SongFailed(CSongPlay& play, OSErr err) {
+    const Ref<CSongPlay> playP(&play);   // its end must not come before ours
+    i_lastErr = err;
+    EndCurrent();
+    TellFailure(play, err);
+    TellPlay();
+}
+
+void CPlayControl::TellFailure(const CSongPlay& play, OSErr err) const {
+    if (CSpooler::IsIgnorable(err) || play.Files().WasTold()) return;
+    if (err == fnfErr)
+        MessageAlert("Could not find the song “" + play.Spec().name + "”");
+    else
+        MessageAlert("The song “" + play.Spec().name + "” could not be played", ErrorText(err));
+}
+
+void CPlayControl::SongEnded(CSongPlay& play) {
+    const Ref<CSongPlay> playP(&play);
+    if (i_host.IsQuitting()) return;
+    FinishSong(play);
+    CPlayList* const listP = List();
+    const CCFPrefDictionary& preferences = i_host.Preferences();
+    PlayNextState state{.stopBetweenTracksB = preferences.GetBool("Stop between tracks"),
+                        .hasPlaylistB = listP != nullptr,
+                        .stopAtPlaylistEndB = preferences.GetBool("Stop at playlist end")};
+    if (listP != nullptr)
+        state.lastOfSelectionB = !listP->GetSortedList().empty() && listP->GetSortedList().back() == i_item;
+    PLItemID next = SDB_kNoItem;
+    if (ChoosePlayNext(state) == PlayNextCommand::kNext) {
+        next = listP->GetNextID(i_item, CPlayList::Step::kForward);
+        if (!i_playP) return;   // the list has stopped the show
+    }
+    if (next == SDB_kNoItem)
+        Stop();
+    else if (Failed(StepTo(next, preferences.GetBool("Pause between tracks"))))
+        Stop();
+}
+
+void CPlayControl::FinishSong(const CSongPlay& play) {
+    if (CSong* const songP = i_host.Database().GetSong(play.Spec().song)) {
+        LogF("Updating times sung for song: %s\n", play.Spec().name.c_str());
+        songP->Meta().SetInteger("tsng"_key, songP->Meta().GetInteger("tsng"_key) + 1);
+        songP->Meta().SetDate("Date"_key, CFDate{CClock::Get().AbsoluteT()});
+    }
+    Log("Going to next song");
+}
+
+// ---- Steps ----
+
+OSErr CPlayControl::StepTo(PLItemID item, bool pausedB) { return PlayRow(i_list, item, {.pausedB = pausedB}); }
+
+CPlayList* CPlayControl::List() const {
+    return Number(i_list) == SDB_kUninitializedID ? nullptr : i_host.Database().GetPlayList(i_list);
+}
+
+OSErr CPlayControl::PlayNext() {
+    CPlayList* const listP = List();
+    if (listP == nullptr) return paramErr;
+    Log("PlayPrevNext called: Next");
+    if (i_playP && 2 * CurTime300() > EndTime300() && EndTime300() > 0) FinishSong(*i_playP);   // it was heard
+    const PLItemID item = listP->GetNextID(i_item, CPlayList::Step::kForward, CPlayList::AtEnd::kIgnore);
+    if (item == SDB_kNoItem) return fnfErr;
+    const OSErr err = StepTo(item, false);
+    if (!Failed(err)) i_host.ShowMessage("Next: " + i_playP->Spec().name);
+    return err;
+}
+
+OSErr CPlayControl::PlayPrevious() {
+    CPlayList* const listP = List();
+    if (listP == nullptr) return paramErr;
+    Log("PlayPrevNext called: Previous");
+    const bool rotationB = IsRotation(listP->Type());
+    const bool pastB = i_playP && CurTime300() > i_playP->Spec().trimStart300 + kRewind_300ths;
+    const bool ofShowB = rotationB || listP->Type() == kSourceDB_SINGER_PL_TONIGHT;
+    if (i_playP && (listP->Count() <= 1 || (!ofShowB && pastB))) {
+        Rewind();
+        return noErr;
+    }
+    if (rotationB && !listP->GetSortedList().empty() && listP->GetSortedList().front() == i_item &&
+        listP->PendingSkips() == 0) {
+        i_host.ShowMessage("Can't skip back to previous rotation");
+        return paramErr;
+    }
+    const PLItemID item = listP->GetNextID(i_item, CPlayList::Step::kBackward);
+    if (item == SDB_kNoItem) return fnfErr;
+    const OSErr err = StepTo(item, false);
+    if (!Failed(err)) i_host.ShowMessage("Previous: " + i_playP->Spec().name);
+    return err;
+}
+
+void CPlayControl::Rewind() {
+    if (!i_playP) return;
+    const std::string text = "Rewind: " + i_playP->Spec().name;
+    Log(text);
+    i_host.ShowMessage(text);
+    SeekTo300(i_playP->Spec().trimStart300);
+}
+
+void CPlayControl::Seek(double position) {
+    SeekTo300(static_cast<long>(std::clamp(position, 0.0, 1.0) * static_cast<double>(EndTime300())));
+}
+
+void CPlayControl::SeekTo300(long time300) {
+    if (i_playP) i_playP->SeekTo300(std::clamp(time300, 0L, std::max(EndTime300(), 0L)));
+}
+
+void CPlayControl::SetPaused(bool pausedB) {
+    if (!i_playP || pausedB == IsPaused()) return;
+    i_startPausedB = pausedB;
+    i_playP->SetPaused(pausedB);
+    TellPlay();
+}
+
+// ---- Questions ----
+
+PlayState CPlayControl::State() const { return i_playP ? i_playP->State() : PlayState::kIdle; }
+
+bool CPlayControl::IsPaused() const {
+    if (!i_playP) return false;
+    return i_playP->State() == PlayState::kPlaying ? i_playP->IsPaused() : i_startPausedB;
+}
+
+long CPlayControl::CurTime300() const { return i_playP ? i_playP->CurTime300() : 0; }
+long CPlayControl::EndTime300() const { return i_playP ? i_playP->EndTime300() : 0; }
+SongID CPlayControl::CurrentSong() const { return i_playP ? i_playP->Spec().song : kNoSong; }
+PlaylistID CPlayControl::CurrentList() const { return i_list; }
+PLItemID CPlayControl::CurrentItem() const { return i_item; }
+
+// ---- Of the song that plays ----
+
+void CPlayControl::VideoIdle(bool forcedB) {
+    if (const Ref<CSongPlay> playP = i_playP) playP->Tick(forcedB);
+}
+
+bool CPlayControl::IsQuitting() const { return i_host.IsQuitting(); }
+long CPlayControl::GlobalSlip300() const { return i_host.Preferences().GetLong("Global Song Sync Slip (300ths)", 0); }
+void CPlayControl::ShowPicture(const CPixels& picture, bool forceB) { i_host.ShowPicture(picture, forceB); }
+void CPlayControl::ClearPicture() { i_host.ClearPicture(); }
+void CPlayControl::NoteDrawn() { i_host.NoteDrawn(); }
+
+// ---- Watchers ----
+
+template <class Say>
+void CPlayControl::Tell(Say&& say) {
+    const std::vector<CPlayWatcher*> watchers = i_watchers;
+    for (CPlayWatcher* const watcherP : watchers)
+        if (std::ranges::count(i_watchers, watcherP) > 0) say(*watcherP);   // one may take another out
+}
+
+void CPlayControl::TellPlay() {
+    Tell([](CPlayWatcher& watcher) { watcher.PlayChanged(); });
+}
+
+void CPlayControl::TellSettings() {
+    Tell([](CPlayWatcher& watcher) { watcher.SettingsChanged(); });
+}

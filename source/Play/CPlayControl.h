@@ -1,0 +1,144 @@
+#pragma once
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Audio/CVolumeStage.h"
+#include "Library/CSongDatabase.h"
+#include "Play/CNextSong.h"
+#include "Play/CPlayingSong.h"
+#include "Play/CSongPlay.h"
+
+class CPlayHost;
+class CPlayWatcher;
+
+/** What desktop, command line and phones ask to play: one song of one list at a time, and what follows it.
+    Units    300ths of the song; a position is 0 to 1 of it.
+    Threads  main. Nothing here waits: a song that starts says so by State, and PlayChanged tells of each change.
+             CMainThreadProc_Play brings a wish from another thread.
+    Owner    CApp, or a command. Whoever waits for the threads at the end of the application waits for the songs that
+             are on their way out, too.
+    Errors   a status when the wish makes no sense now; what breaks later is told to the user, and kept (PlayErr). */
+class CPlayControl final : public CPlayingSong, private CSongPlayOwner {
+public:
+    explicit CPlayControl(CPlayHost& host);
+    ~CPlayControl() override;
+    CPlayControl(const CPlayControl&) = delete;
+    CPlayControl& operator=(const CPlayControl&) = delete;
+
+    // ---- What plays ----
+    /** The one row of the selection; the user is asked when there are several. paramErr, userCanceledErr. */
+    OSErr Play(const SDB_Selection& selection);
+    /** Ends what plays and starts this row. fnfErr: no such list, row or song. */
+    OSErr Play(PlaylistID list, PLItemID item);
+    void Stop() override;
+    void SetPaused(bool pausedB);
+    void TogglePause() { SetPaused(!IsPaused()); }
+    /** The row after this one, by the wish of the operator: what the list's end says does not count. */
+    OSErr PlayNext();
+    /** The row before; the song's start where there is none. */
+    OSErr PlayPrevious();
+    /** To the trim start, or the very start. */
+    void Rewind();
+    void Seek(double position);
+    void SeekTo300(long time300);
+
+    [[nodiscard]] PlayState State() const;
+    /** Something plays, and is not paused. */
+    [[nodiscard]] bool IsPlaying() const override { return State() == PlayState::kPlaying && !IsPaused(); }
+    /** Also while a song starts that is to begin so. */
+    [[nodiscard]] bool IsPaused() const;
+    [[nodiscard]] long CurTime300() const;
+    [[nodiscard]] long EndTime300() const;
+    /** Below 0 while nothing plays. */
+    [[nodiscard]] SongID CurrentSong() const;
+    [[nodiscard]] PlaylistID CurrentList() const;
+    [[nodiscard]] PLItemID CurrentItem() const;
+    /** Why the last song could not be played, or not to its end. */
+    OSErr PlayErr() const noexcept { return i_lastErr; }
+    /** Null while nothing plays. */
+    [[nodiscard]] const CSongPlay* Current() const noexcept { return i_playP.Get(); }
+
+    // ---- How it sounds ----
+    /** Semitones, -12 to 12; kept with the song or the row. */
+    OSErr SetPitch(int semitones);
+    [[nodiscard]] int Pitch() const noexcept { return i_pitchS; }
+    /** 0.25 to 4. */
+    OSErr SetTempo(double tempo);
+    [[nodiscard]] double Tempo() const noexcept { return i_tempo; }
+    /** 0 to 1, for every song. */
+    void SetVolume(float volumeF);
+    [[nodiscard]] float Volume() const noexcept { return i_volumeF; }
+    void SetMute(bool mutedB);
+    [[nodiscard]] bool IsMuted() const noexcept { return i_mutedB; }
+    /** Of the song that plays. */
+    void SetVocalMode(VocalMode mode);
+    [[nodiscard]] VocalMode Vocal() const noexcept { return i_vocal; }
+    /** By so many steps of "Sync Slip increment (300ths)"; the answer is for the room. */
+    std::string SlipSong(int steps);
+    std::string SlipGlobal(int steps);
+    /** The devices that there are; asks the system, which may take a while. */
+    [[nodiscard]] std::vector<std::string> OutputDevices();
+    /** A song that plays goes over to it where it stands. */
+    OSErr SetOutputDevice(const std::string& name);
+
+    void AddWatcher(CPlayWatcher& watcher) { i_watchers.push_back(&watcher); }
+    void RemoveWatcher(CPlayWatcher& watcher) { std::erase(i_watchers, &watcher); }
+
+    /** Draws what is due; the timer of the picture calls it. */
+    void VideoIdle(bool forcedB) override;
+    /** Empties itself when the control goes. Lock it on the main thread alone. */
+    [[nodiscard]] std::weak_ptr<CPlayControl*> Self() const noexcept { return i_selfRef; }
+    /** The next song lies ready. */
+    [[nodiscard]] bool IsNextReady() const { return i_next.IsReady(); }
+
+private:
+    // Of the song that plays.
+    void PreRollDone(CSongPlay& play, OSErr err) override;
+    void SongEnded(CSongPlay& play) override;
+    void SongFailed(CSongPlay& play, OSErr err) override;
+    bool IsQuitting() const override;
+    long GlobalSlip300() const override;
+    void ShowPicture(const CPixels& picture, bool forceB) override;
+    void ClearPicture() override;
+    void NoteDrawn() override;
+
+    struct StartHow {
+        bool pausedB = false;
+        long at300 = -1;   // from there rather than from the music's start
+    };
+    OSErr PlayRow(PlaylistID list, PLItemID item, const StartHow& how);
+    /** Nothing when there is no such row, or no song in it. */
+    [[nodiscard]] std::optional<SongPlaySpec> SpecOf(PlaylistID list, PLItemID item) const;
+    void TellFailure(const CSongPlay& play, OSErr err) const;
+    OSErr StepTo(PLItemID item, bool pausedB);
+    void EndCurrent();
+    /** The song counts as sung. */
+    void FinishSong(const CSongPlay& play);
+    void CacheNext();
+    [[nodiscard]] static float ReadVolume(CPlayHost& host);
+    void KeepValue(MetaKey key, double value);
+    [[nodiscard]] Ref<CPlayOutput> Output();
+    [[nodiscard]] CPlayList* List() const;
+    template <class Say>
+    void Tell(Say&& say);
+    void TellPlay();
+    void TellSettings();
+
+    CPlayHost& i_host;
+    const std::shared_ptr<CPlayControl*> i_selfRef;
+    std::vector<CPlayWatcher*> i_watchers;   // not owned
+    Ref<CPlayOutput> i_outputP;              // made with the first song
+    Ref<CSongPlay> i_playP;                  // null: idle
+    CNextSong i_next;
+    bool i_startPausedB = false;   // i_playP is to begin paused
+    PlaylistID i_list{SDB_kUninitializedID};
+    PLItemID i_item = SDB_kNoItem;
+    OSErr i_lastErr = noErr;
+    int i_pitchS = 0;
+    double i_tempo = 1;
+    float i_volumeF = 1;
+    bool i_mutedB = false;
+    VocalMode i_vocal = VocalMode::kBoth;
+    double i_slipT = 0;   // of the song that plays
+};

@@ -1,0 +1,113 @@
+#include <cmath>
+#include <cstdio>
+
+#include "Audio/CTimePitch.h"
+#include "Core/CCFPrefDictionary.h"
+#include "Play/CPlayControl.h"
+#include "Play/CPlayHost.h"
+
+// How it sounds: what is kept with the song, with its row, and in the preferences.
+
+namespace {
+
+constexpr double kPerSecond = 300;
+constexpr const char* kPref_Volume = "Current Volume (0-100)";
+constexpr const char* kPref_Slip = "Global Song Sync Slip (300ths)";
+constexpr const char* kPref_Device = "Audio Output Device";
+
+long As300ths(double seconds) { return static_cast<long>(std::floor(seconds * kPerSecond + 0.5)); }
+
+std::string SlipText(const char* formatZ, long slip300) {
+    char text[80];
+    const int sizeL = std::snprintf(text, sizeof text, formatZ, static_cast<double>(slip300) / kPerSecond);
+    return {text, static_cast<std::size_t>(std::max(sizeL, 0))};
+}
+
+}   // namespace
+
+float CPlayControl::ReadVolume(CPlayHost& host) {
+    return static_cast<float>(std::clamp(host.Preferences().GetLong(kPref_Volume, 100), 0, 100)) / 100;
+}
+
+void CPlayControl::KeepValue(MetaKey key, double value) {
+    const bool ofSongB = i_host.Preferences().GetBool("Remember pitch / tempo in all playlists", true);
+    const CMetaValue asInteger(static_cast<std::int32_t>(value));
+    if (CSong* const songP = ofSongB ? i_host.Database().GetSong(CurrentSong()) : nullptr) {
+        if (key == "TMPO"_key)
+            songP->Meta().SetFloat(key, value);
+        else
+            songP->Meta().SetInteger(key, static_cast<std::int64_t>(value));
+    } else if (CPlayList* const listP = List()) {
+        listP->SetRowValue(i_item, key, key == "TMPO"_key ? CMetaValue(value) : asInteger);
+    }
+}
+
+OSErr CPlayControl::SetPitch(int semitones) {
+    if (!i_playP || std::abs(semitones) > kTimePitch_MostPitch) return paramErr;
+    if (const OSErr err = i_playP->SetPitchTempo(semitones, i_tempo); Failed(err)) return err;
+    i_pitchS = semitones;
+    KeepValue("PICH"_key, semitones);
+    TellSettings();
+    return noErr;
+}
+
+OSErr CPlayControl::SetTempo(double tempo) {
+    if (!i_playP || !(tempo >= kTimePitch_LeastTempo && tempo <= kTimePitch_MostTempo)) return paramErr;
+    if (const OSErr err = i_playP->SetPitchTempo(i_pitchS, tempo); Failed(err)) return err;
+    i_tempo = tempo;
+    KeepValue("TMPO"_key, tempo);
+    TellSettings();
+    return noErr;
+}
+
+void CPlayControl::SetVolume(float volumeF) {
+    if (std::isnan(volumeF)) return;
+    i_volumeF = std::clamp(volumeF, 0.0F, 1.0F);
+    if (i_outputP) i_outputP->Level().gainF = i_volumeF;
+    i_host.Preferences().Set(kPref_Volume, CCFValue(std::lround(i_volumeF * 100)));
+    TellSettings();
+}
+
+void CPlayControl::SetMute(bool mutedB) {
+    i_mutedB = mutedB;
+    if (i_outputP) i_outputP->Level().onB = !mutedB;
+    TellSettings();
+}
+
+void CPlayControl::SetVocalMode(VocalMode mode) {
+    i_vocal = mode;
+    if (i_playP) i_playP->SetVocalMode(mode);
+    TellSettings();
+}
+
+std::string CPlayControl::SlipSong(int steps) {
+    if (!i_playP) return {};
+    const long slip300 = As300ths(i_slipT) + steps * i_host.Preferences().GetLong("Sync Slip increment (300ths)", 30);
+    i_slipT = static_cast<double>(slip300) / kPerSecond;
+    i_playP->SetSlipT(i_slipT);
+    if (CSong* const songP = i_host.Database().GetSong(CurrentSong())) songP->Meta().SetFloat("Slip"_key, i_slipT);
+    const std::string text = SlipText("Song Sync Slip: %.1f seconds", slip300);
+    i_host.ShowMessage(text);
+    return text;
+}
+
+std::string CPlayControl::SlipGlobal(int steps) {
+    const CCFPrefDictionary& preferences = i_host.Preferences();
+    const long slip300 =
+        preferences.GetLong(kPref_Slip, 0) + steps * preferences.GetLong("Sync Slip increment (300ths)", 30);
+    i_host.Preferences().Set(kPref_Slip, CCFValue(slip300));
+    const std::string text = SlipText("Global Sync Slip: %.1f seconds", slip300);
+    i_host.ShowMessage(text);
+    return text;
+}
+
+std::vector<std::string> CPlayControl::OutputDevices() { return Output()->DeviceNames(); }
+
+OSErr CPlayControl::SetOutputDevice(const std::string& name) {
+    i_host.Preferences().Set(kPref_Device, CCFValue(SuperString(name)));
+    i_outputP = nullptr;   // the song that plays keeps the old one until its end
+    TellSettings();
+    if (!i_playP) return noErr;
+    const bool playsB = State() == PlayState::kPlaying;
+    return PlayRow(i_list, i_item, {.pausedB = IsPaused(), .at300 = playsB ? CurTime300() : -1});
+}

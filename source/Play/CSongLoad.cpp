@@ -1,0 +1,177 @@
+#include "Play/CSongLoad.h"
+
+#include "Audio/CAS_SpoolRec.h"
+#include "Audio/SongSource.h"
+#include "Core/CByteSource_Zip.h"
+#include "Core/CLog.h"
+#include "Core/CZipArchive.h"
+#include "Core/CZipSongMembers.h"
+#include "Library/CSongFileSearch.h"
+
+namespace {
+
+constexpr std::uint64_t kMostGraphics_Bytes = std::uint64_t{1} << 30;   // 41 hours
+
+bool IsThere(const CFileRef& file) {
+    std::error_code err;
+    return !file.IsEmpty() && std::filesystem::is_regular_file(file.GetPath(), err);
+}
+
+bool IsMidi(const CFileRef& file) {
+    std::string ending = file.GetPath().extension().string();
+    std::ranges::transform(ending, ending.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return ending == ".mid" || ending == ".midi" || ending == ".kar";
+}
+
+/** All of a member. What is damaged at its end is given as far as it goes. */
+OSErr ReadMember(const CFileRef& zip, const CZipMember& member, std::vector<std::uint8_t>& bytes) {
+    if (member.sizeL > kMostGraphics_Bytes) return memFullErr;
+    CByteSource_Zip source;
+    if (const OSErr err = source.Open(zip, member); Failed(err)) return err;
+    constexpr std::size_t kPart_Bytes = 256 * 1024;
+    std::size_t doneL = 0;
+    for (;;) {
+        bytes.resize(doneL + kPart_Bytes);
+        std::size_t gotL = 0;
+        const OSErr err = source.Read(std::as_writable_bytes(std::span(bytes).subspan(doneL)), gotL);
+        doneL += gotL;
+        if (!Failed(err) && gotL > 0) continue;
+        bytes.resize(doneL);
+        return err == eofErr || doneL > 0 ? noErr : err;
+    }
+}
+
+}   // namespace
+
+void CSongLoad::Abort() {
+    i_abortedB.store(true);
+    if (const Ref<CAS_AudioRing> ringP = i_abortable.Get()) ringP->Abort();
+}
+
+OSErr CSongLoad::Load(std::unique_ptr<CS_MainThread_AbortProc> completionP) {
+    bool loadedB = false;
+    {
+        std::unique_lock guard(i_phaseLock);
+        i_phaseChanged.wait(guard, [this] { return i_phase != Phase::kLoading; });
+        loadedB = i_phase == Phase::kLoaded;
+        i_phase = Phase::kLoading;
+    }
+    OSErr err = noErr;
+    if (!loadedB || Stamps() != i_stamps) err = LoadNow(std::move(completionP));
+    const std::scoped_lock guard(i_phaseLock);
+    i_phase = Failed(err) ? Phase::kNew : Phase::kLoaded;
+    i_phaseChanged.notify_all();
+    return err;
+}
+
+OSErr CSongLoad::LoadNow(std::unique_ptr<CS_MainThread_AbortProc> completionP) {
+    if (i_ringP) i_ringP->Abort();   // of files that are others now
+    i_ringP = nullptr;
+    i_graphicsP.reset();
+    i_toldB = false;
+    if (const OSErr err = Choose(); Failed(err)) return err;
+    i_stamps = Stamps();
+    if (i_abortedB.load()) return abortErr;
+    const bool silentB = i_kind == SongKind::kLaunch || i_kind == SongKind::kGraphics;
+    return silentB ? noErr : StartSound(std::move(completionP));
+}
+
+std::vector<CSongLoad::Stamp> CSongLoad::Stamps() const {
+    std::vector<Stamp> stamps;
+    for (const CFileRef* fileP : {&i_mainFile, &i_soundFile}) {
+        std::error_code err;
+        Stamp stamp{.file = fileP->GetPath()};
+        stamp.bytesL = std::filesystem::file_size(stamp.file, err);
+        stamp.time = std::filesystem::last_write_time(stamp.file, err);
+        stamps.push_back(std::move(stamp));
+    }
+    return stamps;
+}
+
+OSErr CSongLoad::Choose() {
+    if (IsThere(i_spec.zip)) return ChooseFromZip();
+    const CFileRef& given = i_spec.audio.IsEmpty() ? i_spec.video : i_spec.audio;
+    if (i_spec.launchMidiB && IsMidi(given) && IsThere(given)) {
+        i_kind = SongKind::kLaunch;
+        i_mainFile = given;
+        return noErr;
+    }
+    return ChooseFromFiles();
+}
+
+OSErr CSongLoad::ChooseFromZip() {
+    CZipArchive zip;
+    if (const OSErr err = zip.Open(i_spec.zip); Failed(err)) return err;
+    const CZipSongMembers chosen = CZipSongMembers::Choose(zip.Members());
+    i_soundFile = i_mainFile = i_spec.zip;
+    if (chosen.graphics) {
+        std::vector<std::uint8_t> bytes;
+        if (const OSErr err = LogStep(ReadMember(i_spec.zip, zip.Members()[*chosen.graphics], bytes),
+                                      "reading the graphics in the zip", i_spec.zip.GetPath());
+            Failed(err))
+            return err;
+        i_graphicsP = std::make_unique<CSubCodeStream_Memory>(bytes);
+        if (!chosen.audio && i_spec.requireAudioB) return LogStep(fnfErr, "no sound in the zip", i_spec.zip.GetPath());
+        i_kind = chosen.audio ? SongKind::kSoundAndGraphics : SongKind::kGraphics;
+        return noErr;
+    }
+    if (chosen.video)
+        i_kind = SongKind::kVideo;
+    else if (chosen.audio)
+        i_kind = SongKind::kSound;
+    else
+        return LogStep(fnfErr, "no song in the zip", i_spec.zip.GetPath());
+    return noErr;
+}
+
+CFileRef CSongLoad::Find(CFileRef file, SDB_SongFile type, const CFileRef& beside) const {
+    if (IsThere(file)) return file;
+    if (!file.IsEmpty() && !Failed(file.Resolve()) && IsThere(file)) return file;   // it was moved
+    CFileRef found;
+    if (!beside.IsEmpty() && !Failed(CSongFileSearch(i_spec.name).Find(beside, type, {}, found))) return found;
+    return {};
+}
+
+OSErr CSongLoad::ChooseFromFiles() {
+    CFileRef sound = Find(i_spec.audio, SDB_SongFile_AUDIO, i_spec.video);
+    CFileRef picture = Find(i_spec.video, SDB_SongFile_VIDEO, i_spec.audio);
+    const ZipSongKinds pictureKinds = ZipSongKindsOf(picture.GetName());
+    const bool videoB = !picture.IsEmpty() && pictureKinds.videoB && !pictureKinds.graphicsB;
+    if (videoB) {
+        i_kind = SongKind::kVideo;
+        i_mainFile = picture;
+        i_soundFile = sound.IsEmpty() ? picture : sound;
+        return noErr;
+    }
+    if (!sound.IsEmpty() && ZipSongKindsOf(sound.GetName()).videoB && picture.IsEmpty()) {
+        i_kind = SongKind::kVideo;   // an .mp4 in the place of the sound: a movie, if there is a picture in it
+        i_mainFile = i_soundFile = sound;
+        return noErr;
+    }
+    if (sound.IsEmpty() && (picture.IsEmpty() || i_spec.requireAudioB))
+        return LogStep(fnfErr, "looking for a song's files", i_spec.audio.GetPath());
+    i_soundFile = sound;
+    i_mainFile = picture.IsEmpty() ? sound : picture;
+    if (!picture.IsEmpty())
+        if (const OSErr err = LoadGraphics(picture.GetPath()); Failed(err)) return err;
+    i_kind = sound.IsEmpty() ? SongKind::kGraphics : picture.IsEmpty() ? SongKind::kSound : SongKind::kSoundAndGraphics;
+    return noErr;
+}
+
+OSErr CSongLoad::LoadGraphics(const std::filesystem::path& file) {
+    i_graphicsP = std::make_unique<CSubCodeStream_Memory>();
+    return LogStep(i_graphicsP->LoadFile(file), "reading graphics", file);
+}
+
+OSErr CSongLoad::StartSound(std::unique_ptr<CS_MainThread_AbortProc> completionP) {
+    Ref<CSpooler> sourceP;
+    if (const OSErr err = MakeSongSource(i_soundFile, sourceP); Failed(err)) return err;
+    i_ringP = MakeAudioRing();
+    LogF("Fill Ring Buffer: Audio Out: %s", i_ringP->TrackedName().c_str());
+    if (completionP) i_ringP->SetCompletion(true, completionP.release());
+    i_abortable.Set(i_ringP);
+    if (i_abortedB.load()) i_ringP->Abort();   // an Abort that came just before found nothing
+    const OSErr err = Start(sourceP, i_ringP, false);
+    i_toldB = Failed(err) && !CSpooler::IsIgnorable(err);
+    return err == eofErr ? noErr : err;   // a song without sound is silence of its length
+}

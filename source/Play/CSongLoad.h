@@ -1,0 +1,82 @@
+#pragma once
+#include <atomic>
+#include <condition_variable>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "Audio/CAS_AudioRing.h"
+#include "Core/CS_MainThread_AbortProc.h"
+#include "Core/Ref.h"
+#include "Graphics/CSubCodeStream_Memory.h"
+#include "Library/CMetaSongFile.h"
+#include "Play/SongPlaySpec.h"
+
+/** What a song turned out to be made of. */
+enum class SongKind { kNone, kSoundAndGraphics, kSound, kGraphics, kVideo, kLaunch };
+
+/** A song's files, opened: the ring of its sound, filled by a pump from the first block on, and its graphics, which lie
+    in memory whole. A song that is to play next is held like this.
+    Threads  Load on workers: the second one waits for the first, and takes what it has if the files are still the same;
+             Abort on any; the rest after Load.
+    Owner    Ref. Its end, or Abort, ends the pump.
+    Errors   fnfErr: there is no file, or not enough of them. The spools' own errors were told to the user. */
+class CSongLoad final : public RefCounted {
+public:
+    explicit CSongLoad(SongPlaySpec spec) : i_spec(std::move(spec)) {}
+    ~CSongLoad() override { Abort(); }
+
+    /** `completionP` is told when all of the sound was read, or cannot be; may be null. */
+    OSErr Load(std::unique_ptr<CS_MainThread_AbortProc> completionP);
+    /** abortErr from now on, for who loads and for who plays. */
+    void Abort();
+
+    /** A Load went well, and none is under way. */
+    [[nodiscard]] bool IsLoaded() const {
+        const std::scoped_lock guard(i_phaseLock);
+        return i_phase == Phase::kLoaded;
+    }
+    /** The user heard of the failure already. */
+    [[nodiscard]] bool WasTold() const noexcept { return i_toldB; }
+    [[nodiscard]] const SongPlaySpec& Spec() const noexcept { return i_spec; }
+    [[nodiscard]] SongKind Kind() const noexcept { return i_kind; }
+    /** Null for graphics alone. */
+    [[nodiscard]] const Ref<CAS_AudioRing>& Audio() const noexcept { return i_ringP; }
+    /** Null without. */
+    [[nodiscard]] CSubCodeStream_Memory* Graphics() noexcept { return i_graphicsP.get(); }
+    /** The movie of kVideo, or the file that kLaunch hands on. */
+    [[nodiscard]] const CFileRef& MainFile() const noexcept { return i_mainFile; }
+
+private:
+    /** What tells a file from one that was put in its place. */
+    struct Stamp {
+        std::filesystem::path file;
+        std::uintmax_t bytesL = 0;
+        std::filesystem::file_time_type time = {};
+        bool operator==(const Stamp&) const = default;
+    };
+    enum class Phase { kNew, kLoading, kLoaded };
+
+    OSErr LoadNow(std::unique_ptr<CS_MainThread_AbortProc> completionP);
+    [[nodiscard]] std::vector<Stamp> Stamps() const;
+    OSErr Choose();
+    OSErr ChooseFromZip();
+    OSErr ChooseFromFiles();
+    OSErr LoadGraphics(const std::filesystem::path& file);
+    OSErr StartSound(std::unique_ptr<CS_MainThread_AbortProc> completionP);
+    [[nodiscard]] CFileRef Find(CFileRef file, SDB_SongFile type, const CFileRef& beside) const;
+
+    const SongPlaySpec i_spec;
+    SongKind i_kind = SongKind::kNone;
+    CFileRef i_mainFile, i_soundFile;
+    std::unique_ptr<CSubCodeStream_Memory> i_graphicsP;
+    Ref<CAS_AudioRing> i_ringP;
+    std::vector<Stamp> i_stamps;   // of the files, when they were opened
+    bool i_toldB = false;
+    mutable std::mutex i_phaseLock;   // guards i_phase; held for no work
+    std::condition_variable i_phaseChanged;
+    Phase i_phase = Phase::kNew;
+    std::atomic<bool> i_abortedB{false};
+    CMutexT<Ref<CAS_AudioRing>> i_abortable;   // what Abort ends while Load is under way
+};

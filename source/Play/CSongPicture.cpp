@@ -1,0 +1,100 @@
+#include "Play/CSongPicture.h"
+
+#include <cmath>
+
+#include "Core/CLog.h"
+#include "Graphics/CDGConstants.h"
+#include "Graphics/CGraphics.h"
+#include "Graphics/CHq4x.h"
+#include "Play/CT_DriftFree_Graphics.h"
+
+namespace {
+
+/** Empty when the picture is shown as it is. */
+GraphicsUpscaler MakeUpscaler(bool hq4xB) {
+    if (!hq4xB) return {};
+    return [filterP = std::make_shared<CHq4x>()](const CPixels& source, CPixels& dest) {
+        return filterP->Scale(source, dest);
+    };
+}
+
+}   // namespace
+
+CSongPicture::CSongPicture(const SongPlayParts& parts, CSongPictureOwner& owner) : i_parts(parts), i_owner(owner) {}
+
+CSongPicture::~CSongPicture() { StopClock(); }
+
+OSErr CSongPicture::WireUp() {
+    if (Stream() == nullptr) return noErr;
+    OSErr err = noErr;
+    i_graphicsP = CGraphics::Make(ChannelMask(), MakeUpscaler(i_parts.hq4xB), err);
+    if (i_graphicsP == nullptr) return LogStep(err, "making graphics");
+    i_graphicsP->SetSong(*this);
+    i_graphicsP->SetTarget(this);
+    return noErr;
+}
+
+OSErr CSongPicture::StartClock(long start300, double tempo, std::shared_ptr<const CHeardSound> soundP) {
+    i_clock.Start(i_parts.spec.slipT);
+    i_clock.Seek(start300);
+    i_paceP = std::make_shared<CPlayPace>(i_clock);
+    i_paceP->SetSound(std::move(soundP));
+    i_paceP->SetTempo(tempo);
+    auto threadP = std::make_unique<CT_DriftFree_Graphics>(i_paceP);
+    i_threadP = threadP.get();
+    if (CT_Preemptive::Start(std::move(threadP)) != 0) return noErr;
+    i_threadP = nullptr;
+    i_paceP->Detach();
+    return LogStep(memFullErr, "starting the clock of the graphics");
+}
+
+void CSongPicture::StopClock() {
+    if (i_paceP) i_paceP->Detach();
+    if (i_threadP != nullptr) i_threadP->Stop();   // its fork deletes it, on this thread, so it lives here
+    i_threadP = nullptr;
+}
+
+void CSongPicture::TakeDown() {
+    if (i_graphicsP) i_owner.ClearPicture();   // its pixels go
+    i_graphicsP.reset();
+}
+
+void CSongPicture::Rewind() {
+    if (i_graphicsP && Failed(LogStep(Stream()->Rewind(), "rewinding the graphics"))) return;
+}
+
+void CSongPicture::SeekTo300(long time300) {
+    // By what the stream has given: with a slip the picture is not where the time is.
+    if (Stream() != nullptr && time300 + i_clock.StartSync() + SyncSlip300() < Packets()) Rewind();
+    i_endToldB = false;
+    if (i_paceP) i_paceP->BeginSeek(time300);
+}
+
+void CSongPicture::SetSlipT(double seconds) {
+    i_slipMoved300 = std::lround(seconds * kSubCodePacketsPerSecond) - static_cast<long>(i_clock.StartSync());
+}
+
+bool CSongPicture::IsAtEnd() const {
+    const long end300 = i_parts.spec.trimEnd300;
+    return end300 > i_parts.spec.trimStart300 && Time300() >= end300;
+}
+
+void CSongPicture::Tick(bool forceB) {
+    if (i_graphicsP) {
+        i_graphicsP->Tick(forceB);
+        return;
+    }
+    if (i_endToldB || i_owner.IsEnding() || (!IsAtEnd() && !IsAudioFinished())) return;
+    i_endToldB = true;
+    PostPlayNext();
+}
+
+long CSongPicture::Packets() const {
+    const CSubCodeStream* streamP = i_graphicsP ? i_parts.loadP->Graphics() : nullptr;   // not while it is loaded
+    return streamP == nullptr ? 0 : static_cast<long>(streamP->Position() / kSubCodePacket_Units);
+}
+
+long CSongPicture::Length300() const {
+    const CSubCodeStream_Memory* streamP = i_parts.loadP->Graphics();
+    return streamP == nullptr ? 0 : static_cast<long>(streamP->LengthUnits() / kSubCodePacket_Units);
+}

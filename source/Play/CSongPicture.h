@@ -1,0 +1,92 @@
+#pragma once
+#include <memory>
+
+#include "Graphics/CGraphicsClock.h"
+#include "Graphics/CGraphicsSong.h"
+#include "Graphics/CGraphicsTarget.h"
+#include "Play/CPlayPace.h"
+#include "Play/SongPlayParts.h"
+
+class CGraphics;
+class CT_DriftFree_Graphics;
+
+/** What the picture asks of the song that it belongs to. */
+class CSongPictureOwner {
+public:
+    virtual ~CSongPictureOwner() = default;
+    [[nodiscard]] virtual bool IsSoundOver() const = 0;
+    [[nodiscard]] virtual bool IsEnding() const = 0;
+    [[nodiscard]] virtual bool IsQuitting() const = 0;
+    [[nodiscard]] virtual long GlobalSlip300() const = 0;
+    /** Picture and sound are over; told once. */
+    virtual void PictureEnded() = 0;
+    virtual void PictureFailed(OSErr err) = 0;
+    virtual void NoteDrawn() = 0;
+    virtual void ShowPicture(const CPixels& picture, bool forceB) = 0;
+    virtual void ClearPicture() = 0;
+};
+
+/** The picture of one play of a song, and the song's clock, which runs without a picture too.
+    Units    300ths of the song.
+    Threads  main; the clock is led by CT_DriftFree_Graphics.
+    Owner    CSongPlay, which outlives it. */
+class CSongPicture final : private CGraphicsSong, private CGraphicsTarget {
+public:
+    CSongPicture(const SongPlayParts& parts, CSongPictureOwner& owner);
+    ~CSongPicture() override;
+    CSongPicture(const CSongPicture&) = delete;
+    CSongPicture& operator=(const CSongPicture&) = delete;
+
+    /** Planes and decoder, when the song has graphics. memFullErr. */
+    OSErr WireUp();
+    /** The clock stands at `start300`; null: a song without sound. */
+    OSErr StartClock(long start300, double tempo, std::shared_ptr<const CHeardSound> soundP);
+    void StopClock();
+    /** Planes and decoder go; the windows forget them. */
+    void TakeDown();
+
+    [[nodiscard]] CPlayPace* Pace() const noexcept { return i_paceP.get(); }
+    /** The picture of `time300`: the packets before it, from the start when that is a way back. */
+    void SeekTo300(long time300);
+    void SetPaused(bool pausedB) noexcept { i_pausedB = pausedB; }
+    [[nodiscard]] bool IsPaused() const override { return i_pausedB; }
+    /** The song's own slip, in seconds. */
+    void SetSlipT(double seconds);
+    void Tick(bool forceB);
+
+    [[nodiscard]] long Time300() const noexcept { return static_cast<long>(i_clock.Now()); }
+    /** Packets that were drawn. */
+    [[nodiscard]] long Packets() const;
+    /** Of the graphics; 0 without. */
+    [[nodiscard]] long Length300() const;
+    [[nodiscard]] const CGraphics* Graphics() const noexcept { return i_graphicsP.get(); }
+
+private:
+    CGraphicsClock& Clock() override { return i_clock; }
+    CSubCodeStream* Stream() override { return i_parts.loadP->Graphics(); }
+    bool IsAtEnd() const override;
+    bool IsAudioFinished() const override { return i_owner.IsSoundOver(); }
+    bool IsVideoSong() const override { return i_parts.loadP->Kind() == SongKind::kVideo; }
+    CGraphicsMovie* Movie() override { return nullptr; }
+    std::uint16_t ChannelMask() const override { return i_parts.spec.channels; }
+    long SyncSlip300() const override { return i_slipMoved300 + i_owner.GlobalSlip300(); }
+    bool IsChangingSong() const override { return i_owner.IsEnding(); }
+    bool IsQuitting() const override { return i_owner.IsQuitting(); }
+    void PostPlayNext() override { i_owner.PictureEnded(); }
+    void DeferPlayNext() override {}   // there is no next song after the quit
+    void StopAfter(OSErr err) override { i_owner.PictureFailed(err); }
+    void NoteDrawn(double) override { i_owner.NoteDrawn(); }
+    void Refresh(const CPixels& picture, bool forceB) override { i_owner.ShowPicture(picture, forceB); }
+
+    void Rewind();
+
+    const SongPlayParts& i_parts;
+    CSongPictureOwner& i_owner;
+    CGraphicsClock i_clock;
+    std::unique_ptr<CGraphics> i_graphicsP;
+    std::shared_ptr<CPlayPace> i_paceP;
+    CT_DriftFree_Graphics* i_threadP = nullptr;   // the fork's; lives until it was told to stop
+    bool i_pausedB = true;
+    bool i_endToldB = false;   // of a song without graphics
+    long i_slipMoved300 = 0;   // since the start
+};

@@ -1,0 +1,177 @@
+#include "Play/CSongPlay.h"
+
+#include "Core/CLog.h"
+#include "Play/CMainThread_SongCall.h"
+#include "Play/CT_EndSong.h"
+#include "Play/CT_PlayAudio.h"
+#include "Play/CT_SeekSound.h"
+
+CSongPlay::CSongPlay(SongPlayParts parts, CSongPlayOwner& owner)
+    : i_parts(std::move(parts)), i_ownerP(&owner), i_sound(i_parts), i_picture(i_parts, *this) {}
+
+// ---- Workers ----
+
+OSErr CSongPlay::PreRoll(std::unique_ptr<CS_MainThread_AbortProc> completionP) {
+    OSErr err = i_parts.loadP->Load(std::move(completionP));
+    if (!Failed(err)) {
+        CMainThread_SongCall::Post("wire up graphics ports", Ref<CSongPlay>(this), &CSongPlay::WireUpGraphics);
+        err = i_sound.Prepare();
+    }
+    if (i_sound.IsStopped()) err = abortErr;   // whatever broke on the way out
+    if (Failed(err)) i_sound.SetErr(err);
+    RunSeeks();
+    return err;
+}
+
+void CSongPlay::RunSeeks() {
+    do i_sound.SeekAsAsked();
+    while (!i_sound.LeaveWork());
+}
+
+// ---- Main thread ----
+
+OSErr CSongPlay::Start(std::unique_ptr<CS_MainThread_AbortProc> completionP) {
+    i_sound.SetState(static_cast<long>(PlayState::kStarting));
+    LogF("Playing: %s\n", Spec().name.c_str());
+    i_sound.BeginWork();
+    if (CT_Preemptive::Start(std::make_unique<CT_PlayAudio>(Ref<CSongPlay>(this), std::move(completionP))) != 0)
+        return noErr;
+    RunSeeks();   // there are none: the work is over
+    i_sound.SetState(static_cast<long>(PlayState::kIdle));
+    return LogStep(memFullErr, "starting the pre-roll");
+}
+
+void CSongPlay::WireUpGraphics() {
+    if (i_ownerP == nullptr) return;
+    if (const OSErr err = i_picture.WireUp(); Failed(err)) PictureFailed(err);
+}
+
+void CSongPlay::PreRollOver(OSErr err) {
+    if (i_ownerP != nullptr) i_ownerP->PreRollDone(*this, err);
+}
+
+OSErr CSongPlay::Begin(bool pausedB) {
+    if (i_ownerP == nullptr) return abortErr;
+    if (const OSErr err = i_picture.StartClock(i_sound.Start300(), Spec().tempo, i_sound.Heard()); Failed(err))
+        return err;
+    i_sound.SetState(static_cast<long>(PlayState::kPlaying));
+    SetPaused(pausedB);
+    return noErr;
+}
+
+void CSongPlay::Stop() {
+    if (i_ownerP == nullptr) return;
+    LogF("Stopping audio for Song: %s\n", Spec().name.c_str());
+    i_picture.StopClock();
+    i_picture.TakeDown();
+    i_picture.SetPaused(true);
+    i_ownerP = nullptr;
+    i_sound.SetState(static_cast<long>(PlayState::kIdle));
+    if (!i_sound.Stop()) return;   // the worker ends it
+    if (CT_Preemptive::Start(std::make_unique<CT_EndSong>(Ref<CSongPlay>(this))) == 0) Dispose();
+}
+
+void CSongPlay::SetPaused(bool pausedB) {
+    if (State() != PlayState::kPlaying) return;
+    CAudioPlayer* const playerP = i_sound.Player();
+    CPlayPace* const paceP = i_picture.Pace();
+    i_picture.SetPaused(pausedB);
+    if (!pausedB) paceP->Run();   // before the sound goes on: what is given from here on is new
+    if (playerP != nullptr) playerP->SetMode(pausedB ? PlayMode::kPause : PlayMode::kPlay);
+    if (pausedB) paceP->Pause();
+}
+
+void CSongPlay::SeekTo300(long time300) {
+    if (State() != PlayState::kPlaying) return;
+    i_picture.SeekTo300(time300);
+    if (!HasPlayer()) {
+        i_picture.Pace()->EndSeek();
+        return;
+    }
+    i_seekingB = true;
+    if (i_sound.AskSeek(time300)) StartSeekWorker();
+}
+
+void CSongPlay::StartSeekWorker() {
+    if (CT_Preemptive::Start(std::make_unique<CT_SeekSound>(Ref<CSongPlay>(this))) != 0) return;
+    Log("### Error no thread for a seek");
+    RunSeeks();   // here, then: timers and paint go on
+    SeeksDone();
+}
+
+void CSongPlay::SeeksDone() {
+    if (i_ownerP == nullptr) return;
+    i_seekingB = false;
+    i_picture.Pace()->EndSeek();
+    if (!i_picture.IsPaused()) i_sound.Player()->SetPaused(false);   // one that had come to its end paused itself
+}
+
+void CSongPlay::Tick(bool forceB) {
+    if (i_ownerP == nullptr || State() != PlayState::kPlaying) return;
+    const CAudioPlayer* const playerP = i_sound.Player();
+    if (const OSErr err = playerP == nullptr ? noErr : FirstOf(playerP->Result(), PlayErr()); Failed(err)) {
+        PictureFailed(err);
+        return;
+    }
+    i_picture.Tick(forceB);
+}
+
+OSErr CSongPlay::SetPitchTempo(double pitch, double tempo) {
+    if (State() != PlayState::kPlaying) return noErr;
+    if (HasPlayer())
+        if (const OSErr err = i_sound.Player()->PitchTempoVolume().SetPitchTempo(pitch, tempo); Failed(err)) return err;
+    i_picture.Pace()->SetTempo(tempo);
+    return noErr;
+}
+
+void CSongPlay::SetVocalMode(VocalMode mode) {
+    if (State() == PlayState::kPlaying && HasPlayer()) i_sound.Player()->PitchTempoVolume().Volume().SetVocalMode(mode);
+}
+
+long CSongPlay::EndTime300() const {
+    if (State() != PlayState::kPlaying) return 0;
+    if (Spec().trimEnd300 > Spec().trimStart300) return Spec().trimEnd300;
+    return i_sound.HasSound() ? i_sound.Length300() : i_picture.Length300();
+}
+
+long CSongPlay::Heard300() const {
+    return State() == PlayState::kPlaying && HasPlayer() ? i_sound.Player()->Heard300() : 0;
+}
+
+std::uint64_t CSongPlay::FramesLate() const {
+    return State() == PlayState::kPlaying && HasPlayer() ? i_sound.Player()->FramesLate() : 0;
+}
+
+// ---- Of the picture ----
+
+bool CSongPlay::IsSoundOver() const {
+    if (i_seekingB) return false;
+    return HasPlayer() ? i_sound.Player()->IsHeardOut() : i_parts.loadP->Kind() == SongKind::kGraphics;
+}
+
+void CSongPlay::PictureEnded() { CMainThread_SongCall::Post("PlayNext", Ref<CSongPlay>(this), &CSongPlay::TellEnded); }
+
+void CSongPlay::PictureFailed(OSErr err) {
+    i_sound.SetErr(err);
+    CMainThread_SongCall::Post("stop song", Ref<CSongPlay>(this), &CSongPlay::TellFailed);
+}
+
+void CSongPlay::TellEnded() {
+    if (i_ownerP != nullptr) i_ownerP->SongEnded(*this);
+}
+
+void CSongPlay::TellFailed() {
+    if (i_ownerP != nullptr) i_ownerP->SongFailed(*this, PlayErr());
+}
+
+void CSongPlay::NoteDrawn() {
+    if (i_ownerP != nullptr) i_ownerP->NoteDrawn();
+}
+
+void CSongPlay::ShowPicture(const CPixels& picture, bool forceB) {
+    if (i_ownerP != nullptr) i_ownerP->ShowPicture(picture, forceB);
+}
+
+void CSongPlay::ClearPicture() {
+    if (i_ownerP != nullptr) i_ownerP->ClearPicture();
+}

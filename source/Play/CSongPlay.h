@@ -1,0 +1,101 @@
+#pragma once
+#include "Play/CSongPicture.h"
+#include "Play/CSongSound.h"
+#include "Play/PlayState.h"
+
+class CSongPlay;
+
+/** Whom a song that plays tells how it goes. Main thread; the song may be let go from within. */
+class CSongPlayOwner {
+public:
+    virtual ~CSongPlayOwner() = default;
+    /** The pre-roll is over; Begin is next, or Stop. */
+    virtual void PreRollDone(CSongPlay& play, OSErr err) = 0;
+    /** It has been sung, picture and sound. */
+    virtual void SongEnded(CSongPlay& play) = 0;
+    /** It cannot go on. */
+    virtual void SongFailed(CSongPlay& play, OSErr err) = 0;
+    [[nodiscard]] virtual bool IsQuitting() const = 0;
+    /** "Global Song Sync Slip (300ths)". */
+    [[nodiscard]] virtual long GlobalSlip300() const = 0;
+    virtual void ShowPicture(const CPixels& picture, bool forceB) = 0;
+    virtual void ClearPicture() = 0;
+    virtual void NoteDrawn() = 0;
+};
+
+/** One play of one song: its sound, its picture and its clock. A worker makes it ready (CT_PlayAudio), Begin lets it
+   run, Stop is its end; a song that is played again is another CSongPlay, so that the old one may take its time to end.
+    Units    300ths of the song.
+    Threads  main, but for PreRoll, RunSeeks and Dispose, which are a worker's.
+    Owner    Ref: the control and the workers.
+    Errors   PlayErr has the first; the owner hears of those that end the song. */
+class CSongPlay final : public RefCounted, private CSongPictureOwner {
+public:
+    CSongPlay(SongPlayParts parts, CSongPlayOwner& owner);
+
+    // ---- Workers ----
+    OSErr PreRoll(std::unique_ptr<CS_MainThread_AbortProc> completionP);
+    void RunSeeks();
+    void Dispose() { i_sound.Dispose(); }
+
+    // ---- Main thread ----
+    /** The worker starts. memFullErr when there is none. */
+    OSErr Start(std::unique_ptr<CS_MainThread_AbortProc> completionP);
+    /** The picture, once the files are open; nothing after Stop. */
+    void WireUpGraphics();
+    /** The pre-roll is over, with this result; tells the owner. */
+    void PreRollOver(OSErr err);
+    /** The clock starts; the sound too, unless the song is to begin paused. */
+    OSErr Begin(bool pausedB);
+    /** There is no way back. Nobody waits: a pre-roll ends with abortErr on its own. */
+    void Stop();
+    void SetPaused(bool pausedB);
+    [[nodiscard]] bool IsPaused() const noexcept { return i_picture.IsPaused(); }
+    /** Of picture and sound; comes back at once, the sound follows. */
+    void SeekTo300(long time300);
+    /** Draws what has fallen due, and tells the owner when the song is over. */
+    void Tick(bool forceB);
+    OSErr SetPitchTempo(double pitch, double tempo);
+    void SetVocalMode(VocalMode mode);
+    void SetSlipT(double seconds) { i_picture.SetSlipT(seconds); }
+
+    [[nodiscard]] const SongPlaySpec& Spec() const noexcept { return i_parts.spec; }
+    [[nodiscard]] const CSongLoad& Files() const noexcept { return *i_parts.loadP; }
+    [[nodiscard]] PlayState State() const noexcept { return static_cast<PlayState>(i_sound.State()); }
+    [[nodiscard]] bool HasPlayer() const noexcept {
+        return State() == PlayState::kPlaying && i_sound.Player() != nullptr;
+    }
+    /** Where the song is. */
+    [[nodiscard]] long CurTime300() const noexcept { return i_picture.Time300(); }
+    /** Its end: the mark, else that of the sound, else of the graphics. */
+    [[nodiscard]] long EndTime300() const;
+    /** What is heard now; 0 without sound. */
+    [[nodiscard]] long Heard300() const;
+    [[nodiscard]] long Packets() const { return i_picture.Packets(); }
+    [[nodiscard]] std::uint64_t FramesLate() const;
+    OSErr PlayErr() const noexcept { return i_sound.Err(); }
+    [[nodiscard]] const CGraphics* Graphics() const noexcept { return i_picture.Graphics(); }
+
+private:
+    friend class CT_SeekSound;
+    bool IsSoundOver() const override;
+    bool IsEnding() const override { return i_ownerP == nullptr; }
+    bool IsQuitting() const override { return i_ownerP == nullptr || i_ownerP->IsQuitting(); }
+    long GlobalSlip300() const override { return i_ownerP == nullptr ? 0 : i_ownerP->GlobalSlip300(); }
+    void PictureEnded() override;
+    void PictureFailed(OSErr err) override;
+    void NoteDrawn() override;
+    void ShowPicture(const CPixels& picture, bool forceB) override;
+    void ClearPicture() override;
+
+    void StartSeekWorker();
+    void SeeksDone();
+    void TellEnded();
+    void TellFailed();
+
+    const SongPlayParts i_parts;
+    CSongPlayOwner* i_ownerP;   // null after Stop; main thread
+    CSongSound i_sound;
+    CSongPicture i_picture;
+    bool i_seekingB = false;   // main thread: the sound is on its way
+};

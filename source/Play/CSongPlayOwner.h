@@ -1,0 +1,23 @@
+#pragma once
+#include "Platform/OSErr.h"
+
+class CPixels;
+class CSongPlay;
+
+/** Whom a song that plays tells how it goes. Main thread; the song may be let go from within. */
+class CSongPlayOwner {
+public:
+    virtual ~CSongPlayOwner() = default;
+    /** The pre-roll is over. */
+    virtual void PreRollDone(CSongPlay& play, OSErr err) = 0;
+    /** It has been sung, picture and sound. */
+    virtual void SongEnded(CSongPlay& play) = 0;
+    /** It cannot go on. */
+    virtual void SongFailed(CSongPlay& play, OSErr err) = 0;
+    [[nodiscard]] virtual bool IsQuitting() const = 0;
+    /** "Global Song Sync Slip (300ths)". */
+    [[nodiscard]] virtual long GlobalSlip300() const = 0;
+    virtual void ShowPicture(const CPixels& picture, bool forceB) = 0;
+    virtual void ClearPicture() = 0;
+    virtual void NoteDrawn() = 0;
+};

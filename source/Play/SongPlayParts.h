@@ -1,0 +1,18 @@
+#pragma once
+#include "Audio/CAudioPlayerSettings.h"
+#include "Audio/CPlayWindowRule.h"
+#include "Play/CPlayOutput.h"
+#include "Play/CSongLoad.h"
+
+/** What one play of a song works with. */
+struct SongPlayParts {
+    SongPlaySpec spec;
+    Ref<CSongLoad> loadP;   // its files: loaded ahead, or fresh
+    Ref<CPlayOutput> outputP;
+    AudioPlayerSettings settings;
+    CPlayWindow* windowP = nullptr;   // outlives the play
+    CPlayWindowRule windowRule = {};
+    bool autoCueB = true;
+    bool hq4xB = false;
+    long startAt300 = -1;   // from there rather than from where the music begins; -1: no
+};

@@ -1,0 +1,55 @@
+#include "Play/SongPlaySpec.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "Audio/CTimePitch.h"
+#include "Core/CCFPrefDictionary.h"
+#include "Library/CMeta_PLItem.h"
+#include "Library/CSong.h"
+
+namespace {
+
+CFileRef FileOf(CSongMeta& meta, SDB_SongFile type) { return meta.GetSongFile(SongFileKey(type)).ref; }
+
+/** The lead vocals are on that channel: the other one is heard. */
+VocalMode VocalOf(std::int32_t channel) {
+    return channel >= 0 && channel <= static_cast<int>(VocalMode::kVocalCut) ? static_cast<VocalMode>(channel)
+                                                                             : VocalMode::kBoth;
+}
+
+/** A part of the whole; above 1 it was written as a percentage. */
+float VolumeOf(double value) {
+    if (!(value > 0)) return 0;
+    return static_cast<float>(std::min(value > 1 ? value / 100 : value, 1.0));
+}
+
+}   // namespace
+
+SongPlaySpec ReadSongPlaySpec(CSong& song, CMeta_PLItem* rowMetaP, const CCFPrefDictionary& preferences) {
+    CSongMeta& meta = song.Meta();
+    SongPlaySpec spec;
+    spec.song = song.GetSongID();
+    spec.name = song.Name().UTF8();
+    spec.audio = FileOf(meta, SDB_SongFile_AUDIO);
+    spec.video = FileOf(meta, SDB_SongFile_VIDEO);
+    spec.zip = FileOf(meta, SDB_SongFile_ZIP);
+    spec.launch = FileOf(meta, SDB_SongFile_LAUNCH);
+
+    const bool ofSongB = rowMetaP == nullptr || preferences.GetBool("Remember pitch / tempo in all playlists", true);
+    CMeta& tuned = ofSongB ? static_cast<CMeta&>(meta) : static_cast<CMeta&>(*rowMetaP);
+    spec.pitch = std::clamp<double>(tuned.GetInteger("PICH"_key), -kTimePitch_MostPitch, kTimePitch_MostPitch);
+    const double tempo = tuned.GetFloat("TMPO"_key);
+    spec.tempo = tempo > 0 ? std::clamp(tempo, kTimePitch_LeastTempo, kTimePitch_MostTempo) : 1.0;
+
+    spec.vocal = VocalOf(meta.GetInteger("vChn"_key));
+    spec.slipT = meta.GetFloat("Slip"_key);
+    spec.trimStart300 = std::max(0, meta.GetInteger("Tsrt"_key));
+    spec.trimEnd300 = std::max(0, meta.GetInteger("Tend"_key));
+    spec.volumeF = VolumeOf(meta.GetFloat("volm"_key));
+    spec.cooperativeB = meta.GetBool("Coop"_key) == BoolValueType::kTrue;
+    spec.channels = static_cast<std::uint16_t>(meta.GetInteger("gChn"_key));
+    spec.requireAudioB = preferences.GetBool("Require Audio (no naked CDG files)", true);
+    spec.launchMidiB = preferences.GetBool("Launch Midi Files");
+    return spec;
+}

@@ -1,0 +1,33 @@
+#pragma once
+#include <cstdint>
+#include <string>
+
+#include "Audio/CVolumeStage.h"
+#include "Core/CFileRef.h"
+#include "Library/LibraryIDs.h"
+
+class CCFPrefDictionary;
+class CMeta_PLItem;
+class CSong;
+
+/** All that is needed of a song to play it, at one moment: what prepares it on its own thread touches no model. */
+struct SongPlaySpec {
+    SongID song{SDB_kUninitializedID};
+    PlaylistID list{SDB_kUninitializedID};
+    PLItemID item = SDB_kNoItem;
+    std::string name;
+    CFileRef audio, video, zip, launch;   // empty for none
+    double pitch = 0, tempo = 1;
+    VocalMode vocal = VocalMode::kBoth;
+    double slipT = 0;                        // seconds
+    long trimStart300 = 0, trimEnd300 = 0;   // 0: none
+    float volumeF = 0;                       // 0: the song has none of its own
+    bool cooperativeB = false;
+    std::uint16_t channels = 0xFFFF;
+    // Of the preferences.
+    bool requireAudioB = true;   // graphics alone are no song
+    bool launchMidiB = false;
+};
+
+/** Main thread. `rowMetaP` holds the row's own pitch and tempo, if it has any. */
+[[nodiscard]] SongPlaySpec ReadSongPlaySpec(CSong& song, CMeta_PLItem* rowMetaP, const CCFPrefDictionary& preferences);
