@@ -1,10 +1,10 @@
 #include "Core/CApp.h"
 
 #include "App/CAppLibrary.h"
+#include "App/CAppPlay.h"
 #include "App/CAppQuit.h"
 #include "App/CAppStartUp.h"
 #include "App/CAppWindows.h"
-#include "App/CPlayingSong.h"
 #include "App/CScopedInitializing.h"
 #include "App/SaveRules.h"
 #include "App/ScopedValue.h"
@@ -77,6 +77,7 @@ std::unique_ptr<ScopedCrashReporter> CApp::InstallCrashReporter(std::string_view
 
 CSaveTarget& CApp::SaveTarget() { return *i_library; }
 CSongDatabase& CApp::Database() { return i_library->Database(); }
+CPlayControl& CApp::Play() { return i_play->Control(); }
 
 void CApp::RunLoopPass() {
     PostEvents().DrainCalls();

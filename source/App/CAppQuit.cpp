@@ -2,6 +2,7 @@
 
 #include "App/CAppWindows.h"
 #include "App/CAppLibrary.h"
+#include "App/CAppPlay.h"
 #include "App/ScopedValue.h"
 #include "Audio/CSpoolPump.h"
 #include "Core/CAlerts.h"
@@ -66,7 +67,10 @@ void CAppQuit::Run() {
     }
 }
 
-void CAppQuit::StopIdling() { i_app.i_idleGraphicsB = false; }
+void CAppQuit::StopIdling() {
+    i_app.i_idleGraphicsB = false;
+    i_app.StopCurrentSong();   // its threads end with the others
+}
 
 void CAppQuit::OpenProgress() {
     const bool beforeB = i_app.i_hasMainWindowB.exchange(false);   // the new window catches no calls
@@ -127,7 +131,10 @@ void CAppQuit::DisposeVideoWindows() {
 
 void CAppQuit::DisposeBrowser() { i_app.Windows().Dispose(PREF_Wind_BROWSER); }
 
-void CAppQuit::DeleteDatabase() { i_app.i_library.reset(); }
+void CAppQuit::DeleteDatabase() {
+    i_app.i_play.reset();
+    i_app.i_library.reset();
+}
 
 void CAppQuit::CloseProgress() {
     i_app.i_curScope.reset();

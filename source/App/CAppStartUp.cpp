@@ -4,6 +4,7 @@
 #include "App/LocalTime.h"
 #include "App/CAppWindows.h"
 #include "App/CAppLibrary.h"
+#include "App/CAppPlay.h"
 #include "App/CScopedInitializing.h"
 #include "App/SystemFacts.h"
 #include "Audio/CSpoolPump.h"
@@ -122,7 +123,10 @@ void CAppStartUp::CreateMetaManager() {
     i_app.i_metaManager = std::make_unique<CMetaManager>(std::move(setup));
 }
 
-void CAppStartUp::CreateDatabase() { i_app.i_library = std::make_unique<CAppLibrary>(i_app); }
+void CAppStartUp::CreateDatabase() {
+    i_app.i_library = std::make_unique<CAppLibrary>(i_app);
+    i_app.i_play = std::make_unique<CAppPlay>(i_app);
+}
 
 /** What a crash left in the temporary places, ours and those beside the files that we save. */
 void CAppStartUp::PurgeLeftovers() {

@@ -1,10 +1,12 @@
 #include "App/TVoplaApp.h"
 
-#include "App/CPicturePlay.h"
 #include "Core/CAlerts.h"
 #include "Core/CLog.h"
 #include "Core/CMainThreadProc.h"
+#include "Core/CZipSongMembers.h"
 #include "Core/WaitMode.h"
+#include "Library/CSongDatabase.h"
+#include "Play/CPlayControl.h"
 #include "Platform/CMainLoop.h"
 #include "Platform/CUserInterface.h"
 
@@ -46,7 +48,6 @@ int TVoplaApp::Run(const std::string& commandLine) {
 }
 
 void TVoplaApp::ShutDown() {
-    i_play.reset();
     i_app.reset();
     i_initLevelL = 0;
 }
@@ -84,11 +85,22 @@ void TVoplaApp::OnSecondInstance(const std::string& commandLine) {
 void TVoplaApp::HandleCommandLine(const std::string& commandLine) {
     if (commandLine.empty() || i_app == nullptr || i_app->IsInitializing() || i_app->IsShutdown()) return;
     if (!i_app->ConfirmManualSongChange(1)) return;
-    auto play = std::make_unique<CPicturePlay>(*i_app);
-    OSErr err = play->Load(commandLine);
-    if (!Failed(err)) {   // only now does what plays make way
-        i_play = std::move(play);
-        err = i_play->Begin();
+    std::error_code noFile;
+    if (!std::filesystem::is_regular_file(commandLine, noFile)) {   // what plays goes on
+        MessageAlert("The file could not be played: " + commandLine, ErrorText(fnfErr));
+        return;
     }
-    if (Failed(err)) MessageAlert("The file could not be played: " + commandLine, ErrorText(err));
+    CSongDatabase& database = i_app->Database();
+    CSong* const songP = database.CreateSong();
+    if (songP == nullptr) return;
+    const CFileRef file{std::filesystem::path(commandLine)};
+    const ZipSongKinds kinds = ZipSongKindsOf(file.GetName());
+    const SDB_SongFile type = file.GetPath().extension() == ".zip"     ? SDB_SongFile_ZIP
+                              : kinds.graphicsB ? SDB_SongFile_VIDEO
+                                                : SDB_SongFile_AUDIO;
+    songP->Meta().SetSongFile(SongFileKey(type), {.status = SDB_SongFileStatus_REFERENCE, .ref = file});
+    songP->Meta().SetString("name"_key, file.GetPath().stem().string());
+    const PLItemID item = database.AddSongToLibrary(*songP);
+    if (const OSErr err = i_app->Play().Play(kPlaylistID_Library, item); Failed(err))
+        MessageAlert("The file could not be played: " + commandLine, ErrorText(err));
 }

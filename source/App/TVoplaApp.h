@@ -4,8 +4,6 @@
 
 #include "Core/CApp.h"
 
-class CPicturePlay;
-
 /** Whether a wish to quit may be put to the user: a window that was closed asks, a signal of the system does not. */
 enum class QuitAsk : bool { kNobody, kUser };
 
@@ -35,7 +33,6 @@ private:
 
     AppSetup i_setup;
     std::unique_ptr<CApp> i_app;
-    std::unique_ptr<CPicturePlay> i_play;   // the file of the command line, playing
     long i_initLevelL = 0;
     std::string i_earlyFile;     // sent by a second start before the application was up
     bool i_quitB = false;

@@ -15,11 +15,13 @@
 
 class CAlerts;
 class CAppLibrary;
+class CAppPlay;
 class CAppWindows;
 class CCrashReporter;
 class CFolderKinds;
 class CMainLoop;
 class CMetaManager;
+class CPlayControl;
 class CPlayingSong;
 class CProgressView;
 class CSaveTarget;
@@ -70,6 +72,8 @@ public:
     [[nodiscard]] CSaveTarget& SaveTarget();
     /** All songs, lists and singers. From the stage "Creating Song Database" to "closing database". */
     [[nodiscard]] CSongDatabase& Database();
+    /** What plays, and how. As long as Database. */
+    [[nodiscard]] CPlayControl& Play();
     /** "Vopla" and the version, the name in titles. */
     [[nodiscard]] static std::string DisplayName();
     /** The display name, a blank, and the version again. */
@@ -139,6 +143,7 @@ private:
     std::unique_ptr<CAlerts> i_alerts;
     std::unique_ptr<CMetaManager> i_metaManager;   // made before the library, gone after it
     std::unique_ptr<CAppLibrary> i_library;
+    std::unique_ptr<CAppPlay> i_play;   // lives within the library
     std::unique_ptr<CProgressView> i_curScope;   // start-up and quit only
     std::optional<std::vector<WindowRecord>> i_recordsAtQuit;
     CCFDictionary i_fullScreenAtQuit;

@@ -83,7 +83,6 @@ OSErr CPlayControl::PlayRow(PlaylistID list, PLItemID item, const StartHow& how)
                         .loadP = i_next.Take(*spec),
                         .outputP = Output(),
                         .settings = AudioPlayerSettings::Read(preferences),
-                        .windowP = i_host.PlayWindow(),
                         .windowRule = CPlayWindowRule::Read(preferences),
                         .autoCueB = preferences.GetBool("Auto-cue", true),
                         .hq4xB = preferences.GetBool("Use hq4x upscaling (fast computers only)"),
@@ -115,7 +114,6 @@ void CPlayControl::PreRollDone(CSongPlay& play, OSErr err) {
         return;
     }
     if (!play.Spec().launch.IsEmpty()) (void)Failed(LaunchFile(play.Spec().launch));   // logged; the song plays on
-    if (play.Graphics() != nullptr) i_host.ShowVideo();
     if (play.Spec().volumeF > 0) SetVolume(play.Spec().volumeF);
     CacheNext();
     TellPlay();
@@ -153,6 +151,7 @@ void CPlayControl::EndCurrent() {
 }
 
 void CPlayControl::Stop() {
+    if (i_host.IsQuitting()) i_next.Drop();
     if (!i_playP) return;
     EndCurrent();
     TellPlay();
@@ -294,8 +293,7 @@ void CPlayControl::VideoIdle(bool forcedB) {
 
 bool CPlayControl::IsQuitting() const { return i_host.IsQuitting(); }
 long CPlayControl::GlobalSlip300() const { return i_host.Preferences().GetLong("Global Song Sync Slip (300ths)", 0); }
-void CPlayControl::ShowPicture(const CPixels& picture, bool forceB) { i_host.ShowPicture(picture, forceB); }
-void CPlayControl::ClearPicture() { i_host.ClearPicture(); }
+CGraphicsPorts& CPlayControl::Ports() { return i_host.Ports(); }
 void CPlayControl::NoteDrawn() { i_host.NoteDrawn(); }
 
 // ---- Watchers ----

@@ -99,8 +99,7 @@ private:
     void SongFailed(CSongPlay& play, OSErr err) override;
     bool IsQuitting() const override;
     long GlobalSlip300() const override;
-    void ShowPicture(const CPixels& picture, bool forceB) override;
-    void ClearPicture() override;
+    CGraphicsPorts& Ports() override;
     void NoteDrawn() override;
 
     struct StartHow {

@@ -5,8 +5,7 @@
 #include "Platform/CAudioOutput.h"
 
 class CCFPrefDictionary;
-class CPixels;
-class CPlayWindow;
+class CGraphicsPorts;
 class CSongDatabase;
 class CUserInterface;
 
@@ -21,13 +20,8 @@ public:
     /** A new output for the device of this name, not yet opened. */
     [[nodiscard]] virtual AudioOutputChoice MakeOutput(const std::string& device) { return MakeAudioOutput(device); }
 
-    /** The video window, as far as playing moves it; null without one. */
-    [[nodiscard]] virtual CPlayWindow* PlayWindow() { return nullptr; }
-    /** A song with a picture begins. */
-    virtual void ShowVideo() {}
-    /** The picture of now; its pixels stay where they are until ClearPicture. */
-    virtual void ShowPicture(const CPixels& /*picture*/, bool /*forceB*/) {}
-    virtual void ClearPicture() {}
+    /** Where songs show their picture. */
+    [[nodiscard]] virtual CGraphicsPorts& Ports() = 0;
     /** A picture was drawn now. */
     virtual void NoteDrawn() {}
     /** A line for the room: what was skipped, how far the picture slips. */

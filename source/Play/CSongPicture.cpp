@@ -5,6 +5,7 @@
 #include "Core/CLog.h"
 #include "Graphics/CDGConstants.h"
 #include "Graphics/CGraphics.h"
+#include "Graphics/CGraphicsPorts.h"
 #include "Graphics/CHq4x.h"
 #include "Play/CT_DriftFree_Graphics.h"
 
@@ -24,14 +25,13 @@ CSongPicture::CSongPicture(const SongPlayParts& parts, CSongPictureOwner& owner)
 
 CSongPicture::~CSongPicture() { StopClock(); }
 
-OSErr CSongPicture::WireUp() {
+OSErr CSongPicture::WireUp(CGraphicsPorts& ports) {
     if (Stream() == nullptr) return noErr;
     OSErr err = noErr;
     i_graphicsP = CGraphics::Make(ChannelMask(), MakeUpscaler(i_parts.hq4xB), err);
     if (i_graphicsP == nullptr) return LogStep(err, "making graphics");
     i_graphicsP->SetSong(*this);
-    i_graphicsP->SetTarget(this);
-    return noErr;
+    return LogStep(ports.WireUp(nullptr, i_graphicsP->Overlay()), "wiring up graphics ports");
 }
 
 OSErr CSongPicture::StartClock(long start300, double tempo, std::shared_ptr<const CHeardSound> soundP) {
@@ -54,10 +54,7 @@ void CSongPicture::StopClock() {
     i_threadP = nullptr;
 }
 
-void CSongPicture::TakeDown() {
-    if (i_graphicsP) i_owner.ClearPicture();   // its pixels go
-    i_graphicsP.reset();
-}
+void CSongPicture::TakeDown() { i_graphicsP.reset(); }
 
 void CSongPicture::Rewind() {
     if (i_graphicsP && Failed(LogStep(Stream()->Rewind(), "rewinding the graphics"))) return;

@@ -3,11 +3,11 @@
 
 #include "Graphics/CGraphicsClock.h"
 #include "Graphics/CGraphicsSong.h"
-#include "Graphics/CGraphicsTarget.h"
 #include "Play/CPlayPace.h"
 #include "Play/SongPlayParts.h"
 
 class CGraphics;
+class CGraphicsPorts;
 class CT_DriftFree_Graphics;
 
 /** What the picture asks of the song that it belongs to. */
@@ -22,27 +22,25 @@ public:
     virtual void PictureEnded() = 0;
     virtual void PictureFailed(OSErr err) = 0;
     virtual void NoteDrawn() = 0;
-    virtual void ShowPicture(const CPixels& picture, bool forceB) = 0;
-    virtual void ClearPicture() = 0;
 };
 
 /** The picture of one play of a song, and the song's clock, which runs without a picture too.
     Units    300ths of the song.
     Threads  main; the clock is led by CT_DriftFree_Graphics.
     Owner    CSongPlay, which outlives it. */
-class CSongPicture final : private CGraphicsSong, private CGraphicsTarget {
+class CSongPicture final : private CGraphicsSong {
 public:
     CSongPicture(const SongPlayParts& parts, CSongPictureOwner& owner);
     ~CSongPicture() override;
     CSongPicture(const CSongPicture&) = delete;
     CSongPicture& operator=(const CSongPicture&) = delete;
 
-    /** Planes and decoder, when the song has graphics. memFullErr. */
-    OSErr WireUp();
+    /** Planes, decoder, and their place on the screens, when the song has graphics. memFullErr. */
+    OSErr WireUp(CGraphicsPorts& ports);
     /** The clock stands at `start300`; null: a song without sound. */
     OSErr StartClock(long start300, double tempo, std::shared_ptr<const CHeardSound> soundP);
     void StopClock();
-    /** Planes and decoder go; the windows forget them. */
+    /** Planes and decoder go, and leave the screens. */
     void TakeDown();
 
     [[nodiscard]] CPlayPace* Pace() const noexcept { return i_paceP.get(); }
@@ -62,6 +60,7 @@ public:
     [[nodiscard]] const CGraphics* Graphics() const noexcept { return i_graphicsP.get(); }
 
 private:
+    std::string Name() const override { return i_parts.spec.name; }
     CGraphicsClock& Clock() override { return i_clock; }
     CSubCodeStream* Stream() override { return i_parts.loadP->Graphics(); }
     bool IsAtEnd() const override;
@@ -76,7 +75,6 @@ private:
     void DeferPlayNext() override {}   // there is no next song after the quit
     void StopAfter(OSErr err) override { i_owner.PictureFailed(err); }
     void NoteDrawn(double) override { i_owner.NoteDrawn(); }
-    void Refresh(const CPixels& picture, bool forceB) override { i_owner.ShowPicture(picture, forceB); }
 
     void Rewind();
 

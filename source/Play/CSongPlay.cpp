@@ -1,6 +1,7 @@
 #include "Play/CSongPlay.h"
 
 #include "Core/CLog.h"
+#include "Graphics/CGraphicsPorts.h"
 #include "Play/CMainThread_SongCall.h"
 #include "Play/CT_EndSong.h"
 #include "Play/CT_PlayAudio.h"
@@ -43,7 +44,7 @@ OSErr CSongPlay::Start(std::unique_ptr<CS_MainThread_AbortProc> completionP) {
 
 void CSongPlay::WireUpGraphics() {
     if (i_ownerP == nullptr) return;
-    if (const OSErr err = i_picture.WireUp(); Failed(err)) PictureFailed(err);
+    if (const OSErr err = i_picture.WireUp(i_ownerP->Ports()); Failed(err)) PictureFailed(err);
 }
 
 void CSongPlay::PreRollOver(OSErr err) {
@@ -79,6 +80,9 @@ void CSongPlay::SetPaused(bool pausedB) {
     if (!pausedB) paceP->Run();   // before the sound goes on: what is given from here on is new
     if (playerP != nullptr) playerP->SetMode(pausedB ? PlayMode::kPause : PlayMode::kPlay);
     if (pausedB) paceP->Pause();
+    if (CGraphicsPorts& ports = i_ownerP->Ports();
+        i_picture.Graphics() != nullptr && ports.Port(CGraphicsPort::kScreen_VIDEO) != nullptr)
+        ports.ApplyRule(i_parts.windowRule, pausedB ? PlayMode::kPause : PlayMode::kPlay);
 }
 
 void CSongPlay::SeekTo300(long time300) {
@@ -166,12 +170,4 @@ void CSongPlay::TellFailed() {
 
 void CSongPlay::NoteDrawn() {
     if (i_ownerP != nullptr) i_ownerP->NoteDrawn();
-}
-
-void CSongPlay::ShowPicture(const CPixels& picture, bool forceB) {
-    if (i_ownerP != nullptr) i_ownerP->ShowPicture(picture, forceB);
-}
-
-void CSongPlay::ClearPicture() {
-    if (i_ownerP != nullptr) i_ownerP->ClearPicture();
 }

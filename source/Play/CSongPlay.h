@@ -18,8 +18,8 @@ public:
     [[nodiscard]] virtual bool IsQuitting() const = 0;
     /** "Global Song Sync Slip (300ths)". */
     [[nodiscard]] virtual long GlobalSlip300() const = 0;
-    virtual void ShowPicture(const CPixels& picture, bool forceB) = 0;
-    virtual void ClearPicture() = 0;
+    /** Where the picture is shown; outlives the play. */
+    [[nodiscard]] virtual CGraphicsPorts& Ports() = 0;
     virtual void NoteDrawn() = 0;
 };
 
@@ -85,8 +85,6 @@ private:
     void PictureEnded() override;
     void PictureFailed(OSErr err) override;
     void NoteDrawn() override;
-    void ShowPicture(const CPixels& picture, bool forceB) override;
-    void ClearPicture() override;
 
     void StartSeekWorker();
     void SeeksDone();

@@ -40,12 +40,8 @@ OSErr CSongSound::MakePlayer() {
     CPlayOutput& output = *i_parts.outputP;
     AudioPlayerSettings settings = i_parts.settings;
     settings.device = output.Device();
-    const OSErr err = CAudioPlayer::Create({.song = *this,
-                                            .output = output.Output(),
-                                            .level = output.Level(),
-                                            .windowP = i_parts.windowP,
-                                            .windowRule = i_parts.windowRule},
-                                           settings, i_playerP);
+    const OSErr err =
+        CAudioPlayer::Create({.song = *this, .output = output.Output(), .level = output.Level()}, settings, i_playerP);
     if (Failed(err)) {
         if (Number(err) >= -1 && err != alreadyReportedErr)
             MessageAlert(

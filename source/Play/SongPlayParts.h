@@ -10,7 +10,6 @@ struct SongPlayParts {
     Ref<CSongLoad> loadP;   // its files: loaded ahead, or fresh
     Ref<CPlayOutput> outputP;
     AudioPlayerSettings settings;
-    CPlayWindow* windowP = nullptr;   // outlives the play
     CPlayWindowRule windowRule = {};
     bool autoCueB = true;
     bool hq4xB = false;

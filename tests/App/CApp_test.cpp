@@ -10,8 +10,6 @@
 #include <thread>
 
 #include "App/CAppWindows_None.h"
-#include "App/CPicturePlay.h"
-#include "App/CPlayingSong.h"
 #include "App/CSaveTarget.h"
 #include "App/SaveRules.h"
 #include "App/TVoplaApp.h"
@@ -27,6 +25,7 @@
 #include "Platform/CMainLoop_Plain.h"
 #include "Platform/CUserInterface_Plain.h"
 #include "Platform/CUserInterface_Scripted.h"
+#include "Play/CPlayControl.h"
 
 namespace {
 
@@ -297,32 +296,36 @@ TEST_F(AppTest, AFailedAssertionIsShownOnceAndTheShowGoesOn) {
     EXPECT_EQ(i_ui.alerts.size(), 1U);   // while quitting it is only logged
 }
 
-TEST_F(AppTest, PlaysAFileAtThePaceOfTheClockAndSeeksTrue) {
+TEST_F(AppTest, PlaysASongAtThePaceOfTheClockAndSeeksTrue) {
     CApp app(MakeSetup());
+    app.Prefs().Set("Audio Output Device", CCFValue(SuperString("dummy")));
     const fs::path file = fs::path(VOPLA_SOURCE_DIR) / "resources/demo/Vopla Demo - Amazing Grace.cdg";
-    CPicturePlay play(app);
-    ASSERT_EQ(play.Load(i_folder / "none.cdg"), fnfErr);
-    ASSERT_EQ(play.Load(file), noErr);
-    ASSERT_EQ(play.Begin(), noErr);
+    CSong* const songP = app.Database().CreateSong();
+    songP->Meta().SetSongFile("Sfs1"_key, {.status = SDB_SongFileStatus_REFERENCE, .ref = CFileRef(file)});
+    const PLItemID item = app.Database().AddSongToLibrary(*songP);
+    CPlayControl& play = app.Play();
+    ASSERT_EQ(play.Play(kPlaylistID_Library, item), noErr);
+    ASSERT_TRUE(RunUntil(app, [&] { return play.State() == PlayState::kPlaying; }));
+    ASSERT_TRUE(RunUntil(app, [&] { return play.CurTime300() > 0; }));
     const double startT = CClock::Get().SteadyT();
-    ASSERT_TRUE(RunUntil(app, [&] { return play.Time300() >= 300; }));
+    const long start300 = play.CurTime300();
+    ASSERT_TRUE(RunUntil(app, [&] { return play.CurTime300() >= start300 + 300; }));
     // Both are read at one moment: a busy machine may make the loop late, but never the clock of the picture.
-    EXPECT_NEAR(static_cast<double>(play.Time300()) / 300.0, CClock::Get().SteadyT() - startT, 0.3);
+    EXPECT_NEAR(static_cast<double>(play.CurTime300() - start300) / 300.0, CClock::Get().SteadyT() - startT, 0.3);
 
     // A seek back replays: the picture is the one that a song which never was further shows.
-    const auto pictureAt = [](CPicturePlay& of, long time300) {
-        EXPECT_EQ(of.Seek(time300), noErr);
-        of.VideoIdle(false);
-        const CPixels& picture = of.Graphics().Picture();
+    play.SetPaused(true);
+    const auto pictureAt = [&](long time300) {
+        play.SeekTo300(time300);
+        play.VideoIdle(false);
+        EXPECT_TRUE(RunUntil(app, [&] { return play.CurTime300() >= time300; }));
+        const CPixels& picture = play.Current()->Graphics()->Picture();
         return std::vector<std::uint8_t>(picture.base(), picture.base() + picture.rowBytes() * 216);
     };
-    CPicturePlay fresh(app);
-    ASSERT_EQ(fresh.Load(file), noErr);
-    ASSERT_EQ(fresh.Begin(), noErr);
-    const auto late = pictureAt(play, 40 * 300);
-    const auto early = pictureAt(play, 5 * 300);
-    EXPECT_NE(late, early);
-    EXPECT_EQ(early, pictureAt(fresh, 5 * 300));   // the title page stands: some packets more change nothing
+    play.SetPaused(false);
+    const auto early = pictureAt(5 * 300);
+    EXPECT_NE(pictureAt(40 * 300), early);
+    EXPECT_EQ(pictureAt(5 * 300), early);   // the title page stands: some packets more change nothing
 }
 
 /** Windows that remember what was done to them. */
@@ -373,12 +376,13 @@ TEST_F(AppTest, ASecondFilePlaysAndABadOneLeavesTheFirst) {
     Windows windows;
     TVoplaApp application({.loop = i_loop, .ui = i_ui, .windows = windows, .resources = MakeSetup().resources, .prefs = MakeSetup().prefs});
     application.StartUp();
+    gApp->Prefs().Set("Audio Output Device", CCFValue(SuperString("dummy")));
     const std::string file = std::string(VOPLA_SOURCE_DIR) + "/resources/demo/Vopla Demo - Amazing Grace.cdg";
     for (const std::string& sent : {file, file, std::string("/nowhere/none.cdg")}) {
         application.OnSecondInstance(sent);
         i_loop.Post([] {});
         for (int n = 0; n < 3; ++n) gApp->RunLoopPass();
-        EXPECT_TRUE(gApp->IsSongPlaying()) << sent;
+        EXPECT_TRUE(RunUntil(*gApp, [&] { return gApp->IsSongPlaying(); })) << sent;
         const int shownL = windows.screen.refreshesL;
         EXPECT_TRUE(RunUntil(*gApp, [&] { return windows.screen.refreshesL > shownL; })) << sent;
     }

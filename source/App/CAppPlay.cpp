@@ -1,0 +1,18 @@
+#include "App/CAppPlay.h"
+
+#include "App/CAppWindows.h"
+#include "Core/CApp.h"
+
+CAppPlay::CAppPlay(CApp& app) : i_app(app), i_control(static_cast<CPlayHost&>(*this)) {
+    i_app.SetCurrentSong(&i_control);
+}
+
+CAppPlay::~CAppPlay() { i_app.ClearCurrentSong(i_control); }
+
+CSongDatabase& CAppPlay::Database() { return i_app.Database(); }
+CCFPrefDictionary& CAppPlay::Preferences() { return i_app.Prefs(); }
+CUserInterface& CAppPlay::Ui() { return i_app.Ui(); }
+bool CAppPlay::IsQuitting() const { return i_app.IsShutdown(); }
+CGraphicsPorts& CAppPlay::Ports() { return i_app.Windows().Ports(); }
+void CAppPlay::NoteDrawn() { i_app.NoteGraphicsDrawn(); }
+void CAppPlay::ShowMessage(std::string_view text) { i_app.SetStatus(text); }

@@ -1,0 +1,28 @@
+#pragma once
+#include "Play/CPlayControl.h"
+#include "Play/CPlayHost.h"
+
+class CApp;
+
+/** Playing as the application has it: owns the control, and answers what it asks of those above it.
+    Threads  main.
+    Owner    CApp; goes before the library. */
+class CAppPlay final : private CPlayHost {
+public:
+    explicit CAppPlay(CApp& app);
+    ~CAppPlay() override;
+
+    [[nodiscard]] CPlayControl& Control() noexcept { return i_control; }
+
+private:
+    CSongDatabase& Database() override;
+    CCFPrefDictionary& Preferences() override;
+    CUserInterface& Ui() override;
+    [[nodiscard]] bool IsQuitting() const override;
+    CGraphicsPorts& Ports() override;
+    void NoteDrawn() override;
+    void ShowMessage(std::string_view text) override;
+
+    CApp& i_app;
+    CPlayControl i_control;
+};
