@@ -19,6 +19,7 @@ private:
     CCFPrefDictionary& Preferences() override;
     CUserInterface& Ui() override;
     [[nodiscard]] bool IsQuitting() const override;
+    [[nodiscard]] bool PlaysSilent() const override { return true; }
     CGraphicsPorts& Ports() override;
     void NoteDrawn() override;
     void ShowMessage(std::string_view text) override;

@@ -3,8 +3,8 @@
 #include "Core/CAlerts.h"
 #include "Core/CLog.h"
 #include "Core/CMainThreadProc.h"
-#include "Core/CZipSongMembers.h"
 #include "Core/WaitMode.h"
+#include "Library/AddFilesToLibrary.h"
 #include "Library/CSongDatabase.h"
 #include "Play/CPlayControl.h"
 #include "Platform/CMainLoop.h"
@@ -85,22 +85,16 @@ void TVoplaApp::OnSecondInstance(const std::string& commandLine) {
 void TVoplaApp::HandleCommandLine(const std::string& commandLine) {
     if (commandLine.empty() || i_app == nullptr || i_app->IsInitializing() || i_app->IsShutdown()) return;
     if (!i_app->ConfirmManualSongChange(1)) return;
-    std::error_code noFile;
-    if (!std::filesystem::is_regular_file(commandLine, noFile)) {   // what plays goes on
-        MessageAlert("The file could not be played: " + commandLine, ErrorText(fnfErr));
-        return;
-    }
-    CSongDatabase& database = i_app->Database();
-    CSong* const songP = database.CreateSong();
-    if (songP == nullptr) return;
-    const CFileRef file{std::filesystem::path(commandLine)};
-    const ZipSongKinds kinds = ZipSongKindsOf(file.GetName());
-    const SDB_SongFile type = file.GetPath().extension() == ".zip"     ? SDB_SongFile_ZIP
-                              : kinds.graphicsB ? SDB_SongFile_VIDEO
-                                                : SDB_SongFile_AUDIO;
-    songP->Meta().SetSongFile(SongFileKey(type), {.status = SDB_SongFileStatus_REFERENCE, .ref = file});
-    songP->Meta().SetString("name"_key, file.GetPath().stem().string());
-    const PLItemID item = database.AddSongToLibrary(*songP);
-    if (const OSErr err = i_app->Play().Play(kPlaylistID_Library, item); Failed(err))
-        MessageAlert("The file could not be played: " + commandLine, ErrorText(err));
+    if (Failed(AddFilesToLibrary(i_app->Database(), {commandLine}, [this, commandLine](const AddedFiles& added) {
+        if (i_app->IsShutdown()) return;
+        if (added.songs.empty()) {   // what plays goes on
+            const OSErr err = added.refused.empty() ? fnfErr : added.refused.front().err;
+            MessageAlert("The file could not be played: " + commandLine, ErrorText(err));
+            return;
+        }
+        const CSong* const songP = i_app->Database().GetSong(added.songs.front());
+        if (songP != nullptr && Failed(i_app->Play().Play(kPlaylistID_Library, songP->LibraryItem())))
+            LogF("not played: %s", commandLine.c_str());   // told by the control
+    })))
+        MessageAlert("The file could not be played: " + commandLine, ErrorText(abortErr));
 }

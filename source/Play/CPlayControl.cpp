@@ -86,6 +86,7 @@ OSErr CPlayControl::PlayRow(PlaylistID list, PLItemID item, const StartHow& how)
                         .windowRule = CPlayWindowRule::Read(preferences),
                         .autoCueB = preferences.GetBool("Auto-cue", true),
                         .hq4xB = preferences.GetBool("Use hq4x upscaling (fast computers only)"),
+                        .orSilentB = i_host.PlaysSilent(),
                         .startAt300 = how.at300};
     CSongPlayOwner& owner = *this;
     i_playP = MakeRef<CSongPlay>(std::move(parts), owner);

@@ -20,6 +20,8 @@ public:
     /** A new output for the device of this name, not yet opened. */
     [[nodiscard]] virtual AudioOutputChoice MakeOutput(const std::string& device) { return MakeAudioOutput(device); }
 
+    /** A song whose output cannot be opened is shown without its sound, rather than not at all. */
+    [[nodiscard]] virtual bool PlaysSilent() const { return false; }
     /** Where songs show their picture. */
     [[nodiscard]] virtual CGraphicsPorts& Ports() = 0;
     /** A picture was drawn now. */

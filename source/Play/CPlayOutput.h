@@ -7,7 +7,7 @@
 
 #include "Audio/CAudioPlayer.h"
 #include "Core/Ref.h"
-#include "Platform/CAudioOutput.h"
+#include "Platform/CAudioOutput_Null.h"
 
 /** The device that plays, which one song has at a time: the next one is made ready meanwhile, and waits here for the
    one before to let go. Threads  Take and Release on workers; the rest any. Owner    Ref: the control, and each song
@@ -39,11 +39,14 @@ public:
     [[nodiscard]] std::vector<std::string> DeviceNames() { return i_outputP->DeviceNames(); }
     /** For who has taken it. */
     [[nodiscard]] CAudioOutput& Output() noexcept { return *i_outputP; }
+    /** A clock without sound, in its place. */
+    [[nodiscard]] CAudioOutput& Silence() noexcept { return i_silence; }
     [[nodiscard]] const std::string& Device() const noexcept { return i_device; }
     [[nodiscard]] AudioLevel& Level() noexcept { return i_level; }
 
 private:
     const std::unique_ptr<CAudioOutput> i_outputP;
+    CAudioOutput_Null i_silence;
     const std::string i_device;
     AudioLevel i_level;
     std::mutex i_lock;   // guards i_takenB

@@ -40,8 +40,14 @@ OSErr CSongSound::MakePlayer() {
     CPlayOutput& output = *i_parts.outputP;
     AudioPlayerSettings settings = i_parts.settings;
     settings.device = output.Device();
-    const OSErr err =
-        CAudioPlayer::Create({.song = *this, .output = output.Output(), .level = output.Level()}, settings, i_playerP);
+    const auto make = [&](CAudioOutput& with) {
+        return CAudioPlayer::Create({.song = *this, .output = with, .level = output.Level()}, settings, i_playerP);
+    };
+    OSErr err = make(output.Output());
+    if (Failed(err) && i_parts.orSilentB && !Failed(AudioSpool()->Err())) {   // told: it is the device
+        settings.device = kAudioOutput_Default;
+        err = make(output.Silence());
+    }
     if (Failed(err)) {
         if (Number(err) >= -1 && err != alreadyReportedErr)
             MessageAlert(

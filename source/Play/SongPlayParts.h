@@ -13,5 +13,6 @@ struct SongPlayParts {
     CPlayWindowRule windowRule = {};
     bool autoCueB = true;
     bool hq4xB = false;
-    long startAt300 = -1;   // from there rather than from where the music begins; -1: no
+    bool orSilentB = false;   // without a device the picture plays, at the pace that the sound would have
+    long startAt300 = -1;     // from there rather than from where the music begins; -1: no
 };
