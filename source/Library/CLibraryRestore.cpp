@@ -1,7 +1,6 @@
 #include "Library/CLibraryRestore.h"
 
 #include <algorithm>
-#include <ranges>
 
 #include "Core/CByteSource_Zip.h"
 #include "Core/CDataFork.h"
@@ -163,7 +162,8 @@ OSErr CLibraryRestore::MoveIn(Move& move) const {
 
 bool CLibraryRestore::TakeBack(const std::vector<Move>& moves) const {
     bool wholeB = true;
-    for (const Move& move : moves | std::views::reverse) {
+    for (auto it = moves.rbegin(); it != moves.rend(); ++it) {
+        const Move& move = *it;
         const Path place = i_root.GetPath() / move.file, fresh = In(kNew_Folder) / move.file;
         bool stillB = false;   // the new one was not moved in
         OSErr err = FSrObjectExists(CFileRef(fresh), stillB);

@@ -157,6 +157,9 @@ protected:
     virtual void CheckSetter(MetaKey key) const;
     /** Asserts that it is none of the keys that are told, never set: song id, playlist id, sort index. */
     static void AssertNotIdentity(MetaKey key);
+    /** Whether a dictionary may bring a value of this key; one of another is passed over. The base: all but those that
+        are told, never set. */
+    [[nodiscard]] virtual bool Takes(MetaKey key) const;
     /** A file out of a dictionary; the base stores it as a reference. */
     virtual bool TakeFile(MetaKey key, const CFileRef& ref);
     /** The first act of a subclass's destructor: from here on no object reaches the hooks. */

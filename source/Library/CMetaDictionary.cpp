@@ -86,13 +86,15 @@ CCFDictionary CMeta::ToDictionary(FileSlots files) const {
 void CMeta::FromDictionary(const CCFDictionary& dictionary) {
     for (const auto& [text, value] : dictionary) {
         const auto key = KeyOf(text);
-        if (!key || *key == CM_Key_NONE) continue;   // a word of the file around us: "Song ID", "Item Type"
-        // Who has these was told by whoever made the object.
-        if (*key == CM_Key_SONG_ID || *key == CM_Key_PLAYLIST_ID || *key == CM_Key_SORT_INDEX) continue;
+        if (!key || !Takes(*key)) continue;   // or a word of the file around us: "Song ID", "Item Type"
         CDataTraits& traits = i_manager.GetTraits(*key);
         if (traits.Type() == ValType::ValType_NONE) (void)traits.Discover(KindOf(value.Type()));
         if (!TakeEntry(traits, value)) LogIllegal(*key);
     }
+}
+
+bool CMeta::Takes(MetaKey key) const {
+    return key != CM_Key_NONE && key != CM_Key_SONG_ID && key != CM_Key_PLAYLIST_ID && key != CM_Key_SORT_INDEX;
 }
 
 /** False when the value has no form that the key can take. */

@@ -14,4 +14,5 @@ public:
 
 protected:
     void CheckSetter(MetaKey key) const override;
+    [[nodiscard]] bool Takes(MetaKey key) const override { return IsRowKey(key); }
 };

@@ -88,6 +88,13 @@ TEST_F(CMetaRecordsTest, ADictionaryGoesThroughTheSetters) {
     EXPECT_EQ(i_meta.i_notes, std::vector<std::string>{"name=two blanks"});
 }
 
+TEST_F(CMetaRecordsTest, ARowTakesNothingButItsOwnKeys) {
+    CMeta_PLItem row;
+    row.FromDictionary(
+        {{"PICH", CCFValue(-2)}, {"tsng", CCFValue(3)}, {"soID", CCFValue(9)}, {"Play", CCFValue(false)}});
+    EXPECT_EQ(row.ToDictionary(), (CCFDictionary{{"PICH", CCFValue(-2)}}));
+}
+
 TEST_F(CMetaRecordsTest, BasicsGoInAndOut) {
     MetaTags tags{"Name", "Artist", "Album", "Genre", "Comment", "Rendition", "Copyright", 0, 0};
     i_meta.SetInteger("cryr"_key, 1980);
