@@ -4,6 +4,7 @@
 
 #include "Core/TempFolder.h"
 #include "Library/CMeta_File.h"
+#include "Library/CMeta_PLItem.h"
 #include "Library/MetaTest.h"
 
 // Whole records: dictionaries, tags, the order of two objects, and the packed store below.
