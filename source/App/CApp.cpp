@@ -96,6 +96,8 @@ void CApp::PostEvent(PostEventKind kind, long dataL) {
 void CApp::HandlePostEvent(PostEventKind kind) {
     if (kind == PostEventCode("drty")) {
         SetDirty(true);
+    } else if (kind == PostEventCode("Pref")) {
+        Windows().FollowPreferences(Prefs());
     } else if (kind == PostEventCode("BadS")) {
         if (const long lostL = i_lostSongsL.exchange(0); lostL > 0)
             MessageAlert("Umm, sorry, but I've somehow lost track of this many songs: " + std::to_string(lostL));
@@ -245,15 +247,21 @@ constexpr struct {
     {PREF_Wind_TASKS, "Tasks", nullptr, false},
 };
 
+/** The key of the display of a full screen, by the key of that full screen. */
+std::string DisplayKey(const char* fullScreenKeyZ) { return std::string(fullScreenKeyZ) + " Display"; }
+
 }   // namespace
 
 void CApp::ShowWindowsAsSaved() {
     for (const auto& row : kKept_Windows) {
         const auto record = Prefs().Window(row.nameZ);
         if (record.has_value()) {
-            const bool fullScreenB = row.fullScreenKeyZ != nullptr && Prefs().GetBool(row.fullScreenKeyZ);
-            Windows().SetPlace(row.kind, {record->topS, record->leftS, record->bottomS, record->rightS,
-                                          record->visibleB, fullScreenB});
+            CAppWindows::Place place{record->topS, record->leftS, record->bottomS, record->rightS, record->visibleB};
+            if (row.fullScreenKeyZ != nullptr) {
+                place.fullScreenB = Prefs().GetBool(row.fullScreenKeyZ);
+                place.display = Prefs().GetString(DisplayKey(row.fullScreenKeyZ)).UTF8();
+            }
+            Windows().SetPlace(row.kind, place);
         }
         if (record.has_value() ? record->visibleB : row.shownFirstB) Windows().Show(row.kind);
     }
@@ -265,8 +273,10 @@ CCFDictionary CApp::FullScreenKeys() const {
     if (i_recordsAtQuit.has_value()) return i_fullScreenAtQuit;
     CCFDictionary keys;
     for (const auto& row : kKept_Windows)
-        if (const auto place = i_setup.windows.PlaceOf(row.kind); place.has_value() && row.fullScreenKeyZ != nullptr)
+        if (const auto place = i_setup.windows.PlaceOf(row.kind); place.has_value() && row.fullScreenKeyZ != nullptr) {
             keys.Set(row.fullScreenKeyZ, CCFValue(place->fullScreenB));
+            keys.Set(DisplayKey(row.fullScreenKeyZ), CCFValue(SuperString(place->display)));
+        }
     return keys;
 }
 

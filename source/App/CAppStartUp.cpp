@@ -109,6 +109,7 @@ void CAppStartUp::LoadPreferences() {
     options.onDirty = [this_app = &i_app] {
         if (!this_app->IsAppReady()) return;
         this_app->SetDirty(true);
+        this_app->PostEvent(PostEventCode("Pref"));   // whoever set it may be any thread, and be in the middle of more
         this_app->i_metaManager->SetMoveArticles(this_app->Prefs().GetBool(kPref_MoveArticles));
         this_app->Database().SetSettings(ReadLibrarySettings(this_app->Prefs()));
     };
@@ -198,6 +199,7 @@ bool CAppStartUp::FindMusicFolder() {
 void CAppStartUp::CreateWindows() {
     for (const WindowKind kind : {PREF_Wind_BROWSER, PREF_Wind_VIDEO2, PREF_Wind_VIDEO, PREF_Wind_TASKS})
         i_app.Windows().Create(kind);
+    i_app.Windows().FollowPreferences(i_app.Prefs());
     i_app.i_hasMainWindowB.store(true, std::memory_order_release);
 }
 

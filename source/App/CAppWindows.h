@@ -1,8 +1,11 @@
 #pragma once
 #include <optional>
+#include <string>
 
 #include "Graphics/CGraphicsPorts.h"
 #include "Platform/CUserInterface.h"
+
+class CCFPrefDictionary;
 
 /** The windows the application knows by number; the numbers are those of the preferences. */
 enum class WindowKind : short {
@@ -22,6 +25,7 @@ public:
         short top = 0, left = 0, bottom = 0, right = 0;
         bool visibleB = false;
         bool fullScreenB = false;
+        std::string display = {};   // of the full screen, by its name; empty for the one that the window is on
     };
 
     virtual ~CAppWindows() = default;
@@ -36,6 +40,8 @@ public:
     virtual void SetPlace(WindowKind kind, const Place& place) = 0;
     [[nodiscard]] virtual std::optional<Place> PlaceOf(WindowKind kind) const = 0;
 
+    /** Does what the preferences say of the windows: at the start, and after each change. */
+    virtual void FollowPreferences(const CCFPrefDictionary& /*preferences*/) {}
     /** The line of status in the browser window. */
     virtual void SetStatus(std::string_view text) = 0;
     /** The library has, or has no more, changes that are not saved: the mark in the title bar. */

@@ -95,7 +95,7 @@ public:
     /** A picture was drawn now: IdleGraphics need not hurry. */
     void NoteGraphicsDrawn();
 
-    /** An event for the end of this pass of the run loop: 'drty' or 'BadS'. Any thread. */
+    /** An event for the end of this pass of the run loop: 'drty', 'Pref' (a preference changed) or 'BadS'. Any thread. */
     void PostEvent(PostEventKind kind, long dataL = 0);
 
     /** True when the user lets the application quit; sets the shutdown flag and stops the song then. */

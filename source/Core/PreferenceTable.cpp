@@ -228,6 +228,11 @@ constexpr PrefRow kPreferences[] = {
     Typed("Log Memory", CFType::kBool),
     Typed("Full Screen", CFType::kBool),
     Typed("Full Screen2", CFType::kBool),
+    Typed("Full Screen Display", CFType::kString),   // by the name that the system gives it; empty: the window's own
+    Typed("Full Screen2 Display", CFType::kString),
+    Typed("Video Window Opacity", CFType::kFloat),   // 0.1 to 1.0, which it is without
+    Typed("4x3 aspect ratio", CFType::kBool),   // "16x9 aspect ratio" goes before it
+    Typed("Break Picture", CFType::kString),   // the path of what the video windows show between songs
     Typed("Ignore CD+G Ripping errors (You'll just get black video)", CFType::kBool),
     Typed("Update while typing", CFType::kBool),
     Typed("Always confirm manual song changes (transport buttons)", CFType::kBool),

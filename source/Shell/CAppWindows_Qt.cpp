@@ -3,11 +3,12 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QGuiApplication>
-#include <QScreen>
 #include <QWidget>
 
 #include "Core/CApp.h"
+#include "Shell/CWindowPlace.h"
 #include "Shell/QtText.h"
+#include "Shell/VideoWindowMenu.h"
 #include "Shell/XVideoWindow.h"
 
 CAppWindows_Qt::CAppWindows_Qt(std::function<void()> askToQuit) : i_askToQuit(std::move(askToQuit)) {}
@@ -23,11 +24,16 @@ void CAppWindows_Qt::Create(WindowKind kind) {
     // The browser and the tasks have no content yet: an empty window would only be in the way.
     if ((kind != PREF_Wind_VIDEO && kind != PREF_Wind_VIDEO2) || Exists(kind)) return;
     auto window = std::make_unique<XVideoWindow>(static_cast<int>(kind), Ports());
-    if (kind == PREF_Wind_VIDEO)
-        QObject::connect(window.get(), &XVideoWindow::CloseAsked, window.get(), [this] { i_askToQuit(); });
-    else
-        QObject::connect(window.get(), &XVideoWindow::CloseAsked, window.get(), &QWidget::hide);
-    QObject::connect(window.get(), &XVideoWindow::Resizing, window.get(), [](bool resizingB) {
+    XVideoWindow* const windowP = window.get();
+    QObject::connect(windowP, &XVideoWindow::CloseAsked, windowP, [this, kind, windowP] {
+        if (kind == PREF_Wind_VIDEO && !Exists(PREF_Wind_BROWSER))
+            i_askToQuit();   // the only one there is
+        else
+            windowP->hide();
+    });
+    QObject::connect(windowP, &XVideoWindow::MenuAsked, windowP,
+                     [windowP](const QPoint& global) { ShowVideoWindowMenu(*windowP, global); });
+    QObject::connect(windowP, &XVideoWindow::Resizing, windowP, [](bool resizingB) {
         if (gApp != nullptr) gApp->SetResizingWindow(resizingB);
     });
     i_windows[kind] = std::move(window);
@@ -56,19 +62,49 @@ void CAppWindows_Qt::SetPlace(WindowKind kind, const Place& place) {
     QWidget* const windowP = Find(kind);
     if (windowP == nullptr) return;
     const QRect wanted(place.left, place.top, place.right - place.left, place.bottom - place.top);
-    // A display that was unplugged meanwhile must not swallow its window.
-    for (const QScreen* const screenP : QGuiApplication::screens())
-        if (!wanted.isEmpty() && screenP->availableGeometry().intersects(wanted)) windowP->setGeometry(wanted);
-    windowP->setWindowState(place.fullScreenB ? Qt::WindowFullScreen : Qt::WindowNoState);
+    CWindowPlace& windowPlace = PlaceFor(*windowP);
+    if (!wanted.isEmpty()) windowPlace.SetNormal(wanted);
+    windowPlace.ChooseDisplay(QtText(place.display));
+    if (place.fullScreenB) windowPlace.RestoreFullScreen();
+}
+
+CWindowPlace& CAppWindows_Qt::PlaceFor(QWidget& window) {
+    auto* const videoP = qobject_cast<XVideoWindow*>(&window);
+    return videoP != nullptr ? videoP->Place() : CWindowPlace::Of(window);
 }
 
 std::optional<CAppWindows::Place> CAppWindows_Qt::PlaceOf(WindowKind kind) const {
-    const QWidget* const windowP = Find(kind);
+    QWidget* const windowP = Find(kind);
     if (windowP == nullptr) return std::nullopt;
-    const QRect frame = windowP->isFullScreen() ? windowP->normalGeometry() : windowP->geometry();
+    const CWindowPlace& windowPlace = PlaceFor(*windowP);
+    const QRect frame = windowPlace.Normal();
     const auto edge = [](int pixels) { return static_cast<short>(std::clamp(pixels, -32768, 32767)); };
-    return Place{edge(frame.top()),    edge(frame.left()),   edge(frame.top() + frame.height()),
-                 edge(frame.left() + frame.width()), windowP->isVisible(), windowP->isFullScreen()};
+    return Place{edge(frame.top()),
+                 edge(frame.left()),
+                 edge(frame.top() + frame.height()),
+                 edge(frame.left() + frame.width()),
+                 windowP->isVisible(),
+                 windowPlace.WantsFullScreen(),
+                 windowPlace.KeptDisplay().toStdString()};
+}
+
+void CAppWindows_Qt::FollowPreferences(const CCFPrefDictionary& preferences) {
+    FrameShape shape = FrameShape::kPicture;
+    if (preferences.GetBool("4x3 aspect ratio")) shape = FrameShape::k4x3;
+    if (preferences.GetBool("16x9 aspect ratio")) shape = FrameShape::k16x9;
+    Ports().SetFrameShape(shape);
+    const bool transparentB = preferences.GetBool("Transparent Video Window");
+    const auto opacity = static_cast<float>(std::clamp(preferences.GetFloat("Video Window Opacity", 1.0), 0.1, 1.0));
+    for (const WindowKind kind : {PREF_Wind_VIDEO, PREF_Wind_VIDEO2}) {
+        auto* const windowP = qobject_cast<XVideoWindow*>(Find(kind));
+        if (windowP == nullptr) continue;
+        windowP->SetAlwaysOnTop(preferences.GetBool("Always on top"));
+        CGraphicsPort& port = windowP->Port();
+        if (port.IsTransparent() == transparentB && port.Opacity() == opacity) continue;
+        port.SetTransparent(transparentB);
+        port.SetOpacity(opacity);
+        port.ForceUpdate();
+    }
 }
 
 void CAppWindows_Qt::SetStatus(std::string_view text) {

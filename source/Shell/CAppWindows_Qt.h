@@ -6,6 +6,7 @@
 
 #include "App/CAppWindows.h"
 
+class CWindowPlace;
 class QWidget;
 class XVideoWindow;
 
@@ -26,11 +27,13 @@ public:
     void Select(WindowKind kind) override;
     void SetPlace(WindowKind kind, const Place& place) override;
     std::optional<Place> PlaceOf(WindowKind kind) const override;
+    void FollowPreferences(const CCFPrefDictionary& preferences) override;
     void SetStatus(std::string_view text) override;
     void KeepDisplayOn() override;
 
 private:
     [[nodiscard]] QWidget* Find(WindowKind kind) const;
+    [[nodiscard]] static CWindowPlace& PlaceFor(QWidget& window);
 
     std::function<void()> i_askToQuit;
     std::map<WindowKind, std::unique_ptr<QWidget>> i_windows;

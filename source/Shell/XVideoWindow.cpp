@@ -1,19 +1,38 @@
 #include "Shell/XVideoWindow.h"
 
 #include <QCloseEvent>
+#include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QWindow>
 
+#include "Core/CLog.h"
 #include "Graphics/CGraphicsPorts.h"
+#include "Shell/DisplayAbilities.h"
 
-XVideoWindow::XVideoWindow(int screen, CGraphicsPorts& ports) : i_ports(ports), i_port(screen, *this, this) {
-    setWindowTitle(screen == CGraphicsPort::kScreen_VIDEO ? "Vopla Video" : "Vopla Video 2");
+namespace {
+constexpr int kResizeEnd_Milliseconds = 200;   // the toolkit tells no end: none for so long is one
+constexpr int kPointerRest_Milliseconds = 2000;
+}   // namespace
+
+XVideoWindow::XVideoWindow(int screen, CGraphicsPorts& ports)
+    : i_place(*this),
+      i_ports(ports),
+      i_port(screen, *this, this, screen == CGraphicsPort::kScreen_VIDEO ? "Video" : "Video 2") {
+    setWindowTitle(screen == CGraphicsPort::kScreen_VIDEO ? tr("Vopla Video") : tr("Vopla Video 2"));
+    setAccessibleName(windowTitle());
     setAttribute(Qt::WA_OpaquePaintEvent);   // every pixel is painted: no flicker of the background
+    setMouseTracking(true);
     setMinimumSize(150, 108);
     resize(900, 648);
-    i_resizeEnd.setSingleShot(true);
-    i_resizeEnd.setInterval(200);   // the toolkit tells no end: none for so long is one
+    for (QTimer* const timerP : {&i_resizeEnd, &i_pointerRest}) timerP->setSingleShot(true);
+    i_resizeEnd.setInterval(kResizeEnd_Milliseconds);
+    i_pointerRest.setInterval(kPointerRest_Milliseconds);
     connect(&i_resizeEnd, &QTimer::timeout, this, [this] { emit Resizing(false); });
+    connect(&i_pointerRest, &QTimer::timeout, this, [this] {
+        if (IsFullScreen()) setCursor(Qt::BlankCursor);
+    });
+    connect(&i_place, &CWindowPlace::FullScreenChanged, this, &XVideoWindow::ShowPointer);
     i_ports.Enter(i_port);
 }
 
@@ -34,15 +53,11 @@ void XVideoWindow::paintEvent(QPaintEvent*) {
     i_context.reset();
 }
 
-void XVideoWindow::SetFullScreen(bool onB) {
-    if (onB != isFullScreen()) setWindowState(windowState() ^ Qt::WindowFullScreen);
-}
-
 void XVideoWindow::SetAlwaysOnTop(bool onB) {
     if (onB == windowFlags().testFlag(Qt::WindowStaysOnTopHint)) return;
-    const bool visibleB = isVisible();
-    setWindowFlag(Qt::WindowStaysOnTopHint, onB);   // hides the window
-    if (visibleB) show();
+    // By the handle: setWindowFlags would hide the window, in front of the room.
+    if (QWindow* const handleP = windowHandle(); handleP != nullptr) handleP->setFlag(Qt::WindowStaysOnTopHint, onB);
+    overrideWindowFlags(windowFlags().setFlag(Qt::WindowStaysOnTopHint, onB));
 }
 
 void XVideoWindow::ShowAndSelect() {
@@ -51,34 +66,62 @@ void XVideoWindow::ShowAndSelect() {
     activateWindow();
 }
 
-void XVideoWindow::Hide() { hide(); }
-
 OSErr XVideoWindow::SetOpacity(float opacity) {
+    if (static_cast<float>(windowOpacity()) == opacity) return noErr;
+    if (!AbilitiesOfDisplay().opacityB) {
+        if (!std::exchange(i_refusalToldB, true)) Log(AbilitiesOfDisplay().why.toStdString());
+        return paramErr;
+    }
     setWindowOpacity(static_cast<qreal>(opacity));
     return noErr;
 }
 
 OSErr XVideoWindow::SetTransparent(bool transparentB) {
+    if (testAttribute(Qt::WA_TranslucentBackground) == transparentB) return noErr;
+    if (transparentB && !AbilitiesOfDisplay().transparentB) {
+        if (!std::exchange(i_refusalToldB, true)) Log(AbilitiesOfDisplay().why.toStdString());
+        return paramErr;
+    }
+    // A window has its kind of pixels from its birth on.
+    const bool visibleB = isVisible();
+    hide();
+    destroy();
     setAttribute(Qt::WA_TranslucentBackground, transparentB);
+    setAttribute(Qt::WA_NoSystemBackground, transparentB);
+    if (visibleB) show();
     return noErr;
 }
 
 void XVideoWindow::closeEvent(QCloseEvent* eventP) {
     emit CloseAsked();
-    eventP->ignore();   // the quit sequence decides
+    eventP->ignore();   // who listens decides
 }
+
+void XVideoWindow::contextMenuEvent(QContextMenuEvent* eventP) { emit MenuAsked(eventP->globalPos()); }
 
 void XVideoWindow::keyPressEvent(QKeyEvent* eventP) {
     const bool toggleB = eventP->key() == Qt::Key_F || eventP->key() == Qt::Key_F11;
-    if (toggleB || (eventP->key() == Qt::Key_Escape && isFullScreen()))
-        SetFullScreen(!isFullScreen());
+    if (toggleB && eventP->modifiers() == Qt::NoModifier)
+        SetFullScreen(!IsFullScreen());
+    else if (eventP->key() == Qt::Key_Escape && IsFullScreen())
+        SetFullScreen(false);
     else
         QWidget::keyPressEvent(eventP);
+}
+
+void XVideoWindow::mouseDoubleClickEvent(QMouseEvent*) { SetFullScreen(!IsFullScreen()); }
+
+void XVideoWindow::mouseMoveEvent(QMouseEvent*) { ShowPointer(); }
+
+void XVideoWindow::ShowPointer() {
+    unsetCursor();
+    if (IsFullScreen())
+        i_pointerRest.start();
+    else
+        i_pointerRest.stop();
 }
 
 void XVideoWindow::resizeEvent(QResizeEvent*) {
     if (!i_resizeEnd.isActive()) emit Resizing(true);
     i_resizeEnd.start();
 }
-
-void XVideoWindow::mouseDoubleClickEvent(QMouseEvent*) { SetFullScreen(!isFullScreen()); }

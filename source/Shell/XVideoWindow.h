@@ -7,11 +7,12 @@
 #include "Graphics/CPortView.h"
 #include "Graphics/CPortWindow.h"
 #include "Shell/CPortContext_Qt.h"
+#include "Shell/CWindowPlace.h"
 
 class CGraphicsPorts;
 
 /** A window the room looks at: its port, all over it. A double click or F changes to full screen and back, Escape
-   leaves it. Threads  main. */
+   leaves it. In full screen the pointer hides when it rests. Threads  main. */
 class XVideoWindow final : public QWidget, public CPortView, public CPortWindow {
     Q_OBJECT
 public:
@@ -20,18 +21,20 @@ public:
     ~XVideoWindow() override;
 
     [[nodiscard]] CGraphicsPort& Port() { return i_port; }
+    [[nodiscard]] CWindowPlace& Place() { return i_place; }
+    [[nodiscard]] const CWindowPlace& Place() const { return i_place; }
 
     Rect Bounds() const override;
     void Invalidate(const Rect& rect) override;
     void PaintNow() override;
     CPortContext* Context() override { return i_context.get(); }
 
-    bool IsFullScreen() const override { return isFullScreen(); }
+    bool IsFullScreen() const override { return i_place.IsFullScreen(); }
     bool IsVisible() const override { return isVisible(); }
-    void SetFullScreen(bool onB) override;
+    void SetFullScreen(bool onB) override { i_place.SetFullScreen(onB); }
     void SetAlwaysOnTop(bool onB) override;
     void ShowAndSelect() override;
-    void Hide() override;
+    void Hide() override { hide(); }
     OSErr SetOpacity(float opacity) override;
     OSErr SetTransparent(bool transparentB) override;
 
@@ -39,17 +42,26 @@ signals:
     void CloseAsked();
     /** The user began, and ended, to move or resize the window. */
     void Resizing(bool resizingB);
+    /** A menu is wanted, at that place of the display. */
+    void MenuAsked(const QPoint& global);
 
 protected:
     void paintEvent(QPaintEvent* eventP) override;
     void closeEvent(QCloseEvent* eventP) override;
+    void contextMenuEvent(QContextMenuEvent* eventP) override;
     void keyPressEvent(QKeyEvent* eventP) override;
     void mouseDoubleClickEvent(QMouseEvent* eventP) override;
+    void mouseMoveEvent(QMouseEvent* eventP) override;
     void resizeEvent(QResizeEvent* eventP) override;
 
 private:
-    QTimer i_resizeEnd;   // runs while the size keeps changing
+    void ShowPointer();
+
+    QTimer i_resizeEnd;     // runs while the size keeps changing
+    QTimer i_pointerRest;   // runs while the pointer moves in full screen
+    CWindowPlace i_place;
     CGraphicsPorts& i_ports;
     CGraphicsPort i_port;
     std::unique_ptr<CPortContext_Qt> i_context;   // only while the window is painted
+    bool i_refusalToldB = false;                  // the log knows what the display system cannot do
 };

@@ -1,0 +1,87 @@
+#include "Shell/VideoWindowMenu.h"
+
+#include <QActionGroup>
+#include <QCoreApplication>
+#include <QFileDialog>
+#include <QMenu>
+
+#include "Core/CApp.h"
+#include "Shell/DisplayAbilities.h"
+#include "Shell/QtText.h"
+#include "Shell/XVideoWindow.h"
+
+namespace {
+
+QString Words(const char* textZ) { return QCoreApplication::translate("VideoWindowMenu", textZ); }
+
+/** An action that is on or off as the preference `keyZ` is. */
+QAction& AddSwitch(QMenu& menu, const char* textZ, const char* keyZ, bool possibleB = true) {
+    QAction* const actionP = menu.addAction(Words(textZ));
+    actionP->setCheckable(true);
+    actionP->setChecked(gApp->Prefs().GetBool(keyZ));
+    actionP->setEnabled(possibleB);
+    QObject::connect(actionP, &QAction::triggered, &menu, [keyZ](bool onB) { gApp->Prefs().Set(keyZ, CCFValue(onB)); });
+    return *actionP;
+}
+
+void AddDisplays(QMenu& menu, XVideoWindow& window) {
+    QMenu* const displaysP = menu.addMenu(Words("Full Screen &Display"));
+    auto* const groupP = new QActionGroup(displaysP);
+    QStringList names = CWindowPlace::DisplayNames();
+    const QString chosen = window.Place().Display();
+    if (!chosen.isEmpty() && !names.contains(chosen)) names += chosen;   // not there now: still the one that was chosen
+    const auto add = [&](const QString& text, const QString& name) {
+        QAction* const actionP = displaysP->addAction(text);
+        actionP->setCheckable(true);
+        actionP->setChecked(name == chosen);
+        groupP->addAction(actionP);
+        QObject::connect(actionP, &QAction::triggered, &window,
+                         [&window, name] { window.Place().ChooseDisplay(name); });
+    };
+    add(Words("Where the window is"), {});
+    for (const QString& name : names) add(name, name);
+}
+
+void AddShapes(QMenu& menu) {
+    constexpr const char* kWide = "16x9 aspect ratio";
+    constexpr const char* kNarrow = "4x3 aspect ratio";
+    QMenu* const shapesP = menu.addMenu(Words("&Shape of the Picture"));
+    auto* const groupP = new QActionGroup(shapesP);
+    const bool wideB = gApp->Prefs().GetBool(kWide), narrowB = !wideB && gApp->Prefs().GetBool(kNarrow);
+    const auto add = [&](const char* textZ, bool setWideB, bool setNarrowB) {
+        QAction* const actionP = shapesP->addAction(Words(textZ));
+        actionP->setCheckable(true);
+        actionP->setChecked(setWideB == wideB && setNarrowB == narrowB);
+        groupP->addAction(actionP);
+        QObject::connect(actionP, &QAction::triggered, shapesP, [=] {
+            gApp->Prefs().Set(kWide, CCFValue(setWideB));
+            gApp->Prefs().Set(kNarrow, CCFValue(setNarrowB));
+        });
+    };
+    add("Its own", false, false);
+    add("4:3", false, true);
+    add("16:9", true, false);
+}
+
+}   // namespace
+
+void ShowVideoWindowMenu(XVideoWindow& window, const QPoint& global) {
+    if (gApp == nullptr) return;
+    const DisplayAbilities abilities = AbilitiesOfDisplay();
+    QMenu menu(&window);
+    menu.setToolTipsVisible(true);
+    QAction* const fullP = menu.addAction(Words("&Full Screen"));
+    fullP->setShortcut(Qt::Key_F);
+    fullP->setCheckable(true);
+    fullP->setChecked(window.IsFullScreen());
+    QObject::connect(fullP, &QAction::triggered, &window, [&window](bool onB) { window.SetFullScreen(onB); });
+    AddDisplays(menu, window);
+    menu.addSeparator();
+    AddSwitch(menu, "Full Screen During &Play", "Auto Full Screen During Play");
+    AddSwitch(menu, "&Hide on Pause", "Hide on pause");
+    AddSwitch(menu, "Always on &Top", "Always on top", abilities.onTopB).setToolTip(abilities.why);
+    AddSwitch(menu, "&Transparent", "Transparent Video Window", abilities.transparentB).setToolTip(abilities.why);
+    AddShapes(menu);
+    if (!abilities.why.isEmpty()) menu.addAction(abilities.why)->setEnabled(false);
+    menu.exec(global);
+}
