@@ -31,7 +31,12 @@ void CGraphicsPorts::Enter(CGraphicsPort& port) {
         if (overlayP->Song() != nullptr) port.Add(*overlayP, -1);
 }
 
-void CGraphicsPorts::Leave(CGraphicsPort& port) { std::ranges::replace(i_ports, &port, nullptr); }
+void CGraphicsPorts::Leave(CGraphicsPort& port) {
+    const auto it = std::ranges::find(i_ports, &port);
+    if (it == i_ports.end()) return;
+    *it = nullptr;
+    for (CG_Overlay* const overlayP : port.Overlays()) port.Remove(*overlayP);
+}
 
 OSErr CGraphicsPorts::WireUp(CMediaOverlay* mediaP, CGraphicsOverlay* pictureP) {
     if (mediaP == nullptr && pictureP == nullptr) return LogStep(fnfErr, "wiring graphics");

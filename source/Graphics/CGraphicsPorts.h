@@ -14,8 +14,9 @@ class CGraphicsPorts {
 public:
     /** Screen 0, 1 or 9; null for one that is not there, and for every other number. */
     [[nodiscard]] CGraphicsPort* Port(int screen) const noexcept;
-    /** A port is there from now on, with what the others show of the song; it must be taken out before it goes. */
+    /** A port is there from now on, with what the others show of the song. It must be taken out before it goes. */
     void Enter(CGraphicsPort& port);
+    /** It shows nothing any more; one that is not there is left alone. */
     void Leave(CGraphicsPort& port);
 
     /** Puts a song on the screens: `mediaP` its lyrics, `pictureP` its picture. fnfErr without either: the caller tells

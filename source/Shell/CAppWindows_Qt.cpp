@@ -29,13 +29,14 @@ void CAppWindows_Qt::Create(WindowKind kind) {
         if (kind == PREF_Wind_VIDEO && !Exists(PREF_Wind_BROWSER))
             i_askToQuit();   // the only one there is
         else
-            windowP->hide();
+            Close(kind);
     });
     QObject::connect(windowP, &XVideoWindow::MenuAsked, windowP,
-                     [windowP](const QPoint& global) { ShowVideoWindowMenu(*windowP, global); });
+                     [this, windowP](const QPoint& global) { ShowVideoWindowMenu(*windowP, *this, global); });
     QObject::connect(windowP, &XVideoWindow::Resizing, windowP, [](bool resizingB) {
         if (gApp != nullptr) gApp->SetResizingWindow(resizingB);
     });
+    windowP->SetOpen(kind == PREF_Wind_VIDEO);
     i_windows[kind] = std::move(window);
 }
 
@@ -44,11 +45,27 @@ void CAppWindows_Qt::Dispose(WindowKind kind) { i_windows.erase(kind); }
 bool CAppWindows_Qt::Exists(WindowKind kind) const { return Find(kind) != nullptr; }
 
 void CAppWindows_Qt::Show(WindowKind kind) {
-    if (QWidget* const windowP = Find(kind); windowP != nullptr) windowP->setVisible(true);
+    QWidget* const windowP = Find(kind);
+    if (windowP == nullptr) return;
+    if (auto* const videoP = qobject_cast<XVideoWindow*>(windowP); videoP != nullptr) videoP->SetOpen(true);
+    windowP->setVisible(true);
 }
 
 void CAppWindows_Qt::Hide(WindowKind kind) {
     if (QWidget* const windowP = Find(kind); windowP != nullptr) windowP->setVisible(false);
+}
+
+void CAppWindows_Qt::Close(WindowKind kind) {
+    Hide(kind);
+    auto* const videoP = qobject_cast<XVideoWindow*>(Find(kind));
+    if (videoP != nullptr && kind == PREF_Wind_VIDEO2) videoP->SetOpen(false);   // the first one is always there
+}
+
+bool CAppWindows_Qt::IsOpen(WindowKind kind) const {
+    const QWidget* const windowP = Find(kind);
+    if (windowP == nullptr) return false;
+    const auto* const videoP = qobject_cast<const XVideoWindow*>(windowP);
+    return kind == PREF_Wind_VIDEO2 && videoP != nullptr ? videoP->IsOpen() : windowP->isVisible();
 }
 
 void CAppWindows_Qt::Select(WindowKind kind) {
@@ -83,7 +100,7 @@ std::optional<CAppWindows::Place> CAppWindows_Qt::PlaceOf(WindowKind kind) const
                  edge(frame.left()),
                  edge(frame.top() + frame.height()),
                  edge(frame.left() + frame.width()),
-                 windowP->isVisible(),
+                 IsOpen(kind),
                  windowPlace.WantsFullScreen(),
                  windowPlace.KeptDisplay().toStdString()};
 }

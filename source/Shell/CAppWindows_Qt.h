@@ -25,6 +25,10 @@ public:
     void Show(WindowKind kind) override;
     void Hide(WindowKind kind) override;
     void Select(WindowKind kind) override;
+    /** Hides it for good: playing does not show the second video window again until Show does. */
+    void Close(WindowKind kind);
+    /** Visible; for the second video window in use, though a pause may hide it. */
+    [[nodiscard]] bool IsOpen(WindowKind kind) const;
     void SetPlace(WindowKind kind, const Place& place) override;
     std::optional<Place> PlaceOf(WindowKind kind) const override;
     void FollowPreferences(const CCFPrefDictionary& preferences) override;

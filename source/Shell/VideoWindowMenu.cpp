@@ -6,6 +6,7 @@
 #include <QMenu>
 
 #include "Core/CApp.h"
+#include "Shell/CAppWindows_Qt.h"
 #include "Shell/DisplayAbilities.h"
 #include "Shell/QtText.h"
 #include "Shell/XVideoWindow.h"
@@ -65,7 +66,7 @@ void AddShapes(QMenu& menu) {
 
 }   // namespace
 
-void ShowVideoWindowMenu(XVideoWindow& window, const QPoint& global) {
+void ShowVideoWindowMenu(XVideoWindow& window, CAppWindows_Qt& windows, const QPoint& global) {
     if (gApp == nullptr) return;
     const DisplayAbilities abilities = AbilitiesOfDisplay();
     QMenu menu(&window);
@@ -76,6 +77,11 @@ void ShowVideoWindowMenu(XVideoWindow& window, const QPoint& global) {
     fullP->setChecked(window.IsFullScreen());
     QObject::connect(fullP, &QAction::triggered, &window, [&window](bool onB) { window.SetFullScreen(onB); });
     AddDisplays(menu, window);
+    QAction* const secondP = menu.addAction(Words("&Second Video Window"));
+    secondP->setCheckable(true);
+    secondP->setChecked(windows.IsOpen(PREF_Wind_VIDEO2));
+    QObject::connect(secondP, &QAction::triggered, &window,
+                     [&windows](bool onB) { onB ? windows.Show(PREF_Wind_VIDEO2) : windows.Close(PREF_Wind_VIDEO2); });
     menu.addSeparator();
     AddSwitch(menu, "Full Screen During &Play", "Auto Full Screen During Play");
     AddSwitch(menu, "&Hide on Pause", "Hide on pause");

@@ -33,10 +33,14 @@ XVideoWindow::XVideoWindow(int screen, CGraphicsPorts& ports)
         if (IsFullScreen()) setCursor(Qt::BlankCursor);
     });
     connect(&i_place, &CWindowPlace::FullScreenChanged, this, &XVideoWindow::ShowPointer);
-    i_ports.Enter(i_port);
 }
 
-XVideoWindow::~XVideoWindow() { i_ports.Leave(i_port); }
+XVideoWindow::~XVideoWindow() { SetOpen(false); }
+
+void XVideoWindow::SetOpen(bool openB) {
+    if (std::exchange(i_openB, openB) == openB) return;
+    openB ? i_ports.Enter(i_port) : i_ports.Leave(i_port);
+}
 
 Rect XVideoWindow::Bounds() const { return MakeRect(0, 0, width(), height()); }
 

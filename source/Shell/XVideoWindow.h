@@ -16,9 +16,13 @@ class CGraphicsPorts;
 class XVideoWindow final : public QWidget, public CPortView, public CPortWindow {
     Q_OBJECT
 public:
-    /** Screen 0 or 9; its port is among `ports` for as long as the window lives. */
+    /** Screen 0 or 9; `ports` outlives the window. */
     XVideoWindow(int screen, CGraphicsPorts& ports);
     ~XVideoWindow() override;
+
+    /** In use: its port is among the ports, and playing shows and hides it. Closed at first. */
+    void SetOpen(bool openB);
+    [[nodiscard]] bool IsOpen() const { return i_openB; }
 
     [[nodiscard]] CGraphicsPort& Port() { return i_port; }
     [[nodiscard]] CWindowPlace& Place() { return i_place; }
@@ -63,5 +67,6 @@ private:
     CGraphicsPorts& i_ports;
     CGraphicsPort i_port;
     std::unique_ptr<CPortContext_Qt> i_context;   // only while the window is painted
-    bool i_refusalToldB = false;                  // the log knows what the display system cannot do
+    bool i_openB = false;
+    bool i_refusalToldB = false;   // the log knows what the display system cannot do
 };
