@@ -5,6 +5,7 @@
 
 extern "C" {
 #include <libavcodec/avcodec.h>
+#include <libavcodec/vorbis_parser.h>
 #include <libavutil/intreadwrite.h>
 }
 
@@ -22,6 +23,18 @@ constexpr std::uint64_t kMedia_MostSilence = 64 << 10;
 
 bool IsOneLength(AVCodecID id) { return std::ranges::find(kMedia_OneLength, id) != kMedia_OneLength.end(); }
 bool IsPCM(AVCodecID id) { return id >= AV_CODEC_ID_FIRST_AUDIO && id < AV_CODEC_ID_ADPCM_IMA_QT; }
+/** Samples at 48 kHz, as its first bytes tell; 0 for what is none. Source  RFC 6716, 3.1 and 3.2. */
+std::uint32_t OpusSamples(const AVPacket& packet) {
+    if (packet.size < 1) return 0;
+    constexpr std::uint32_t kSilk[] = {480, 960, 1920, 2880}, kCelt[] = {120, 240, 480, 960};
+    const std::uint32_t configL = packet.data[0] >> 3U, codeL = packet.data[0] & 3U;
+    const std::uint32_t frameL = configL < 12   ? kSilk[configL & 3U]
+                                 : configL < 16 ? kSilk[configL & 1U]
+                                                : kCelt[configL & 3U];
+    if (codeL < 3) return codeL == 0 ? frameL : 2 * frameL;
+    const std::uint32_t allL = packet.size < 2 ? 0 : (packet.data[1] & 63U) * frameL;
+    return allL <= 5760 ? allL : 0;
+}
 std::uint32_t Bounded(std::int64_t value) {
     return static_cast<std::uint32_t>(std::clamp<std::int64_t>(value, 0, INT32_MAX));
 }
@@ -227,21 +240,39 @@ std::uint32_t CMediaFrames::Expected(const AVPacket& packet) const {
     const AVRational base = i_packets.TimeBase();
     if (IsOneLength(i_codecP->codec_id)) return i_variesB ? 0 : i_packetSamplesL;
     if (IsPCM(i_codecP->codec_id) && parameters.block_align > 0) return Bounded(packet.size / parameters.block_align);
+    if (i_codecP->codec_id == AV_CODEC_ID_OPUS) return OpusSamples(packet);
     if (i_codecP->codec_id == AV_CODEC_ID_FLAC && base.num == 1 && base.den == parameters.sample_rate)
         return Bounded(packet.duration);
     return 0;
+}
+
+/** Of i_packetP, which is the packet `rowL` of the table and follows on the one that was asked about last. The lengths
+    that demuxers tell are of no use: each page of an Ogg begins with a guess. */
+std::uint32_t CMediaFrames::VorbisSamples(std::size_t rowL) {
+    const AVCodecParameters& parameters = i_packets.Parameters();
+    if (!i_vorbisP)
+        i_vorbisP = {av_vorbis_parse_init(parameters.extradata, parameters.extradata_size),
+                     [](AVVorbisParseContext* goneP) { av_vorbis_parse_free(&goneP); }};
+    i_vorbisRowL = rowL;
+    return i_vorbisP ? Bounded(av_vorbis_parse_frame(i_vorbisP.get(), i_packetP->data, i_packetP->size)) : 0;
 }
 
 bool CMediaFrames::LearnNext() {
     auto& rows = i_packets.Rows();
     const std::size_t countedL = CountedRows();
     av_packet_unref(i_packetP);
+    const bool vorbisB = i_codecP->codec_id == AV_CODEC_ID_VORBIS;
+    if (vorbisB && countedL > 0 && i_vorbisRowL != countedL - 1) {   // it knows a packet by the one before
+        i_packets.GoTo(countedL - 1);
+        if (!Failed(i_packets.Next(*i_packetP))) VorbisSamples(countedL - 1);
+        av_packet_unref(i_packetP);
+    }
     i_packets.GoTo(countedL);
     if (Failed(i_packets.Next(*i_packetP)) || !i_packets.HasTable()) {
         av_packet_unref(i_packetP);
         return false;
     }
-    const std::uint32_t rawL = Expected(*i_packetP);
+    const std::uint32_t rawL = vorbisB ? VorbisSamples(countedL) : Expected(*i_packetP);
     std::size_t bytesL = 0;
     const std::uint8_t* sideP = av_packet_get_side_data(i_packetP, AV_PKT_DATA_SKIP_SAMPLES, &bytesL);
     const std::uint32_t paddingL = sideP != nullptr && bytesL >= kMedia_SkipBytes ? AV_RL32(sideP + 4) : 0;

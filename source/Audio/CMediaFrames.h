@@ -6,6 +6,7 @@
 
 struct AVCodecContext;
 struct AVFrame;
+struct AVVorbisParseContext;
 
 /** Sound as the decoder gave it, what is not heard cut off. Good until the next call. */
 struct MediaPiece {
@@ -54,6 +55,7 @@ private:
     [[nodiscard]] MediaPacketRow* Row(std::size_t number);
     [[nodiscard]] std::uint32_t Expected(const AVPacket& packet) const;
     void Learn(std::uint32_t rawL);
+    std::uint32_t VorbisSamples(std::size_t rowL);
     bool LearnNext();
     [[nodiscard]] std::size_t CountedRows();
     [[nodiscard]] std::size_t PreRoll() const;
@@ -77,6 +79,8 @@ private:
     std::size_t i_firstRowL = 0;          // those before only warm the decoder
     std::uint64_t i_dropL = 0;            // of the first row, before the place
     std::uint32_t i_packetSamplesL = 0;   // of every packet so far, for codecs where it is one number
+    std::shared_ptr<AVVorbisParseContext> i_vorbisP;
+    std::size_t i_vorbisRowL = SIZE_MAX;   // the packet that it has seen last
     bool i_variesB = false, i_drainB = false, i_endB = false;
     bool i_heldFrameB = false;   // i_frameP waits behind silence
     bool i_fetchedB = false;     // i_packetP waits for the one before to be closed

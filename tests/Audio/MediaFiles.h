@@ -15,31 +15,7 @@
 #include <string>
 #include <vector>
 
-#include "Core/CByteSource.h"
-
-/** Bytes in memory as a source, which can be cut short or changed. */
-class MemorySource final : public CByteSource {
-public:
-    explicit MemorySource(std::string bytes) : i_bytes(std::move(bytes)) {}
-    OSErr Read(std::span<std::byte> to, std::size_t& got) override {
-        got = std::min(to.size(), i_bytes.size() - i_posL);
-        std::copy_n(std::as_bytes(std::span(i_bytes)).data() + i_posL, got, to.data());
-        i_posL += got;
-        i_readL += got;
-        return got < to.size() ? i_endErr : noErr;
-    }
-    OSErr Seek(std::uint64_t position) override {
-        if (position > i_bytes.size()) return paramErr;
-        i_posL = position;
-        return noErr;
-    }
-    [[nodiscard]] std::uint64_t Position() const override { return i_posL; }
-    [[nodiscard]] std::uint64_t Size() const override { return i_bytes.size(); }
-
-    std::string i_bytes;
-    std::size_t i_posL = 0, i_readL = 0;
-    OSErr i_endErr = eofErr;
-};
+#include "Core/MemorySource.h"
 
 /** One sound file that ffmpeg makes, and how near its own decoding we must be. */
 struct MediaFile {
@@ -67,6 +43,8 @@ inline constexpr MediaFile kMedia_Files[] = {
     {"vbr.mp3", "-c:a libmp3lame -q:a 4"},
     {"low.mp3", "-c:a libmp3lame -b:a 8k", 1, 22050, 1},
     {"plain.mp3", "-c:a libmp3lame -b:a 192k -write_xing 0 -id3v2_version 0"},
+    {"mono.mp3", "-c:a libmp3lame -b:a 64k -write_xing 0 -id3v2_version 0", 1},
+    {"mono.aac", "-c:a aac -aac_pns 0", 1},
     {"movie.mp4", "-c:a aac -aac_pns 0 -c:v mpeg4"},
     {"song.m4a", "-c:a aac -b:a 128k -aac_pns 0"},
     {"pns.m4a", "-c:a aac -b:a 48k", 2, 44100, 0, true},

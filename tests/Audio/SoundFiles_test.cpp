@@ -14,7 +14,6 @@
 #include "Audio/CAS_Wav.h"
 #include "Audio/CLoudness.h"
 #include "Audio/CSpoolPump.h"
-#include "Audio/CWavHeader.h"
 #include "Core/CByteSource_File.h"
 #include "Core/CThreadManager.h"
 #include "Core/FileTest.h"
@@ -295,34 +294,6 @@ TEST_F(SoundFiles, SeveralFilesAreOneStream) {
     ASSERT_EQ(spoolP->GetEOF(sizeL), noErr);
     EXPECT_EQ(sizeL, sweep.size());
     EXPECT_EQ(PumpOut(spoolP), sweep);
-}
-
-TEST(CWavHeader, TakesTheOneFormAndNothingThatIsCutOrLies) {
-    const auto made = CWavHeader::Make(4000);
-    const std::string head(reinterpret_cast<const char*>(made.data()), made.size());
-    const std::string body(4000, 'x');
-    const auto read = [](std::string bytes, CWavHeader& header) {
-        MemorySource source(std::move(bytes));
-        return header.Read(source);
-    };
-    CWavHeader header;
-    ASSERT_EQ(read(head + body, header), noErr);
-    EXPECT_EQ(header.dataAtL, 44U);
-    EXPECT_EQ(header.dataBytesL, 4000U);
-    for (std::size_t cut = 0; cut < head.size(); ++cut) EXPECT_NE(read(head.substr(0, cut), header), noErr) << cut;
-    ASSERT_EQ(read(head + body.substr(0, 1001), header), noErr);   // never closed: whole frames of what is there
-    EXPECT_EQ(header.dataBytesL, 1000U);
-    for (const std::size_t place :
-         {0U, 8U, 12U, 16U, 20U, 22U, 24U, 28U, 32U, 34U, 36U}) {   // each field that must be so
-        std::string bad = head + body;
-        bad[place] = static_cast<char>(bad[place] ^ (place == 16 ? 0x18 : 0x01));
-        EXPECT_NE(read(bad, header), noErr) << place;
-    }
-    const std::string list = std::string("LIST\x05\0\0\0hello\0", 14);   // odd, so padded
-    ASSERT_EQ(read(head.substr(0, 12) + list + head.substr(12) + body, header), noErr);
-    EXPECT_EQ(header.dataAtL, 44U + 14);
-    EXPECT_EQ(read(head.substr(0, 12) + std::string("LIST\xFF\xFF\xFF\xFF", 8) + head.substr(12) + body, header),
-              eofErr);
 }
 
 TEST_F(SoundFiles, LoudnessIsWhatTheFfmpegProgramMeasures) {

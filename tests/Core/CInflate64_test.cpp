@@ -1,5 +1,6 @@
 #include "Core/CInflate64.h"
 
+#include <cstring>
 #include <random>
 
 #include "Core/ZipRecords.h"
@@ -13,7 +14,7 @@ protected:
     static std::string Packed(const char* zipZ) {
         const std::string zip = Bytes(zipZ);
         CZipArchive archive;
-        CByteSource_Text text(zip);
+        MemorySource text(zip);
         EXPECT_EQ(archive.Open(text), noErr);
         const CZipMember& member = *Find(archive, "big.bin");
         const auto at = std::as_bytes(std::span(zip)).subspan(static_cast<std::size_t>(member.headerAt));

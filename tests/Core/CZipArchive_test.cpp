@@ -160,7 +160,7 @@ TEST_F(CZipArchive_Test, LiesOfTheDirectory) {
     const std::string good = Bytes("deflated.zip"), song = Bytes("song.mp3");
     const std::size_t at = CentralAt(good);
     const auto open = [](const std::string& zip, CZipArchive& archive) {
-        CByteSource_Text source(zip);
+        MemorySource source(zip);
         return archive.Open(source);
     };
     const struct {
@@ -235,7 +235,7 @@ TEST_F(CZipArchive_Test, CutAnywhereItGivesWhatIsThere) {
             SCOPED_TRACE(cut);
             const std::string zip = good.substr(0, cut);
             CZipArchive archive;
-            CByteSource_Text text(zip);
+            MemorySource text(zip);
             if (Failed(archive.Open(text))) {
                 EXPECT_NE(archive.Fault(), ZipFault::kNone);
                 continue;
@@ -262,7 +262,7 @@ TEST_F(CZipArchive_Test, ChangedBytesAreFoundOutAndHarmless) {
         std::string zip = smallB ? small : good;
         for (unsigned n = 1 + random() % 4; n > 0; --n) zip[random() % zip.size()] = static_cast<char>(random());
         CZipArchive archive;
-        CByteSource_Text text(zip);
+        MemorySource text(zip);
         if (Failed(archive.Open(text))) continue;
         for (const CZipMember& member : archive.Members()) {
             std::string bytes;
@@ -281,7 +281,7 @@ TEST_F(CZipArchive_Test, OneLocalHeaderForManyMembersIsNoBomb) {
     std::string zip = good;
     for (std::size_t n = 1; n < 3; ++n) Put(zip, CentralAt(zip, n) + 42, 0, 4);
     CZipArchive archive;
-    CByteSource_Text text(zip);
+    MemorySource text(zip);
     ASSERT_EQ(archive.Open(text), noErr);
     EXPECT_EQ(std::ranges::count(archive.Members(), ZipFault::kOverlap, &CZipMember::fault), 2);
 }
@@ -290,7 +290,7 @@ TEST_F(CZipArchive_Test, AFileOfSignaturesTakesNoAges) {
     for (const std::string_view signature : {"PK\3\4", "PK\7\x8", "PK\5\6"}) {
         std::string zip = Bytes("streamed.zip").substr(0, 60);   // whose first member has its sizes behind it
         while (zip.size() < 4'000'000) zip += signature;
-        CByteSource_Text source(zip);
+        MemorySource source(zip);
         CZipArchive archive;
         static_cast<void>(archive.Open(source));   // minutes, if each signature cost the reading of a block
         for (const CZipMember& member : archive.Members()) {

@@ -3,40 +3,16 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "Core/CByteSource.h"
 #include "Core/CByteSource_Zip.h"
 #include "Core/CZipArchive.h"
+#include "MemorySource.h"
 #include "TempFolder.h"
-
-/** Bytes in memory, for archives that a test has changed. */
-class CByteSource_Text final : public CByteSource {
-public:
-    explicit CByteSource_Text(std::string bytes) : i_bytes(std::move(bytes)) {}
-    OSErr Read(std::span<std::byte> to, std::size_t& got) override {
-        got = std::min(to.size(), i_bytes.size() - i_atL);
-        if (got > 0) std::memcpy(to.data(), i_bytes.data() + i_atL, got);
-        i_atL += got;
-        return got < to.size() ? eofErr : noErr;
-    }
-    OSErr Seek(std::uint64_t position) override {
-        if (position > i_bytes.size()) return paramErr;
-        i_atL = static_cast<std::size_t>(position);
-        return noErr;
-    }
-    std::uint64_t Position() const override { return i_atL; }
-    std::uint64_t Size() const override { return i_bytes.size(); }
-
-private:
-    std::string i_bytes;
-    std::size_t i_atL = 0;
-};
 
 /** The archives of zip_maker.py. They are made once for the build folder, and again when the script has changed: each
    test may be a process of its own. */
@@ -78,8 +54,7 @@ protected:
     static ZipFault ReadMember(const std::string& zip, const CZipMember& member, std::string& bytes) {
         CByteSource_Zip source;
         bytes.clear();
-        if (!Failed(source.Open(std::make_unique<CByteSource_Text>(zip), member)))
-            static_cast<void>(Read(source, bytes));
+        if (!Failed(source.Open(std::make_unique<MemorySource>(zip), member))) static_cast<void>(Read(source, bytes));
         return source.Fault();
     }
 
