@@ -140,7 +140,7 @@ private:
                 grid(frame / kSamplesPerSecond * rate + frame % kSamplesPerSecond * rate / kSamplesPerSecond);
             const std::uint64_t reachL = i_frames.Reach(stepL * stepIn);
             if (i_packets.IsAborted()) return abortErr;
-            if (stepL * stepIn > reachL) stepL = reachL / stepIn;
+            stepL = std::min(stepL, grid(reachL));   // at the end, too, the filter wants its run
             sampleL = stepL * stepIn;
             atL = stepL * stepOut;
         }
