@@ -11,10 +11,10 @@
 #include "Audio/CAS_Wav.h"
 #include "Audio/CAudioPlayerSettings.h"
 #include "Audio/CLoudness.h"
-#include "Audio/CSoundPlay.h"
 #include "Audio/SongSource.h"
 #include "Cli/CCliHost.h"
 #include "Core/CPreferences.h"
+#include "Play/CSongSound.h"
 
 namespace {
 
@@ -70,9 +70,13 @@ int AutoCue(const CliContext& context, std::span<const std::string> given) {
     const AudioPlayerSettings settings = AudioPlayerSettings::Read(*CliPreferences(context));
     long start300 = 0;
     const OSErr err = host.OnTask([&] {
-        CSoundPlay play{CFileRef(words->files[0])};
-        const OSErr loadErr = play.Load();
-        return Failed(loadErr) ? loadErr : play.FindStart(settings, start300);
+        const CFileRef file(words->files[0]);
+        SongPlayParts parts;
+        parts.spec.name = file.GetPath().stem().string();
+        (file.GetPath().extension() == ".zip" ? parts.spec.zip : parts.spec.audio) = file;
+        parts.loadP = MakeRef<CSongLoad>(parts.spec);
+        const OSErr loadErr = parts.loadP->Load(nullptr);
+        return Failed(loadErr) ? loadErr : CSongSound(parts).FindStart(settings, start300);
     });
     if (Failed(err)) return CliFail(context, err, words->files[0]);
     context.out << "{\"start300\":" << start300 << "}\n";

@@ -2,81 +2,136 @@
 
 #include <cmath>
 
-#include "Audio/CSoundPlay.h"
 #include "Cli/CCliHost.h"
 #include "Cli/CliAudio.h"
 #include "Core/CPreferences.h"
+#include "Graphics/CGraphicsPorts.h"
+#include "Library/AddFilesToLibrary.h"
+#include "Library/CMetaManager.h"
 #include "Platform/CClock.h"
+#include "Platform/CUserInterface_Plain.h"
+#include "Play/CPlayControl.h"
+#include "Play/CPlayHost.h"
 
 namespace {
 
 constexpr std::string_view kUsage =
     "usage: play FILE... [--seconds N] [--output dummy|disk:PATH|NAME] [--pitch N] [--tempo X] [--volume V] [--gain "
-    "DB] [--vocal "
-    "M]";
+    "DB] [--vocal M]";
 constexpr double kLine_T = 0.25;
+constexpr double kTick_T = 1.0 / 15.0;
 
-struct Totals {
-    long songsL = 0;
-    long audio300 = 0;
-    std::uint64_t lateL = 0;
-};
-
-class PlayRun {
+/** Plays the songs of some files, one after the other, over a library that nobody keeps. */
+class PlayRun final : private CSongDatabaseHost, private CPlayHost {
 public:
     PlayRun(const CliContext& context, CCliHost& host, const CliWords& words, const SongSound& sound)
-        : i_context(context),
-          i_host(host),
-          i_sound(sound),
-          i_settings(AudioPlayerSettings::Read(*CliPreferences(context))) {
-        const std::string* outputP = words.Value("--output");
-        AudioOutputChoice choice = MakeAudioOutput(outputP != nullptr ? *outputP : i_settings.device);
-        i_outputP = std::move(choice.outputP);
-        i_settings.device = choice.device;
+        : i_context(context), i_host(host), i_sound(sound) {
+        const std::unique_ptr<CPreferences> storedP = CliPreferences(context);
+        for (const auto& [key, value] : storedP->Snapshot()) i_preferences.Set(key, value);
+        if (const std::string* outputP = words.Value("--output"))
+            i_preferences.Set("Audio Output Device", CCFValue(SuperString(*outputP)));
+        for (const char* const offZ : {"Stop between tracks", "Pause between tracks"})
+            i_preferences.Set(offZ, CCFValue(false));
+        i_preferences.Set("Stop at playlist end", CCFValue(true));
+        i_databaseP = std::make_unique<CSongDatabase>(static_cast<CSongDatabaseHost&>(*this));
+        i_controlP = std::make_unique<CPlayControl>(static_cast<CPlayHost&>(*this));
+        i_controlP->SetVolume(sound.volumeF);
+    }
+    ~PlayRun() override { i_controlP.reset(); }
+
+    /** The exit status. */
+    int Run(const std::vector<std::string>& files, double mostT) {
+        CPlayList& list = i_databaseP->AddPlaylist(kSourceDB_PLAYLIST, "play");
+        for (const std::string& file : files)
+            if (const OSErr err = Add(list, file); Failed(err)) return CliFail(i_context, err, file);
+        if (const OSErr err = i_controlP->Play(list.ID(), list.GetSortedList().front()); Failed(err))
+            return CliFail(i_context, err, files.front());
+        for (const PLItemID last = list.GetSortedList().back();;) {
+            RunSong(mostT);
+            if (const OSErr err = i_controlP->PlayErr(); Failed(err)) return CliFail(i_context, err, i_name);
+            if (i_controlP->State() == PlayState::kIdle) break;
+            if (i_endedB) continue;   // the next one has begun
+            Tell("stopped", *i_controlP->Current());
+            if (i_controlP->CurrentItem() == last || Failed(i_controlP->PlayNext())) break;
+        }
+        i_controlP->Stop();
+        i_context.out << "{\"state\":\"total\",\"songs\":" << i_songsL << ",\"audio300\":" << i_audio300
+                      << ",\"packets\":" << i_packetsL << ",\"frames_late\":" << i_lateL << "}\n";
+        return 0;
     }
 
-    /** Until the song has been heard out, or for `most` seconds. */
-    OSErr Play(const std::string& file, double mostT, Totals& totals) {
-        i_what = file;
-        CSoundPlay play{CFileRef(file)};
-        if (const OSErr err = i_host.OnTask([&] { return play.Load(); }); Failed(err)) return err;
-        i_what = "audio output " + i_settings.device;
-        if (const OSErr err = play.Begin(*i_outputP, i_settings, i_sound); Failed(err)) return err;
-        i_what = file;
-        const double beganT = CClock::Get().SteadyT();
-        for (double lineT = beganT; !play.IsHeardOut();) {
-            if (const OSErr err = play.Result(); Failed(err)) return err;
-            const double nowT = CClock::Get().SteadyT();
-            if (nowT - beganT >= mostT) break;
-            if (nowT >= lineT) {
-                Tell("playing", play);
-                lineT += kLine_T;
-            }
-            i_host.RunLoopPass();
+private:
+    OSErr Add(CPlayList& list, const std::string& file) {
+        const std::filesystem::path paths[] = {file};
+        std::vector<RefusedFile> refused;
+        const std::vector<SongID> songs = AddFilesToLibrary(*i_databaseP, paths, &refused);
+        if (songs.empty()) return refused.empty() ? fnfErr : refused.front().err;
+        for (const SongID id : songs) {
+            CSongMeta& meta = i_databaseP->GetSong(id)->Meta();
+            meta.SetInteger("PICH"_key, std::lround(i_sound.pitch));
+            meta.SetFloat("TMPO"_key, i_sound.tempo);
+            meta.SetInteger("vChn"_key, static_cast<int>(i_sound.vocal));
+            list.AddItem({.target = id});
         }
-        Tell(play.IsHeardOut() ? "ended" : "stopped", play);
-        ++totals.songsL;
-        totals.audio300 += play.Heard300();
-        totals.lateL += play.FramesLate();
         return noErr;
     }
 
-    /** What a failure of Play is about. */
-    [[nodiscard]] const std::string& What() const { return i_what; }
+    /** Until this song is over, or was heard for `mostT` seconds. */
+    void RunSong(double mostT) {
+        i_endedB = false;
+        i_name = i_controlP->Current()->Spec().name;
+        double beganT = 0, lineT = 0, tickT = 0;
+        while (!i_endedB && i_controlP->State() != PlayState::kIdle) {
+            const double nowT = CClock::Get().SteadyT();
+            if (i_controlP->State() == PlayState::kPlaying) {
+                if (beganT == 0) beganT = lineT = nowT;
+                if (nowT - beganT >= mostT) return;
+                if (nowT >= lineT) {
+                    Tell("playing", *i_controlP->Current(), false);
+                    lineT += kLine_T;
+                }
+            }
+            if (nowT >= tickT) {
+                i_controlP->VideoIdle(false);
+                tickT = nowT + kTick_T;
+            }
+            i_host.RunLoopPass();
+        }
+    }
 
-private:
-    /** This command does not draw yet: no packets, and the time is the sound's. */
-    void Tell(std::string_view state, const CSoundPlay& play) {
+    void Tell(std::string_view state, const CSongPlay& play, bool lastB = true) {
         i_context.out << "{\"state\":\"" << state << "\",\"audio300\":" << play.Heard300()
-                      << ",\"packets\":0,\"time300\":" << play.Heard300() << "}" << std::endl;
+                      << ",\"packets\":" << play.Packets() << ",\"time300\":" << play.CurTime300() << "}" << std::endl;
+        if (!lastB) return;
+        ++i_songsL;
+        i_audio300 += play.Heard300();
+        i_packetsL += play.Packets();
+        i_lateL += play.FramesLate();
+    }
+
+    CSongDatabase& Database() override { return *i_databaseP; }
+    CCFPrefDictionary& Preferences() override { return i_preferences; }
+    CUserInterface& Ui() override { return i_ui; }
+    CGraphicsPorts& Ports() override { return i_ports; }
+    float GainOf(SongID) override { return i_sound.gainF; }
+    void SongEnded(const CSongPlay& play) override {
+        Tell("ended", play);
+        i_endedB = true;
     }
 
     const CliContext& i_context;
     CCliHost& i_host;
     const SongSound i_sound;
-    AudioPlayerSettings i_settings;
-    std::string i_what;
-    std::unique_ptr<CAudioOutput> i_outputP;
+    CCFPrefDictionary i_preferences;
+    CUserInterface_Plain i_ui{[](std::string_view) {}};
+    CGraphicsPorts i_ports;
+    CMetaManager i_metaManager;
+    std::unique_ptr<CSongDatabase> i_databaseP;
+    std::unique_ptr<CPlayControl> i_controlP;
+    bool i_endedB = false;   // it was heard out
+    std::string i_name;      // of the song that RunSong runs
+    long i_songsL = 0, i_audio300 = 0, i_packetsL = 0;
+    std::uint64_t i_lateL = 0;
 };
 
 }   // namespace
@@ -93,13 +148,6 @@ int RunPlay(const CliContext& context, std::span<const std::string> given) {
         mostT = *seconds;
     }
     if (!sound) return CliUsage(context, kUsage);
-
     CCliHost host;
-    PlayRun run(context, host, *words, *sound);
-    Totals totals;
-    for (const std::string& file : words->files)
-        if (const OSErr err = run.Play(file, mostT, totals); Failed(err)) return CliFail(context, err, run.What());
-    context.out << "{\"state\":\"total\",\"songs\":" << totals.songsL << ",\"audio300\":" << totals.audio300
-                << ",\"packets\":0,\"frames_late\":" << totals.lateL << "}\n";
-    return 0;
+    return PlayRun(context, host, *words, *sound).Run(words->files, mostT);
 }

@@ -55,6 +55,7 @@ std::optional<SongPlaySpec> CPlayControl::SpecOf(PlaylistID list, PLItemID item)
     CSong* const songP = itemP == nullptr ? nullptr : i_host.Database().GetSong(itemP->GetSongID());
     if (songP == nullptr) return {};
     SongPlaySpec spec = ReadSongPlaySpec(*songP, itemP->Meta(), i_host.Preferences());
+    spec.gainF = i_host.GainOf(spec.song);
     spec.list = list;
     spec.item = item;
     return spec;
@@ -177,6 +178,7 @@ void CPlayControl::TellFailure(const CSongPlay& play, OSErr err) const {
 void CPlayControl::SongEnded(CSongPlay& play) {
     const Ref<CSongPlay> playP(&play);
     if (i_host.IsQuitting()) return;
+    i_host.SongEnded(play);
     FinishSong(play);
     CPlayList* const listP = List();
     const CCFPrefDictionary& preferences = i_host.Preferences();

@@ -2,11 +2,13 @@
 #include <string>
 #include <string_view>
 
+#include "Library/LibraryIDs.h"
 #include "Platform/CAudioOutput.h"
 
 class CCFPrefDictionary;
 class CGraphicsPorts;
 class CSongDatabase;
+class CSongPlay;
 class CUserInterface;
 
 /** What playing asks of the application around it. Main thread; outlives the CPlayControl that it is given to. */
@@ -24,6 +26,10 @@ public:
     [[nodiscard]] virtual bool PlaysSilent() const { return false; }
     /** Where songs show their picture. */
     [[nodiscard]] virtual CGraphicsPorts& Ports() = 0;
+    /** How much louder than it lies in its file a song is to be heard; 1 leaves it alone. */
+    [[nodiscard]] virtual float GainOf(SongID /*song*/) { return 1; }
+    /** A song was sung to its end; the next one comes after this. */
+    virtual void SongEnded(const CSongPlay& /*play*/) {}
     /** A picture was drawn now. */
     virtual void NoteDrawn() {}
     /** A line for the room: what was skipped, how far the picture slips. */

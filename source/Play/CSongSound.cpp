@@ -1,5 +1,6 @@
 #include "Play/CSongSound.h"
 
+#include "Audio/CAutoCue.h"
 #include "Core/CAlerts.h"
 #include "Core/CLog.h"
 
@@ -44,7 +45,7 @@ OSErr CSongSound::MakePlayer() {
         return CAudioPlayer::Create({.song = *this, .output = with, .level = output.Level()}, settings, i_playerP);
     };
     OSErr err = make(output.Output());
-    if (Failed(err) && i_parts.orSilentB && !Failed(AudioSpool()->Err())) {   // told: it is the device
+    if (Failed(err) && i_parts.orSilentB && !Failed(Err()) && !i_stopB.load()) {   // told: it is the device
         settings.device = kAudioOutput_Default;
         err = make(output.Silence());
     }
@@ -60,8 +61,20 @@ OSErr CSongSound::MakePlayer() {
         Failed(pitchErr))
         return pitchErr;
     i_playerP->PitchTempoVolume().Volume().SetVocalMode(spec.vocal);
+    i_playerP->PitchTempoVolume().Volume().SetGain(spec.gainF);
     i_playerP->ClearStopped();
     return noErr;
+}
+
+OSErr CSongSound::FindStart(const AudioPlayerSettings& settings, long& start300) {
+    start300 = 0;
+    const Ref<CAS_AudioRing> ringP = AudioSpool();
+    if (!ringP) return fnfErr;
+    std::uint64_t sizeL = 0;
+    if (const OSErr err = ringP->Open(false, sizeL); Failed(err)) return err;
+    start300 = CAutoCue(*this, *ringP, settings).Run();
+    const OSErr err = ringP->Err();   // first: the closing aborts the ring
+    return FirstOf(err, ringP->Close(false));
 }
 
 OSErr CSongSound::GoToStart() {

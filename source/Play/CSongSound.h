@@ -22,6 +22,8 @@ public:
     // ---- Workers ----
     /** Waits for the output and makes the player, paused, where the song is to begin. noErr without sound. */
     OSErr Prepare();
+    /** In place of Prepare: where the music begins, in 300ths. It closes the ring. */
+    OSErr FindStart(const AudioPlayerSettings& settings, long& start300);
     /** Goes where it was last asked to, until nobody asks any more. */
     void SeekAsAsked();
     /** Ends the player and the spools, and lets the output go. */

@@ -22,6 +22,7 @@ struct SongPlaySpec {
     double slipT = 0;                        // seconds
     long trimStart300 = 0, trimEnd300 = 0;   // 0: none
     float volumeF = 0;                       // 0: the song has none of its own
+    float gainF = 1;                         // on top of the volume
     bool cooperativeB = false;
     std::uint16_t channels = 0xFFFF;
     // Of the preferences.
