@@ -1,6 +1,7 @@
 #include "App/CAppLibrary.h"
 
 #include "App/CAppWindows.h"
+#include "Core/CAlerts.h"
 #include "Core/CApp.h"
 
 CAppLibrary::CAppLibrary(CApp& app) : i_app(app), i_database(*this) {
@@ -18,6 +19,12 @@ void CAppLibrary::DirtyChanged(bool dirtyB) {
 void CAppLibrary::StopPlayback() { i_app.StopCurrentSong(); }
 
 bool CAppLibrary::IsDateAddedReal() const { return i_app.Prefs().GetBool("Date Added Field *really* Updated"); }
+
+void CAppLibrary::AskLater(const Question& question, std::function<void(const Answer&)> answered) {
+    CAlerts::Queue(question, std::move(answered));
+}
+
+void CAppLibrary::StopWarning(std::string_view preference) { i_app.Prefs().Set(preference, CCFValue(false)); }
 
 OSErr CAppLibrary::Save(bool /*fullB*/) {
     i_othersDirtyB = false;

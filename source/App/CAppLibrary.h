@@ -20,6 +20,8 @@ public:
     void DirtyChanged(bool dirtyB) override;
     void StopPlayback() override;
     [[nodiscard]] bool IsDateAddedReal() const override;
+    void AskLater(const Question& question, std::function<void(const Answer&)> answered) override;
+    void StopWarning(std::string_view preference) override;
 
     // What the save timer and the quit ask.
     [[nodiscard]] bool IsDirty() const override { return i_database.IsDirty() || i_othersDirtyB; }

@@ -1,6 +1,8 @@
 #pragma once
 #include "Library/CMeta.h"
+#include "Library/CSongFiles.h"
 #include "Library/LibraryIDs.h"
+#include "Library/SongName.h"
 
 class CSongDatabase;
 
@@ -32,7 +34,10 @@ public:
 
     [[nodiscard]] SongID GetSongID() const noexcept { return i_id; }
     [[nodiscard]] CSongMeta& Meta() noexcept { return i_meta; }
-    [[nodiscard]] SuperString Name() { return i_meta.GetString("name"_key); }
+    [[nodiscard]] const CSongMeta& Meta() const noexcept { return i_meta; }
+    [[nodiscard]] SuperString Name() const { return SuperString(i_meta.Stored("name"_key).Text()); }
+    /** A template with an illegal character gives the plain name. Any thread. */
+    [[nodiscard]] SuperString GetSongName(SongNameFormat format, SongNameUse use = SongNameUse::kShown) const;
     /** Its row in the library's list; SDB_kNoItem when it is not there. Main thread. */
     [[nodiscard]] PLItemID LibraryItem() const noexcept { return i_pliP; }
     void SetLibraryItem(PLItemID item) noexcept { i_pliP = item; }
@@ -51,6 +56,11 @@ public:
     OSErr SetFile(SDB_SongFile type, const CFileRef& ref, StatusCheck check = StatusCheck::kCheck);
     /** The zip, else the graphics or video, else the sound; SDB_SongFile_NONE for a song without any. */
     [[nodiscard]] SDB_SongFile MainFile() const;
+    /** Finds the file of a place on the disc and notes where it was found. Reads the disc: for the main thread only
+       where the song is wanted now; a worker asks CSongFiles. */
+    OSErr GetFile(SDB_SongFile type, CFileRef& file, CSongFiles::TryCached tryCached = CSongFiles::TryCached::kNo);
+    /** "Msng", as a look at the disc found it. A mark of this run: not saved, and no change of the library. */
+    void SetMissing(bool missingB);
 
 private:
     const SongID i_id;

@@ -7,6 +7,7 @@
 #include "Core/CLog.h"
 #include "Core/CThreadManager.h"
 #include "Core/ThreadInfo.h"
+#include "Library/CT_ConformNames.h"
 #include "Library/CT_SongChanges.h"
 
 namespace {
@@ -104,7 +105,12 @@ void CSongDatabase::SetSettings(LibrarySettings settings) {
     i_settings.Set(std::make_shared<const LibrarySettings>(std::move(settings)));
 }
 
-void CSongDatabase::SetPlayingSong(SongID song) { i_songP.Set(song); }
+void CSongDatabase::SetPlayingSong(SongID song) {
+    (void)Assert(IsMainThread());
+    const SongID before = i_songP.Exchange(song);
+    if (before == song || i_renameLater.erase(Number(before)) == 0) return;
+    if (Failed(CT_ConformNames::Start(*this, {before}))) Log("### Error renaming the song that played");
+}
 
 // ---- Lists ----
 

@@ -1,6 +1,7 @@
 #pragma once
 #include <functional>
 #include <memory>
+#include <set>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -12,7 +13,9 @@
 #include "Library/CPlayList.h"
 #include "Library/CRowValues.h"
 #include "Library/CSong.h"
+#include "Library/CSongWarnings.h"
 #include "Library/LibrarySettings.h"
+#include "Platform/CUserInterface.h"
 
 /** What the library asks of those above it. Main thread; outlives the database. */
 class CSongDatabaseHost {
@@ -28,6 +31,11 @@ public:
     virtual void StopPlayback() {}
     /** May this song go? It plays, perhaps; the host asks, and stops it. */
     virtual bool MayDelete(SongID /*song*/) { return true; }
+    /** Asks the user when he has time for it; `answered` runs afterwards. Nobody is asked, and it never runs, without
+        somebody in front. */
+    virtual void AskLater(const Question& /*question*/, std::function<void(const Answer&)> /*answered*/) {}
+    /** The user wants no warning of this preference any more. */
+    virtual void StopWarning(std::string_view /*preference*/) {}
     /** The preference "Date Added Field *really* Updated". */
     [[nodiscard]] virtual bool IsDateAddedReal() const { return false; }
 };
@@ -151,6 +159,11 @@ public:
     /** While one lives, songs that are made and changed queue nothing: the library loads. */
     void SetLoading(bool loadingB) noexcept { i_loadingB.store(loadingB, std::memory_order_relaxed); }
 
+    /** The lists of songs that something is wrong with. Main thread. */
+    [[nodiscard]] CSongWarnings& Warnings() noexcept { return i_warnings; }
+    /** The files of this song get their name when it has ceased to play. Main thread. */
+    void RenameLater(SongID song) { i_renameLater.insert(Number(song)); }
+
     void AddWatcher(CListWatcher& watcher) { i_watchers.push_back(&watcher); }
     void RemoveWatcher(CListWatcher& watcher) { std::erase(i_watchers, &watcher); }
     template <class Say>
@@ -181,5 +194,7 @@ private:
     std::atomic<bool> i_loadingB{false};
     bool i_dirtyB = false;
     bool i_reasonToldB = false;
+    CSongWarnings i_warnings{*this};
+    std::set<std::int32_t> i_renameLater;
     std::vector<CListWatcher*> i_watchers;   // not owned
 };

@@ -5,9 +5,13 @@
 #include "Core/CLog.h"
 #include "Core/ThreadInfo.h"
 #include "Library/CSongDatabase.h"
+#include "Library/CT_FindMissing.h"
 #include "Library/CT_SongChanges.h"
 
 namespace {
+
+// A song whose place of these changed may be missing now, or may be found again.
+constexpr MetaKey kMissing_Keys[] = {"Sfs0"_key, "Sfs1"_key, "Sfs2"_key};
 
 class MT_SetDirty final : public CMainThreadProc {
 public:
@@ -72,6 +76,9 @@ void CSongDatabase::FlushChanges() {
     makeUnique(keys);
     UpdateItems(songs, keys);
     SetDirty(true, "songs changed");
+    const bool filesB =
+        std::ranges::any_of(kMissing_Keys, [&](MetaKey key) { return std::ranges::find(keys, key) != keys.end(); });
+    if (filesB && Failed(CT_FindMissing::Start(*this, std::move(songs)))) Log("### Error looking for missing songs");
 }
 
 void CSongDatabase::UpdateItems(std::span<const SongID> songs, std::span<const MetaKey> keys) {

@@ -2,6 +2,7 @@
 #include "Core/Assertions.h"
 #include "Library/CSong.h"
 #include "Library/CSongDatabase.h"
+#include "Library/FileSystemName.h"
 
 namespace {
 
@@ -30,6 +31,48 @@ void CSong::SetFileRef(SDB_SongFile type, SDB_SongFileStatus status, const CFile
     if (!changedB || !IsMain(type) || databaseP == nullptr || databaseP->IsInBatch()) return;
     const bool behindZipB = type != SDB_SongFile_ZIP && GetStatus(SDB_SongFile_ZIP) != SDB_SongFileStatus_NONE;
     if (!behindZipB) databaseP->SetDirty(true, "file status changed on <<" + Name().UTF8() + ">>");
+}
+
+OSErr CSong::GetFile(SDB_SongFile type, CFileRef& file, CSongFiles::TryCached tryCached) {
+    const CSongDatabase* const databaseP = i_meta.Database();
+    CSongFiles files(*this, databaseP == nullptr ? std::make_shared<const LibrarySettings>() : databaseP->Settings());
+    const OSErr err = files.GetFile(type, file, tryCached);
+    files.Store(*this);
+    return err;
+}
+
+void CSong::SetMissing(bool missingB) {
+    const bool wasDirtyB = i_meta.IsDirty();
+    const CMeta::QuietChanges quiet(i_meta);
+    if (missingB)
+        i_meta.SetBool("Msng"_key, true);
+    else
+        i_meta.RemoveValue("Msng"_key);
+    i_meta.SetDirty(wasDirtyB);
+}
+
+SuperString CSong::GetSongName(SongNameFormat format, SongNameUse use) const {
+    const auto fit = [use](const SuperString& text) {
+        return use == SongNameUse::kFile ? SuperString(FileSystemName(text)) : text;
+    };
+    const auto byTemplate = [&](std::string_view nameTemplate) {
+        const auto built = ConformedName(i_meta, nameTemplate, use);
+        return built ? SuperString(built->text) : fit(Name());
+    };
+    const CSongDatabase* const databaseP = i_meta.Database();
+    switch (format) {
+        case SongNameFormat::kTrackGraphics:
+            return fit(std::to_string(i_meta.Stored("trak"_key).Integer()) + " " + Name().UTF8() + ".cdg");
+        case SongNameFormat::kConformed:
+            return byTemplate(databaseP == nullptr ? LibrarySettings().nameTemplate
+                                                   : databaseP->Settings()->nameTemplate);
+        case SongNameFormat::kDefaultTemplate:
+            return byTemplate(LibrarySettings().nameTemplate);
+        case SongNameFormat::kOnDisc:
+            return MainFile() == SDB_SongFile_NONE ? SuperString() : SuperString(FileRef(MainFile()).GetName());
+        default:
+            return fit(Name());
+    }
 }
 
 OSErr CSong::SetFile(SDB_SongFile type, const CFileRef& ref, StatusCheck check) {

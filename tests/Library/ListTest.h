@@ -7,6 +7,7 @@
 #include "Core/ThreadTest.h"
 #include "Library/CMetaManager.h"
 #include "Library/CSongDatabase.h"
+#include "Platform/CUserInterface_Scripted.h"
 
 /** What the library asked of the world above. */
 class TestDatabaseHost final : public CSongDatabaseHost {
@@ -18,9 +19,14 @@ public:
     void StopPlayback() override { ++i_stopsL; }
     bool MayDelete(SongID song) override { return song != i_playing; }
     bool IsDateAddedReal() const override { return i_dateAddedB; }
+    void AskLater(const Question& question, std::function<void(const Answer&)> answered) override {
+        answered(i_ui.Ask(question));
+    }
+    void StopWarning(std::string_view preference) override { i_stopped = preference; }
 
     bool i_readyB = true, i_dateAddedB = false;
-    std::string i_dirty;
+    std::string i_dirty, i_stopped;
+    CUserInterface_Scripted i_ui;
     OSErr i_renameErr = noErr;
     SingerID i_owner{SDB_kUninitializedID};
     SongID i_playing{0};

@@ -1,0 +1,87 @@
+#include "Library/CSongFiles.h"
+
+#include <algorithm>
+
+#include "Core/CZipSongMembers.h"
+#include "Core/FSrObjects.h"
+#include "Library/CSong.h"
+#include "Library/CSongDatabase.h"
+#include "Library/CSongFileSearch.h"
+#include "Library/SongFileTypes.h"
+
+CSongFiles::CSongFiles(const CSong& song, std::shared_ptr<const LibrarySettings> settingsRef)
+    : i_song(song.GetSongID()),
+      i_name(song.Name().UTF8()),
+      i_wasMissingB(song.Meta().Stored("Msng"_key).Bool() == BoolValueType::kTrue),
+      i_settingsRef(std::move(settingsRef)) {
+    for (std::size_t n = 0; n < i_files.size(); ++n) {
+        i_files[n] = song.Meta().Stored(SongFileKey(static_cast<SDB_SongFile>(n))).SongFile();
+        CFileRef& ref = i_files[n].ref;
+        if (!ref.IsEmpty() && !ref.GetPath().has_root_directory()) ref = CFileRef(i_settingsRef->Whole(ref.GetPath()));
+    }
+}
+
+std::optional<CSongFiles> CSongFiles::Of(const CSongDatabase& database, SongID song) {
+    std::optional<CSongFiles> files;
+    auto settingsRef = database.Settings();
+    (void)database.WithSong(song, [&](const CSong& found) { files.emplace(found, std::move(settingsRef)); });
+    return files;
+}
+
+OSErr CSongFiles::GetFile(SDB_SongFile type, CFileRef& file, TryCached tryCached) {
+    const bool cachedB = tryCached == TryCached::kYes && type == SDB_SongFile_VIDEO;
+    if (cachedB && !Failed(GetOwnFile(SDB_SongFile_VIDEO_CACHE, file))) return noErr;
+    if (!Failed(GetOwnFile(type, file))) return noErr;
+    return Search(type, file);
+}
+
+OSErr CSongFiles::GetOwnFile(SDB_SongFile type, CFileRef& file) {
+    if (At(type).ref.IsEmpty()) return fnfErr;
+    CFileRef ref = At(type).ref;
+    OSErr err = ref.Resolve();
+    if (Failed(err) && CSong_PathModder(i_settingsRef->musicFolder)(ref)) err = ref.Resolve();
+    if (Failed(err)) return err;
+    if (ref.GetPath() != At(type).ref.GetPath()) Found(type, ref);
+    file = std::move(ref);
+    return noErr;
+}
+
+OSErr CSongFiles::Search(SDB_SongFile type, CFileRef& file) {
+    const CSongFileSearch search(i_name);
+    // The name that the missing file had may be another one than that of the files beside it.
+    const std::string ownName = At(type).ref.GetPath().stem().string();
+    for (const SDB_SongFile baseType : SongFileSearchBases(type)) {
+        CFileRef base;
+        if (Failed(GetOwnFile(baseType, base))) base = At(baseType).ref;   // its folder may be there
+        // On a disc that is away one question is enough.
+        bool thereB = false;
+        if (base.IsEmpty() || Failed(FSrFolderExists(base.GetParent(), thereB)) || !thereB) continue;
+        if (Failed(search.Find(base, type, ownName, file))) continue;
+        Found(type, file);
+        return noErr;
+    }
+    return fnfErr;
+}
+
+void CSongFiles::Found(SDB_SongFile type, const CFileRef& file) {
+    CMetaSongFile& place = i_files[static_cast<std::size_t>(type)];
+    place = {i_settingsRef->Status().Of(type, file.GetPath()), file};
+    i_found.emplace_back(type, file);
+}
+
+bool CSongFiles::IsReachable() {
+    CFileRef file;
+    if (!Failed(GetFile(SDB_SongFile_ZIP, file))) return true;
+    const bool audioB = !Failed(GetFile(SDB_SongFile_AUDIO, file));
+    const bool videoB = !Failed(GetFile(SDB_SongFile_VIDEO, file));
+    if (audioB && videoB) return true;
+    // Sound alone and a video with its own sound are whole songs; graphics alone are half of one.
+    if (audioB) return Status(SDB_SongFile_VIDEO) == SDB_SongFileStatus_NONE;
+    return videoB && Status(SDB_SongFile_AUDIO) == SDB_SongFileStatus_NONE && ZipSongKindsOf(file.GetName()).videoB;
+}
+
+void CSongFiles::Store(CSong& song) const {
+    for (const auto& [type, file] : i_found) (void)song.SetFile(type, file);
+}
+
+std::string MissingSongText(const std::string& name) { return "Could not find the song “" + name + "”"; }

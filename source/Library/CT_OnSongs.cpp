@@ -1,0 +1,57 @@
+#include "Library/CT_OnSongs.h"
+
+namespace {
+
+class CMainThread_OnDatabase final : public CMainThreadProc {
+public:
+    using Work = std::function<OSErr(CSongDatabase& database)>;
+    CMainThread_OnDatabase(const char* nameZ, const std::weak_ptr<CSongDatabase*>& databaseRef, const Work& work)
+        : CMainThreadProc(nameZ, StackHeld::kYes), i_databaseRef(databaseRef), i_work(work) {}
+
+protected:
+    OSErr Operate() override {
+        const auto databaseRef = i_databaseRef.lock();
+        return databaseRef == nullptr || *databaseRef == nullptr ? abortErr : i_work(**databaseRef);
+    }
+
+private:
+    const std::weak_ptr<CSongDatabase*>& i_databaseRef;
+    const Work& i_work;
+};
+
+}   // namespace
+
+CT_OnSongs::CT_OnSongs(const char* nameZ, CSongDatabase& database, std::vector<SongID> songs, Done done)
+    : CT_Preemptive(nameZ),
+      i_databaseRef(database.Self()),
+      i_songsRef(database.Songs()),
+      i_settingsRef(database.Settings()),
+      i_songs(std::move(songs)),
+      i_done(std::move(done)) {}
+
+OSErr CT_OnSongs::OnMain(const char* nameZ, const std::function<OSErr(CSongDatabase& database)>& work) {
+    return CMainThread_OnDatabase(nameZ, i_databaseRef, work).Call(CallMode::kWait);
+}
+
+OSErr CT_OnSongs::Operate(OSErr err) {
+    if (Failed(err)) return err;
+    (void)CThreadHost::With([&](CThreadHost& host) { i_viewP = host.OpenTask(Name()); });
+    long doneL = 0;
+    for (const SongID song : i_songs) {
+        if (IsCancelled()) err = userCanceledErr;
+        if (Failed(err)) break;
+        std::optional<CSongFiles> files;
+        (void)i_songsRef->With(song, [&](const CSong& found) { files.emplace(found, i_settingsRef); });
+        if (files) err = OnSong(*files);
+        if (i_viewP) i_viewP->SetSteps(++doneL, static_cast<long>(i_songs.size()));
+    }
+    err = AtEnd(err);
+    i_viewP.reset();
+    return err;
+}
+
+OSErr CT_OnSongs::Completion(OSErr err) {
+    const auto databaseRef = i_databaseRef.lock();
+    if (databaseRef != nullptr && *databaseRef != nullptr && i_done) i_done(err);
+    return err;
+}

@@ -1,0 +1,75 @@
+#include "Library/SongRename.h"
+
+#include <algorithm>
+
+#include "Core/CLog.h"
+#include "Core/FSrObjects.h"
+#include "Library/FileSystemName.h"
+
+namespace {
+
+constexpr SDB_SongFile kRenamed[] = {SDB_SongFile_AUDIO, SDB_SongFile_VIDEO, SDB_SongFile_ZIP, SDB_SongFile_META,
+                                     SDB_SongFile_PROJECT};
+constexpr int kNumbers_Most = 1000;
+
+struct Step {
+    SDB_SongFile type;
+    CFileRef from;
+    std::string newName;
+};
+
+std::vector<Step> StepsFor(const CSongFiles& files, const std::string& base, int numberL) {
+    const std::string tail = numberL == 1 ? "" : " " + std::to_string(numberL);
+    std::vector<Step> steps;
+    std::size_t longestL = 0;
+    for (const SDB_SongFile type : kRenamed) {
+        if (files.Status(type) != SDB_SongFileStatus_MUSIC) continue;
+        const std::string extension = files.Ref(type).GetPath().extension().string();
+        longestL = std::max(longestL, extension.size());
+        steps.push_back({type, files.Ref(type), extension});
+    }
+    // One cut for all: they keep the same base.
+    const std::size_t roomL = kFileName_MaxBytes - std::min(kFileName_MaxBytes, longestL + tail.size());
+    for (Step& step : steps) step.newName = std::string(FrontOf(base, roomL)) + tail + step.newName;
+    return steps;
+}
+
+/** Renames them all, or puts back those that were. */
+OSErr Apply(const std::vector<Step>& steps, std::vector<std::pair<SDB_SongFile, CFileRef>>& moved) {
+    std::vector<std::pair<const Step*, CFileRef>> done;
+    OSErr err = noErr;
+    for (const Step& step : steps) {
+        CFileRef file = step.from;
+        if (file.GetName() == step.newName) continue;
+        err = FSrRename(file, step.newName);
+        if (Failed(err)) break;
+        done.emplace_back(&step, file);
+    }
+    for (auto it = done.rbegin(); it != done.rend(); ++it) {
+        if (Failed(err) && !Failed(LogStep(FSrRename(it->second, it->first->from.GetName()), "putting a name back",
+                                           it->second.GetPath())))
+            continue;
+        moved.emplace_back(it->first->type, it->second);
+    }
+    return err;
+}
+
+}   // namespace
+
+SongRename SongRename::Run(const CSongFiles& files, const std::string& base) {
+    SongRename result;
+    for (int numberL = 1; numberL < kNumbers_Most; ++numberL) {
+        const std::vector<Step> steps = StepsFor(files, base, numberL);
+        const bool takenB = std::ranges::any_of(steps, [](const Step& step) {
+            bool existsB = false;
+            const bool ownB = step.from.GetName() == step.newName;
+            return !ownB && !Failed(FSrObjectExists(CFileRef(step.from.GetParent(), step.newName), existsB)) && existsB;
+        });
+        if (takenB) continue;
+        result.err = Apply(steps, result.moved);
+        // Somebody else made one of the names since we looked: the next number, unless something could not go back.
+        if (result.err != dupFNErr || !result.moved.empty()) return result;
+    }
+    result.err = dupFNErr;
+    return result;
+}
