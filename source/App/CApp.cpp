@@ -88,7 +88,7 @@ void CApp::RunLoopPass() {
 }
 
 void CApp::PostEvent(PostEventKind kind, long dataL) {
-    if (kind == PostEventCode("BadS")) i_lostSongsL.fetch_add(1, std::memory_order_relaxed);
+    if (kind == PostEventCode("BadS")) i_lostSongsL.fetch_add(std::max(1L, dataL), std::memory_order_relaxed);
     PostEvents().Add(kind, dataL);
     MainLoop().Wake();
 }
@@ -196,6 +196,15 @@ bool CApp::IsSongPlaying() const {
 void CApp::StopCurrentSong() {
     const std::scoped_lock guard(i_currentSongLock);
     if (i_currentSongP != nullptr) i_currentSongP->Stop();
+}
+
+void CApp::ShowProgress(std::string_view words) {
+    Log(words);
+    if (i_curScope) i_curScope->SetText(words);
+}
+
+void CApp::ShowProgressSteps(std::size_t doneL, std::size_t totalL) {
+    if (i_curScope) i_curScope->SetSteps(doneL, totalL);
 }
 
 void CApp::SetStatus(std::string_view text) {

@@ -3,6 +3,7 @@
 #include "App/CAppWindows.h"
 #include "Core/CAlerts.h"
 #include "Core/CApp.h"
+#include "Core/CLog.h"
 
 CAppLibrary::CAppLibrary(CApp& app) : i_app(app), i_database(*this) {
     i_database.SetSettings(ReadLibrarySettings(app.Prefs()));
@@ -20,14 +21,40 @@ void CAppLibrary::StopPlayback() { i_app.StopCurrentSong(); }
 
 bool CAppLibrary::IsDateAddedReal() const { return i_app.Prefs().GetBool("Date Added Field *really* Updated"); }
 
+void CAppLibrary::StopWarning(std::string_view preference) { i_app.Prefs().Set(preference, CCFValue(false)); }
+
+OSErr CAppLibrary::Load(LibraryPlaces places) {
+    i_store = std::make_unique<CLibraryStore>(i_database, std::move(places));
+    return i_store->LoadLibrary();
+}
+
+void CAppLibrary::AfterStart() {
+    if (i_store) i_store->AfterStart();
+}
+
+OSErr CAppLibrary::Save(bool fullB) {
+    i_othersDirtyB = false;
+    if (!i_store || !i_database.IsDirty()) return noErr;   // the preferences are saved by who asks
+    return i_store->SaveLibrary(fullB ? SaveForce::kAll : SaveForce::kDirty);
+}
+
+OSErr CAppLibrary::RenameListFile(const CPlayList& list, const SuperString& newName) {
+    return i_store ? i_store->RenameListFile(list, newName) : noErr;
+}
+
+Answer CAppLibrary::Ask(const Question& question) { return i_app.Ui().Ask(question); }
+
 void CAppLibrary::AskLater(const Question& question, std::function<void(const Answer&)> answered) {
     CAlerts::Queue(question, std::move(answered));
 }
 
-void CAppLibrary::StopWarning(std::string_view preference) { i_app.Prefs().Set(preference, CCFValue(false)); }
+void CAppLibrary::ShowProgress(std::string_view words) { i_app.ShowProgress(words); }
 
-OSErr CAppLibrary::Save(bool /*fullB*/) {
-    i_othersDirtyB = false;
-    i_database.SetDirty(false, "not dirty");
-    return noErr;
+void CAppLibrary::ShowSteps(std::size_t doneL, std::size_t totalL) { i_app.ShowProgressSteps(doneL, totalL); }
+
+void CAppLibrary::Reveal(const CFileRef& file) {
+    if (!i_app.Ui().OpenPage("file://" + file.GetParent().GetPath().string()))
+        Log("### Error nothing shows folders here");
 }
+
+void CAppLibrary::SongsLost(long countL) { i_app.PostEvent(PostEventCode("BadS"), countL); }

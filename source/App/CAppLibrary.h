@@ -1,5 +1,6 @@
 #pragma once
 #include "App/CSaveTarget.h"
+#include "Library/CLibraryStore.h"
 #include "Library/CSongDatabase.h"
 
 class CApp;
@@ -14,23 +15,37 @@ public:
     ~CAppLibrary() override;
 
     [[nodiscard]] CSongDatabase& Database() noexcept { return i_database; }
+    /** Loads the library of this root. userCanceledErr when the user would rather quit. */
+    OSErr Load(LibraryPlaces places);
+    /** Null before Load. */
+    [[nodiscard]] CLibraryStore* Store() noexcept { return i_store.get(); }
+    /** The application is ready: what the load found to be saved becomes dirty. */
+    void AfterStart();
 
     // What the database asks.
     [[nodiscard]] bool IsReady() const override;
     void DirtyChanged(bool dirtyB) override;
+    OSErr RenameListFile(const CPlayList& list, const SuperString& newName) override;
     void StopPlayback() override;
-    [[nodiscard]] bool IsDateAddedReal() const override;
+    Answer Ask(const Question& question) override;
     void AskLater(const Question& question, std::function<void(const Answer&)> answered) override;
+    void ShowProgress(std::string_view words) override;
+    void ShowSteps(std::size_t doneL, std::size_t totalL) override;
+    void Reveal(const CFileRef& file) override;
+    void SongsLost(long countL) override;
+    [[nodiscard]] bool IsDateAddedReal() const override;
     void StopWarning(std::string_view preference) override;
 
     // What the save timer and the quit ask.
     [[nodiscard]] bool IsDirty() const override { return i_database.IsDirty() || i_othersDirtyB; }
     [[nodiscard]] bool IsAddingToLibrary() const override { return i_database.IsAddingToLibrary(); }
     void SetDirty(bool dirtyB) override { i_othersDirtyB = dirtyB; }
+    [[nodiscard]] bool IsSaving() const override { return i_store != nullptr && i_store->IsSaving(); }
     OSErr Save(bool fullB) override;
 
 private:
     CApp& i_app;
     CSongDatabase i_database;
-    bool i_othersDirtyB = false;   // what is saved beside the library: the preferences
+    std::unique_ptr<CLibraryStore> i_store;   // before the database goes
+    bool i_othersDirtyB = false;              // what is saved beside the library: the preferences
 };

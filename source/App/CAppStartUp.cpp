@@ -67,7 +67,7 @@ const CAppStartUp::Stage CAppStartUp::kStages[] = {
     {"Mounting media", &CAppStartUp::NotYet},
     {"Loading Music Stores", &CAppStartUp::NotYet},
     {"Flushing Events", &CAppStartUp::FlushEvents},
-    {"Sorting Library", &CAppStartUp::NotYet},
+    {"Sorting Library", &CAppStartUp::SortLibrary},
     {"", &CAppStartUp::MarkReady},
 };
 
@@ -81,10 +81,7 @@ void CAppStartUp::Run() {
     }
 }
 
-void CAppStartUp::Say(std::string_view words) {
-    Log(words);
-    if (i_app.i_curScope) i_app.i_curScope->SetText(words);
-}
+void CAppStartUp::Say(std::string_view words) { i_app.ShowProgress(words); }
 
 void CAppStartUp::TagMainThread() {
     TagThread(0, false);
@@ -167,13 +164,18 @@ void CAppStartUp::OpenProgress() {
     i_app.i_curScope = i_app.Ui().OpenProgress("Initializing " + CApp::DisplayName());
 }
 
-void CAppStartUp::LoadDatabase() { i_loadedB = FindMusicFolder(); }
+void CAppStartUp::LoadDatabase() {
+    CFileRef root;
+    if (!FindMusicFolder(root)) return;
+    if (const OSErr err = i_app.Folders().Hold(FolderKind::kDatabase, root); Failed(err)) return;
+    const OSErr err = i_app.i_library->Load({root, i_app.Prefs().MusicFolder(), i_app.Prefs().CacheFolder()});
+    i_loadedB = !Failed(LogStep(err, "loading the library"));
+}
 
 /** The root of the library, or false when the user would rather quit. */
-bool CAppStartUp::FindMusicFolder() {
+bool CAppStartUp::FindMusicFolder(CFileRef& root) {
     enum Button : std::size_t { kQuit, kTryAgain, kFindIt };
     for (;;) {
-        CFileRef root;
         const OSErr err = i_app.Folders().Find(FolderKind::kRoot, root);
         if (!Failed(err)) return true;
         if (Failed(LogStep(err, "finding the music folder")) && i_app.IsShutdown()) return false;
@@ -219,10 +221,18 @@ void CAppStartUp::CloseProgress() {
 
 void CAppStartUp::FlushEvents() { i_app.MainLoop().FlushInput(); }
 
+/** The order by slot, which others fall back on, is made on a worker before somebody waits for it. */
+void CAppStartUp::SortLibrary() {
+    CPlayList& library = i_app.Database().Library();
+    const SortSpec shown = library.Spec();
+    if (library.Count() > 1) library.SetSort(shown.empty() ? SortSpec{{CM_Key_SORT_INDEX}} : shown);
+}
+
 void CAppStartUp::MarkReady() {
     if (!i_app.i_setup.lastQuitCleanB) Log("the last session did not end with its quit: it may have crashed");
     i_app.SetStatus("Ready!");
     i_app.i_appReadyB.store(true, std::memory_order_release);
     i_app.i_alerts->AppReady();
+    i_app.i_library->AfterStart();
     Log("Ready!");
 }

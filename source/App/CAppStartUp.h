@@ -4,6 +4,7 @@
 #include <string_view>
 
 class CApp;
+class CFileRef;
 class CScopedInitializing;
 
 /** The start-up of the application object: a table of stages, each with its words and its act. A stage whose subsystem is
@@ -38,13 +39,14 @@ private:
     void InstallIdleTimers();
     void OpenProgress();
     void LoadDatabase();
-    [[nodiscard]] bool FindMusicFolder();
+    [[nodiscard]] bool FindMusicFolder(CFileRef& root);
     void CreateWindows();
     void BuildUpscalingTables();
     void BuildVenues();
     void ShowWindows();
     void CloseProgress();
     void FlushEvents();
+    void SortLibrary();
     void MarkReady();
 
     void Say(std::string_view words);

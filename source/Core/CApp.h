@@ -110,6 +110,9 @@ public:
     [[nodiscard]] bool IsSongPlaying() const override;
     void StopCurrentSong();
 
+    /** What the start-up or the quit does now, and how far it is; logged. Main thread. */
+    void ShowProgress(std::string_view words);
+    void ShowProgressSteps(std::size_t doneL, std::size_t totalL);
     /** Shows a status text of the model in the browser window. Main thread only. */
     void SetStatus(std::string_view text);
 

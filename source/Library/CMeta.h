@@ -134,9 +134,11 @@ public:
     bool GetBasics(MetaTags& tags);
     void SetBasics(const MetaTags& tags);
     enum class FileSlots : bool { kWithout, kWith };
-    /** All that is stored, but for hidden keys; file places as file references when asked for, hidden ones too, since
+    enum class HiddenKeys : bool { kWithout, kWith };
+    /** All that is stored, but for hidden keys that are not asked for; file places as file references when asked for, hidden ones too, since
         what is cached must be found again. A file place that has no form is left out and logged. */
-    [[nodiscard]] CCFDictionary ToDictionary(FileSlots files = FileSlots::kWithout) const;
+    [[nodiscard]] CCFDictionary ToDictionary(FileSlots files = FileSlots::kWithout,
+                                             HiddenKeys hidden = HiddenKeys::kWithout) const;
     /** Takes all values of the dictionary that have a form here, each by its setter; "Illegal key type: " is logged for
         the others. A key that is not in the table gets the kind of its value. Keys not in the dictionary stay. */
     void FromDictionary(const CCFDictionary& dictionary);

@@ -70,11 +70,12 @@ ValType KindOf(CFType type) {
 
 }   // namespace
 
-CCFDictionary CMeta::ToDictionary(FileSlots files) const {
+CCFDictionary CMeta::ToDictionary(FileSlots files, HiddenKeys hidden) const {
     CCFDictionary dictionary;
     for (const MetaEntry& entry : AllStored()) {   // a copy: a file reference may look at the disc
         const bool fileB = entry.value.Type() == ValType::ValType_SONGFILE;
-        if (fileB ? files == FileSlots::kWithout : i_manager.GetTraits(entry.key).Has(kKeyFlag_Hidden)) continue;
+        const bool hiddenB = hidden == HiddenKeys::kWithout && i_manager.GetTraits(entry.key).Has(kKeyFlag_Hidden);
+        if (fileB ? files == FileSlots::kWithout : hiddenB) continue;
         if (auto value = ToCF(entry.value))
             dictionary.Set(MetaKeyText(entry.key), *std::move(value));
         else

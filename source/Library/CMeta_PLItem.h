@@ -11,8 +11,14 @@ public:
 
     /** A value of this key, when a row has one, hides the song's. */
     [[nodiscard]] static bool IsRowKey(MetaKey key);
+    /** What its list's file has of the row and this program has no key for: written again as it is. Set at the load. */
+    [[nodiscard]] const CCFDictionary& OtherKeys() const noexcept { return i_otherKeys; }
+    void SetOtherKeys(CCFDictionary keys) { i_otherKeys = std::move(keys); }
 
 protected:
     void CheckSetter(MetaKey key) const override;
     [[nodiscard]] bool Takes(MetaKey key) const override { return IsRowKey(key); }
+
+private:
+    CCFDictionary i_otherKeys;
 };

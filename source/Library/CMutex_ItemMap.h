@@ -1,4 +1,5 @@
 #pragma once
+#include <algorithm>
 #include <memory>
 #include <unordered_map>
 #include <vector>
@@ -49,12 +50,22 @@ public:
             return it == i_items.end() ? nullptr : it->second.get();
         });
     }
+    /** In no order. On a worker the lock is left between two steps, so that a million of them hold up nobody: what comes
+        or goes meanwhile may be missed or told. */
     [[nodiscard]] std::vector<ID> Ids() const {
-        const Scope guard(*this);
         std::vector<ID> ids;
-        ids.reserve(i_items.size());
-        for (const auto& [id, itemP] : i_items) ids.push_back(id);
-        return ids;
+        for (std::size_t bucket = 0, bucketsL = 0;;) {
+            const Scope guard(*this);
+            if (bucketsL != i_items.bucket_count()) {   // the first step, or it grew: all again
+                bucketsL = i_items.bucket_count();
+                bucket = 0;
+                ids.clear();
+                ids.reserve(i_items.size());
+            }
+            for (const std::size_t end = std::min(bucketsL, bucket + kStep_Buckets); bucket < end; ++bucket)
+                for (auto it = i_items.begin(bucket); it != i_items.end(bucket); ++it) ids.push_back(it->first);
+            if (bucket == bucketsL) return ids;
+        }
     }
     [[nodiscard]] std::size_t Count() const {
         const Scope guard(*this);
@@ -71,5 +82,7 @@ public:
     }
 
 private:
+    static constexpr std::size_t kStep_Buckets = 4096;   // under one lock
+
     std::unordered_map<ID, std::unique_ptr<Item>> i_items;
 };

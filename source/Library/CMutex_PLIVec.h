@@ -81,6 +81,8 @@ public:
     void KeepPresent(std::vector<PLRow>& rows, const PLItemSet& also) const;
     /** The row's own value; none when the row, with this stamp, is gone or has none. */
     [[nodiscard]] CMetaValue RowValue(PLItemID id, std::uint32_t stampL, MetaKey key) const;
+    /** The row's own values and other keys, as a property list has them; empty for a row without. */
+    [[nodiscard]] CCFDictionary RowDictionary(PLItemID id, std::uint32_t stampL) const;
     /** True while any row has values of its own. */
     [[nodiscard]] bool HasRowValues() const;
 

@@ -115,6 +115,16 @@ CMetaValue CMutex_PLIVec::RowValue(PLItemID id, std::uint32_t stampL, MetaKey ke
     return item.i_stampL == stampL && item.Meta() != nullptr ? item.Meta()->Stored(key) : CMetaValue();
 }
 
+CCFDictionary CMutex_PLIVec::RowDictionary(PLItemID id, std::uint32_t stampL) const {
+    const Scope guard(*this);
+    if (!IsRow(id)) return {};
+    const CPlayListItem& item = i_pliVec[Slot(id)];
+    if (item.i_stampL != stampL || item.Meta() == nullptr) return {};
+    CCFDictionary keys = item.Meta()->OtherKeys();
+    for (const auto& [key, value] : item.Meta()->ToDictionary()) keys.Set(key, value);
+    return keys;
+}
+
 std::optional<std::vector<PLItemID>> CMutex_PLIVec::Order(const SortSpec& spec) const {
     const Scope guard(*this);
     const auto it = i_orders.find(MainKey(spec));

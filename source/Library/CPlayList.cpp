@@ -39,9 +39,20 @@ OSErr CPlayList::Rename(const SuperString& name) {
         }
     }
     i_name = title;
-    i_database.SetDirty(true, "playlist renamed");
+    Touch("playlist renamed");
     i_database.Tell([&](CListWatcher& watcher) { watcher.ListRenamed(i_playlistID); });
     return noErr;
+}
+
+void CPlayList::Touch(std::string_view reason) {
+    ++i_revisionL;
+    i_database.SetDirty(true, reason);
+}
+
+void CPlayList::SetColumns(CCFDictionary columns) {
+    if (columns == i_columns) return;
+    i_columns = std::move(columns);
+    Touch("columns");
 }
 
 // ---- Rows ----
@@ -66,7 +77,7 @@ std::vector<PLItemID> CPlayList::AddRows(std::vector<PLNewItem> items, RowIndex 
     if (added.empty()) return added;
     if (i_playlistID == kPlaylistID_Library) i_database.SongsEnteredLibrary(*this, added);
     PlaceInOrders(added);
-    i_database.SetDirty(true, "playlist items added");
+    Touch("playlist items added");
     ItemChanged(ListMessage::kAdded, added);
     return added;
 }
@@ -110,7 +121,7 @@ OSErr CPlayList::RemoveItems(std::vector<PLItemID> items) {
     if (i_playlistID == kPlaylistID_Library) i_database.SongsLeaveLibrary(*this, items);
     const std::size_t goneL = i_list->Remove(items, i_name.UTF8());
     if (goneL == 0) return items.empty() ? noErr : fnfErr;
-    i_database.SetDirty(true, "playlist items removed");
+    Touch("playlist items removed");
     ItemChanged(ListMessage::kRemoved, items);
     return goneL == items.size() ? noErr : fnfErr;
 }
@@ -118,7 +129,7 @@ OSErr CPlayList::RemoveItems(std::vector<PLItemID> items) {
 RowIndex CPlayList::MoveItems(std::span<const PLItemID> items, RowIndex to) {
     const RowIndex row = i_list->Move(items, to);
     if (row == SDB_Index_NONE) return row;
-    i_database.SetDirty(true, "playlist items moved");
+    Touch("playlist items moved");
     ItemChanged(ListMessage::kMoved, items);
     return row;
 }
@@ -147,7 +158,7 @@ bool CPlayList::SetRowValue(PLItemID item, MetaKey key, CMetaValue value) {
     if (!AssertWords(CMeta_PLItem::IsRowKey(key), "IsRowKey(key)")) return false;
     CMeta_PLItem* const metaP = i_list->MakeMeta(item);
     if (metaP == nullptr || !metaP->SetValue(key, std::move(value))) return false;
-    i_database.SetDirty(true, "playlist item changed");
+    Touch("playlist item changed");
     ItemsChanged(std::span(&item, 1), std::span(&key, 1));
     return true;
 }

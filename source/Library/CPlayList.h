@@ -40,6 +40,15 @@ public:
     /** What a disc's list asks its disc: made up by us, and not being imported. */
     void SetDisc(bool virtualB, bool importingB) noexcept { i_virtualDiscB = virtualB, i_importingB = importingB; }
 
+    /** The browser's columns, as the list's file keeps them. */
+    [[nodiscard]] const CCFDictionary& Columns() const noexcept { return i_columns; }
+    void SetColumns(CCFDictionary columns);
+    /** What its file has and this program has no key for: written again as it is. Set at the load. */
+    [[nodiscard]] const CCFDictionary& OtherKeys() const noexcept { return i_otherKeys; }
+    void SetOtherKeys(CCFDictionary keys) { i_otherKeys = std::move(keys); }
+    /** Grows with each change that the list's file must hold. */
+    [[nodiscard]] std::uint32_t Revision() const noexcept { return i_revisionL; }
+
     // ---- Rows ----
     [[nodiscard]] const std::shared_ptr<CMutex_PLIVec>& Items() const noexcept { return i_list; }
     [[nodiscard]] std::size_t Count() const { return i_list->Count(); }
@@ -97,7 +106,8 @@ public:
     /** The row to play after `item` (SDB_kNoItem: after the selected one) in the shown order, round its end; rows that
         cannot be played are passed over. SDB_kNoItem when there is none. The rotation of a KJ stops at its end. */
     [[nodiscard]] PLItemID GetNextID(PLItemID item, Step step, AtEnd end = AtEnd::kStop);
-    void SetSelectedItem(PLItemID item) noexcept { i_selectedItem = item; }
+    void SetSelectedItem(PLItemID item) noexcept;
+    [[nodiscard]] PLItemID SelectedItem() const noexcept { return i_selectedItem; }
     [[nodiscard]] long PendingSkips() const noexcept { return i_current_pli; }
     void SetPendingSkips(long skipsL) noexcept { i_current_pli = skipsL; }
 
@@ -107,6 +117,8 @@ public:
     void SortCompletion(SortJob job, OSErr err);
 
 private:
+    /** The list's file must be written again. */
+    void Touch(std::string_view reason);
     void ItemChanged(ListMessage message, std::span<const PLItemID> items);
     [[nodiscard]] CRowValues Values() const;
     [[nodiscard]] SortJob MakeJob(SortSpec spec) const;
@@ -131,6 +143,8 @@ private:
     SuperString i_name;
     SingerID i_singerID{SDB_kUninitializedID};
     bool i_virtualDiscB = false, i_importingB = false;
+    CCFDictionary i_columns, i_otherKeys;
+    std::uint32_t i_revisionL = 0;
     const std::shared_ptr<CMutex_PLIVec> i_list;
     SortSpec i_sortSpec;
     bool i_sortingB = false;                 // a task sorts, or waits for its completion

@@ -31,6 +31,7 @@ SortJob CPlayList::MakeJob(SortSpec spec) const {
 }
 
 void CPlayList::Shown(SortSpec spec, SortTold told) {
+    if (!SameSpec(spec, i_sortSpec)) ++i_revisionL;   // kept with the next save; no reason for one by itself
     i_sortSpec = std::move(spec);
     if (told == SortTold::kSilent) return;
     i_database.Tell([&](CListWatcher& watcher) { watcher.SortChanged(i_playlistID, i_sortSpec, false); });
@@ -217,8 +218,12 @@ void CPlayList::MakeUserOrder() {
     if (i_sortingB) return ShowAlert("Please wait until the sort tasks are finished.", "");
     LogF("Setting user sort order for %s\n", i_name.CString());
     if (!AssertWords(i_list->SetUserOrder(GetSortedList()), "the shown order holds every row")) return;
-    i_database.SetDirty(true, "user sort order");
+    Touch("user sort order");
     ItemChanged(ListMessage::kMoved, GetSortedList());
+}
+
+void CPlayList::SetSelectedItem(PLItemID item) noexcept {
+    if (std::exchange(i_selectedItem, item) != item) ++i_revisionL;   // likewise
 }
 
 PLItemID CPlayList::GetNextID(PLItemID item, Step step, AtEnd end) {

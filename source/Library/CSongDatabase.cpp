@@ -18,8 +18,16 @@ constexpr const char* kOwnerless =
 
 }   // namespace
 
+void CSongDatabaseHost::AskLater(const Question& question, std::function<void(const Answer&)> /*answered*/) {
+    Log(question.text);
+}
+
 CSongDatabase::CSongDatabase(CSongDatabaseHost& host)
-    : i_host(host), i_selfRef(std::make_shared<CSongDatabase*>(this)), i_songsRef(std::make_shared<CMutex_SongMap>()) {
+    : i_host(host),
+      i_selfRef(std::make_shared<CSongDatabase*>(this)),
+      i_songsRef(std::make_shared<CMutex_SongMap>()),
+      i_singersRef(std::make_shared<CMutex_SingerMap>()),
+      i_singerValuesRef(std::make_shared<CSingerMapValues>(i_singersRef)) {
     auto libraryP = std::make_unique<CPlayList>(*this, kSourceDB_LIBRARY, SuperString(), kPlaylistID_Library);
     i_libraryP = libraryP.get();
     (void)i_lists.Add(kPlaylistID_Library, std::move(libraryP));
@@ -28,11 +36,15 @@ CSongDatabase::CSongDatabase(CSongDatabaseHost& host)
 
 CSongDatabase::~CSongDatabase() {
     *i_selfRef = nullptr;
+    Log("Waiting for purges");   // whoever purges finds the database gone
+    Log("reverting library");
     Log("disposing song database backend");
     Log("Clearing Song List");
     i_songsRef->Clear();
     Log("Closing Database");
     CT_Timer::SetInterval(i_changesTimer, 0.0);   // its next turn finds the database gone, and is its last
+    Log("disposing singers (if any)");
+    i_singersRef->Clear();
     Log("disposing playlists");
     i_lists.Clear();
 }
@@ -61,7 +73,10 @@ CSong* CSongDatabase::CreateSong(SongID id) {
     NoteID(Number(id));
     auto songP = std::make_unique<CSong>(this, id);
     CSong* const madeP = songP.get();
-    if (i_songsRef->Add(id, std::move(songP))) return madeP;
+    if (i_songsRef->Add(id, std::move(songP))) {
+        ++i_songsRevisionL;
+        return madeP;
+    }
     LogF("### Error a second song with the id %d", static_cast<int>(Number(id)));
     return nullptr;
 }
@@ -125,7 +140,7 @@ CPlayList& CSongDatabase::AddPlaylist(SourceType type, const SuperString& name, 
         LogF("the playlist <%s> somehow has the same ID as the already existing playlist <%s>", name.CString(),
              otherP->Name().CString());
         if (IsSingerList(type)) {
-            singer = i_host.FindListOwner(id);
+            singer = OwnerOf(id);
             if (Number(singer) == SDB_kUninitializedID) {
                 Log(kOwnerless);
                 ShowAlert(kOwnerless, "");
@@ -205,6 +220,7 @@ OSErr CSongDatabase::RemoveFromLibrary(std::span<const SongID> songs) {
     err = FirstOf(err, Library().RemoveItems(Library().Items()->FindAll(isGone)));
     Log("Deleting Songs from Database");
     for (const SongID id : songs) (void)i_songsRef->Take(id);
+    ++i_songsRevisionL;
     SetDirty(true, "songs removed");
     return err;
 }

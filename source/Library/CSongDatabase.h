@@ -7,11 +7,13 @@
 #include <utility>
 #include <vector>
 
+#include "Core/CFileRef.h"
 #include "Core/CMainThreadProc.h"
 #include "Core/CMutex.h"
 #include "Library/CListWatcher.h"
 #include "Library/CPlayList.h"
 #include "Library/CRowValues.h"
+#include "Library/CSinger.h"
 #include "Library/CSong.h"
 #include "Library/CSongWarnings.h"
 #include "Library/LibrarySettings.h"
@@ -31,16 +33,36 @@ public:
     virtual void StopPlayback() {}
     /** May this song go? It plays, perhaps; the host asks, and stops it. */
     virtual bool MayDelete(SongID /*song*/) { return true; }
-    /** Asks the user when he has time for it; `answered` runs afterwards. Nobody is asked, and it never runs, without
-        somebody in front. */
-    virtual void AskLater(const Question& /*question*/, std::function<void(const Answer&)> /*answered*/) {}
+    /** A question for when the user has time; `answered` runs on the main thread then. Without somebody in front it is
+        logged, and never answered. */
+    virtual void AskLater(const Question& question, std::function<void(const Answer&)> answered);
     /** The user wants no warning of this preference any more. */
     virtual void StopWarning(std::string_view /*preference*/) {}
+    // ---- The library's files ----
+    /** A question of the load; the safe answer when nobody sits in front. */
+    virtual Answer Ask(const Question& question) { return {question.safeIndex, question.checkedB}; }
+    /** What the load does now, and how far it is. */
+    virtual void ShowProgress(std::string_view /*words*/) {}
+    virtual void ShowSteps(std::size_t /*doneL*/, std::size_t /*totalL*/) {}
+    /** Shows the folder of a file. */
+    virtual void Reveal(const CFileRef& /*file*/) {}
+    /** Songs that lists named and that are nowhere any more. */
+    virtual void SongsLost(long /*countL*/) {}
+    /** The user holds Shift while the library loads: everything is saved anew. */
+    [[nodiscard]] virtual bool IsShiftHeld() const { return false; }
     /** The preference "Date Added Field *really* Updated". */
     [[nodiscard]] virtual bool IsDateAddedReal() const { return false; }
 };
 
-/** All songs and lists of the library, the counter of ids, and what must be saved.
+/** What "Library.xml" keeps beside the lists. */
+struct LibraryFacts {
+    SuperString currentVenue;
+    std::vector<SuperString> searchPaths;   // folders watched for songs
+    CCFDictionary otherKeys;                // what this program does not know
+    friend bool operator==(const LibraryFacts&, const LibraryFacts&) = default;
+};
+
+/** All songs, lists and singers of the library, the counter of ids, and what must be saved.
     Threads  main, but for what says "any thread": those forward to the main thread and wait, or look up under a lock.
              A caller holds no lock.
     Owner    CApp. Destroyed on the main thread; sorts that still run find nothing any more. */
@@ -116,6 +138,24 @@ public:
     };
     [[nodiscard]] bool IsAddingToLibrary() const noexcept { return i_addingL > 0; }
 
+    // ---- Singers ----
+    /** Of an id that a file tells, or of a new one. Null when the id is taken or is 0. */
+    CSinger* AddSinger(PlaylistID venue, SingerID id = SingerID{SDB_kUninitializedID});
+    /** A singer with his three lists and a row in the venue. */
+    CSinger& NewSinger(PlaylistID venue, const SuperString& name = {});
+    /** One of his lists; of an id that is taken as AddPlaylist does. */
+    CPlayList& AddSingerList(CSinger& singer, SingerList which, PlaylistID id = kPlaylistID_New);
+    [[nodiscard]] CSinger* GetSinger(SingerID id) const;
+    [[nodiscard]] CSinger* GetSingerByName(const SuperString& name) const;
+    /** In the order of their ids. */
+    [[nodiscard]] std::vector<CSinger*> Singers() const;
+    /** The singer who says that this list is his; SDB_kUninitializedID when nobody does. */
+    [[nodiscard]] SingerID OwnerOf(PlaylistID list) const;
+
+    // ---- Beside the lists ----
+    [[nodiscard]] const LibraryFacts& Facts() const noexcept { return i_facts; }
+    void SetFacts(LibraryFacts facts);
+
     // ---- Lists ----
     [[nodiscard]] CPlayList& Library() const noexcept { return *i_libraryP; }
     /** A new list. An id that another list has already is told in the log, and the list gets a new one; a singer's list
@@ -156,8 +196,13 @@ public:
     void FlushChanges();
     /** The places of these songs in the lists, and who watches them. */
     void UpdateItems(std::span<const SongID> songs, std::span<const MetaKey> keys);
-    /** While one lives, songs that are made and changed queue nothing: the library loads. */
+    /** Any thread; under a CMeta's lock too. Singers count their changes themselves. */
+    void QueueSingerChange();
+    /** Grows with each change that the file of songs must hold. */
+    [[nodiscard]] std::uint32_t SongsRevision() const noexcept { return i_songsRevisionL; }
+    /** The library loads: nothing becomes dirty, songs queue nothing (CLoadingScope). */
     void SetLoading(bool loadingB) noexcept { i_loadingB.store(loadingB, std::memory_order_relaxed); }
+    [[nodiscard]] bool IsLoading() const noexcept { return i_loadingB.load(std::memory_order_relaxed); }
 
     /** The lists of songs that something is wrong with. Main thread. */
     [[nodiscard]] CSongWarnings& Warnings() noexcept { return i_warnings; }
@@ -181,7 +226,9 @@ private:
     CSongDatabaseHost& i_host;
     const std::shared_ptr<CSongDatabase*> i_selfRef;
     const std::shared_ptr<CMutex_SongMap> i_songsRef;
+    const std::shared_ptr<CMutex_SingerMap> i_singersRef;
     std::shared_ptr<const CSingerValues> i_singerValuesRef;
+    LibraryFacts i_facts;
     CMutex_ItemMap<PlaylistID, CPlayList> i_lists;
     CPlayList* i_libraryP = nullptr;
     CMutexT<std::int32_t> i_nextID{Number(kPlaylistID_Library) + 1};
@@ -191,7 +238,8 @@ private:
     long i_addingL = 0;
     CMutexT<std::vector<Change>> i_changes;
     ForkID i_changesTimer = 0;
-    std::atomic<bool> i_loadingB{false};
+    std::atomic<bool> i_loadingB{false}, i_singersChangedB{false};
+    std::uint32_t i_songsRevisionL = 0;
     bool i_dirtyB = false;
     bool i_reasonToldB = false;
     CSongWarnings i_warnings{*this};

@@ -40,7 +40,7 @@ void CSongDatabase::SetDirty(bool dirtyB, std::string_view reason) {
             Log("### Error posting set dirty");
         return;
     }
-    if (!i_host.IsReady()) return;
+    if (IsLoading() || !i_host.IsReady()) return;
     if (dirtyB && !reason.empty() && !i_reasonToldB) {
         i_reasonToldB = true;
         LogF("** Database dirty because: %.*s\n", static_cast<int>(std::min(reason.size(), std::size_t{1000})),
@@ -59,9 +59,17 @@ void CSongDatabase::QueueChange(SongID song, MetaKey key) {
     if (firstB) CT_Timer::SetInterval(i_changesTimer, CT_SongChanges::kDelayT);
 }
 
+void CSongDatabase::SetFacts(LibraryFacts facts) {
+    if (facts == i_facts) return;
+    i_facts = std::move(facts);
+    SetDirty(true, "library settings");
+}
+
 void CSongDatabase::FlushChanges() {
     std::vector<Change> changes = i_changes.Exchange({});
+    if (i_singersChangedB.exchange(false)) SetDirty(true, "singer changed");
     if (changes.empty()) return;
+    ++i_songsRevisionL;
     std::vector<SongID> songs;
     std::vector<MetaKey> keys;
     for (const auto& [song, key] : changes) {

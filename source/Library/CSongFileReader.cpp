@@ -22,14 +22,16 @@ OSErr CSongFileReader::Open(const CFileRef& file) {
     return paramErr;
 }
 
-SuperString CSongFileReader::TooNewText() const {
-    const auto text = [](unsigned majorL, unsigned minorL) {
-        return std::to_string(majorL) + "." + std::to_string(minorL);
+SuperString TooNewWords(std::uint32_t found, std::uint32_t newest) {
+    const auto text = [](std::uint32_t version) {
+        return std::to_string(version >> 16) + "." + std::to_string(version & 0xFFFF);
     };
-    return "This database was saved with a newer Vopla, which writes database format (" +
-           text(i_header.majorL, i_header.minorL) + "), which is, unfortunately, greater what this version can read (" +
-           text(SongFileHeader::kMajor, SongFileHeader::kMinor) + ").  You must upgrade to a later version.";
+    return "This database was saved with a newer Vopla, which writes database format (" + text(found) +
+           "), which is, unfortunately, greater what this version can read (" + text(newest) +
+           ").  You must upgrade to a later version.";
 }
+
+SuperString CSongFileReader::TooNewText() const { return TooNewWords(i_header.Version(), kNewestVersion); }
 
 /** Sees to it that so many bytes stand in the buffer from i_at on. False at the end of the file. */
 bool CSongFileReader::Have(std::size_t bytesL) {

@@ -5,6 +5,9 @@
 #include "Core/CDataFork.h"
 #include "Library/SongRecord.h"
 
+/** What the user is told of a library of a later program; versions are major << 16 | minor. */
+[[nodiscard]] SuperString TooNewWords(std::uint32_t found, std::uint32_t newest);
+
 /** Reads "Songs.vlb" from front to end.
     Threads  one at a time.
     Safety   nothing is allocated that the file does not really hold.

@@ -14,10 +14,11 @@ OSErr CSongFileWriter::Start(const CFileRef& file, std::uint32_t songsL, std::ui
     if (const OSErr err = i_saveP->Start(SaveMode::kNew); Failed(err)) return Fail(err, "start save db");
     if (const OSErr err = i_fork.Open(i_file, FileAccess::kCreate); Failed(err)) return Fail(err, "save db: get file");
     if (const OSErr err = i_fork.SetEOF(CDataFork::PosMode::kFromStart, 0); Failed(err)) return Fail(err, "set db eof");
-    SongFileHeader header;
-    header.songsL = songsL;
-    header.flags = flags;
-    if (const OSErr err = i_fork.Write(header.Encode()); Failed(err)) return Fail(err, "write db header");
+    i_header = {};
+    i_header.songsL = songsL;
+    i_header.flags = flags;
+    i_skippedB = false;
+    if (const OSErr err = WriteHeader(); Failed(err)) return err;
     i_buffer.reserve(kBuffer_Bytes + 4096);
     return noErr;
 }
@@ -30,10 +31,27 @@ OSErr CSongFileWriter::Add(const SongRecord& record) {
     return Flush(kBuffer_Bytes, "writing song info");
 }
 
+OSErr CSongFileWriter::WriteHeader() {
+    const OSErr err = i_fork.Write(i_header.Encode());
+    return Failed(err) ? Fail(err, "write db header") : noErr;
+}
+
+void CSongFileWriter::Skip() {
+    if (Failed(i_err) || i_leftL == 0) return;
+    --i_leftL;
+    --i_header.songsL;
+    i_skippedB = true;
+}
+
 OSErr CSongFileWriter::Finish() {
     if (Failed(i_err)) return i_err;
     if (i_leftL != 0) return Fail(paramErr, "songs missing at the end of the save");
     if (const OSErr err = Flush(0, "writing song info"); Failed(err)) return err;
+    if (i_skippedB) {
+        if (const OSErr err = i_fork.SetPos(CDataFork::PosMode::kFromStart, 0); Failed(err))
+            return Fail(err, "write db header");
+        if (const OSErr err = WriteHeader(); Failed(err)) return err;
+    }
     if (const OSErr err = i_fork.Close(); Failed(err)) return Fail(err, "close db");
     if (const OSErr err = i_saveP->Finish(); Failed(err)) return Fail(err, "safe save finish");
     i_err = paramErr;   // a writer writes one file

@@ -5,25 +5,20 @@
 #include "Core/CLog.h"
 #include "Core/FSrObjects.h"
 #include "Library/CLibraryRestore.h"
+#include "Library/CLoadingScope.h"
+#include "Library/CScopedClock.h"
 #include "Library/CSongDatabase.h"
 #include "Library/CSongFileReader.h"
 #include "Library/CSongFileWriter.h"
+#include "Library/CSongsXML.h"
 
 namespace {
 constexpr const char* kSongs_Name = "Songs.vlb";
 constexpr const char* kSongsMeta_Name = "Songs Meta.xml";
+constexpr const char* kSongsXML_Name = "Songs.xml";
 
-/** The database's "loading" for a scope. */
-class LoadingScope {
-public:
-    explicit LoadingScope(CSongDatabase& database) : i_database(database) { i_database.SetLoading(true); }
-    ~LoadingScope() { i_database.SetLoading(false); }
-    LoadingScope(const LoadingScope&) = delete;
-    LoadingScope& operator=(const LoadingScope&) = delete;
-
-private:
-    CSongDatabase& i_database;
-};
+/** Records between two looks at the progress. */
+std::uint32_t TickOf(std::uint32_t songsL) { return songsL < 1000 ? 10 : 50; }
 }   // namespace
 
 CSongStore::CSongStore(CSongDatabase& database, LibraryPlaces places)
@@ -32,27 +27,39 @@ CSongStore::CSongStore(CSongDatabase& database, LibraryPlaces places)
       i_forms(i_places.musicFolder, CSongStatus(i_places.musicFolder, i_places.cacheFolder)),
       i_backup(i_places.root) {}
 
+OSErr CSongStore::FinishRestore() {
+    const OSErr err = CLibraryRestore(i_places.root).FinishEarlier();
+    i_betweenB = Failed(err);
+    return err;
+}
+
 OSErr CSongStore::Load() {
-    const LoadingScope loading(i_database);
-    if (const OSErr err = CLibraryRestore(i_places.root).FinishEarlier(); Failed(err)) {
-        i_betweenB = true;
-        return err;
-    }
+    const CLoadingScope loading(i_database);
+    if (const OSErr err = FinishRestore(); Failed(err)) return err;
     SongDictionaries meta;
     const OSErr metaErr = ReadSongTable(CFileRef(i_places.root, kSongsMeta_Name), SongTable::kMeta, meta);
     i_metaDamagedB = Failed(metaErr) && metaErr != fnfErr;
-    const OSErr err = LoadRecords(meta);
+    OSErr err = LoadRecords(meta);
+    if (err == fnfErr) err = LoadXML(meta);
+    i_wholeB = !Failed(err);
+    LogF("Songs In Library: %zu", i_database.Songs()->Count());
     i_songsDamagedB = Failed(err) && err != fnfErr;
     return err == fnfErr || !i_metaDamagedB ? err : FirstOf(err, metaErr);
 }
 
 OSErr CSongStore::LoadRecords(SongDictionaries& meta) {
+    const CScopedClock clock("Time To Load (Binary)");
     CSongFileReader reader;
     if (const OSErr err = reader.Open(CFileRef(i_places.root, kSongs_Name)); Failed(err)) {
         if (err == paramErr && reader.IsTooNew()) i_tooNew = reader.TooNewText();
         return err;
     }
+    i_flags = reader.Header().flags;
+    i_olderB = reader.Header().Version() < CSongFileReader::kNewestVersion;
+    const std::uint32_t songsL = reader.Header().songsL, tickL = TickOf(songsL);
+    i_database.Host().ShowProgress("Loading songs into Database…");
     for (SongRecord record; reader.Next(record);) {
+        if (reader.Count() % tickL == 0) i_database.Host().ShowSteps(reader.Count(), songsL);
         const bool idB = record.songID <= static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max());
         CSong* songP = idB ? i_database.CreateSong(SongID{static_cast<std::int32_t>(record.songID)}) : nullptr;
         if (songP == nullptr) {   // damaged, or there twice: the song matters more than its number
@@ -61,20 +68,40 @@ OSErr CSongStore::LoadRecords(SongDictionaries& meta) {
             if (songP == nullptr) continue;
         }
         i_forms.Load(record, songP->Meta());
-        if (const auto it = meta.find(record.songID); it != meta.end()) {
-            i_forms.LoadRest(it->second, songP->Meta());
-            meta.erase(it);   // a second song of the id has none
-        }
+        LoadRest(record.songID, meta, songP->Meta());
     }
+    if (reader.Count() != 0) LogF("Biggest record: %s\n", reader.BiggestName().c_str());
     return reader.Finish();
 }
 
-OSErr CSongStore::Save() {
+void CSongStore::LoadRest(std::uint32_t id, SongDictionaries& meta, CMeta& song) {
+    const auto it = meta.find(id);
+    if (it == meta.end()) return;
+    i_forms.LoadRest(it->second, song);
+    meta.erase(it);   // a second song of the id has none
+}
+
+/** The old form; the next save writes the new one, which is read first from then on. */
+OSErr CSongStore::LoadXML(SongDictionaries& meta) {
+    const CFileRef file(i_places.root, kSongsXML_Name);
+    bool thereB = false;
+    if (const OSErr err = FSrFileExists(file, thereB); Failed(err) || !thereB) return FirstOf(err, fnfErr);
+    const CScopedClock clock("Time To Load (XML)");
+    i_olderB = true;
+    CSongsXML songs(i_database, CSongStatus(i_places.musicFolder, i_places.cacheFolder));
+    return songs.Load(file, [&](std::uint32_t id, CMeta& song) { LoadRest(id, meta, song); });
+}
+
+OSErr CSongStore::Prepare() {
     if (IsTooNew()) return LogStep(opWrErr, "saving over the library of a later version");
     if (i_betweenB) return LogStep(opWrErr, "saving over a restore that is not finished");
-    Log("Saving Database: Start");
     static_cast<void>(i_backup.KeepOnce());   // told; what is damaged is set aside, so that nothing hangs on the copy
-    if (const OSErr err = SetAside(); Failed(err)) return err;
+    return SetAside();
+}
+
+OSErr CSongStore::Save() {
+    if (const OSErr err = Prepare(); Failed(err)) return err;
+    Log("Saving Database: Start");
     SongDictionaries meta;
     if (const OSErr err = WriteRecords(meta); Failed(err)) return err;
     const CFileRef metaFile(i_places.root, kSongsMeta_Name);
@@ -105,7 +132,7 @@ OSErr CSongStore::WriteRecords(SongDictionaries& meta) {
     std::ranges::sort(ids);
     CSongFileWriter writer;
     const auto songsL = static_cast<std::uint32_t>(ids.size());
-    if (const OSErr err = writer.Start(CFileRef(i_places.root, kSongs_Name), songsL); Failed(err)) return err;
+    if (const OSErr err = writer.Start(CFileRef(i_places.root, kSongs_Name), songsL, i_flags); Failed(err)) return err;
     for (const SongID id : ids) {
         SongRecord record;
         const auto number = static_cast<std::uint32_t>(Number(id));
@@ -113,8 +140,10 @@ OSErr CSongStore::WriteRecords(SongDictionaries& meta) {
             record = i_forms.Make(number, song.Meta());
             if (CCFDictionary rest = i_forms.Rest(song.Meta()); !rest.Empty()) meta.emplace(number, std::move(rest));
         });
-        if (!thereB) return LogStep(abortErr, "a song went during the save");
-        if (const OSErr err = writer.Add(record); Failed(err)) return err;
+        if (!thereB)
+            writer.Skip();
+        else if (const OSErr err = writer.Add(record); Failed(err))
+            return err;
     }
     return writer.Finish();
 }

@@ -21,20 +21,31 @@ class CSongStore {
 public:
     CSongStore(CSongDatabase& database, LibraryPlaces places);
 
-    /** Makes the songs. fnfErr: there is no library here. Any other failure: the songs that could be read are there;
+    /** Ends a restore that a crash cut short, before the first file is read. By Load too. */
+    OSErr FinishRestore();
+    /** Makes the songs, from "Songs.vlb", else from "Songs.xml". fnfErr: there is no library here. Any other failure: the songs that could be read are there;
         see IsTooNew. A song whose id is taken gets a new one. */
     OSErr Load();
     /** The file is a later program's: the user chooses whether to quit (TooNewText). */
     [[nodiscard]] bool IsTooNew() const noexcept { return !i_tooNew.Empty(); }
     [[nodiscard]] const SuperString& TooNewText() const noexcept { return i_tooNew; }
 
-    /** Writes all songs, after a copy of the files the first time. opWrErr for a later program's file, and when a
-       restore that a crash cut short could not be ended. abortErr: a song went meanwhile; the old file stands, the
-       database is dirty again, save later. */
+    /** The file is an older program's. */
+    [[nodiscard]] bool IsOlder() const noexcept { return i_olderB; }
+    /** Every song of the files was read, so that one that is not there is gone. */
+    [[nodiscard]] bool IsWhole() const noexcept { return i_wholeB; }
+
+    /** Before the first file of the library is written: a copy of all of them, and what is damaged gets another name.
+        Once; opWrErr for a later program's library, and when a restore that a crash cut short could not be ended. */
+    OSErr Prepare();
+    /** Writes all songs, after Prepare. Songs that come or go meanwhile may be in the file or not: their change makes the
+        database dirty for the next save. */
     OSErr Save();
 
 private:
     OSErr LoadRecords(SongDictionaries& meta);
+    OSErr LoadXML(SongDictionaries& meta);
+    void LoadRest(std::uint32_t id, SongDictionaries& meta, CMeta& song);
     OSErr SetAside();
     OSErr WriteRecords(SongDictionaries& meta);
 
@@ -43,6 +54,7 @@ private:
     CSongRecordMeta i_forms;
     CLibraryBackup i_backup;
     SuperString i_tooNew;
-    bool i_songsDamagedB = false, i_metaDamagedB = false;
+    std::uint8_t i_flags = 0;   // of the header: kept
+    bool i_songsDamagedB = false, i_metaDamagedB = false, i_olderB = false, i_wholeB = false;
     bool i_betweenB = false;   // the files are half of one library, half of another
 };

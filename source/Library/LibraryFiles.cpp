@@ -93,7 +93,12 @@ OSErr ReadLibraryIndex(const CFileRef& file, LibraryIndex& index) {
 }
 
 OSErr WriteLibraryIndex(const CFileRef& file, const LibraryIndex& index) {
-    return WritePropertyListStream(file, [&index](CCFXmlWriter& writer) {
+    return WriteLibraryIndex(file, index, {});
+}
+
+OSErr WriteLibraryIndex(const CFileRef& file, const LibraryIndex& index,
+                        const std::function<void(CCFXmlWriter&)>& writeFirst) {
+    return WritePropertyListStream(file, [&index, &writeFirst](CCFXmlWriter& writer) {
         writer.BeginDictionary();
         writer.Key(kKey_Library);
         writer.BeginDictionary();
@@ -106,6 +111,7 @@ OSErr WriteLibraryIndex(const CFileRef& file, const LibraryIndex& index) {
         PutAll(writer, index.otherKeys);
         writer.Key(kKey_Playlists);
         writer.BeginArray();
+        if (writeFirst) writeFirst(writer);
         for (const PlaylistRecord& playlist : index.playlists) playlist.Write(writer);
         writer.End();
         writer.End();

@@ -29,6 +29,9 @@ struct LibraryIndex {
 /** Takes the old root key too. */
 OSErr ReadLibraryIndex(const CFileRef& file, LibraryIndex& index);
 OSErr WriteLibraryIndex(const CFileRef& file, const LibraryIndex& index);
+/** The same; `writeFirst` writes the first member of "Playlists", the library's own list with its rows. */
+OSErr WriteLibraryIndex(const CFileRef& file, const LibraryIndex& index,
+                        const std::function<void(CCFXmlWriter&)>& writeFirst);
 
 /** A file of "Playlists", or "Tonight.xml", "Favorites.xml", "History.xml". Its items are there even if none stand in
  * it. */

@@ -1,0 +1,155 @@
+#include "Library/CLibraryLoader.h"
+
+#include <limits>
+#include <thread>
+
+#include "Core/CLog.h"
+#include "Core/ThreadInfo.h"
+#include "Library/CLoadingScope.h"
+#include "Library/CReportXMLErr.h"
+#include "Library/CScopedClock.h"
+#include "Library/CSongFileReader.h"
+#include "Library/SDB_ForEach_LoadLibrary.h"
+
+namespace {
+
+/** Major and minor as one number that can be compared. */
+std::int64_t VersionOf(std::int64_t majorL, std::int64_t minorL) {
+    return std::clamp<std::int64_t>(majorL, 0, 0xFFFF) << 16 | std::clamp<std::int64_t>(minorL, 0, 0xFFFF);
+}
+constexpr std::int64_t kIndex_Version = LibraryIndex::kMajor << 16 | LibraryIndex::kMinor;
+
+std::int64_t VersionOf(const LibraryIndex& index) { return VersionOf(index.majorL, index.minorL); }
+
+}   // namespace
+
+OSErr CLibraryLoader::Load(LibraryFileMap& files, LibraryReport& report) {
+    i_reportP = &report;
+    const CScopedClock total("Total Database Load time");
+    const CLoadingScope loading(i_database);
+    i_database.Host().ShowProgress("Loading Library");
+    LibraryImage image;
+    const OSErr walked = Read(image);
+    report.storesB = image.storesB;
+    if (const OSErr err = AskIfTooNew(image); Failed(err)) return err;
+    report.wholeB = i_songs.IsWhole();
+    for (const UnreadFile& file : image.unread) {
+        report.damaged.push_back(file.file);
+        report.problems.push_back(file.file.GetPath().string() + ": " + ErrorText(file.err));
+        CReportXMLErr::Report(i_database.Host(), file.file, file.err);
+    }
+    if (Failed(i_songsErr) && i_songsErr != fnfErr)
+        Problem("the songs could not all be read: " + ErrorText(i_songsErr));
+    report.emptyB =
+        i_songsErr == fnfErr && !image.index && image.lists.empty() && image.venues.empty() && image.unread.empty();
+    if (Failed(walked) && walked != fnfErr) Problem("the library's folder could not be read: " + ErrorText(walked));
+
+    CPlaylistLoader loader(i_database);
+    loader.DropMissing(i_songs.IsWhole());
+    CSingerLoader singers(i_database, loader, files, report.problems);
+    LoadIndex(image);
+    for (VenueFolder& venue : image.venues) singers.LoadVenue(venue);
+    LoadLists(image, loader, files);
+    i_database.Host().ShowProgress("Finalizing Playlists…");
+    Verify(image, loader, singers.Changed());
+    return noErr;
+}
+
+/** The lists are read by a thread of their own while the songs are made here. */
+OSErr CLibraryLoader::Read(LibraryImage& image) {
+    if (i_songsErr = i_songs.FinishRestore(); Failed(i_songsErr)) return noErr;   // neither this library nor that one
+    OSErr walked = noErr;
+    std::jthread walker([&] {
+        TagThread(NextThreadIndex(), true);
+        walked = SDB_ForEach_LoadLibrary(i_places.root).Run(image);
+    });
+    i_songsErr = i_songs.Load();
+    walker.join();
+    return walked;
+}
+
+OSErr CLibraryLoader::AskIfTooNew(const LibraryImage& image) {
+    const bool indexB = image.index && VersionOf(*image.index) > kIndex_Version;
+    if (!indexB && !i_songs.IsTooNew()) return noErr;
+    i_reportP->tooNewB = true;
+    Question question;
+    question.title = "This library is of a later Vopla";
+    question.text = i_songs.IsTooNew()
+                        ? i_songs.TooNewText().UTF8()
+                        : TooNewWords(static_cast<std::uint32_t>(VersionOf(*image.index)), kIndex_Version).UTF8();
+    question.buttons = {"Quit", "Continue"};
+    Problem(question.text);
+    return i_database.Host().Ask(question).buttonIndex == 1 ? noErr : userCanceledErr;
+}
+
+void CLibraryLoader::LoadIndex(LibraryImage& image) {
+    if (!image.index) return;
+    LibraryIndex& index = *image.index;
+    constexpr auto kMost = static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max());
+    if (index.nextID > 1 && index.nextID < kMost) i_database.NoteID(static_cast<std::int32_t>(index.nextID) - 1);
+    i_database.SetFacts({index.currentVenue, std::move(index.searchPaths), std::move(index.otherKeys)});
+}
+
+void CLibraryLoader::LoadLists(LibraryImage& image, CPlaylistLoader& loader, LibraryFileMap& files) {
+    std::size_t doneL = 0;
+    for (const PlaylistFile& file : image.lists) {
+        i_database.Host().ShowSteps(++doneL, image.lists.size());
+        const std::int64_t number = file.record.Type();
+        const bool keptB = number == static_cast<std::int64_t>(kSourceDB_CD) ||
+                           Is_MusicStore_PlayList(static_cast<SourceType>(std::clamp<std::int64_t>(number, 0, 99)));
+        const SourceType type = keptB ? static_cast<SourceType>(number) : kSourceDB_PLAYLIST;
+        CPlayList* const listP = loader.Load(file.record, type);
+        if (listP == nullptr) continue;
+        files.lists[listP->ID()] = file.file;
+        if (listP->ID() == PlaylistIDOf(file.record.ID())) continue;
+        Problem("the playlist “" + listP->Name().UTF8() + "” had an id that another one has, or none");
+        i_changedB = true;
+    }
+    if (!image.index) return;
+    for (PlaylistRecord& record : image.index->playlists) {
+        const bool libraryB = record.Type() == static_cast<std::int64_t>(kSourceDB_LIBRARY) ||
+                              record.ID() == static_cast<std::uint32_t>(Number(kPlaylistID_Library));
+        if (libraryB) {
+            LogF("Building Playlist: %s", record.Name().CString());
+            loader.Fill(i_database.Library(), record);
+        } else if (record.items && i_database.GetPlayList(PlaylistIDOf(record.ID())) == nullptr) {
+            (void)loader.Load(record, kSourceDB_PLAYLIST);   // an old library, with all of it in one file
+            i_changedB = true;
+        } else if (i_database.GetPlayList(PlaylistIDOf(record.ID())) == nullptr) {
+            LogF("Playlist %s somehow came out uninitialized", record.Name().CString());
+        }
+        record.items.reset();   // a million rows are not needed twice
+    }
+}
+
+void CLibraryLoader::Verify(const LibraryImage& image, const CPlaylistLoader& loader, bool changedB) {
+    const CScopedClock clock("Time to verify database");
+    i_changedB = i_changedB || changedB;
+    std::vector<SongID> without;
+    const std::vector<SongID> ids = i_database.Songs()->Ids();
+    for (const SongID id : ids)
+        i_database.WithSong(id, [&](const CSong& song) {
+            if (song.LibraryItem() == SDB_kNoItem) without.push_back(id);
+        });
+    std::ranges::sort(without);
+    (void)i_database.AddSongsToLibrary(without);
+    if (!without.empty() && image.index) Problem(std::to_string(without.size()) + " songs had no row in the library");
+    if (loader.Lost() != 0) {
+        Problem(std::to_string(loader.Lost()) + " rows named songs that are not there");
+        i_database.Host().SongsLost(loader.Lost());
+    }
+    const bool olderB = i_songs.IsOlder() || (image.index && VersionOf(*image.index) < kIndex_Version);
+    i_changedB = i_changedB || !without.empty() || loader.Lost() != 0;
+    std::string& reason = i_reportP->dirtyReason;
+    if (olderB)
+        reason = i_changedB ? "new db version and updated playlists" : "new db version";
+    else if (i_database.Host().IsShiftHeld())
+        reason = "shift held on startup";
+    else if (i_changedB)
+        reason = "updated playlists";
+}
+
+void CLibraryLoader::Problem(std::string words) {
+    LogF("### %s", words.c_str());
+    i_reportP->problems.push_back(std::move(words));
+}

@@ -1,0 +1,187 @@
+#include "Library/CLibraryStore.h"
+
+#include "Core/AlertHook.h"
+#include "Core/CLog.h"
+#include "Core/CSafeSave.h"
+#include "Core/FSrObjects.h"
+#include "Core/WaitMode.h"
+#include "Library/CT_Preemtive_SaveSongs.h"
+#include "Library/CT_SDB_WritePList.h"
+#include "Library/LibraryFileName.h"
+#include "Library/LibraryImage.h"
+#include "Platform/CClock.h"
+
+namespace {
+
+constexpr double kRetry_FirstT = 2.0, kRetry_MostT = 60.0;
+
+bool IsThere(const CFileRef& file) {
+    bool thereB = false;
+    return !Failed(FSrFileExists(file, thereB)) && thereB;
+}
+
+}   // namespace
+
+CLibraryStore::CLibraryStore(CSongDatabase& database, LibraryPlaces places)
+    : i_database(database),
+      i_places(std::move(places)),
+      i_selfRef(std::make_shared<CLibraryStore*>(this)),
+      i_songs(std::make_shared<CSongStore>(database, i_places)) {
+    i_database.AddWatcher(*this);
+}
+
+CLibraryStore::~CLibraryStore() {
+    *i_selfRef = nullptr;
+    while (i_saveRef != nullptr && i_saveRef->runningB.load(std::memory_order_acquire)) WaitOneTurn();
+    i_database.RemoveWatcher(*this);
+}
+
+// ---- Loading ----
+
+OSErr CLibraryStore::LoadLibrary() {
+    FileInfo info;
+    if (CFileCalls::Get().Look(i_places.root.GetPath(), true, info) == 0) {
+        i_rootIdentity = FileIdentity::Of(info);
+        i_rootKnownB = true;
+    }
+    const OSErr err = CLibraryLoader(i_database, *i_songs, i_places).Load(i_files, i_report);
+    i_filesB = !i_report.emptyB;
+    for (const CFileRef& file : i_report.damaged) i_damaged.insert(file.GetPath());
+    if (!Failed(err) && i_report.dirtyReason.empty() && i_filesB) MarkAllWritten();
+    return err;
+}
+
+/** The database is as the files have it. */
+void CLibraryStore::MarkAllWritten() {
+    i_songsRevision = i_database.SongsRevision();
+    i_libraryRevision = i_database.Library().Revision();
+    for (const CPlayList* const listP : i_database.PlayLists()) i_listRevisions[listP->ID()] = listP->Revision();
+    for (const CSinger* const singerP : i_database.Singers())
+        i_singerRevisions[singerP->GetSingerID()] = singerP->Revision();
+    CLibrarySave save(i_songs, i_places.root);
+    GatherIndex(save, SaveForce::kAll);
+    i_index = std::move(save.index->index);
+}
+
+void CLibraryStore::AfterStart() {
+    if (!i_report.dirtyReason.empty()) i_database.SetDirty(true, i_report.dirtyReason);
+}
+
+/** The folder that was loaded, by its own number: where a disc was taken away there is none, or that below it. A folder
+    in its place that holds a library is one that was put back by a copy. */
+OSErr CLibraryStore::CheckRoot() const {
+    FileInfo info;
+    if (const int errnoL = CFileCalls::Get().Look(i_places.root.GetPath(), true, info); errnoL != 0)
+        return LogStep(fnfErr, "the library's folder is not there", i_places.root.GetPath());
+    if (!i_rootKnownB || i_rootIdentity.Is(FileIdentity::Of(info))) return noErr;
+    const bool libraryB =
+        IsThere(CFileRef(i_places.root, kStr_LIBRARY_DOT_XML)) || IsThere(CFileRef(i_places.root, "Songs.vlb"));
+    if (i_filesB && libraryB) return noErr;
+    return LogStep(fnfErr, "another folder stands in the place of the library's", i_places.root.GetPath());
+}
+
+// ---- Saving ----
+
+OSErr CLibraryStore::Refuse(SaveForce force) const {
+    if (i_report.tooNewB) return LogStep(opWrErr, "saving over the library of a later version");
+    if (force == SaveForce::kDirty && CClock::Get().SteadyT() < i_retryAtT) return queueNotDoneErr;
+    return noErr;
+}
+
+OSErr CLibraryStore::SaveLibrary(SaveForce force) {
+    if (const OSErr err = Refuse(force); Failed(err)) return err;
+    if (IsSaving()) {
+        if (force == SaveForce::kDirty) return queueNotDoneErr;
+        i_againB = true;
+        return noErr;
+    }
+    i_saveRef = Gather(force);
+    i_database.SetDirty(false);
+    i_saveRef->runningB.store(true, std::memory_order_relaxed);
+    const auto saveRef = i_saveRef;
+    if (CT_Preemptive::Start(std::make_unique<CT_Preemtive_SaveSongs>(saveRef, i_selfRef)) != 0) return noErr;
+    saveRef->RunSongs();   // no thread can be had: then here
+    SongsSaved(saveRef);
+    return noErr;
+}
+
+void CLibraryStore::SongsSaved(const std::shared_ptr<CLibrarySave>& saveRef) {
+    saveRef->runningB.store(true, std::memory_order_relaxed);
+    if (CT_Preemptive::Start(std::make_unique<CT_SDB_WritePList>(saveRef, i_selfRef)) != 0) return;
+    saveRef->RunLists();
+    saveRef->runningB.store(false, std::memory_order_relaxed);
+    Saved(saveRef);
+}
+
+OSErr CLibraryStore::SaveLibraryNow(SaveForce force) {
+    while (IsSaving()) WaitOneTurn();
+    if (const OSErr err = Refuse(force); Failed(err)) return err;
+    const auto saveRef = i_saveRef = Gather(force);
+    i_database.SetDirty(false);
+    saveRef->RunSongs();
+    saveRef->RunLists();
+    Saved(saveRef);
+    return i_lastErr;
+}
+
+void CLibraryStore::Saved(const std::shared_ptr<CLibrarySave>& saveRef) {
+    i_saveRef.reset();
+    NoteWritten(*saveRef);
+    i_lastErr = saveRef->Err();
+    if (Failed(i_lastErr)) {
+        NoteFailure(*saveRef);
+    } else {
+        i_toldB = false;
+        i_retryAtT = i_retryT = 0;
+    }
+    for (const auto& [list, name] : std::exchange(i_renames, {}))
+        if (const OSErr err = RenameNow(list, name); Failed(err))   // the list has its name; the file finds it later
+            static_cast<void>(LogStep(err, "renaming the file of a list"));
+    if (std::exchange(i_againB, false)) (void)SaveLibrary(SaveForce::kAll);
+}
+
+void CLibraryStore::NoteFailure(const CLibrarySave& save) {
+    i_retryT = std::clamp(i_retryT * 2, kRetry_FirstT, kRetry_MostT);
+    i_retryAtT = CClock::Get().SteadyT() + i_retryT;
+    i_database.SetDirty(true, "the last save failed");
+    if (std::exchange(i_toldB, true)) return;
+    if (save.FailedFile().GetName() == "Songs.vlb")
+        ShowAlert("Error attempting to save database!", ErrorText(save.Err()));
+    else
+        (void)TellSaveError(save.Err(), save.FailedFile());
+}
+
+// ---- Files that follow their lists ----
+
+void CLibraryStore::ListRemoved(PlaylistID list) {
+    i_listRevisions.erase(list);
+    const auto it = i_files.lists.find(list);
+    if (it == i_files.lists.end()) return;
+    i_gone.push_back(it->second);
+    i_files.lists.erase(it);
+}
+
+OSErr CLibraryStore::RenameListFile(const CPlayList& list, const SuperString& newName) {
+    if (!IsSaving()) return RenameNow(list.ID(), newName);
+    i_renames.emplace_back(list.ID(), newName);
+    return noErr;
+}
+
+OSErr CLibraryStore::RenameNow(PlaylistID list, const SuperString& newName) {
+    const auto venueIt = i_files.venues.find(list);
+    const bool venueB = venueIt != i_files.venues.end();
+    const auto listIt = i_files.lists.find(list);
+    if (!venueB && listIt == i_files.lists.end()) return noErr;   // not on the disc yet
+    CFileRef& file = venueB ? venueIt->second : listIt->second;
+    const CFileRef::Path before = file.GetPath();
+    const std::string wanted = LibraryFileName(newName) + (venueB ? "" : ".xml");
+    if (wanted == file.GetName()) return noErr;
+    std::string unique;
+    if (const OSErr err = FSrMakeUniqueName(file.GetParent(), wanted, unique); Failed(err)) return err;
+    if (const OSErr err = FSrRename(file, unique); Failed(err)) return err == fnfErr ? noErr : err;
+    if (!venueB) return noErr;
+    const CFSPathModder moved(before, file.GetPath());
+    for (auto& [id, folder] : i_files.singers) (void)moved(folder);
+    for (auto& [id, listFile] : i_files.lists) (void)moved(listFile);
+    return noErr;
+}
