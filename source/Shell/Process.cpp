@@ -20,6 +20,7 @@
 #include "Shell/CMainLoop_Qt.h"
 #include "Shell/CSignalWatch.h"
 #include "Shell/CUserInterface_Qt.h"
+#include "Shell/XLook.h"
 
 namespace {
 
@@ -70,6 +71,7 @@ int RunDesktop(const Options& options, CSecondInstance& instance, bool cleanB, i
     QApplication qt(countL, wordsZ);
     QApplication::setApplicationDisplayName(QString::fromStdString(CApp::DisplayName()));
     QApplication::setQuitOnLastWindowClosed(false);
+    const XLook look;
     CMainLoop_Qt loop;
     CUserInterface_Qt ui;
     CAppWindows_Qt windows([] {

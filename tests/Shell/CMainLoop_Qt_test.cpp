@@ -6,6 +6,7 @@
 #include <QtWidgets/QWidget>
 
 #include "Platform/MainLoopSuite.h"
+#include "Shell/QtApp.h"
 
 // What a platform plug-in calls when a key comes from the window system; its header comes with the plug-ins only.
 class QWindowSystemInterface {
@@ -17,18 +18,6 @@ public:
 };
 
 namespace {
-
-/** One application object for the whole program, without a display. */
-QApplication& App() {
-    static int s_countL = 1;
-    static char s_name[] = "test_Shell";
-    static char* s_arguments[] = {s_name, nullptr};
-    static QApplication* const s_appP = [] {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        return new QApplication(s_countL, s_arguments);
-    }();
-    return *s_appP;
-}
 
 /** A window that hands its key presses on. */
 class KeyWindow final : public QWidget {

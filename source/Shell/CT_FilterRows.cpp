@@ -1,0 +1,57 @@
+#include "Shell/CT_FilterRows.h"
+
+#include "Core/CMainThreadProc.h"
+
+namespace {
+
+constexpr std::size_t kFirstPiece = 2048;   // about what a screen shows, at once
+constexpr std::size_t kMostPiece = 1U << 16;
+
+class MT_FilterFound final : public CMainThreadProc {
+public:
+    MT_FilterFound(std::shared_ptr<CFilterResult> resultRef, std::vector<PLItemID> items, bool lastB)
+        : CMainThreadProc("filter found"),
+          i_resultRef(std::move(resultRef)),
+          i_items(std::move(items)),
+          i_lastB(lastB) {}
+
+protected:
+    OSErr Operate() override {
+        i_resultRef->Tell(i_items, i_lastB);
+        return noErr;
+    }
+
+private:
+    const std::shared_ptr<CFilterResult> i_resultRef;
+    const std::vector<PLItemID> i_items;
+    const bool i_lastB;
+};
+
+}   // namespace
+
+CT_FilterRows::CT_FilterRows(FilterJob job, std::shared_ptr<CFilterResult> resultRef)
+    : CT_Preemptive("filter rows"), i_job(std::move(job)), i_resultRef(std::move(resultRef)) {}
+
+OSErr CT_FilterRows::Operate(OSErr err) {
+    if (Failed(err)) return err;
+    std::size_t pieceL = kFirstPiece, begin = 0;
+    do {
+        if (i_resultRef->IsCancelled()) return noErr;
+        const std::size_t end = std::min(i_job.rows.size(), begin + pieceL);
+        std::vector<PLRow> rows;
+        rows.reserve(end - begin);
+        for (std::size_t n = begin; n < end; ++n)
+            if (const auto row = i_job.listRef->Get(i_job.rows[n])) rows.push_back(*row);
+        const std::vector<CMetaValue> names = i_job.values.Column(rows, "name"_key);
+        const std::vector<CMetaValue> artists = i_job.values.Column(rows, "arts"_key);
+        std::vector<PLItemID> found;
+        for (std::size_t n = 0; n < rows.size(); ++n)
+            if (i_job.filter.Matches(names[n].Text(), artists[n].Text())) found.push_back(rows[n].id);
+        begin = end;
+        pieceL = std::min(pieceL * 4, kMostPiece);
+        if (Failed(
+                (new MT_FilterFound(i_resultRef, std::move(found), begin == i_job.rows.size()))->Call(CallMode::kPost)))
+            return abortErr;   // the application ends: nobody waits
+    } while (begin < i_job.rows.size());
+    return noErr;
+}

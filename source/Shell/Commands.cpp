@@ -1,0 +1,103 @@
+#include "Shell/Commands.h"
+
+namespace {
+
+using enum Command;
+using enum CommandGroup;
+constexpr auto kEverywhere = CommandScope::kEverywhere, kBrowser = CommandScope::kBrowser,
+               kInSongs = CommandScope::kSongs, kInLists = CommandScope::kLists;
+
+// In the order of the enumeration, which RowOf counts on.
+constexpr CommandRow kCommands[] = {
+    {kPlayPause, kPlaying, kEverywhere, "play-pause", "Play / Pause", "Plays the selected song, or pauses and goes on",
+     "Space"},
+    {kStop, kPlaying, kEverywhere, "stop", "Stop", "Ends the song", "Ctrl+."},
+    {kNext, kPlaying, kEverywhere, "next", "Next Song", "Plays the next song of the list", "Ctrl+Right"},
+    {kPrevious, kPlaying, kEverywhere, "previous", "Previous Song", "Plays the song before this one", "Ctrl+Left"},
+    {kRewind, kPlaying, kEverywhere, "rewind", "Rewind", "Back to the start of the song", "Ctrl+R"},
+    {kSeekBack, kPlaying, kEverywhere, "seek-back", "Back 5 Seconds", "Goes back in the song", "Left"},
+    {kSeekForward, kPlaying, kEverywhere, "seek-forward", "Forward 5 Seconds", "Goes forward in the song", "Right"},
+    {kSeekBackFar, kPlaying, kEverywhere, "seek-back-far", "Back 30 Seconds", "Goes far back in the song",
+     "Shift+Left"},
+    {kSeekForwardFar, kPlaying, kEverywhere, "seek-forward-far", "Forward 30 Seconds", "Goes far forward in the song",
+     "Shift+Right"},
+
+    {kVolumeUp, kSound, kEverywhere, "volume-up", "Louder", "Raises the volume", "Ctrl+Up"},
+    {kVolumeDown, kSound, kEverywhere, "volume-down", "Quieter", "Lowers the volume", "Ctrl+Down"},
+    {kMute, kSound, kEverywhere, "mute", "Mute", "Turns the sound off and on", "M"},
+    {kPitchUp, kSound, kEverywhere, "pitch-up", "Pitch Up", "A semitone higher", "+ ="},
+    {kPitchDown, kSound, kEverywhere, "pitch-down", "Pitch Down", "A semitone lower", "-"},
+    {kPitchReset, kSound, kEverywhere, "pitch-reset", "Original Pitch", "Sings as it was recorded", "0"},
+    {kTempoUp, kSound, kEverywhere, "tempo-up", "Faster", "Raises the tempo", "Ctrl++ Ctrl+="},
+    {kTempoDown, kSound, kEverywhere, "tempo-down", "Slower", "Lowers the tempo", "Ctrl+-"},
+    {kTempoReset, kSound, kEverywhere, "tempo-reset", "Original Tempo", "Plays as fast as it was recorded", "Ctrl+0"},
+    {kVocalNext, kSound, kEverywhere, "vocal-next", "Next Vocal Mode", "Changes how the lead vocal is heard", "V"},
+    {kSlipSongEarlier, kSound, kEverywhere, "slip-song-earlier", "Lyrics of This Song Earlier",
+     "Moves the picture of this song against its sound", ","},
+    {kSlipSongLater, kSound, kEverywhere, "slip-song-later", "Lyrics of This Song Later",
+     "Moves the picture of this song against its sound", "."},
+    {kSlipAllEarlier, kSound, kEverywhere, "slip-all-earlier", "Lyrics of All Songs Earlier",
+     "Moves every picture against its sound", "Alt+,"},
+    {kSlipAllLater, kSound, kEverywhere, "slip-all-later", "Lyrics of All Songs Later",
+     "Moves every picture against its sound", "Alt+."},
+
+    {kFullScreen, kPicture, kEverywhere, "full-screen", "Full Screen",
+     "The video window fills its display; Escape leaves it", "F F11"},
+    {kShowVideo, kPicture, kEverywhere, "show-video", "Video Window", "Shows or hides the video window", "Ctrl+1"},
+    {kShowVideo2, kPicture, kEverywhere, "show-video-2", "Second Video Window",
+     "Shows or hides the second video window", "Ctrl+2"},
+
+    {kPlaySelected, kSongs, kInSongs, "play-selected", "Play This Song", "Plays the selected row", "Return Enter"},
+    {kEditCell, kSongs, kInSongs, "edit-cell", "Edit", "Changes the text under the cursor; Tab goes on to the next",
+     "F2"},
+    {kRemoveFromList, kSongs, kInSongs, "remove-from-list", "Remove", "Takes the selected rows out of this list",
+     "Del"},
+    {kRemoveFromLibrary, kSongs, kInSongs, "remove-from-library", "Remove from Library",
+     "Takes the selected songs out of the library and of all lists; their files stay", "Ctrl+Del"},
+    {kShowPlaying, kSongs, kBrowser, "show-playing", "Show the Playing Song", "Goes to the row that plays", "Ctrl+L"},
+    {kFind, kSongs, kBrowser, "find", "Find", "Puts the cursor into the search field", "Ctrl+F /"},
+    {kUserOrder, kSongs, kBrowser, "user-order", "Keep This Order", "The order shown becomes the list's own", ""},
+
+    {kNewList, kLists, kBrowser, "new-list", "New List", "Makes an empty list", "Ctrl+N"},
+    {kOpenList, kLists, kInLists, "open-list", "Go to Its Songs", "Puts the cursor into the songs of the list",
+     "Return Enter"},
+    {kRenameList, kLists, kInLists, "rename-list", "Rename List", "Gives the list another name", "F2"},
+    {kDeleteList, kLists, kInLists, "delete-list", "Delete List", "Deletes the list; its songs stay in the library",
+     "Del"},
+
+    {kOpenFiles, kProgram, kBrowser, "open-files", "Add Files…", "Adds songs to the library", "Ctrl+O"},
+    {kOpenFolder, kProgram, kBrowser, "open-folder", "Add Folder…", "Adds all songs of a folder to the library",
+     "Ctrl+Shift+O"},
+    {kPreferences, kProgram, kEverywhere, "preferences", "Preferences…", "Look, sound output and keys", "Ctrl+,"},
+    {kShortcuts, kProgram, kEverywhere, "shortcuts", "Keyboard Shortcuts", "Shows all keys on one sheet", "?"},
+    {kQuit, kProgram, kEverywhere, "quit", "Quit", "Ends the program", "Ctrl+Q"},
+};
+
+}   // namespace
+
+std::span<const CommandRow> CommandTable() noexcept { return kCommands; }
+
+const CommandRow& RowOf(Command command) noexcept { return kCommands[static_cast<std::size_t>(command)]; }
+
+const char* TitleOf(CommandGroup group) noexcept {
+    switch (group) {
+        case CommandGroup::kPlaying:
+            return "Playing";
+        case CommandGroup::kSound:
+            return "Sound";
+        case CommandGroup::kPicture:
+            return "Picture";
+        case CommandGroup::kSongs:
+            return "Songs";
+        case CommandGroup::kLists:
+            return "Lists";
+        case CommandGroup::kProgram:
+            return "Program";
+    }
+    return "";
+}
+
+bool ScopesMeet(CommandScope a, CommandScope b) noexcept {
+    // The table and the column of lists never have the focus together; all other scopes lie one in the other.
+    return a == b || a < CommandScope::kSongs || b < CommandScope::kSongs;
+}

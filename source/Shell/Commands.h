@@ -1,0 +1,78 @@
+#pragma once
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+/** Everything that the keyboard and the menus can do. */
+enum class Command : std::uint8_t {
+    kPlayPause,
+    kStop,
+    kNext,
+    kPrevious,
+    kRewind,
+    kSeekBack,
+    kSeekForward,
+    kSeekBackFar,
+    kSeekForwardFar,
+    kVolumeUp,
+    kVolumeDown,
+    kMute,
+    kPitchUp,
+    kPitchDown,
+    kPitchReset,
+    kTempoUp,
+    kTempoDown,
+    kTempoReset,
+    kVocalNext,
+    kSlipSongEarlier,
+    kSlipSongLater,
+    kSlipAllEarlier,
+    kSlipAllLater,
+    kFullScreen,
+    kShowVideo,
+    kShowVideo2,
+    kPlaySelected,
+    kEditCell,
+    kRemoveFromList,
+    kRemoveFromLibrary,
+    kShowPlaying,
+    kFind,
+    kUserOrder,
+    kNewList,
+    kOpenList,
+    kRenameList,
+    kDeleteList,
+    kOpenFiles,
+    kOpenFolder,
+    kPreferences,
+    kShortcuts,
+    kQuit,
+};
+
+/** Where a command's key works. */
+enum class CommandScope : std::uint8_t {
+    kEverywhere,   // every window of the program
+    kBrowser,      // the browser window
+    kSongs,        // the table of songs has the focus
+    kLists,        // the column of lists has the focus
+};
+
+enum class CommandGroup : std::uint8_t { kPlaying, kSound, kPicture, kSongs, kLists, kProgram };
+
+/** One line of the table from which the menus, the keys, the page that changes them and the sheet of shortcuts are
+ * made. */
+struct CommandRow {
+    Command command;
+    CommandGroup group;
+    CommandScope scope;
+    std::string_view id;     // in the preferences: never changes
+    const char* titleZ;      // in menus and tables
+    const char* toolTipZ;    // one line more
+    std::string_view keys;   // the factory keys, portable names between blanks; empty for none
+};
+
+[[nodiscard]] std::span<const CommandRow> CommandTable() noexcept;
+[[nodiscard]] const CommandRow& RowOf(Command command) noexcept;
+[[nodiscard]] const char* TitleOf(CommandGroup group) noexcept;
+/** True when one key in both scopes could mean either. */
+[[nodiscard]] bool ScopesMeet(CommandScope a, CommandScope b) noexcept;

@@ -1,0 +1,382 @@
+#include "Shell/XBrowserWindow.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QSplitter>
+#include <QStatusBar>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include "Core/CAlerts.h"
+#include "Core/CPreferences.h"
+#include "Library/CMetaManager.h"
+#include "Platform/CUserInterface.h"
+#include "Play/CPlayControl.h"
+#include "Shell/CSongTableModel.h"
+#include "Shell/QtText.h"
+#include "Shell/XActions.h"
+#include "Shell/XElidedLabel.h"
+#include "Shell/XIcons.h"
+#include "Shell/XPreferencesWindow.h"
+#include "Shell/XPreviewPane.h"
+#include "Shell/XShortcutSheet.h"
+#include "Shell/XSongTable.h"
+#include "Shell/XSourceList.h"
+#include "Shell/XTransport.h"
+
+namespace {
+
+constexpr const char* kSidebar_PreferenceZ = "Sources Panel Width";
+constexpr int kSidebar_Least = 150, kSidebar_Most = 480;
+constexpr int kTyping_Milliseconds = 120;   // a word is typed faster than this
+constexpr int kMessage_Milliseconds = 5000;
+
+}   // namespace
+
+XBrowserWindow::XBrowserWindow(BrowserSetup setup) : i_setup(std::move(setup)) {
+    i_keys.FromDictionary(i_setup.prefs.GetDictionary(CKeyMap::kPreferenceZ));
+    i_actions = std::make_unique<XActions>(i_keys);
+    i_model = std::make_unique<CSongTableModel>(i_setup.database);
+    setObjectName("browser");
+    setAccessibleName(tr("Vopla"));
+    setWindowTitle("Vopla[*]");
+    setMinimumSize(880, 480);
+    resize(1180, 760);
+
+    i_transportP = new XTransport(i_setup.play, i_setup.database, *i_actions);
+    i_splitterP = new QSplitter(Qt::Horizontal);
+    i_splitterP->setHandleWidth(1);
+    i_splitterP->setChildrenCollapsible(false);
+    i_splitterP->addWidget(MakeSidebar());
+    i_splitterP->addWidget(MakeSongs());
+    i_splitterP->setStretchFactor(0, 0);
+    i_splitterP->setStretchFactor(1, 1);
+    const int sidebar =
+        std::clamp<int>(i_setup.prefs.GetLong(kSidebar_PreferenceZ, 185), kSidebar_Least, kSidebar_Most);
+    i_splitterP->setSizes({sidebar, width() - sidebar});
+    auto* const centralP = new QWidget;
+    auto* const columnP = new QVBoxLayout(centralP);
+    columnP->setContentsMargins(0, 0, 0, 0);
+    columnP->setSpacing(0);
+    columnP->addWidget(i_transportP);
+    columnP->addWidget(i_splitterP, 1);
+    setCentralWidget(centralP);
+
+    i_countP = new QLabel;
+    i_countP->setAccessibleName(tr("Count"));
+    statusBar()->addPermanentWidget(i_countP);
+    statusBar()->setSizeGripEnabled(false);
+    statusBar()->setAccessibleName(tr("Status"));
+    MakeMenus();
+    Connect();
+    ConnectLists();
+    ShowList(kPlaylistID_Library);
+    PlayTold();
+    // From the search to the songs to the lists to the transport.
+    setTabOrder(i_searchP, i_tableP);
+    setTabOrder(i_tableP, i_sourcesP);
+    i_tableP->setFocus();
+}
+
+XBrowserWindow::~XBrowserWindow() {
+    delete takeCentralWidget();   // its parts look at the model and the actions
+}
+
+// ---- The parts ----
+
+QWidget* XBrowserWindow::MakeSidebar() {
+    i_sourcesP = new XSourceList(i_setup.database, *i_actions);
+    auto* const sidebarP = new QWidget;
+    sidebarP->setObjectName("sidebar");
+    sidebarP->setAttribute(Qt::WA_StyledBackground);
+    sidebarP->setMinimumWidth(kSidebar_Least);
+    sidebarP->setMaximumWidth(kSidebar_Most);
+    auto* const columnP = new QVBoxLayout(sidebarP);
+    columnP->setContentsMargins(6, 8, 6, 6);
+    columnP->setSpacing(6);
+    columnP->addWidget(i_sourcesP, 1);
+    auto* const newP = new QToolButton;
+    newP->setDefaultAction(&i_actions->Get(Command::kNewList));
+    newP->setIcon(Icon(IconKind::kPlus));
+    newP->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    newP->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    newP->setAccessibleName(tr("New List"));
+    newP->setAccessibleDescription(RowOf(Command::kNewList).toolTipZ);
+    columnP->addWidget(newP);
+    if (i_setup.portsP != nullptr) {
+        auto* const previewP = new XPreviewPane(*i_setup.portsP);
+        previewP->setAccessibleName(tr("Preview"));
+        previewP->setAccessibleDescription(tr("What the room sees"));
+        QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+        policy.setHeightForWidth(true);
+        previewP->setSizePolicy(policy);
+        columnP->addWidget(previewP);
+    }
+    return sidebarP;
+}
+
+QWidget* XBrowserWindow::MakeSongs() {
+    auto* const nameP = new XElidedLabel;
+    i_listNameP = nameP;
+    nameP->setObjectName("songTitle");
+    nameP->setAccessibleName(tr("List"));
+    i_searchP = new QLineEdit;
+    i_searchP->setPlaceholderText(tr("Find by song or artist"));
+    i_searchP->setClearButtonEnabled(true);
+    i_searchP->setMaxLength(200);
+    i_searchP->setMinimumWidth(160);
+    i_searchP->setMaximumWidth(360);
+    i_searchP->addAction(Icon(IconKind::kSearch), QLineEdit::LeadingPosition);
+    i_searchP->setAccessibleName(tr("Find"));
+    i_searchP->setAccessibleDescription(
+        tr("Words of the song or the artist; Escape shows all again, Down goes to the songs"));
+    i_searchP->installEventFilter(this);
+    auto* const columnsP = new QToolButton;
+    columnsP->setIcon(Icon(IconKind::kColumns));
+    columnsP->setIconSize({18, 18});
+    columnsP->setFixedSize(32, 32);
+    columnsP->setToolTip(tr("Columns"));
+    columnsP->setAccessibleName(tr("Columns"));
+    columnsP->setAccessibleDescription(tr("Chooses what is shown of the songs"));
+    i_tableP = new XSongTable(*i_model, i_setup.prefs, *i_actions);
+    connect(columnsP, &QToolButton::clicked, this, [this, columnsP] {
+        QMenu menu;
+        i_tableP->FillColumnMenu(menu);
+        menu.exec(columnsP->mapToGlobal(QPoint(0, columnsP->height())));
+    });
+    auto* const barP = new QHBoxLayout;
+    barP->setContentsMargins(14, 8, 10, 8);
+    barP->addWidget(i_listNameP, 1);
+    barP->addWidget(i_searchP, 1);
+    barP->addWidget(columnsP);
+    auto* const songsP = new QWidget;
+    auto* const columnP = new QVBoxLayout(songsP);
+    columnP->setContentsMargins(0, 0, 0, 0);
+    columnP->setSpacing(0);
+    columnP->addLayout(barP);
+    columnP->addWidget(i_tableP, 1);
+    return songsP;
+}
+
+void XBrowserWindow::MakeMenus() {
+    using enum Command;
+    constexpr Command kLine = kQuit;   // in the lists below: a line, as Quit stands in none but the first
+    const auto add = [this](const QString& title, std::initializer_list<Command> commands) {
+        QMenu* const menuP = menuBar()->addMenu(title);
+        for (const Command command : commands)
+            if (command == kLine)
+                menuP->addSeparator();
+            else
+                menuP->addAction(&i_actions->Get(command));
+        return menuP;
+    };
+    QMenu* const fileP = add(
+        tr("&File"), {kOpenFiles, kOpenFolder, kLine, kNewList, kRenameList, kDeleteList, kLine, kPreferences, kLine});
+    fileP->addAction(&i_actions->Get(kQuit));
+    add(tr("&Songs"),
+        {kPlaySelected, kEditCell, kLine, kFind, kShowPlaying, kUserOrder, kLine, kRemoveFromList, kRemoveFromLibrary});
+    add(tr("&Play"), {kPlayPause, kStop, kRewind, kLine, kPrevious, kNext, kLine, kSeekBack, kSeekForward, kSeekBackFar,
+                      kSeekForwardFar});
+    add(tr("S&ound"), {kVolumeUp, kVolumeDown, kMute, kLine, kPitchUp, kPitchDown, kPitchReset, kLine, kTempoUp,
+                       kTempoDown, kTempoReset, kLine, kVocalNext});
+    add(tr("P&icture"), {kFullScreen, kShowVideo, kShowVideo2, kLine, kSlipSongEarlier, kSlipSongLater, kSlipAllEarlier,
+                         kSlipAllLater});
+    add(tr("&Help"), {kShortcuts});
+}
+
+void XBrowserWindow::SetStatus(const QString& text) { statusBar()->showMessage(text, kMessage_Milliseconds); }
+
+// ---- Commands ----
+
+void XBrowserWindow::Connect() {
+    using enum Command;
+    i_actions->Attach(CommandScope::kEverywhere, *this);
+    i_actions->Attach(CommandScope::kBrowser, *this);
+    i_actions->On(kPlayPause, [this] { PlayOrPause(); });
+    i_actions->On(kPlaySelected, [this] { PlayItem(i_tableP->CurrentItem(), 1); });
+    i_actions->On(kEditCell, [this] { i_tableP->EditCurrent(); });
+    i_actions->On(kRemoveFromList, [this] { RemoveSelected(i_model->ListID() == kPlaylistID_Library); });
+    i_actions->On(kRemoveFromLibrary, [this] { RemoveSelected(true); });
+    i_actions->On(kShowPlaying, [this] {
+        if (i_setup.database.GetPlayList(i_setup.play.CurrentList()) == nullptr) return;
+        i_searchP->clear();
+        ShowList(i_setup.play.CurrentList());
+        i_tableP->SelectItem(i_setup.play.CurrentItem());
+    });
+    i_actions->On(kFind, [this] {
+        i_searchP->setFocus(Qt::ShortcutFocusReason);
+        i_searchP->selectAll();
+    });
+    i_actions->On(kUserOrder, [this] {
+        if (CPlayList* const listP = i_model->List(); listP != nullptr) listP->MakeUserOrder();
+    });
+    i_actions->On(kOpenFiles, [this] {
+        AddFiles(QFileDialog::getOpenFileNames(this, tr("Add Files")), i_model->ListID(), SDB_Index_END);
+    });
+    i_actions->On(kOpenFolder, [this] {
+        if (const QString folder = QFileDialog::getExistingDirectory(this, tr("Add Folder")); !folder.isEmpty())
+            AddFiles({folder}, i_model->ListID(), SDB_Index_END);
+    });
+    i_actions->On(kPreferences, [this] { XPreferencesWindow(i_setup.prefs, i_setup.play, *i_actions, this).exec(); });
+    i_actions->On(kShortcuts, [this] { XShortcutSheet(i_keys, this).exec(); });
+    i_actions->On(kQuit, [this] { emit CloseAsked(); });
+
+    connect(i_transportP, &XTransport::PlayTold, this, &XBrowserWindow::PlayTold);
+    connect(i_transportP, &XTransport::Message, this, &XBrowserWindow::SetStatus);
+    connect(i_transportP, &XTransport::OutputsAsked, this, &XBrowserWindow::ShowOutputs);
+    connect(i_tableP, &XSongTable::PlayAsked, this, [this](PLItemID item) { PlayItem(item, 1); });
+    connect(i_tableP, &XSongTable::SelectionTold, this, &XBrowserWindow::ShowState);
+    connect(i_model.get(), &CSongTableModel::StateChanged, this, &XBrowserWindow::ShowState);
+    connect(i_model.get(), &CSongTableModel::FilesDropped, this, &XBrowserWindow::AddFiles);
+
+    i_typing.setSingleShot(true);
+    i_typing.setInterval(kTyping_Milliseconds);
+    connect(&i_typing, &QTimer::timeout, this, &XBrowserWindow::Filter);
+    connect(i_searchP, &QLineEdit::textChanged, this, [this] { i_typing.start(); });
+    connect(i_searchP, &QLineEdit::returnPressed, this, [this] {
+        Filter();
+        i_tableP->setFocus();
+    });
+    i_resizeEnd.setSingleShot(true);
+    i_resizeEnd.setInterval(200);   // the toolkit tells no end: none for so long is one
+    connect(&i_resizeEnd, &QTimer::timeout, this, [this] { emit Resizing(false); });
+}
+
+void XBrowserWindow::ConnectLists() {
+    using enum Command;
+    connect(i_sourcesP, &XSourceList::Chosen, this, &XBrowserWindow::ShowList);
+    connect(i_sourcesP, &XSourceList::FilesDropped, this, &XBrowserWindow::AddFiles);
+    i_actions->On(kNewList, [this] {
+        const PlaylistID list = i_setup.database.AddPlaylist(kSourceDB_PLAYLIST).ID();
+        i_sourcesP->EditName(list);
+    });
+    i_actions->On(kOpenList, [this] { i_tableP->setFocus(); });
+    i_actions->On(kRenameList, [this] { i_sourcesP->EditName(i_sourcesP->Selected()); });
+    i_actions->On(kDeleteList, [this] { DeleteList(i_sourcesP->Selected()); });
+}
+
+void XBrowserWindow::ShowList(PlaylistID list) {
+    const CPlayList* const listP = i_setup.database.GetPlayList(list);
+    if (listP == nullptr) return;
+    i_sourcesP->Select(list);
+    if (i_model->ListID() != list) i_model->SetList(list);
+    static_cast<XElidedLabel*>(i_listNameP)->SetText(QtText(listP->Name()));
+    i_actions->Get(Command::kRenameList).setEnabled(listP->Type() == kSourceDB_PLAYLIST);
+    i_actions->Get(Command::kDeleteList).setEnabled(listP->Type() == kSourceDB_PLAYLIST);
+    ShowState();
+}
+
+void XBrowserWindow::Filter() {
+    i_typing.stop();
+    i_model->SetFilter(
+        CTextFilter(i_searchP->text().toStdString(), i_setup.prefs.GetBool("Diacritic Insensitive Searching", true)));
+}
+
+void XBrowserWindow::ShowState() {
+    const CPlayList* const listP = i_model->List();
+    if (listP == nullptr) return;
+    const auto allL = static_cast<qlonglong>(listP->Count());
+    const qsizetype selectedL = [this] {
+        qsizetype rowsL = 0;
+        for (const QItemSelectionRange& range : i_tableP->selectionModel()->selection()) rowsL += range.height();
+        return rowsL;
+    }();
+    const QLocale locale;
+    QString text = i_model->IsFiltering()
+                       ? tr("%1 of %2 songs").arg(locale.toString(i_model->rowCount()), locale.toString(allL))
+                       : tr("%1 songs").arg(locale.toString(allL));
+    if (selectedL > 1) text += tr(", %1 selected").arg(locale.toString(selectedL));
+    if (i_model->IsLooking()) text += tr(", looking…");
+    i_countP->setText(text);
+    static_cast<XElidedLabel*>(i_listNameP)->SetText(QtText(listP->Name()));
+    if (listP->IsSorting()) SetStatus(tr("Sorting…"));
+    if (i_model->IsFiltering())
+        i_tableP->SetHint(i_model->IsLooking() ? tr("Looking…") : tr("Nothing found"),
+                          i_model->IsLooking() ? QString() : tr("Escape in the search field shows all songs again."));
+    else if (i_model->ListID() == kPlaylistID_Library)
+        i_tableP->SetHint(tr("Drop songs here"),
+                          tr("Files and folders: MP3 with CD+G, zips, videos. Or choose them with %1.")
+                              .arg(KeysText(i_keys.KeysOf(Command::kOpenFiles))));
+    else
+        i_tableP->SetHint(tr("An empty list"), tr("Drag songs from the library onto its name, or drop files here."));
+}
+
+// ---- Play ----
+
+void XBrowserWindow::PlayTold() {
+    const bool idleB = i_setup.play.State() == PlayState::kIdle;
+    i_model->SetPlaying(idleB ? PlaylistID{0} : i_setup.play.CurrentList(),
+                        idleB ? SDB_kNoItem : i_setup.play.CurrentItem(),
+                        idleB ? SongID{0} : i_setup.play.CurrentSong());
+    CSong* const songP = idleB || Number(i_setup.play.CurrentSong()) <= 0
+                             ? nullptr
+                             : i_setup.database.GetSong(i_setup.play.CurrentSong());
+    setWindowTitle(songP == nullptr ? "Vopla[*]" : QtText(songP->Name()) + "[*] - Vopla");
+}
+
+void XBrowserWindow::PlayItem(PLItemID item, long confirmModeL) {
+    if (item == SDB_kNoItem || !i_setup.mayInterrupt(confirmModeL)) return;
+    if (CPlayList* const listP = i_model->List(); listP != nullptr) listP->SetSelectedItem(item);
+    (void)i_setup.play.Play(i_model->ListID(), item);   // tells its own failure
+}
+
+void XBrowserWindow::PlayOrPause() {
+    if (i_setup.play.State() == PlayState::kIdle)
+        PlayItem(i_tableP->CurrentItem(), 0);
+    else
+        i_setup.play.TogglePause();
+}
+
+void XBrowserWindow::ShowOutputs(const QPoint& at) {
+    QMenu menu;
+    const SuperString chosen = i_setup.prefs.GetString("Audio Output Device", "System Default");
+    std::vector<std::string> names = i_setup.play.OutputDevices();
+    if (std::ranges::find(names, "System Default") == names.end()) names.insert(names.begin(), "System Default");
+    for (const std::string& name : names) {
+        QAction* const actionP = menu.addAction(QtText(name).replace('&', "&&"));
+        actionP->setCheckable(true);
+        actionP->setChecked(chosen.UTF8() == name);
+        connect(actionP, &QAction::triggered, this, [this, name] { (void)i_setup.play.SetOutputDevice(name); });
+    }
+    menu.exec(at);
+}
+
+// ---- Window ----
+
+bool XBrowserWindow::eventFilter(QObject* watchedP, QEvent* eventP) {
+    if (watchedP == i_searchP && eventP->type() == QEvent::KeyPress) {
+        const int key = static_cast<QKeyEvent*>(eventP)->key();
+        if (key == Qt::Key_Escape || key == Qt::Key_Down) {
+            if (key == Qt::Key_Escape) i_searchP->clear();
+            Filter();
+            i_tableP->setFocus();
+            return true;
+        }
+    }
+    return QMainWindow::eventFilter(watchedP, eventP);
+}
+
+void XBrowserWindow::SavePlaces() {
+    i_tableP->SaveColumns();
+    if (!i_splitterP->sizes().empty()) i_setup.prefs.Set(kSidebar_PreferenceZ, CCFValue(i_splitterP->sizes().front()));
+}
+
+void XBrowserWindow::hideEvent(QHideEvent* eventP) {
+    SavePlaces();
+    QMainWindow::hideEvent(eventP);
+}
+
+void XBrowserWindow::closeEvent(QCloseEvent* eventP) {
+    emit CloseAsked();
+    eventP->ignore();   // the quit sequence decides
+}
+
+void XBrowserWindow::resizeEvent(QResizeEvent* eventP) {
+    QMainWindow::resizeEvent(eventP);
+    if (!i_resizeEnd.isActive()) emit Resizing(true);
+    i_resizeEnd.start();
+}

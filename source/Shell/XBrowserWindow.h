@@ -1,0 +1,91 @@
+#pragma once
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <QMainWindow>
+#include <QTimer>
+
+#include "Library/CSongDatabase.h"
+#include "Shell/CKeyMap.h"
+
+class CGraphicsPorts;
+class CPlayControl;
+class CPreferences;
+class CSongTableModel;
+class CUserInterface;
+class QLabel;
+class QLineEdit;
+class QSplitter;
+class XActions;
+class XSongTable;
+class XSourceList;
+class XTransport;
+
+/** What the main window shows and orders about; all outlive it. */
+struct BrowserSetup {
+    CSongDatabase& database;
+    CPlayControl& play;
+    CPreferences& prefs;
+    CUserInterface& ui;
+    CGraphicsPorts* portsP = nullptr;                                     // of the preview; null leaves it out
+    std::function<bool(long)> mayInterrupt = [](long) { return true; };   // CApp::ConfirmManualSongChange
+};
+
+/** The main window: the lists at the left over the preview, the songs of one of them at the right, the transport above.
+    Threads  main. */
+class XBrowserWindow final : public QMainWindow {
+    Q_OBJECT
+public:
+    explicit XBrowserWindow(BrowserSetup setup);
+    ~XBrowserWindow() override;
+
+    [[nodiscard]] XActions& Actions() const { return *i_actions; }
+    [[nodiscard]] CKeyMap& Keys() { return i_keys; }
+    void SetStatus(const QString& text);
+    /** Adds files and folders to the library, and their songs to a list of the user's. */
+    void AddFiles(const QStringList& paths, PlaylistID list, RowIndex where);
+
+signals:
+    void CloseAsked();
+    void Resizing(bool resizingB);
+
+protected:
+    void closeEvent(QCloseEvent* eventP) override;
+    void resizeEvent(QResizeEvent* eventP) override;
+    void hideEvent(QHideEvent* eventP) override;
+    bool eventFilter(QObject* watchedP, QEvent* eventP) override;
+
+private:
+    [[nodiscard]] QWidget* MakeSidebar();
+    [[nodiscard]] QWidget* MakeSongs();
+    void MakeMenus();
+    void Connect();
+    void ConnectLists();
+    void ShowList(PlaylistID list);
+    void Filter();
+    void ShowState();
+    void PlayTold();
+    /** By a key, a double click or a button: asks when that would end a song, if the preferences want so. */
+    void PlayItem(PLItemID item, long confirmModeL);
+    void PlayOrPause();
+    void RemoveSelected(bool fromLibraryB);
+    void DeleteList(PlaylistID list);
+    void ShowOutputs(const QPoint& at);
+    void SavePlaces();
+    /** One song came: it is shown, and played when nothing else is. */
+    void ShowAdded(SongID song);
+
+    BrowserSetup i_setup;
+    CKeyMap i_keys;
+    std::unique_ptr<XActions> i_actions;
+    std::unique_ptr<CSongTableModel> i_model;
+    QTimer i_resizeEnd, i_typing;
+    // Children.
+    XTransport* i_transportP = nullptr;
+    XSourceList* i_sourcesP = nullptr;
+    XSongTable* i_tableP = nullptr;
+    QLineEdit* i_searchP = nullptr;
+    QLabel* i_countP = nullptr;
+    QLabel* i_listNameP = nullptr;
+    QSplitter* i_splitterP = nullptr;
+};

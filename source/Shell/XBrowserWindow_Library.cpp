@@ -1,0 +1,101 @@
+// What the main window changes in the library: adding, removing, deleting.
+#include <QPointer>
+
+#include "Core/CAlerts.h"
+#include "Core/CLog.h"
+#include "Core/CPreferences.h"
+#include "Library/AddFilesToLibrary.h"
+#include "Platform/CUserInterface.h"
+#include "Play/CPlayControl.h"
+#include "Shell/CSongTableModel.h"
+#include "Shell/QtText.h"
+#include "Shell/XBrowserWindow.h"
+#include "Shell/XSongTable.h"
+#include "Shell/XSourceList.h"
+
+namespace {
+
+constexpr std::size_t kRefused_MostShown = 10;
+
+/** What could not be added, by name, for an alert. */
+std::string RefusedText(const AddedFiles& added) {
+    std::string text;
+    for (std::size_t n = 0; n < std::min(added.refused.size(), kRefused_MostShown); ++n)
+        text += added.refused[n].path.filename().string() + ": " + ErrorText(added.refused[n].err) + "\n";
+    if (added.refused.size() > kRefused_MostShown)
+        text += "and " + std::to_string(added.refused.size() - kRefused_MostShown) + " more, see the log\n";
+    return text;
+}
+
+}   // namespace
+
+void XBrowserWindow::AddFiles(const QStringList& paths, PlaylistID list, RowIndex where) {
+    if (paths.isEmpty()) return;
+    std::vector<std::filesystem::path> files;
+    for (const QString& path : paths) files.emplace_back(path.toStdString());
+    SetStatus(tr("Adding…"));
+    // The window may have gone when the disc has been read.
+    const QPointer<XBrowserWindow> self(this);
+    const OSErr err =
+        AddFilesToLibrary(i_setup.database, std::move(files), [self, list, where](const AddedFiles& added) {
+            if (self.isNull()) return;
+            XBrowserWindow& window = *self;
+            CPlayList* const listP = window.i_setup.database.GetPlayList(list);
+            if (listP != nullptr && listP->IsModifyable()) {
+                std::vector<PLNewItem> items;
+                for (const SongID song : added.songs) items.push_back({song});
+                if (!items.empty()) listP->AddItemVec(std::move(items), where);
+            }
+            if (!added.refused.empty()) MessageAlert("Some files could not be added.", RefusedText(added));
+            window.SetStatus(tr("%1 new songs").arg(added.newL));
+            if (added.songs.size() == 1) window.ShowAdded(added.songs.front());
+        });
+    if (Failed(err)) MessageAlert("The files could not be added.", ErrorText(err));
+}
+
+void XBrowserWindow::ShowAdded(SongID song) {
+    const CSong* const songP = i_setup.database.GetSong(song);
+    if (songP == nullptr) return;
+    i_model->Settle();
+    if (i_model->ListID() == kPlaylistID_Library) i_tableP->SelectItem(songP->LibraryItem());
+    const bool playB = i_setup.prefs.GetBool("Auto-play when you add single song to Library", true);
+    if (playB && i_setup.play.State() == PlayState::kIdle)
+        (void)i_setup.play.Play(kPlaylistID_Library, songP->LibraryItem());
+}
+
+void XBrowserWindow::RemoveSelected(bool fromLibraryB) {
+    CPlayList* const listP = i_model->List();
+    SDB_Selection selection(listP);
+    selection.SetItems(i_tableP->SelectedItems());
+    if (listP == nullptr || selection.Count() == 0) return;
+    if (!fromLibraryB) {
+        if (listP->IsModifyable()) (void)listP->RemoveItems(selection);
+        return;
+    }
+    Question question;
+    question.title = "Remove from Library";
+    question.text =
+        "This will remove all references from all playlists!  It will leave files on your disk untouched.  Are you "
+        "sure "
+        "you want to remove all references?";
+    question.buttons = {"Remove", "Cancel"};
+    question.defaultIndex = question.safeIndex = 1;
+    if (i_setup.ui.Ask(question).buttonIndex != 0) return;
+    const OSErr err = i_setup.database.RemoveFromLibrary(i_setup.database.SongsOf(selection));
+    if (Failed(err) && err != userCanceledErr) MessageAlert("The songs could not be removed.", ErrorText(err));
+}
+
+void XBrowserWindow::DeleteList(PlaylistID list) {
+    const CPlayList* const listP = i_setup.database.GetPlayList(list);
+    if (listP == nullptr || listP->Type() != kSourceDB_PLAYLIST) return;
+    Question question;
+    question.title = "Delete Playlist";
+    question.text = "Are you sure you want to permanantly delete playlist “" + listP->Name().UTF8() +
+                    "”?  You can not undo this action.";
+    question.buttons = {"Delete", "Cancel"};
+    question.defaultIndex = question.safeIndex = 1;
+    if (i_setup.ui.Ask(question).buttonIndex != 0) return;
+    if (const OSErr err = i_setup.database.DeletePlaylist(list); Failed(err))
+        MessageAlert("You may need to empty your trash first, or rename the Playlist before deleting it.",
+                     ErrorText(err));
+}

@@ -1,0 +1,337 @@
+#include "Shell/XSongTable.h"
+
+#include <QApplication>
+#include <QContextMenuEvent>
+#include <QDrag>
+#include <QHeaderView>
+#include <QMenu>
+#include <QMimeData>
+#include <QPainter>
+#include <QScrollBar>
+
+#include "Core/CPreferences.h"
+#include "Library/CMetaManager.h"
+#include "Shell/QtText.h"
+#include "Shell/XActions.h"
+#include "Shell/XLook.h"
+#include "Shell/XSongDelegate.h"
+
+namespace {
+
+constexpr const char* kColumns_PreferenceZ = "Browser Columns";
+constexpr int kRow_Height = 30;
+constexpr std::size_t kSelection_MostKept = 10'000;
+constexpr MetaKey kFactory_Columns[] = {"name"_key, "arts"_key, "albm"_key, "trak"_key, "drtn"_key};
+
+/** Widths where the table of keys means a smaller screen. */
+int FactoryWidth(MetaKey key) {
+    if (key == "name"_key) return 300;
+    if (key == "arts"_key) return 240;
+    if (key == "albm"_key) return 200;
+    return std::max<int>(MetaManager().GetTraits(key).InitialWidth(), 60);
+}
+
+bool IsOffered(const CDataTraits& traits) {
+    return !traits.Has(kKeyFlag_Hidden) && traits.Type() != ValType::ValType_NONE &&
+           traits.Type() != ValType::ValType_DICT && !traits.Title().UTF8().starts_with("* ") &&
+           !traits.Title().Empty();
+}
+
+std::optional<MetaKey> KeyOfText(std::string_view text) {
+    if (text.size() != 4) return std::nullopt;
+    std::uint32_t code = 0;
+    for (const char c : text) code = code << 8 | static_cast<unsigned char>(c);
+    const MetaKey key{code};
+    const auto& keys = MetaManager().Keys();
+    return std::ranges::find(keys, key) == keys.end() ? std::nullopt : std::optional(key);
+}
+
+}   // namespace
+
+XSongTable::XSongTable(CSongTableModel& model, CPreferences& prefs, XActions& actions)
+    : i_model(model), i_prefs(prefs), i_actions(actions) {
+    setModel(&model);
+    setItemDelegate(new XSongDelegate(model, this));
+    setAccessibleName(tr("Songs"));
+    setAccessibleDescription(tr("The songs of the list; Return plays one, F2 edits"));
+    setSelectionBehavior(SelectRows);
+    setSelectionMode(ExtendedSelection);
+    setAlternatingRowColors(true);
+    setShowGrid(false);
+    setWordWrap(false);
+    setTabKeyNavigation(false);
+    setEditTriggers(EditKeyPressed | SelectedClicked);
+    setDragEnabled(true);
+    setAcceptDrops(true);
+    setDropIndicatorShown(true);
+    setDragDropMode(DragDrop);
+    setDefaultDropAction(Qt::MoveAction);
+    setDragDropOverwriteMode(false);
+    setHorizontalScrollMode(ScrollPerPixel);
+    verticalHeader()->hide();
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);   // one height: nothing is measured
+    verticalHeader()->setMinimumSectionSize(kRow_Height);
+    verticalHeader()->setDefaultSectionSize(kRow_Height);
+    QHeaderView& header = *horizontalHeader();
+    header.setAccessibleName(tr("Columns"));
+    header.setAccessibleDescription(tr("A click sorts the list; the menu chooses the columns"));
+    header.setSectionsMovable(true);
+    header.setHighlightSections(false);
+    header.setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    header.setMinimumSectionSize(40);
+    header.setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(&header, &QHeaderView::customContextMenuRequested, this, [this](const QPoint& at) {
+        QMenu menu;
+        FillColumnMenu(menu);
+        menu.exec(horizontalHeader()->mapToGlobal(at));
+    });
+    connect(&header, &QHeaderView::sectionResized, this, [this](int section, int, int width) {
+        if (static_cast<std::size_t>(section) < i_model.Columns().size())
+            i_widths[i_model.Columns()[static_cast<std::size_t>(section)]] = width;
+    });
+    connect(&model, &QAbstractItemModel::headerDataChanged, this, &XSongTable::ShowSortMark);
+    connect(&model, &CSongTableModel::AboutToReplace, this, &XSongTable::KeepSelection);
+    connect(&model, &CSongTableModel::Replaced, this, &XSongTable::RestoreSelection);
+    connect(&model, &CSongTableModel::Replaced, this, &XSongTable::ShowSortMark);
+    LoadColumns();
+    // After the mark was set: setting it would sort.
+    ShowSortMark();
+    setSortingEnabled(false);
+    header.setSectionsClickable(true);
+    header.setSortIndicatorShown(true);
+    connect(&header, &QHeaderView::sectionClicked, this, [this](int section) {
+        const CPlayList* const listP = i_model.List();
+        if (listP == nullptr) return;
+        const SortSpec& spec = listP->Spec();
+        const bool sameB = !spec.empty() && spec.front().key == i_model.Columns()[static_cast<std::size_t>(section)];
+        const bool ascendingB = !sameB || !spec.front().ascendingB;
+        i_model.sort(section, ascendingB ? Qt::AscendingOrder : Qt::DescendingOrder);
+    });
+    actions.Attach(CommandScope::kSongs, *this);
+}
+
+// ---- Columns ----
+
+void XSongTable::LoadColumns() {
+    std::vector<MetaKey> columns;
+    const CCFDictionary kept = i_prefs.GetDictionary(kColumns_PreferenceZ);
+    for (const CCFValue& value : kept.GetArray("Order"))
+        if (const SuperString* const textP = value.String(); textP != nullptr)
+            if (const auto key = KeyOfText(*textP); key && std::ranges::find(columns, *key) == columns.end())
+                columns.push_back(*key);
+    for (const auto& [name, value] : kept.GetDictionary("Widths"))
+        if (const auto key = KeyOfText(name))
+            i_widths[*key] = static_cast<int>(std::clamp<std::int64_t>(value.Integer().value_or(0), 40, 2000));
+    if (columns.empty()) columns.assign(std::begin(kFactory_Columns), std::end(kFactory_Columns));
+    SetColumns(columns);
+}
+
+void XSongTable::SetColumns(const std::vector<MetaKey>& columns) {
+    const std::map<MetaKey, int> widths = i_widths;   // the header tells widths of its own meanwhile
+    i_model.SetColumns(columns);
+    i_widths = widths;
+    ApplyWidths();
+}
+
+void XSongTable::ApplyWidths() {
+    const std::map<MetaKey, int> widths = i_widths;
+    const std::vector<MetaKey>& columns = i_model.Columns();
+    for (std::size_t n = 0; n < columns.size(); ++n) {
+        const auto it = widths.find(columns[n]);
+        horizontalHeader()->setSectionResizeMode(static_cast<int>(n), QHeaderView::Interactive);
+        setColumnWidth(static_cast<int>(n), it != widths.end() ? it->second : FactoryWidth(columns[n]));
+    }
+    // What is left goes to the names, or to the last column where they are not shown.
+    const auto name = std::ranges::find(columns, "name"_key);
+    horizontalHeader()->setStretchLastSection(name == columns.end());
+    if (name != columns.end())
+        horizontalHeader()->setSectionResizeMode(static_cast<int>(name - columns.begin()), QHeaderView::Stretch);
+}
+
+void XSongTable::SaveColumns() {
+    // Columns that were dragged stand in another order in the header than in the model.
+    CFArray order;
+    for (int place = 0; place < horizontalHeader()->count(); ++place) {
+        const int column = horizontalHeader()->logicalIndex(place);
+        if (column >= 0 && column < i_model.columnCount())
+            order.emplace_back(SuperString(MetaKeyText(i_model.Columns()[static_cast<std::size_t>(column)])));
+    }
+    CCFDictionary widths;
+    for (const auto& [key, width] : i_widths) widths.Set(MetaKeyText(key), CCFValue(width));
+    i_prefs.Set(kColumns_PreferenceZ,
+                CCFValue(CCFDictionary{{"Order", CCFValue(order)}, {"Widths", CCFValue(widths)}}));
+}
+
+void XSongTable::FillColumnMenu(QMenu& menu) {
+    std::vector<std::pair<QString, MetaKey>> offered;
+    for (const MetaKey key : MetaManager().Keys())
+        if (const CDataTraits& traits = MetaManager().GetTraits(key); IsOffered(traits))
+            offered.emplace_back(QtText(traits.Title()), key);
+    std::ranges::sort(offered, [](const auto& a, const auto& b) { return a.first.localeAwareCompare(b.first) < 0; });
+    for (const auto& [title, key] : offered) {
+        QAction* const actionP = menu.addAction(title);
+        const std::vector<MetaKey>& columns = i_model.Columns();
+        const bool shownB = std::ranges::find(columns, key) != columns.end();
+        actionP->setCheckable(true);
+        actionP->setChecked(shownB);
+        actionP->setEnabled(!shownB || columns.size() > 1);
+        connect(actionP, &QAction::triggered, this, [this, wanted = key](bool onB) {
+            std::vector<MetaKey> next = i_model.Columns();
+            if (onB)
+                next.push_back(wanted);
+            else
+                std::erase(next, wanted);
+            SetColumns(next);
+            SaveColumns();
+        });
+    }
+}
+
+void XSongTable::ShowSortMark() {
+    const CPlayList* const listP = i_model.List();
+    if (listP == nullptr) return;
+    const std::vector<MetaKey>& columns = i_model.Columns();
+    const auto it = std::ranges::find(columns, MainKey(listP->Spec()));
+    const bool ascendingB = listP->Spec().empty() || listP->Spec().front().ascendingB;
+    horizontalHeader()->setSortIndicator(it == columns.end() ? -1 : static_cast<int>(it - columns.begin()),
+                                         ascendingB ? Qt::AscendingOrder : Qt::DescendingOrder);
+}
+
+// ---- Selection ----
+
+std::vector<PLItemID> XSongTable::SelectedItems() const {
+    std::vector<int> rows;
+    for (const QItemSelectionRange& range : selectionModel()->selection())
+        for (int row = range.top(); row <= range.bottom(); ++row) rows.push_back(row);
+    std::ranges::sort(rows);
+    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+    std::vector<PLItemID> items;
+    items.reserve(rows.size());
+    for (const int row : rows) items.push_back(i_model.ItemAt(row));
+    return items;
+}
+
+PLItemID XSongTable::CurrentItem() const {
+    if (currentIndex().isValid()) return i_model.ItemAt(currentIndex().row());
+    const std::vector<PLItemID> items = SelectedItems();
+    return !items.empty() ? items.front() : i_model.ItemAt(0);
+}
+
+void XSongTable::SelectItem(PLItemID item) {
+    const int row = i_model.RowOf(item);
+    if (row < 0) return;
+    const QModelIndex index = i_model.index(row, std::max(0, currentIndex().column()));
+    setCurrentIndex(index);
+    scrollTo(index, PositionAtCenter);
+}
+
+void XSongTable::KeepSelection() {
+    i_keptList = i_model.ListID();
+    i_keptSelection = SelectedItems();
+    if (i_keptSelection.size() > kSelection_MostKept) i_keptSelection.clear();
+    i_keptCurrent = currentIndex().isValid() ? i_model.ItemAt(currentIndex().row()) : SDB_kNoItem;
+    i_keptScroll = verticalScrollBar()->value();
+}
+
+void XSongTable::RestoreSelection() {
+    ApplyWidths();
+    if (i_keptList != i_model.ListID()) return;
+    if (const int row = i_keptCurrent == SDB_kNoItem ? -1 : i_model.RowOf(i_keptCurrent); row >= 0)
+        selectionModel()->setCurrentIndex(i_model.index(row, 0), QItemSelectionModel::NoUpdate);
+    if (!i_keptSelection.empty()) {
+        PLItemSet wanted;
+        for (const PLItemID id : i_keptSelection) wanted.Add(id);
+        QItemSelection selection;
+        for (int row = 0; row < i_model.rowCount(); ++row)
+            if (wanted.Has(i_model.ItemAt(row)))
+                selection.select(i_model.index(row, 0), i_model.index(row, i_model.columnCount() - 1));
+        selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
+    }
+    verticalScrollBar()->setValue(i_keptScroll);
+}
+
+void XSongTable::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {
+    QTableView::selectionChanged(selected, deselected);
+    emit SelectionTold();
+}
+
+void XSongTable::EditCurrent() {
+    if (i_model.rowCount() == 0) return;
+    QModelIndex index = currentIndex().isValid() ? currentIndex() : i_model.index(0, 0);
+    for (int column = 0; column < i_model.columnCount() && !(index.flags() & Qt::ItemIsEditable); ++column)
+        index = i_model.index(index.row(), column);
+    if (!(index.flags() & Qt::ItemIsEditable)) return;
+    setCurrentIndex(index);
+    edit(index);
+}
+
+// ---- Mouse ----
+
+void XSongTable::mouseDoubleClickEvent(QMouseEvent* eventP) {
+    // A double click plays; it does not edit.
+    const QModelIndex index = indexAt(eventP->pos());
+    if (eventP->button() != Qt::LeftButton || !index.isValid()) return QTableView::mouseDoubleClickEvent(eventP);
+    emit PlayAsked(i_model.ItemAt(index.row()));
+}
+
+void XSongTable::contextMenuEvent(QContextMenuEvent* eventP) {
+    if (!indexAt(eventP->pos()).isValid()) return;
+    QMenu menu;
+    for (const Command command :
+         {Command::kPlaySelected, Command::kEditCell, Command::kRemoveFromList, Command::kRemoveFromLibrary})
+        menu.addAction(&i_actions.Get(command));
+    menu.exec(eventP->globalPos());
+}
+
+void XSongTable::startDrag(Qt::DropActions actions) {
+    const std::vector<PLItemID> items = SelectedItems();
+    if (items.empty()) return;
+    // Our own picture: that of the toolkit draws every row, and there may be a million.
+    const QString text =
+        items.size() == 1 ? i_model.index(currentIndex().row(), 0).data().toString() : tr("%1 songs").arg(items.size());
+    const QString label = fontMetrics().elidedText(text, Qt::ElideRight, 260);
+    const QSize size(fontMetrics().horizontalAdvance(label) + 24, 28);
+    QPixmap pixmap(size * devicePixelRatioF());
+    pixmap.setDevicePixelRatio(devicePixelRatioF());
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(XLook::Now().accent);
+    painter.setPen(Qt::NoPen);
+    painter.drawRoundedRect(QRect(QPoint(), size), 6, 6);
+    painter.setPen(XLook::Now().accentText);
+    painter.drawText(QRect(QPoint(12, 0), size), Qt::AlignVCenter | Qt::AlignLeft, label);
+    painter.end();
+    auto* const dragP = new QDrag(this);
+    dragP->setMimeData(i_model.mimeData(selectionModel()->selectedRows()));
+    dragP->setPixmap(pixmap);
+    dragP->exec(actions, Qt::CopyAction);
+}
+
+void XSongTable::SetHint(const QString& title, const QString& text) {
+    i_hintTitle = title;
+    i_hintText = text;
+    viewport()->update();
+}
+
+void XSongTable::paintEvent(QPaintEvent* eventP) {
+    QTableView::paintEvent(eventP);
+    if (i_model.rowCount() > 0 || (i_hintTitle.isEmpty() && i_hintText.isEmpty())) return;
+    QPainter painter(viewport());
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QRect area = viewport()->rect();
+    QRect box(0, 0, std::min(560, area.width() - 40), 130);
+    box.moveCenter(area.center());
+    painter.setPen(QPen(XLook::Now().line, 2, Qt::DashLine));
+    painter.drawRoundedRect(box, 12, 12);
+    QFont title = font();
+    title.setPixelSize(20);
+    title.setBold(true);
+    painter.setFont(title);
+    painter.setPen(XLook::Now().text);
+    const QRect inner = box.adjusted(20, 24, -20, -16);
+    painter.drawText(inner, Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap, i_hintTitle);
+    painter.setFont(font());
+    painter.setPen(XLook::Now().quiet);
+    painter.drawText(inner.adjusted(0, 44, 0, 0), Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap, i_hintText);
+}

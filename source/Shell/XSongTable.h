@@ -1,0 +1,57 @@
+#pragma once
+#include <QTableView>
+
+#include "Shell/CSongTableModel.h"
+
+class CPreferences;
+class XActions;
+
+/** The songs of a list: columns chosen by a menu over the header, a click on it sorts, cells are edited in place, rows
+   and files are dragged. Keeps the selection by the ids of its rows when the table starts anew. Threads  main. */
+class XSongTable final : public QTableView {
+    Q_OBJECT
+public:
+    XSongTable(CSongTableModel& model, CPreferences& prefs, XActions& actions);
+
+    [[nodiscard]] std::vector<PLItemID> SelectedItems() const;
+    void SelectItem(PLItemID item);
+    /** The row under the cursor, else the first one selected, else the first. */
+    [[nodiscard]] PLItemID CurrentItem() const;
+    /** Edits the cell under the cursor, or the first one of its row that can be. */
+    void EditCurrent();
+    /** Which columns are shown, as a menu of check marks. */
+    void FillColumnMenu(QMenu& menu);
+    void SaveColumns();
+    /** Words in the middle of an empty table. */
+    void SetHint(const QString& title, const QString& text);
+
+signals:
+    void PlayAsked(PLItemID item);
+    void SelectionTold();
+
+protected:
+    void paintEvent(QPaintEvent* eventP) override;
+    void contextMenuEvent(QContextMenuEvent* eventP) override;
+    void mouseDoubleClickEvent(QMouseEvent* eventP) override;
+    void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
+    void startDrag(Qt::DropActions actions) override;
+    void keyboardSearch(const QString& /*text*/) override {}   // the letters are commands; the search field finds
+
+private:
+    void LoadColumns();
+    void ApplyWidths();
+    void SetColumns(const std::vector<MetaKey>& columns);
+    void ShowSortMark();
+    void KeepSelection();
+    void RestoreSelection();
+
+    CSongTableModel& i_model;
+    CPreferences& i_prefs;
+    XActions& i_actions;
+    std::map<MetaKey, int> i_widths;
+    std::vector<PLItemID> i_keptSelection;
+    PLItemID i_keptCurrent = SDB_kNoItem;
+    PlaylistID i_keptList{0};
+    int i_keptScroll = 0;
+    QString i_hintTitle, i_hintText;
+};

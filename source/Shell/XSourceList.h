@@ -1,0 +1,47 @@
+#pragma once
+#include <QListWidget>
+#include <QTimer>
+
+#include "Library/CSongDatabase.h"
+
+class XActions;
+
+/** The column of lists: the library, then the others in their order. A name is edited in place; rows and files are
+   dropped on it. Threads  main. Goes before its database. */
+class XSourceList final : public QListWidget, private CListWatcher {
+    Q_OBJECT
+public:
+    XSourceList(CSongDatabase& database, XActions& actions);
+    ~XSourceList() override;
+
+    [[nodiscard]] PlaylistID Selected() const;
+    void Select(PlaylistID list);
+    void EditName(PlaylistID list);
+
+signals:
+    void Chosen(PlaylistID list);
+    void FilesDropped(const QStringList& paths, PlaylistID list, RowIndex where);
+
+protected:
+    QStringList mimeTypes() const override;
+    void dragMoveEvent(QDragMoveEvent* eventP) override;
+    void dropEvent(QDropEvent* eventP) override;
+    void contextMenuEvent(QContextMenuEvent* eventP) override;
+    void keyboardSearch(const QString& /*text*/) override {}
+
+private:
+    void ListAdded(PlaylistID /*list*/) override { Refresh(); }
+    void ListRemoved(PlaylistID list) override;
+    void ListRenamed(PlaylistID /*list*/) override { Refresh(); }
+    void ItemsChanged(PlaylistID list, ListMessage message, std::span<const PLItemID> items) override;
+    void Refresh() { i_refresh.start(0); }
+    void Fill();
+    [[nodiscard]] CPlayList* ListOf(const QListWidgetItem* itemP) const;
+    [[nodiscard]] CPlayList* DropTarget(const QDropEvent& event) const;
+    void OnRenamed(QListWidgetItem* itemP);
+
+    CSongDatabase& i_database;
+    XActions& i_actions;
+    QTimer i_refresh;
+    bool i_fillingB = false;
+};

@@ -1,0 +1,326 @@
+#include "Shell/XTransport.h"
+
+#include <cmath>
+#include <QBoxLayout>
+#include <QComboBox>
+#include <QLabel>
+#include <QSignalBlocker>
+#include <QSlider>
+#include <QToolButton>
+
+#include "Library/CSongDatabase.h"
+#include "Play/CPlayControl.h"
+#include "Shell/QtText.h"
+#include "Shell/XActions.h"
+#include "Shell/XElidedLabel.h"
+#include "Shell/XIcons.h"
+#include "Shell/XSeekBar.h"
+#include "Shell/XStepper.h"
+
+namespace {
+
+constexpr int kTick_Milliseconds = 100;
+constexpr long k300ths_Second = 300;
+constexpr int kVolume_Step = 5;   // percent
+constexpr double kTempo_Step = 0.05;
+constexpr int kTime_Width = 150;
+
+constexpr struct {
+    VocalMode mode;
+    const char* titleZ;
+} kVocal_Modes[] = {
+    {VocalMode::kBoth, "As recorded"},
+    {VocalMode::kLeftOnly, "Left channel"},
+    {VocalMode::kRightOnly, "Right channel"},
+    {VocalMode::kVocalCut, "Vocal cut"},
+};
+
+QLabel* MakeCaption(const QString& text) {
+    auto* const labelP = new QLabel(text);
+    labelP->setObjectName("caption");
+    return labelP;
+}
+
+QLabel* MakeTime(Qt::Alignment alignment, const QString& name, const QString& description) {
+    auto* const labelP = new QLabel;
+    labelP->setObjectName("time");
+    labelP->setAlignment(alignment | Qt::AlignVCenter);
+    labelP->setMinimumWidth(kTime_Width);
+    labelP->setAccessibleName(name);
+    labelP->setAccessibleDescription(description);
+    return labelP;
+}
+
+/** `captionP` over `widgetP`. */
+QWidget* Under(QLabel* captionP, QLayout* rowP) {
+    auto* const groupP = new QWidget;
+    auto* const columnP = new QVBoxLayout(groupP);
+    columnP->setContentsMargins(0, 0, 0, 0);
+    columnP->setSpacing(1);
+    columnP->addWidget(captionP);
+    columnP->addLayout(rowP);
+    return groupP;
+}
+
+}   // namespace
+
+XTransport::XTransport(CPlayControl& play, CSongDatabase& database, XActions& actions)
+    : i_play(play),
+      i_database(database),
+      i_actions(actions),
+      i_titleP(new XElidedLabel),
+      i_artistP(new XElidedLabel),
+      i_elapsedP(MakeTime(Qt::AlignLeft, tr("Elapsed"), tr("How long the song has played"))),
+      i_leftP(MakeTime(Qt::AlignRight, tr("Remaining"), tr("How long the song will play"))),
+      i_seekP(new XSeekBar) {
+    setObjectName("transport");
+    setAttribute(Qt::WA_StyledBackground);
+    setAccessibleName(tr("Transport"));
+    setAccessibleDescription(tr("What plays, and how it sounds"));
+    auto* const columnP = new QVBoxLayout(this);
+    columnP->setContentsMargins(16, 10, 16, 10);
+    columnP->setSpacing(4);
+    columnP->addWidget(MakeTop());
+    columnP->addWidget(i_seekP);
+    columnP->addWidget(MakeBottom());
+    Connect();
+    i_tick.setInterval(kTick_Milliseconds);
+    connect(&i_tick, &QTimer::timeout, this, &XTransport::ShowTime);
+    i_play.AddWatcher(*this);
+    PlayChanged();
+    SettingsChanged();
+}
+
+XTransport::~XTransport() { i_play.RemoveWatcher(*this); }
+
+// ---- The panel ----
+
+QToolButton* XTransport::MakeButton(int command, int icon, int size) {
+    QAction& action = i_actions.Get(static_cast<Command>(command));
+    action.setIcon(Icon(static_cast<IconKind>(icon)));
+    auto* const buttonP = new QToolButton;
+    buttonP->setDefaultAction(&action);
+    buttonP->setToolButtonStyle(Qt::ToolButtonIconOnly);
+    buttonP->setFixedSize(size, size);
+    buttonP->setIconSize(QSize(size, size) * 6 / 10);
+    buttonP->setAccessibleName(action.text());
+    buttonP->setAccessibleDescription(action.statusTip());
+    return buttonP;
+}
+
+QToolButton* XTransport::MakePlay() {
+    QAction& action = i_actions.Get(Command::kPlayPause);
+    i_playP = new QToolButton;
+    i_playP->setObjectName("play");
+    i_playP->setFixedSize(48, 48);
+    i_playP->setIconSize({28, 28});
+    i_playP->setAccessibleDescription(action.statusTip());
+    // Not the action's own button: its picture stands on another ground than the menu's.
+    const auto follow = [this, &action] { i_playP->setToolTip(action.toolTip()); };
+    connect(&action, &QAction::changed, i_playP, follow);
+    connect(i_playP, &QToolButton::clicked, &action, &QAction::trigger);
+    follow();
+    return i_playP;
+}
+
+QWidget* XTransport::MakeTop() {
+    i_titleP->setObjectName("songTitle");
+    i_titleP->setAlignment(Qt::AlignHCenter | Qt::AlignBottom);
+    i_titleP->setAccessibleName(tr("Song"));
+    i_artistP->setObjectName("artist");
+    i_artistP->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
+    auto* const namesP = new QVBoxLayout;
+    namesP->setSpacing(0);
+    namesP->addWidget(i_titleP);
+    namesP->addWidget(i_artistP);
+    auto* const widgetP = new QWidget;
+    auto* const rowP = new QHBoxLayout(widgetP);
+    rowP->setContentsMargins(8, 0, 8, 0);
+    rowP->addWidget(i_elapsedP);
+    rowP->addLayout(namesP, 1);
+    rowP->addWidget(i_leftP);
+    return widgetP;
+}
+
+QWidget* XTransport::MakeBottom() {
+    const auto button = [this](Command command, IconKind icon, int size) {
+        return MakeButton(static_cast<int>(command), static_cast<int>(icon), size);
+    };
+    auto* const widgetP = new QWidget;
+    auto* const rowP = new QHBoxLayout(widgetP);
+    rowP->setContentsMargins(0, 0, 0, 0);
+    rowP->setSpacing(4);
+    rowP->addWidget(button(Command::kRewind, IconKind::kRewind, 40));
+    rowP->addWidget(button(Command::kPrevious, IconKind::kPrevious, 40));
+    rowP->addWidget(MakePlay());
+    rowP->addWidget(button(Command::kNext, IconKind::kNext, 40));
+    rowP->addWidget(button(Command::kStop, IconKind::kStop, 40));
+    rowP->addStretch(1);
+
+    i_pitchP = new XStepper(tr("Pitch"), i_actions.Get(Command::kPitchDown), i_actions.Get(Command::kPitchReset),
+                            i_actions.Get(Command::kPitchUp), 44);
+    i_tempoP = new XStepper(tr("Tempo"), i_actions.Get(Command::kTempoDown), i_actions.Get(Command::kTempoReset),
+                            i_actions.Get(Command::kTempoUp), 62);
+    rowP->addWidget(i_pitchP, 0, Qt::AlignVCenter);
+    rowP->addSpacing(12);
+    rowP->addWidget(i_tempoP, 0, Qt::AlignVCenter);
+    rowP->addSpacing(12);
+
+    i_vocalP = new QComboBox;
+    for (const auto& row : kVocal_Modes) i_vocalP->addItem(tr(row.titleZ), static_cast<int>(row.mode));
+    i_vocalP->setFixedHeight(28);
+    i_vocalP->setAccessibleName(tr("Vocals"));
+    i_vocalP->setAccessibleDescription(tr("How the lead vocal is heard"));
+    auto* const vocalRowP = new QHBoxLayout;
+    vocalRowP->addWidget(i_vocalP);
+    rowP->addWidget(Under(MakeCaption(tr("Vocals")), vocalRowP), 0, Qt::AlignVCenter);
+    rowP->addSpacing(12);
+
+    i_volumeP = new QSlider(Qt::Horizontal);
+    i_volumeP->setRange(0, 100);
+    i_volumeP->setPageStep(kVolume_Step);
+    i_volumeP->setFixedSize(120, 28);
+    i_volumeP->setAccessibleName(tr("Volume"));
+    i_volumeP->setAccessibleDescription(tr("In percent"));
+    i_muteP = button(Command::kMute, IconKind::kVolume, 28);
+    auto* const volumeRowP = new QHBoxLayout;
+    volumeRowP->setSpacing(4);
+    volumeRowP->addWidget(i_muteP);
+    volumeRowP->addWidget(i_volumeP);
+    rowP->addWidget(Under(MakeCaption(tr("Volume")), volumeRowP), 0, Qt::AlignVCenter);
+    rowP->addSpacing(8);
+
+    auto* const outputP = new QToolButton;
+    outputP->setIcon(Icon(IconKind::kOutput));
+    outputP->setIconSize({22, 22});
+    outputP->setFixedSize(36, 36);
+    outputP->setToolTip(tr("Where the sound goes"));
+    outputP->setAccessibleName(tr("Sound output"));
+    outputP->setAccessibleDescription(tr("A menu of the devices that there are"));
+    connect(outputP, &QToolButton::clicked, this,
+            [this, outputP] { emit OutputsAsked(outputP->mapToGlobal(QPoint(0, outputP->height()))); });
+    rowP->addWidget(outputP);
+    rowP->addWidget(button(Command::kFullScreen, IconKind::kFullScreen, 36));
+    return widgetP;
+}
+
+// ---- Commands ----
+
+void XTransport::Slip(bool songB, int steps) {
+    emit Message(QtText(songB ? i_play.SlipSong(steps) : i_play.SlipGlobal(steps)));
+}
+
+void XTransport::Connect() {
+    const auto seekBy = [this](long seconds) {
+        const long wanted = i_play.CurTime300() + seconds * k300ths_Second;
+        i_play.SeekTo300(std::clamp(wanted, 0L, std::max(0L, i_play.EndTime300())));
+        ShowTime();
+    };
+    const auto volumeBy = [this](int percent) { i_volumeP->setValue(i_volumeP->value() + percent); };
+    const std::pair<Command, std::function<void()>> works[] = {
+        {Command::kStop, [this] { i_play.Stop(); }},
+        {Command::kNext, [this] { (void)i_play.PlayNext(); }},
+        {Command::kPrevious, [this] { (void)i_play.PlayPrevious(); }},
+        {Command::kRewind, [this] { i_play.Rewind(); }},
+        {Command::kSeekBack, [seekBy] { seekBy(-5); }},
+        {Command::kSeekForward, [seekBy] { seekBy(5); }},
+        {Command::kSeekBackFar, [seekBy] { seekBy(-30); }},
+        {Command::kSeekForwardFar, [seekBy] { seekBy(30); }},
+        {Command::kVolumeUp, [volumeBy] { volumeBy(kVolume_Step); }},
+        {Command::kVolumeDown, [volumeBy] { volumeBy(-kVolume_Step); }},
+        {Command::kMute, [this] { i_play.SetMute(!i_play.IsMuted()); }},
+        {Command::kPitchUp, [this] { (void)i_play.SetPitch(i_play.Pitch() + 1); }},
+        {Command::kPitchDown, [this] { (void)i_play.SetPitch(i_play.Pitch() - 1); }},
+        {Command::kPitchReset, [this] { (void)i_play.SetPitch(0); }},
+        {Command::kTempoUp, [this] { (void)i_play.SetTempo(i_play.Tempo() + kTempo_Step); }},
+        {Command::kTempoDown, [this] { (void)i_play.SetTempo(i_play.Tempo() - kTempo_Step); }},
+        {Command::kTempoReset, [this] { (void)i_play.SetTempo(1.0); }},
+        {Command::kVocalNext,
+         [this] {
+             i_vocalP->setCurrentIndex((i_vocalP->currentIndex() + 1) % i_vocalP->count());
+             emit Message(tr("Vocals: %1").arg(i_vocalP->currentText()));
+         }},
+        {Command::kSlipSongEarlier, [this] { Slip(true, 1); }},
+        {Command::kSlipSongLater, [this] { Slip(true, -1); }},
+        {Command::kSlipAllEarlier, [this] { Slip(false, 1); }},
+        {Command::kSlipAllLater, [this] { Slip(false, -1); }},
+    };
+    for (const auto& [command, work] : works) i_actions.On(command, work);
+
+    connect(i_seekP, &XSeekBar::SeekAsked, this, [this](long time300) {
+        i_play.SeekTo300(time300);
+        ShowTime();
+    });
+    connect(i_seekP, &XSeekBar::Dragged, this, [this](long time300) { ShowDigits(time300, i_play.EndTime300()); });
+    connect(i_volumeP, &QSlider::valueChanged, this,
+            [this](int percent) { i_play.SetVolume(static_cast<float>(percent) / 100.0F); });
+    connect(i_vocalP, &QComboBox::currentIndexChanged, this,
+            [this] { i_play.SetVocalMode(static_cast<VocalMode>(i_vocalP->currentData().toInt())); });
+}
+
+// ---- What is told ----
+
+void XTransport::PlayChanged() {
+    const bool runsB = i_play.State() == PlayState::kPlaying && !i_play.IsPaused();
+    const bool startsB = i_play.State() == PlayState::kStarting;
+    if (runsB || startsB)
+        i_tick.start();
+    else
+        i_tick.stop();
+    i_playP->setIcon(IconOnAccent(runsB ? IconKind::kPause : IconKind::kPlay));
+    i_playP->setAccessibleName(runsB ? tr("Pause") : tr("Play"));
+    const bool idleB = i_play.State() == PlayState::kIdle;
+    for (const Command command : {Command::kStop, Command::kRewind, Command::kSeekBack, Command::kSeekForward,
+                                  Command::kSeekBackFar, Command::kSeekForwardFar})
+        i_actions.Get(command).setEnabled(!idleB);
+    ShowSong();
+    ShowTime();
+    emit PlayTold();
+}
+
+void XTransport::ShowSong() {
+    CSong* const songP = Number(i_play.CurrentSong()) > 0 ? i_database.GetSong(i_play.CurrentSong()) : nullptr;
+    if (songP == nullptr) {
+        i_titleP->SetText(tr("Nothing plays"));
+        i_artistP->SetText({});
+    } else {
+        i_titleP->SetText(QtText(songP->Name()));
+        i_artistP->SetText(QtText(songP->Meta().GetString("arts"_key)));
+    }
+    i_artistP->setAccessibleName(tr("Artist"));
+}
+
+void XTransport::SettingsChanged() {
+    const int pitch = i_play.Pitch();
+    i_pitchP->SetValue(pitch > 0 ? QString("+%1").arg(pitch) : QString::number(pitch), pitch != 0);
+    const int tempo = static_cast<int>(std::lround(i_play.Tempo() * 100));
+    i_tempoP->SetValue(QString("%1 %").arg(tempo), tempo != 100);
+    const QSignalBlocker quietVolume(i_volumeP), quietVocal(i_vocalP);
+    i_volumeP->setValue(static_cast<int>(std::lround(i_play.Volume() * 100)));
+    i_volumeP->setToolTip(tr("Volume %1 %").arg(i_volumeP->value()));
+    i_vocalP->setCurrentIndex(std::max(0, i_vocalP->findData(static_cast<int>(i_play.Vocal()))));
+    i_actions.Get(Command::kMute).setIcon(Icon(i_play.IsMuted() ? IconKind::kMuted : IconKind::kVolume));
+    i_muteP->setAccessibleName(i_play.IsMuted() ? tr("Sound on") : tr("Mute"));
+}
+
+void XTransport::ShowTime() {
+    const long end300 = i_play.EndTime300();
+    if (i_seekP->IsDragging()) return;
+    i_seekP->SetTime300(i_play.CurTime300(), end300);
+    ShowDigits(i_play.CurTime300(), end300);
+}
+
+void XTransport::ShowDigits(long time300, long end300) {
+    i_elapsedP->setText(TimeText(std::max(0L, time300)));
+    i_leftP->setText(end300 > 0 ? TimeText(std::min(0L, time300 - end300)) : QString());
+}
+
+QString XTransport::TimeText(long time300) {
+    // What is left counts up to the next second: it and the elapsed time change together.
+    const bool leftB = time300 < 0;
+    const long seconds = leftB ? (-time300 + k300ths_Second - 1) / k300ths_Second : time300 / k300ths_Second;
+    const QString sign = leftB ? "−" : "";
+    const auto two = [](long n) { return QString("%1").arg(n, 2, 10, QChar('0')); };
+    if (seconds < 3600) return sign + QString("%1:%2").arg(seconds / 60).arg(two(seconds % 60));
+    return sign + QString("%1:%2:%3").arg(seconds / 3600).arg(two(seconds / 60 % 60), two(seconds % 60));
+}
