@@ -1,14 +1,17 @@
 #include "Shell/CAppWindows_Qt.h"
 
+#include <QApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QGuiApplication>
 #include <QWidget>
 
 #include "Core/CApp.h"
 #include "Shell/CWindowPlace.h"
 #include "Shell/QtText.h"
 #include "Shell/VideoWindowMenu.h"
+#include "Shell/XActions.h"
+#include "Shell/XBrowserWindow.h"
+#include "Shell/XLook.h"
 #include "Shell/XVideoWindow.h"
 
 CAppWindows_Qt::CAppWindows_Qt(std::function<void()> askToQuit) : i_askToQuit(std::move(askToQuit)) {}
@@ -21,11 +24,48 @@ QWidget* CAppWindows_Qt::Find(WindowKind kind) const {
 }
 
 void CAppWindows_Qt::Create(WindowKind kind) {
-    // The browser and the tasks have no content yet: an empty window would only be in the way.
-    if ((kind != PREF_Wind_VIDEO && kind != PREF_Wind_VIDEO2) || Exists(kind)) return;
+    if (Exists(kind)) return;
+    if (kind == PREF_Wind_BROWSER)
+        CreateBrowser();
+    else if (kind == PREF_Wind_VIDEO || kind == PREF_Wind_VIDEO2)
+        CreateVideo(kind);
+    // The tasks have no content yet: an empty window would only be in the way.
+}
+
+namespace {
+
+void NoteResizing(bool resizingB) {
+    if (gApp != nullptr) gApp->SetResizingWindow(resizingB);
+}
+
+}   // namespace
+
+void CAppWindows_Qt::CreateBrowser() {
+    if (gApp == nullptr) return;
+    if (XLook* const lookP = XLook::Get(); lookP != nullptr)
+        lookP->Choose(static_cast<XLook::Choice>(gApp->Prefs().GetLong(XLook::kPreferenceZ, 0)));
+    auto window = std::make_unique<XBrowserWindow>(
+        BrowserSetup{.database = gApp->Database(),
+                     .play = gApp->Play(),
+                     .prefs = gApp->Prefs(),
+                     .ui = gApp->Ui(),
+                     .portsP = &Ports(),
+                     .mayInterrupt = [](long modeL) { return gApp->ConfirmManualSongChange(modeL); }});
+    QObject::connect(window.get(), &XBrowserWindow::CloseAsked, window.get(), [this] { i_askToQuit(); });
+    QObject::connect(window.get(), &XBrowserWindow::Resizing, window.get(), &NoteResizing);
+    XActions& actions = window->Actions();
+    actions.On(Command::kFullScreen, [this] { ToggleFullScreen(); });
+    actions.On(Command::kShowVideo, [this] { ToggleVisible(PREF_Wind_VIDEO); });
+    actions.On(Command::kShowVideo2, [this] { ToggleVisible(PREF_Wind_VIDEO2); });
+    i_windows[PREF_Wind_BROWSER] = std::move(window);
+}
+
+void CAppWindows_Qt::CreateVideo(WindowKind kind) {
     auto window = std::make_unique<XVideoWindow>(static_cast<int>(kind), Ports());
     XVideoWindow* const windowP = window.get();
-    QObject::connect(windowP, &XVideoWindow::CloseAsked, windowP, [this, kind, windowP] {
+    windowP->setAccessibleName(kind == PREF_Wind_VIDEO ? "Video" : "Second video");
+    windowP->setAccessibleDescription("The picture of the song");
+    QObject::connect(windowP, &XVideoWindow::CloseAsked, windowP, [this, kind] {
         if (kind == PREF_Wind_VIDEO && !Exists(PREF_Wind_BROWSER))
             i_askToQuit();   // the only one there is
         else
@@ -33,11 +73,30 @@ void CAppWindows_Qt::Create(WindowKind kind) {
     });
     QObject::connect(windowP, &XVideoWindow::MenuAsked, windowP,
                      [this, windowP](const QPoint& global) { ShowVideoWindowMenu(*windowP, *this, global); });
-    QObject::connect(windowP, &XVideoWindow::Resizing, windowP, [](bool resizingB) {
-        if (gApp != nullptr) gApp->SetResizingWindow(resizingB);
-    });
+    QObject::connect(windowP, &XVideoWindow::Resizing, windowP, &NoteResizing);
+    if (XBrowserWindow* const browserP = Browser(); browserP != nullptr) browserP->Actions().AttachEverywhere(*windowP);
     windowP->SetOpen(kind == PREF_Wind_VIDEO);
     i_windows[kind] = std::move(window);
+}
+
+XBrowserWindow* CAppWindows_Qt::Browser() const { return qobject_cast<XBrowserWindow*>(Find(PREF_Wind_BROWSER)); }
+
+void CAppWindows_Qt::ToggleFullScreen() {
+    // The one in front; from the browser the main one.
+    auto* windowP = qobject_cast<XVideoWindow*>(QApplication::activeWindow());
+    if (windowP == nullptr) windowP = qobject_cast<XVideoWindow*>(Find(PREF_Wind_VIDEO));
+    if (windowP == nullptr) return;
+    const bool onB = !windowP->IsFullScreen();
+    if (onB) windowP->show();
+    windowP->SetFullScreen(onB);
+}
+
+void CAppWindows_Qt::ToggleVisible(WindowKind kind) {
+    const QWidget* const windowP = Find(kind);
+    if (windowP == nullptr) return;
+    if (windowP->isVisible()) return Close(kind);
+    Show(kind);
+    Select(kind);
 }
 
 void CAppWindows_Qt::Dispose(WindowKind kind) { i_windows.erase(kind); }
@@ -125,8 +184,11 @@ void CAppWindows_Qt::FollowPreferences(const CCFPrefDictionary& preferences) {
 }
 
 void CAppWindows_Qt::SetStatus(std::string_view text) {
-    if (QWidget* const windowP = Find(PREF_Wind_VIDEO); windowP != nullptr)
-        windowP->setWindowTitle(text.empty() ? "Vopla Video" : "Vopla Video - " + QtText(text));
+    if (XBrowserWindow* const windowP = Browser(); windowP != nullptr) windowP->SetStatus(QtText(text));
+}
+
+void CAppWindows_Qt::SetDirtyMark(bool dirtyB) {
+    if (XBrowserWindow* const windowP = Browser(); windowP != nullptr) windowP->setWindowModified(dirtyB);
 }
 
 void CAppWindows_Qt::KeepDisplayOn() {

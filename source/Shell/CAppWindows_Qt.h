@@ -8,6 +8,7 @@
 
 class CWindowPlace;
 class QWidget;
+class XBrowserWindow;
 class XVideoWindow;
 
 /** The windows of the desktop. Closing the browser window, or the video window while there is no browser window, asks the
@@ -33,10 +34,16 @@ public:
     std::optional<Place> PlaceOf(WindowKind kind) const override;
     void FollowPreferences(const CCFPrefDictionary& preferences) override;
     void SetStatus(std::string_view text) override;
+    void SetDirtyMark(bool dirtyB) override;
     void KeepDisplayOn() override;
 
 private:
     [[nodiscard]] QWidget* Find(WindowKind kind) const;
+    [[nodiscard]] XBrowserWindow* Browser() const;
+    void CreateBrowser();
+    void CreateVideo(WindowKind kind);
+    void ToggleFullScreen();
+    void ToggleVisible(WindowKind kind);
     [[nodiscard]] static CWindowPlace& PlaceFor(QWidget& window);
 
     std::function<void()> i_askToQuit;
