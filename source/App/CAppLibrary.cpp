@@ -4,6 +4,11 @@
 #include "Core/CAlerts.h"
 #include "Core/CApp.h"
 #include "Core/CLog.h"
+#include "Core/WaitMode.h"
+
+namespace {
+constexpr int kLock_Tries = 500;   // turns of 0.01 s
+}
 
 CAppLibrary::CAppLibrary(CApp& app) : i_app(app), i_database(*this) {
     i_database.SetSettings(ReadLibrarySettings(app.Prefs()));
@@ -24,6 +29,16 @@ bool CAppLibrary::IsDateAddedReal() const { return i_app.Prefs().GetBool("Date A
 void CAppLibrary::StopWarning(std::string_view preference) { i_app.Prefs().Set(preference, CCFValue(false)); }
 
 OSErr CAppLibrary::Load(LibraryPlaces places) {
+    // A command that sets a value has it for some seconds.
+    OSErr err = i_lock.Take(places.root);
+    for (int tries = 0; err == opWrErr && tries < kLock_Tries; ++tries) {
+        WaitOneTurn();
+        err = i_lock.Take(places.root);
+    }
+    if (Failed(err)) {
+        i_app.Ui().Alert("The library is in use by another program.", places.root.GetPath().string());
+        return err;
+    }
     i_store = std::make_unique<CLibraryStore>(i_database, std::move(places));
     return i_store->LoadLibrary();
 }

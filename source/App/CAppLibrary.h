@@ -1,5 +1,6 @@
 #pragma once
 #include "App/CSaveTarget.h"
+#include "Library/CLibraryLock.h"
 #include "Library/CLibraryStore.h"
 #include "Library/CSongDatabase.h"
 
@@ -15,7 +16,8 @@ public:
     ~CAppLibrary() override;
 
     [[nodiscard]] CSongDatabase& Database() noexcept { return i_database; }
-    /** Loads the library of this root. userCanceledErr when the user would rather quit. */
+    /** Loads the library of this root. userCanceledErr when the user would rather quit; opWrErr, told, when another
+        program changes it. */
     OSErr Load(LibraryPlaces places);
     /** Null before Load. */
     [[nodiscard]] CLibraryStore* Store() noexcept { return i_store.get(); }
@@ -45,6 +47,7 @@ public:
 
 private:
     CApp& i_app;
+    CLibraryLock i_lock;
     CSongDatabase i_database;
     std::unique_ptr<CLibraryStore> i_store;   // before the database goes
     bool i_othersDirtyB = false;              // what is saved beside the library: the preferences

@@ -48,6 +48,13 @@ int CliUsage(const CliContext& context, std::string_view text) {
     return 2;
 }
 
+void CliWarn(const CliContext& context, std::string_view text) {
+    if (context.jsonB)
+        context.err << "{\"warning\":" << JSONString(OneLine(text)) << "}\n";
+    else
+        context.err << "vopla-cli: " << OneLine(text) << "\n";
+}
+
 std::unique_ptr<CPreferences> CliPreferences(const CliContext& context) {
     PrefsOptions options;
     options.saveAtEndB = false;

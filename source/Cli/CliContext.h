@@ -21,6 +21,8 @@ struct CliContext {
 int CliFail(const CliContext& context, OSErr status, std::string_view text);
 /** The same for words that the command does not understand; the exit status, 2. */
 int CliUsage(const CliContext& context, std::string_view text);
+/** Something to know beside the answer, in one line on the error stream; the status stays. */
+void CliWarn(const CliContext& context, std::string_view text);
 
 /** The settings of the library root, or of the user without one. Reading leaves the file as it is. */
 [[nodiscard]] std::unique_ptr<CPreferences> CliPreferences(const CliContext& context);

@@ -8,6 +8,7 @@
 #include "Cli/CliAudio.h"
 #include "Cli/CliCdg.h"
 #include "Cli/CliContext.h"
+#include "Cli/CliLibrary.h"
 #include "Cli/CliName.h"
 #include "Cli/CliPlay.h"
 #include "Cli/CliPrefs.h"
@@ -38,6 +39,13 @@ constexpr CommandRow kCommands[] = {
      "  prefs set KEY VALUE\n"
      "  prefs list\n"},
     {"name", &RunName, "  name conform TEXT\n"},
+    {"library", &RunLibrary,
+     "  library list\n"
+     "  library show ID\n"
+     "  library set ID KEY VALUE\n"
+     "  library check [--no-files]\n"
+     "  library rebuild\n"
+     "  library restore [COPY]\n"},
 };
 
 void PrintUsage(std::ostream& out) {

@@ -1,4 +1,5 @@
 #include "Library/CSongRecordMeta.h"
+#include "Library/TempoSteps.h"
 
 #include <cmath>
 #include <limits>
@@ -71,7 +72,7 @@ void CSongRecordMeta::Load(const SongRecord& record, CMeta& song) {
     putNumber("rtng"_key, record.rating);
     putNumber("vChn"_key, record.vocalChannel);
     putNumber("PICH"_key, record.pitch);
-    put("TMPO"_key, CMetaValue(TempoOf(record.tempo)));
+    put("TMPO"_key, CMetaValue(TempoOfStep(record.tempo)));
     putNumber("cryr"_key, record.year);
     if (record.graphicChannels != 0) putNumber("gChn"_key, record.graphicChannels);
     for (const std::int32_t pip : {2, 3, 4})

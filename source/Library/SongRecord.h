@@ -103,6 +103,5 @@ struct SongRecord {
 /** None for a word that is no date. */
 [[nodiscard]] std::optional<CFDate> UnpackDateAdded(std::uint32_t packed) noexcept;
 
-/** Hundredths, cut off, from 0 to 255. What TempoOf gave comes back as it was. */
+/** Hundredths, cut off, from 0 to 255. What TempoOfStep gave comes back as it was. */
 [[nodiscard]] std::uint8_t StoredTempo(double tempo) noexcept;
-[[nodiscard]] inline double TempoOf(std::uint8_t stored) noexcept { return stored / 100.0; }

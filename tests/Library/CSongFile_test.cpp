@@ -3,6 +3,7 @@
 
 #include "Library/CSongFileReader.h"
 #include "Library/CSongFileWriter.h"
+#include "Library/TempoSteps.h"
 #include "LibraryFileTest.h"
 
 namespace {
@@ -210,8 +211,8 @@ TEST(SongRecord, DatesAndTempiComeBackAsTheyWere) {
     EXPECT_EQ(UnpackDateAdded(0xFFFFFFFF), std::nullopt);
     for (int hundredths = 0; hundredths < 256; ++hundredths) {
         const auto stored = static_cast<std::uint8_t>(hundredths);
-        EXPECT_EQ(StoredTempo(TempoOf(stored)), stored);
-        EXPECT_EQ(StoredTempo(static_cast<float>(TempoOf(stored))), stored);
+        EXPECT_EQ(StoredTempo(TempoOfStep(stored)), stored);
+        EXPECT_EQ(StoredTempo(static_cast<float>(TempoOfStep(stored))), stored);
     }
     EXPECT_EQ(StoredTempo(1.239), 123);
     EXPECT_EQ(StoredTempo(9), 255);

@@ -1,0 +1,181 @@
+#include "Cli/CliSong.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+
+#include "Core/JSONWriter.h"
+#include "Core/PropertyListDate.h"
+#include "Core/UTF8.h"
+#include "Library/CMetaManager.h"
+
+namespace {
+
+constexpr std::string_view kCleared = "--";
+
+/** As short as single precision allows: a step of the tempo that is kept as 1.1500000000000001 is 1.15. */
+std::string FloatJSON(double value) {
+    std::array<char, 32> digits{};
+    const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), static_cast<float>(value));
+    return std::isfinite(value) ? std::string(digits.data(), result.ptr) : "null";
+}
+
+std::string ValueJSON(const CMetaValue& value) {
+    switch (value.Type()) {
+        case ValType::ValType_STRING:
+            return JSONString(value.Text());
+        case ValType::ValType_BOOL:
+            return value.Bool() == BoolValueType::kMix    ? "\"mix\""
+                   : value.Bool() == BoolValueType::kTrue ? "true"
+                                                          : "false";
+        case ValType::ValType_INTEGER:
+            return std::to_string(value.Integer());
+        case ValType::ValType_FLOAT:
+            return FloatJSON(value.Float());
+        case ValType::ValType_DATE:
+            return CopyToJSON(value.Date());
+        case ValType::ValType_SONGFILE:
+            return JSONString(value.FilePath());
+        case ValType::ValType_DICT:
+            return CopyToJSON(value.Dictionary());
+        case ValType::ValType_CFDATA:
+            return CopyToJSON(value.Data());
+        case ValType::ValType_NONE:
+            break;
+    }
+    return "null";
+}
+
+/** In the order of the table; keys that only a file knew behind them. */
+std::vector<MetaEntry> InOrder(CSong& song) {
+    std::vector<MetaEntry> entries = song.Meta().AllStored();
+    std::erase_if(entries, [](const MetaEntry& entry) { return entry.key == CM_Key_SONG_ID; });   // told first
+    const auto& keys = MetaManager().Keys();
+    const auto place = [&](const MetaEntry& entry) {
+        return std::pair(std::ranges::find(keys, entry.key) - keys.begin(), entry.key);
+    };
+    std::ranges::sort(entries, {}, place);
+    return entries;
+}
+
+bool IsUTF8(std::string_view text) {
+    while (!text.empty()) {
+        const UTF8Char next = NextUTF8(text);
+        if (!next.validB) return false;
+        text.remove_prefix(next.bytesL);
+    }
+    return true;
+}
+
+template <class Number_>
+std::optional<Number_> WholeNumber(const std::string& text) {
+    Number_ number{};
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (result.ec != std::errc() || result.ptr != text.data() + text.size()) return std::nullopt;
+    return number;
+}
+
+std::optional<MetaKey> KnownKey(const std::string& text) {
+    const auto& keys = MetaManager().Keys();
+    const auto it = std::ranges::find_if(keys, [&](MetaKey key) { return MetaKeyText(key) == text; });
+    return it == keys.end() ? std::nullopt : std::optional(*it);
+}
+
+/** False when the text is no value of the key's kind; a song's file is told by its path. */
+bool SetByKind(CSong& song, const LibraryPlaces& places, const CDataTraits& traits, const std::string& text,
+               std::string& fault) {
+    const MetaKey key = traits.Key();
+    CMeta& meta = song.Meta();
+    switch (traits.Type()) {
+        case ValType::ValType_STRING:
+            if (!IsUTF8(text)) return false;
+            meta.SetString(key, text);
+            return true;
+        case ValType::ValType_BOOL:
+            if (text != "true" && text != "false") return false;
+            meta.SetBool(key, text == "true");
+            return true;
+        case ValType::ValType_INTEGER: {
+            const auto number = WholeNumber<std::int32_t>(text);
+            if (!number) return false;
+            if (!traits.IsLegal(*number)) {
+                fault = text + " is not legal for " + MetaKeyText(key);
+                return true;
+            }
+            meta.SetInteger(key, *number);
+            return true;
+        }
+        case ValType::ValType_FLOAT: {
+            const auto number = WholeNumber<double>(text);
+            if (!number || !std::isfinite(*number)) return false;
+            meta.SetFloat(key, *number);
+            return true;
+        }
+        case ValType::ValType_DATE: {
+            const auto date = ParsePropertyListDate(text);
+            if (date) meta.SetDate(key, *date);
+            return date.has_value();
+        }
+        case ValType::ValType_SONGFILE: {
+            const CFileRef::Path path = std::filesystem::absolute(text).lexically_normal();
+            const CSongStatus status(places.musicFolder, places.cacheFolder);
+            meta.SetSongFile(key, {status.Of(*SongFileOfKey(key), path), CFileRef(path)});
+            return true;
+        }
+        default:
+            fault = MetaKeyText(key) + " cannot be set from a text";
+            return true;
+    }
+}
+
+}   // namespace
+
+std::string SongJSON(CSong& song) {
+    std::string json = "{\"soID\":" + std::to_string(Number(song.GetSongID()));
+    for (const MetaEntry& entry : InOrder(song)) {
+        json += ',';
+        AppendJSONString(MetaKeyText(entry.key), json);
+        json += ':' + ValueJSON(entry.value);
+    }
+    return json + "}";
+}
+
+std::string SongWords(CSong& song) {
+    std::string words = "Song ID (soID): " + std::to_string(Number(song.GetSongID())) + "\n";
+    for (const MetaEntry& entry : InOrder(song)) {
+        const CDataTraits& traits = MetaManager().GetTraits(entry.key);
+        std::string text = traits.Display(entry.value).UTF8();
+        std::ranges::replace(text, '\n', ' ');
+        words += traits.Title().UTF8() + " (" + MetaKeyText(entry.key) + "): " + text + "\n";
+    }
+    return words + "\n";
+}
+
+std::string SongLine(CSong& song) {
+    std::string line = std::to_string(Number(song.GetSongID())) + "\t" + song.Meta().GetString("arts"_key).UTF8() +
+                       "\t" + song.Name().UTF8();
+    std::ranges::replace(line, '\n', ' ');
+    return line;
+}
+
+OSErr SetSongValue(CSong& song, const LibraryPlaces& places, const std::string& keyText, const std::string& text,
+                   std::string& fault) {
+    const auto key = KnownKey(keyText);
+    if (!key) {
+        fault = "no such key: " + keyText;
+        return fnfErr;
+    }
+    const bool toldB = *key == CM_Key_SONG_ID || *key == CM_Key_PLAYLIST_ID || *key == CM_Key_SORT_INDEX;
+    if (toldB) {
+        fault = keyText + " is given by the library";
+        return paramErr;
+    }
+    if (text.empty() || text == kCleared) {
+        song.Meta().RemoveValue(*key);
+        return noErr;
+    }
+    const CDataTraits& traits = MetaManager().GetTraits(*key);
+    if (!SetByKind(song, places, traits, text, fault)) fault = "\"" + text + "\" is no value for " + keyText;
+    return fault.empty() ? noErr : paramErr;
+}
