@@ -5,6 +5,7 @@
 #include "App/CAppQuit.h"
 #include "App/CAppStartUp.h"
 #include "App/CAppWindows.h"
+#include "App/CBreakScreen.h"
 #include "App/CScopedInitializing.h"
 #include "App/SaveRules.h"
 #include "App/ScopedValue.h"
@@ -97,11 +98,16 @@ void CApp::HandlePostEvent(PostEventKind kind) {
     if (kind == PostEventCode("drty")) {
         SetDirty(true);
     } else if (kind == PostEventCode("Pref")) {
-        Windows().FollowPreferences(Prefs());
+        FollowPreferences();
     } else if (kind == PostEventCode("BadS")) {
         if (const long lostL = i_lostSongsL.exchange(0); lostL > 0)
             MessageAlert("Umm, sorry, but I've somehow lost track of this many songs: " + std::to_string(lostL));
     }
+}
+
+void CApp::FollowPreferences() {
+    Windows().FollowPreferences(Prefs());
+    if (i_break != nullptr) i_break->Follow(Prefs());
 }
 
 void CApp::SetDirty(bool dirtyB) {

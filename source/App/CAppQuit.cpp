@@ -1,6 +1,7 @@
 #include "App/CAppQuit.h"
 
 #include "App/CAppWindows.h"
+#include "App/CBreakScreen.h"
 #include "App/CAppLibrary.h"
 #include "App/CAppPlay.h"
 #include "App/ScopedValue.h"
@@ -124,6 +125,7 @@ void CAppQuit::DeleteThreadManager() {
 void CAppQuit::DisposeTaskWindow() { i_app.Windows().Dispose(PREF_Wind_TASKS); }
 
 void CAppQuit::DisposeVideoWindows() {
+    i_app.i_break.reset();
     i_app.Windows().Dispose(PREF_Wind_VIDEO);
     i_app.Windows().Dispose(PREF_Wind_VIDEO2);
     i_app.i_hasMainWindowB.store(false);

@@ -3,6 +3,7 @@
 #include "App/IdleTimers.h"
 #include "App/LocalTime.h"
 #include "App/CAppWindows.h"
+#include "App/CBreakScreen.h"
 #include "App/CAppLibrary.h"
 #include "App/CAppPlay.h"
 #include "App/CScopedInitializing.h"
@@ -201,7 +202,8 @@ bool CAppStartUp::FindMusicFolder(CFileRef& root) {
 void CAppStartUp::CreateWindows() {
     for (const WindowKind kind : {PREF_Wind_BROWSER, PREF_Wind_VIDEO2, PREF_Wind_VIDEO, PREF_Wind_TASKS})
         i_app.Windows().Create(kind);
-    i_app.Windows().FollowPreferences(i_app.Prefs());
+    i_app.i_break = std::make_unique<CBreakScreen>(i_app.Windows().Ports());
+    i_app.FollowPreferences();
     i_app.i_hasMainWindowB.store(true, std::memory_order_release);
 }
 

@@ -17,6 +17,7 @@ class CAlerts;
 class CAppLibrary;
 class CAppPlay;
 class CAppWindows;
+class CBreakScreen;
 class CCrashReporter;
 class CFolderKinds;
 class CMainLoop;
@@ -134,6 +135,7 @@ private:
     [[nodiscard]] bool AskToInterrupt();
     OSErr SavePreferences();
     void HandlePostEvent(PostEventKind kind);
+    void FollowPreferences();
 
     AppSetup i_setup;
     std::vector<CT_Timer*> i_timers;   // the save timer is element 0; the map of forks owns them
@@ -147,6 +149,7 @@ private:
     std::unique_ptr<CMetaManager> i_metaManager;   // made before the library, gone after it
     std::unique_ptr<CAppLibrary> i_library;
     std::unique_ptr<CAppPlay> i_play;   // lives within the library
+    std::unique_ptr<CBreakScreen> i_break;   // from the making of the windows to their end
     std::unique_ptr<CProgressView> i_curScope;   // start-up and quit only
     std::optional<std::vector<WindowRecord>> i_recordsAtQuit;
     CCFDictionary i_fullScreenAtQuit;

@@ -64,6 +64,22 @@ void AddShapes(QMenu& menu) {
     add("16:9", true, false);
 }
 
+void AddBreakPicture(QMenu& menu, XVideoWindow& window) {
+    constexpr const char* kBreak = "Break Picture";
+    menu.addSeparator();
+    QAction* const chooseP = menu.addAction(Words("&Picture Between Songs…"));
+    QObject::connect(chooseP, &QAction::triggered, &window, [&window] {
+        const QString now = QtText(gApp->Prefs().GetString(kBreak));
+        const QString chosen =
+            QFileDialog::getOpenFileName(&window, Words("Picture Between Songs"), now,
+                                         Words("Pictures (*.png *.jpg *.jpeg *.webp *.bmp *.tif *.tiff *.gif)"));
+        if (!chosen.isEmpty()) gApp->Prefs().Set(kBreak, CCFValue(SuperString(chosen.toStdString())));
+    });
+    QAction* const noneP = menu.addAction(Words("&No Picture Between Songs"));
+    noneP->setEnabled(!gApp->Prefs().GetString(kBreak).Empty());
+    QObject::connect(noneP, &QAction::triggered, &window, [] { gApp->Prefs().Set(kBreak, CCFValue(SuperString())); });
+}
+
 }   // namespace
 
 void ShowVideoWindowMenu(XVideoWindow& window, CAppWindows_Qt& windows, const QPoint& global) {
@@ -88,6 +104,7 @@ void ShowVideoWindowMenu(XVideoWindow& window, CAppWindows_Qt& windows, const QP
     AddSwitch(menu, "Always on &Top", "Always on top", abilities.onTopB).setToolTip(abilities.why);
     AddSwitch(menu, "&Transparent", "Transparent Video Window", abilities.transparentB).setToolTip(abilities.why);
     AddShapes(menu);
+    AddBreakPicture(menu, window);
     if (!abilities.why.isEmpty()) menu.addAction(abilities.why)->setEnabled(false);
     menu.exec(global);
 }

@@ -1,0 +1,61 @@
+#include "Graphics/ImageFile.h"
+
+extern "C" {
+#include <libavutil/dict.h>
+#include <libavutil/frame.h>
+}
+
+#include <cstdlib>
+
+#include "Graphics/CGraphicsPort.h"
+#include "Graphics/ImageDecode.h"
+
+namespace {
+
+constexpr const char* kFormatsZ = "png_pipe,jpeg_pipe,webp_pipe,bmp_pipe,tiff_pipe,gif,apng";
+
+/** How a camera was held, by the numbers of its files: 3 upside down, 6 to be turned right, 8 to be turned left. */
+int CameraTurn(const AVFrame& frame) {
+    const AVDictionaryEntry* const entryP = av_dict_get(frame.metadata, "Orientation", nullptr, 0);
+    return entryP == nullptr ? 1 : std::atoi(entryP->value);
+}
+
+std::unique_ptr<COffscreen> Upright(std::unique_ptr<COffscreen> picture, int turn, OSErr& err) {
+    if (picture == nullptr || (turn != 3 && turn != 6 && turn != 8)) return picture;
+    const int width = picture->bounds().Width(), height = picture->bounds().Height();
+    auto turned = COffscreen::Make(turn == 3 ? picture->bounds() : MakeRect(0, 0, height, width), 32, err);
+    if (turned == nullptr) return nullptr;
+    for (int y = 0; y < height; ++y) {
+        const std::span<const Pixel32> row = std::as_const(*picture).Row32(y);
+        for (int x = 0; x < width; ++x) {
+            const int toX = turn == 3 ? width - 1 - x : turn == 6 ? height - 1 - y : y;
+            const int toY = turn == 3 ? height - 1 - y : turn == 6 ? x : width - 1 - x;
+            turned->Row32(toY)[static_cast<std::size_t>(toX)] = row[static_cast<std::size_t>(x)];
+        }
+    }
+    return turned;
+}
+
+}   // namespace
+
+std::unique_ptr<COffscreen> ReadImageFile(const std::filesystem::path& file, const Rect& most, OSErr& err) {
+    std::error_code ignored;
+    err = std::filesystem::is_regular_file(file, ignored) ? paramErr : fnfErr;
+    if (err == fnfErr) return nullptr;
+    const ImageFormat format = OpenImage(file, kFormatsZ);
+    const int streamIndex = format == nullptr ? -1 : LargestStream(*format);
+    if (streamIndex < 0) return nullptr;
+    const ImageFrame frame = DecodeFirst(*format, streamIndex);
+    if (frame == nullptr || frame->width <= 0 || frame->height <= 0) return nullptr;
+
+    const int turn = CameraTurn(*frame);
+    const bool sidewaysB = turn == 6 || turn == 8;
+    const Rect room = sidewaysB ? MakeRect(0, 0, most.Height(), most.Width()) : most;
+    Rect size{0, 0, ToCoordinate(frame->height), ToCoordinate(frame->width)};
+    if (frame->width > room.Width() || frame->height > room.Height()) size = CGraphicsPort::FitInto(size, room);
+    auto picture = PixelsOf(*frame, std::max(1, size.Width()), std::max(1, size.Height()), err);
+    picture = Upright(std::move(picture), turn, err);
+    if (picture != nullptr)
+        err = picture->SetAlpha(0xFF);   // the colours are multiplied: over black they are what they are
+    return picture;
+}
