@@ -68,7 +68,13 @@ public:
         if (frame < i_posL || frame - i_posL > kMedia_Near) {
             if (const OSErr err = Jump(frame); Failed(err)) return err;
         }
-        return SkipTo(frame);
+        OSErr err = SkipTo(frame);
+        if (!Failed(err) && i_endB && !i_landedB && i_endErr == eofErr) {   // in damaged packets, which are no end
+            err = Jump(frame);
+            if (!Failed(err)) err = SkipTo(frame);
+            if (!Failed(err) && i_endB && !i_landedB) KnowTotal();   // there is no sound in it at all
+        }
+        return err;
     }
 
     [[nodiscard]] std::uint64_t Total() const noexcept { return std::max(i_totalL, i_posL); }
@@ -102,13 +108,15 @@ private:
         i_resampler.Flush(i_pending);
         i_endB = true;
         i_endErr = err;
-        if (err == eofErr) {
-            i_totalL = i_posL + i_pending.size() / 2;
-            i_exactB = true;
-        }
+        if (err == eofErr && i_landedB) KnowTotal();
+    }
+    void KnowTotal() {
+        i_totalL = i_posL + i_pending.size() / 2;
+        i_exactB = true;
     }
 
     bool Convert(const MediaPiece& piece) {
+        i_landedB = true;
         if (piece.frameP == nullptr) return i_resampler.ConvertSilence(piece.countL, i_pending);
         if (!i_resampler.Fits(*piece.frameP)) {
             const int rateBefore = i_resampler.Rate();
@@ -149,7 +157,7 @@ private:
         i_resampler.Reset();
         i_pending.clear();
         i_pendingAtL = 0;
-        i_endB = false;
+        i_endB = i_landedB = false;
         i_posL = atL;
         if (!i_packets.HasTable()) i_rate = 0;
         return i_packets.HasTable() ? i_frames.GoTo(sampleL) : i_frames.Restart();
@@ -176,6 +184,7 @@ private:
     std::uint64_t i_totalL = 0;
     int i_rate = 0;   // of the file, once something was decoded
     bool i_openB = false, i_endB = false;
+    bool i_landedB = true;   // something was decoded since the last jump
     OSErr i_endErr = eofErr;
 };
 

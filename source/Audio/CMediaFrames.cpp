@@ -192,7 +192,13 @@ bool CMediaFrames::Take(const AVFrame& frame, MediaPiece& piece) {
 /** The packet is used up. True when there is silence to deliver in its place; called until it is false. */
 bool CMediaFrames::CloseRow(MediaPiece& piece) {
     if (!i_current.openB) return false;
-    const MediaPacketRow* rowP = i_current.knownB ? Row(i_current.rowL) : nullptr;
+    MediaPacketRow* rowP = i_current.knownB ? Row(i_current.rowL) : nullptr;
+    if (rowP != nullptr && i_current.failedB &&
+        i_current.rawL == 0) {   // heard once a good one follows, as when it was new
+        rowP->failedB = true;
+        if (i_current.rowL >= i_firstRowL) i_silenceL += rowP->countL - std::min(rowP->countL, i_current.heardL);
+        i_current.heardL = rowP->countL;
+    }
     while (rowP != nullptr && i_current.heardL < rowP->countL) {
         const auto stepL = std::min(rowP->countL - i_current.heardL, static_cast<std::uint32_t>(kMedia_MostSilence));
         i_current.heardL += stepL;
@@ -226,7 +232,10 @@ void CMediaFrames::CloseNewRow() {
 
 void CMediaFrames::DropSilenceAtEnd() {
     auto& rows = i_packets.Rows();
-    for (auto it = rows.rbegin(); it != rows.rend() && (it->failedB || it->countL == 0); ++it) it->countL = 0;
+    auto it = rows.rbegin();
+    for (; it != rows.rend() && (it->failedB || it->countL == 0); ++it) it->countL = 0;
+    const std::uint64_t endL = it == rows.rend() ? 0 : it->startL + it->countL;
+    for (auto tail = it.base(); tail != rows.end(); ++tail) tail->startL = endL;
 }
 
 void CMediaFrames::Learn(std::uint32_t rawL) {

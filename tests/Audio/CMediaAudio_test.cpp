@@ -269,13 +269,37 @@ std::vector<std::size_t> FramesOfADTS(const std::string& bytes) {
     return starts;
 }
 
-TEST(CMediaFrames, SilenceForDamagedPacketsComesInPieces) {
-    MediaFiles::Get();
-    const std::string good = MediaFiles::Bytes(MediaFiles::Folder() / "adts.aac");
-    std::string bad = good.substr(0, 7) + std::string("\x20\xFF", 2);   // a pair of channels, cut after its head
+/** A frame that goes into the stream `good`: a pair of channels, cut after its head. */
+std::string DamagedADTS(const std::string& good) {
+    std::string bad = good.substr(0, 7) + std::string("\x20\xFF", 2);
     bad[3] = static_cast<char>(bad[3] & 0xFC);
     bad[4] = static_cast<char>(bad.size() >> 3U);
     bad[5] = static_cast<char>((bad.size() & 7U) << 5U | (static_cast<unsigned char>(bad[5]) & 0x1FU));
+    return bad;
+}
+
+TEST(CMediaAudio, DamagedPacketsAtTheEndAreNothingHoweverItIsReached) {
+    MediaFiles::Get();
+    std::string bytes = MediaFiles::Bytes(MediaFiles::Folder() / "adts.aac");
+    const std::string bad = DamagedADTS(bytes);
+    bytes.insert(FramesOfADTS(bytes).at(90), bad);   // and one in the middle, which is silence
+    for (int n = 0; n < 3; ++n) bytes += bad;
+    MemorySource source(bytes), again(bytes);
+    CMediaAudio straight, audio;
+    ASSERT_EQ(straight.Open(source, "aac"), noErr);
+    const Samples all = ReadAll(straight);
+    ASSERT_EQ(audio.Open(again, "aac"), noErr);
+    for (const std::size_t frame : {all.size() / 2 + 9000, all.size() / 2 - 3000, all.size() / 2 + 9000}) {
+        ASSERT_EQ(audio.Seek(frame), noErr);
+        EXPECT_EQ(ReadAll(audio).size(), all.size() - std::min(all.size(), frame * 2)) << frame;
+        EXPECT_EQ(audio.TotalFrames(), all.size() / 2) << frame;
+    }
+}
+
+TEST(CMediaFrames, SilenceForDamagedPacketsComesInPieces) {
+    MediaFiles::Get();
+    const std::string good = MediaFiles::Bytes(MediaFiles::Folder() / "adts.aac");
+    const std::string bad = DamagedADTS(good);
     constexpr std::size_t kBad = 3000;
     std::string bytes = good;
     for (std::size_t n = 0; n < kBad; ++n) bytes += bad;
