@@ -117,6 +117,9 @@ private:
 
     bool Convert(const MediaPiece& piece) {
         i_landedB = true;
+        // Where a place begins in damaged packets, no frame has told the form yet.
+        if (piece.frameP == nullptr && i_resampler.Rate() == 0 && i_resampler.Configure(i_frames.Codec()))
+            i_rate = i_resampler.Rate();
         if (piece.frameP == nullptr) return i_resampler.ConvertSilence(piece.countL, i_pending);
         if (!i_resampler.Fits(*piece.frameP)) {
             const int rateBefore = i_resampler.Rate();

@@ -6,6 +6,7 @@
 #include "Audio/SpoolUnits.h"
 
 extern "C" {
+#include <libavcodec/avcodec.h>
 #include <libavutil/channel_layout.h>
 #include <libavutil/frame.h>
 #include <libavutil/samplefmt.h>
@@ -18,8 +19,8 @@ constexpr int kMedia_MostChannels = 64;   // of libswresample
 constexpr int kMedia_LeastRate = 1000, kMedia_MostRate = 768000;
 constexpr std::size_t kMedia_SilenceStep = 4096;
 
-std::uint64_t Mask(const AVFrame& frame) {
-    return frame.ch_layout.order == AV_CHANNEL_ORDER_NATIVE ? frame.ch_layout.u.mask : 0;
+std::uint64_t Mask(const AVChannelLayout& layout) {
+    return layout.order == AV_CHANNEL_ORDER_NATIVE ? layout.u.mask : 0;
 }
 }   // namespace
 
@@ -34,17 +35,25 @@ void CMediaResampler::Reset() {
 
 bool CMediaResampler::Fits(const AVFrame& frame) const {
     return i_swrP != nullptr && i_rate == frame.sample_rate && i_channels == frame.ch_layout.nb_channels &&
-           i_format == frame.format && i_mask == Mask(frame);
+           i_format == frame.format && i_mask == Mask(frame.ch_layout);
 }
 
 bool CMediaResampler::Configure(const AVFrame& frame) {
+    return Configure(frame.ch_layout, frame.format, frame.sample_rate);
+}
+
+bool CMediaResampler::Configure(const AVCodecContext& codec) {
+    return Configure(codec.ch_layout, codec.sample_fmt, codec.sample_rate);
+}
+
+bool CMediaResampler::Configure(const AVChannelLayout& layout, int format, int rate) {
     Reset();
-    const int channels = frame.ch_layout.nb_channels;
+    const int channels = layout.nb_channels;
     if (channels < 1 || channels > kMedia_MostChannels) return false;
-    if (frame.sample_rate < kMedia_LeastRate || frame.sample_rate > kMedia_MostRate) return false;
+    if (rate < kMedia_LeastRate || rate > kMedia_MostRate || format < 0) return false;
     AVChannelLayout in{}, out{};
-    if (Mask(frame) != 0)
-        av_channel_layout_from_mask(&in, Mask(frame));
+    if (Mask(layout) != 0)
+        av_channel_layout_from_mask(&in, Mask(layout));
     else
         av_channel_layout_default(&in, channels);
     av_channel_layout_default(&out, kMedia_Channels);
@@ -53,7 +62,7 @@ bool CMediaResampler::Configure(const AVFrame& frame) {
         return false;
     }
     const int result = swr_alloc_set_opts2(&i_swrP, &out, AV_SAMPLE_FMT_S16, static_cast<int>(kSamplesPerSecond), &in,
-                                           static_cast<AVSampleFormat>(frame.format), frame.sample_rate, 0, nullptr);
+                                           static_cast<AVSampleFormat>(format), rate, 0, nullptr);
     av_channel_layout_uninit(&in);
     if (result < 0) return false;
     constexpr std::array<double, 2> kMono{1.0, 1.0};   // the library's own rule takes 3 dB off
@@ -62,10 +71,10 @@ bool CMediaResampler::Configure(const AVFrame& frame) {
         swr_free(&i_swrP);
         return false;
     }
-    i_rate = frame.sample_rate;
+    i_rate = rate;
     i_channels = channels;
-    i_format = frame.format;
-    i_mask = Mask(frame);
+    i_format = format;
+    i_mask = Mask(layout);
     return true;
 }
 

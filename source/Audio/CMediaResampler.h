@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <vector>
 
+struct AVChannelLayout;
+struct AVCodecContext;
 struct AVFrame;
 struct SwrContext;
 
@@ -23,6 +25,8 @@ public:
     [[nodiscard]] bool Fits(const AVFrame& frame) const;
     /** Takes the form of `frame` from now on. */
     bool Configure(const AVFrame& frame);
+    /** Takes the form that a decoder says it will give. */
+    bool Configure(const AVCodecContext& codec);
     /** Appends to `to` what comes out for `countL` samples from `fromL` on. */
     bool Convert(const AVFrame& frame, std::size_t fromL, std::size_t countL, std::vector<std::int16_t>& to);
     /** The same for silence, in the form of the last frame; as if there were none before the first one. */
@@ -32,6 +36,7 @@ public:
     [[nodiscard]] int Rate() const noexcept { return i_rate; }
 
 private:
+    bool Configure(const AVChannelLayout& layout, int format, int rate);
     bool Push(const std::uint8_t* const* planesPP, std::size_t countL, std::vector<std::int16_t>& to);
 
     SwrContext* i_swrP = nullptr;

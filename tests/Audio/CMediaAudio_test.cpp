@@ -278,7 +278,7 @@ std::string DamagedADTS(const std::string& good) {
     return bad;
 }
 
-TEST(CMediaAudio, DamagedPacketsAtTheEndAreNothingHoweverItIsReached) {
+TEST(CMediaAudio, DamagedPacketsKeepTheirTimeHoweverTheyAreReached) {
     MediaFiles::Get();
     std::string bytes = MediaFiles::Bytes(MediaFiles::Folder() / "adts.aac");
     const std::string bad = DamagedADTS(bytes);
@@ -293,6 +293,13 @@ TEST(CMediaAudio, DamagedPacketsAtTheEndAreNothingHoweverItIsReached) {
         ASSERT_EQ(audio.Seek(frame), noErr);
         EXPECT_EQ(ReadAll(audio).size(), all.size() - std::min(all.size(), frame * 2)) << frame;
         EXPECT_EQ(audio.TotalFrames(), all.size() / 2) << frame;
+    }
+    for (const std::size_t frame : {90U * 1024 + 500, 90U * 1024}) {   // into the silence
+        ASSERT_EQ(audio.Seek(frame), noErr);
+        Samples part(6000);
+        std::size_t gotL = 0;
+        ASSERT_EQ(audio.Read(part, gotL), noErr);
+        EXPECT_EQ(Difference(part, std::span(all).subspan(frame * 2)), 0) << frame;
     }
 }
 
