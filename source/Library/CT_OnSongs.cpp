@@ -1,25 +1,6 @@
 #include "Library/CT_OnSongs.h"
 
-namespace {
-
-class CMainThread_OnDatabase final : public CMainThreadProc {
-public:
-    using Work = std::function<OSErr(CSongDatabase& database)>;
-    CMainThread_OnDatabase(const char* nameZ, const std::weak_ptr<CSongDatabase*>& databaseRef, const Work& work)
-        : CMainThreadProc(nameZ, StackHeld::kYes), i_databaseRef(databaseRef), i_work(work) {}
-
-protected:
-    OSErr Operate() override {
-        const auto databaseRef = i_databaseRef.lock();
-        return databaseRef == nullptr || *databaseRef == nullptr ? abortErr : i_work(**databaseRef);
-    }
-
-private:
-    const std::weak_ptr<CSongDatabase*>& i_databaseRef;
-    const Work& i_work;
-};
-
-}   // namespace
+#include "Library/CallOnDatabase.h"
 
 CT_OnSongs::CT_OnSongs(const char* nameZ, CSongDatabase& database, std::vector<SongID> songs, Done done)
     : CT_Preemptive(nameZ),
@@ -30,7 +11,7 @@ CT_OnSongs::CT_OnSongs(const char* nameZ, CSongDatabase& database, std::vector<S
       i_done(std::move(done)) {}
 
 OSErr CT_OnSongs::OnMain(const char* nameZ, const std::function<OSErr(CSongDatabase& database)>& work) {
-    return CMainThread_OnDatabase(nameZ, i_databaseRef, work).Call(CallMode::kWait);
+    return CallOnDatabase(nameZ, i_databaseRef, work);
 }
 
 OSErr CT_OnSongs::Operate(OSErr err) {

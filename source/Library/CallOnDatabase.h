@@ -1,0 +1,12 @@
+#pragma once
+#include <functional>
+#include <memory>
+
+#include "Platform/OSErr.h"
+
+class CSongDatabase;
+
+/** Runs `work` on the main thread with the database, and waits for it. Any thread, without a lock.
+    abortErr when the database has gone, or there is no main thread any more. */
+OSErr CallOnDatabase(const char* nameZ, const std::weak_ptr<CSongDatabase*>& databaseRef,
+                     const std::function<OSErr(CSongDatabase& database)>& work);
