@@ -106,6 +106,7 @@ void CApp::HandlePostEvent(PostEventKind kind) {
 }
 
 void CApp::FollowPreferences() {
+    if (i_prefs == nullptr) return;   // the event was still waiting when they were closed
     Windows().FollowPreferences(Prefs());
     if (i_break != nullptr) i_break->Follow(Prefs());
 }
