@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "Audio/CAS_QuickTimeAudioReader.h"
+#include "Core/CByteSource_File.h"
 #include "Core/CByteSource_Zip.h"
 #include "Core/CLog.h"
 #include "Core/CZipArchive.h"
@@ -20,29 +21,44 @@ std::string Extension(const std::filesystem::path& name) {
     return text;
 }
 
-OSErr MakeZipSource(const CFileRef& file, Ref<CSpooler>& sourceP) {
+OSErr FindInZip(const CFileRef& file, MediaKind kind, SongBytes& found) {
     CZipArchive zip;
     if (const OSErr err = zip.Open(file); Failed(err)) return err;
     const CZipSongMembers chosen = CZipSongMembers::Choose(zip.Members());
-    const auto sound = chosen.audio ? chosen.audio : chosen.video;
-    if (!sound) return LogStep(fnfErr, "song source: no sound in the zip", file.GetPath());
-    const CZipMember& member = zip.Members()[*sound];
-    sourceP = MakeRef<CAS_QuickTimeAudioReader>(
-        [file, member](std::unique_ptr<CByteSource>& bytesP) {
-            auto zipP = std::make_unique<CByteSource_Zip>();
-            const OSErr err = zipP->Open(file, member);
-            bytesP = std::move(zipP);
-            return err;
-        },
-        Extension(member.SafeName()));
+    const bool soundB = kind == MediaKind::kSound;
+    const auto index = soundB && chosen.audio ? chosen.audio : chosen.video;
+    if (!index)
+        return LogStep(fnfErr, soundB ? "song source: no sound in the zip" : "song source: no video in the zip",
+                       file.GetPath());
+    const CZipMember& member = zip.Members()[*index];
+    found.make = [file, member](std::unique_ptr<CByteSource>& bytesP) {
+        auto zipP = std::make_unique<CByteSource_Zip>();
+        const OSErr err = zipP->Open(file, member);
+        bytesP = std::move(zipP);
+        return err;
+    };
+    found.extension = Extension(member.SafeName());
     return noErr;
 }
 
 }   // namespace
 
+OSErr FindSongBytes(const CFileRef& file, MediaKind kind, SongBytes& found) {
+    found.extension = Extension(file.GetPath());
+    if (found.extension == "zip") return FindInZip(file, kind, found);
+    found.make = [file](std::unique_ptr<CByteSource>& bytesP) {
+        auto fileP = std::make_unique<CByteSource_File>();
+        const OSErr err = fileP->Open(file);
+        bytesP = std::move(fileP);
+        return LogStep(err, "QTNewDataReferenceFromURLCFString", file.GetPath());
+    };
+    return noErr;
+}
+
 OSErr MakeSongSource(const CFileRef& file, Ref<CSpooler>& sourceP) {
     sourceP = nullptr;
-    if (Extension(file.GetPath()) == "zip") return MakeZipSource(file, sourceP);
-    sourceP = MakeRef<CAS_QuickTimeAudioReader>(file);
+    SongBytes found;
+    if (const OSErr err = FindSongBytes(file, MediaKind::kSound, found); Failed(err)) return err;
+    sourceP = MakeRef<CAS_QuickTimeAudioReader>(std::move(found.make), std::move(found.extension));
     return noErr;
 }

@@ -1,6 +1,23 @@
 #pragma once
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "Audio/CMediaFormat.h"
 #include "Audio/CSpooler.h"
 #include "Core/CFileRef.h"
+
+/** Where the media of a song lie. */
+struct SongBytes {
+    /** Opens them, on the thread that will read them. */
+    std::function<OSErr(std::unique_ptr<CByteSource>& bytesP)> make;
+    std::string extension;   // in lower case, without its dot: a hint for the demuxer
+};
+
+/** Of the sound or the picture of `file`: itself, or a member of a zip, which is read where it lies.
+    Threads  any but the main one: a zip's directory is read here.
+    Errors   fnfErr: a zip without any; those of CZipArchive. */
+OSErr FindSongBytes(const CFileRef& file, MediaKind kind, SongBytes& found);
 
 /** The sound of a song's file as a spool of 16-bit stereo: an audio file, the sound of a video, or the sound in a zip,
    which is read where it lies. Threads  any but the main one: a zip's directory is read here. The spool opens what it

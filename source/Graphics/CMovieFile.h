@@ -1,0 +1,55 @@
+#pragma once
+#include <string_view>
+
+#include "Audio/CMediaFormat.h"
+#include "Graphics/MovieFrame.h"
+
+struct AVCodecParameters;
+struct AVRational;
+
+/** The packets of a movie's picture, with their times, and the way to another place.
+    Units    seconds of the song: 0 is the first sample that is heard of its sound, which is where CMediaAudio counts
+             from; in a movie without sound, its first picture.
+    Threads  one at a time; Abort any.
+    Owner    CMovieReader. The source outlives it.
+    Errors   statuses. paramErr: no picture that plays (a cover does not). */
+class CMovieFile {
+public:
+    /** Once. `extension` as CMediaFormat; what is read until EndOpening is bounded. */
+    OSErr Open(CByteSource& source, std::string_view extension);
+    void EndOpening() noexcept { i_format.EndOpening(); }
+    /** eofErr after the last one, also where the file was cut off. */
+    OSErr Next(AVPacket& packet) { return i_format.Next(packet); }
+    /** To a key packet at or before `seconds`, as far as the file's index, or the demuxer's guess, is right: the caller
+        looks where it came out. A failure leaves the place undefined: Restart. */
+    OSErr GoTo(double seconds);
+    /** To the first packet. */
+    OSErr Restart() { return i_format.Restart(); }
+
+    /** Of a time stamp; NaN when there is none. */
+    [[nodiscard]] double TimeOf(std::int64_t stamp) const;
+    /** When a packet is shown or, where the file does not tell, decoded; NaN when neither is told. */
+    [[nodiscard]] double TimeOf(const AVPacket& packet) const;
+    [[nodiscard]] double SecondsOf(std::int64_t duration) const;
+
+    [[nodiscard]] const AVCodecParameters& Parameters() const;
+    [[nodiscard]] AVRational TimeBase() const;
+    /** Pictures a second, the mean; 0 when nothing tells. */
+    [[nodiscard]] double FrameRate() const;
+    /** Of the song, up to the end of the picture; 0 when nothing tells. */
+    [[nodiscard]] double Seconds() const;
+    [[nodiscard]] bool HasSound() const noexcept { return i_soundB; }
+    [[nodiscard]] const std::string& Container() const noexcept { return i_format.Container(); }
+    /** The shape of a pixel, width to height: the container's word before the stream's. */
+    [[nodiscard]] double PixelShape(const AVFrame& frame);
+    /** The matrix of nine numbers by which a camera says how it was held; null for none. */
+    [[nodiscard]] const std::int32_t* DisplayMatrix() const;
+
+    void Abort() noexcept { i_format.Abort(); }
+    [[nodiscard]] bool IsAborted() const noexcept { return i_format.IsAborted(); }
+
+private:
+    CMediaFormat i_format{MediaKind::kPicture};
+    double i_originT = 0;   // of the file's own times
+    bool i_soundB = false;
+};
