@@ -104,7 +104,7 @@ void CAS_QuickTimeVideo::SeekTo(double seconds) {
     const auto playP = i_playP.Get();
     if (!playP) return;
     seconds = std::clamp(seconds, 0.0, kMovie_Longest);
-    if (!i_leader) playP->Time().Jump(seconds);
+    playP->Time().Jump(seconds);   // also a small step, which the sound would be followed to slowly
     playP->Pictures().Seek(seconds - static_cast<double>(i_delayL) / 1000);
 }
 

@@ -7,7 +7,7 @@
 
 namespace {
 constexpr double kMovie_JumpT = 0.25;   // a difference that no block of sound makes
-constexpr double kMovie_SmoothT = 0.5;
+constexpr double kMovie_SmoothT = 2;
 }   // namespace
 
 CMovieTime::CMovieTime() : i_atT(CClock::Get().SteadyT()) {}

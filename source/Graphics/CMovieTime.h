@@ -11,9 +11,9 @@ public:
     static constexpr long kMost_Delay = 2000;
 
     CMovieTime();
-    /** The sound is heard at `heardT`. A small difference is made up for over half a second, a large one at once. */
+    /** The sound is heard at `heardT`. A small difference is made up for over two seconds, a large one at once. */
     void Follow(double heardT, bool runningB, double rate);
-    /** Own clock: goes on from `seconds`. */
+    /** Goes on from `seconds`. */
     void Jump(double seconds);
     void Run(bool runningB, double rate = 1);
 

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <random>
 
-#include "Audio/MediaFiles.h"
+#include "Core/MemorySource.h"
 #include "Graphics/CMoviePainter.h"
 #include "MovieFiles.h"
 
