@@ -15,8 +15,8 @@ namespace {
 
 constexpr double kMovie_NoTime = std::numeric_limits<double>::quiet_NaN();
 constexpr double kMovie_DefaultFrameT = 1.0 / 25;
-/** Pictures that are needed after a key picture before all come out right where later ones are referred to: as many as a
-    decoder may hold back. */
+/** Pictures that are needed after a key picture before all come out right where later ones are referred to: as many as
+   a decoder may hold back. */
 constexpr int kMovie_RunIn = 16;
 /** How far ahead of the place a second, third ... try begins. */
 constexpr std::array kMovie_StepsBackT = {0.0, 1.0, 10.0, 60.0};
@@ -96,8 +96,23 @@ OSErr CMovieReader::Feed() {
         }
         i_packets.push_back(std::move(packetP));
     }
-    if (i_decoder.Send(i_packets.front().get())) i_packets.pop_front();
+    const AVPacket& packet = *i_packets.front();
+    const bool hastyB = i_hurry == MovieHurry::kSkipUnreferenced || i_file.TimeOf(packet.pts) < i_keepT;
+    i_decoder.SetHurry(hastyB ? MovieHurry::kSkipUnreferenced : MovieHurry::kNone);
+    if (i_decoder.Send(&packet)) i_packets.pop_front();
     return noErr;
+}
+
+/** On the way to `seconds` only the picture that is shown there counts, and what it is made from. Its time stands in
+   the packets, where the file tells times of showing. */
+void CMovieReader::KeepFrom(double seconds) {
+    double keepT = -HUGE_VAL;
+    for (const AVPacketPtr& packetP : i_packets) {
+        const double timeT = i_file.TimeOf(packetP->pts);
+        if (std::isnan(timeT)) return;
+        if (timeT <= seconds) keepT = std::max(keepT, timeT);
+    }
+    i_keepT = keepT;
 }
 
 void CMovieReader::Stamp(MovieFrame& frame) {
@@ -176,6 +191,7 @@ OSErr CMovieReader::DecodeTo(double seconds, double keyT, const Cancelled& cance
         if (cancelled && cancelled()) return abortErr;
         if (i_ready.empty() && i_packets.empty()) {   // a key picture may come closer on the way
             if (const OSErr err = GatherTo(seconds, keyT, cancelled); Failed(err)) return err;
+            KeepFrom(seconds);
         }
         MovieFrame frame;
         const OSErr err = Next(frame);
@@ -194,6 +210,12 @@ OSErr CMovieReader::DecodeTo(double seconds, double keyT, const Cancelled& cance
 
 OSErr CMovieReader::Seek(double seconds, const Cancelled& cancelled, const Preview& preview) {
     SetHurry(MovieHurry::kNone);
+    const OSErr err = GoAndDecode(seconds, cancelled, preview);
+    i_keepT = -HUGE_VAL;
+    return err;
+}
+
+OSErr CMovieReader::GoAndDecode(double seconds, const Cancelled& cancelled, const Preview& preview) {
     OSErr err = eofErr;
     const double hereT = i_ready.empty() ? i_lastT : i_ready.front().timeT;
     if (hereT <= seconds && seconds - hereT < kMovie_NearT && !i_drainedB) {

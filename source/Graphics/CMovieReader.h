@@ -1,4 +1,5 @@
 #pragma once
+#include <cmath>
 #include <deque>
 #include <functional>
 
@@ -30,7 +31,7 @@ public:
     /** The next Next gives what is shown at `seconds`: the last picture that begins then or before, or the first one.
         abortErr: it was given up, and the place is any. */
     OSErr Seek(double seconds, const Cancelled& cancelled = {}, const Preview& preview = {});
-    void SetHurry(MovieHurry hurry) { i_decoder.SetHurry(hurry); }
+    void SetHurry(MovieHurry hurry) noexcept { i_hurry = hurry; }
 
     [[nodiscard]] const MovieFacts& Facts() const noexcept { return i_facts; }
     [[nodiscard]] CMovieFile& File() noexcept { return i_file; }
@@ -42,6 +43,8 @@ private:
     OSErr OpenDecoder(bool hardwareB);
     OSErr Decode(MovieFrame& frame);
     OSErr Feed();
+    void KeepFrom(double seconds);
+    OSErr GoAndDecode(double seconds, const Cancelled& cancelled, const Preview& preview);
     OSErr FetchPacket(AVPacketPtr& packetP);
     void Stamp(MovieFrame& frame);
     OSErr Begin(double fromT);
@@ -55,8 +58,10 @@ private:
     std::deque<AVPacketPtr> i_packets;   // read ahead of the decoder
     std::deque<MovieFrame> i_ready;      // decoded ahead of Next
     double i_lastT = 0;                  // of the last frame decoded; NaN after a jump
-    double i_frameT = 0;                 // what a picture takes when nothing tells
-    bool i_atStartB = false;             // of a seek: the way begins with the first packet
-    bool i_drainedB = false;             // the decoder knows that no packet comes
+    double i_keepT = -HUGE_VAL;          // pictures before it that no other refers to are left out
+    MovieHurry i_hurry = MovieHurry::kNone;
+    double i_frameT = 0;       // what a picture takes when nothing tells
+    bool i_atStartB = false;   // of a seek: the way begins with the first packet
+    bool i_drainedB = false;   // the decoder knows that no packet comes
     OSErr i_endErr = eofErr;
 };
