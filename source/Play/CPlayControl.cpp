@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "Core/CAlerts.h"
+#include "Core/AlertHook.h"
 #include "Core/CCFPrefDictionary.h"
 #include "Core/CLog.h"
 #include "Graphics/PlayNext.h"
@@ -22,7 +22,12 @@ constexpr long kRewind_300ths = 2 * 300;
 }   // namespace
 
 CPlayControl::CPlayControl(CPlayHost& host)
-    : i_host(host), i_selfRef(std::make_shared<CPlayControl*>(this)), i_volumeF(ReadVolume(host)) {}
+    : i_host(host),
+      i_selfRef(std::make_shared<CPlayControl*>(this)),
+      i_outputP(MakeRef<CPlayOutput>()),
+      i_volumeF(ReadVolume(host)) {
+    i_outputP->Level().gainF = i_volumeF;
+}
 
 CPlayControl::~CPlayControl() {
     *i_selfRef = nullptr;
@@ -65,10 +70,11 @@ OSErr CPlayControl::PlayRow(PlaylistID list, PLItemID item, const StartHow& how)
     if (i_host.IsQuitting()) return abortErr;
     std::optional<SongPlaySpec> spec = SpecOf(list, item);
     if (!spec) {
-        MessageAlert("Stranger than Fiction error: The song you're trying to play is not in the current playlist.");
+        ShowAlert("Stranger than Fiction error: The song you're trying to play is not in the current playlist.", {});
         return fnfErr;
     }
     EndCurrent();
+    ChooseOutput();
     i_list = list;
     i_item = item;
     i_startPausedB = how.pausedB;
@@ -82,7 +88,7 @@ OSErr CPlayControl::PlayRow(PlaylistID list, PLItemID item, const StartHow& how)
     const std::string name = spec->name;
     SongPlayParts parts{.spec = *spec,
                         .loadP = i_next.Take(*spec),
-                        .outputP = Output(),
+                        .outputP = i_outputP,
                         .settings = AudioPlayerSettings::Read(preferences),
                         .windowRule = CPlayWindowRule::Read(preferences),
                         .autoCueB = preferences.GetBool("Auto-cue", true),
@@ -136,16 +142,6 @@ void CPlayControl::CacheNext() {
         i_next.Drop();
 }
 
-Ref<CPlayOutput> CPlayControl::Output() {
-    if (!i_outputP) {
-        i_outputP = MakeRef<CPlayOutput>(i_host.MakeOutput(
-            i_host.Preferences().GetString("Audio Output Device", SuperString(kAudioOutput_Default)).UTF8()));
-        i_outputP->Level().gainF = i_volumeF;
-        i_outputP->Level().onB = !i_mutedB;
-    }
-    return i_outputP;
-}
-
 // ---- Ending ----
 
 void CPlayControl::EndCurrent() {
@@ -170,9 +166,9 @@ void CPlayControl::SongFailed(CSongPlay& play, OSErr err) {
 void CPlayControl::TellFailure(const CSongPlay& play, OSErr err) const {
     if (CSpooler::IsIgnorable(err) || play.Files().WasTold()) return;
     if (err == fnfErr)
-        MessageAlert("Could not find the song “" + play.Spec().name + "”");
+        ShowAlert("Could not find the song “" + play.Spec().name + "”", {});
     else
-        MessageAlert("The song “" + play.Spec().name + "” could not be played", ErrorText(err));
+        ShowAlert("The song “" + play.Spec().name + "” could not be played", ErrorText(err));
 }
 
 void CPlayControl::SongEnded(CSongPlay& play) {

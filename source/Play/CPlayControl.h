@@ -115,9 +115,11 @@ private:
     /** The song counts as sung. */
     void FinishSong(const CSongPlay& play);
     void CacheNext();
+    [[nodiscard]] std::string WantedDevice() const;
+    /** The output follows the preferences. */
+    void ChooseOutput();
     [[nodiscard]] static float ReadVolume(CPlayHost& host);
     void KeepValue(MetaKey key, double value);
-    [[nodiscard]] Ref<CPlayOutput> Output();
     [[nodiscard]] CPlayList* List() const;
     template <class Say>
     void Tell(Say&& say);
@@ -127,8 +129,9 @@ private:
     CPlayHost& i_host;
     const std::shared_ptr<CPlayControl*> i_selfRef;
     std::vector<CPlayWatcher*> i_watchers;   // not owned
-    Ref<CPlayOutput> i_outputP;              // made with the first song
-    Ref<CSongPlay> i_playP;                  // null: idle
+    const Ref<CPlayOutput> i_outputP;
+    std::string i_device;     // that i_outputP was given; empty: none yet
+    Ref<CSongPlay> i_playP;   // null: idle
     CNextSong i_next;
     bool i_startPausedB = false;   // i_playP is to begin paused
     PlaylistID i_list{SDB_kUninitializedID};

@@ -63,14 +63,14 @@ OSErr CPlayControl::SetTempo(double tempo) {
 void CPlayControl::SetVolume(float volumeF) {
     if (std::isnan(volumeF)) return;
     i_volumeF = std::clamp(volumeF, 0.0F, 1.0F);
-    if (i_outputP) i_outputP->Level().gainF = i_volumeF;
+    i_outputP->Level().gainF = i_volumeF;
     i_host.Preferences().Set(kPref_Volume, CCFValue(std::lround(i_volumeF * 100)));
     TellSettings();
 }
 
 void CPlayControl::SetMute(bool mutedB) {
     i_mutedB = mutedB;
-    if (i_outputP) i_outputP->Level().onB = !mutedB;
+    i_outputP->Level().onB = !mutedB;
     TellSettings();
 }
 
@@ -101,13 +101,26 @@ std::string CPlayControl::SlipGlobal(int steps) {
     return text;
 }
 
-std::vector<std::string> CPlayControl::OutputDevices() { return Output()->DeviceNames(); }
+std::string CPlayControl::WantedDevice() const {
+    const std::string device = i_host.Preferences().GetString(kPref_Device).UTF8();
+    return device.empty() ? std::string(kAudioOutput_Default) : device;
+}
+
+void CPlayControl::ChooseOutput() {
+    if (std::string device = WantedDevice(); device != i_device) {
+        i_outputP->Replace(i_host.MakeOutput(device));
+        i_device = std::move(device);
+    }
+}
+
+std::vector<std::string> CPlayControl::OutputDevices() {
+    return i_host.MakeOutput(WantedDevice()).outputP->DeviceNames();
+}
 
 OSErr CPlayControl::SetOutputDevice(const std::string& name) {
     i_host.Preferences().Set(kPref_Device, CCFValue(SuperString(name)));
-    i_outputP = nullptr;   // the song that plays keeps the old one until its end
     TellSettings();
-    if (!i_playP) return noErr;
+    if (!i_playP || WantedDevice() == i_device) return noErr;
     const bool playsB = State() == PlayState::kPlaying;
     return PlayRow(i_list, i_item, {.pausedB = IsPaused(), .at300 = playsB ? CurTime300() : -1});
 }

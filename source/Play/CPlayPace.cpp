@@ -59,6 +59,11 @@ void CPlayPace::Detach() {
     i_soundP.reset();
 }
 
+bool CPlayPace::IsRunning() const {
+    const std::scoped_lock guard(i_lock);
+    return i_mode == Mode::kRuns;
+}
+
 long CPlayPace::Period() const {
     const std::scoped_lock guard(i_lock);
     return SectorMicroseconds(i_tempo);

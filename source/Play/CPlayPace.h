@@ -41,6 +41,8 @@ public:
     /** The song goes. */
     void Detach();
 
+    /** The clock runs by itself: what is heard now was heard without a break since it began to. */
+    [[nodiscard]] bool IsRunning() const;
     /** Of the thread: the period to sleep, in microseconds. */
     [[nodiscard]] long Period() const;
     void SetTempo(double tempo);

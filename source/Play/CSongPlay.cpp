@@ -2,10 +2,16 @@
 
 #include "Core/CLog.h"
 #include "Graphics/CGraphicsPorts.h"
+#include "Platform/CClock.h"
 #include "Play/CMainThread_SongCall.h"
 #include "Play/CT_EndSong.h"
 #include "Play/CT_PlayAudio.h"
 #include "Play/CT_SeekSound.h"
+
+namespace {
+constexpr long kApart_300ths = 150;   // what a slow crystal does in an hour is no reason to jump
+constexpr double kApart_T = 1;
+}   // namespace
 
 CSongPlay::CSongPlay(SongPlayParts parts, CSongPlayOwner& owner)
     : i_parts(std::move(parts)), i_ownerP(&owner), i_sound(i_parts), i_picture(i_parts, *this) {}
@@ -117,7 +123,25 @@ void CSongPlay::Tick(bool forceB) {
         PictureFailed(err);
         return;
     }
+    MendDrift();
     i_picture.Tick(forceB);
+}
+
+void CSongPlay::MendDrift() {
+    const CAudioPlayer* const playerP = i_sound.Player();
+    const bool soundB = playerP != nullptr && !playerP->IsStopped() && !i_seekingB && i_picture.Pace()->IsRunning();
+    const long heard300 = soundB ? Heard300() : 0;
+    const bool movesB = heard300 != std::exchange(i_lastHeard300, heard300);
+    const double nowT = CClock::Get().SteadyT();
+    if (!soundB || std::abs(heard300 - CurTime300()) < kApart_300ths) {
+        i_apartSinceT = 0;
+    } else if (i_apartSinceT == 0) {
+        i_apartSinceT = nowT;
+    } else if (movesB && nowT - i_apartSinceT > kApart_T) {   // while it stands still a seek would not help
+        LogF("sound at %ld, picture at %ld: the sound goes there", heard300, CurTime300());
+        i_apartSinceT = 0;
+        SeekTo300(CurTime300());
+    }
 }
 
 OSErr CSongPlay::SetPitchTempo(double pitch, double tempo) {

@@ -86,6 +86,9 @@ private:
     void PictureFailed(OSErr err) override;
     void NoteDrawn() override;
 
+    /** A device that was away, or a disc that stood still, has left the sound behind: it goes on where the words are.
+     */
+    void MendDrift();
     void StartSeekWorker();
     void SeeksDone();
     void TellEnded();
@@ -95,5 +98,8 @@ private:
     CSongPlayOwner* i_ownerP;   // null after Stop; main thread
     CSongSound i_sound;
     CSongPicture i_picture;
-    bool i_seekingB = false;   // main thread: the sound is on its way
+    // Main thread.
+    bool i_seekingB = false;    // the sound is on its way
+    double i_apartSinceT = 0;   // picture and sound are far from each other; 0: they are not
+    long i_lastHeard300 = 0;    // as of the last look
 };

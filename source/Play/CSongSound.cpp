@@ -1,7 +1,7 @@
 #include "Play/CSongSound.h"
 
 #include "Audio/CAutoCue.h"
-#include "Core/CAlerts.h"
+#include "Core/AlertHook.h"
 #include "Core/CLog.h"
 
 namespace {
@@ -51,9 +51,10 @@ OSErr CSongSound::MakePlayer() {
     }
     if (Failed(err)) {
         if (Number(err) >= -1 && err != alreadyReportedErr)
-            MessageAlert(
+            ShowAlert(
                 "This audio file is not (yet?) compatible with modern CoreAudio.  If you can play it with iTunes, you "
-                "might try re-encoding it. ");
+                "might try re-encoding it. ",
+                {});
         return err;
     }
     if (const OSErr pitchErr =

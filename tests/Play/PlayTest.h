@@ -1,0 +1,212 @@
+#pragma once
+#include <chrono>
+#include <cstdlib>
+#include <mutex>
+
+#include "Core/AlertHook.h"
+#include "Core/CCFPrefDictionary.h"
+#include "Core/ThreadTest.h"
+#include "Graphics/CGraphicsPorts.h"
+#include "Library/CMetaManager.h"
+#include "Library/CSongDatabase.h"
+#include "Platform/CAudioOutput_Null.h"
+#include "Platform/CUserInterface_Scripted.h"
+#include "Play/CPlayControl.h"
+#include "Play/CPlayHost.h"
+#include "Play/CPlayWatcher.h"
+
+/** The machine's clock, running faster. */
+class FastClock final : public CClock {
+public:
+    explicit FastClock(double speed) : i_speed(speed) { Install(this); }
+    ~FastClock() override { Install(nullptr); }
+    double AbsoluteT() const override { return SteadyT(); }
+    double SteadyT() const override {
+        return 1000 + i_speed * std::chrono::duration<double>(std::chrono::steady_clock::now() - i_start).count();
+    }
+
+private:
+    const double i_speed;
+    const std::chrono::steady_clock::time_point i_start = std::chrono::steady_clock::now();
+};
+
+/** An output that a test can hold up: opening waits at the gate, and the device can be missing. */
+class GatedOutput final : public CAudioOutput_Null {
+public:
+    explicit GatedOutput(std::atomic<bool>& shutB, std::atomic<OSErr>& err, std::atomic<int>& opened)
+        : i_shutB(shutB), i_err(err), i_openedL(opened) {}
+    OSErr Open(std::string_view, const AudioBlocks& blocks) override {
+        while (i_shutB) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        if (Failed(i_err.load())) return i_err;
+        EXPECT_EQ(++i_openedL, 1) << "two songs in one output";
+        return CAudioOutput_Null::Open("", blocks);
+    }
+    void Close() override {
+        --i_openedL;
+        CAudioOutput_Null::Close();
+    }
+
+private:
+    std::atomic<bool>& i_shutB;
+    std::atomic<OSErr>& i_err;
+    std::atomic<int>& i_openedL;
+};
+
+/** Songs, a list, and a control that plays them on an output without sound; the clock runs 20 times as fast. */
+class PlayTest : public testing::Test, protected CSongDatabaseHost, protected CPlayHost, protected CPlayWatcher {
+protected:
+    static constexpr double kSpeed = 20;
+
+    PlayTest() {
+        std::string pattern = (std::filesystem::temp_directory_path() / "play-XXXXXX").string();
+        i_folder = ::mkdtemp(pattern.data());
+        CLog::Get().SetFile(i_folder / "log.txt");
+        CLog::Get().SetLive(true);
+        Alerts().clear();
+        SetAlertHook([](std::string_view message, std::string_view) {
+            const std::scoped_lock guard(AlertLock());
+            Alerts().push_back(std::string(message));
+        });
+        i_managerP = std::make_unique<CThreadManager>();
+        i_databaseP = std::make_unique<CSongDatabase>(static_cast<CSongDatabaseHost&>(*this));
+        i_listP = &i_databaseP->AddPlaylist(kSourceDB_PLAYLIST, "evening");
+        i_controlP = std::make_unique<CPlayControl>(static_cast<CPlayHost&>(*this));
+        i_controlP->AddWatcher(*this);
+    }
+    ~PlayTest() override {
+        i_shutB = false;
+        i_controlP.reset();
+        i_managerP.reset();   // waits for the songs that are on their way out
+        EXPECT_EQ(i_openedL, 0);
+        i_databaseP.reset();
+        SetAlertHook(nullptr);
+        CLog::Get().SetLive(false);
+        CLog::Get().SetFile({});
+        std::filesystem::remove_all(i_folder);
+    }
+
+    // ---- Songs ----
+    /** A tone of `seconds`, after `silentT` of nothing, in a WAV file that is written here. */
+    std::filesystem::path Sound(const std::string& name, double seconds, double silentT = 0) const {
+        const auto framesL = static_cast<std::uint32_t>(44100 * (silentT + seconds));
+        const auto silentL = static_cast<std::uint32_t>(44100 * silentT);
+        std::ofstream out(i_folder / name, std::ios::binary);
+        const auto put = [&out](auto value) { out.write(reinterpret_cast<const char*>(&value), sizeof value); };
+        out << "RIFF";
+        put(36 + framesL * 4);
+        out << "WAVEfmt ";
+        for (const std::uint32_t word : {16U, 0x00020001U, 44100U, 176400U, 0x00100004U}) put(word);
+        out << "data";
+        put(framesL * 4);
+        for (std::uint32_t n = 0; n < framesL; ++n) put(n < silentL ? 0U : n % 100 < 50 ? 0x20002000U : 0xE000E000U);
+        return i_folder / name;
+    }
+    /** So many packets of graphics, tiles that differ. */
+    std::filesystem::path Graphics(const std::string& name, std::size_t packetsL) const {
+        std::ofstream out(i_folder / name, std::ios::binary);
+        for (std::size_t n = 0; n < packetsL; ++n) {
+            std::array<char, 24> packet{};
+            packet[0] = 9;
+            packet[1] = 6;
+            packet[5] = 1;
+            packet[6] = static_cast<char>(n % 18);
+            packet[7] = static_cast<char>(n / 18 % 50);
+            for (std::size_t row = 8; row < 20; ++row) packet[row] = static_cast<char>((n + row) % 64);
+            out.write(packet.data(), packet.size());
+        }
+        return i_folder / name;
+    }
+    CSong& Add(const std::filesystem::path& audio, const std::filesystem::path& video = {}) {
+        CSong& song = *i_databaseP->CreateSong();
+        const auto set = [&song](MetaKey key, const std::filesystem::path& file) {
+            if (!file.empty())
+                song.Meta().SetSongFile(key, {.status = SDB_SongFileStatus_REFERENCE, .ref = CFileRef(file)});
+        };
+        set(audio.extension() == ".zip" ? "Sfs2"_key : "Sfs0"_key, audio);
+        set("Sfs1"_key, video);
+        song.Meta().SetString("name"_key, (audio.empty() ? video : audio).stem().string());
+        i_listP->AddItem({.target = song.GetSongID()});
+        return song;
+    }
+    [[nodiscard]] PLItemID Row(std::size_t n) const { return i_listP->GetSortedList().at(n); }
+    OSErr Play(std::size_t row) { return i_controlP->Play(i_listP->ID(), Row(row)); }
+
+    // ---- Time ----
+    void Pass() {
+        i_host.RunLoopPass();
+        i_controlP->VideoIdle(false);
+    }
+    bool RunUntil(const std::function<bool()>& doneB) {
+        for (const auto startT = std::chrono::steady_clock::now(); !doneB(); Pass())
+            if (std::chrono::steady_clock::now() - startT > std::chrono::seconds(30)) return false;
+        return true;
+    }
+    bool RunUntilPlaying() {
+        return RunUntil([this] { return i_controlP->State() == PlayState::kPlaying; });
+    }
+    bool RunUntilIdle() {
+        return RunUntil([this] { return i_controlP->State() == PlayState::kIdle; });
+    }
+    void RunFor(double seconds) {
+        const double untilT = CClock::Get().SteadyT() + seconds;
+        while (CClock::Get().SteadyT() < untilT) Pass();
+    }
+    /** Threads that end songs have ended. */
+    bool RunUntilOutputIsFree() {
+        return RunUntil([this] { return i_openedL == 0; });
+    }
+
+    // ---- What is told ----
+    [[nodiscard]] bool Logged(const std::string& text) const {
+        std::stringstream all;
+        all << std::ifstream(i_folder / "log.txt").rdbuf();
+        return all.str().find(text) != std::string::npos;
+    }
+    static std::mutex& AlertLock() {
+        static std::mutex s_lock;
+        return s_lock;
+    }
+    static std::vector<std::string>& Alerts() {
+        static std::vector<std::string> s_alerts;
+        return s_alerts;
+    }
+    static std::vector<std::string> AlertsSoFar() {
+        const std::scoped_lock guard(AlertLock());
+        return Alerts();
+    }
+
+    // What playing asks.
+    CSongDatabase& Database() override { return *i_databaseP; }
+    CCFPrefDictionary& Preferences() override { return i_preferences; }
+    CUserInterface& Ui() override { return i_ui; }
+    bool IsQuitting() const override { return i_quittingB; }
+    AudioOutputChoice MakeOutput(const std::string& device) override {
+        return {std::make_unique<GatedOutput>(i_shutB, i_openErr, i_openedL), device};
+    }
+    CGraphicsPorts& Ports() override { return i_ports; }
+    void ShowMessage(std::string_view text) override { i_messages.emplace_back(text); }
+    void Deselect() override { i_deselectedB = true; }
+    void SongEnded(const CSongPlay& play) override { i_sung.push_back(play.Spec().name); }
+    void StopPlayback() override { i_controlP->Stop(); }
+    void PlayChanged() override { i_states.push_back(i_controlP->State()); }
+    void SettingsChanged() override { ++i_settingsL; }
+
+    std::filesystem::path i_folder;
+    FastClock i_clock{kSpeed};
+    TestHost i_host;
+    CMetaManager i_metaManager;
+    CCFPrefDictionary i_preferences;
+    CUserInterface_Scripted i_ui;
+    CGraphicsPorts i_ports;
+    std::atomic<bool> i_shutB{false};
+    std::atomic<OSErr> i_openErr{noErr};
+    std::atomic<int> i_openedL{0};
+    bool i_quittingB = false, i_deselectedB = false;
+    std::vector<std::string> i_messages, i_sung;
+    std::vector<PlayState> i_states;
+    int i_settingsL = 0;
+    std::unique_ptr<CThreadManager> i_managerP;
+    std::unique_ptr<CSongDatabase> i_databaseP;
+    CPlayList* i_listP = nullptr;
+    std::unique_ptr<CPlayControl> i_controlP;
+};
