@@ -1,0 +1,186 @@
+#include "Library/CLibraryCommands.h"
+
+#include <algorithm>
+#include <set>
+
+#include "Core/Assertions.h"
+#include "Core/CLog.h"
+#include "Core/ThreadInfo.h"
+#include "Core/WaitMode.h"
+#include "Library/CSongDatabase.h"
+#include "Library/CT_ConformNames.h"
+#include "Library/CT_FindMissing.h"
+#include "Library/CT_PurgeCache.h"
+#include "Library/CT_TrashSongs.h"
+
+namespace {
+
+constexpr std::size_t kReveal_Unasked = 5;   // so many folders may open without a question
+
+/** A file URL of a folder: what is no plain sign is written by its number. */
+std::string FolderURL(const std::filesystem::path& folder) {
+    constexpr std::string_view kPlain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";
+    std::string url = "file://";
+    for (const char c : folder.native()) {
+        if (kPlain.find(c) != std::string_view::npos) {
+            url += c;
+            continue;
+        }
+        constexpr std::string_view kHex = "0123456789ABCDEF";
+        const auto byte = static_cast<unsigned char>(c);
+        url += '%';
+        url += kHex[byte >> 4U];
+        url += kHex[byte & 15U];
+    }
+    return url;
+}
+
+}   // namespace
+
+CLibraryCommands::CLibraryCommands(CSongDatabase& database, CUserInterface& ui)
+    : i_database(database),
+      i_ui(ui),
+      i_zipper(database, i_busyRef),
+      i_unpacker({database.Self(), database.Songs(), database.Settings(), i_busyRef}) {}
+
+bool CLibraryCommands::Confirm(LibraryDialog dialog, const std::string& detail) {
+    (void)Assert(IsMainThread());
+    return i_ui.Ask(LibraryQuestion(dialog, detail)).buttonIndex == kAnswer_Do;
+}
+
+bool CLibraryCommands::StopIfPlaying(std::span<const SongID> songs) {
+    if (std::ranges::find(songs, i_database.PlayingSong()) == songs.end()) return true;
+    if (!Confirm(LibraryDialog::kDeletePlaying)) return false;
+    i_database.Host().StopPlayback();
+    return true;
+}
+
+std::vector<SongID> CLibraryCommands::SongsOf(const SDB_Selection& selection) const {
+    if (selection.List() != &i_database.Library()) {
+        Log("Converting Playlist selection to Library selection…");
+        Log("Converting Playlist selection to Song List");
+    }
+    return i_database.SongsOf(selection);
+}
+
+void CLibraryCommands::WaitForSorts(CProgressView& progress) const {
+    const auto sorting = [this] { return std::ranges::any_of(i_database.PlayLists(), &CPlayList::IsSorting); };
+    if (!sorting()) return;
+    progress.SetText("Waiting for sort tasks…");
+    while (sorting()) WaitOneTurn();
+}
+
+OSErr CLibraryCommands::RemoveSongs(const std::vector<SongID>& songs, const std::string& title) {
+    const std::unique_ptr<CProgressView> progressP = i_ui.OpenProgress(title);
+    WaitForSorts(*progressP);
+    progressP->SetText("Removing Songs from all playlists");
+    progressP->Redraw();
+    return i_database.RemoveFromLibrary(songs);
+}
+
+OSErr CLibraryCommands::RemoveFromLibrary(const SDB_Selection& selection) {
+    const std::vector<SongID> songs = SongsOf(selection);
+    if (songs.empty()) return noErr;
+    if (!Confirm(LibraryDialog::kRemoveFromLibrary) || !StopIfPlaying(songs)) return userCanceledErr;
+    return RemoveSongs(songs, "Remove from Library");
+}
+
+OSErr CLibraryCommands::RemoveDuplicates(const SDB_Selection& selection) {
+    if (selection.List() != &i_database.Library()) return paramErr;
+    if (!Confirm(LibraryDialog::kRemoveDuplicates)) return userCanceledErr;
+    const std::unique_ptr<CProgressView> progressP = i_ui.OpenProgress("Remove Duplicates");
+    WaitForSorts(*progressP);
+    return i_database.RemoveDuplicates(selection);
+}
+
+OSErr CLibraryCommands::TrashOriginals(const SDB_Selection& selection, Done done) {
+    std::vector<SongID> songs = SongsOf(selection);
+    if (songs.empty()) return noErr;
+    if (!Confirm(LibraryDialog::kTrashOriginals) || !StopIfPlaying(songs)) return userCanceledErr;
+    Log("Moving songs to trash");
+    return CT_TrashSongs::Start(i_database, std::move(songs), [&ui = i_ui, done = std::move(done)](OSErr err) {
+        // The log names the files.
+        if (Failed(err) && err != userCanceledErr)
+            ui.Alert("Some files could not be moved to the trash.", ErrorText(err));
+        if (done) done(err);
+    });
+}
+
+OSErr CLibraryCommands::DeleteTracks(const SDB_Selection& selection) {
+    const CPlayList* const listP = selection.List();
+    if (listP == nullptr) return paramErr;
+    const PlaylistID list = listP->ID();
+    if (list == kPlaylistID_Library) return RemoveFromLibrary(selection);
+    if (!listP->IsModifyable()) return paramErr;
+    const std::vector<PLItemID> items = selection.Items();
+    if (!StopIfPlaying(SongsOf(selection))) return userCanceledErr;
+    const std::unique_ptr<CProgressView> progressP = i_ui.OpenProgress("Delete Tracks");
+    WaitForSorts(*progressP);
+    progressP->SetText("Clearing Playlist");
+    Log("Clearing Playlist");
+    return i_database.RemoveFromList(list, items);
+}
+
+OSErr CLibraryCommands::DeletePlaylist(PlaylistID list) {
+    const CPlayList* const listP = i_database.GetPlayList(list);
+    if (listP == nullptr) return fnfErr;
+    const std::string name = listP->Name().UTF8();
+    if (!Confirm(LibraryDialog::kDeletePlaylist, name)) return userCanceledErr;
+    const OSErr err = i_database.DeletePlaylist(list);
+    if (Failed(err))
+        i_ui.Alert("The playlist “" + name + "” could not be deleted.",
+                   "You may need to empty your trash first, or rename the Playlist before deleting it.");
+    return err;
+}
+
+OSErr CLibraryCommands::Paste(std::span<const SongID> songs, const CCFDictionary& meta) {
+    if (songs.empty()) return noErr;
+    if (!Confirm(LibraryDialog::kPaste)) return userCanceledErr;
+    for (const SongID id : songs) (void)i_database.WithSong(id, [&](CSong& song) { song.Meta().FromDictionary(meta); });
+    return noErr;
+}
+
+OSErr CLibraryCommands::Reveal(std::span<const SongID> songs) {
+    std::set<std::filesystem::path> folders;
+    for (const SongID id : songs) {
+        const auto files = CSongFiles::Of(i_database, id);
+        if (!files) continue;
+        // As the places say: a disc that is away would hold up the main thread, and its folder opens to nothing.
+        for (const SDB_SongFile type : {SDB_SongFile_ZIP, SDB_SongFile_VIDEO, SDB_SongFile_AUDIO})
+            if (!files->Ref(type).IsEmpty()) {
+                folders.insert(files->Ref(type).GetPath().parent_path());
+                break;
+            }
+    }
+    if (folders.empty()) return fnfErr;
+    if (folders.size() > kReveal_Unasked && !Confirm(LibraryDialog::kReveal, std::to_string(songs.size())))
+        return userCanceledErr;
+    for (const std::filesystem::path& folder : folders)
+        if (!i_ui.OpenPage(FolderURL(folder))) return LogStep(fnfErr, "revealing", folder);
+    return noErr;
+}
+
+OSErr CLibraryCommands::LocateMissing(SongID song) {
+    const auto files = CSongFiles::Of(i_database, song);
+    if (!files) return fnfErr;
+    const auto folder =
+        i_ui.ChooseFolder("Find Song: “" + files->Name() + "”: please locate the following musical arrangment");
+    if (!folder) return userCanceledErr;
+    std::vector<std::pair<SDB_SongFile, CFileRef>> found;
+    for (const SDB_SongFile type : {SDB_SongFile_ZIP, SDB_SongFile_VIDEO, SDB_SongFile_AUDIO}) {
+        if (files->Ref(type).IsEmpty()) continue;
+        CFileRef file(CFileRef(*folder), files->Ref(type).GetName());
+        if (!Failed(file.Resolve())) found.emplace_back(type, file);
+    }
+    const bool thereB = i_database.WithSong(song, [&](CSong& place) {
+        for (const auto& [type, file] : found) (void)place.SetFile(type, file);
+    });
+    if (!thereB || found.empty()) return fnfErr;
+    return CT_FindMissing::Start(i_database, {song});
+}
+
+OSErr CLibraryCommands::PurgeCache(Done done) { return CT_PurgeCache::Start(i_database, i_busyRef, std::move(done)); }
+
+OSErr CLibraryCommands::ConformNames(std::span<const SongID> songs, Done done) {
+    return CT_ConformNames::Start(i_database, std::vector(songs.begin(), songs.end()), std::move(done));
+}

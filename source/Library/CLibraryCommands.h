@@ -1,0 +1,63 @@
+#pragma once
+#include <functional>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "Core/CCFDictionary.h"
+#include "Library/CSongUnpacker.h"
+#include "Library/CSongZipper.h"
+#include "Library/LibraryDialogs.h"
+#include "Library/SDB_Selection.h"
+
+class CPlayList;
+class CSongDatabase;
+
+/** The commands of the library that a user chooses from a menu: each asks what must be asked, shows how far it is, and
+   does the work on the disc by a task. Threads  main. A command that asks or waits pumps: a list may go meanwhile, so
+   that ids are kept, not lists. Owner    the application's library. Errors   userCanceledErr when the user does not
+   want it; what the work says. A command that goes on by a task answers noErr, and tells `done` how that ended. */
+class CLibraryCommands {
+public:
+    using Done = std::function<void(OSErr err)>;
+
+    CLibraryCommands(CSongDatabase& database, CUserInterface& ui);
+
+    /** The songs of these rows leave all lists and the library; their files stay. */
+    OSErr RemoveFromLibrary(const SDB_Selection& selection);
+    /** Rows of the library's list alone. */
+    OSErr RemoveDuplicates(const SDB_Selection& selection);
+    /** The owned files go to the trash, the songs from all lists. */
+    OSErr TrashOriginals(const SDB_Selection& selection, Done done = {});
+    /** Rows of a playlist leave it; of the library's list, their songs leave the library. Asks when one of them plays,
+       and stops it first. */
+    OSErr DeleteTracks(const SDB_Selection& selection);
+    OSErr DeletePlaylist(PlaylistID list);
+    /** The values of `meta` go into all these songs. */
+    OSErr Paste(std::span<const SongID> songs, const CCFDictionary& meta);
+    /** Shows the folders of the songs' main files, each once, in the desktop's file manager. */
+    OSErr Reveal(std::span<const SongID> songs);
+    /** Asks for the folder in which a missing song lies, and finds its files there. fnfErr when they are not. */
+    OSErr LocateMissing(SongID song);
+    OSErr PurgeCache(Done done = {});
+    /** Names the songs' files after them, by a task. */
+    OSErr ConformNames(std::span<const SongID> songs, Done done = {});
+
+    [[nodiscard]] CSongZipper& Zipper() noexcept { return i_zipper; }
+    [[nodiscard]] CSongUnpacker& Unpacker() noexcept { return i_unpacker; }
+
+private:
+    [[nodiscard]] bool Confirm(LibraryDialog dialog, const std::string& detail = {});
+    /** Asks when the playing song is among them, and stops it; false when it shall play on. */
+    [[nodiscard]] bool StopIfPlaying(std::span<const SongID> songs);
+    /** The songs of the rows, told as what they are. */
+    [[nodiscard]] std::vector<SongID> SongsOf(const SDB_Selection& selection) const;
+    void WaitForSorts(CProgressView& progress) const;
+    OSErr RemoveSongs(const std::vector<SongID>& songs, const std::string& title);
+
+    CSongDatabase& i_database;
+    CUserInterface& i_ui;
+    const std::shared_ptr<CBusySongs> i_busyRef = std::make_shared<CBusySongs>();
+    CSongZipper i_zipper;
+    CSongUnpacker i_unpacker;
+};

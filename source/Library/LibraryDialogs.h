@@ -1,0 +1,20 @@
+#pragma once
+#include <string>
+
+#include "Platform/CUserInterface.h"
+
+/** The commands of the library that ask first. */
+enum class LibraryDialog : unsigned char {
+    kRemoveFromLibrary,
+    kRemoveDuplicates,
+    kTrashOriginals,
+    kDeletePlaying,
+    kDeletePlaylist,
+    kPaste,
+    kReveal
+};
+
+/** The question of a command; "%s" or "%d" of its text becomes `detail`. The safe answer, which is no, comes last. */
+[[nodiscard]] Question LibraryQuestion(LibraryDialog dialog, const std::string& detail = {});
+/** What the first button of such a question is. */
+inline constexpr std::size_t kAnswer_Do = 0;
