@@ -78,6 +78,7 @@ std::unique_ptr<ScopedCrashReporter> CApp::InstallCrashReporter(std::string_view
 
 CSaveTarget& CApp::SaveTarget() { return *i_library; }
 CSongDatabase& CApp::Database() { return i_library->Database(); }
+CLibraryCommands& CApp::LibraryCommands() { return i_library->Commands(); }
 CPlayControl& CApp::Play() { return i_play->Control(); }
 
 void CApp::RunLoopPass() {

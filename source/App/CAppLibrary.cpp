@@ -5,12 +5,13 @@
 #include "Core/CApp.h"
 #include "Core/CLog.h"
 #include "Core/WaitMode.h"
+#include "Library/CT_FindMissing.h"
 
 namespace {
 constexpr int kLock_Tries = 500;   // turns of 0.01 s
 }
 
-CAppLibrary::CAppLibrary(CApp& app) : i_app(app), i_database(*this) {
+CAppLibrary::CAppLibrary(CApp& app) : i_app(app), i_database(*this), i_commands(i_database, app.Ui()) {
     i_database.SetSettings(ReadLibrarySettings(app.Prefs()));
 }
 CAppLibrary::~CAppLibrary() = default;
@@ -45,6 +46,8 @@ OSErr CAppLibrary::Load(LibraryPlaces places) {
 
 void CAppLibrary::AfterStart() {
     if (i_store) i_store->AfterStart();
+    if (i_database.Songs()->Count() == 0) return;
+    if (Failed(CT_FindMissing::Start(i_database))) Log("### Error looking for missing songs");
 }
 
 OSErr CAppLibrary::Save(bool fullB) {

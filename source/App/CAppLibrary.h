@@ -1,5 +1,6 @@
 #pragma once
 #include "App/CSaveTarget.h"
+#include "Library/CLibraryCommands.h"
 #include "Library/CLibraryLock.h"
 #include "Library/CLibraryStore.h"
 #include "Library/CSongDatabase.h"
@@ -19,6 +20,8 @@ public:
     /** Loads the library of this root. userCanceledErr when the user would rather quit; opWrErr, told, when another
         program changes it. */
     OSErr Load(LibraryPlaces places);
+    /** What a user may want of the library. */
+    [[nodiscard]] CLibraryCommands& Commands() noexcept { return i_commands; }
     /** Null before Load. */
     [[nodiscard]] CLibraryStore* Store() noexcept { return i_store.get(); }
     /** The application is ready: what the load found to be saved becomes dirty. */
@@ -49,6 +52,7 @@ private:
     CApp& i_app;
     CLibraryLock i_lock;
     CSongDatabase i_database;
+    CLibraryCommands i_commands;
     std::unique_ptr<CLibraryStore> i_store;   // before the database goes
     bool i_othersDirtyB = false;              // what is saved beside the library: the preferences
 };

@@ -15,6 +15,7 @@
 
 class CAlerts;
 class CAppLibrary;
+class CLibraryCommands;
 class CAppPlay;
 class CAppWindows;
 class CBreakScreen;
@@ -73,6 +74,8 @@ public:
     [[nodiscard]] CSaveTarget& SaveTarget();
     /** All songs, lists and singers. From the stage "Creating Song Database" to "closing database". */
     [[nodiscard]] CSongDatabase& Database();
+    /** The library's commands, for menus. */
+    [[nodiscard]] CLibraryCommands& LibraryCommands();
     /** What plays, and how. As long as Database. */
     [[nodiscard]] CPlayControl& Play();
     /** "Vopla" and the version, the name in titles. */

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Core/CLog.h"
+#include "Core/CThreadManager.h"
 #include "Library/CSongDatabase.h"
 #include "Library/FileTitle.h"
 
@@ -45,7 +46,7 @@ OSErr CT_AddFiles::Operate(OSErr err) {
     (void)CThreadHost::With([&](CThreadHost& host) { viewP = host.OpenTask("Add Files"); });
     if (viewP) viewP->SetText("Gathering Files in folder");
     i_found = SongFileSets::Gather(i_paths, i_settingsRef->requireAudioB, [&] {
-        cancelledB = cancelledB || (viewP && viewP->IsCancelled());
+        cancelledB = cancelledB || CThreadManager::IsKilling() || (viewP && viewP->IsCancelled());
         return cancelledB;
     });
     if (cancelledB) return userCanceledErr;

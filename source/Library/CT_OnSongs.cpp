@@ -1,5 +1,6 @@
 #include "Library/CT_OnSongs.h"
 
+#include "Core/CThreadManager.h"
 #include "Library/CallOnDatabase.h"
 
 CT_OnSongs::CT_OnSongs(const char* nameZ, CSongDatabase& database, std::vector<SongID> songs, Done done)
@@ -9,6 +10,8 @@ CT_OnSongs::CT_OnSongs(const char* nameZ, CSongDatabase& database, std::vector<S
       i_settingsRef(database.Settings()),
       i_songs(std::move(songs)),
       i_done(std::move(done)) {}
+
+bool CT_OnSongs::IsCancelled() const { return CThreadManager::IsKilling() || (i_viewP && i_viewP->IsCancelled()); }
 
 OSErr CT_OnSongs::OnMain(const char* nameZ, const std::function<OSErr(CSongDatabase& database)>& work) {
     return CallOnDatabase(nameZ, i_databaseRef, work);

@@ -25,7 +25,8 @@ protected:
     virtual OSErr AtEnd(OSErr err) { return err; }
     /** Waits. abortErr when the database has gone. No lock may be held. */
     OSErr OnMain(const char* nameZ, const std::function<OSErr(CSongDatabase& database)>& work);
-    [[nodiscard]] bool IsCancelled() const { return i_viewP && i_viewP->IsCancelled(); }
+    /** The user wants its end, or the program ends. */
+    [[nodiscard]] bool IsCancelled() const;
     void ShowText(const std::string& text) {
         if (i_viewP) i_viewP->SetText(text);
     }
