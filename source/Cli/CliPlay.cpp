@@ -101,7 +101,10 @@ private:
 
     void Tell(std::string_view state, const CSongPlay& play, bool lastB = true) {
         i_context.out << "{\"state\":\"" << state << "\",\"audio300\":" << play.Heard300()
-                      << ",\"packets\":" << play.Packets() << ",\"time300\":" << play.CurTime300() << "}" << std::endl;
+                      << ",\"packets\":" << play.Packets() << ",\"time300\":" << play.CurTime300();
+        if (play.Files().Kind() == SongKind::kVideo)
+            i_context.out << ",\"pictures\":" << play.Pictures().shownL << ",\"dropped\":" << play.Pictures().droppedL;
+        i_context.out << "}" << std::endl;
         if (!lastB) return;
         ++i_songsL;
         i_audio300 += play.Heard300();

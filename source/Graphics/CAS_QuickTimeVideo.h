@@ -53,7 +53,7 @@ public:
     [[nodiscard]] Rect Frame() const override;
     /** The pictures were all shown, and the sound, if it leads, was heard. */
     [[nodiscard]] bool IsEnded() const override;
-    void Idle() override { static_cast<void>(Show()); }
+    bool Idle() override { return Show(); }
     /** Chooses the picture of now; true when another one is shown than before. */
     [[nodiscard]] bool Show();
     /** Seconds until it is worth calling Show again. */

@@ -122,7 +122,10 @@ void CGraphics::RenderFor(CGraphicsPort& port) {
     i_portP = beforeP;
 }
 
-void CGraphics::MovieChanged() { RefreshPorts({}, false); }
+void CGraphics::MovieChanged() {
+    RefreshPorts({}, false);
+    if (i_songP != nullptr) i_songP->NoteDrawn(CClock::Get().AbsoluteT());
+}
 
 OSErr CGraphics::ReadSubCodes(CSubCodeStream* streamP, std::span<SubCodePacket> packets, std::size_t& countL) {
     const std::size_t wantedL = countL;
@@ -196,12 +199,16 @@ void CGraphics::Tick(bool forceB) {
 }
 
 void CGraphics::EndOfStream() {
-    if (i_songP->IsChangingSong() || i_endB) return;
+    if (i_songP->IsChangingSong()) return;
+    if (CGraphicsMovie* movieP = i_songP->Movie();
+        i_endB && movieP != nullptr && !movieP->IsEnded() && !i_songP->IsAtEnd())
+        i_endB = false;   // sought back
+    if (i_endB) return;
     if (!i_songP->IsAtEnd() && !i_songP->IsAudioFinished()) {
         CGraphicsMovie* movieP = i_songP->Movie();
         if (movieP == nullptr) return;
         if (!movieP->IsEnded()) {
-            movieP->Idle();
+            if (movieP->Idle()) MovieChanged();
             return;
         }
     }

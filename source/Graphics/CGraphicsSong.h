@@ -20,7 +20,8 @@ public:
                                     : MakeRect(0, 0, Picture()->bounds().Width(), Picture()->bounds().Height());
     }
     [[nodiscard]] virtual bool IsEnded() const = 0;
-    virtual void Idle() = 0;
+    /** True when another picture is shown than before. */
+    virtual bool Idle() = 0;
 };
 
 /** What the picture asks of its song, and of the application around it.

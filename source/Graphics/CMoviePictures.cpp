@@ -1,12 +1,17 @@
 #include "Graphics/CMoviePictures.h"
 
 #include <algorithm>
+#include <utility>
 
 MoviePicturePtr CMoviePictures::Borrow(std::size_t bytes) {
     const std::size_t mostL = std::clamp(kMost_Bytes / std::max<std::size_t>(bytes, 1), kFewest, kMost);
     std::unique_lock guard(i_lock);
     for (;;) {
         if (i_stopB || i_seekB) return nullptr;
+        if (!i_lookedB && i_madeL > 0 && i_spare.empty()) {
+            i_changed.wait(guard);
+            continue;
+        }
         while (i_madeL > mostL && !i_spare.empty()) {   // the pictures have grown
             i_spare.pop_back();
             --i_madeL;
@@ -69,6 +74,7 @@ bool CMoviePictures::IsSeekWanted() const {
 
 bool CMoviePictures::Choose(double nowT, MoviePicturePtr& shownP, std::uint64_t& droppedL) {
     const std::scoped_lock guard(i_lock);
+    if (!std::exchange(i_lookedB, true)) i_changed.notify_all();
     std::size_t takeL = 0;
     while (takeL < i_ready.size() && (i_ready[takeL]->timeT <= nowT || i_ready[takeL]->atOnceB)) ++takeL;
     if (takeL == 0) return false;

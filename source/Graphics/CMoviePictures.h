@@ -77,5 +77,6 @@ private:
     std::size_t i_madeL = 0;   // pictures that live, wherever they are
     MovieSeek i_seek;
     bool i_seekB = false, i_stopB = false, i_endB = false;
+    bool i_lookedB = false;   // somebody looks: until then one picture is enough of a song that only lies ready
     double i_endT = 0;
 };

@@ -46,6 +46,7 @@ OSErr ReadMember(const CFileRef& zip, const CZipMember& member, std::vector<std:
 void CSongLoad::Abort() {
     i_abortedB.store(true);
     if (const Ref<CAS_AudioRing> ringP = i_abortable.Get()) ringP->Abort();
+    if (const Ref<CAS_QuickTimeVideo> movieP = i_abortableMovie.Get()) movieP->Abort();
 }
 
 OSErr CSongLoad::Load(std::unique_ptr<CS_MainThread_AbortProc> completionP) {
@@ -68,11 +69,16 @@ OSErr CSongLoad::LoadNow(std::unique_ptr<CS_MainThread_AbortProc> completionP) {
     if (i_ringP) i_ringP->Abort();   // of files that are others now
     i_ringP = nullptr;
     i_graphicsP.reset();
+    if (i_movieP) i_movieP->Abort();
+    i_movieP = nullptr;
     i_toldB = false;
     if (const OSErr err = Choose(); Failed(err)) return err;
     i_stamps = Stamps();
     if (i_abortedB.load()) return abortErr;
-    const bool silentB = i_kind == SongKind::kLaunch || i_kind == SongKind::kGraphics;
+    if (i_kind == SongKind::kVideo)
+        if (const OSErr err = LoadMovie(); Failed(err)) return err;
+    const bool silentB = i_kind == SongKind::kLaunch || i_kind == SongKind::kGraphics ||
+                         (i_movieP && i_soundFile.GetPath() == i_mainFile.GetPath() && !i_movieP->Facts().soundB);
     return silentB ? noErr : StartSound(std::move(completionP));
 }
 
@@ -155,6 +161,18 @@ OSErr CSongLoad::ChooseFromFiles() {
     if (!picture.IsEmpty())
         if (const OSErr err = LoadGraphics(picture.GetPath()); Failed(err)) return err;
     i_kind = sound.IsEmpty() ? SongKind::kGraphics : picture.IsEmpty() ? SongKind::kSound : SongKind::kSoundAndGraphics;
+    return noErr;
+}
+
+OSErr CSongLoad::LoadMovie() {
+    if (const OSErr err = MakeSongMovie(i_mainFile, i_movieP); Failed(err)) return err;
+    i_abortableMovie.Set(i_movieP);
+    if (i_abortedB.load()) i_movieP->Abort();
+    std::uint64_t unitsL = 0;
+    const OSErr err = i_movieP->Open(false, unitsL);
+    if (err != paramErr) return err;
+    i_movieP = nullptr;   // a file for movies with sound alone in it
+    i_kind = SongKind::kSound;
     return noErr;
 }
 

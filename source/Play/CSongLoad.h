@@ -9,6 +9,7 @@
 #include "Audio/CAS_AudioRing.h"
 #include "Core/CS_MainThread_AbortProc.h"
 #include "Core/Ref.h"
+#include "Graphics/CAS_QuickTimeVideo.h"
 #include "Graphics/CSubCodeStream_Memory.h"
 #include "Library/CMetaSongFile.h"
 #include "Play/SongPlaySpec.h"
@@ -45,6 +46,8 @@ public:
     [[nodiscard]] const Ref<CAS_AudioRing>& Audio() const noexcept { return i_ringP; }
     /** Null without. */
     [[nodiscard]] CSubCodeStream_Memory* Graphics() noexcept { return i_graphicsP.get(); }
+    /** The picture of kVideo, opened; else null. */
+    [[nodiscard]] const Ref<CAS_QuickTimeVideo>& Movie() const noexcept { return i_movieP; }
     /** The movie of kVideo, or the file that kLaunch hands on. */
     [[nodiscard]] const CFileRef& MainFile() const noexcept { return i_mainFile; }
 
@@ -63,6 +66,7 @@ private:
     OSErr Choose();
     OSErr ChooseFromZip();
     OSErr ChooseFromFiles();
+    OSErr LoadMovie();
     OSErr LoadGraphics(const std::filesystem::path& file);
     OSErr StartSound(std::unique_ptr<CS_MainThread_AbortProc> completionP);
     [[nodiscard]] CFileRef Find(CFileRef file, SDB_SongFile type, const CFileRef& beside) const;
@@ -72,6 +76,7 @@ private:
     CFileRef i_mainFile, i_soundFile;
     std::unique_ptr<CSubCodeStream_Memory> i_graphicsP;
     Ref<CAS_AudioRing> i_ringP;
+    Ref<CAS_QuickTimeVideo> i_movieP;
     std::vector<Stamp> i_stamps;   // of the files, when they were opened
     bool i_toldB = false;
     mutable std::mutex i_phaseLock;   // guards i_phase; held for no work
@@ -79,4 +84,5 @@ private:
     Phase i_phase = Phase::kNew;
     std::atomic<bool> i_abortedB{false};
     CMutexT<Ref<CAS_AudioRing>> i_abortable;   // what Abort ends while Load is under way
+    CMutexT<Ref<CAS_QuickTimeVideo>> i_abortableMovie;
 };

@@ -7,6 +7,7 @@
 #include "Graphics/CGraphics.h"
 #include "Graphics/CGraphicsPorts.h"
 #include "Graphics/CHq4x.h"
+#include "Play/CSongMovie.h"
 #include "Play/CT_DriftFree_Graphics.h"
 
 namespace {
@@ -26,11 +27,13 @@ CSongPicture::CSongPicture(const SongPlayParts& parts, CSongPictureOwner& owner)
 CSongPicture::~CSongPicture() { StopClock(); }
 
 OSErr CSongPicture::WireUp(CGraphicsPorts& ports) {
-    if (Stream() == nullptr) return noErr;
+    const Ref<CAS_QuickTimeVideo>& movieP = i_parts.loadP->Movie();
+    if (Stream() == nullptr && !movieP) return noErr;
     OSErr err = noErr;
     i_graphicsP = CGraphics::Make(ChannelMask(), MakeUpscaler(i_parts.hq4xB), err);
     if (i_graphicsP == nullptr) return LogStep(err, "making graphics");
     i_graphicsP->SetSong(*this);
+    if (movieP) i_movieP = std::make_unique<CSongMovie>(movieP, *i_graphicsP, i_clock);
     return LogStep(ports.WireUp(nullptr, i_graphicsP->Overlay()), "wiring up graphics ports");
 }
 
@@ -38,8 +41,10 @@ OSErr CSongPicture::StartClock(long start300, double tempo, std::shared_ptr<cons
     i_clock.Start(i_parts.spec.slipT);
     i_clock.Seek(start300);
     i_paceP = std::make_shared<CPlayPace>(i_clock);
-    i_paceP->SetSound(std::move(soundP));
+    i_paceP->SetSound(soundP);
     i_paceP->SetTempo(tempo);
+    if (i_movieP)
+        i_movieP->Lead(soundP, i_paceP, [this, silentB = soundP == nullptr] { return silentB || i_owner.IsSoundOver(); });
     auto threadP = std::make_unique<CT_DriftFree_Graphics>(i_paceP);
     i_threadP = threadP.get();
     if (CT_Preemptive::Start(std::move(threadP)) != 0) return noErr;
@@ -54,10 +59,13 @@ void CSongPicture::StopClock() {
     i_threadP = nullptr;
 }
 
-void CSongPicture::TakeDown() { i_graphicsP.reset(); }
+void CSongPicture::TakeDown() {
+    i_movieP.reset();
+    i_graphicsP.reset();
+}
 
 void CSongPicture::Rewind() {
-    if (i_graphicsP && Failed(LogStep(Stream()->Rewind(), "rewinding the graphics"))) return;
+    if (i_graphicsP && Stream() != nullptr && Failed(LogStep(Stream()->Rewind(), "rewinding the graphics"))) return;
 }
 
 void CSongPicture::SeekTo300(long time300) {
@@ -65,6 +73,7 @@ void CSongPicture::SeekTo300(long time300) {
     if (Stream() != nullptr && time300 + i_clock.StartSync() + SyncSlip300() < Packets()) Rewind();
     i_endToldB = false;
     if (i_paceP) i_paceP->BeginSeek(time300);
+    if (i_movieP) i_movieP->SeekTo300(time300);
 }
 
 void CSongPicture::SetSlipT(double seconds) {
@@ -74,6 +83,11 @@ void CSongPicture::SetSlipT(double seconds) {
 bool CSongPicture::IsAtEnd() const {
     const long end300 = i_parts.spec.trimEnd300;
     return end300 > i_parts.spec.trimStart300 && Time300() >= end300;
+}
+
+/** The pictures of a movie go on where its sound is shorter. */
+bool CSongPicture::IsAudioFinished() const {
+    return i_owner.IsSoundOver() && (!i_movieP || i_movieP->Movie().IsEnded());
 }
 
 void CSongPicture::Tick(bool forceB) {
@@ -91,7 +105,10 @@ long CSongPicture::Packets() const {
     return streamP == nullptr ? 0 : static_cast<long>(streamP->Position() / kSubCodePacket_Units);
 }
 
+MovieCounts CSongPicture::Pictures() const { return i_movieP ? i_movieP->Movie().Counts() : MovieCounts{}; }
+
 long CSongPicture::Length300() const {
+    if (i_movieP) return i_movieP->Movie().Length300();
     const CSubCodeStream_Memory* streamP = i_parts.loadP->Graphics();
     return streamP == nullptr ? 0 : static_cast<long>(streamP->LengthUnits() / kSubCodePacket_Units);
 }

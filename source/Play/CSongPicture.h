@@ -8,6 +8,7 @@
 
 class CGraphics;
 class CGraphicsPorts;
+class CSongMovie;
 class CT_DriftFree_Graphics;
 
 /** What the picture asks of the song that it belongs to. */
@@ -55,6 +56,8 @@ public:
     [[nodiscard]] long Time300() const noexcept { return static_cast<long>(i_clock.Now()); }
     /** Packets that were drawn. */
     [[nodiscard]] long Packets() const;
+    /** What became of the pictures of a video song. */
+    [[nodiscard]] MovieCounts Pictures() const;
     /** Of the graphics; 0 without. */
     [[nodiscard]] long Length300() const;
     [[nodiscard]] const CGraphics* Graphics() const noexcept { return i_graphicsP.get(); }
@@ -64,9 +67,9 @@ private:
     CGraphicsClock& Clock() override { return i_clock; }
     CSubCodeStream* Stream() override { return i_parts.loadP->Graphics(); }
     bool IsAtEnd() const override;
-    bool IsAudioFinished() const override { return i_owner.IsSoundOver(); }
+    bool IsAudioFinished() const override;
     bool IsVideoSong() const override { return i_parts.loadP->Kind() == SongKind::kVideo; }
-    CGraphicsMovie* Movie() override { return nullptr; }
+    CGraphicsMovie* Movie() override { return i_parts.loadP->Movie().Get(); }
     std::uint16_t ChannelMask() const override { return i_parts.spec.channels; }
     long SyncSlip300() const override { return i_slipMoved300 + i_owner.GlobalSlip300(); }
     bool IsChangingSong() const override { return i_owner.IsEnding(); }
@@ -82,6 +85,7 @@ private:
     CSongPictureOwner& i_owner;
     CGraphicsClock i_clock;
     std::unique_ptr<CGraphics> i_graphicsP;
+    std::unique_ptr<CSongMovie> i_movieP;   // of a video song; uses the graphics
     std::shared_ptr<CPlayPace> i_paceP;
     CT_DriftFree_Graphics* i_threadP = nullptr;   // the fork's; lives until it was told to stop
     bool i_pausedB = true;

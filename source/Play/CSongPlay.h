@@ -72,6 +72,7 @@ public:
     /** What is heard now; 0 without sound. */
     [[nodiscard]] long Heard300() const;
     [[nodiscard]] long Packets() const { return i_picture.Packets(); }
+    [[nodiscard]] MovieCounts Pictures() const { return i_picture.Pictures(); }
     [[nodiscard]] std::uint64_t FramesLate() const;
     OSErr PlayErr() const noexcept { return i_sound.Err(); }
     [[nodiscard]] const CGraphics* Graphics() const noexcept { return i_picture.Graphics(); }

@@ -19,7 +19,7 @@ struct ScriptedMovie final : CGraphicsMovie {
     const CPixels* pictureP = nullptr;
     const CPixels* Picture() const override { return pictureP; }
     bool IsEnded() const override { return endedB; }
-    void Idle() override { ++idlesL; }
+    bool Idle() override { return ++idlesL == 0; }
 };
 struct BrokenStream final : CSubCodeStream {
     SubCodeRead Read(std::span<std::uint8_t>) override { return {0, ioErr}; }

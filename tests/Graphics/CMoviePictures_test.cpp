@@ -20,8 +20,16 @@ void PutAt(CMoviePictures& pictures, double timeT, bool atOnceB = false) {
     pictures.Put(std::move(pictureP));
 }
 
+/** As a song does that plays, not one that only lies ready. */
+void LookAt(CMoviePictures& pictures) {
+    MoviePicturePtr noneP;
+    std::uint64_t droppedL = 0;
+    EXPECT_FALSE(pictures.Choose(-1, noneP, droppedL));
+}
+
 TEST(CMoviePictures, TheLastOneThatHasBegunIsChosenAndTheOthersCount) {
     CMoviePictures pictures;
+    LookAt(pictures);
     MoviePicturePtr shownP;
     std::uint64_t droppedL = 0;
     for (const double timeT : {1.0, 1.5, 2.0, 2.5}) PutAt(pictures, timeT);
@@ -44,6 +52,7 @@ TEST(CMoviePictures, ASeekEmptiesItAndItsFirstPictureIsShownAtOnce) {
     CMoviePictures pictures;
     MoviePicturePtr shownP;
     std::uint64_t droppedL = 0;
+    LookAt(pictures);
     PutAt(pictures, 1.0);
     MoviePicturePtr stale = pictures.Borrow(100);
     stale->turn = pictures.Turn();
@@ -77,6 +86,7 @@ TEST(CMoviePictures, MemoryIsBounded) {
     };
     for (const Case c : {Case{100, 8}, Case{kFullHD_Bytes, 6}, Case{CMoviePictures::kMost_Pixels * 4, 4}}) {
         CMoviePictures pictures;
+        LookAt(pictures);
         std::size_t countL = 0;
         std::vector<MoviePicturePtr> all;
         for (; countL < c.pictures; ++countL) all.push_back(pictures.Borrow(c.bytes));
@@ -89,6 +99,7 @@ TEST(CMoviePictures, MemoryIsBounded) {
 
 TEST(CMoviePictures, PicturesThatGrewMakeRoom) {
     CMoviePictures pictures;
+    LookAt(pictures);
     std::vector<MoviePicturePtr> small;
     for (int n = 0; n < 8; ++n) small.push_back(pictures.Borrow(100));
     for (MoviePicturePtr& pictureP : small) pictures.GiveBack(std::move(pictureP));
