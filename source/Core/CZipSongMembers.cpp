@@ -34,6 +34,8 @@ constexpr struct {
     {".wmv", {.videoB = true}},
     {".webm", {.videoB = true}},
     {".m4v", {.videoB = true}},
+    {".flv", {.videoB = true}},
+    {".divx", {.videoB = true}},
     {".vlp", {.lyricsB = true}},
     {".lrc", {.lyricsB = true}},
     {".txt", {.lyricsB = true}},
