@@ -103,17 +103,23 @@ std::vector<PLItemID> CSongDatabase::AddSongsToLibrary(std::span<const SongID> s
 void CSongDatabase::SongsEnteredLibrary(CPlayList& library, std::span<const PLItemID> items) {
     for (const PLItemID id : items)
         if (const auto row = library.Items()->Get(id); row && row->target.type == SDB_kPLItem_SONG)
-            if (CSong* const songP = i_songsRef->Find(SongID{row->target.idL});
-                songP != nullptr && songP->LibraryItem() == SDB_kNoItem)
-                songP->SetLibraryItem(id);
+            if (CSong* const songP = i_songsRef->Find(SongID{row->target.idL}); songP != nullptr) {
+                if (songP->LibraryItem() == SDB_kNoItem)
+                    songP->SetLibraryItem(id);
+                else if (songP->LibraryItem() != id)
+                    ++i_secondRowsL;
+            }
 }
 
 void CSongDatabase::SongsLeaveLibrary(CPlayList& library, std::span<const PLItemID> items) {
     for (const PLItemID id : items)
         if (const auto row = library.Items()->Get(id); row && row->target.type == SDB_kPLItem_SONG)
-            if (CSong* const songP = i_songsRef->Find(SongID{row->target.idL});
-                songP != nullptr && songP->LibraryItem() == id)
-                songP->SetLibraryItem(SDB_kNoItem);
+            if (CSong* const songP = i_songsRef->Find(SongID{row->target.idL}); songP != nullptr) {
+                if (songP->LibraryItem() == id)
+                    songP->SetLibraryItem(SDB_kNoItem);
+                else if (i_secondRowsL > 0)
+                    --i_secondRowsL;
+            }
 }
 
 void CSongDatabase::SetSettings(LibrarySettings settings) {

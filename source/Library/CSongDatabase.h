@@ -222,6 +222,7 @@ public:
 
 private:
     using Change = std::pair<SongID, MetaKey>;
+    [[nodiscard]] std::vector<PLItemID> ItemsOf(const CPlayList& list, std::span<const SongID> songs) const;
 
     CSongDatabaseHost& i_host;
     const std::shared_ptr<CSongDatabase*> i_selfRef;
@@ -231,6 +232,8 @@ private:
     LibraryFacts i_facts;
     CMutex_ItemMap<PlaylistID, CPlayList> i_lists;
     CPlayList* i_libraryP = nullptr;
+    std::size_t i_secondRowsL =
+        0;   // rows of the library's list whose song has another one; too many rather than too few
     CMutexT<std::int32_t> i_nextID{Number(kPlaylistID_Library) + 1};
     CMutexT<std::shared_ptr<const LibrarySettings>> i_settings{std::make_shared<const LibrarySettings>()};
     CMutexT<SongID> i_songP{SongID{0}};

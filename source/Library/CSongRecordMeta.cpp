@@ -1,9 +1,10 @@
 #include "Library/CSongRecordMeta.h"
-#include "Library/TempoSteps.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
-#include <set>
+
+#include "Library/TempoSteps.h"
 
 namespace {
 
@@ -30,11 +31,6 @@ constexpr WordField kWords[] = {{"drtn"_key, &SongRecord::duration},
 
 constexpr std::int32_t kRating_None = 255;
 
-std::int32_t IntegerOf(const CMeta& song, MetaKey key, std::int32_t none = 0) {
-    const CMetaValue value = song.Stored(key);
-    return value ? value.Integer() : none;
-}
-
 /** What a narrow field holds of `value`: 0 for what does not fit, which then stands among the rest. */
 template <typename Field>
 Field Fitting(std::int32_t value) {
@@ -46,7 +42,42 @@ std::uint16_t PipFlags(std::int32_t pip) {
     return pip == 2 ? kSongFlag_Pip2 : pip == 3 ? kSongFlag_Pip3 : pip == 4 ? kSongFlag_Pip4 : std::uint16_t{0};
 }
 
+/** What is stored of a song, looked up without its lock: a song is asked some twenty times. */
+class StoredValues {
+public:
+    explicit StoredValues(std::span<const MetaEntry> entries) : i_entries(entries) {}
+    [[nodiscard]] const CMetaValue& operator[](MetaKey key) const {
+        static const CMetaValue s_none;
+        const auto it = std::ranges::find(i_entries, key, &MetaEntry::key);
+        return it == i_entries.end() ? s_none : it->value;
+    }
+    [[nodiscard]] std::int32_t Integer(MetaKey key, std::int32_t none = 0) const {
+        const CMetaValue& value = (*this)[key];
+        return value ? value.Integer() : none;
+    }
+
+private:
+    std::span<const MetaEntry> i_entries;
+};
+
+/** A relative path that is its own normal form for sure: nothing in it goes up, stays, or is empty. (One with a name
+   that begins with a dot is none of these, and is taken the long way.) */
+bool IsPlain(std::string_view path) {
+    return !path.empty() && path.front() != '/' && path.front() != '.' && path.back() != '/' &&
+           path.find("//") == std::string_view::npos && path.find("/.") == std::string_view::npos;
+}
+
+/** The music folder with a "/" behind it; empty when it is not in its normal form. */
+std::string MusicPrefix(const std::filesystem::path& music) {
+    const std::string& text = music.native();
+    const bool normalB = music.is_absolute() && text.back() != '/' && music.lexically_normal().native() == text;
+    return normalB ? text + '/' : std::string();
+}
+
 }   // namespace
+
+CSongRecordMeta::CSongRecordMeta(std::filesystem::path musicFolder, CSongStatus status)
+    : i_music(std::move(musicFolder)), i_musicPrefix(MusicPrefix(i_music)), i_status(std::move(status)) {}
 
 struct CSongRecordMeta::PathField {
     SDB_SongFile type;
@@ -88,6 +119,11 @@ void CSongRecordMeta::Load(const SongRecord& record, CMeta& song) {
 void CSongRecordMeta::LoadPath(const PathField& field, const SongRecord& record) {
     const std::string_view text = record.Text(field.text);
     if (text.empty()) return;
+    if ((record.flags & field.relativeFlag) != 0 && !i_musicPrefix.empty() && IsPlain(text)) {   // nearly all
+        i_entries.push_back(
+            {SongFileKey(field.type), CMetaValue::File(SDB_SongFileStatus_MUSIC, i_musicPrefix + std::string(text))});
+        return;
+    }
     std::filesystem::path path(text);
     if ((record.flags & field.relativeFlag) != 0 && path.is_relative()) {
         const std::filesystem::path inside = (i_music / path).lexically_normal();
@@ -96,66 +132,93 @@ void CSongRecordMeta::LoadPath(const PathField& field, const SongRecord& record)
     i_entries.push_back({SongFileKey(field.type), CMetaValue::File(i_status.Of(field.type, path), path.native())});
 }
 
-SongRecord CSongRecordMeta::Make(std::uint32_t songID, const CMeta& song) {
+SongRecord CSongRecordMeta::Make(std::uint32_t songID, const CMeta& song, CCFDictionary& rest) {
+    i_stored = song.AllStored();   // the texts of the record lie in it
+    const StoredValues stored(i_stored);
     SongRecord record;
     record.songID = songID;
-    i_values.clear();
-    for (const auto& [key, which, sharedB] : kTexts) {
-        i_values.push_back(song.Stored(key));
-        record.Text(which) = i_values.back().Text();   // in the value's box, which stays where it is
-    }
-    for (const auto& [key, field] : kWords) record.*field = static_cast<std::uint32_t>(IntegerOf(song, key));
-    record.rating = Fitting<std::uint8_t>(IntegerOf(song, "rtng"_key, kRating_None));
-    record.vocalChannel = Fitting<std::uint8_t>(IntegerOf(song, "vChn"_key));
-    record.pitch = Fitting<std::int8_t>(IntegerOf(song, "PICH"_key));   // 255, no pitch, becomes 0
-    const CMetaValue tempo = song.Stored("TMPO"_key);
+    for (const auto& [key, which, sharedB] : kTexts) record.Text(which) = stored[key].Text();
+    for (const auto& [key, field] : kWords) record.*field = static_cast<std::uint32_t>(stored.Integer(key));
+    record.rating = Fitting<std::uint8_t>(stored.Integer("rtng"_key, kRating_None));
+    record.vocalChannel = Fitting<std::uint8_t>(stored.Integer("vChn"_key));
+    record.pitch = Fitting<std::int8_t>(stored.Integer("PICH"_key));   // 255, no pitch, becomes 0
+    const CMetaValue& tempo = stored["TMPO"_key];
     record.tempo = StoredTempo(tempo ? tempo.Float() : 1.0);
-    record.year = Fitting<std::uint16_t>(IntegerOf(song, "cryr"_key));
-    record.graphicChannels = Fitting<std::uint16_t>(IntegerOf(song, "gChn"_key));
-    record.flags = PipFlags(IntegerOf(song, "mPip"_key));
+    record.year = Fitting<std::uint16_t>(stored.Integer("cryr"_key));
+    record.graphicChannels = Fitting<std::uint16_t>(stored.Integer("gChn"_key));
+    record.flags = PipFlags(stored.Integer("mPip"_key));
     OSType format = 0;
-    const CMetaValue formatText = song.Stored("Frmt"_key);
+    const CMetaValue& formatText = stored["Frmt"_key];
     if (formatText && !Failed(SuperString(formatText.Text()).ToOSType(format))) record.format = format;
-    if (const CMetaValue date = song.Stored("Date"_key)) record.date = StoredSongDate(date.Date());
-    if (const CMetaValue date = song.Stored("DAdd"_key)) record.dateAdded = PackDateAdded(date.Date());
+    if (const CMetaValue& date = stored["Date"_key]) record.date = StoredSongDate(date.Date());
+    if (const CMetaValue& date = stored["DAdd"_key]) record.dateAdded = PackDateAdded(date.Date());
     for (const PathField& field : kPaths) {
-        std::string& path = i_paths[static_cast<std::size_t>(field.text)];
-        path = song.Stored(SongFileKey(field.type)).FilePath();
-        if (!i_music.empty() && IsInside(path, i_music)) {
-            path = std::filesystem::path(path).lexically_relative(i_music).native();
-            record.flags |= field.relativeFlag;
-        }
-        record.Text(field.text) = path;
+        const CMetaValue& value = stored[SongFileKey(field.type)];
+        if (value) record.Text(field.text) = StoredPath(field, value, record.flags);
     }
     const bool wholeB = !record.Text(SongText::kAudioPath).empty() && !record.Text(SongText::kVideoPath).empty();
     if (!wholeB && record.Text(SongText::kZipPath).empty()) record.flags |= kSongFlag_Missing;
+    rest = Rest(song);
     return record;
 }
 
-CCFDictionary CSongRecordMeta::Rest(const CMeta& song) const {
-    std::set<std::string> held = {"soID", "DAdd", "Date", "TMPO", "Msng"};
-    for (const auto& field : kTexts) held.insert(MetaKeyText(field.key));
-    for (const auto& field : kWords) held.insert(MetaKeyText(field.key));
-    for (const PathField& field : kPaths) held.insert(MetaKeyText(SongFileKey(field.type)));
-    const auto holdIf = [&held](MetaKey key, bool fitsB) {
-        if (fitsB) held.insert(MetaKeyText(key));
-    };
-    const auto in = [&song](MetaKey key, std::int32_t low, std::int32_t high) {
-        const std::int32_t value = IntegerOf(song, key);
-        return value >= low && value <= high;
-    };
-    holdIf("rtng"_key, in("rtng"_key, 0, 255));
-    holdIf("vChn"_key, in("vChn"_key, 0, 255));
-    holdIf("PICH"_key, in("PICH"_key, -128, 127));
-    holdIf("cryr"_key, in("cryr"_key, 0, 65535));
-    holdIf("gChn"_key, in("gChn"_key, 1, 65535));
-    holdIf("mPip"_key, in("mPip"_key, 2, 4));
-    OSType format = 0;
-    holdIf("Frmt"_key, !Failed(SuperString(song.Stored("Frmt"_key).Text()).ToOSType(format)));
+/** The path as a record has it; a file in the music folder sets its flag. The text belongs to this object. */
+std::string_view CSongRecordMeta::StoredPath(const PathField& field, const CMetaValue& value, std::uint16_t& flags) {
+    std::string& path = i_paths[static_cast<std::size_t>(field.text)];
+    path = value.FilePath();
+    const std::string_view whole = path;
+    if (!i_musicPrefix.empty() && whole.starts_with(i_musicPrefix) && IsPlain(whole.substr(i_musicPrefix.size()))) {
+        flags |= field.relativeFlag;
+        return whole.substr(i_musicPrefix.size());
+    }
+    if (!i_music.empty() && IsInside(path, i_music)) {
+        path = std::filesystem::path(path).lexically_relative(i_music).native();
+        flags |= field.relativeFlag;
+    }
+    return path;
+}
 
-    CCFDictionary rest;
-    for (const auto& [key, value] : song.ToDictionary(CMeta::FileSlots::kWith))
-        if (!held.contains(key)) rest.Set(key, value);
+bool CSongRecordMeta::IsHeld(MetaKey key, const CMetaValue& value) {
+    const auto in = [&value](std::int32_t low, std::int32_t high) {
+        return value.Integer() >= low && value.Integer() <= high;
+    };
+    const auto isKey = [key](const auto& field) { return field.key == key; };
+    if (std::ranges::any_of(kTexts, isKey) || std::ranges::any_of(kWords, isKey)) return true;
+    for (const PathField& field : kPaths)
+        if (SongFileKey(field.type) == key) return true;
+    switch (static_cast<std::uint32_t>(key)) {
+        case static_cast<std::uint32_t>("soID"_key):
+        case static_cast<std::uint32_t>("DAdd"_key):
+        case static_cast<std::uint32_t>("Date"_key):
+        case static_cast<std::uint32_t>("TMPO"_key):
+        case static_cast<std::uint32_t>("Msng"_key):
+            return true;
+        case static_cast<std::uint32_t>("rtng"_key):
+        case static_cast<std::uint32_t>("vChn"_key):
+            return in(0, 255);
+        case static_cast<std::uint32_t>("PICH"_key):
+            return in(-128, 127);
+        case static_cast<std::uint32_t>("cryr"_key):
+            return in(0, 65535);
+        case static_cast<std::uint32_t>("gChn"_key):
+            return in(1, 65535);
+        case static_cast<std::uint32_t>("mPip"_key):
+            return in(2, 4);
+        case static_cast<std::uint32_t>("Frmt"_key): {
+            OSType format = 0;
+            return !Failed(SuperString(value.Text()).ToOSType(format));
+        }
+        default:
+            return false;
+    }
+}
+
+CCFDictionary CSongRecordMeta::Rest(const CMeta& song) const {
+    const auto heldB = [](const MetaEntry& entry) { return IsHeld(entry.key, entry.value); };
+    if (std::ranges::all_of(i_stored, heldB)) return {};   // nearly all: a dictionary of each took half of a save
+    CCFDictionary rest = song.ToDictionary(CMeta::FileSlots::kWith);
+    for (const MetaEntry& entry : i_stored)
+        if (heldB(entry)) rest.Remove(MetaKeyText(entry.key));
     return rest;
 }
 

@@ -57,6 +57,9 @@ OSErr CSongStore::LoadRecords(SongDictionaries& meta) {
     i_flags = reader.Header().flags;
     i_olderB = reader.Header().Version() < CSongFileReader::kNewestVersion;
     const std::uint32_t songsL = reader.Header().songsL, tickL = TickOf(songsL);
+    FileInfo info;   // the header's number is not to be trusted, the size of the file is
+    if (!Failed(FSrCheckFile(CFileRef(i_places.root, kSongs_Name), info)))
+        i_database.Songs()->Reserve(std::min<std::size_t>(songsL, info.bytesL / SongRecord::kBytes));
     i_database.Host().ShowProgress("Loading songs into Database…");
     for (SongRecord record; reader.Next(record);) {
         if (reader.Count() % tickL == 0) i_database.Host().ShowSteps(reader.Count(), songsL);
@@ -137,8 +140,9 @@ OSErr CSongStore::WriteRecords(SongDictionaries& meta) {
         SongRecord record;
         const auto number = static_cast<std::uint32_t>(Number(id));
         const bool thereB = i_database.WithSong(id, [&](CSong& song) {
-            record = i_forms.Make(number, song.Meta());
-            if (CCFDictionary rest = i_forms.Rest(song.Meta()); !rest.Empty()) meta.emplace(number, std::move(rest));
+            CCFDictionary rest;
+            record = i_forms.Make(number, song.Meta(), rest);
+            if (!rest.Empty()) meta.emplace(number, std::move(rest));
         });
         if (!thereB)
             writer.Skip();

@@ -39,8 +39,9 @@ TEST_F(SongRecordMeta, WhatWasLoadedIsWrittenAgain) {
     EXPECT_EQ(song.Stored("Sfs0"_key).FileStatus(), SDB_SongFileStatus_MUSIC);
     EXPECT_EQ(song.Stored("Sfs1"_key).FileStatus(), SDB_SongFileStatus_REFERENCE);
     EXPECT_FALSE(song.IsDirty());
-    EXPECT_EQ(i_forms.Make(9, song), record);
-    EXPECT_EQ(i_forms.Rest(song), CCFDictionary());
+    CCFDictionary rest;
+    EXPECT_EQ(i_forms.Make(9, song, rest), record);
+    EXPECT_EQ(rest, CCFDictionary());
 }
 
 TEST_F(SongRecordMeta, ASongWithoutValuesHasThoseThatMeanNone) {
@@ -49,7 +50,8 @@ TEST_F(SongRecordMeta, ASongWithoutValuesHasThoseThatMeanNone) {
     expected.songID = 1;
     expected.rating = 255;
     expected.flags = kSongFlag_Missing;
-    const SongRecord record = i_forms.Make(1, song);
+    CCFDictionary none;
+    const SongRecord record = i_forms.Make(1, song, none);
     EXPECT_EQ(record, expected);
     CMeta again;
     i_forms.Load(record, again);
@@ -73,16 +75,17 @@ TEST_F(SongRecordMeta, WhatDoesNotFitStandsAmongTheRest) {
     song.SetInteger("cryr"_key, 70'000);
     song.SetString("Frmt"_key, "longer than four");
     song.SetSongFile("Sfs3"_key, {SDB_SongFileStatus_CACHE, CFileRef("/cache/a.pcm")});
-    EXPECT_EQ(i_forms.Make(1, song).year, 0);
-    EXPECT_EQ(i_forms.Make(1, song).format, SongRecord::kNoFormat);
-    const CCFDictionary rest = i_forms.Rest(song);
+    CCFDictionary rest;
+    const SongRecord record = i_forms.Make(1, song, rest);
+    EXPECT_EQ(record.year, 0);
+    EXPECT_EQ(record.format, SongRecord::kNoFormat);
     EXPECT_EQ(rest.GetString("Frmt"), "longer than four");
     EXPECT_EQ(rest.GetInteger("cryr"), 70'000);
     EXPECT_TRUE(rest.Has("SUBg"));
     EXPECT_TRUE(rest.Has("Sfs3"));
     EXPECT_EQ(rest.Size(), 4U);
     CMeta again;
-    i_forms.Load(i_forms.Make(1, song), again);
+    i_forms.Load(record, again);
     again.FromDictionary(rest);
     EXPECT_EQ(again.Stored("cryr"_key), song.Stored("cryr"_key));
     EXPECT_EQ(again.Stored("Sfs3"_key).FilePath(), "/cache/a.pcm");

@@ -1,0 +1,133 @@
+// bench_library FOLDER: loads the library that tools/make_library made there, saves all of it, then one edit, while a
+// main loop turns; seconds, the longest turn of the main thread, and what is resident. The folder is changed.
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <fstream>
+#include <string>
+
+#include "Core/CLog.h"
+#include "Core/CThreadHost.h"
+#include "Core/CThreadManager.h"
+#include "Core/ThreadInfo.h"
+#include "Library/CLibraryStore.h"
+#include "Library/CMetaManager.h"
+#include "Library/CSongDatabase.h"
+#include "Platform/CMainLoop_Plain.h"
+
+namespace {
+
+/** The least that the thread layer wants of an application. */
+class Host final : public CThreadHost {
+public:
+    Host() { Install(this); }
+    ~Host() override { Install(nullptr); }
+    CMainLoop& MainLoop() override { return i_loop; }
+    bool HasMainWindow() const override { return true; }
+    bool IsAppReady() const override { return true; }
+
+private:
+    CMainLoop_Plain i_loop;
+};
+
+template <class Work>
+double Milliseconds(Work&& work) {
+    const auto began = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - began).count();
+}
+
+/** "VmRSS" and its kin, in MB. */
+double Status(const std::string& key) {
+    std::ifstream in("/proc/self/status");
+    for (std::string line; std::getline(in, line);)
+        if (line.starts_with(key + ":")) return std::strtod(line.c_str() + key.size() + 1, nullptr) / 1000 * 1.024;
+    return 0;
+}
+
+/** Of the main thread: what a turn costs beside the waiting for something to do, which is cut off at once. */
+struct Turns {
+    double longestT = 0, secondT = 0;
+    void Add(double millis) {
+        if (millis > longestT) std::swap(millis, longestT);
+        secondT = std::max(secondT, millis);
+    }
+};
+
+/** Saves, with the main loop turning; the turns meanwhile, the call that starts it among them. */
+double SaveInTurns(Host& host, CLibraryStore& store, SaveForce force, double& startT, Turns& turns) {
+    return Milliseconds([&] {
+        startT = Milliseconds([&] {
+            if (const OSErr err = store.SaveLibrary(force); Failed(err)) std::printf("  save: %d\n", Number(err));
+        });
+        while (store.IsSaving()) {
+            host.MainLoop().Wait(0.001);
+            turns.Add(Milliseconds([&] { host.RunLoopPass(); }));
+        }
+        if (Failed(store.LastSaveErr())) std::printf("  save: %d\n", Number(store.LastSaveErr()));
+    });
+}
+
+void Measure(Host& host, const CFileRef& folder) {
+    CSongDatabaseHost above;
+    CSongDatabase database(above);
+    CLibraryStore store(database, {folder, folder.GetPath().parent_path() / "Vopla Music", "/nowhere"});
+    const double loadT = Milliseconds([&] {
+        if (const OSErr err = store.LoadLibrary(); Failed(err)) std::printf("load: %d\n", Number(err));
+    });
+    for (const std::string& problem : store.Report().problems) std::printf("  %s\n", problem.c_str());
+    std::printf(
+        "%zu songs, %zu lists\n  load                 %9.0f ms\n  resident             %9.0f MB, at most %.0f MB\n",
+        database.Songs()->Count(), database.PlayLists().size(), loadT, Status("VmRSS"), Status("VmHWM"));
+    store.AfterStart();
+
+    for (const char* whatZ : {"full save, first", "full save, second"}) {   // the first keeps a copy of the files
+        double startT = 0;
+        Turns turns;
+        const double saveT = SaveInTurns(host, store, SaveForce::kAll, startT, turns);
+        std::printf("  %-20s %9.0f ms; its start %.2f ms, the longest turns of the main thread %.2f and %.2f ms\n",
+                    whatZ, saveT, startT, turns.longestT, turns.secondT);
+    }
+    CSong& song = *database.GetSong(database.Songs()->Ids().front());
+    const double editT = Milliseconds([&] {
+        song.Meta().SetString("name"_key, "Name of " + std::to_string(std::time(nullptr)));   // another in each run
+        database.FlushChanges();
+    });
+    double startT = 0;
+    Turns turns;
+    const double saveT = SaveInTurns(host, store, SaveForce::kDirty, startT, turns);
+    std::printf(
+        "  one song             %9.0f ms; the edit %.3f ms, the start of the save %.3f ms, longest turns %.2f and "
+        "%.2f ms\n",
+        saveT, editT, startT, turns.longestT, turns.secondT);
+
+    CPlayList* listP = nullptr;
+    for (CPlayList* const oneP : database.PlayLists())
+        if (oneP->Type() == kSourceDB_PLAYLIST) listP = oneP;
+    if (listP == nullptr) return;
+    Turns listTurns;
+    const double addT = Milliseconds([&] { listP->AddItem({song.GetSongID()}); });
+    const double listT = SaveInTurns(host, store, SaveForce::kDirty, startT, listTurns);
+    std::printf(
+        "  one row of a list    %9.0f ms; the edit %.3f ms, the start of the save %.3f ms, longest turns %.2f and "
+        "%.2f ms\n",
+        listT, addT, startT, listTurns.longestT, listTurns.secondT);
+    std::printf("  resident             %9.0f MB, at most %.0f MB\n", Status("VmRSS"), Status("VmHWM"));
+}
+
+}   // namespace
+
+int main(int countL, char** wordsZ) {
+    if (countL != 2) {
+        std::fprintf(stderr, "usage: bench_library FOLDER\n");
+        return 2;
+    }
+    Host host;
+    TagThread(0, false);
+    CMetaManager meta;
+    CThreadManager threads;
+    Measure(host, CFileRef(std::filesystem::absolute(wordsZ[1])));
+    return 0;
+}
