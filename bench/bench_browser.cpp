@@ -22,6 +22,7 @@
 #include "Shell/XBrowserWindow.h"
 #include "Shell/XLook.h"
 #include "Shell/XSongTable.h"
+#include "Shell/XSourceList.h"
 
 namespace {
 
@@ -142,16 +143,24 @@ void Measure(Host& host, CSongDatabase& database, std::size_t songsL) {
     Step(
         host, "rename a song",
         [&] {
-            database.GetSong(model.SongAt(1000))->Meta().SetString("name"_key, "zzz");
+            database.GetSong(model.SongAt(model.rowCount() / 2))->Meta().SetString("name"_key, "zzz");
             database.FlushChanges();
         },
         calmB);
     Step(
         host, "remove 3 songs",
         [&] {
-            (void)library.RemoveItems({model.ItemAt(5), model.ItemAt(70'000 % model.rowCount()), model.ItemAt(100)});
+            (void)library.RemoveItems({model.ItemAt(5), model.ItemAt(model.rowCount() / 3), model.ItemAt(100)});
         },
         calmB);
+    auto& sources = *windowP->findChild<XSourceList*>();
+    CPlayList& other = database.AddPlaylist(kSourceDB_PLAYLIST, "Other");
+    Step(
+        host, "a new list", [] {}, calmB);
+    Step(
+        host, "show another list", [&] { sources.Select(other.ID()); }, calmB);
+    Step(
+        host, "and the library again", [&] { sources.Select(kPlaylistID_Library); }, calmB);
     auto& search = *windowP->findChild<QLineEdit*>();
     // A search begins when the typing has paused.
     const auto searched = [&calmB] {

@@ -76,7 +76,10 @@ public:
     [[nodiscard]] VocalMode Vocal() const noexcept { return i_vocal; }
     /** By so many steps of "Sync Slip increment (300ths)"; the answer is for the room. */
     std::string SlipSong(int steps);
+    std::string SetSongSlip300(long slip300);
     std::string SlipGlobal(int steps);
+    /** Seconds by which the picture of the song that plays is ahead. */
+    [[nodiscard]] double SlipT() const noexcept { return i_slipT; }
     /** The devices that there are; asks the system, which may take a while. */
     [[nodiscard]] std::vector<std::string> OutputDevices();
     /** A song that plays goes over to it where it stands. */

@@ -82,7 +82,12 @@ void CPlayControl::SetVocalMode(VocalMode mode) {
 
 std::string CPlayControl::SlipSong(int steps) {
     if (!i_playP) return {};
-    const long slip300 = As300ths(i_slipT) + steps * i_host.Preferences().GetLong("Sync Slip increment (300ths)", 30);
+    return SetSongSlip300(As300ths(i_slipT) +
+                          steps * i_host.Preferences().GetLong("Sync Slip increment (300ths)", 30));
+}
+
+std::string CPlayControl::SetSongSlip300(long slip300) {
+    if (!i_playP) return {};
     i_slipT = static_cast<double>(slip300) / kPerSecond;
     i_playP->SetSlipT(i_slipT);
     if (CSong* const songP = i_host.Database().GetSong(CurrentSong())) songP->Meta().SetFloat("Slip"_key, i_slipT);

@@ -36,6 +36,8 @@ constexpr CommandRow kCommands[] = {
      "Moves the picture of this song against its sound", ","},
     {kSlipSongLater, kSound, kEverywhere, "slip-song-later", "Lyrics of This Song Later",
      "Moves the picture of this song against its sound", "."},
+    {kSlipSongReset, kSound, kEverywhere, "slip-song-reset", "Lyrics of This Song in Step",
+     "The picture of this song as it was recorded", "Ctrl+Alt+."},
     {kSlipAllEarlier, kSound, kEverywhere, "slip-all-earlier", "Lyrics of All Songs Earlier",
      "Moves every picture against its sound", "Alt+,"},
     {kSlipAllLater, kSound, kEverywhere, "slip-all-later", "Lyrics of All Songs Later",

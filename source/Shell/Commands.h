@@ -26,6 +26,7 @@ enum class Command : std::uint8_t {
     kVocalNext,
     kSlipSongEarlier,
     kSlipSongLater,
+    kSlipSongReset,
     kSlipAllEarlier,
     kSlipAllLater,
     kFullScreen,

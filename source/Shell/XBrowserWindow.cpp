@@ -183,8 +183,8 @@ void XBrowserWindow::MakeMenus() {
                       kSeekForwardFar});
     add(tr("S&ound"), {kVolumeUp, kVolumeDown, kMute, kLine, kPitchUp, kPitchDown, kPitchReset, kLine, kTempoUp,
                        kTempoDown, kTempoReset, kLine, kVocalNext});
-    add(tr("P&icture"), {kFullScreen, kShowVideo, kShowVideo2, kLine, kSlipSongEarlier, kSlipSongLater, kSlipAllEarlier,
-                         kSlipAllLater});
+    add(tr("P&icture"), {kFullScreen, kShowVideo, kShowVideo2, kLine, kSlipSongEarlier, kSlipSongLater, kSlipSongReset,
+                         kLine, kSlipAllEarlier, kSlipAllLater});
     add(tr("&Help"), {kShortcuts});
 }
 

@@ -110,6 +110,19 @@ QScrollBar::handle { background: {line}; border-radius: 4px; margin: 2px; min-he
 QScrollBar::handle:hover { background: {quiet}; }
 QScrollBar::add-line, QScrollBar::sub-line { width: 0; height: 0; }
 QScrollBar::add-page, QScrollBar::sub-page { background: transparent; }
+QSlider::groove:horizontal { height: 4px; border-radius: 2px; background: {line}; }
+QSlider::sub-page:horizontal { height: 4px; border-radius: 2px; background: {accent}; }
+QSlider::handle:horizontal { background: {text}; width: 14px; height: 14px; margin: -5px 0; border-radius: 7px; }
+QSlider::handle:horizontal:hover { background: {accent}; }
+QSlider:focus { border: 1px solid {accent}; border-radius: 6px; }
+QTabWidget::pane { border: none; border-top: 1px solid {line}; }
+QTabBar::tab { padding: 8px 18px; color: {quiet}; border-bottom: 2px solid transparent; background: transparent; }
+QTabBar::tab:selected { color: {text}; border-bottom: 2px solid {accent}; }
+QTabBar::tab:focus { color: {accent}; }
+QTreeView { background: {field}; alternate-background-color: {stripe}; border: 1px solid {line}; border-radius: 6px;
+    selection-background-color: {accent}; selection-color: {accentText}; }
+QTreeView::item { padding: 3px 4px; }
+QCheckBox { spacing: 8px; }
 QProgressBar { background: {line}; border: none; border-radius: 4px; }
 QProgressBar::chunk { background: {accent}; border-radius: 4px; }
 )";

@@ -75,6 +75,9 @@ XSongTable::XSongTable(CSongTableModel& model, CPreferences& prefs, XActions& ac
     QHeaderView& header = *horizontalHeader();
     header.setAccessibleName(tr("Columns"));
     header.setAccessibleDescription(tr("A click sorts the list; the menu chooses the columns"));
+    // It looks at every row to know whether a column is selected, each time it is painted: it gets a selection of its
+    // own.
+    header.setSelectionModel(new QItemSelectionModel(&model, &header));
     header.setSectionsMovable(true);
     header.setHighlightSections(false);
     header.setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);

@@ -166,6 +166,11 @@ QWidget* XTransport::MakeBottom() {
     rowP->addWidget(i_tempoP, 0, Qt::AlignVCenter);
     rowP->addSpacing(12);
 
+    i_slipP = new XStepper(tr("Lyrics"), i_actions.Get(Command::kSlipSongLater), i_actions.Get(Command::kSlipSongReset),
+                           i_actions.Get(Command::kSlipSongEarlier), 58);
+    rowP->addWidget(i_slipP, 0, Qt::AlignVCenter);
+    rowP->addSpacing(12);
+
     i_vocalP = new QComboBox;
     for (const auto& row : kVocal_Modes) i_vocalP->addItem(tr(row.titleZ), static_cast<int>(row.mode));
     i_vocalP->setFixedHeight(28);
@@ -206,10 +211,6 @@ QWidget* XTransport::MakeBottom() {
 
 // ---- Commands ----
 
-void XTransport::Slip(bool songB, int steps) {
-    emit Message(QtText(songB ? i_play.SlipSong(steps) : i_play.SlipGlobal(steps)));
-}
-
 void XTransport::Connect() {
     const auto seekBy = [this](long seconds) {
         const long wanted = i_play.CurTime300() + seconds * k300ths_Second;
@@ -240,10 +241,23 @@ void XTransport::Connect() {
              i_vocalP->setCurrentIndex((i_vocalP->currentIndex() + 1) % i_vocalP->count());
              emit Message(tr("Vocals: %1").arg(i_vocalP->currentText()));
          }},
-        {Command::kSlipSongEarlier, [this] { Slip(true, 1); }},
-        {Command::kSlipSongLater, [this] { Slip(true, -1); }},
-        {Command::kSlipAllEarlier, [this] { Slip(false, 1); }},
-        {Command::kSlipAllLater, [this] { Slip(false, -1); }},
+        {Command::kSlipSongEarlier,
+         [this] {
+             (void)i_play.SlipSong(1);
+             ShowSlip();
+         }},
+        {Command::kSlipSongLater,
+         [this] {
+             (void)i_play.SlipSong(-1);
+             ShowSlip();
+         }},
+        {Command::kSlipSongReset,
+         [this] {
+             (void)i_play.SetSongSlip300(0);
+             ShowSlip();
+         }},
+        {Command::kSlipAllEarlier, [this] { (void)i_play.SlipGlobal(1); }},
+        {Command::kSlipAllLater, [this] { (void)i_play.SlipGlobal(-1); }},
     };
     for (const auto& [command, work] : works) i_actions.On(command, work);
 
@@ -270,10 +284,12 @@ void XTransport::PlayChanged() {
     i_playP->setIcon(IconOnAccent(runsB ? IconKind::kPause : IconKind::kPlay));
     i_playP->setAccessibleName(runsB ? tr("Pause") : tr("Play"));
     const bool idleB = i_play.State() == PlayState::kIdle;
-    for (const Command command : {Command::kStop, Command::kRewind, Command::kSeekBack, Command::kSeekForward,
-                                  Command::kSeekBackFar, Command::kSeekForwardFar})
+    for (const Command command :
+         {Command::kStop, Command::kRewind, Command::kSlipSongEarlier, Command::kSlipSongLater, Command::kSlipSongReset,
+          Command::kSeekBack, Command::kSeekForward, Command::kSeekBackFar, Command::kSeekForwardFar})
         i_actions.Get(command).setEnabled(!idleB);
     ShowSong();
+    ShowSlip();
     ShowTime();
     emit PlayTold();
 }
@@ -301,6 +317,11 @@ void XTransport::SettingsChanged() {
     i_vocalP->setCurrentIndex(std::max(0, i_vocalP->findData(static_cast<int>(i_play.Vocal()))));
     i_actions.Get(Command::kMute).setIcon(Icon(i_play.IsMuted() ? IconKind::kMuted : IconKind::kVolume));
     i_muteP->setAccessibleName(i_play.IsMuted() ? tr("Sound on") : tr("Mute"));
+}
+
+void XTransport::ShowSlip() {
+    const double slipT = i_play.State() == PlayState::kIdle ? 0 : i_play.SlipT();
+    i_slipP->SetValue((slipT > 0 ? "+" : "") + QLocale().toString(slipT, 'f', 1) + " s", std::abs(slipT) >= 0.05);
 }
 
 void XTransport::ShowTime() {

@@ -39,12 +39,12 @@ private:
     void ShowTime();
     void ShowDigits(long time300, long end300);
     void ShowSong();
+    void ShowSlip();
     [[nodiscard]] QToolButton* MakeButton(int command, int icon, int size);
     [[nodiscard]] QToolButton* MakePlay();
     [[nodiscard]] QWidget* MakeTop();
     [[nodiscard]] QWidget* MakeBottom();
     void Connect();
-    void Slip(bool songB, int steps);
 
     CPlayControl& i_play;
     CSongDatabase& i_database;
@@ -60,6 +60,7 @@ private:
     QToolButton* i_muteP = nullptr;
     XStepper* i_pitchP = nullptr;
     XStepper* i_tempoP = nullptr;
+    XStepper* i_slipP = nullptr;
     QComboBox* i_vocalP = nullptr;
     QSlider* i_volumeP = nullptr;
 };
