@@ -308,7 +308,8 @@ QVariant CSongTableModel::data(const QModelIndex& index, int role) const {
         case Qt::ForegroundRole:
             return IsPlayingRow(item) ? QVariant(XLook::Now().playing) : QVariant();
         case Qt::DecorationRole:
-            return index.column() == 0 && IsPlayingRow(item) ? QVariant(Icon(IconKind::kPlay)) : QVariant();
+            return index.column() == 0 && IsPlayingRow(item) ? QVariant(Icon(IconKind::kPlay, IconInk::kPlaying))
+                                                             : QVariant();
         default:
             return {};
     }

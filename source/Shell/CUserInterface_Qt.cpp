@@ -3,33 +3,48 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QDesktopServices>
+#include <QDialogButtonBox>
 #include <QFileDialog>
-#include <QInputDialog>
+#include <QLabel>
+#include <QListWidget>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QUrl>
+#include <QVBoxLayout>
 
 #include "Shell/QtText.h"
 #include "Shell/XProgressWindow.h"
 
+namespace {
+
+/** A label of the engine's: "&" is a letter there. */
+QString Label(std::string_view text) { return QtText(text).replace('&', "&&"); }
+
+/** In front of the window that the user works with. */
+QWidget* Front() { return QApplication::activeWindow(); }
+
+}   // namespace
+
 void CUserInterface_Qt::Alert(std::string_view message, std::string_view detail) {
-    QMessageBox box(QMessageBox::Warning, QApplication::applicationDisplayName(), QtText(message), QMessageBox::Ok);
+    QMessageBox box(QMessageBox::Warning, QApplication::applicationDisplayName(), QtText(message), QMessageBox::Ok,
+                    Front());
     box.setTextFormat(Qt::PlainText);
     box.setInformativeText(QtText(detail));
     box.exec();
 }
 
 Answer CUserInterface_Qt::Ask(const Question& question) {
-    QMessageBox box(QMessageBox::Question, QtText(question.title), QtText(question.text));
+    QMessageBox box(QMessageBox::Question, QtText(question.title), QtText(question.text), QMessageBox::NoButton,
+                    Front());
     box.setTextFormat(Qt::PlainText);
     std::vector<QPushButton*> buttonsP;   // owned by the box
     for (const std::string& label : question.buttons)
-        buttonsP.push_back(box.addButton(QtText(label), QMessageBox::ActionRole));
+        buttonsP.push_back(box.addButton(Label(label), QMessageBox::ActionRole));
     if (question.defaultIndex < buttonsP.size()) box.setDefaultButton(buttonsP[question.defaultIndex]);
     if (question.safeIndex < buttonsP.size()) box.setEscapeButton(buttonsP[question.safeIndex]);
     QCheckBox* checkP = nullptr;   // owned by the box
     if (!question.checkBox.empty()) {
-        checkP = new QCheckBox(QtText(question.checkBox));
+        checkP = new QCheckBox(Label(question.checkBox));
         checkP->setChecked(question.checkedB);
         box.setCheckBox(checkP);
     }
@@ -45,22 +60,31 @@ std::unique_ptr<CProgressView> CUserInterface_Qt::OpenProgress(std::string_view 
 }
 
 std::optional<std::filesystem::path> CUserInterface_Qt::ChooseFolder(std::string_view prompt) {
-    const QString folder = QFileDialog::getExistingDirectory(nullptr, QtText(prompt));
+    const QString folder = QFileDialog::getExistingDirectory(Front(), QtText(prompt));
     if (folder.isEmpty()) return std::nullopt;
     return std::filesystem::path(folder.toStdString());
 }
 
 std::optional<std::size_t> CUserInterface_Qt::PickFromList(std::string_view prompt, std::span<const std::string> rows) {
-    QStringList items;
-    for (const std::string& row : rows) items << QtText(row);
-    QInputDialog dialog;
-    dialog.setLabelText(QtText(prompt));
-    dialog.setComboBoxItems(items);
-    dialog.setOption(QInputDialog::UseListViewForComboBoxItems);
-    if (dialog.exec() != QDialog::Accepted) return std::nullopt;
-    const qsizetype index = items.indexOf(dialog.textValue());
-    if (index < 0) return std::nullopt;
-    return static_cast<std::size_t>(index);
+    QDialog dialog(Front());
+    dialog.setWindowTitle(QApplication::applicationDisplayName());
+    auto* const listP = new QListWidget;   // two rows may have the same words: the number counts
+    for (const std::string& row : rows) listP->addItem(QtText(row));
+    listP->setCurrentRow(0);
+    listP->setAccessibleName(QtText(prompt));
+    auto* const promptP = new QLabel(QtText(prompt));
+    promptP->setTextFormat(Qt::PlainText);
+    promptP->setWordWrap(true);
+    auto* const buttonsP = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    QObject::connect(buttonsP, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+    QObject::connect(buttonsP, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+    QObject::connect(listP, &QListWidget::itemActivated, &dialog, &QDialog::accept);
+    auto* const columnP = new QVBoxLayout(&dialog);
+    columnP->addWidget(promptP);
+    columnP->addWidget(listP, 1);
+    columnP->addWidget(buttonsP);
+    if (dialog.exec() != QDialog::Accepted || listP->currentRow() < 0) return std::nullopt;
+    return static_cast<std::size_t>(listP->currentRow());
 }
 
 bool CUserInterface_Qt::OpenPage(std::string_view url) { return QDesktopServices::openUrl(QUrl(QtText(url))); }

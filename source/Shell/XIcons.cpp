@@ -108,13 +108,14 @@ void Draw(QPainter& painter, IconKind kind) {
 
 class DrawnIcon final : public QIconEngine {
 public:
-    DrawnIcon(IconKind kind, bool onAccentB) : i_kind(kind), i_onAccentB(onAccentB) {}
+    DrawnIcon(IconKind kind, IconInk ink) : i_kind(kind), i_ink(ink) {}
 
     void paint(QPainter* painterP, const QRect& rect, QIcon::Mode mode, QIcon::State) override {
         const XLook::Colors& colors = XLook::Now();
-        const QColor color = mode == QIcon::Disabled                  ? colors.quiet
-                             : mode == QIcon::Selected || i_onAccentB ? colors.accentText
-                                                                      : colors.text;
+        const QColor color = mode == QIcon::Disabled                                  ? colors.quiet
+                             : mode == QIcon::Selected || i_ink == IconInk::kOnAccent ? colors.accentText
+                             : i_ink == IconInk::kPlaying                             ? colors.playing
+                                                                                      : colors.text;
         painterP->save();
         painterP->setRenderHint(QPainter::Antialiasing);
         painterP->translate(rect.topLeft());
@@ -131,15 +132,13 @@ public:
         paint(&painter, QRect(QPoint(), size), mode, state);
         return pixmap;
     }
-    QIconEngine* clone() const override { return new DrawnIcon(i_kind, i_onAccentB); }
+    QIconEngine* clone() const override { return new DrawnIcon(i_kind, i_ink); }
 
 private:
     IconKind i_kind;
-    bool i_onAccentB;
+    IconInk i_ink;
 };
 
 }   // namespace
 
-QIcon Icon(IconKind kind) { return QIcon(new DrawnIcon(kind, false)); }
-
-QIcon IconOnAccent(IconKind kind) { return QIcon(new DrawnIcon(kind, true)); }
+QIcon Icon(IconKind kind, IconInk ink) { return QIcon(new DrawnIcon(kind, ink)); }

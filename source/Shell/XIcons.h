@@ -20,7 +20,8 @@ enum class IconKind {
     kLibrary
 };
 
-/** A picture that is drawn, not loaded: sharp at every scale, in the text colour of the look of now. */
-[[nodiscard]] QIcon Icon(IconKind kind);
-/** The same on the accent colour. */
-[[nodiscard]] QIcon IconOnAccent(IconKind kind);
+/** On which ground it stands. */
+enum class IconInk { kText, kOnAccent, kPlaying };
+
+/** A picture that is drawn, not loaded: sharp at every scale, in the colours of the look of now. */
+[[nodiscard]] QIcon Icon(IconKind kind, IconInk ink = IconInk::kText);

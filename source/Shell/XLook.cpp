@@ -71,7 +71,6 @@ QTableView::item { padding: 0 6px; border: none; }
 QTableView QTableCornerButton::section { background: {window}; border: none; }
 QListView::item { padding: 5px 8px; border-radius: 6px; }
 QListView::item:selected { background: {accent}; color: {accentText}; }
-QListView::item:selected:!active { background: {line}; color: {text}; }
 QTableView QLineEdit { border-radius: 0; padding: 0 6px; min-height: 0; }
 QLineEdit, QComboBox, QSpinBox, QKeySequenceEdit QLineEdit { background: {field}; border: 1px solid {line}; border-radius: 6px;
     padding: 4px 8px; selection-background-color: {accent}; selection-color: {accentText}; }

@@ -23,11 +23,10 @@ constexpr int kRow_Height = 30;
 constexpr std::size_t kSelection_MostKept = 10'000;
 constexpr MetaKey kFactory_Columns[] = {"name"_key, "arts"_key, "albm"_key, "trak"_key, "drtn"_key};
 
-/** Widths where the table of keys means a smaller screen. */
-int FactoryWidth(MetaKey key) {
-    if (key == "name"_key) return 300;
-    if (key == "arts"_key) return 240;
-    if (key == "albm"_key) return 200;
+/** Until the user sets another one: texts take their part of what there is. */
+int FactoryWidth(MetaKey key, int room) {
+    if (key == "arts"_key) return std::max(140, room * 24 / 100);
+    if (key == "albm"_key) return std::max(120, room * 18 / 100);
     return std::max<int>(MetaManager().GetTraits(key).InitialWidth(), 60);
 }
 
@@ -89,7 +88,8 @@ XSongTable::XSongTable(CSongTableModel& model, CPreferences& prefs, XActions& ac
         menu.exec(horizontalHeader()->mapToGlobal(at));
     });
     connect(&header, &QHeaderView::sectionResized, this, [this](int section, int, int width) {
-        if (static_cast<std::size_t>(section) < i_model.Columns().size())
+        const bool byHandB = QApplication::mouseButtons().testFlag(Qt::LeftButton);
+        if (byHandB && static_cast<std::size_t>(section) < i_model.Columns().size())
             i_widths[i_model.Columns()[static_cast<std::size_t>(section)]] = width;
     });
     connect(&model, &QAbstractItemModel::headerDataChanged, this, &XSongTable::ShowSortMark);
@@ -142,13 +142,19 @@ void XSongTable::ApplyWidths() {
     for (std::size_t n = 0; n < columns.size(); ++n) {
         const auto it = widths.find(columns[n]);
         horizontalHeader()->setSectionResizeMode(static_cast<int>(n), QHeaderView::Interactive);
-        setColumnWidth(static_cast<int>(n), it != widths.end() ? it->second : FactoryWidth(columns[n]));
+        setColumnWidth(static_cast<int>(n),
+                       it != widths.end() ? it->second : FactoryWidth(columns[n], viewport()->width()));
     }
     // What is left goes to the names, or to the last column where they are not shown.
     const auto name = std::ranges::find(columns, "name"_key);
     horizontalHeader()->setStretchLastSection(name == columns.end());
     if (name != columns.end())
         horizontalHeader()->setSectionResizeMode(static_cast<int>(name - columns.begin()), QHeaderView::Stretch);
+}
+
+void XSongTable::resizeEvent(QResizeEvent* eventP) {
+    QTableView::resizeEvent(eventP);
+    if (eventP->oldSize().width() != eventP->size().width()) ApplyWidths();
 }
 
 void XSongTable::SaveColumns() {

@@ -34,6 +34,7 @@ protected:
     void contextMenuEvent(QContextMenuEvent* eventP) override;
     void mouseDoubleClickEvent(QMouseEvent* eventP) override;
     void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
+    void resizeEvent(QResizeEvent* eventP) override;
     void startDrag(Qt::DropActions actions) override;
     void keyboardSearch(const QString& /*text*/) override {}   // the letters are commands; the search field finds
 

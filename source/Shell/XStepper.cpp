@@ -7,19 +7,18 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
+#include "Shell/ActionButton.h"
 #include "Shell/XIcons.h"
 
 namespace {
 
 QToolButton* MakeStep(QAction& action, IconKind icon) {
     auto* const buttonP = new QToolButton;
-    buttonP->setDefaultAction(&action);
+    BindButton(*buttonP, action);
     buttonP->setIcon(Icon(icon));
     buttonP->setIconSize({18, 18});
     buttonP->setAutoRepeat(true);
     buttonP->setFixedSize(28, 28);
-    buttonP->setAccessibleName(action.text());
-    buttonP->setAccessibleDescription(action.statusTip());
     return buttonP;
 }
 
@@ -32,10 +31,7 @@ XStepper::XStepper(const QString& caption, QAction& down, QAction& reset, QActio
     captionP->setAlignment(Qt::AlignHCenter);
     i_valueP->setObjectName("value");
     i_valueP->setFixedSize(valueWidth, 28);
-    i_valueP->setToolTip(reset.toolTip());
-    connect(&reset, &QAction::changed, i_valueP, [this, &reset] { i_valueP->setToolTip(reset.toolTip()); });
-    connect(i_valueP, &QToolButton::clicked, &reset, &QAction::trigger);
-    i_valueP->setAccessibleDescription(reset.statusTip());
+    BindButton(*i_valueP, reset);
 
     auto* const rowP = new QHBoxLayout;
     rowP->setSpacing(0);

@@ -10,6 +10,7 @@
 
 #include "Library/CSongDatabase.h"
 #include "Play/CPlayControl.h"
+#include "Shell/ActionButton.h"
 #include "Shell/QtText.h"
 #include "Shell/XActions.h"
 #include "Shell/XElidedLabel.h"
@@ -95,31 +96,21 @@ XTransport::~XTransport() { i_play.RemoveWatcher(*this); }
 
 // ---- The panel ----
 
-QToolButton* XTransport::MakeButton(int command, int icon, int size) {
-    QAction& action = i_actions.Get(static_cast<Command>(command));
-    action.setIcon(Icon(static_cast<IconKind>(icon)));
+QToolButton* XTransport::MakeButton(Command command, IconKind icon, int size) {
     auto* const buttonP = new QToolButton;
-    buttonP->setDefaultAction(&action);
-    buttonP->setToolButtonStyle(Qt::ToolButtonIconOnly);
+    buttonP->setIcon(Icon(icon));
     buttonP->setFixedSize(size, size);
     buttonP->setIconSize(QSize(size, size) * 6 / 10);
-    buttonP->setAccessibleName(action.text());
-    buttonP->setAccessibleDescription(action.statusTip());
+    BindButton(*buttonP, i_actions.Get(command));
     return buttonP;
 }
 
 QToolButton* XTransport::MakePlay() {
-    QAction& action = i_actions.Get(Command::kPlayPause);
     i_playP = new QToolButton;
     i_playP->setObjectName("play");
     i_playP->setFixedSize(48, 48);
     i_playP->setIconSize({28, 28});
-    i_playP->setAccessibleDescription(action.statusTip());
-    // Not the action's own button: its picture stands on another ground than the menu's.
-    const auto follow = [this, &action] { i_playP->setToolTip(action.toolTip()); };
-    connect(&action, &QAction::changed, i_playP, follow);
-    connect(i_playP, &QToolButton::clicked, &action, &QAction::trigger);
-    follow();
+    BindButton(*i_playP, i_actions.Get(Command::kPlayPause));
     return i_playP;
 }
 
@@ -143,18 +134,15 @@ QWidget* XTransport::MakeTop() {
 }
 
 QWidget* XTransport::MakeBottom() {
-    const auto button = [this](Command command, IconKind icon, int size) {
-        return MakeButton(static_cast<int>(command), static_cast<int>(icon), size);
-    };
     auto* const widgetP = new QWidget;
     auto* const rowP = new QHBoxLayout(widgetP);
     rowP->setContentsMargins(0, 0, 0, 0);
     rowP->setSpacing(4);
-    rowP->addWidget(button(Command::kRewind, IconKind::kRewind, 40));
-    rowP->addWidget(button(Command::kPrevious, IconKind::kPrevious, 40));
+    rowP->addWidget(MakeButton(Command::kRewind, IconKind::kRewind, 40));
+    rowP->addWidget(MakeButton(Command::kPrevious, IconKind::kPrevious, 40));
     rowP->addWidget(MakePlay());
-    rowP->addWidget(button(Command::kNext, IconKind::kNext, 40));
-    rowP->addWidget(button(Command::kStop, IconKind::kStop, 40));
+    rowP->addWidget(MakeButton(Command::kNext, IconKind::kNext, 40));
+    rowP->addWidget(MakeButton(Command::kStop, IconKind::kStop, 40));
     rowP->addStretch(1);
 
     i_pitchP = new XStepper(tr("Pitch"), i_actions.Get(Command::kPitchDown), i_actions.Get(Command::kPitchReset),
@@ -187,7 +175,7 @@ QWidget* XTransport::MakeBottom() {
     i_volumeP->setFixedSize(120, 28);
     i_volumeP->setAccessibleName(tr("Volume"));
     i_volumeP->setAccessibleDescription(tr("In percent"));
-    i_muteP = button(Command::kMute, IconKind::kVolume, 28);
+    i_muteP = MakeButton(Command::kMute, IconKind::kVolume, 28);
     auto* const volumeRowP = new QHBoxLayout;
     volumeRowP->setSpacing(4);
     volumeRowP->addWidget(i_muteP);
@@ -205,7 +193,7 @@ QWidget* XTransport::MakeBottom() {
     connect(outputP, &QToolButton::clicked, this,
             [this, outputP] { emit OutputsAsked(outputP->mapToGlobal(QPoint(0, outputP->height()))); });
     rowP->addWidget(outputP);
-    rowP->addWidget(button(Command::kFullScreen, IconKind::kFullScreen, 36));
+    rowP->addWidget(MakeButton(Command::kFullScreen, IconKind::kFullScreen, 36));
     return widgetP;
 }
 
@@ -281,7 +269,7 @@ void XTransport::PlayChanged() {
         i_tick.start();
     else
         i_tick.stop();
-    i_playP->setIcon(IconOnAccent(runsB ? IconKind::kPause : IconKind::kPlay));
+    i_playP->setIcon(Icon(runsB ? IconKind::kPause : IconKind::kPlay, IconInk::kOnAccent));
     i_playP->setAccessibleName(runsB ? tr("Pause") : tr("Play"));
     const bool idleB = i_play.State() == PlayState::kIdle;
     for (const Command command :
@@ -315,7 +303,7 @@ void XTransport::SettingsChanged() {
     i_volumeP->setValue(static_cast<int>(std::lround(i_play.Volume() * 100)));
     i_volumeP->setToolTip(tr("Volume %1 %").arg(i_volumeP->value()));
     i_vocalP->setCurrentIndex(std::max(0, i_vocalP->findData(static_cast<int>(i_play.Vocal()))));
-    i_actions.Get(Command::kMute).setIcon(Icon(i_play.IsMuted() ? IconKind::kMuted : IconKind::kVolume));
+    i_muteP->setIcon(Icon(i_play.IsMuted() ? IconKind::kMuted : IconKind::kVolume));
     i_muteP->setAccessibleName(i_play.IsMuted() ? tr("Sound on") : tr("Mute"));
 }
 

@@ -14,6 +14,8 @@ class XActions;
 class XElidedLabel;
 class XSeekBar;
 class XStepper;
+enum class Command : std::uint8_t;
+enum class IconKind;
 
 /** What plays, how far it is and how it sounds: the panel that a KJ reads across a dark booth. Asks CPlayControl ten
    times a second while a song runs, and else only when it is told of a change. Threads  main. Goes before its play
@@ -40,7 +42,7 @@ private:
     void ShowDigits(long time300, long end300);
     void ShowSong();
     void ShowSlip();
-    [[nodiscard]] QToolButton* MakeButton(int command, int icon, int size);
+    [[nodiscard]] QToolButton* MakeButton(Command command, IconKind icon, int size);
     [[nodiscard]] QToolButton* MakePlay();
     [[nodiscard]] QWidget* MakeTop();
     [[nodiscard]] QWidget* MakeBottom();
