@@ -25,7 +25,7 @@ const CAppQuit::Stage CAppQuit::kStages[] = {
     {"Abort QT exporters", &CAppQuit::NotYet},
     {"Abort orphan encoding", &CAppQuit::NotYet},
     {"Waiting for cache purging to complete", &CAppQuit::NotYet},
-    {"Abort song importers and zip tasks", &CAppQuit::NotYet},
+    {"Abort song importers and zip tasks", &CAppQuit::AbortLibraryTasks},
     {"Saving Database…", &CAppQuit::SaveDatabase},
     {"Releasing Microphone", &CAppQuit::NotYet},
     {"Unloading Plugins", &CAppQuit::NotYet},
@@ -77,6 +77,14 @@ void CAppQuit::OpenProgress() {
     const bool beforeB = i_app.i_hasMainWindowB.exchange(false);   // the new window catches no calls
     i_app.i_curScope = i_app.Ui().OpenProgress("Quitting…");
     i_app.i_hasMainWindowB.store(beforeB);
+}
+
+void CAppQuit::AbortLibraryTasks() {
+    if (!i_app.i_library) return;
+    i_app.LibraryCommands().StopWork();
+    // What was added is saved; a disc that does not answer is not waited for.
+    constexpr int kTurns = 16;
+    for (int n = 0; n < kTurns && i_app.Database().IsAddingToLibrary(); ++n) Wait(0.25);
 }
 
 void CAppQuit::SaveDatabase() {

@@ -24,6 +24,7 @@ private:
     void NotYet() {}
     void StopIdling();
     void OpenProgress();
+    void AbortLibraryTasks();
     void SaveDatabase();
     void HideWindows();
     void RemoveTimers();

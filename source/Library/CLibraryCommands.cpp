@@ -184,3 +184,8 @@ OSErr CLibraryCommands::PurgeCache(Done done) { return CT_PurgeCache::Start(i_da
 OSErr CLibraryCommands::ConformNames(std::span<const SongID> songs, Done done) {
     return CT_ConformNames::Start(i_database, std::vector(songs.begin(), songs.end()), std::move(done));
 }
+
+void CLibraryCommands::StopWork() {
+    i_database.StopTasks();
+    i_zipper.AbortAll();
+}

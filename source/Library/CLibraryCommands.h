@@ -43,6 +43,9 @@ public:
     /** Names the songs' files after them, by a task. */
     OSErr ConformNames(std::span<const SongID> songs, Done done = {});
 
+    /** The program ends: tasks on songs and zips end as soon as they can, each with whole files. */
+    void StopWork();
+
     [[nodiscard]] CSongZipper& Zipper() noexcept { return i_zipper; }
     [[nodiscard]] CSongUnpacker& Unpacker() noexcept { return i_unpacker; }
 

@@ -137,6 +137,10 @@ public:
         std::weak_ptr<CSongDatabase*> i_databaseRef;
     };
     [[nodiscard]] bool IsAddingToLibrary() const noexcept { return i_addingL > 0; }
+    /** What the tasks on songs ask between two of them; true once the program ends. Shared, as a task may outlive the
+        database. StopTasks main. */
+    [[nodiscard]] std::shared_ptr<const std::atomic<bool>> Stopping() const noexcept { return i_stoppingRef; }
+    void StopTasks() noexcept { i_stoppingRef->store(true, std::memory_order_relaxed); }
 
     // ---- Singers ----
     /** Of an id that a file tells, or of a new one. Null when the id is taken or is 0. */
@@ -237,6 +241,7 @@ private:
     CMutexT<std::int32_t> i_nextID{Number(kPlaylistID_Library) + 1};
     CMutexT<std::shared_ptr<const LibrarySettings>> i_settings{std::make_shared<const LibrarySettings>()};
     CMutexT<SongID> i_songP{SongID{0}};
+    const std::shared_ptr<std::atomic<bool>> i_stoppingRef = std::make_shared<std::atomic<bool>>(false);
     std::atomic<long> i_batchesL{0};
     long i_addingL = 0;
     CMutexT<std::vector<Change>> i_changes;

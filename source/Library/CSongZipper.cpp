@@ -9,10 +9,14 @@ CSongZipper::CSongZipper(CSongDatabase& database, std::shared_ptr<CBusySongs> bu
     : i_database(database), i_busyRef(std::move(busyRef)) {}
 
 CSongZipper::~CSongZipper() {
+    AbortAll();
+    i_queue.Quit(true);
+}
+
+void CSongZipper::AbortAll() {
     i_runningRef->With([](const Running& running) {
         for (const auto& [song, zipRef] : running) zipRef->Abort();
     });
-    i_queue.Quit(true);
 }
 
 OSErr CSongZipper::Zip(SongID song, OldZip oldZip, std::function<void(OSErr err)> done) {

@@ -20,6 +20,7 @@ public:
     OSErr Zip(SongID song, OldZip oldZip = OldZip::kRefuse, std::function<void(OSErr err)> done = {});
     /** Ends the zip of this song, whether it runs or waits. */
     void Abort(SongID song);
+    void AbortAll();
 
 private:
     using Running = std::map<std::int32_t, std::shared_ptr<CSongZip>>;

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "Core/CLog.h"
-#include "Core/CThreadManager.h"
 #include "Library/CSongDatabase.h"
 #include "Library/FileTitle.h"
 
@@ -34,6 +33,7 @@ CT_AddFiles::CT_AddFiles(CSongDatabase& database, std::vector<std::filesystem::p
       i_databaseRef(database.Self()),
       i_songsRef(database.Songs()),
       i_settingsRef(database.Settings()),
+      i_stoppingRef(database.Stopping()),
       i_paths(std::move(paths)),
       i_done(std::move(done)),
       i_nextID(database.PeekNextID()),
@@ -46,7 +46,7 @@ OSErr CT_AddFiles::Operate(OSErr err) {
     (void)CThreadHost::With([&](CThreadHost& host) { viewP = host.OpenTask("Add Files"); });
     if (viewP) viewP->SetText("Gathering Files in folder");
     i_found = SongFileSets::Gather(i_paths, i_settingsRef->requireAudioB, [&] {
-        cancelledB = cancelledB || CThreadManager::IsKilling() || (viewP && viewP->IsCancelled());
+        cancelledB = cancelledB || *i_stoppingRef || (viewP && viewP->IsCancelled());
         return cancelledB;
     });
     if (cancelledB) return userCanceledErr;
@@ -57,7 +57,7 @@ OSErr CT_AddFiles::Operate(OSErr err) {
     for (std::span<const SongFileSet> left(i_found.sets); !left.empty();) {
         const auto block = left.first(std::min(kMake_Block, left.size()));
         left = left.subspan(block.size());
-        if (viewP && viewP->IsCancelled()) return userCanceledErr;
+        if (*i_stoppingRef || (viewP && viewP->IsCancelled())) return userCanceledErr;
         if (const OSErr made = CMainThread_AddSong(*this, block).Call(CallMode::kWait); Failed(made)) return made;
     }
     return noErr;

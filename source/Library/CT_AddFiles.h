@@ -36,6 +36,7 @@ private:
     std::weak_ptr<CSongDatabase*> i_databaseRef;   // locked on the main thread alone
     std::shared_ptr<CMutex_SongMap> i_songsRef;
     std::shared_ptr<const LibrarySettings> i_settingsRef;
+    std::shared_ptr<const std::atomic<bool>> i_stoppingRef;
     std::vector<std::filesystem::path> i_paths;
     Done i_done;
     SongFileSets i_found;

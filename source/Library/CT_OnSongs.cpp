@@ -1,6 +1,5 @@
 #include "Library/CT_OnSongs.h"
 
-#include "Core/CThreadManager.h"
 #include "Library/CallOnDatabase.h"
 
 CT_OnSongs::CT_OnSongs(const char* nameZ, CSongDatabase& database, std::vector<SongID> songs, Done done)
@@ -8,10 +7,11 @@ CT_OnSongs::CT_OnSongs(const char* nameZ, CSongDatabase& database, std::vector<S
       i_databaseRef(database.Self()),
       i_songsRef(database.Songs()),
       i_settingsRef(database.Settings()),
+      i_stoppingRef(database.Stopping()),
       i_songs(std::move(songs)),
       i_done(std::move(done)) {}
 
-bool CT_OnSongs::IsCancelled() const { return CThreadManager::IsKilling() || (i_viewP && i_viewP->IsCancelled()); }
+bool CT_OnSongs::IsCancelled() const { return *i_stoppingRef || (i_viewP && i_viewP->IsCancelled()); }
 
 OSErr CT_OnSongs::OnMain(const char* nameZ, const std::function<OSErr(CSongDatabase& database)>& work) {
     return CallOnDatabase(nameZ, i_databaseRef, work);
