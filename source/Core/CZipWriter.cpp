@@ -82,7 +82,7 @@ struct CZipWriter::Zip_ {
     [[nodiscard]] OSErr Done(int answer) const { return FirstOf(err, answer == ZIP_OK ? noErr : ioErr); }
 };
 
-CZipWriter::CZipWriter() = default;
+CZipWriter::CZipWriter(Effort effort) : i_effort(effort) {}
 
 CZipWriter::~CZipWriter() {
     if (i_zipP) static_cast<void>(Fail(abortErr));
@@ -123,10 +123,10 @@ OSErr CZipWriter::Add(const CFileRef& file, std::string_view name) {
     about.tmz_date = ZipTime(info.modifiedL);
     about.external_fa = 0100644UL << 16;   // a plain file, for systems that look
     const int in64 = info.bytesL >= kPlain_Most ? 1 : 0;
-    const int begun =
-        zipOpenNewFileInZip4_64(i_zipP->zip, std::string(name).c_str(), &about, nullptr, 0, nullptr, 0, nullptr,
-                                Z_DEFLATED, Z_DEFAULT_COMPRESSION, 0, -MAX_WBITS, DEF_MEM_LEVEL, Z_DEFAULT_STRATEGY,
-                                nullptr, 0, kVersionMadeBy, CZipMember::kFlag_UTF8, in64);
+    const int level = i_effort == Effort::kFast ? Z_BEST_SPEED : Z_DEFAULT_COMPRESSION;
+    const int begun = zipOpenNewFileInZip4_64(
+        i_zipP->zip, std::string(name).c_str(), &about, nullptr, 0, nullptr, 0, nullptr, Z_DEFLATED, level, 0,
+        -MAX_WBITS, DEF_MEM_LEVEL, Z_DEFAULT_STRATEGY, nullptr, 0, kVersionMadeBy, CZipMember::kFlag_UTF8, in64);
     if (const OSErr err = i_zipP->Done(begun); Failed(err)) return Fail(err);
     if (const OSErr err = Pack(from); Failed(err)) return Fail(err);
     const OSErr err = i_zipP->Done(zipCloseFileInZip(i_zipP->zip));

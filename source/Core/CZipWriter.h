@@ -12,7 +12,9 @@
    abortErr after Abort. A call that failed at the system leaves its line in the log. */
 class CZipWriter {
 public:
-    CZipWriter();
+    enum class Effort : bool { kUsual, kFast };   // kFast: a third of the time, some more bytes
+
+    explicit CZipWriter(Effort effort = Effort::kUsual);
     ~CZipWriter();
     CZipWriter(const CZipWriter&) = delete;
     CZipWriter& operator=(const CZipWriter&) = delete;
@@ -36,6 +38,7 @@ private:
     OSErr Fail(OSErr err);
 
     std::unique_ptr<Zip_> i_zipP;   // while it is open
+    const Effort i_effort;
     CFileRef i_file;
     OSErr i_err = noErr;
     std::atomic<bool> i_abortB{false};

@@ -111,7 +111,7 @@ OSErr CLibraryBackup::Pack(std::vector<CFileRef::Path>& leftOut) {
         if (takenB) continue;
         if (const OSErr err = FSrObjectExists(zip, takenB); Failed(err)) return err;
     }
-    CZipWriter writer;
+    CZipWriter writer(CZipWriter::Effort::kFast);   // the first save of a run waits for it
     if (const OSErr err = writer.Open(zip); Failed(err)) return err;
     for (const CFileRef::Path& file : files) {
         const CFileRef source(i_root.GetPath() / file);

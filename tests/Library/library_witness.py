@@ -6,6 +6,7 @@ show FILE            prints what this reader sees in a song file, one song a lin
 misread FILE         a song file whose zip offset is 65536, and what must be seen of it
 lists FOLDER         writes Library.xml, a playlist, singers and a song list, in the order of another writer
 check FOLDER         reads the same files as the program wrote them; prints what is in them
+library FOLDER       reads all files of a library; prints its counter, each song, and each list with its songs
 """
 import datetime
 import plistlib
@@ -134,6 +135,26 @@ def load(folder, name):
         return plistlib.load(given)
 
 
+def whole_library(folder):
+    """Whatever another program can make of a library: it fails where a file is not whole."""
+    with open(os.path.join(folder, "Songs.vlb"), "rb") as given:
+        songs = read(given.read())
+    assert len({song["id"] for song in songs}) == len(songs), "an id is there twice"
+    index = load(folder, "Library.xml")["Library"]
+    print("next", index["Next item ID (don't change this!!)"])
+    for song in songs:
+        print("song", song["id"], song["name"].decode())
+    lists = [one for one in index["Playlists"] if "Playlist Items" in one]
+    for name in sorted(os.listdir(os.path.join(folder, "Playlists"))):
+        if not name.startswith("~") and name.endswith(".xml"):
+            lists.append(load(folder, os.path.join("Playlists", name)))
+    assert len({one["Playlist ID"] for one in lists}) == len(lists), "two lists have one id"
+    for one in lists:
+        rows = one["Playlist Items"]
+        assert len({row["ID"] for row in rows}) == len(rows), "a row is there twice"
+        print("list", one["Playlist ID"], one["Name"], *(row.get("Song ID", row.get("Song")) for row in rows))
+
+
 def main(command, path, *more):
     if command == "make":
         with open(path, "wb") as out:
@@ -144,6 +165,8 @@ def main(command, path, *more):
         with open(path, "rb") as given:
             for row in read(given.read()):
                 print(expected(row))
+    elif command == "library":
+        whole_library(path)
     elif command == "misread":
         # name, artist, album, genre, comment, video and audio take 65536 - 6 bytes; the zip's end is then 65536.
         row = song(5, "misread", comment="c" * (65536 - 6 - 7 - 7), zip="z.zip", project="kept.vlp", launch="kept too")
