@@ -5,9 +5,14 @@
 
 CAppPlay::CAppPlay(CApp& app) : i_app(app), i_control(static_cast<CPlayHost&>(*this)) {
     i_app.SetCurrentSong(&i_control);
+    i_control.AddWatcher(*this);
 }
 
-CAppPlay::~CAppPlay() { i_app.ClearCurrentSong(i_control); }
+CAppPlay::~CAppPlay() {
+    i_control.RemoveWatcher(*this);
+    i_app.ClearCurrentSong(i_control);
+    i_app.Database().SetPlayingSong(SongID{0});
+}
 
 CSongDatabase& CAppPlay::Database() { return i_app.Database(); }
 CCFPrefDictionary& CAppPlay::Preferences() { return i_app.Prefs(); }
@@ -16,3 +21,8 @@ bool CAppPlay::IsQuitting() const { return i_app.IsShutdown(); }
 CGraphicsPorts& CAppPlay::Ports() { return i_app.Windows().Ports(); }
 void CAppPlay::NoteDrawn() { i_app.NoteGraphicsDrawn(); }
 void CAppPlay::ShowMessage(std::string_view text) { i_app.SetStatus(text); }
+
+void CAppPlay::PlayChanged() {
+    const SongID song = i_control.CurrentSong();
+    i_app.Database().SetPlayingSong(Number(song) > 0 ? song : SongID{0});
+}

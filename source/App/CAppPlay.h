@@ -1,13 +1,14 @@
 #pragma once
 #include "Play/CPlayControl.h"
 #include "Play/CPlayHost.h"
+#include "Play/CPlayWatcher.h"
 
 class CApp;
 
 /** Playing as the application has it: owns the control, and answers what it asks of those above it.
     Threads  main.
     Owner    CApp; goes before the library. */
-class CAppPlay final : private CPlayHost {
+class CAppPlay final : private CPlayHost, private CPlayWatcher {
 public:
     explicit CAppPlay(CApp& app);
     ~CAppPlay() override;
@@ -23,6 +24,8 @@ private:
     CGraphicsPorts& Ports() override;
     void NoteDrawn() override;
     void ShowMessage(std::string_view text) override;
+    /** The library leaves the files of the song that plays alone. */
+    void PlayChanged() override;
 
     CApp& i_app;
     CPlayControl i_control;
