@@ -3,8 +3,10 @@
 #include "Core/Assertions.h"
 #include "Graphics/CGraphicsClock.h"
 #include "Graphics/CGraphicsOverlay.h"
+#include "Graphics/CGraphicsPorts.h"
 #include "Graphics/CGraphicsSong.h"
 #include "Graphics/CHq4x.h"
+#include "Graphics/CMediaOverlay.h"
 #include "Graphics/CSubCodeStream_Memory.h"
 #include "Graphics/PlayNext.h"
 #include "Graphics/PortTest.h"
@@ -169,6 +171,27 @@ TEST(CGraphics, OnePortIsDrawnAloneAndSeesThroughTheBorder) {
     EXPECT_EQ(stage.screen.refreshesL, refreshesL) << "the others were not asked";
 }
 
+TEST(CGraphics, LiesOverItsLyricsAndLeavesByItself) {
+    using Names = std::vector<std::string>;
+    Stage stage(0);
+    CGraphicsPorts ports;
+    Screen video(0), preview(1), second(9);
+    for (Screen* const screenP : {&video, &preview, &second}) ports.Enter(screenP->port);
+    CMediaOverlay media(stage.song, [](CGraphicsPort&) {});
+    ASSERT_EQ(ports.WireUp(&media, stage.graphics->Overlay()), noErr);
+    for (const Screen* const screenP : {&video, &preview, &second}) {
+        EXPECT_EQ(screenP->port.OverlayNames(), (Names{"mediastream", "song: Any Song"}));
+        EXPECT_EQ(screenP->port.Under(), 1);
+        EXPECT_EQ(screenP->port.Source(), stage.graphics->Overlay());
+    }
+    stage.graphics.reset();
+    ports.Unwire(media);
+    for (const Screen* const screenP : {&video, &preview, &second}) {
+        EXPECT_TRUE(screenP->port.OverlayNames().empty());
+        EXPECT_EQ(screenP->port.Under(), 0);
+    }
+}
+
 TEST(CGraphics, ShowsTheUpscaledPlaneOrTheMoviesOwn) {
     std::mt19937 random(3);
     std::vector<SubCodePacket> packets;
@@ -177,7 +200,8 @@ TEST(CGraphics, ShowsTheUpscaledPlaneOrTheMoviesOwn) {
     Screen screen{0};
     OSErr err = noErr;
     const auto graphics = CGraphics::Make(
-        0xFFFF, [filter = std::make_shared<CHq4x>()](const CPixels& from, CPixels& to) { return filter->Scale(from, to); },
+        0xFFFF,
+        [filter = std::make_shared<CHq4x>()](const CPixels& from, CPixels& to) { return filter->Scale(from, to); },
         err);
     graphics->SetSong(song);
     screen.port.Add(*graphics->Overlay(), 0);

@@ -31,7 +31,9 @@ struct Screen final : CPortView, CPortContext {
     }
     void PaintNow() override { ++paintsL; }
     CPortContext* Context() override { return this; }
-    void FillRect(const Rect& rect, Pixel32 color, std::uint8_t alpha) override { fills.push_back({rect, color, alpha}); }
+    void FillRect(const Rect& rect, Pixel32 color, std::uint8_t alpha) override {
+        fills.push_back({rect, color, alpha});
+    }
     void DrawScaled(const CPixels& source, const Rect& place, const PictureDraw& how) override {
         pictureP = &source;
         to = place;
