@@ -100,6 +100,7 @@ void CAppQuit::HideWindows() {
     i_app.i_fullScreenAtQuit = std::move(fullScreen);
     for (const WindowKind kind : {PREF_Wind_TASKS, PREF_Wind_VIDEO, PREF_Wind_VIDEO2, PREF_Wind_BROWSER})
         i_app.Windows().Hide(kind);
+    i_app.i_break.reset();   // nobody sees it any more, and its movie has a thread to end
 }
 
 void CAppQuit::RemoveTimers() {
@@ -133,7 +134,6 @@ void CAppQuit::DeleteThreadManager() {
 void CAppQuit::DisposeTaskWindow() { i_app.Windows().Dispose(PREF_Wind_TASKS); }
 
 void CAppQuit::DisposeVideoWindows() {
-    i_app.i_break.reset();
     i_app.Windows().Dispose(PREF_Wind_VIDEO);
     i_app.Windows().Dispose(PREF_Wind_VIDEO2);
     i_app.i_hasMainWindowB.store(false);

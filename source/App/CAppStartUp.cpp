@@ -202,7 +202,7 @@ bool CAppStartUp::FindMusicFolder(CFileRef& root) {
 void CAppStartUp::CreateWindows() {
     for (const WindowKind kind : {PREF_Wind_BROWSER, PREF_Wind_VIDEO2, PREF_Wind_VIDEO, PREF_Wind_TASKS})
         i_app.Windows().Create(kind);
-    i_app.i_break = std::make_unique<CBreakScreen>(i_app.Windows().Ports());
+    i_app.i_break = std::make_unique<CBreakScreen>(i_app.Windows().Ports(), i_app.MainLoop());
     i_app.FollowPreferences();
     i_app.i_hasMainWindowB.store(true, std::memory_order_release);
 }

@@ -2,19 +2,20 @@
 #include <filesystem>
 #include <memory>
 
-#include "Platform/OSErr.h"
+#include "App/CT_ReadBreakPicture.h"
+#include "Platform/CMainLoop.h"
 
 class CBreakOverlay;
 class CCFPrefDictionary;
-class COffscreen;
 class CGraphicsPorts;
 
 /** The picture of the break: the file that the preference "Break Picture" names, on all ports while no song's picture
-   is. It is read on a worker; what was shown before stays until then. Threads  main. Owner    CApp; the ports outlive
-   it. Errors   a file that cannot be read leaves the windows black; the user is told, but at the start only the log. */
+   is. A movie runs in a loop, without its sound, and stands still while nobody sees it. The file is read on a worker;
+   what was shown before stays until then. Threads  main. Owner    CApp; ports and loop outlive it. Errors   a file that
+   cannot be read leaves the windows black; the user is told, but at the start only the log. */
 class CBreakScreen {
 public:
-    explicit CBreakScreen(CGraphicsPorts& ports);
+    CBreakScreen(CGraphicsPorts& ports, CMainLoop& loop);
     ~CBreakScreen();
     CBreakScreen(const CBreakScreen&) = delete;
     CBreakScreen& operator=(const CBreakScreen&) = delete;
@@ -26,12 +27,15 @@ public:
 private:
     friend class CT_ReadBreakPicture;
     /** What became of reading `file`. */
-    void Take(const std::filesystem::path& file, std::unique_ptr<COffscreen> picture, OSErr err);
+    void Take(const std::filesystem::path& file, BreakPicture picture, OSErr err);
     void Show(std::unique_ptr<CBreakOverlay> overlay);
+    void Turn();
 
     CGraphicsPorts& i_ports;
-    std::filesystem::path i_file;   // the one that is wanted; empty for none
-    bool i_tellB = false;           // it was chosen just now: a failure is shown
+    CMainLoop& i_loop;
+    CMainLoop::TimerID i_timer = 0;   // calls Turn while there is a movie
+    std::filesystem::path i_file;     // the one that is wanted; empty for none
+    bool i_tellB = false;             // it was chosen just now: a failure is shown
     std::unique_ptr<CBreakOverlay> i_overlay;
     const std::shared_ptr<CBreakScreen*> i_self;   // null inside once this has gone; what a worker comes back by
 };

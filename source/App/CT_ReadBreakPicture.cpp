@@ -1,25 +1,43 @@
 #include "App/CT_ReadBreakPicture.h"
 
 #include "App/CBreakScreen.h"
+#include "Core/CFileRef.h"
+#include "Graphics/CAS_QuickTimeVideo.h"
 #include "Graphics/COffscreen.h"
 #include "Graphics/ImageFile.h"
 
 namespace {
+
 constexpr Rect kMost{0, 0, 2160, 3840};
+
+OSErr OpenMovie(const std::filesystem::path& file, Ref<CAS_QuickTimeVideo>& movieP) {
+    if (const OSErr err = MakeSongMovie(CFileRef(file), movieP); Failed(err)) return err;
+    std::uint64_t unitsL = 0;
+    return movieP->Open(false, unitsL);
 }
+
+}   // namespace
+
+BreakPicture::BreakPicture() = default;
+BreakPicture::BreakPicture(BreakPicture&& other) noexcept = default;
+BreakPicture::~BreakPicture() = default;
 
 CT_ReadBreakPicture::CT_ReadBreakPicture(std::filesystem::path file, std::shared_ptr<CBreakScreen*> screen)
     : CT_Preemptive("read break picture"), i_file(std::move(file)), i_screen(std::move(screen)) {}
 
-CT_ReadBreakPicture::~CT_ReadBreakPicture() = default;
-
 OSErr CT_ReadBreakPicture::Operate(OSErr) {
     OSErr err = noErr;
-    i_picture = ReadImageFile(i_file, kMost, err);
+    i_picture.still = ReadImageFile(i_file, kMost, err);
+    if (i_picture.still != nullptr || err == fnfErr) return err;
+    err = OpenMovie(i_file, i_picture.movieP);
+    if (Failed(err)) i_picture.movieP = nullptr;
     return err;
 }
 
 OSErr CT_ReadBreakPicture::Completion(OSErr err) {
-    if (*i_screen != nullptr) (*i_screen)->Take(i_file, std::move(i_picture), err);
+    if (*i_screen != nullptr)
+        (*i_screen)->Take(i_file, std::move(i_picture), err);
+    else if (i_picture.movieP != nullptr)
+        static_cast<void>(i_picture.movieP->Close(false));
     return err;
 }

@@ -3,17 +3,27 @@
 #include <memory>
 
 #include "Core/CT_Preemptive.h"
+#include "Core/Ref.h"
 
+class CAS_QuickTimeVideo;
 class CBreakScreen;
 class COffscreen;
 
-/** Reads the picture of the break, at most as large as a screen of four thousand pixels.
+/** What a file of the break was: a picture, or a movie that is open. */
+struct BreakPicture {
+    BreakPicture();
+    BreakPicture(BreakPicture&& other) noexcept;
+    ~BreakPicture();
+    std::unique_ptr<COffscreen> still;
+    Ref<CAS_QuickTimeVideo> movieP;
+};
+
+/** Reads the file of the break, a picture at most as large as a screen of four thousand pixels.
     Owner    the fork. */
 class CT_ReadBreakPicture final : public CT_Preemptive {
 public:
     /** `screen` holds null once nobody waits for the picture any more. */
     CT_ReadBreakPicture(std::filesystem::path file, std::shared_ptr<CBreakScreen*> screen);
-    ~CT_ReadBreakPicture() override;
 
 protected:
     OSErr Operate(OSErr err) override;
@@ -22,5 +32,5 @@ protected:
 private:
     const std::filesystem::path i_file;
     const std::shared_ptr<CBreakScreen*> i_screen;   // what it holds is the main thread's
-    std::unique_ptr<COffscreen> i_picture;
+    BreakPicture i_picture;
 };

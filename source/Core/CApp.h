@@ -152,7 +152,7 @@ private:
     std::unique_ptr<CMetaManager> i_metaManager;   // made before the library, gone after it
     std::unique_ptr<CAppLibrary> i_library;
     std::unique_ptr<CAppPlay> i_play;   // lives within the library
-    std::unique_ptr<CBreakScreen> i_break;   // from the making of the windows to their end
+    std::unique_ptr<CBreakScreen> i_break;   // while there are windows to see it
     std::unique_ptr<CProgressView> i_curScope;   // start-up and quit only
     std::optional<std::vector<WindowRecord>> i_recordsAtQuit;
     CCFDictionary i_fullScreenAtQuit;

@@ -62,6 +62,26 @@ void CGraphicsPorts::SetBackdrop(CG_Overlay* overlayP) {
     Each([overlayP](CGraphicsPort& port) { port.SetBackdrop(overlayP); });
 }
 
+void CGraphicsPorts::RefreshBackdrop() {
+    Each([](CGraphicsPort& port) {
+        if (port.Source() == nullptr) port.Refresh();
+    });
+}
+
+bool CGraphicsPorts::ShowsBackdrop() const {
+    bool shownB = false;
+    Each([&shownB](const CGraphicsPort& port) { shownB = shownB || port.Source() == nullptr; });
+    return i_backdropP != nullptr && shownB;
+}
+
+Rect CGraphicsPorts::LargestBounds() const {
+    Rect largest;
+    Each([&largest](const CGraphicsPort& port) {
+        largest = Union(largest, MakeRect(0, 0, port.Bounds().Width(), port.Bounds().Height()));
+    });
+    return largest;
+}
+
 void CGraphicsPorts::SetFrameShape(FrameShape shape) {
     i_shape = shape;
     Each([shape](CGraphicsPort& port) { port.SetFrameShape(shape); });

@@ -27,6 +27,11 @@ public:
 
     /** Shown while no song's picture is: see CGraphicsPort. On all ports, also those that come later. */
     void SetBackdrop(CG_Overlay* overlayP);
+    /** It looks different now. */
+    void RefreshBackdrop();
+    [[nodiscard]] bool ShowsBackdrop() const;
+    /** The size of the largest port, in pixels. */
+    [[nodiscard]] Rect LargestBounds() const;
     void SetFrameShape(FrameShape shape);
     /** What playing does to the video windows, both alike. Without a port of screen 0 it is a fault. */
     void ApplyRule(const CPlayWindowRule& rule, PlayMode mode);

@@ -72,7 +72,8 @@ void AddBreakPicture(QMenu& menu, XVideoWindow& window) {
         const QString now = QtText(gApp->Prefs().GetString(kBreak));
         const QString chosen =
             QFileDialog::getOpenFileName(&window, Words("Picture Between Songs"), now,
-                                         Words("Pictures (*.png *.jpg *.jpeg *.webp *.bmp *.tif *.tiff *.gif)"));
+                                         Words("Pictures and movies (*.png *.jpg *.jpeg *.webp *.bmp *.tif *.tiff "
+                                               "*.gif *.mp4 *.m4v *.mov *.mkv *.webm *.avi)"));
         if (!chosen.isEmpty()) gApp->Prefs().Set(kBreak, CCFValue(SuperString(chosen.toStdString())));
     });
     QAction* const noneP = menu.addAction(Words("&No Picture Between Songs"));
