@@ -1,5 +1,6 @@
 #include "Core/CCFXmlWriter.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -15,8 +16,15 @@ constexpr std::size_t kBuffer_Bytes = 64 * 1024;
 
 bool FitsXML(char32_t c) { return c == '\t' || c == '\n' || c == '\r' || (c >= 0x20 && c != 0xFFFE && c != 0xFFFF); }
 
+/** What stands in a text as it is, looked at byte by byte: most of all that is written. */
+bool IsPlain(char c) { return c >= 0x20 && c < 0x7F && c != '&' && c != '<' && c != '>'; }
+
 void AppendEscaped(std::string& out, std::string_view text) {
     while (!text.empty()) {
+        const auto plainL = static_cast<std::size_t>(std::ranges::find_if_not(text, IsPlain) - text.begin());
+        out += text.substr(0, plainL);
+        text.remove_prefix(plainL);
+        if (text.empty()) return;
         const UTF8Char next = NextUTF8(text);
         const std::string_view bytes = text.substr(0, next.bytesL);
         text.remove_prefix(next.bytesL);

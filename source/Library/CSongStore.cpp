@@ -42,7 +42,6 @@ OSErr CSongStore::Load() {
     OSErr err = LoadRecords(meta);
     if (err == fnfErr) err = LoadXML(meta);
     i_wholeB = !Failed(err);
-    LogF("Songs In Library: %zu", i_database.Songs()->Count());
     i_songsDamagedB = Failed(err) && err != fnfErr;
     return err == fnfErr || !i_metaDamagedB ? err : FirstOf(err, metaErr);
 }
@@ -73,7 +72,6 @@ OSErr CSongStore::LoadRecords(SongDictionaries& meta) {
         i_forms.Load(record, songP->Meta());
         LoadRest(record.songID, meta, songP->Meta());
     }
-    if (reader.Count() != 0) LogF("Biggest record: %s\n", reader.BiggestName().c_str());
     return reader.Finish();
 }
 
