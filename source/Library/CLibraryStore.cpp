@@ -5,6 +5,8 @@
 #include "Core/CSafeSave.h"
 #include "Core/FSrObjects.h"
 #include "Core/WaitMode.h"
+#include "Library/CLibraryRebuild.h"
+#include "Library/COrphanSearch.h"
 #include "Library/CT_Preemtive_SaveSongs.h"
 #include "Library/CT_SDB_WritePList.h"
 #include "Library/LibraryFileName.h"
@@ -46,6 +48,8 @@ OSErr CLibraryStore::LoadLibrary() {
     }
     const OSErr err = CLibraryLoader(i_database, *i_songs, i_places).Load(i_files, i_report);
     i_filesB = !i_report.emptyB;
+    if (i_report.emptyB && CLibraryRebuild(i_database, i_places.musicFolder).Run() != 0)
+        i_report.dirtyReason = "rebuilt";
     for (const CFileRef& file : i_report.damaged) i_damaged.insert(file.GetPath());
     if (!Failed(err) && i_report.dirtyReason.empty() && i_filesB) MarkAllWritten();
     return err;
@@ -65,6 +69,8 @@ void CLibraryStore::MarkAllWritten() {
 
 void CLibraryStore::AfterStart() {
     if (!i_report.dirtyReason.empty()) i_database.SetDirty(true, i_report.dirtyReason);
+    const bool lostB = !i_report.wholeB && !i_report.emptyB && !i_report.tooNewB;
+    if (lostB && Failed(COrphanSearch::Start(i_database, i_places.musicFolder))) Log("### Error finding orphans");
 }
 
 /** The folder that was loaded, by its own number: where a disc was taken away there is none, or that below it. A folder

@@ -29,7 +29,8 @@ public:
     /** Into an empty database, once. As CLibraryLoader for errors. */
     OSErr LoadLibrary();
     [[nodiscard]] const LibraryReport& Report() const noexcept { return i_report; }
-    /** Once dirty marks count: the load may have found what must be saved. */
+    /** Once dirty marks count: the load may have found what must be saved; songs that a damaged file lost are looked
+       for in the music folder. */
     void AfterStart();
 
     /** Starts a save. noErr: it runs, or there is nothing to write. queueNotDoneErr: not now, ask again (another one

@@ -4,7 +4,7 @@
 
 #include "Core/CLog.h"
 #include "Library/CSongDatabase.h"
-#include "Library/FileTitle.h"
+#include "Library/MakeSongOfFiles.h"
 
 namespace {
 
@@ -108,16 +108,8 @@ OSErr CT_AddFiles::MakeSongs(std::span<const SongFileSet> sets) {
     for (const SongFileSet& set : sets) {
         SongID id = SongOf(set);
         if (Number(id) == 0) {
-            CSong* const songP = database.CreateSong();
+            CSong* const songP = MakeSongOfFiles(database, set);
             if (songP == nullptr) return paramErr;   // there are no more ids
-            const FileTitle title = FileTitle::Of(set.base);
-            songP->Meta().SetString("name"_key, title.title);
-            songP->Meta().SetString("arts"_key, title.artist);
-            songP->Meta().SetString("albm"_key, title.album);
-            songP->Meta().SetInteger("trak"_key, title.trackL);
-            (void)songP->SetFile(SDB_SongFile_AUDIO, set.audio);   // a new song has no disc to defend
-            (void)songP->SetFile(SDB_SongFile_VIDEO, set.video);
-            (void)songP->SetFile(SDB_SongFile_ZIP, set.zip);
             id = songP->GetSongID();
             for (const CFileRef* fileP : {&set.audio, &set.video, &set.zip})
                 if (!fileP->IsEmpty()) i_owners[fileP->GetPath().native()] = id;
