@@ -48,6 +48,7 @@ OSErr CLibraryLoader::Load(LibraryFileMap& files, LibraryReport& report) {
     loader.DropMissing(i_songs.IsWhole());
     CSingerLoader singers(i_database, loader, files, report.problems);
     LoadIndex(image);
+    NoteIDs(image);
     for (VenueFolder& venue : image.venues) singers.LoadVenue(venue);
     LoadLists(image, loader, files);
     i_database.Host().ShowProgress("Finalizing Playlists…");
@@ -88,6 +89,28 @@ void CLibraryLoader::LoadIndex(LibraryImage& image) {
     constexpr auto kMost = static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max());
     if (index.nextID > 1 && index.nextID < kMost) i_database.NoteID(static_cast<std::int32_t>(index.nextID) - 1);
     i_database.SetFacts({index.currentVenue, std::move(index.searchPaths), std::move(index.otherKeys)});
+}
+
+/** Every id of the files, before the first new one is given out: whoever comes twice, or without one, must not take
+   that of somebody who comes later. */
+void CLibraryLoader::NoteIDs(const LibraryImage& image) {
+    const auto note = [this](std::uint32_t id) { i_database.NoteID(Number(PlaylistIDOf(id))); };
+    const auto noteLists = [&note](const std::vector<PlaylistFile>& lists) {
+        for (const PlaylistFile& list : lists) note(list.record.ID());
+    };
+    const auto noteSinger = [&note](const SingerRecord& singer) {
+        for (const std::uint32_t id : {singer.ID(), singer.tonightID, singer.favoritesID, singer.historyID}) note(id);
+    };
+    noteLists(image.lists);
+    if (image.index)
+        for (const PlaylistRecord& list : image.index->playlists) note(list.ID());
+    for (const VenueFolder& venue : image.venues) {
+        for (const SingerRecord& singer : venue.together) noteSinger(singer);
+        for (const SingerFolder& folder : venue.singers) {
+            if (folder.singer) noteSinger(*folder.singer);
+            noteLists(folder.lists);
+        }
+    }
 }
 
 void CLibraryLoader::LoadLists(LibraryImage& image, CPlaylistLoader& loader, LibraryFileMap& files) {

@@ -30,6 +30,7 @@ public:
 private:
     OSErr Read(LibraryImage& image);
     OSErr AskIfTooNew(const LibraryImage& image);
+    void NoteIDs(const LibraryImage& image);
     void LoadIndex(LibraryImage& image);
     void LoadLists(LibraryImage& image, CPlaylistLoader& loader, LibraryFileMap& files);
     void Verify(const LibraryImage& image, const CPlaylistLoader& loader, bool changedB);

@@ -32,6 +32,6 @@ OSErr COrphanSearch::Start(CSongDatabase& database, const std::filesystem::path&
         question.buttons = {"OK"};
         (void)OrphanList(database).AddItemVec(std::move(rows));
         database.SetDirty(true, "scanned for orphans");
-        database.Host().AskLater(question, {});
+        database.Host().AskLater(question, [](const Answer&) {});
     });
 }

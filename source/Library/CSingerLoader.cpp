@@ -27,6 +27,10 @@ void CSingerLoader::LoadVenue(VenueFolder& venue) {
     for (SingerFolder& folder : venue.singers)
         if (!folder.singer) LoadFolder(list, folder, venue.together);
     for (const SingerRecord& record : venue.together) LoadSinger(list, record, CFileRef(), {});
+    std::vector<PLNewItem> rows;   // by their ids, whatever their folders are called
+    for (const CSinger* const singerP : i_database.Singers())
+        if (singerP->Venue() == list.ID()) rows.push_back({singerP->GetSingerID()});
+    (void)list.AddItemVec(std::move(rows));
 }
 
 void CSingerLoader::LoadFolder(CPlayList& venue, SingerFolder& folder, std::vector<SingerRecord>& together) {
@@ -81,7 +85,6 @@ void CSingerLoader::LoadSinger(CPlayList& venue, const SingerRecord& record, con
         i_files.singers[singerP->GetSingerID()] = folder;
     if (Number(id) < 0) i_changedB = true;
     LoadLists(*singerP, std::move(lists));
-    (void)venue.AddItem({singerP->GetSingerID()});
 }
 
 void CSingerLoader::LoadLists(CSinger& singer, std::vector<PlaylistFile> lists) {

@@ -14,11 +14,14 @@ class TestDatabaseHost final : public CSongDatabaseHost {
 public:
     bool IsReady() const override { return i_readyB; }
     void DirtyChanged(bool dirtyB) override { i_dirty += dirtyB ? "dirty " : "clean "; }
-    OSErr RenameListFile(const CPlayList&, const SuperString&) override { return i_renameErr; }
+    OSErr RenameListFile(const CPlayList& list, const SuperString& name) override {
+        return i_rename ? i_rename(list, name) : i_renameErr;
+    }
     SingerID FindListOwner(PlaylistID) override { return i_owner; }
     void StopPlayback() override { ++i_stopsL; }
     bool MayDelete(SongID song) override { return song != i_playing; }
     bool IsDateAddedReal() const override { return i_dateAddedB; }
+    Answer Ask(const Question& question) override { return i_ui.Ask(question); }
     void AskLater(const Question& question, std::function<void(const Answer&)> answered) override {
         answered(i_ui.Ask(question));
     }
@@ -27,6 +30,7 @@ public:
     bool i_readyB = true, i_dateAddedB = false;
     std::string i_dirty, i_stopped;
     CUserInterface_Scripted i_ui;
+    std::function<OSErr(const CPlayList&, const SuperString&)> i_rename;
     OSErr i_renameErr = noErr;
     SingerID i_owner{SDB_kUninitializedID};
     SongID i_playing{0};

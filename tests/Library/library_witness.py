@@ -7,6 +7,8 @@ misread FILE         a song file whose zip offset is 65536, and what must be see
 lists FOLDER         writes Library.xml, a playlist, singers and a song list, in the order of another writer
 check FOLDER         reads the same files as the program wrote them; prints what is in them
 library FOLDER       reads all files of a library; prints its counter, each song, and each list with its songs
+saved FOLDER         reads a library as the program saved it; prints its lists, rows and singers, one a line
+trouble FOLDER       writes a library of an older program with everything that can be wrong about ids and accounts
 """
 import datetime
 import plistlib
@@ -155,6 +157,71 @@ def whole_library(folder):
         print("list", one["Playlist ID"], one["Name"], *(row.get("Song ID", row.get("Song")) for row in rows))
 
 
+def show_list(name, plist):
+    print("list", name, plist["Playlist ID"], plist["Playlist Type"], plist["Name"], plist.get("Columns", {}),
+          plist.get("Current Playlist Item ID", 0))
+    for row in plist["Playlist Items"]:
+        print("row", sorted(row.items()))
+
+
+def show_library(path):
+    root = load(path, "Library.xml")["Library"]
+    with open(os.path.join(path, "Songs.vlb"), "rb") as given:
+        songs = read(given.read())
+    ids = [song["id"] for song in songs] + [entry["Playlist ID"] for entry in root["Playlists"]]
+    assert root["Next item ID (don't change this!!)"] > max(ids) and len(set(ids)) == len(ids), ids
+    print("version", root["Major Version"], root["Minor Version"], root["Current Venue"], root["Library Search Paths"])
+    own, named = root["Playlists"][0], root["Playlists"][1:]
+    show_list("Library.xml", own)
+    assert sorted(row["Song ID"] for row in own["Playlist Items"]) == sorted(song["id"] for song in songs)
+    found = []
+    for folder, folders, names in os.walk(path):
+        folders[:] = sorted(entry for entry in folders if not entry.startswith((".", "~")))
+        for name in sorted(names):
+            file = os.path.relpath(os.path.join(folder, name), path)
+            if name == "Singer.xml":
+                singer = load(path, file)
+                print("singer", file, singer["Singer"].get("SNGR"), singer["Singer"]["siID"], singer["Tonight"],
+                      singer["Favorites"], singer["History"], singer["Singer"].get("Spas"), singer["Song Info"])
+            elif name.endswith(".xml") and os.sep in file:
+                plist = load(path, file)
+                found.append((plist["Playlist ID"], plist["Playlist Type"], plist["Name"]))
+                show_list(file, plist)
+    assert sorted(found) == sorted((e["Playlist ID"], e["Playlist Type"], e["Name"]) for e in named), (found, named)
+
+
+def playlist(number, kind, name, songs, **more):
+    items = [{"ID": row, "Song ID": song, "Item Type": 1} for row, song in enumerate(songs, 1)]
+    return {"Playlist ID": number, "Playlist Type": kind, "Name": name, "Playlist Items": items} | more
+
+
+def account(number, name, tonight, favorites, history):
+    return {"Singer": {"siID": number, "SNGR": name}, "Tonight": tonight, "Favorites": favorites, "History": history,
+            "Song Info": {}}
+
+
+TROUBLE = {
+    "Library.xml": {"Vopla Library": {
+        "Major Version": 1, "Minor Version": 5, "Next item ID (don't change this!!)": 10, "Current Venue": "Club",
+        "Further key": 1, "Playlists": [playlist(1, 1, "Library", [2, 99])]}},
+    "Songs.xml": {"Tracks": {str(n): {"ID": n, "Name": f"Song {n}", "Track Number": n, "Sectors": 75,
+                                      "Audio Location": f"/music/{n}.mp3"} for n in (2, 3, 4)}},
+    "Songs Meta.xml": {"3": {"SUBg": "words"}},
+    "Playlists/One.xml": playlist(40, 3, "One", [2, 3, 98], **{"Strange key": [1]}),
+    "Playlists/Two.xml": playlist(40, 3, "Two", [4]),
+    "Playlists/High.xml": playlist(5000, 3, "High", [2]),
+    "Playlists/Mine.xml": playlist(41, 7, "Mine", [2, 2]),
+    "Playlists/~Hidden.xml": playlist(42, 3, "Hidden", [2]),
+    "Playlists/Singer.xml": playlist(43, 3, "Singer", [3]),
+    "Venues/Club/Singers.xml": {"Singers": [account(77, "Ann of old", 51, 52, 53), account(78, "Bob", 0, 0, 0)]},
+    "Venues/Club/Ann/Singer.xml": account(77, "Ann", 51, 52, 53),
+    "Venues/Club/Ann/Tonight.xml": playlist(51, 7, "Tonight", [3, 3, 4]),
+    "Venues/Club/Ann/Favorites.xml": playlist(52, 8, "Favorites", []),
+    "Venues/Club/Twin/Singer.xml": account(77, "Twin", 0, 0, 0),
+    "Venues/Club/Lost/History.xml": playlist(61, 9, "History", [2]),
+}
+
+
 def main(command, path, *more):
     if command == "make":
         with open(path, "wb") as out:
@@ -192,6 +259,11 @@ def main(command, path, *more):
         assert load(path, "Singer.xml") == SINGER
         assert [s["Singer"]["siID"] for s in load(path, "Singers.xml")["Singers"]] == [77, 78]
         print("as written")
+    elif command == "saved":
+        show_library(path)
+    elif command == "trouble":
+        for name, value in TROUBLE.items():
+            dump(path, name, value)
     else:
         sys.exit(f"{command}?")
 
