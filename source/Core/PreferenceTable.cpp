@@ -209,6 +209,7 @@ constexpr PrefRow kPreferences[] = {
     Typed("Music Library Location", CFType::kDictionary),
     Typed("Cache Folder Location", CFType::kDictionary),
     Typed("Default Columns", CFType::kDictionary),
+    Typed("Picture Delays (ms)", CFType::kDictionary),   // by the name of the audio output
 
     // Written only at save.
     AtSave("Prefs file version (do not change!)", CFType::kInteger, 2),

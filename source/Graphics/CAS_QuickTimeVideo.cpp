@@ -104,8 +104,9 @@ void CAS_QuickTimeVideo::SeekTo(double seconds) {
     const auto playP = i_playP.Get();
     if (!playP) return;
     seconds = std::clamp(seconds, 0.0, kMovie_Longest);
-    playP->Time().Jump(seconds);   // also a small step, which the sound would be followed to slowly
+    // In this order: pictures of the place before are not to be taken for late ones.
     playP->Pictures().Seek(seconds - static_cast<double>(i_delayL) / 1000);
+    playP->Time().Jump(seconds);   // also a small step, which the sound would be followed to slowly
 }
 
 void CAS_QuickTimeVideo::SetPictureDelay(long milliseconds) {
@@ -126,23 +127,22 @@ void CAS_QuickTimeVideo::SetNeededSize(int width, int height) {
     if (wanted != PictureSize{bounds.Width(), bounds.Height()}) playP->Pictures().Seek(i_shownP->timeT);
 }
 
-void CAS_QuickTimeVideo::Follow(CMoviePlay& play) {
+/** What the picture is to show now. */
+double CAS_QuickTimeVideo::Follow(CMoviePlay& play) {
     CMovieTime& time = play.Time();
     time.SetDelay(i_delayL);
     if (i_leader) {
         const MovieLead lead = i_leader();
-        time.Follow(lead.seconds, lead.runningB, lead.rate);
         i_leadEndedB = lead.endedB;
-        return;
+        return time.Follow(lead.seconds, lead.runningB, lead.rate);
     }
     i_leadEndedB = true;
     // Without sound nothing is lost when the time waits for the picture of a seek.
-    time.Run(!i_pausedB && i_shownP && !IsSeeking(), i_tempo);
+    return time.Run(!i_pausedB && i_shownP && !IsSeeking(), i_tempo);
 }
 
 /** The leader was sent back without a word. Ahead, the maker sees by itself that it is late. */
-void CAS_QuickTimeVideo::FollowJumps(CMoviePlay& play) {
-    const double pictureT = play.Time().PictureT();
+void CAS_QuickTimeVideo::FollowJumps(CMoviePlay& play, double pictureT) {
     if (i_shownP && !IsSeeking() && pictureT < i_shownP->fromT - kMovie_JumpBackT)
         play.Pictures().Seek(std::max(0.0, pictureT));
 }
@@ -150,10 +150,10 @@ void CAS_QuickTimeVideo::FollowJumps(CMoviePlay& play) {
 bool CAS_QuickTimeVideo::Show() {
     const auto playP = i_playP.Get();
     if (!playP) return false;
-    Follow(*playP);
-    const bool newB = playP->Pictures().Choose(playP->Time().PictureT(), i_shownP, i_droppedL);
+    const double pictureT = Follow(*playP);
+    const bool newB = playP->Pictures().Choose(pictureT, i_shownP, i_droppedL);
     if (newB) ++i_shownL;
-    FollowJumps(*playP);
+    FollowJumps(*playP, pictureT);
     return newB;
 }
 

@@ -81,8 +81,8 @@ protected:
 
 private:
     OSErr Begin(std::shared_ptr<CMoviePlay>& playP);
-    void Follow(CMoviePlay& play);
-    void FollowJumps(CMoviePlay& play);
+    double Follow(CMoviePlay& play);
+    void FollowJumps(CMoviePlay& play, double pictureT);
 
     const SongBytes i_bytes;
     bool i_hardwareB = true;

@@ -12,18 +12,19 @@ constexpr double kMovie_SmoothT = 2;
 
 CMovieTime::CMovieTime() : i_atT(CClock::Get().SteadyT()) {}
 
-void CMovieTime::Follow(double heardT, bool runningB, double rate) {
+double CMovieTime::Follow(double heardT, bool runningB, double rate) {
     const double steadyT = CClock::Get().SteadyT();
     const std::scoped_lock guard(i_lock);
     double nowT = NowLocked(steadyT);
     const double apartT = heardT - nowT;
-    if (std::abs(apartT) > kMovie_JumpT)
+    if (!runningB || std::abs(apartT) > kMovie_JumpT)
         nowT = heardT;
-    else if (runningB && i_rate != 0)
+    else if (i_rate != 0)
         nowT += apartT * (1 - std::exp((i_atT - steadyT) / kMovie_SmoothT));
     i_baseT = nowT;
     i_atT = steadyT;
     i_rate = runningB ? rate : 0;
+    return i_baseT - DelayT();
 }
 
 void CMovieTime::Jump(double seconds) {
@@ -33,12 +34,13 @@ void CMovieTime::Jump(double seconds) {
     i_atT = steadyT;
 }
 
-void CMovieTime::Run(bool runningB, double rate) {
+double CMovieTime::Run(bool runningB, double rate) {
     const double steadyT = CClock::Get().SteadyT();
     const std::scoped_lock guard(i_lock);
     i_baseT = NowLocked(steadyT);
     i_atT = steadyT;
     i_rate = runningB ? rate : 0;
+    return i_baseT - DelayT();
 }
 
 double CMovieTime::Now() const {

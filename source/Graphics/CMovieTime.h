@@ -11,15 +11,17 @@ public:
     static constexpr long kMost_Delay = 2000;
 
     CMovieTime();
-    /** The sound is heard at `heardT`. A small difference is made up for over two seconds, a large one at once. */
-    void Follow(double heardT, bool runningB, double rate);
+    /** The sound is heard at `heardT`. While it runs a small difference is made up for over two seconds; a large one,
+       and any while it stands, at once. Answers what the picture is to show now. */
+    double Follow(double heardT, bool runningB, double rate);
     /** Goes on from `seconds`. */
     void Jump(double seconds);
-    void Run(bool runningB, double rate = 1);
+    /** Own clock; the same answer. */
+    double Run(bool runningB, double rate = 1);
 
     [[nodiscard]] double Now() const;
     /** What the picture is to show now. */
-    [[nodiscard]] double PictureT() const { return Now() - static_cast<double>(Delay()) / 1000; }
+    [[nodiscard]] double PictureT() const { return Now() - DelayT(); }
     /** Seconds of song that pass a second; 0 while it stands. */
     [[nodiscard]] double Rate() const;
     /** Limited to kMost_Delay either way. */
@@ -27,6 +29,7 @@ public:
     [[nodiscard]] long Delay() const { return i_delayL.load(std::memory_order_relaxed); }
 
 private:
+    [[nodiscard]] double DelayT() const { return static_cast<double>(Delay()) / 1000; }
     [[nodiscard]] double NowLocked(double steadyT) const { return i_baseT + (steadyT - i_atT) * i_rate; }
 
     mutable std::mutex i_lock;   // guards the line: `i_baseT` at the steady time `i_atT`, rising by `i_rate`

@@ -94,6 +94,7 @@ OSErr CPlayControl::PlayRow(PlaylistID list, PLItemID item, const StartHow& how)
                         .autoCueB = preferences.GetBool("Auto-cue", true),
                         .hq4xB = preferences.GetBool("Use hq4x upscaling (fast computers only)"),
                         .orSilentB = i_host.PlaysSilent(),
+                        .pictureDelayL = PictureDelay(),
                         .startAt300 = how.at300};
     CSongPlayOwner& owner = *this;
     i_playP = MakeRef<CSongPlay>(std::move(parts), owner);

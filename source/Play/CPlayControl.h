@@ -80,6 +80,10 @@ public:
     std::string SlipGlobal(int steps);
     /** Seconds by which the picture of the song that plays is ahead. */
     [[nodiscard]] double SlipT() const noexcept { return i_slipT; }
+    /** How much later than the sound the picture is shown, in milliseconds; negative is earlier. Remembered for the
+        output that is chosen. */
+    void SetPictureDelay(long milliseconds);
+    [[nodiscard]] long PictureDelay() const;
     /** The devices that there are; asks the system, which may take a while. */
     [[nodiscard]] std::vector<std::string> OutputDevices();
     /** A song that plays goes over to it where it stands. */

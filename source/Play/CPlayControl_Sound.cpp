@@ -3,6 +3,7 @@
 
 #include "Audio/CTimePitch.h"
 #include "Core/CCFPrefDictionary.h"
+#include "Play/CPictureDelays.h"
 #include "Play/CPlayControl.h"
 #include "Play/CPlayHost.h"
 
@@ -105,6 +106,14 @@ std::string CPlayControl::SlipGlobal(int steps) {
     i_host.ShowMessage(text);
     return text;
 }
+
+void CPlayControl::SetPictureDelay(long milliseconds) {
+    CPictureDelays(i_host.Preferences()).Set(WantedDevice(), milliseconds);
+    if (i_playP) i_playP->SetPictureDelay(PictureDelay());
+    TellSettings();
+}
+
+long CPlayControl::PictureDelay() const { return CPictureDelays(i_host.Preferences()).Of(WantedDevice()); }
 
 std::string CPlayControl::WantedDevice() const {
     const std::string device = i_host.Preferences().GetString(kPref_Device).UTF8();

@@ -13,8 +13,10 @@
 
 namespace {
 
-constexpr double kLead_NearT = 0.25;    // so near the clock the sound is at its place: not on its way to a seek
-constexpr double kLead_StandsT = 0.1;   // a clock that has not moved for so long stands
+constexpr double kLead_NearT = 0.25;         // so near the clock the sound is at its place: not on its way to a seek
+constexpr double kLead_StandsT = 0.05;       // a clock that has not moved for so long stands
+constexpr std::int64_t kLead_Step300 = 60;   // a longer step is a jump, no movement
+constexpr double kLead_NeverT = -1e9;
 constexpr double kSectors_PerSecond = 75;
 
 }   // namespace
@@ -45,10 +47,17 @@ double CSongMovie::HeardT(double clockT) const {
     return std::abs(heardT - clockT) < kLead_NearT ? heardT : clockT;
 }
 
+void CSongMovie::SeekTo300(long time300) {
+    i_movieP->SeekTo(static_cast<double>(time300) / 300);
+    i_clock300 = i_clock.Now();
+    i_movedT = kLead_NeverT;
+}
+
 MovieLead CSongMovie::Told() {
     const std::int64_t clock300 = i_clock.Now();
     const double nowT = CClock::Get().SteadyT();
-    if (clock300 != i_clock300) i_movedT = nowT;
+    if (clock300 != i_clock300)
+        i_movedT = clock300 > i_clock300 && clock300 - i_clock300 < kLead_Step300 ? nowT : kLead_NeverT;
     i_clock300 = clock300;
     MovieLead lead{.seconds = HeardT(static_cast<double>(clock300) / 300)};
     if (i_paceP) lead.rate = 1e6 / (kSectors_PerSecond * static_cast<double>(i_paceP->Period()));

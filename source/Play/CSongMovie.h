@@ -23,7 +23,8 @@ public:
     /** The clock runs: null for a song without sound. `soundOver`: all of the sound was heard, or there is none. */
     void Lead(std::shared_ptr<const CHeardSound> soundP, std::shared_ptr<const CPlayPace> paceP,
               std::function<bool()> soundOver);
-    void SeekTo300(long time300) { i_movieP->SeekTo(static_cast<double>(time300) / 300); }
+    /** The clock of the song is there already. */
+    void SeekTo300(long time300);
     [[nodiscard]] CAS_QuickTimeVideo& Movie() const noexcept { return *i_movieP; }
     /** Shows what is due; the seconds until it is worth another look. */
     double Look();
@@ -40,6 +41,6 @@ private:
     std::shared_ptr<const CPlayPace> i_paceP;
     std::function<bool()> i_soundOver;
     std::int64_t i_clock300 = -1;                   // as it was seen last
-    double i_movedT = 0;                            // steady time at which it last moved
+    double i_movedT = -1e9;                         // steady time at which it last moved
     const std::shared_ptr<CSongMovie*> i_selfRef;   // for the timer, which may outlive this
 };

@@ -22,7 +22,8 @@ GraphicsUpscaler MakeUpscaler(bool hq4xB) {
 
 }   // namespace
 
-CSongPicture::CSongPicture(const SongPlayParts& parts, CSongPictureOwner& owner) : i_parts(parts), i_owner(owner) {}
+CSongPicture::CSongPicture(const SongPlayParts& parts, CSongPictureOwner& owner)
+    : i_parts(parts), i_owner(owner), i_delayL(parts.pictureDelayL) {}
 
 CSongPicture::~CSongPicture() { StopClock(); }
 
@@ -34,6 +35,7 @@ OSErr CSongPicture::WireUp(CGraphicsPorts& ports) {
     if (i_graphicsP == nullptr) return LogStep(err, "making graphics");
     i_graphicsP->SetSong(*this);
     if (movieP) i_movieP = std::make_unique<CSongMovie>(movieP, *i_graphicsP, i_clock);
+    SetDelay(i_delayL);
     return LogStep(ports.WireUp(nullptr, i_graphicsP->Overlay()), "wiring up graphics ports");
 }
 
@@ -44,7 +46,8 @@ OSErr CSongPicture::StartClock(long start300, double tempo, std::shared_ptr<cons
     i_paceP->SetSound(soundP);
     i_paceP->SetTempo(tempo);
     if (i_movieP)
-        i_movieP->Lead(soundP, i_paceP, [this, silentB = soundP == nullptr] { return silentB || i_owner.IsSoundOver(); });
+        i_movieP->Lead(soundP, i_paceP,
+                       [this, silentB = soundP == nullptr] { return silentB || i_owner.IsSoundOver(); });
     auto threadP = std::make_unique<CT_DriftFree_Graphics>(i_paceP);
     i_threadP = threadP.get();
     if (CT_Preemptive::Start(std::move(threadP)) != 0) return noErr;
@@ -78,6 +81,15 @@ void CSongPicture::SeekTo300(long time300) {
 
 void CSongPicture::SetSlipT(double seconds) {
     i_slipMoved300 = std::lround(seconds * kSubCodePacketsPerSecond) - static_cast<long>(i_clock.StartSync());
+}
+
+void CSongPicture::SetDelay(long milliseconds) {
+    i_delayL = milliseconds;
+    if (i_movieP) i_movieP->Movie().SetPictureDelay(milliseconds);
+}
+
+long CSongPicture::SyncSlip300() const {
+    return i_slipMoved300 + i_owner.GlobalSlip300() - i_delayL * static_cast<long>(kSubCodePacketsPerSecond) / 1000;
 }
 
 bool CSongPicture::IsAtEnd() const {

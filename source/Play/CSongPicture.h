@@ -51,6 +51,8 @@ public:
     [[nodiscard]] bool IsPaused() const override { return i_pausedB; }
     /** The song's own slip, in seconds. */
     void SetSlipT(double seconds);
+    /** How much later than the sound it is shown, in milliseconds. */
+    void SetDelay(long milliseconds);
     void Tick(bool forceB);
 
     [[nodiscard]] long Time300() const noexcept { return static_cast<long>(i_clock.Now()); }
@@ -71,7 +73,7 @@ private:
     bool IsVideoSong() const override { return i_parts.loadP->Kind() == SongKind::kVideo; }
     CGraphicsMovie* Movie() override { return i_parts.loadP->Movie().Get(); }
     std::uint16_t ChannelMask() const override { return i_parts.spec.channels; }
-    long SyncSlip300() const override { return i_slipMoved300 + i_owner.GlobalSlip300(); }
+    long SyncSlip300() const override;
     bool IsChangingSong() const override { return i_owner.IsEnding(); }
     bool IsQuitting() const override { return i_owner.IsQuitting(); }
     void PostPlayNext() override { i_owner.PictureEnded(); }
@@ -91,4 +93,5 @@ private:
     bool i_pausedB = true;
     bool i_endToldB = false;   // of a song without graphics
     long i_slipMoved300 = 0;   // since the start
+    long i_delayL = 0;         // milliseconds
 };

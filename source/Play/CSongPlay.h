@@ -57,6 +57,8 @@ public:
     void Tick(bool forceB);
     OSErr SetPitchTempo(double pitch, double tempo);
     void SetVocalMode(VocalMode mode);
+    /** Of the picture behind the sound, in milliseconds. */
+    void SetPictureDelay(long milliseconds) { i_picture.SetDelay(milliseconds); }
     void SetSlipT(double seconds) { i_picture.SetSlipT(seconds); }
 
     [[nodiscard]] const SongPlaySpec& Spec() const noexcept { return i_parts.spec; }

@@ -14,5 +14,6 @@ struct SongPlayParts {
     bool autoCueB = true;
     bool hq4xB = false;
     bool orSilentB = false;   // without a device the picture plays, at the pace that the sound would have
+    long pictureDelayL = 0;   // milliseconds: CPictureDelays
     long startAt300 = -1;     // from there rather than from where the music begins; -1: no
 };

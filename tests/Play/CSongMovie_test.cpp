@@ -1,0 +1,106 @@
+#include "Play/CSongMovie.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "Graphics/MovieFiles.h"
+#include "Play/CPictureDelays.h"
+#include "Play/PlayTest.h"
+
+namespace {
+
+/** Video songs of 2 s, 25 pictures a second. */
+class CSongMovieTest : public PlayTest {
+protected:
+    CSongMovieTest() {
+        MovieFiles::Get();
+        i_preferences.Set("Stop between tracks", CCFValue(true));
+        i_preferences.Set("Auto-cue", CCFValue(false));
+    }
+    /** The movie in the place of the sound, or of the graphics. */
+    void AddMovie(const std::string& name) { Add(MovieFiles::Path(name)); }
+    [[nodiscard]] const Ref<CAS_QuickTimeVideo>& Movie() const { return i_controlP->Current()->Files().Movie(); }
+    bool Shows(double timeT) {
+        return RunUntil([&] { return !Movie()->IsSeeking() && std::abs(Movie()->ShownTime() - timeT) < 0.001; });
+    }
+    void PlayPaused(std::size_t row) {
+        ASSERT_EQ(Play(row), noErr);
+        i_controlP->SetPaused(true);
+        ASSERT_TRUE(RunUntilPlaying());
+    }
+};
+
+TEST_F(CSongMovieTest, AVideoSongPlaysItsPicturesWithItsSoundAndEnds) {
+    AddMovie("b.mp4");
+    AddMovie("vcd.mpg");
+    for (std::size_t row = 0; row < 2; ++row) {
+        ASSERT_EQ(Play(row), noErr);
+        ASSERT_TRUE(RunUntilPlaying());
+        EXPECT_EQ(i_controlP->Current()->Files().Kind(), SongKind::kVideo);
+        EXPECT_NEAR(static_cast<double>(i_controlP->EndTime300()), 600, 30);
+        MovieCounts counts;
+        double apartT = 0;
+        ASSERT_TRUE(RunUntil([&] {
+            if (i_controlP->State() != PlayState::kPlaying) return true;
+            counts = i_controlP->Current()->Pictures();
+            if (!Movie()->IsSeeking())
+                apartT = std::max(apartT, Movie()->ShownTime() - Movie()->CurTime());
+            return false;
+        }));
+        EXPECT_GE(counts.shownL + counts.droppedL, 49U);
+        EXPECT_GT(counts.shownL, 5U);
+        EXPECT_LT(apartT, 0.35);   // at 20 times the speed; a picture is never shown far ahead
+        EXPECT_EQ(i_sung.size(), row + 1);
+    }
+    EXPECT_EQ(AlertsSoFar(), std::vector<std::string>());
+}
+
+TEST_F(CSongMovieTest, APauseHoldsThePictureAndASeekShowsThatOfItsPlace) {
+    AddMovie("b.mp4");
+    PlayPaused(0);
+    for (const long time300 : {300L, 90L, 450L, 0L}) {
+        i_controlP->SeekTo300(time300);
+        ASSERT_TRUE(Shows(std::floor(static_cast<double>(time300) / 12) / 25)) << time300;
+        RunFor(2);
+        EXPECT_TRUE(Shows(std::floor(static_cast<double>(time300) / 12) / 25));
+    }
+    i_controlP->SetPaused(false);
+    EXPECT_TRUE(RunUntilIdle());
+}
+
+TEST_F(CSongMovieTest, WithoutSoundThePicturesPlayAndWithoutPicturesTheSound) {
+    std::filesystem::copy(MovieFiles::Path("bare.m4a"), i_folder / "bare.mp4");
+    AddMovie("silent.mp4");
+    Add(i_folder / "bare.mp4");
+    ASSERT_EQ(Play(0), noErr);
+    ASSERT_TRUE(RunUntilPlaying());
+    EXPECT_FALSE(i_controlP->Current()->HasPlayer());
+    const Ref<CAS_QuickTimeVideo> movieP = Movie();
+    ASSERT_TRUE(RunUntilIdle());
+    EXPECT_GT(movieP->ShownTime(), 1.5);
+
+    ASSERT_EQ(Play(1), noErr);
+    ASSERT_TRUE(RunUntilPlaying());
+    EXPECT_EQ(i_controlP->Current()->Files().Kind(), SongKind::kSound);
+    EXPECT_TRUE(RunUntilIdle());
+    EXPECT_EQ(AlertsSoFar(), std::vector<std::string>());
+}
+
+TEST_F(CSongMovieTest, ThePictureDelayIsRememberedForEachOutput) {
+    AddMovie("b.mp4");
+    PlayPaused(0);
+    i_controlP->SetPictureDelay(500);
+    i_controlP->SeekTo300(300);
+    ASSERT_TRUE(Shows(0.48));
+    ASSERT_EQ(i_controlP->SetOutputDevice("Speaker with a lag"), noErr);
+    EXPECT_EQ(i_controlP->PictureDelay(), 0);
+    i_controlP->SetPictureDelay(-99999);
+    EXPECT_EQ(i_controlP->PictureDelay(), -CPictureDelays::kMost);
+    ASSERT_EQ(i_controlP->SetOutputDevice(""), noErr);
+    EXPECT_EQ(i_controlP->PictureDelay(), 500);
+    i_controlP->SetPictureDelay(0);
+    EXPECT_EQ(i_preferences.GetDictionary("Picture Delays (ms)").Size(), 1U);
+}
+
+}   // namespace
