@@ -104,9 +104,8 @@ void CAS_QuickTimeVideo::SeekTo(double seconds) {
     const auto playP = i_playP.Get();
     if (!playP) return;
     seconds = std::clamp(seconds, 0.0, kMovie_Longest);
-    // In this order: pictures of the place before are not to be taken for late ones.
-    playP->Pictures().Seek(seconds - static_cast<double>(i_delayL) / 1000);
-    playP->Time().Jump(seconds);   // also a small step, which the sound would be followed to slowly
+    // The time jumps too, also by a small step, which the sound would be followed to slowly.
+    playP->Pictures().Seek(seconds - static_cast<double>(i_delayL) / 1000, [&] { playP->Time().Jump(seconds); });
 }
 
 void CAS_QuickTimeVideo::SetPictureDelay(long milliseconds) {

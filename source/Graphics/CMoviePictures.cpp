@@ -89,8 +89,9 @@ bool CMoviePictures::Choose(double nowT, MoviePicturePtr& shownP, std::uint64_t&
     return true;
 }
 
-std::uint32_t CMoviePictures::Seek(double seconds) {
+std::uint32_t CMoviePictures::Seek(double seconds, const std::function<void()>& alongside) {
     const std::scoped_lock guard(i_lock);
+    if (alongside) alongside();
     i_seek = {seconds, i_seek.turn + 1};
     i_seekB = true;
     i_endB = false;

@@ -2,6 +2,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -55,7 +56,8 @@ public:
     /** The last picture that begins at `nowT` or before, or the first of a seek; the one shown before is given back.
         `droppedL` rises by those that had no turn. False: nothing new. */
     bool Choose(double nowT, MoviePicturePtr& shownP, std::uint64_t& droppedL);
-    std::uint32_t Seek(double seconds);
+    /** `alongside` runs before the maker hears of it, under the lock: short, no waits. */
+    std::uint32_t Seek(double seconds, const std::function<void()>& alongside = {});
     /** Seconds of song from which the next picture is due; nothing while there is none. A picture of a seek: at once.
      */
     [[nodiscard]] bool NextTime(double& timeT) const;

@@ -113,7 +113,8 @@ bool CMoviePlay::IsTooLate(const MovieFrame& frame) {
         i_reader.SetHurry(i_hurryB ? MovieHurry::kSkipUnreferenced : MovieHurry::kNone);
     }
     if (i_firstB || lateT <= 0 || CClock::Get().SteadyT() - i_paintedT > kMovie_StaleT) return false;
-    i_skippedL.fetch_add(1, std::memory_order_relaxed);
+    // The time of another place: asked after the time was read, it is known by now.
+    if (!i_pictures.IsSeekWanted()) i_skippedL.fetch_add(1, std::memory_order_relaxed);
     return true;
 }
 
