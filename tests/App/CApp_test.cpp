@@ -20,6 +20,7 @@
 #include "Graphics/CGraphics.h"
 #include "Graphics/PortTest.h"
 #include "Library/CMetaManager.h"
+#include "Library/CSongDatabase.h"
 #include "Platform/CClock.h"
 #include "Platform/CFolders.h"
 #include "Platform/CMainLoop_Plain.h"
@@ -146,6 +147,40 @@ TEST(SaveRules, TheFirstThatDoesNotHoldIsNamed) {
         EXPECT_STREQ(refusal->nameZ, c.nameZ);
         EXPECT_STREQ(refusal->valueZ, c.valueZ);
     }
+}
+
+TEST_F(AppTest, WhatTheQuitSavedIsThereAtTheNextStart) {
+    SongID song{0};
+    {
+        CApp app(MakeSetup());
+        EXPECT_FALSE(app.Database().IsDirty());   // a library that was not there is no change
+        CSong& made = *app.Database().CreateSong();
+        song = made.GetSongID();
+        made.Meta().SetString("name"_key, "Kept");
+        (void)app.Database().AddSongToLibrary(made);
+        app.Database().AddPlaylist(kSourceDB_PLAYLIST, "Mine").AddItem({song});
+    }
+    const std::string log = LogText();
+    std::size_t from = 0;
+    for (const char* const wordsZ : {"Saving Database…", "Saving Database: End", "Library.xml", "Hide Windows", "closing database",
+                                     "Waiting for purges", "reverting library", "disposing song database backend",
+                                     "Clearing Song List", "Closing Database", "disposing singers (if any)",
+                                     "disposing playlists", "Deleting task manager"}) {
+        from = log.find(wordsZ, from);
+        ASSERT_NE(from, std::string::npos) << wordsZ << " is missing, or stands too early";
+    }
+    CApp app(MakeSetup());
+    ASSERT_NE(app.Database().GetSong(song), nullptr);
+    EXPECT_EQ(app.Database().GetSong(song)->Name(), SuperString("Kept"));
+    ASSERT_NE(app.Database().GetPlayList(kSourceDB_PLAYLIST), nullptr);
+    EXPECT_EQ(app.Database().GetPlayList(kSourceDB_PLAYLIST)->Count(), 1U);
+    EXPECT_FALSE(app.Database().IsDirty());
+
+    // An edit reaches the disc by the timer.
+    const fs::path songs = i_folder / "Music/Vopla/Songs.vlb";
+    const auto before = fs::last_write_time(songs);
+    app.Database().GetSong(song)->Meta().SetString("name"_key, "Edited");
+    EXPECT_TRUE(RunUntil(app, [&] { return fs::last_write_time(songs) != before && !app.SaveTarget().IsSaving(); }));
 }
 
 TEST_F(AppTest, AChangedPreferenceIsSavedAfterTwoIdleSeconds) {
