@@ -75,7 +75,6 @@ QTableView QLineEdit { border-radius: 0; padding: 0 6px; min-height: 0; }
 QLineEdit, QComboBox, QSpinBox, QKeySequenceEdit QLineEdit { background: {field}; border: 1px solid {line}; border-radius: 6px;
     padding: 4px 8px; selection-background-color: {accent}; selection-color: {accentText}; }
 QLineEdit:focus, QComboBox:focus { border: 1px solid {accent}; }
-QComboBox::drop-down { border: none; width: 20px; }
 QPushButton { background: {raised}; border: 1px solid {line}; border-radius: 6px; padding: 6px 16px; }
 QPushButton:hover { border-color: {quiet}; }
 QPushButton:pressed { background: {line}; }
@@ -122,6 +121,7 @@ QTreeView { background: {field}; alternate-background-color: {stripe}; border: 1
     selection-background-color: {accent}; selection-color: {accentText}; }
 QTreeView::item { padding: 3px 4px; }
 QCheckBox { spacing: 8px; }
+QDialogButtonBox, QMessageBox { dialogbuttonbox-buttons-have-icons: 0; }
 QProgressBar { background: {line}; border: none; border-radius: 4px; }
 QProgressBar::chunk { background: {accent}; border-radius: 4px; }
 )";
