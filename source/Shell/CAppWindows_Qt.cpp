@@ -55,6 +55,7 @@ void CAppWindows_Qt::CreateBrowser() {
     QObject::connect(window.get(), &XBrowserWindow::Resizing, window.get(), &NoteResizing);
     XActions& actions = window->Actions();
     actions.On(Command::kFullScreen, [this] { ToggleFullScreen(); });
+    actions.On(Command::kLeaveFullScreen, [this] { LeaveFullScreen(); });
     actions.On(Command::kShowVideo, [this] { ToggleVisible(PREF_Wind_VIDEO); });
     actions.On(Command::kShowVideo2, [this] { ToggleVisible(PREF_Wind_VIDEO2); });
     i_windows[PREF_Wind_BROWSER] = std::move(window);
@@ -86,9 +87,20 @@ void CAppWindows_Qt::ToggleFullScreen() {
     auto* windowP = qobject_cast<XVideoWindow*>(QApplication::activeWindow());
     if (windowP == nullptr) windowP = qobject_cast<XVideoWindow*>(Find(PREF_Wind_VIDEO));
     if (windowP == nullptr) return;
-    const bool onB = !windowP->IsFullScreen();
-    if (onB) windowP->show();
-    windowP->SetFullScreen(onB);
+    if (windowP->IsFullScreen()) return windowP->SetFullScreen(false);
+    windowP->show();
+    windowP->SetFullScreen(true);
+    // On a display of its own the picture leaves the keys to the browser; in front of it they would be out of sight.
+    if (const QWidget* const browserP = Browser(); browserP == nullptr || browserP->screen() == windowP->screen()) {
+        windowP->raise();
+        windowP->activateWindow();
+    }
+}
+
+void CAppWindows_Qt::LeaveFullScreen() {
+    for (const WindowKind kind : {PREF_Wind_VIDEO, PREF_Wind_VIDEO2})
+        if (auto* const windowP = qobject_cast<XVideoWindow*>(Find(kind)); windowP != nullptr)
+            windowP->SetFullScreen(false);
 }
 
 void CAppWindows_Qt::ToggleVisible(WindowKind kind) {

@@ -43,6 +43,7 @@ private:
     void CreateBrowser();
     void CreateVideo(WindowKind kind);
     void ToggleFullScreen();
+    void LeaveFullScreen();
     void ToggleVisible(WindowKind kind);
     [[nodiscard]] static CWindowPlace& PlaceFor(QWidget& window);
 

@@ -45,6 +45,8 @@ constexpr CommandRow kCommands[] = {
 
     {kFullScreen, kPicture, kEverywhere, "full-screen", "Full Screen",
      "The video window fills its display; Escape leaves it", "F F11"},
+    {kLeaveFullScreen, kPicture, kEverywhere, "leave-full-screen", "Leave Full Screen",
+     "The video windows become windows again", "Esc"},
     {kShowVideo, kPicture, kEverywhere, "show-video", "Video Window", "Shows or hides the video window", "Ctrl+1"},
     {kShowVideo2, kPicture, kEverywhere, "show-video-2", "Second Video Window",
      "Shows or hides the second video window", "Ctrl+2"},

@@ -30,6 +30,7 @@ enum class Command : std::uint8_t {
     kSlipAllEarlier,
     kSlipAllLater,
     kFullScreen,
+    kLeaveFullScreen,
     kShowVideo,
     kShowVideo2,
     kPlaySelected,

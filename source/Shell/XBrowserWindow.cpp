@@ -183,8 +183,8 @@ void XBrowserWindow::MakeMenus() {
                       kSeekForwardFar});
     add(tr("S&ound"), {kVolumeUp, kVolumeDown, kMute, kLine, kPitchUp, kPitchDown, kPitchReset, kLine, kTempoUp,
                        kTempoDown, kTempoReset, kLine, kVocalNext});
-    add(tr("P&icture"), {kFullScreen, kShowVideo, kShowVideo2, kLine, kSlipSongEarlier, kSlipSongLater, kSlipSongReset,
-                         kLine, kSlipAllEarlier, kSlipAllLater});
+    add(tr("P&icture"), {kFullScreen, kLeaveFullScreen, kShowVideo, kShowVideo2, kLine, kSlipSongEarlier,
+                         kSlipSongLater, kSlipSongReset, kLine, kSlipAllEarlier, kSlipAllLater});
     add(tr("&Help"), {kShortcuts});
 }
 
@@ -263,7 +263,11 @@ void XBrowserWindow::ShowList(PlaylistID list) {
     const CPlayList* const listP = i_setup.database.GetPlayList(list);
     if (listP == nullptr) return;
     i_sourcesP->Select(list);
-    if (i_model->ListID() != list) i_model->SetList(list);
+    if (i_model->ListID() != list) {
+        i_searchP->clear();   // what was looked for in one list hides another
+        Filter();
+        i_model->SetList(list);
+    }
     static_cast<XElidedLabel*>(i_listNameP)->SetText(QtText(listP->Name()));
     i_actions->Get(Command::kRenameList).setEnabled(listP->Type() == kSourceDB_PLAYLIST);
     i_actions->Get(Command::kDeleteList).setEnabled(listP->Type() == kSourceDB_PLAYLIST);

@@ -72,9 +72,9 @@ QTableView QTableCornerButton::section { background: {window}; border: none; }
 QListView::item { padding: 5px 8px; border-radius: 6px; }
 QListView::item:selected { background: {accent}; color: {accentText}; }
 QTableView QLineEdit { border-radius: 0; padding: 0 6px; min-height: 0; }
-QLineEdit, QComboBox, QSpinBox, QKeySequenceEdit QLineEdit { background: {field}; border: 1px solid {line}; border-radius: 6px;
+QLineEdit { background: {field}; border: 1px solid {line}; border-radius: 6px;
     padding: 4px 8px; selection-background-color: {accent}; selection-color: {accentText}; }
-QLineEdit:focus, QComboBox:focus { border: 1px solid {accent}; }
+QLineEdit:focus { border: 1px solid {accent}; }
 QPushButton { background: {raised}; border: 1px solid {line}; border-radius: 6px; padding: 6px 16px; }
 QPushButton:hover { border-color: {quiet}; }
 QPushButton:pressed { background: {line}; }
