@@ -237,10 +237,7 @@ void XBrowserWindow::Connect() {
     i_typing.setInterval(kTyping_Milliseconds);
     connect(&i_typing, &QTimer::timeout, this, &XBrowserWindow::Filter);
     connect(i_searchP, &QLineEdit::textChanged, this, [this] { i_typing.start(); });
-    connect(i_searchP, &QLineEdit::returnPressed, this, [this] {
-        Filter();
-        i_tableP->setFocus();
-    });
+    connect(i_searchP, &QLineEdit::returnPressed, this, &XBrowserWindow::GoToSongs);
     i_resizeEnd.setSingleShot(true);
     i_resizeEnd.setInterval(200);   // the toolkit tells no end: none for so long is one
     connect(&i_resizeEnd, &QTimer::timeout, this, [this] { emit Resizing(false); });
@@ -254,7 +251,7 @@ void XBrowserWindow::ConnectLists() {
         const PlaylistID list = i_setup.database.AddPlaylist(kSourceDB_PLAYLIST).ID();
         i_sourcesP->EditName(list);
     });
-    i_actions->On(kOpenList, [this] { i_tableP->setFocus(); });
+    i_actions->On(kOpenList, [this] { GoToSongs(); });
     i_actions->On(kRenameList, [this] { i_sourcesP->EditName(i_sourcesP->Selected()); });
     i_actions->On(kDeleteList, [this] { DeleteList(i_sourcesP->Selected()); });
 }
@@ -309,6 +306,12 @@ void XBrowserWindow::ShowState() {
         i_tableP->SetHint(tr("An empty list"), tr("Drag songs from the library onto its name, or drop files here."));
 }
 
+void XBrowserWindow::GoToSongs() {
+    Filter();
+    i_tableP->setFocus();
+    if (!i_tableP->selectionModel()->hasSelection() && i_model->rowCount() > 0) i_tableP->selectRow(0);
+}
+
 // ---- Play ----
 
 void XBrowserWindow::PlayTold() {
@@ -356,8 +359,7 @@ bool XBrowserWindow::eventFilter(QObject* watchedP, QEvent* eventP) {
         const int key = static_cast<QKeyEvent*>(eventP)->key();
         if (key == Qt::Key_Escape || key == Qt::Key_Down) {
             if (key == Qt::Key_Escape) i_searchP->clear();
-            Filter();
-            i_tableP->setFocus();
+            GoToSongs();
             return true;
         }
     }

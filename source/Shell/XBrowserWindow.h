@@ -63,6 +63,8 @@ private:
     void ConnectLists();
     void ShowList(PlaylistID list);
     void Filter();
+    /** The keys go to the table, and a row is there to be played. */
+    void GoToSongs();
     void ShowState();
     void PlayTold();
     /** By a key, a double click or a button: asks when that would end a song, if the preferences want so. */
