@@ -13,6 +13,7 @@
 #include "Core/CThreadHost.h"
 #include "Core/CThreadManager.h"
 #include "Graphics/CGraphicsPorts.h"
+#include "Library/CLibraryCommands.h"
 #include "Library/CMetaManager.h"
 #include "Platform/CUserInterface_Plain.h"
 #include "Play/CPlayControl.h"
@@ -98,6 +99,7 @@ void Measure(Host& host, CSongDatabase& database, std::size_t songsL) {
     database.SetLoading(false);
     CPlayList& library = database.Library();
     CPlayControl play(host);
+    CLibraryCommands commands(database, host.i_ui);
     std::unique_ptr<XBrowserWindow> windowP;
     const auto calmB = [&] {
         const auto* const modelP = static_cast<const CSongTableModel*>(windowP->findChild<XSongTable*>()->model());
@@ -106,8 +108,11 @@ void Measure(Host& host, CSongDatabase& database, std::size_t songsL) {
     Step(
         host, "open the window",
         [&] {
-            windowP = std::make_unique<XBrowserWindow>(BrowserSetup{
-                .database = database, .play = play, .prefs = host.i_prefs, .ui = host.i_ui, .portsP = &host.i_ports});
+            windowP = std::make_unique<XBrowserWindow>(BrowserSetup{.database = database,
+                                                                    .play = play,
+                                                                    .prefs = host.i_prefs,
+                                                                    .commands = commands,
+                                                                    .portsP = &host.i_ports});
             windowP->resize(1280, 800);
             windowP->show();
         },

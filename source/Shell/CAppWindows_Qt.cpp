@@ -48,7 +48,7 @@ void CAppWindows_Qt::CreateBrowser() {
         BrowserSetup{.database = gApp->Database(),
                      .play = gApp->Play(),
                      .prefs = gApp->Prefs(),
-                     .ui = gApp->Ui(),
+                     .commands = gApp->LibraryCommands(),
                      .portsP = &Ports(),
                      .mayInterrupt = [](long modeL) { return gApp->ConfirmManualSongChange(modeL); }});
     QObject::connect(window.get(), &XBrowserWindow::CloseAsked, window.get(), [this] { i_askToQuit(); });

@@ -37,6 +37,8 @@ enum class Command : std::uint8_t {
     kEditCell,
     kRemoveFromList,
     kRemoveFromLibrary,
+    kTrashOriginals,
+    kReveal,
     kShowPlaying,
     kFind,
     kUserOrder,

@@ -14,7 +14,6 @@
 #include "Core/CAlerts.h"
 #include "Core/CPreferences.h"
 #include "Library/CMetaManager.h"
-#include "Platform/CUserInterface.h"
 #include "Play/CPlayControl.h"
 #include "Shell/CSongTableModel.h"
 #include "Shell/QtText.h"
@@ -74,6 +73,7 @@ XBrowserWindow::XBrowserWindow(BrowserSetup setup) : i_setup(std::move(setup)) {
     MakeMenus();
     Connect();
     ConnectLists();
+    ConnectLibrary();
     ShowList(kPlaylistID_Library);
     PlayTold();
     // From the search to the songs to the lists to the transport.
@@ -177,8 +177,8 @@ void XBrowserWindow::MakeMenus() {
     QMenu* const fileP = add(
         tr("&File"), {kOpenFiles, kOpenFolder, kLine, kNewList, kRenameList, kDeleteList, kLine, kPreferences, kLine});
     fileP->addAction(&i_actions->Get(kQuit));
-    add(tr("&Songs"),
-        {kPlaySelected, kEditCell, kLine, kFind, kShowPlaying, kUserOrder, kLine, kRemoveFromList, kRemoveFromLibrary});
+    add(tr("&Songs"), {kPlaySelected, kEditCell, kLine, kFind, kShowPlaying, kUserOrder, kLine, kReveal, kLine,
+                       kRemoveFromList, kRemoveFromLibrary, kTrashOriginals});
     add(tr("&Play"), {kPlayPause, kStop, kRewind, kLine, kPrevious, kNext, kLine, kSeekBack, kSeekForward, kSeekBackFar,
                       kSeekForwardFar});
     add(tr("S&ound"), {kVolumeUp, kVolumeDown, kMute, kLine, kPitchUp, kPitchDown, kPitchReset, kLine, kTempoUp,
@@ -199,8 +199,6 @@ void XBrowserWindow::Connect() {
     i_actions->On(kPlayPause, [this] { PlayOrPause(); });
     i_actions->On(kPlaySelected, [this] { PlayItem(i_tableP->CurrentItem(), 1); });
     i_actions->On(kEditCell, [this] { i_tableP->EditCurrent(); });
-    i_actions->On(kRemoveFromList, [this] { RemoveSelected(i_model->ListID() == kPlaylistID_Library); });
-    i_actions->On(kRemoveFromLibrary, [this] { RemoveSelected(true); });
     i_actions->On(kShowPlaying, [this] {
         if (i_setup.database.GetPlayList(i_setup.play.CurrentList()) == nullptr) return;
         i_searchP->clear();
@@ -253,7 +251,6 @@ void XBrowserWindow::ConnectLists() {
     });
     i_actions->On(kOpenList, [this] { GoToSongs(); });
     i_actions->On(kRenameList, [this] { i_sourcesP->EditName(i_sourcesP->Selected()); });
-    i_actions->On(kDeleteList, [this] { DeleteList(i_sourcesP->Selected()); });
 }
 
 void XBrowserWindow::ShowList(PlaylistID list) {

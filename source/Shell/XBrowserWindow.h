@@ -9,10 +9,10 @@
 #include "Shell/CKeyMap.h"
 
 class CGraphicsPorts;
+class CLibraryCommands;
 class CPlayControl;
 class CPreferences;
 class CSongTableModel;
-class CUserInterface;
 class QLabel;
 class QLineEdit;
 class QSplitter;
@@ -26,7 +26,7 @@ struct BrowserSetup {
     CSongDatabase& database;
     CPlayControl& play;
     CPreferences& prefs;
-    CUserInterface& ui;
+    CLibraryCommands& commands;
     CGraphicsPorts* portsP = nullptr;                                     // of the preview; null leaves it out
     std::function<bool(long)> mayInterrupt = [](long) { return true; };   // CApp::ConfirmManualSongChange
 };
@@ -70,8 +70,9 @@ private:
     /** By a key, a double click or a button: asks when that would end a song, if the preferences want so. */
     void PlayItem(PLItemID item, long confirmModeL);
     void PlayOrPause();
-    void RemoveSelected(bool fromLibraryB);
-    void DeleteList(PlaylistID list);
+    void ConnectLibrary();
+    [[nodiscard]] SDB_Selection Selected() const;
+    static void TellFailure(OSErr err);
     void ShowOutputs(const QPoint& at);
     void SavePlaces();
     /** One song came: it is shown, and played when nothing else is. */

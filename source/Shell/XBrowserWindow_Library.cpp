@@ -5,10 +5,11 @@
 #include "Core/CLog.h"
 #include "Core/CPreferences.h"
 #include "Library/AddFilesToLibrary.h"
-#include "Platform/CUserInterface.h"
+#include "Library/CLibraryCommands.h"
 #include "Play/CPlayControl.h"
 #include "Shell/CSongTableModel.h"
 #include "Shell/QtText.h"
+#include "Shell/XActions.h"
 #include "Shell/XBrowserWindow.h"
 #include "Shell/XSongTable.h"
 #include "Shell/XSourceList.h"
@@ -63,39 +64,36 @@ void XBrowserWindow::ShowAdded(SongID song) {
         (void)i_setup.play.Play(kPlaylistID_Library, songP->LibraryItem());
 }
 
-void XBrowserWindow::RemoveSelected(bool fromLibraryB) {
-    CPlayList* const listP = i_model->List();
-    SDB_Selection selection(listP);
+SDB_Selection XBrowserWindow::Selected() const {
+    SDB_Selection selection(i_model->List());
     selection.SetItems(i_tableP->SelectedItems());
-    if (listP == nullptr || selection.Count() == 0) return;
-    if (!fromLibraryB) {
-        if (listP->IsModifyable()) (void)listP->RemoveItems(selection);
-        return;
-    }
-    Question question;
-    question.title = "Remove from Library";
-    question.text =
-        "This will remove all references from all playlists!  It will leave files on your disk untouched.  Are you "
-        "sure "
-        "you want to remove all references?";
-    question.buttons = {"Remove", "Cancel"};
-    question.defaultIndex = question.safeIndex = 1;
-    if (i_setup.ui.Ask(question).buttonIndex != 0) return;
-    const OSErr err = i_setup.database.RemoveFromLibrary(i_setup.database.SongsOf(selection));
-    if (Failed(err) && err != userCanceledErr) MessageAlert("The songs could not be removed.", ErrorText(err));
+    return selection;
 }
 
-void XBrowserWindow::DeleteList(PlaylistID list) {
-    const CPlayList* const listP = i_setup.database.GetPlayList(list);
-    if (listP == nullptr || listP->Type() != kSourceDB_PLAYLIST) return;
-    Question question;
-    question.title = "Delete Playlist";
-    question.text = "Are you sure you want to permanantly delete playlist “" + listP->Name().UTF8() +
-                    "”?  You can not undo this action.";
-    question.buttons = {"Delete", "Cancel"};
-    question.defaultIndex = question.safeIndex = 1;
-    if (i_setup.ui.Ask(question).buttonIndex != 0) return;
-    if (const OSErr err = i_setup.database.DeletePlaylist(list); Failed(err))
-        MessageAlert("You may need to empty your trash first, or rename the Playlist before deleting it.",
-                     ErrorText(err));
+void XBrowserWindow::ConnectLibrary() {
+    using enum Command;
+    CLibraryCommands& commands = i_setup.commands;
+    const auto onSelected = [this](auto work) {
+        return [this, work] {
+            if (const SDB_Selection selection = Selected(); selection.Count() > 0) TellFailure(work(selection));
+        };
+    };
+    i_actions->On(kRemoveFromList, onSelected([&](const SDB_Selection& rows) { return commands.DeleteTracks(rows); }));
+    i_actions->On(kRemoveFromLibrary,
+                  onSelected([&](const SDB_Selection& rows) { return commands.RemoveFromLibrary(rows); }));
+    i_actions->On(kTrashOriginals,
+                  onSelected([&](const SDB_Selection& rows) { return commands.TrashOriginals(rows); }));
+    i_actions->On(kReveal, onSelected([&](const SDB_Selection& rows) {
+                      return commands.Reveal(i_setup.database.SongsOf(rows));
+                  }));
+    i_actions->On(kDeleteList, [this, &commands] {
+        const CPlayList* const listP = i_setup.database.GetPlayList(i_sourcesP->Selected());
+        if (listP != nullptr && listP->Type() == kSourceDB_PLAYLIST) (void)commands.DeletePlaylist(listP->ID());
+    });
+}
+
+void XBrowserWindow::TellFailure(OSErr err) {
+    // What the user did not want is no failure, and a list that may not be changed says so by its menu.
+    if (Failed(err) && err != userCanceledErr && err != paramErr)
+        MessageAlert("That could not be done for all songs.", ErrorText(err));
 }

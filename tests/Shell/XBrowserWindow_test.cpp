@@ -6,6 +6,7 @@
 
 #include "Core/CPreferences.h"
 #include "Graphics/CGraphicsPorts.h"
+#include "Library/CLibraryCommands.h"
 #include "Library/ListTest.h"
 #include "Platform/CUserInterface_Scripted.h"
 #include "Play/CPlayControl.h"
@@ -28,13 +29,17 @@ protected:
         for (const char* const nameZ : {"Alpha", "Beta", "Gamma"})
             i_songs.push_back(Song(nameZ, "Somebody").GetSongID());
         i_databaseP->AddSongsToLibrary(i_songs);
-        i_windowP = std::make_unique<XBrowserWindow>(
-            BrowserSetup{.database = *i_databaseP, .play = i_play, .prefs = i_prefs, .ui = i_ui, .portsP = &i_ports});
+        i_commandsP = std::make_unique<CLibraryCommands>(*i_databaseP, i_ui);
+        i_windowP = std::make_unique<XBrowserWindow>(BrowserSetup{
+            .database = *i_databaseP, .play = i_play, .prefs = i_prefs, .commands = *i_commandsP, .portsP = &i_ports});
         i_windowP->show();
         i_windowP->activateWindow();
         EXPECT_TRUE(QTest::qWaitForWindowActive(i_windowP.get(), 5000));
     }
-    ~BrowserTest() override { i_windowP.reset(); }
+    ~BrowserTest() override {
+        i_windowP.reset();
+        i_commandsP.reset();
+    }
 
     template <class Widget>
     Widget& Find() {
@@ -62,6 +67,7 @@ protected:
     CPreferences i_prefs;
     std::vector<SongID> i_songs;
     CPlayControl i_play;
+    std::unique_ptr<CLibraryCommands> i_commandsP;
     std::unique_ptr<XBrowserWindow> i_windowP;
     int i_askedL = 0;
 
