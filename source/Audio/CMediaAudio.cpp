@@ -70,6 +70,7 @@ public:
         }
         OSErr err = SkipTo(frame);
         if (!Failed(err) && i_endB && !i_landedB && i_endErr == eofErr) {   // in damaged packets, which are no end
+            i_packets.StopLanding();
             err = Jump(frame);
             if (!Failed(err)) err = SkipTo(frame);
             if (!Failed(err) && i_endB && !i_landedB) KnowTotal();   // there is no sound in it at all
@@ -149,9 +150,12 @@ private:
             const auto grid = [&](std::uint64_t sample) { return sample > warmL ? (sample - warmL) / stepIn : 0; };
             std::uint64_t stepL =
                 grid(frame / kSamplesPerSecond * rate + frame % kSamplesPerSecond * rate / kSamplesPerSecond);
-            const std::uint64_t reachL = i_frames.Reach(stepL * stepIn);
+            std::uint64_t reachL = i_frames.Reach(stepL * stepIn);
+            if (grid(reachL) < stepL) {   // at the end, too, the filter wants its run
+                stepL = grid(reachL);
+                reachL = i_frames.Reach(stepL * stepIn);   // which may begin before the table does
+            }
             if (i_packets.IsAborted()) return abortErr;
-            stepL = std::min(stepL, grid(reachL));   // at the end, too, the filter wants its run
             sampleL = stepL * stepIn;
             atL = stepL * stepOut;
         }

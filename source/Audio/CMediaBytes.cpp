@@ -48,6 +48,10 @@ bool CMediaBytes::IsInBudget() {
     return true;
 }
 
+bool CMediaBytes::IsNearEverywhere() const {
+    return Size() > 0 && Source().WayTo(0) == 0 && Source().WayTo(Size() - 1) == 0;
+}
+
 void CMediaBytes::ForgetErr() noexcept {
     i_err = noErr;
     i_contextP->error = 0;

@@ -25,6 +25,8 @@ public:
     /** All of `to`, from `at` on; eofErr when the source is shorter. Does not move the reader of the context. */
     OSErr ReadAt(std::uint64_t at, std::span<std::byte> to);
     [[nodiscard]] std::uint64_t Size() const { return Source().Size(); }
+    /** Any place is as near as any other, which in a packed source it is not. */
+    [[nodiscard]] bool IsNearEverywhere() const;
 
     /** What may still be read through the context, a bound on what the opening of a hostile file costs; what lies
         beyond it reads as the end. The ways to the places of a packed source have a budget of the same size, or of four

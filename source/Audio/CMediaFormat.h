@@ -46,6 +46,7 @@ public:
     [[nodiscard]] AVFormatContext* Format() const noexcept { return i_formatP; }
     [[nodiscard]] AVStream* Stream() const noexcept { return i_streamP; }
     [[nodiscard]] CMediaBytes& Bytes() noexcept { return i_bytes; }
+    [[nodiscard]] const CMediaBytes& Bytes() const noexcept { return i_bytes; }
     [[nodiscard]] const std::string& Container() const noexcept { return i_container; }
     /** Of the stream, or of the file; 0 when nothing tells. */
     [[nodiscard]] double Seconds() const;

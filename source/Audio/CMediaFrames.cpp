@@ -17,6 +17,10 @@ constexpr std::array kMedia_OneLength = {AV_CODEC_ID_MP1, AV_CODEC_ID_MP2,    AV
 /** The reservoir of MP3 reaches 23 packets back at its lowest rate; Opus and its kin forget within a second. */
 constexpr std::size_t kMedia_PreRoll = 64;
 constexpr std::size_t kMedia_FirstPackets = 4;
+/** More than so many samples are no damage. */
+constexpr std::int64_t kMedia_MostMissing = 1 << 20;
+/** A landing costs the table; so many samples are read through as fast. */
+constexpr std::uint64_t kMedia_Far = 1 << 18;
 constexpr std::size_t kMedia_SkipBytes = 10;
 /** Silence comes in pieces: a small file of damaged packets stands for hours of it. */
 constexpr std::uint64_t kMedia_MostSilence = 64 << 10;
@@ -228,13 +232,23 @@ void CMediaFrames::CloseNewRow() {
     if (const MediaPacketRow* beforeP = i_current.rowL > 0 ? Row(i_current.rowL - 1) : nullptr)
         rowP->startL = beforeP->startL + beforeP->countL;
     rowP->countedB = true;
+    const std::uint32_t missingL = i_fetchedB ? Missing(*rowP) : 0;
+    rowP->countL += missingL;
+    i_silenceL += missingL;
+}
+
+/** Samples between `before` and i_packetP, which comes next: in FLAC, damage to the head of a packet hides it whole. */
+std::uint32_t CMediaFrames::Missing(const MediaPacketRow& before) const {
+    const std::int64_t missingL =
+        i_packets.TellsStart(*i_packetP) - static_cast<std::int64_t>(before.startL + before.countL);
+    return missingL > 0 && missingL <= kMedia_MostMissing ? static_cast<std::uint32_t>(missingL) : 0;
 }
 
 void CMediaFrames::DropSilenceAtEnd() {
     auto& rows = i_packets.Rows();
     auto it = rows.rbegin();
     for (; it != rows.rend() && (it->failedB || it->countL == 0); ++it) it->countL = 0;
-    const std::uint64_t endL = it == rows.rend() ? 0 : it->startL + it->countL;
+    const std::uint64_t endL = it == rows.rend() ? i_packets.Begin() : it->startL + it->countL;
     for (auto tail = it.base(); tail != rows.end(); ++tail) tail->startL = endL;
 }
 
@@ -281,6 +295,7 @@ bool CMediaFrames::LearnNext() {
         av_packet_unref(i_packetP);
         return false;
     }
+    if (countedL > 0) rows[countedL - 1].countL += Missing(rows[countedL - 1]);
     const std::uint32_t rawL = vorbisB ? VorbisSamples(countedL) : Expected(*i_packetP);
     std::size_t bytesL = 0;
     const std::uint8_t* sideP = av_packet_get_side_data(i_packetP, AV_PKT_DATA_SKIP_SAMPLES, &bytesL);
@@ -303,6 +318,12 @@ std::uint64_t CMediaFrames::Reach(std::uint64_t sample) {
         const std::size_t countedL = CountedRows();
         return countedL == 0 ? 0 : rows[countedL - 1].startL + rows[countedL - 1].countL;
     };
+    if (sample < i_packets.Begin() || (sample > reach() + kMedia_Far && i_packets.MayLand())) {
+        i_packets.Land(sample);
+        i_firstRowL = 0;
+        i_dropL = 0;
+        if (!i_packets.HasTable() || Failed(OpenCodec())) return 0;
+    }
     // The first packets are decoded in any case: they tell the delay, and how long a packet is.
     for (MediaPiece piece; (CountedRows() < kMedia_FirstPackets || i_skipL > 0) && !Failed(Next(piece));) {
     }
@@ -332,7 +353,7 @@ OSErr CMediaFrames::GoTo(std::uint64_t sample) {
 OSErr CMediaFrames::Restart() {
     i_firstRowL = 0;
     i_dropL = 0;
-    if (i_packets.HasTable()) {
+    if (i_packets.HasTable() && i_packets.Begin() == 0) {
         i_packets.GoTo(0);
     } else {   // and as on the first reading, nothing is known of what comes
         i_packetSamplesL = 0;

@@ -51,6 +51,7 @@ private:
     bool Deliver(const AVFrame* frameP, std::size_t fromL, std::size_t countL, MediaPiece& piece);
     bool CloseRow(MediaPiece& piece);
     void CloseNewRow();
+    [[nodiscard]] std::uint32_t Missing(const MediaPacketRow& before) const;
     void DropSilenceAtEnd();
     [[nodiscard]] MediaPacketRow* Row(std::size_t number);
     [[nodiscard]] std::uint32_t Expected(const AVPacket& packet) const;

@@ -351,6 +351,86 @@ TEST(CMediaAudio, ASeekThatOutgrowsTheTableFindsItsPlace) {
     EXPECT_EQ(part, wanted);
 }
 
+/** Tones and noise, made by ffmpeg. */
+std::string LongFlac(const std::string& nameZ, const std::string& form, int seconds = 20) {
+    MediaFiles::Get();
+    const auto path = MediaFiles::Folder() / (std::to_string(::getpid()) + nameZ);
+    MediaFiles::Run(
+        "ffmpeg -nostdin -v error -y -f lavfi -i \"aevalsrc='0.4*sin(2*PI*(200*t+90*t*t))+0.1*(random(0)-0.5)|"
+        "0.3*sin(2*PI*(3000*t-50*t*t))+0.05*(random(1)-0.5)':s=44100:d=" +
+        std::to_string(seconds) + "\" " + form + " " + path.string());
+    std::string bytes = MediaFiles::Bytes(path);
+    std::filesystem::remove(path);
+    return bytes;
+}
+
+void ExpectSeeksAsStraight(const std::string& bytes, std::size_t& readOfFirst) {
+    MemorySource again(bytes);
+    CMediaAudio straight;
+    ASSERT_EQ(straight.Open(again, "flac"), noErr);
+    const Samples all = ReadAll(straight);
+    std::mt19937 random(5);
+    readOfFirst = 0;
+    for (int round = 0; round < 3; ++round) {
+        MemorySource source(bytes);
+        CMediaAudio audio;
+        ASSERT_EQ(audio.Open(source, "flac"), noErr);
+        const std::size_t opened = source.i_readL;
+        for (int seek = 0; seek < 12; ++seek) {
+            std::size_t frame = random() % (all.size() / 2 + 2000);
+            if (seek == 0) frame = all.size() / 2 - (round == 0 ? 7 : 5000 + random() % 200000);
+            SCOPED_TRACE(testing::Message() << "round " << round << ", seek " << seek << " to " << frame);
+            ASSERT_EQ(audio.Seek(frame), noErr);
+            Samples part(random() % 20000 * 2 + 2);
+            std::size_t gotL = 0;
+            const OSErr err = audio.Read(part, gotL);
+            if (seek == 0) readOfFirst = std::max(readOfFirst, source.i_readL - opened);
+            if (frame * 2 >= all.size()) {
+                ASSERT_EQ(err, eofErr);
+                ASSERT_EQ(audio.TotalFrames(), all.size() / 2);
+                continue;
+            }
+            ASSERT_EQ(err, noErr);
+            ASSERT_EQ(gotL, std::min(part.size(), all.size() - frame * 2));
+            ASSERT_EQ(Difference(std::span(part).first(gotL), std::span(all).subspan(frame * 2)), 0);
+        }
+    }
+}
+
+TEST(CMediaAudio, AFarJumpIntoFlacReadsOnlyWhatLiesThere) {
+    for (const char* formZ : {"", "-ar 96000 -sample_fmt s32"}) {
+        SCOPED_TRACE(formZ);
+        const std::string bytes = LongFlac(".flac", formZ, 50);
+        std::size_t readL = 0;
+        ExpectSeeksAsStraight(bytes, readL);
+        EXPECT_LT(readL, bytes.size() / 2);
+    }
+}
+
+TEST(CMediaAudio, AFarJumpIntoFlacThatIsNotAsItSaysIsAsAStraightReading) {
+    const std::string whole = LongFlac(".flac", ""), other = LongFlac(".flac", "-t 9");
+    std::string damaged = whole;
+    for (std::size_t n = damaged.size() * 9 / 10; n < damaged.size(); ++n) damaged[n] = '\x55';
+    std::string holed = whole;
+    for (std::size_t n = holed.size() / 2; n < holed.size() / 2 + 40000; ++n) holed[n] = '\x55';
+    std::string unknown = whole;   // its length is not told
+    for (std::size_t n = 22; n < 26; ++n) unknown[n] = '\0';
+    unknown[21] = static_cast<char>(unknown[21] & 0xF0);
+    const std::pair<const char*, std::string> kCases[] = {
+        {"joined", whole + other},
+        {"joined, the short one first", other + whole},
+        {"cut off", whole.substr(0, whole.size() * 4 / 5)},
+        {"damaged end", damaged},
+        {"a hole", holed},
+        {"no length", unknown},
+        {"begins late", whole.substr(0, 8288) + whole.substr(whole.size() / 4)}};
+    for (const auto& [nameZ, bytes] : kCases) {
+        SCOPED_TRACE(nameZ);
+        std::size_t readL = 0;
+        ExpectSeeksAsStraight(bytes, readL);
+    }
+}
+
 TEST(CMediaAudio, ATagAmidAnADTSStreamDoesNotMoveWhatIsSought) {
     MediaFiles::Get();
     std::string bytes = MediaFiles::Bytes(MediaFiles::Folder() / "adts.aac");
