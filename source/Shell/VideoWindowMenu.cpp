@@ -20,7 +20,7 @@ QAction& AddSwitch(QMenu& menu, const char* textZ, const char* keyZ, bool possib
     QAction* const actionP = menu.addAction(Words(textZ));
     actionP->setCheckable(true);
     actionP->setChecked(gApp->Prefs().GetBool(keyZ));
-    actionP->setEnabled(possibleB);
+    actionP->setEnabled(possibleB || actionP->isChecked());   // what is on can always be turned off
     QObject::connect(actionP, &QAction::triggered, &menu, [keyZ](bool onB) { gApp->Prefs().Set(keyZ, CCFValue(onB)); });
     return *actionP;
 }

@@ -18,6 +18,8 @@
 #include "Core/CLog.h"
 #include "Core/CMainThreadProc.h"
 #include "Graphics/CGraphics.h"
+#include "Graphics/COffscreen.h"
+#include "Graphics/Png.h"
 #include "Graphics/PortTest.h"
 #include "Library/CMetaManager.h"
 #include "Library/CSongDatabase.h"
@@ -428,6 +430,50 @@ TEST_F(AppTest, ASecondFilePlaysAndABadOneLeavesTheFirst) {
     application.RequestQuit(QuitAsk::kNobody);
     EXPECT_EQ(application.Run(""), 0);
     application.ShutDown();
+}
+
+TEST_F(AppTest, ThePictureOfTheBreakFollowsItsPreference) {
+    const fs::path file = i_folder / "break.png";
+    COffscreen pixels;
+    ASSERT_EQ(pixels.Create({0, 0, 20, 40}, 32), noErr);
+    ASSERT_EQ(pixels.Fill32(pixels.bounds(), 0xFF336699), noErr);
+    ASSERT_EQ(WritePng(pixels, file), noErr);
+    Windows windows;
+    const AppSetup setup{.loop = i_loop, .ui = i_ui, .windows = windows, .resources = MakeSetup().resources, .prefs = MakeSetup().prefs};
+    const auto shown = [&windows] {
+        windows.screen.pictureP = nullptr;
+        windows.screen.port.Redraw();
+        return windows.screen.pictureP;
+    };
+    {
+        CApp app(setup);
+        EXPECT_EQ(shown(), nullptr);
+        app.Prefs().Set("Break Picture", CCFValue(SuperString(file.string())));
+        ASSERT_TRUE(RunUntil(app, [&] { return shown() != nullptr; }));
+        EXPECT_EQ(shown()->bounds(), (Rect{0, 0, 20, 40}));
+        EXPECT_EQ(shown()->PixelAt(7, 7), 0xFF336699U);
+        EXPECT_EQ(windows.screen.to, (Rect{33, 0, 183, 300})) << "all of it, as large as it goes";
+        EXPECT_TRUE(windows.screen.port.OverlayNames().empty());
+    }
+    {
+        CApp app(setup);   // the next start
+        ASSERT_TRUE(RunUntil(app, [&] { return shown() != nullptr; }));
+        app.Prefs().Set("Break Picture", CCFValue(SuperString((i_folder / "log.txt").string())));
+        ASSERT_TRUE(RunUntil(app, [&] { return !i_ui.alerts.empty(); }));
+        EXPECT_NE(i_ui.alerts.front().find("The break picture could not be read: log.txt"), std::string::npos);
+        EXPECT_EQ(shown(), nullptr);
+    }
+    i_ui.alerts.clear();
+    CApp app(setup);
+    const auto failures = [this] {
+        const std::string log = LogText(), line = "### Error reading the break picture";
+        int countL = 0;
+        for (std::size_t at = log.find(line); at != std::string::npos; at = log.find(line, at + 1)) ++countL;
+        return countL;
+    };
+    ASSERT_TRUE(RunUntil(app, [&] { return failures() == 2; }));
+    for (int n = 0; n < 3; ++n) app.RunLoopPass();
+    EXPECT_TRUE(i_ui.alerts.empty()) << "at the start only the log is told";
 }
 
 TEST_F(AppTest, AProcPostedBeforeTheWindowStandsRunsInItsOrder) {
