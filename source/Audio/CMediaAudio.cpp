@@ -69,6 +69,7 @@ public:
             if (const OSErr err = Jump(frame); Failed(err)) return err;
         }
         OSErr err = SkipTo(frame);
+        if (!Failed(err) && !i_landedB && FillPending() == abortErr) return abortErr;   // the next Read tells the rest
         if (!Failed(err) && i_endB && !i_landedB && i_endErr == eofErr) {   // in damaged packets, which are no end
             i_packets.StopLanding();
             err = Jump(frame);

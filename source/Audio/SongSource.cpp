@@ -43,9 +43,11 @@ OSErr FindInZip(const CFileRef& file, MediaKind kind, SongBytes& found) {
 
 }   // namespace
 
+bool IsZipFile(const CFileRef& file) { return Extension(file.GetPath()) == "zip"; }
+
 OSErr FindSongBytes(const CFileRef& file, MediaKind kind, SongBytes& found) {
     found.extension = Extension(file.GetPath());
-    if (found.extension == "zip") return FindInZip(file, kind, found);
+    if (IsZipFile(file)) return FindInZip(file, kind, found);
     found.make = [file](std::unique_ptr<CByteSource>& bytesP) {
         auto fileP = std::make_unique<CByteSource_File>();
         const OSErr err = fileP->Open(file);

@@ -14,6 +14,8 @@ struct SongBytes {
     std::string extension;   // in lower case, without its dot: a hint for the demuxer
 };
 
+/** By its name, in whatever case. */
+[[nodiscard]] bool IsZipFile(const CFileRef& file);
 /** Of the sound or the picture of `file`: itself, or a member of a zip, which is read where it lies.
     Threads  any but the main one: a zip's directory is read here.
     Errors   fnfErr: a zip without any; those of CZipArchive. */

@@ -73,7 +73,7 @@ int AutoCue(const CliContext& context, std::span<const std::string> given) {
         const CFileRef file(words->files[0]);
         SongPlayParts parts;
         parts.spec.name = file.GetPath().stem().string();
-        (file.GetPath().extension() == ".zip" ? parts.spec.zip : parts.spec.audio) = file;
+        (IsZipFile(file) ? parts.spec.zip : parts.spec.audio) = file;
         parts.loadP = MakeRef<CSongLoad>(parts.spec);
         const OSErr loadErr = parts.loadP->Load(nullptr);
         return Failed(loadErr) ? loadErr : CSongSound(parts).FindStart(settings, start300);
