@@ -223,7 +223,7 @@ void CGraphicsPort::ForceUpdate() {
     if (!Assert(IsMainThread())) return;
     if (i_windowP != nullptr) {
         static_cast<void>(i_windowP->SetOpacity(i_opacityF));   // told once, by the window
-        static_cast<void>(i_windowP->SetTransparent(i_transparentB));
+        static_cast<void>(i_windowP->SetTransparent(!IsSolid()));
     }
     Refresh();
     if (i_viewP != nullptr) i_viewP->PaintNow();
