@@ -8,6 +8,7 @@
 #include "App/CAppPlay.h"
 #include "App/CScopedInitializing.h"
 #include "App/SystemFacts.h"
+#include "App/TVoplaApp.h"
 #include "Audio/CSpoolPump.h"
 #include "Core/CAlerts.h"
 #include "Core/CLog.h"
@@ -171,6 +172,8 @@ void CAppStartUp::LoadDatabase() {
     if (const OSErr err = i_app.Folders().Hold(FolderKind::kDatabase, root); Failed(err)) return;
     const OSErr err = i_app.i_library->Load({root, i_app.Prefs().MusicFolder(), i_app.Prefs().CacheFolder()});
     i_loadedB = !Failed(LogStep(err, "loading the library"));
+    // Refused by the user, or another program has it: an empty library must not be taken for it.
+    if (!i_loadedB && gVoplaApp != nullptr) gVoplaApp->RequestQuit(QuitAsk::kNobody);
 }
 
 /** The root of the library, or false when the user would rather quit. */

@@ -116,7 +116,8 @@ int Rebuild(const CliContext& context, Words) {
         std::error_code problem;
         return !std::filesystem::is_directory(folder, problem);
     });
-    const std::size_t beforeL = database.Songs()->Count();
+    // Without a library the load itself has looked through the folders.
+    const std::size_t beforeL = library.IsEmpty() ? 0 : database.Songs()->Count();
     std::vector<RefusedFile> refused;
     static_cast<void>(AddFilesToLibrary(database, folders, &refused));
     const std::size_t songsL = database.Songs()->Count();

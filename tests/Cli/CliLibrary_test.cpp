@@ -117,7 +117,7 @@ TEST_F(CliLibrary, WrongValuesAndWordsChangeNothing) {
         {{"set", "17", "name", "\xff"}, 1, "is no value for name"},
         {{"set", "17", "prod", "x"}, 1, "cannot be set from a text"},
         {{"set", "17", "soID", "5"}, 1, "soID is given by the library"},
-        {{"set", "17", "XXXX", "5"}, 1, "no such key: XXXX"},
+        {{"set", "17", "ZZZZ", "5"}, 1, "no such key: ZZZZ"},
         {{"set", "9999", "name", "x"}, 1, "no song 9999"},
         {{"set", "seventeen", "name", "x"}, 1, "no song seventeen"},
         {{"show", "17x"}, 1, "no song 17x"},
