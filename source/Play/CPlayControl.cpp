@@ -135,8 +135,9 @@ void CPlayControl::CacheNext() {
         return;
     }
     const PLItemID item = listP->GetNextID(i_item, CPlayList::Step::kForward, CPlayList::AtEnd::kIgnore);
+    const bool endB = i_host.Preferences().GetBool("Stop at playlist end") && IsLastOfList(*listP);
     std::optional<SongPlaySpec> spec;
-    if (item != SDB_kNoItem && item != i_item) spec = SpecOf(i_list, item);
+    if (!endB && item != SDB_kNoItem && item != i_item) spec = SpecOf(i_list, item);
     if (spec)
         i_next.Hold(std::move(*spec));
     else
@@ -182,8 +183,7 @@ void CPlayControl::SongEnded(CSongPlay& play) {
     PlayNextState state{.stopBetweenTracksB = preferences.GetBool("Stop between tracks"),
                         .hasPlaylistB = listP != nullptr,
                         .stopAtPlaylistEndB = preferences.GetBool("Stop at playlist end")};
-    if (listP != nullptr)
-        state.lastOfSelectionB = !listP->GetSortedList().empty() && listP->GetSortedList().back() == i_item;
+    state.lastOfSelectionB = listP != nullptr && IsLastOfList(*listP);
     PLItemID next = SDB_kNoItem;
     if (ChoosePlayNext(state) == PlayNextCommand::kNext) {
         next = listP->GetNextID(i_item, CPlayList::Step::kForward);
@@ -210,6 +210,10 @@ OSErr CPlayControl::StepTo(PLItemID item, bool pausedB) { return PlayRow(i_list,
 
 CPlayList* CPlayControl::List() const {
     return Number(i_list) == SDB_kUninitializedID ? nullptr : i_host.Database().GetPlayList(i_list);
+}
+
+bool CPlayControl::IsLastOfList(CPlayList& list) const {
+    return !list.GetSortedList().empty() && list.GetSortedList().back() == i_item;
 }
 
 OSErr CPlayControl::PlayNext() {

@@ -128,6 +128,7 @@ private:
     [[nodiscard]] static float ReadVolume(CPlayHost& host);
     void KeepValue(MetaKey key, double value);
     [[nodiscard]] CPlayList* List() const;
+    [[nodiscard]] bool IsLastOfList(CPlayList& list) const;
     template <class Say>
     void Tell(Say&& say);
     void TellPlay();

@@ -367,15 +367,105 @@ TEST_F(PlayTest, AWishFromAnotherThreadIsDoneOnTheMainOne) {
     Add(Sound("a.wav", 60));
     const auto self = i_controlP->Self();
     std::atomic<int> answer{1};
-    std::jthread thread([&] {
-        answer = Number(CMainThreadProc_Play(self, i_listP->ID(), Row(0), StackHeld::kYes).Call(CallMode::kWait));
-    });
+    const PlaylistID list = i_listP->ID();
+    const PLItemID row = Row(0);
+    const auto ask = [&](void*) {
+        const OSErr err = CMainThreadProc_Play(self, list, row, StackHeld::kYes).Call(CallMode::kWait);
+        answer = Number(err);
+        return err;
+    };
+    ASSERT_NE(CThreadManager::Fork(
+                  ForkKind::kPreemptive, ask, [](void*, OSErr err) { return err; }, nullptr, "phone"),
+              0);
     ASSERT_TRUE(RunUntil([&] { return answer != 1; }));
     EXPECT_EQ(answer, 0);
     EXPECT_TRUE(RunUntilPlaying());
     i_controlP.reset();
     i_controlP = std::make_unique<CPlayControl>(static_cast<CPlayHost&>(*this));
     EXPECT_EQ(CMainThreadProc_Play(self, i_listP->ID(), Row(0), StackHeld::kYes).Call(CallMode::kWait), abortErr);
+}
+
+/** Zips and movies come from other programs. */
+TEST_F(PlayTest, AZipAndAMovieGoTheSameRoad) {
+    Sound("song.wav", 1);
+    Graphics("song.cdg", 300);
+    const std::string folder = i_folder.string();
+    const std::string make =
+        "cd " + folder +
+        " && python3 -c \"import zipfile; z = zipfile.ZipFile('song.zip', 'w', "
+        "zipfile.ZIP_DEFLATED); z.write('song.wav'); z.write('song.cdg'); z.close()\" && "
+        "ffmpeg -v error -nostdin -f lavfi -i testsrc=s=64x48:r=25:d=2 -i song.wav -map 0 -map 1 "
+        "-c:v mpeg4 -c:a aac movie.mp4 && ffmpeg -v error -nostdin -i movie.mp4 -an -c copy silent.mp4";
+    ASSERT_EQ(std::system(make.c_str()), 0);
+    for (const char* const nameZ : {"song.wav", "song.cdg"}) std::filesystem::remove(i_folder / nameZ);
+    i_preferences.Set("Stop between tracks", CCFValue(true));
+    const struct {
+        const char* nameZ;
+        SongKind kind;
+        long end300, within;
+        bool pictureB;
+    } cases[] = {{"song.zip", SongKind::kSoundAndGraphics, 300, 1, true},
+                 {"movie.mp4", SongKind::kVideo, 300, 10, true},
+                 {"silent.mp4", SongKind::kVideo, 600, 10, true}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.nameZ);
+        Add(i_folder / c.nameZ);
+        ASSERT_EQ(Play(i_listP->Count() - 1), noErr);
+        ASSERT_TRUE(RunUntilPlaying());
+        EXPECT_EQ(i_controlP->Current()->Files().Kind(), c.kind);
+        EXPECT_NEAR(static_cast<double>(i_controlP->EndTime300()), static_cast<double>(c.end300),
+                    static_cast<double>(c.within));
+        ASSERT_EQ(i_controlP->Current()->Graphics() != nullptr, c.pictureB);
+        if (c.kind == SongKind::kVideo) {
+            i_controlP->SetPaused(true);
+            i_controlP->SeekTo300(150);
+            const CAS_QuickTimeVideo* const movieP = i_controlP->Current()->Files().Movie().Get();
+            EXPECT_TRUE(RunUntil([&] { return movieP->ShownTime() >= 0.45 && movieP->ShownTime() <= 0.5; }))
+                << movieP->ShownTime();
+            i_controlP->SetPaused(false);
+        }
+        ASSERT_TRUE(RunUntilIdle());
+    }
+    EXPECT_EQ(i_sung.size(), std::size(cases));
+    EXPECT_EQ(AlertsSoFar(), Words());
+}
+
+class UnhurriedPlayTest : public PlayTest {
+protected:
+    UnhurriedPlayTest() : PlayTest(2) {}
+};
+
+/** Sound that is far behind the words jumps to them, once it moves again. */
+TEST_F(UnhurriedPlayTest, AStallLeavesTheSoundWhereTheWordsAre) {
+    Add(Sound("a.wav", 600), Graphics("a.cdg", 3000));
+    ASSERT_EQ(Play(0), noErr);
+    ASSERT_TRUE(RunUntil([&] { return i_controlP->CurTime300() > 300; }));
+    EXPECT_LT(std::abs(i_controlP->Current()->Heard300() - i_controlP->CurTime300()), 150);
+    i_clock.Skip(30);   // the device is fed late; the clock of the words is not
+    EXPECT_TRUE(RunUntil([&] { return Logged("the sound goes there"); }));
+    EXPECT_TRUE(RunUntil([&] { return std::abs(i_controlP->Current()->Heard300() - i_controlP->CurTime300()) < 150; }));
+    EXPECT_GT(i_controlP->CurTime300(), 30 * 300);
+}
+
+TEST_F(PlayTest, ManySongsInARowLeaveNoThreadAndNoFileOpen) {
+    i_preferences.Set("Stop at playlist end", CCFValue(true));
+    const std::filesystem::path sound = Sound("a.wav", 0.5), graphics = Graphics("a.cdg", 150);
+    for (int n = 0; n < 20; ++n) Add(sound, graphics);
+    const auto openFiles = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
+                             std::filesystem::directory_iterator());
+    };
+    const auto threads = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/task"),
+                             std::filesystem::directory_iterator());
+    };
+    const auto filesBefore = openFiles(), threadsBefore = threads();
+    ASSERT_EQ(Play(0), noErr);
+    ASSERT_TRUE(RunUntilIdle());
+    EXPECT_EQ(i_sung.size(), 20U);
+    EXPECT_TRUE(RunUntilOutputIsFree());
+    EXPECT_TRUE(RunUntil([&] { return openFiles() <= filesBefore && threads() <= threadsBefore; }))
+        << openFiles() << " files, " << threads() << " threads";
 }
 
 TEST_F(PlayTest, AThousandRandomOrdersLeaveNothingBehind) {

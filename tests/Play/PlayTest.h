@@ -22,11 +22,15 @@ public:
     ~FastClock() override { Install(nullptr); }
     double AbsoluteT() const override { return SteadyT(); }
     double SteadyT() const override {
-        return 1000 + i_speed * std::chrono::duration<double>(std::chrono::steady_clock::now() - i_start).count();
+        return i_skippedT + 1000 +
+               i_speed * std::chrono::duration<double>(std::chrono::steady_clock::now() - i_start).count();
     }
+
+    void Skip(double seconds) { i_skippedT = i_skippedT + seconds; }
 
 private:
     const double i_speed;
+    std::atomic<double> i_skippedT{0};
     const std::chrono::steady_clock::time_point i_start = std::chrono::steady_clock::now();
 };
 
@@ -55,9 +59,7 @@ private:
 /** Songs, a list, and a control that plays them on an output without sound; the clock runs 20 times as fast. */
 class PlayTest : public testing::Test, protected CSongDatabaseHost, protected CPlayHost, protected CPlayWatcher {
 protected:
-    static constexpr double kSpeed = 20;
-
-    PlayTest() {
+    explicit PlayTest(double speed = 20) : i_clock(speed) {
         std::string pattern = (std::filesystem::temp_directory_path() / "play-XXXXXX").string();
         i_folder = ::mkdtemp(pattern.data());
         CLog::Get().SetFile(i_folder / "log.txt");
@@ -192,7 +194,7 @@ protected:
     void SettingsChanged() override { ++i_settingsL; }
 
     std::filesystem::path i_folder;
-    FastClock i_clock{kSpeed};
+    FastClock i_clock;
     TestHost i_host;
     CMetaManager i_metaManager;
     CCFPrefDictionary i_preferences;
