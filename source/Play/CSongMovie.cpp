@@ -37,12 +37,14 @@ void CSongMovie::Lead(std::shared_ptr<const CHeardSound> soundP, std::shared_ptr
     i_soundP = std::move(soundP);
     i_paceP = std::move(paceP);
     i_soundOver = std::move(soundOver);
+    if (!i_soundP) i_movieP->SetLeader({});   // its own clock: it goes with SetPaused
     if (i_clock.Now() > 0) SeekTo300(static_cast<long>(i_clock.Now()));
 }
 
 /** The clock of the song goes by the machine's time, the device by its own: the picture keeps to what is heard. */
 double CSongMovie::HeardT(double clockT) const {
-    if (!i_soundP || i_soundP->IsOver()) return clockT;
+    // While the clock stands or waits, what was heard last may be of another place.
+    if (!i_soundP || !i_paceP || i_soundP->IsOver() || !i_paceP->IsRunning()) return clockT;
     const double heardT = i_soundP->PlaceOf(i_soundP->FramesPlayed()) / 300;
     return std::abs(heardT - clockT) < kLead_NearT ? heardT : clockT;
 }
@@ -60,11 +62,13 @@ MovieLead CSongMovie::Told() {
         i_movedT = clock300 > i_clock300 && clock300 - i_clock300 < kLead_Step300 ? nowT : kLead_NeverT;
     i_clock300 = clock300;
     MovieLead lead{.seconds = HeardT(static_cast<double>(clock300) / 300)};
-    if (i_paceP) lead.rate = 1e6 / (kSectors_PerSecond * static_cast<double>(i_paceP->Period()));
+    if (i_paceP) lead.rate = Rate();
     lead.runningB = i_paceP != nullptr && nowT - i_movedT < kLead_StandsT;
     lead.endedB = i_soundOver && i_soundOver();
     return lead;
 }
+
+double CSongMovie::Rate() const { return 1e6 / (kSectors_PerSecond * static_cast<double>(i_paceP->Period())); }
 
 void CSongMovie::TellSize() {
     PictureSize largest{1, 1};   // nobody looks
@@ -78,6 +82,7 @@ void CSongMovie::TellSize() {
 
 double CSongMovie::Look() {
     TellSize();
+    if (!i_soundP && i_paceP) i_movieP->SetTempo(Rate());
     if (i_movieP->Show()) i_graphics.MovieChanged();
     return i_movieP->NextShowIn();
 }

@@ -32,6 +32,8 @@ public:
 private:
     [[nodiscard]] MovieLead Told();
     [[nodiscard]] double HeardT(double clockT) const;
+    /** Seconds of song a second. */
+    [[nodiscard]] double Rate() const;
     void TellSize();
 
     const Ref<CAS_QuickTimeVideo> i_movieP;

@@ -79,6 +79,11 @@ void CSongPicture::SeekTo300(long time300) {
     if (i_movieP) i_movieP->SeekTo300(time300);
 }
 
+void CSongPicture::SetPaused(bool pausedB) {
+    i_pausedB = pausedB;
+    if (i_movieP) i_movieP->Movie().SetPaused(pausedB);
+}
+
 void CSongPicture::SetSlipT(double seconds) {
     i_slipMoved300 = std::lround(seconds * kSubCodePacketsPerSecond) - static_cast<long>(i_clock.StartSync());
 }

@@ -47,7 +47,7 @@ public:
     [[nodiscard]] CPlayPace* Pace() const noexcept { return i_paceP.get(); }
     /** The picture of `time300`: the packets before it, from the start when that is a way back. */
     void SeekTo300(long time300);
-    void SetPaused(bool pausedB) noexcept { i_pausedB = pausedB; }
+    void SetPaused(bool pausedB);
     [[nodiscard]] bool IsPaused() const override { return i_pausedB; }
     /** The song's own slip, in seconds. */
     void SetSlipT(double seconds);
