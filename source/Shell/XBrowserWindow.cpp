@@ -203,7 +203,9 @@ void XBrowserWindow::Connect() {
         if (i_setup.database.GetPlayList(i_setup.play.CurrentList()) == nullptr) return;
         i_searchP->clear();
         ShowList(i_setup.play.CurrentList());
+        i_model->Settle();
         i_tableP->SelectItem(i_setup.play.CurrentItem());
+        i_tableP->setFocus();
     });
     i_actions->On(kFind, [this] {
         i_searchP->setFocus(Qt::ShortcutFocusReason);
