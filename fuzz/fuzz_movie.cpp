@@ -1,12 +1,12 @@
-// Any bytes as a movie: pictures in the order of their times, or a status; after a seek the same. The first byte chooses the
-// ending by which the demuxer is helped.
+// Any bytes as a movie: pictures in the order of their times, or a status; after a seek the same. The first byte
+// chooses the ending by which the demuxer is helped.
 #include <array>
 #include <cmath>
 #include <cstdint>
 #include <string>
 #include <string_view>
 
-#include "Core/MemorySource.h"
+#include "../tests/Core/MemorySource.h"
 #include "Graphics/CMoviePainter.h"
 #include "Graphics/CMovieReader.h"
 
