@@ -61,12 +61,7 @@ OSErr CAS_QuickTimeVideo::Open_i(bool writeB, std::uint64_t& sizeL) {
 }
 
 OSErr CAS_QuickTimeVideo::Close_i(bool) {
-    const auto playP = i_playP.Exchange(nullptr);
-    if (!playP) return noErr;
-    playP->Stop();
-    LogF("movie: %llu pictures decoded, %llu too late, %llu packets damaged",
-         static_cast<unsigned long long>(playP->Decoded()), static_cast<unsigned long long>(playP->Skipped()),
-         static_cast<unsigned long long>(playP->Damaged()));
+    if (const auto playP = i_playP.Exchange(nullptr)) playP->Stop();
     return noErr;
 }
 

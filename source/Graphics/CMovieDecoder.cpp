@@ -46,8 +46,8 @@ void CMovieDecoder::Close() {
     i_hardwareB = false;
 }
 
-bool CMovieDecoder::OpenHardware(const void* codecP) {
-    if (!HardwareCan(*static_cast<const AVCodec*>(codecP))) return false;
+bool CMovieDecoder::OpenHardware(const AVCodec& codec) {
+    if (!HardwareCan(codec)) return false;
     for (int n = kMovie_FirstRenderNode; n < kMovie_FirstRenderNode + kMovie_RenderNodes; ++n) {
         // By name and only where one is: asked for any device, the driver's library talks to the display and to stderr.
         const std::string node = "/dev/dri/renderD" + std::to_string(n);
@@ -68,7 +68,7 @@ OSErr CMovieDecoder::Open(const AVCodecParameters& parameters, const AVRational&
     i_codecP->pkt_timebase = timeBase;
     i_codecP->max_pixels = kMovie_MostPixels;
     i_codecP->thread_count = static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, 4U));
-    if (hardwareB && OpenHardware(codecP)) i_codecP->hw_device_ctx = av_buffer_ref(i_deviceP);
+    if (hardwareB && OpenHardware(*codecP)) i_codecP->hw_device_ctx = av_buffer_ref(i_deviceP);
     i_codecP->get_format = &ChooseFormat;
     return avcodec_open2(i_codecP, codecP, nullptr) < 0 ? paramErr : noErr;
 }

@@ -5,6 +5,7 @@
 #include "Platform/OSErr.h"
 
 struct AVBufferRef;
+struct AVCodec;
 struct AVCodecContext;
 struct AVCodecParameters;
 struct AVRational;
@@ -39,7 +40,7 @@ public:
     [[nodiscard]] std::uint64_t Damaged() const noexcept { return i_damagedL; }
 
 private:
-    bool OpenHardware(const void* codecP);
+    bool OpenHardware(const AVCodec& codec);
     void Close();
 
     AVCodecContext* i_codecP = nullptr;

@@ -120,11 +120,6 @@ std::uint32_t CMoviePictures::Turn() const {
     return i_seek.turn;
 }
 
-bool CMoviePictures::IsEmpty() const {
-    const std::scoped_lock guard(i_lock);
-    return i_ready.empty();
-}
-
 void CMoviePictures::Stop() {
     const std::scoped_lock guard(i_lock);
     i_stopB = true;

@@ -64,7 +64,6 @@ public:
     /** Everything of this turn was shown, and `nowT` is behind it. */
     [[nodiscard]] bool IsEnded(double nowT) const;
     [[nodiscard]] std::uint32_t Turn() const;
-    [[nodiscard]] bool IsEmpty() const;
     /** Lets the maker go; from now on it is given nothing. */
     void Stop();
     [[nodiscard]] bool IsStopped() const;

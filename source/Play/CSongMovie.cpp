@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "Core/CLog.h"
 #include "Graphics/CGraphics.h"
 #include "Graphics/CGraphicsClock.h"
 #include "Graphics/CGraphicsOverlay.h"
@@ -30,7 +31,13 @@ CSongMovie::CSongMovie(Ref<CAS_QuickTimeVideo> movieP, CGraphics& graphics, cons
     static_cast<void>(new CT_MovieLook(i_selfRef));   // owned by the map of forks
 }
 
-CSongMovie::~CSongMovie() { i_movieP->SetLeader({}); }
+CSongMovie::~CSongMovie() {
+    i_movieP->SetLeader({});
+    const MovieCounts counts = i_movieP->Counts();
+    LogF("movie: %llu pictures decoded, %llu shown, %llu dropped, %llu packets damaged",
+         static_cast<unsigned long long>(counts.decodedL), static_cast<unsigned long long>(counts.shownL),
+         static_cast<unsigned long long>(counts.droppedL), static_cast<unsigned long long>(counts.damagedL));
+}
 
 void CSongMovie::Lead(std::shared_ptr<const CHeardSound> soundP, std::shared_ptr<const CPlayPace> paceP,
                       std::function<bool()> soundOver) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <random>
 
 #include "Graphics/MovieFiles.h"
 #include "Play/CPictureDelays.h"
@@ -44,8 +45,7 @@ TEST_F(CSongMovieTest, AVideoSongPlaysItsPicturesWithItsSoundAndEnds) {
         ASSERT_TRUE(RunUntil([&] {
             if (i_controlP->State() != PlayState::kPlaying) return true;
             counts = i_controlP->Current()->Pictures();
-            if (!Movie()->IsSeeking())
-                apartT = std::max(apartT, Movie()->ShownTime() - Movie()->CurTime());
+            if (!Movie()->IsSeeking()) apartT = std::max(apartT, Movie()->ShownTime() - Movie()->CurTime());
             return false;
         }));
         EXPECT_GE(counts.shownL + counts.droppedL, 49U);
@@ -101,6 +101,43 @@ TEST_F(CSongMovieTest, ThePictureDelayIsRememberedForEachOutput) {
     EXPECT_EQ(i_controlP->PictureDelay(), 500);
     i_controlP->SetPictureDelay(0);
     EXPECT_EQ(i_preferences.GetDictionary("Picture Delays (ms)").Size(), 1U);
+}
+
+/** Orders in any state of three movies: every one comes to its end, and with each the thread that made its pictures. */
+TEST_F(CSongMovieTest, RandomOrdersLeaveNothingBehind) {
+    for (const char* nameZ : {"b.mp4", "silent.mp4", "vcd.mpg"}) AddMovie(nameZ);
+    std::mt19937 random(2);
+    for (int n = 0; n < 200; ++n) {
+        switch (random() % 8) {
+            case 0:
+            case 1:
+                ASSERT_EQ(Play(random() % 3), noErr);
+                break;
+            case 2:
+                i_controlP->Stop();
+                break;
+            case 3:
+                i_controlP->SetPaused(random() % 2 == 0);
+                break;
+            case 4:
+            case 5:
+                i_controlP->SeekTo300(static_cast<long>(random() % 700));
+                break;
+            case 6:
+                ASSERT_EQ(i_controlP->SetTempo(random() % 2 == 0 ? 1.25 : 0.8), noErr);
+                break;
+            default:
+                i_controlP->SetPictureDelay(static_cast<long>(random() % 400) - 200);
+                break;
+        }
+        if (random() % 3 == 0) RunFor(0.4);
+    }
+    ASSERT_EQ(Play(1), noErr);
+    ASSERT_TRUE(RunUntilPlaying());
+    i_controlP->SetPaused(false);
+    ASSERT_TRUE(RunUntilIdle());
+    EXPECT_TRUE(RunUntilOutputIsFree());
+    EXPECT_EQ(AlertsSoFar(), std::vector<std::string>());
 }
 
 }   // namespace
