@@ -25,6 +25,18 @@ void CAppLibrary::DirtyChanged(bool dirtyB) {
 
 void CAppLibrary::StopPlayback() { i_app.StopCurrentSong(); }
 
+void CAppLibrary::SongCached() {
+    i_purgeAgainB = std::exchange(i_purgesB, true);   // one after the other
+    if (i_purgeAgainB) return;
+    const OSErr err = i_commands.PurgeCache([this](OSErr) {
+        i_purgesB = false;
+        if (i_purgeAgainB) SongCached();
+    });
+    if (!Failed(err)) return;
+    i_purgesB = false;
+    Log("### Error purging the cache");
+}
+
 bool CAppLibrary::IsDateAddedReal() const { return i_app.Prefs().GetBool("Date Added Field *really* Updated"); }
 
 void CAppLibrary::StopWarning(std::string_view preference) { i_app.Prefs().Set(preference, CCFValue(false)); }
@@ -46,6 +58,7 @@ OSErr CAppLibrary::Load(LibraryPlaces places) {
 
 void CAppLibrary::AfterStart() {
     if (i_store) i_store->AfterStart();
+    SongCached();   // by another run, or the limits are others now
     if (i_database.Songs()->Count() == 0) return;
     if (Failed(CT_FindMissing::Start(i_database))) Log("### Error looking for missing songs");
 }

@@ -32,6 +32,7 @@ public:
     void DirtyChanged(bool dirtyB) override;
     OSErr RenameListFile(const CPlayList& list, const SuperString& newName) override;
     void StopPlayback() override;
+    void SongCached() override;
     Answer Ask(const Question& question) override;
     void AskLater(const Question& question, std::function<void(const Answer&)> answered) override;
     void ShowProgress(std::string_view words) override;
@@ -45,6 +46,7 @@ public:
     [[nodiscard]] bool IsDirty() const override { return i_database.IsDirty() || i_othersDirtyB; }
     [[nodiscard]] bool IsAddingToLibrary() const override { return i_database.IsAddingToLibrary(); }
     void SetDirty(bool dirtyB) override { i_othersDirtyB = dirtyB; }
+    /** The database asks the same. */
     [[nodiscard]] bool IsSaving() const override { return i_store != nullptr && i_store->IsSaving(); }
     OSErr Save(bool fullB) override;
 
@@ -55,4 +57,5 @@ private:
     CLibraryCommands i_commands;
     std::unique_ptr<CLibraryStore> i_store;   // before the database goes
     bool i_othersDirtyB = false;              // what is saved beside the library: the preferences
+    bool i_purgesB = false, i_purgeAgainB = false;
 };

@@ -38,10 +38,7 @@ std::string FolderURL(const std::filesystem::path& folder) {
 }   // namespace
 
 CLibraryCommands::CLibraryCommands(CSongDatabase& database, CUserInterface& ui)
-    : i_database(database),
-      i_ui(ui),
-      i_zipper(database, i_busyRef),
-      i_unpacker({database.Self(), database.Songs(), database.Settings(), i_busyRef}) {}
+    : i_database(database), i_ui(ui), i_zipper(database, i_busyRef), i_unpacker(database.Self(), i_busyRef) {}
 
 bool CLibraryCommands::Confirm(LibraryDialog dialog, const std::string& detail) {
     (void)Assert(IsMainThread());

@@ -34,7 +34,7 @@ CMetaValue CMeta::Value(MetaKey key, ValueMode mode) {
     if (value || mode == ValueMode::kStored || (mode == ValueMode::kMakeIfAllowed && !i_canCreateB)) return value;
     value = MakeValue(key);
     if (!value || !AssertWords(value.Type() == traits.Type(), "made value of the key's kind")) return {};
-    if (i_enabledB && !traits.IsDefault(value)) Store(traits, value, false);
+    if (i_enabledB && KeepsMade(key) && !traits.IsDefault(value)) Store(traits, value, false);
     return value;
 }
 
@@ -74,7 +74,7 @@ Ref<CData> CMeta::GetRetainedValue(MetaKey key, ValueMode mode, WillRelease rele
     const MetaLock lock(*this);
     const CMetaValue value = Value(key, mode);
     if (!value) return nullptr;
-    // A default that was made is not stored, and so nobody's.
+    // A default that was made, or what only follows from others, is not stored, and so nobody's.
     const bool storedB = i_slots.TypeOf(traits.Index()) != ValType::ValType_NONE && !i_retiredB;
     Ref<CData> dataRef = storedB ? Handle(traits, value) : CData::Make(key, value);
     if (release == WillRelease::kYes) (void)AssertWords(dataRef->RetainCount() <= 2, "dataP->RetainCount() <= 2");

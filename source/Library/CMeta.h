@@ -71,7 +71,7 @@ public:
     void Load(std::span<MetaEntry> entries);
 
     // ---- Values with an identity. ----
-    /** Null when there is none and none could be made. A value that is made and is the default comes without an owner.
+    /** Null when there is none and none could be made. A value that is made and not kept comes without an owner.
      */
     [[nodiscard]] Ref<CData> GetRetainedValue(MetaKey key, ValueMode mode = ValueMode::kStored,
                                               WillRelease release = WillRelease::kNo);
@@ -135,8 +135,9 @@ public:
     void SetBasics(const MetaTags& tags);
     enum class FileSlots : bool { kWithout, kWith };
     enum class HiddenKeys : bool { kWithout, kWith };
-    /** All that is stored, but for hidden keys that are not asked for; file places as file references when asked for, hidden ones too, since
-        what is cached must be found again. A file place that has no form is left out and logged. */
+    /** All that is stored, but for hidden keys that are not asked for; file places as file references when asked for,
+       hidden ones too, since what is cached must be found again. A file place that has no form is left out and logged.
+     */
     [[nodiscard]] CCFDictionary ToDictionary(FileSlots files = FileSlots::kWithout,
                                              HiddenKeys hidden = HiddenKeys::kWithout) const;
     /** Takes all values of the dictionary that have a form here, each by its setter; "Illegal key type: " is logged for
@@ -153,6 +154,9 @@ protected:
     /** A value that is worked out, for a key without a stored one; none in the base. Under this object's lock: no I/O.
      */
     [[nodiscard]] virtual CMetaValue MakeValue(MetaKey key);
+    /** Whether a made value becomes a stored one. One that follows from others must not: it would be saved, and stay
+        when they change. */
+    [[nodiscard]] virtual bool KeepsMade(MetaKey /*key*/) const { return true; }
     /** The stored value of a key is another one now (none: removed). Under this object's lock: note it, return. */
     virtual void OnChanged(MetaKey key, const CMetaValue& value);
     /** Called by the typed setters: asserts that the key may be set so. A subclass adds its own (AssertNotIdentity). */

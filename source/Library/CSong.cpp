@@ -4,6 +4,10 @@
 #include "Library/CMetaManager.h"
 #include "Library/CSongDatabase.h"
 
+namespace {
+constexpr MetaKey kDuration = "drtn"_key, kActualDuration = "aDur"_key;
+}
+
 CSongMeta::CSongMeta(CSongDatabase* databaseP, SongID id) : i_databaseP(databaseP), i_id(id) {
     (void)AssertWords(Number(id) > 0, "GetSongID() > 0");
     MetaEntry entry{CM_Key_SONG_ID, CMetaValue(Number(id))};   // told, never set
@@ -13,6 +17,13 @@ CSongMeta::CSongMeta(CSongDatabase* databaseP, SongID id) : i_databaseP(database
 void CSongMeta::OnChanged(MetaKey key, const CMetaValue&) {
     if (i_databaseP == nullptr || Manager().GetTraits(key).Has(kKeyFlag_Hidden)) return;
     i_databaseP->QueueChange(i_id, key);
+    if (key == kDuration) i_databaseP->QueueChange(i_id, kActualDuration);   // which follows from it
+}
+
+CMetaValue CSongMeta::MakeValue(MetaKey key) {
+    if (key != kActualDuration) return {};
+    const CMetaValue duration = Stored(kDuration);
+    return duration ? CMetaValue(CMetaText::Of(Manager().GetTraits(kDuration).Display(duration))) : CMetaValue();
 }
 
 void CSongMeta::CheckSetter(MetaKey key) const {

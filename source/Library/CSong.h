@@ -15,6 +15,9 @@ public:
 
 protected:
     void OnChanged(MetaKey key, const CMetaValue& value) override;
+    /** "aDur" is the duration as people read it, until somebody types another one. */
+    [[nodiscard]] CMetaValue MakeValue(MetaKey key) override;
+    [[nodiscard]] bool KeepsMade(MetaKey /*key*/) const override { return false; }
     void CheckSetter(MetaKey key) const override;
 
 private:

@@ -7,6 +7,7 @@
 #include "Core/CLog.h"
 #include "Core/CThreadManager.h"
 #include "Core/ThreadInfo.h"
+#include "Library/CPushMetaTimer.h"
 #include "Library/CT_ConformNames.h"
 #include "Library/CT_SongChanges.h"
 
@@ -32,6 +33,7 @@ CSongDatabase::CSongDatabase(CSongDatabaseHost& host)
     i_libraryP = libraryP.get();
     (void)i_lists.Add(kPlaylistID_Library, std::move(libraryP));
     i_changesTimer = (new CT_SongChanges(i_selfRef))->GetForkID();
+    i_pushTimer = (new CPushMetaTimer(i_selfRef))->GetForkID();
 }
 
 CSongDatabase::~CSongDatabase() {
@@ -42,7 +44,8 @@ CSongDatabase::~CSongDatabase() {
     Log("Clearing Song List");
     i_songsRef->Clear();
     Log("Closing Database");
-    CT_Timer::SetInterval(i_changesTimer, 0.0);   // its next turn finds the database gone, and is its last
+    for (const ForkID timer : {i_changesTimer, i_pushTimer})
+        CT_Timer::SetInterval(timer, 0.0);   // its next turn finds the database gone, and is its last
     Log("disposing singers (if any)");
     i_singersRef->Clear();
     Log("disposing playlists");

@@ -31,6 +31,10 @@ public:
     /** The singer who says that this list is his; SDB_kUninitializedID when nobody does. */
     [[nodiscard]] virtual SingerID FindListOwner(PlaylistID /*list*/) { return SingerID{SDB_kUninitializedID}; }
     virtual void StopPlayback() {}
+    /** A file came into the cache, which may be above its limits now. */
+    virtual void SongCached() {}
+    /** A save runs: what it names must not go from the disc meanwhile. */
+    [[nodiscard]] virtual bool IsSaving() const { return false; }
     /** May this song go? It plays, perhaps; the host asks, and stops it. */
     virtual bool MayDelete(SongID /*song*/) { return true; }
     /** A question for when the user has time; `answered` runs on the main thread then. Without somebody in front it is
@@ -198,6 +202,8 @@ public:
     void QueueChange(SongID song, MetaKey key);
     /** Hands on what is queued now. */
     void FlushChanges();
+    /** Names the files of the songs that were edited after them, now, when the preferences want that. */
+    void PushEdits();
     /** The places of these songs in the lists, and who watches them. */
     void UpdateItems(std::span<const SongID> songs, std::span<const MetaKey> keys);
     /** Any thread; under a CMeta's lock too. Singers count their changes themselves. */
@@ -225,7 +231,12 @@ public:
     void SongsLeaveLibrary(CPlayList& library, std::span<const PLItemID> items);
 
 private:
-    using Change = std::pair<SongID, MetaKey>;
+    struct Change {
+        SongID song;
+        MetaKey key;
+        bool batchB;   // one of many that came in one go: no edit
+    };
+    void NoteEdits(std::span<const Change> changes);
     [[nodiscard]] std::vector<PLItemID> ItemsOf(const CPlayList& list, std::span<const SongID> songs) const;
 
     CSongDatabaseHost& i_host;
@@ -245,7 +256,8 @@ private:
     std::atomic<long> i_batchesL{0};
     long i_addingL = 0;
     CMutexT<std::vector<Change>> i_changes;
-    ForkID i_changesTimer = 0;
+    ForkID i_changesTimer = 0, i_pushTimer = 0;
+    std::set<std::int32_t> i_edited;   // whose files wait for their names
     std::atomic<bool> i_loadingB{false}, i_singersChangedB{false};
     std::uint32_t i_songsRevisionL = 0;
     bool i_dirtyB = false;

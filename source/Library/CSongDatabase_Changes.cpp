@@ -5,6 +5,7 @@
 #include "Core/CLog.h"
 #include "Core/ThreadInfo.h"
 #include "Library/CSongDatabase.h"
+#include "Library/CT_ConformNames.h"
 #include "Library/CT_FindMissing.h"
 #include "Library/CT_SongChanges.h"
 
@@ -12,6 +13,9 @@ namespace {
 
 // A song whose place of these changed may be missing now, or may be found again.
 constexpr MetaKey kMissing_Keys[] = {"Sfs0"_key, "Sfs1"_key, "Sfs2"_key};
+
+// The values that a template can put into the name of a song's files.
+constexpr MetaKey kNamed_Keys[] = {"name"_key, "arts"_key, "albm"_key, "trak"_key, "rdtn"_key};
 
 class MT_SetDirty final : public CMainThreadProc {
 public:
@@ -53,7 +57,7 @@ void CSongDatabase::SetDirty(bool dirtyB, std::string_view reason) {
 void CSongDatabase::QueueChange(SongID song, MetaKey key) {
     if (i_loadingB.load(std::memory_order_relaxed)) return;
     const bool firstB = i_changes.With([&](std::vector<Change>& changes) {
-        changes.emplace_back(song, key);
+        changes.push_back({song, key, IsInBatch()});
         return changes.size() == 1;
     });
     if (firstB) CT_Timer::SetInterval(i_changesTimer, CT_SongChanges::kDelayT);
@@ -72,10 +76,11 @@ void CSongDatabase::FlushChanges() {
     ++i_songsRevisionL;
     std::vector<SongID> songs;
     std::vector<MetaKey> keys;
-    for (const auto& [song, key] : changes) {
-        songs.push_back(song);
-        keys.push_back(key);
+    for (const Change& change : changes) {
+        songs.push_back(change.song);
+        keys.push_back(change.key);
     }
+    NoteEdits(changes);
     const auto makeUnique = [](auto& all) {
         std::ranges::sort(all);
         all.erase(std::unique(all.begin(), all.end()), all.end());
@@ -87,6 +92,24 @@ void CSongDatabase::FlushChanges() {
     const bool filesB =
         std::ranges::any_of(kMissing_Keys, [&](MetaKey key) { return std::ranges::find(keys, key) != keys.end(); });
     if (filesB && Failed(CT_FindMissing::Start(*this, std::move(songs)))) Log("### Error looking for missing songs");
+}
+
+void CSongDatabase::NoteEdits(std::span<const Change> changes) {
+    const auto settingsRef = Settings();
+    if (!settingsRef->pushEditsB || !settingsRef->conformNamesB) return;
+    bool editedB = false;
+    for (const Change& change : changes)
+        if (!change.batchB && std::ranges::find(kNamed_Keys, change.key) != std::end(kNamed_Keys)) {
+            i_edited.insert(Number(change.song));
+            editedB = true;
+        }
+    if (editedB) CT_Timer::SetInterval(i_pushTimer, settingsRef->pushWaitT);
+}
+
+void CSongDatabase::PushEdits() {
+    std::vector<SongID> songs;
+    for (const std::int32_t id : std::exchange(i_edited, {})) songs.push_back(SongID{id});
+    if (!songs.empty() && Failed(CT_ConformNames::Start(*this, std::move(songs)))) Log("### Error renaming songs");
 }
 
 /** The rows of these songs, which are sorted. A song knows its row in the library's list: looking through a million

@@ -65,8 +65,8 @@ OSErr CSongFiles::Search(SDB_SongFile type, CFileRef& file) {
 
 void CSongFiles::Found(SDB_SongFile type, const CFileRef& file) {
     CMetaSongFile& place = i_files[static_cast<std::size_t>(type)];
+    i_found.push_back({type, place.ref.IsEmpty() ? CFileRef::Path() : place.ref.GetPath(), file});
     place = {i_settingsRef->Status().Of(type, file.GetPath()), file};
-    i_found.emplace_back(type, file);
 }
 
 bool CSongFiles::IsReachable() {
@@ -81,7 +81,11 @@ bool CSongFiles::IsReachable() {
 }
 
 void CSongFiles::Store(CSong& song) const {
-    for (const auto& [type, file] : i_found) (void)song.SetFile(type, file);
+    for (const FoundFile& found : i_found) {
+        const CFileRef now = song.FileRef(found.type);
+        const CFileRef::Path place = now.IsEmpty() ? CFileRef::Path() : i_settingsRef->Whole(now.GetPath());
+        if (place == found.before) (void)song.SetFile(found.type, found.file);
+    }
 }
 
 std::string MissingSongText(const std::string& name) { return "Could not find the song “" + name + "”"; }

@@ -36,7 +36,8 @@ public:
     OSErr GetFile(SDB_SongFile type, CFileRef& file, TryCached tryCached = TryCached::kNo);
     /** The zip is there, or all that the song has of sound and graphics. */
     [[nodiscard]] bool IsReachable();
-    /** Puts into the song's places what was found elsewhere than they say. Any thread on which the song is held. */
+    /** Puts into the song's places what was found elsewhere than they say; a place that says something else by now is
+        left alone. Main thread. */
     void Store(CSong& song) const;
     /** The song was marked as missing. */
     [[nodiscard]] bool WasMissing() const noexcept { return i_wasMissingB; }
@@ -56,7 +57,12 @@ private:
     bool i_wasMissingB;
     std::shared_ptr<const LibrarySettings> i_settingsRef;
     std::array<CMetaSongFile, static_cast<std::size_t>(SDB_SongFile_numtypes)> i_files;
-    std::vector<std::pair<SDB_SongFile, CFileRef>> i_found;
+    struct FoundFile {
+        SDB_SongFile type;
+        CFileRef::Path before;   // what its place said, whole
+        CFileRef file;
+    };
+    std::vector<FoundFile> i_found;
 };
 
 /** What a player says of a song whose files are nowhere. */

@@ -57,10 +57,14 @@ bool CSongUnpacker::Find(SongID song, const FileInfo& zip, UnpackedSong& unpacke
 
 OSErr CSongUnpacker::Unpack(SongID song, UnpackedSong& unpacked) {
     std::optional<CSongFiles> files;
-    (void)i_world.songsRef->With(song, [&](const CSong& found) { files.emplace(found, i_world.settingsRef); });
+    const OSErr asked = CallOnDatabase("to unpack", i_databaseRef, [&](const CSongDatabase& database) {
+        files = CSongFiles::Of(database, song);   // by the folders of now
+        return noErr;
+    });
+    if (Failed(asked)) return asked;
     CFileRef zip;
     if (!files || Failed(files->GetFile(SDB_SongFile_ZIP, zip))) return fnfErr;
-    const CBusySongs::Hold hold(i_world.busyRef, song);
+    const CBusySongs::Hold hold(i_busyRef, song);
     if (!hold.IsHeld()) {
         TellSongBusy(files->Name());
         return opWrErr;
@@ -81,9 +85,11 @@ OSErr CSongUnpacker::Unpack(SongID song, UnpackedSong& unpacked) {
     const CFileRef folder = entryRef->folderP->Ref();
     std::shared_ptr<const Entry> before = std::move(entryRef);   // the old folder goes after the lock
     i_entries.With([&](auto& entries) { entries[Number(song)].swap(before); });
-    return CallOnDatabase("unpacked", i_world.databaseRef, [&](const CSongDatabase& database) {
+    return CallOnDatabase("unpacked", i_databaseRef, [&](const CSongDatabase& database) {
         CSong* const songP = database.GetSong(song);
-        return songP == nullptr ? noErr : songP->SetFile(SDB_SongFile_UNPACK, folder);
+        if (songP == nullptr) return noErr;
+        files->Store(*songP);
+        return songP->SetFile(SDB_SongFile_UNPACK, folder);
     });
 }
 

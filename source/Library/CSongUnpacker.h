@@ -16,7 +16,8 @@ struct UnpackedSong {
     Owner    CLibraryCommands. The folders go with it. */
 class CSongUnpacker {
 public:
-    explicit CSongUnpacker(SongFileWorld world) : i_world(std::move(world)) {}
+    CSongUnpacker(std::weak_ptr<CSongDatabase*> databaseRef, std::shared_ptr<CBusySongs> busyRef)
+        : i_databaseRef(std::move(databaseRef)), i_busyRef(std::move(busyRef)) {}
 
     /** opWrErr, and the user is told, while somebody else works on this zip; fnfErr without a zip; what the zip or the
         disc says. Nothing half remains. */
@@ -32,6 +33,7 @@ private:
     [[nodiscard]] bool Find(SongID song, const FileInfo& zip, UnpackedSong& unpacked) const;
     static OSErr UnpackInto(const CFileRef& zip, const CFileRef& folder, UnpackedSong& unpacked);
 
-    const SongFileWorld i_world;
+    const std::weak_ptr<CSongDatabase*> i_databaseRef;   // locked on the main thread alone
+    const std::shared_ptr<CBusySongs> i_busyRef;
     CMutexT<std::map<std::int32_t, std::shared_ptr<const Entry>>> i_entries;
 };

@@ -28,6 +28,8 @@ void CSong::SetFileRef(SDB_SongFile type, SDB_SongFileStatus status, const CFile
     const bool changedB =
         status == SDB_SongFileStatus_NONE ? i_meta.RemoveValue(key) : i_meta.SetSongFile(key, {status, ref});
     CSongDatabase* const databaseP = i_meta.Database();
+    if (changedB && status == SDB_SongFileStatus_CACHE && databaseP != nullptr && !databaseP->IsInBatch())
+        databaseP->Host().SongCached();
     if (!changedB || !IsMain(type) || databaseP == nullptr || databaseP->IsInBatch()) return;
     const bool behindZipB = type != SDB_SongFile_ZIP && GetStatus(SDB_SongFile_ZIP) != SDB_SongFileStatus_NONE;
     if (!behindZipB) databaseP->SetDirty(true, "file status changed on <<" + Name().UTF8() + ">>");

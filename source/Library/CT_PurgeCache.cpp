@@ -6,6 +6,7 @@
 #include "Core/CLog.h"
 #include "Core/FSrFolders.h"
 #include "Core/FSrObjects.h"
+#include "Core/WaitMode.h"
 #include "Library/CallOnDatabase.h"
 #include "Library/CSongDatabase.h"
 #include "Library/SongFolders.h"
@@ -43,6 +44,7 @@ OSErr CT_PurgeCache::Operate(OSErr err) {
     if (err = List(songs, images, filesL); Failed(err)) return err;
     Log("PurgeCache: Sort by date");
     const std::vector<Item> oldSongs = Over(std::move(songs), i_world.settingsRef->cachedSongsL);
+    if (err = WaitForSaves(); Failed(err)) return err;
     LogF("number of files: %d, songs allowed: %d, songs to delete: %d\n", static_cast<int>(filesL),
          static_cast<int>(i_world.settingsRef->cachedSongsL), static_cast<int>(oldSongs.size()));
     Log("PurgeCache: send to deletion que");
@@ -56,8 +58,20 @@ OSErr CT_PurgeCache::Operate(OSErr err) {
 }
 
 OSErr CT_PurgeCache::Completion(OSErr err) {
-    if (i_done) i_done(err);
+    const auto databaseRef = i_world.databaseRef.lock();
+    if (databaseRef != nullptr && *databaseRef != nullptr && i_done) i_done(err);
     return err;
+}
+
+OSErr CT_PurgeCache::WaitForSaves() const {
+    constexpr double kWait_T = 0.05;
+    for (;;) {
+        const OSErr err = CallOnDatabase("purge cache", i_world.databaseRef, [](const CSongDatabase& database) {
+            return database.Host().IsSaving() ? queueNotDoneErr : noErr;
+        });
+        if (err != queueNotDoneErr) return err;
+        Wait(kWait_T);
+    }
 }
 
 OSErr CT_PurgeCache::List(std::vector<Item>& songs, std::vector<Item>& images, std::size_t& filesL) const {

@@ -13,7 +13,7 @@
    so does what the program does not know. Threads  started on the main thread. The work on the disc is the task's. */
 class CT_PurgeCache final : public CT_Preemptive {
 public:
-    /** `done` runs on the main thread. abortErr when there is no thread. */
+    /** `done` runs on the main thread, unless the database has gone. abortErr when there is no thread. */
     static OSErr Start(CSongDatabase& database, std::shared_ptr<CBusySongs> busyRef,
                        std::function<void(OSErr err)> done = {});
 
@@ -28,6 +28,8 @@ private:
     explicit CT_PurgeCache(SongFileWorld world, SongID playing, std::function<void(OSErr err)> done);
     OSErr Operate(OSErr err) override;
     OSErr Completion(OSErr err) override;
+    /** The songs that are being written name files of the cache. abortErr when the database has gone. */
+    [[nodiscard]] OSErr WaitForSaves() const;
     OSErr List(std::vector<Item>& songs, std::vector<Item>& images, std::size_t& filesL) const;
     /** The oldest above the limit. */
     [[nodiscard]] std::vector<Item> Over(std::vector<Item> items, long allowedL) const;

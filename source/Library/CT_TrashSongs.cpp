@@ -1,7 +1,8 @@
 #include "Library/CT_TrashSongs.h"
 
+#include <algorithm>
+
 #include "Core/CLog.h"
-#include "Core/FSrTrash.h"
 
 namespace {
 constexpr SDB_SongFile kTrashed[] = {SDB_SongFile_AUDIO, SDB_SongFile_VIDEO, SDB_SongFile_ZIP, SDB_SongFile_META,
@@ -17,7 +18,15 @@ CT_TrashSongs::CT_TrashSongs(CSongDatabase& database, std::vector<SongID> songs,
     : CT_OnSongs("Moving songs to trash", database, std::move(songs), std::move(done)) {}
 
 OSErr CT_TrashSongs::OnSong(CSongFiles& files) {
-    std::vector<std::pair<TrashedFile, CFileRef>> trashed;
+    const OSErr plays = OnMain("may it go", [&](const CSongDatabase& database) {
+        return database.PlayingSong() == files.Song() ? opWrErr : noErr;
+    });
+    if (plays == opWrErr) {
+        i_firstErr = FirstOf(i_firstErr, LogStep(plays, "moving to trash a song that plays", files.Name()));
+        return noErr;
+    }
+    if (Failed(plays)) return plays;
+    Trashed trashed{files.Song(), {}};
     OSErr err = noErr;
     for (const SDB_SongFile type : kTrashed) {
         if (files.Status(type) != SDB_SongFileStatus_MUSIC) continue;
@@ -26,22 +35,37 @@ OSErr CT_TrashSongs::OnSong(CSongFiles& files) {
         if (err == fnfErr)
             err = noErr;   // it has gone already
         else if (!Failed(err))
-            trashed.emplace_back(place, files.Ref(type));
+            trashed.files.emplace_back(place, files.Ref(type));
         if (Failed(LogStep(err, "moving to trash", files.Ref(type).GetPath()))) break;
     }
-    if (!Failed(err)) {
-        i_gone.push_back(files.Song());
-        return noErr;
-    }
-    for (const auto& [place, file] : trashed)
-        (void)LogStep(FSrRestoreTrashed(place, file), "restoring", file.GetPath());
+    if (Failed(err))
+        Restore(trashed);
+    else
+        i_trashed.push_back(std::move(trashed));
     i_firstErr = FirstOf(i_firstErr, err);
     return noErr;   // the next one may go
 }
 
+void CT_TrashSongs::Restore(const Trashed& trashed) {
+    for (const auto& [place, file] : trashed.files)
+        (void)LogStep(FSrRestoreTrashed(place, file), "restoring", file.GetPath());
+}
+
 OSErr CT_TrashSongs::AtEnd(OSErr err) {
-    if (!i_gone.empty())
-        err = FirstOf(err, OnMain("trashed songs",
-                                  [this](CSongDatabase& database) { return database.RemoveFromLibrary(i_gone); }));
+    if (i_trashed.empty()) return FirstOf(err, i_firstErr);
+    SongID playing{0};
+    err = FirstOf(err, OnMain("trashed songs", [&](CSongDatabase& database) {
+                      playing = database.PlayingSong();
+                      std::vector<SongID> gone;
+                      for (const Trashed& trashed : i_trashed)
+                          if (trashed.song != playing) gone.push_back(trashed.song);
+                      return gone.empty() ? noErr : database.RemoveFromLibrary(gone);
+                  }));
+    // Its files were open before they went: it sounds on, and is found there the next time.
+    const auto it = std::ranges::find(i_trashed, playing, &Trashed::song);
+    if (it != i_trashed.end()) {
+        Restore(*it);
+        i_firstErr = FirstOf(i_firstErr, opWrErr);
+    }
     return FirstOf(err, i_firstErr);
 }

@@ -10,6 +10,8 @@ LibrarySettings ReadLibrarySettings(const CPreferences& prefs) {
     settings.cacheFolder = prefs.CacheFolder();
     settings.nameTemplate = prefs.GetString("Conform song name template", settings.nameTemplate).UTF8();
     settings.conformNamesB = prefs.GetBool("Conform Song Names", true);
+    settings.pushEditsB = prefs.GetBool("update media meta tags", true);
+    settings.pushWaitT = static_cast<double>(std::max(0, prefs.GetLong("Seconds to wait after edit to push meta", 10)));
     settings.requireAudioB = prefs.GetBool("Require Audio (no naked CDG files)", true);
     settings.warnNamesB = prefs.GetBool("Warn if there is a problem updating meta", true);
     settings.warnMP3B = prefs.GetBool("Warn if there is a possibly corrupted MP3", true);

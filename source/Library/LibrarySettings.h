@@ -14,6 +14,8 @@ struct LibrarySettings {
     Path musicFolder, cacheFolder;   // absolute; empty: none is known
     std::string nameTemplate = "L-L-T - R - S";
     bool conformNamesB = true;   // song files are renamed after their song
+    bool pushEditsB = true;      // what is edited goes on to the files,
+    double pushWaitT = 10;       // so many seconds after the last edit
     bool requireAudioB = true;   // graphics without sound are no song
     bool warnNamesB = true, warnMP3B = true;
     long cachedSongsL = 25, cachedImagesL = 1;

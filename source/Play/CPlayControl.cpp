@@ -6,6 +6,7 @@
 #include "Core/CCFPrefDictionary.h"
 #include "Core/CLog.h"
 #include "Graphics/PlayNext.h"
+#include "Library/CT_FindMissing.h"
 #include "Platform/CClock.h"
 #include "Platform/CUserInterface.h"
 #include "Play/CPlayHost.h"
@@ -107,6 +108,7 @@ OSErr CPlayControl::PlayRow(PlaylistID list, PLItemID item, const StartHow& how)
 
 void CPlayControl::PreRollDone(CSongPlay& play, OSErr err) {
     LogF("Play started for %s (result: %ld)\n", play.Spec().name.c_str(), static_cast<long>(Number(err)));
+    NoteFiles(play, err);
     if (!Failed(err) && play.Files().Kind() == SongKind::kLaunch) {
         err = LaunchFile(play.Files().MainFile());
         if (!Failed(err)) {
@@ -126,6 +128,16 @@ void CPlayControl::PreRollDone(CSongPlay& play, OSErr err) {
     if (play.Spec().volumeF > 0) SetVolume(play.Spec().volumeF);
     CacheNext();
     TellPlay();
+}
+
+void CPlayControl::NoteFiles(CSongPlay& play, OSErr err) const {
+    CSong* const songP = i_host.Database().GetSong(play.Spec().song);
+    if (songP == nullptr) return;
+    if (const CSongFiles* const placesP = play.Files().Places()) placesP->Store(*songP);
+    const bool markedB = songP->Meta().Stored("Msng"_key).Bool() == BoolValueType::kTrue;
+    const bool otherwiseB = markedB ? !Failed(err) : err == fnfErr;
+    if (otherwiseB && Failed(CT_FindMissing::Start(i_host.Database(), {songP->GetSongID()})))
+        Log("### Error looking for the files of a song");
 }
 
 void CPlayControl::CacheNext() {
@@ -168,7 +180,7 @@ void CPlayControl::SongFailed(CSongPlay& play, OSErr err) {
 void CPlayControl::TellFailure(const CSongPlay& play, OSErr err) const {
     if (CSpooler::IsIgnorable(err) || play.Files().WasTold()) return;
     if (err == fnfErr)
-        ShowAlert("Could not find the song “" + play.Spec().name + "”", {});
+        ShowAlert(MissingSongText(play.Spec().name), {});
     else
         ShowAlert("The song “" + play.Spec().name + "” could not be played", ErrorText(err));
 }

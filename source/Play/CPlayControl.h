@@ -109,6 +109,9 @@ private:
     CGraphicsPorts& Ports() override;
     void NoteDrawn() override;
 
+    /** Tells the song what the look for its files has found. */
+    void NoteFiles(CSongPlay& play, OSErr err) const;
+
     struct StartHow {
         bool pausedB = false;
         long at300 = -1;   // from there rather than from the music's start

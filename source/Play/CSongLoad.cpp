@@ -6,7 +6,6 @@
 #include "Core/CLog.h"
 #include "Core/CZipArchive.h"
 #include "Core/CZipSongMembers.h"
-#include "Library/CSongFileSearch.h"
 
 namespace {
 
@@ -95,29 +94,33 @@ std::vector<CSongLoad::Stamp> CSongLoad::Stamps() const {
 }
 
 OSErr CSongLoad::Choose() {
-    if (IsThere(i_spec.zip)) return ChooseFromZip();
-    const CFileRef& given = i_spec.audio.IsEmpty() ? i_spec.video : i_spec.audio;
-    if (i_spec.launchMidiB && IsMidi(given) && IsThere(given)) {
-        i_kind = SongKind::kLaunch;
-        i_mainFile = given;
-        return noErr;
-    }
+    i_places = *i_spec.placesRef;
+    // Without a zip in its place what lies beside the pair is none of the song's.
+    if (const CFileRef zip = i_spec.zip.IsEmpty() ? CFileRef() : Find(SDB_SongFile_ZIP); !zip.IsEmpty())
+        return ChooseFromZip(zip);
+    const bool soundlessB = i_spec.audio.IsEmpty();
+    if (i_spec.launchMidiB && IsMidi(soundlessB ? i_spec.video : i_spec.audio))
+        if (CFileRef given = Find(soundlessB ? SDB_SongFile_VIDEO : SDB_SongFile_AUDIO); !given.IsEmpty()) {
+            i_kind = SongKind::kLaunch;
+            i_mainFile = std::move(given);
+            return noErr;
+        }
     return ChooseFromFiles();
 }
 
-OSErr CSongLoad::ChooseFromZip() {
+OSErr CSongLoad::ChooseFromZip(const CFileRef& file) {
     CZipArchive zip;
-    if (const OSErr err = zip.Open(i_spec.zip); Failed(err)) return err;
+    if (const OSErr err = zip.Open(file); Failed(err)) return err;
     const CZipSongMembers chosen = CZipSongMembers::Choose(zip.Members());
-    i_soundFile = i_mainFile = i_spec.zip;
+    i_soundFile = i_mainFile = file;
     if (chosen.graphics) {
         std::vector<std::uint8_t> bytes;
-        if (const OSErr err = LogStep(ReadMember(i_spec.zip, zip.Members()[*chosen.graphics], bytes),
-                                      "reading the graphics in the zip", i_spec.zip.GetPath());
+        if (const OSErr err = LogStep(ReadMember(file, zip.Members()[*chosen.graphics], bytes),
+                                      "reading the graphics in the zip", file.GetPath());
             Failed(err))
             return err;
         i_graphicsP = std::make_unique<CSubCodeStream_Memory>(bytes);
-        if (!chosen.audio && i_spec.requireAudioB) return LogStep(fnfErr, "no sound in the zip", i_spec.zip.GetPath());
+        if (!chosen.audio && i_spec.requireAudioB) return LogStep(fnfErr, "no sound in the zip", file.GetPath());
         i_kind = chosen.audio ? SongKind::kSoundAndGraphics : SongKind::kGraphics;
         return noErr;
     }
@@ -126,21 +129,18 @@ OSErr CSongLoad::ChooseFromZip() {
     else if (chosen.audio)
         i_kind = SongKind::kSound;
     else
-        return LogStep(fnfErr, "no song in the zip", i_spec.zip.GetPath());
+        return LogStep(fnfErr, "no song in the zip", file.GetPath());
     return noErr;
 }
 
-CFileRef CSongLoad::Find(CFileRef file, SDB_SongFile type, const CFileRef& beside) const {
-    if (IsThere(file)) return file;
-    if (!file.IsEmpty() && !Failed(file.Resolve()) && IsThere(file)) return file;   // it was moved
-    CFileRef found;
-    if (!beside.IsEmpty() && !Failed(CSongFileSearch(i_spec.name).Find(beside, type, {}, found))) return found;
-    return {};
+CFileRef CSongLoad::Find(SDB_SongFile type) {
+    CFileRef file;
+    const bool foundB = !Failed(i_places->GetFile(type, file, CSongFiles::TryCached::kYes));
+    return foundB && IsThere(file) ? file : CFileRef();
 }
 
 OSErr CSongLoad::ChooseFromFiles() {
-    CFileRef sound = Find(i_spec.audio, SDB_SongFile_AUDIO, i_spec.video);
-    CFileRef picture = Find(i_spec.video, SDB_SongFile_VIDEO, i_spec.audio);
+    CFileRef sound = Find(SDB_SongFile_AUDIO), picture = Find(SDB_SongFile_VIDEO);
     const ZipSongKinds pictureKinds = ZipSongKindsOf(picture.GetName());
     const bool videoB = !picture.IsEmpty() && pictureKinds.videoB && !pictureKinds.graphicsB;
     if (videoB) {

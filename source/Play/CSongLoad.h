@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 #include "Audio/CAS_AudioRing.h"
@@ -11,7 +12,7 @@
 #include "Core/Ref.h"
 #include "Graphics/CAS_QuickTimeVideo.h"
 #include "Graphics/CSubCodeStream_Memory.h"
-#include "Library/CMetaSongFile.h"
+#include "Library/CSongFiles.h"
 #include "Play/SongPlaySpec.h"
 
 /** What a song turned out to be made of. */
@@ -48,6 +49,8 @@ public:
     [[nodiscard]] CSubCodeStream_Memory* Graphics() noexcept { return i_graphicsP.get(); }
     /** The picture of kVideo, opened; else null. */
     [[nodiscard]] const Ref<CAS_QuickTimeVideo>& Movie() const noexcept { return i_movieP; }
+    /** The song's places with what was found elsewhere than they say; null before the first Load. */
+    [[nodiscard]] const CSongFiles* Places() const noexcept { return i_places ? &*i_places : nullptr; }
     /** The movie of kVideo, or the file that kLaunch hands on. */
     [[nodiscard]] const CFileRef& MainFile() const noexcept { return i_mainFile; }
 
@@ -64,14 +67,16 @@ private:
     OSErr LoadNow(std::unique_ptr<CS_MainThread_AbortProc> completionP);
     [[nodiscard]] std::vector<Stamp> Stamps() const;
     OSErr Choose();
-    OSErr ChooseFromZip();
+    OSErr ChooseFromZip(const CFileRef& file);
     OSErr ChooseFromFiles();
     OSErr LoadMovie();
     OSErr LoadGraphics(const std::filesystem::path& file);
     OSErr StartSound(std::unique_ptr<CS_MainThread_AbortProc> completionP);
-    [[nodiscard]] CFileRef Find(CFileRef file, SDB_SongFile type, const CFileRef& beside) const;
+    /** Where the place says, or where it lies by now. Empty for nowhere. */
+    [[nodiscard]] CFileRef Find(SDB_SongFile type);
 
     const SongPlaySpec i_spec;
+    std::optional<CSongFiles> i_places;
     SongKind i_kind = SongKind::kNone;
     CFileRef i_mainFile, i_soundFile;
     std::unique_ptr<CSubCodeStream_Memory> i_graphicsP;

@@ -7,10 +7,9 @@
 #include "Core/CCFPrefDictionary.h"
 #include "Library/CMeta_PLItem.h"
 #include "Library/CSong.h"
+#include "Library/CSongDatabase.h"
 
 namespace {
-
-CFileRef FileOf(CSongMeta& meta, SDB_SongFile type) { return meta.GetSongFile(SongFileKey(type)).ref; }
 
 /** The lead vocals are on that channel: the other one is heard. */
 VocalMode VocalOf(std::int32_t channel) {
@@ -31,10 +30,14 @@ SongPlaySpec ReadSongPlaySpec(CSong& song, CMeta_PLItem* rowMetaP, const CCFPref
     SongPlaySpec spec;
     spec.song = song.GetSongID();
     spec.name = song.Name().UTF8();
-    spec.audio = FileOf(meta, SDB_SongFile_AUDIO);
-    spec.video = FileOf(meta, SDB_SongFile_VIDEO);
-    spec.zip = FileOf(meta, SDB_SongFile_ZIP);
-    spec.launch = FileOf(meta, SDB_SongFile_LAUNCH);
+    const CSongDatabase* const databaseP = meta.Database();
+    const auto placesRef = std::make_shared<const CSongFiles>(
+        song, databaseP == nullptr ? std::make_shared<const LibrarySettings>() : databaseP->Settings());
+    spec.audio = placesRef->Ref(SDB_SongFile_AUDIO);
+    spec.video = placesRef->Ref(SDB_SongFile_VIDEO);
+    spec.zip = placesRef->Ref(SDB_SongFile_ZIP);
+    spec.launch = placesRef->Ref(SDB_SongFile_LAUNCH);
+    spec.placesRef = placesRef;
 
     const bool ofSongB = rowMetaP == nullptr || preferences.GetBool("Remember pitch / tempo in all playlists", true);
     CMeta& tuned = ofSongB ? static_cast<CMeta&>(meta) : static_cast<CMeta&>(*rowMetaP);

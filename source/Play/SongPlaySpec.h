@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "Audio/CVolumeStage.h"
@@ -9,6 +10,7 @@
 class CCFPrefDictionary;
 class CMeta_PLItem;
 class CSong;
+class CSongFiles;
 
 /** All that is needed of a song to play it, at one moment: what prepares it on its own thread touches no model. */
 struct SongPlaySpec {
@@ -16,7 +18,8 @@ struct SongPlaySpec {
     PlaylistID list{SDB_kUninitializedID};
     PLItemID item = SDB_kNoItem;
     std::string name;
-    CFileRef audio, video, zip, launch;   // empty for none
+    CFileRef audio, video, zip, launch;   // as their places say; empty for none
+    std::shared_ptr<const CSongFiles> placesRef;
     double pitch = 0, tempo = 1;
     VocalMode vocal = VocalMode::kBoth;
     double slipT = 0;                        // seconds
@@ -30,5 +33,5 @@ struct SongPlaySpec {
     bool launchMidiB = false;
 };
 
-/** Main thread. `rowMetaP` holds the row's own pitch and tempo, if it has any. */
+/** Main thread; no look at the disc. `rowMetaP` holds the row's own pitch and tempo, if it has any. */
 [[nodiscard]] SongPlaySpec ReadSongPlaySpec(CSong& song, CMeta_PLItem* rowMetaP, const CCFPrefDictionary& preferences);

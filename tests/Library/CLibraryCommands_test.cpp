@@ -1,5 +1,6 @@
 #include "Library/CLibraryCommands.h"
 
+#include "Library/CallOnDatabase.h"
 #include "Library/SongFileTest.h"
 #include "Platform/CFileCalls_Faults.h"
 
@@ -135,6 +136,34 @@ TEST_F(LibraryCommands, TheTrashTakesOwnedFilesAllOrNone) {
     EXPECT_EQ(cardsL, 2U);
 }
 
+TEST_F(LibraryCommands, TheTrashLeavesASongThatBeganToPlay) {
+    CSong& first = PairIn("Music", "1", "One", "");
+    CSong& second = PairIn("Music", "2", "Two", "");
+    CSong& third = PairIn("Music", "3", "Three", "");
+    const SDB_Selection selection = Select({&first, &second, &third});
+    const SongID firstID = first.GetSongID();
+    CFileCalls_Faults faults(CFileCalls::Get());
+    bool begunB = false;
+    faults.SetWatch([&](long, const char*, const Path& path) {   // while the third goes, when the first has gone
+        if (path.filename() != "3.mp3" || std::exchange(begunB, true)) return;
+        (void)CallOnDatabase("play", i_databaseP->Self(), [&](CSongDatabase& database) {
+            database.SetPlayingSong(firstID);
+            return noErr;
+        });
+    });
+    Yes();
+    CFileCalls::Install(&faults);
+    ASSERT_EQ(i_commandsP->TrashOriginals(selection, Note()), noErr);
+    i_databaseP->SetPlayingSong(second.GetSongID());   // before its turn
+    EXPECT_EQ(Wait(), opWrErr);
+    CFileCalls::Install(nullptr);
+    ASSERT_TRUE(begunB);
+    EXPECT_EQ(i_above.i_ui.alerts.size(), 1U);
+    EXPECT_EQ(Tree("Music"), "1.cdg|1.mp3|2.cdg|2.mp3");
+    EXPECT_EQ(i_databaseP->Library().Count(), 2U);
+    EXPECT_NE(i_databaseP->GetSong(firstID), nullptr);
+}
+
 TEST_F(LibraryCommands, PasteRevealAndLocate) {
     CSong& one = PairIn("out/a b", "1", "One", "");
     CCFDictionary meta;
@@ -184,8 +213,16 @@ TEST_F(LibraryCommands, TheCacheKeepsTheNewest) {
     CSong& orphan = Song("Orphan");   // its cached sound has gone, and it had nothing else
     (void)orphan.SetFile(SDB_SongFile_AUDIO_CACHE, CFileRef(i_folder / "cache/gone.pcm"));
     i_databaseP->SetPlayingSong(songs[0]->GetSongID());   // the oldest is in use
+    EXPECT_EQ(i_above.i_cachedL, 9);
 
+    i_above.i_savingB = true;   // what is written names what would go
+    const std::string whole = Tree("cache");
     ASSERT_EQ(i_commandsP->PurgeCache(Note()), noErr);
+    EXPECT_TRUE(RunUntil([&] { return Logged("PurgeCache: Sort by date"); }));
+    for (int n = 0; n < 20; ++n) i_host.RunLoopPass();
+    EXPECT_EQ(Tree("cache"), whole);
+    EXPECT_FALSE(i_result.has_value());
+    i_above.i_savingB = false;
     EXPECT_EQ(Wait(), noErr);
     EXPECT_TRUE(Logged("number of files: 11, songs allowed: 2, songs to delete: 2"));
     const auto name = [&](int n, const char* extensionZ) {
@@ -217,6 +254,14 @@ TEST_F(LibraryCommands, AZippedSongIsUnpackedOnceAndAgainWhenItChanged) {
     EXPECT_EQ(Read(first.audio.GetPath()), "sound");
     EXPECT_EQ(Read(first.graphics.GetPath()), "picture");
     EXPECT_EQ(song.GetStatus(SDB_SongFile_UNPACK), SDB_SongFileStatus_TEMP);
+    // The music folder moves while the program runs.
+    std::filesystem::rename(i_folder / "Music", i_folder / "Vopla Music");
+    ChangeSettings([&](LibrarySettings& settings) { settings.musicFolder = i_folder / "Vopla Music"; });
+    song.SetFileRef(SDB_SongFile_ZIP, SDB_SongFileStatus_MUSIC, CFileRef(Path("z.zip")));
+    ASSERT_EQ(i_commandsP->Unpacker().Unpack(song.GetSongID(), second), noErr);
+    EXPECT_EQ(second.audio.GetPath(), first.audio.GetPath());   // it is the same zip
+    std::filesystem::rename(i_folder / "Vopla Music", i_folder / "Music");
+    ChangeSettings([&](LibrarySettings& settings) { settings.musicFolder = i_folder / "Music"; });
     ASSERT_EQ(i_commandsP->Unpacker().Unpack(song.GetSongID(), second), noErr);
     EXPECT_EQ(second.audio.GetPath(), first.audio.GetPath());
     makeZip("another sound");

@@ -19,6 +19,8 @@ public:
     }
     SingerID FindListOwner(PlaylistID) override { return i_owner; }
     void StopPlayback() override { ++i_stopsL; }
+    void SongCached() override { ++i_cachedL; }
+    bool IsSaving() const override { return i_savingB; }
     bool MayDelete(SongID song) override { return song != i_playing; }
     bool IsDateAddedReal() const override { return i_dateAddedB; }
     Answer Ask(const Question& question) override { return i_ui.Ask(question); }
@@ -27,14 +29,14 @@ public:
     }
     void StopWarning(std::string_view preference) override { i_stopped = preference; }
 
-    bool i_readyB = true, i_dateAddedB = false;
+    bool i_readyB = true, i_dateAddedB = false, i_savingB = false;
     std::string i_dirty, i_stopped;
     CUserInterface_Scripted i_ui;
     std::function<OSErr(const CPlayList&, const SuperString&)> i_rename;
     OSErr i_renameErr = noErr;
     SingerID i_owner{SDB_kUninitializedID};
     SongID i_playing{0};
-    long i_stopsL = 0;
+    long i_stopsL = 0, i_cachedL = 0;
 };
 
 /** A database with its world; a test in which anything is asserted without being asked for fails. */

@@ -161,6 +161,39 @@ TEST_F(SongNames, AFileIsFoundWhereTheLibraryMoved) {
     EXPECT_EQ(song.GetFile(SDB_SongFile_AUDIO, file), noErr);
 }
 
+TEST_F(SongNames, WhatWasFoundIsNothingToAPlaceThatSaysSomethingElseByNow) {
+    CSong& song = PairIn("out", "a", "A", "");
+    std::filesystem::rename(i_folder / "out/a.mp3", i_folder / "out/a.wav");
+    CSongFiles files(song, i_databaseP->Settings());
+    CFileRef found;
+    ASSERT_EQ(files.GetFile(SDB_SongFile_AUDIO, found), noErr);
+    EXPECT_EQ(found.GetName(), "a.wav");
+    ASSERT_EQ(song.SetFile(SDB_SongFile_AUDIO, CFileRef(Make("out/chosen.mp3"))), noErr);   // meanwhile
+    files.Store(song);
+    EXPECT_EQ(song.FileRef(SDB_SongFile_AUDIO).GetName(), "chosen.mp3");
+}
+
+TEST_F(SongNames, TheActualDurationFollowsTheDurationAndIsNeverStored) {
+    CSong& song = Song("A");
+    EXPECT_EQ(song.Meta().GetString("aDur"_key), "");
+    song.Meta().SetInteger("drtn"_key, 185 * 300);
+    Advance(1.0);
+    i_databaseP->SetDirty(false);
+    song.Meta().SetDirty(false);
+    const PLItemID row = i_databaseP->AddSongToLibrary(song);
+    i_databaseP->SetDirty(false);
+    EXPECT_EQ(song.Meta().GetString("aDur"_key), "3:05");
+    EXPECT_EQ(i_databaseP->Library().ValueOf(row, "aDur"_key).Text(), "3:05");
+    ASSERT_TRUE(song.Meta().GetRetainedValue("aDur"_key, ValueMode::kMake));
+    Advance(1.0);
+    EXPECT_FALSE(i_databaseP->IsDirty() || song.Meta().IsDirty() || song.Meta().Has("aDur"_key));
+    song.Meta().SetInteger("drtn"_key, 60 * 300);
+    EXPECT_EQ(song.Meta().GetString("aDur"_key), "1:00");
+    song.Meta().SetString("aDur"_key, "1:02");   // what somebody types counts
+    song.Meta().SetInteger("drtn"_key, 0);
+    EXPECT_EQ(song.Meta().GetString("aDur"_key), "1:02");
+}
+
 TEST_F(SongNames, MissingSongsAreMarkedAndFoundAgain) {
     CSong& pair = PairIn("out", "pair", "Pair", "");
     CSong& clip = Song("Clip");
@@ -291,6 +324,38 @@ TEST_F(SongRenames, TheTaskRenamesWhatIsKnownAndNotWhatPlays) {
     ChangeSettings([](LibrarySettings& settings) { settings.conformNamesB = false; });
     EXPECT_EQ(Conform(all), noErr);
     EXPECT_EQ(i_databaseP->PlayLists().size(), 1U);
+}
+
+TEST_F(SongRenames, ARunOfEditsGivesTheFilesTheirNameOnce) {
+    ChangeSettings([](LibrarySettings& settings) { settings.nameTemplate = "R - S"; });
+    CSong& song = Song("", "");
+    {
+        const CSongDatabase::Batch batch(*i_databaseP);   // as files come in: their names are their owner's
+        ASSERT_EQ(song.SetFile(SDB_SongFile_AUDIO, CFileRef(Make("Music/1.mp3"))), noErr);
+        song.Meta().SetString("name"_key, "Title");
+        song.Meta().SetString("arts"_key, "Artist");
+    }
+    Advance(0.25);
+    Advance(100);
+    CFileCalls_Faults calls(CFileCalls::Get());
+    std::atomic<long> renamesL = 0;
+    calls.SetWatch([&](long, const char* callZ, const Path&) {
+        if (std::string_view(callZ) == "rename new") ++renamesL;
+    });
+    CFileCalls::Install(&calls);
+    for (const char* nameZ : {"One", "Two", "Three"}) {
+        song.Meta().SetString("name"_key, nameZ);
+        Advance(0.25);
+        Advance(9);
+    }
+    EXPECT_EQ(Tree("Music"), "1.mp3");
+    Advance(1);
+    EXPECT_TRUE(RunUntil([&] { return Tree("Music") == "Artist - Three.mp3"; })) << Tree("Music");
+    EXPECT_TRUE(RunUntil([&] { return song.FileRef(SDB_SongFile_AUDIO).GetName() == "Artist - Three.mp3"; }));
+    Advance(0.25);
+    CFileCalls::Install(nullptr);
+    EXPECT_EQ(renamesL, 1);   // not one an edit, and none for what came in one go
+    EXPECT_TRUE(i_databaseP->IsDirty());
 }
 
 TEST_F(SongRenames, TwoFailuresGiveOneDialogAndTwoRows) {

@@ -167,6 +167,31 @@ TEST_F(PlayTest, FilesThatAreGoneAndNoSongsAtAllAreTold) {
     EXPECT_EQ(i_controlP->Play(PlaylistID{4711}, Row(0)), fnfErr);
 }
 
+TEST_F(PlayTest, FilesThatWereMovedOrRenamedAreFoundAndNoted) {
+    LibrarySettings settings;
+    settings.musicFolder = i_folder / "Music";
+    i_databaseP->SetSettings(settings);
+    std::filesystem::create_directories(i_folder / "Music");
+    CSong& moved = Add("/gone/Vopla Music/moved.wav");
+    std::filesystem::rename(Sound("moved.wav", 1), i_folder / "Music/moved.wav");
+    CSong& half = Add(i_folder / "half.ogg", Graphics("half.cdg", 300));   // converted by somebody
+    Sound("half.wav", 1);
+    CSong& gone = Add(i_folder / "gone.wav");
+    const auto isMissing = [](CSong& song) { return song.Meta().GetBool("Msng"_key) == BoolValueType::kTrue; };
+    half.SetMissing(true);
+    ASSERT_EQ(Play(0), noErr);
+    ASSERT_TRUE(RunUntilPlaying());
+    EXPECT_EQ(moved.FileRef(SDB_SongFile_AUDIO).GetPath(), i_folder / "Music/moved.wav");
+    ASSERT_EQ(Play(1), noErr);
+    ASSERT_TRUE(RunUntilPlaying());
+    EXPECT_EQ(half.FileRef(SDB_SongFile_AUDIO).GetPath(), i_folder / "half.wav");
+    EXPECT_TRUE(RunUntil([&] { return !isMissing(half); }));
+    ASSERT_EQ(Play(2), noErr);
+    ASSERT_TRUE(RunUntilIdle());
+    EXPECT_EQ(AlertsSoFar(), Words{MissingSongText("gone")});
+    EXPECT_TRUE(RunUntil([&] { return isMissing(gone); }));
+}
+
 TEST_F(PlayTest, GraphicsAlonePlayWhenTheyMay) {
     Add({}, Graphics("naked.cdg", 300));
     i_preferences.Set("Require Audio (no naked CDG files)", CCFValue(false));
