@@ -14,6 +14,13 @@ void CLibrarySave::Note(OSErr err, const CFileRef& file) {
     i_failed = file;
 }
 
+bool CLibrarySave::NeedsNames() const {
+    const auto isNew = [](const ListSave& list) { return list.file.IsEmpty(); };
+    return std::ranges::any_of(lists, isNew) || std::ranges::any_of(singers, [&](const SingerSave& singer) {
+               return singer.folder.IsEmpty() || std::ranges::any_of(singer.lists, isNew);
+           });
+}
+
 void CLibrarySave::RunSongs() {
     const CFileRef songs(i_root, "Songs.vlb");
     OSErr err = checkRoot ? checkRoot() : noErr;

@@ -23,13 +23,13 @@ struct ListSave {
 /** One singer to be written: into his folder, or into a new one of his name in `venue`. */
 struct SingerSave {
     SingerRecord record;
-    SingerID id;
+    SingerID id{0};
     std::string name;
     CFileRef venue, folder;
-    std::uint32_t revisionL;
-    bool recordB;   // "Singer.xml" too, not his lists alone
+    std::uint32_t revisionL = 0;
+    bool recordB = false;   // "Singer.xml" too, not his lists alone
     bool writtenB = false;
-    std::vector<ListSave> lists = {};
+    std::vector<ListSave> lists;
 };
 
 /** "Library.xml": the library's own list whole, the others by name. */
@@ -62,6 +62,8 @@ public:
     std::set<std::string> taken;        // files of lists and singers, in small letters
     std::function<OSErr()> checkRoot;   // is the library's folder still the one that it was?
 
+    /** Something has no file yet: `taken` must be known. */
+    [[nodiscard]] bool NeedsNames() const;
     void RunSongs();
     void RunLists();
     [[nodiscard]] OSErr Err() const noexcept { return i_err; }

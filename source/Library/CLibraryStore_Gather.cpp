@@ -29,10 +29,12 @@ std::shared_ptr<CLibrarySave> CLibraryStore::Gather(SaveForce force) {
     save.songsRevisionL = i_database.SongsRevision();
     save.songsB = force == SaveForce::kAll || i_songsRevision != save.songsRevisionL;
     save.damaged = i_damaged;
-    for (const auto& [id, file] : i_files.lists) save.taken.insert(LibraryFileKey(file.GetPath()));
-    for (const auto& [id, folder] : i_files.singers) save.taken.insert(LibraryFileKey(folder.GetPath()));
     GatherLists(save, force);
     GatherSingers(save, force);
+    if (save.NeedsNames()) {
+        for (const auto& [id, file] : i_files.lists) save.taken.insert(LibraryFileKey(file.GetPath()));
+        for (const auto& [id, folder] : i_files.singers) save.taken.insert(LibraryFileKey(folder.GetPath()));
+    }
     GatherIndex(save, force);
     save.gone = std::exchange(i_gone, {});
     return saveRef;
@@ -71,21 +73,23 @@ void CLibraryStore::GatherSingers(CLibrarySave& save, SaveForce force) {
             listsOf[listP->Singer()].push_back(listP);
     for (CSinger* const singerP : i_database.Singers()) {
         const SingerID id = singerP->GetSingerID();
+        std::vector<const CPlayList*>& lists = listsOf[id];
+        if (force == SaveForce::kDirty)
+            std::erase_if(lists, [this](const CPlayList* listP) {
+                return IsCurrent(i_listRevisions, listP->ID(), listP->Revision());
+            });
+        const bool recordB = force == SaveForce::kAll || !IsCurrent(i_singerRevisions, id, singerP->Revision());
+        if (!recordB && lists.empty()) continue;
         const auto folderIt = i_files.singers.find(id);
-        SingerSave singer{
-            .record = {},
-            .id = id,
-            .name = singerP->Name().UTF8(),
-            .venue = VenueFolder(singerP->Venue()),
-            .folder = folderIt == i_files.singers.end() ? CFileRef() : folderIt->second,
-            .revisionL = singerP->Revision(),
-            .recordB = force == SaveForce::kAll || !IsCurrent(i_singerRevisions, id, singerP->Revision())};
-        for (const CPlayList* const listP : listsOf[id])
-            if (force == SaveForce::kAll || !IsCurrent(i_listRevisions, listP->ID(), listP->Revision()))
-                singer.lists.push_back(MakeListSave(*listP, CFileRef()));
-        if (!singer.recordB && singer.lists.empty()) continue;
-        if (singer.recordB) singer.record = singerP->Record();
-        save.singers.push_back(std::move(singer));
+        SingerSave& singer = save.singers.emplace_back();
+        if (recordB) singer.record = singerP->Record();
+        singer.recordB = recordB;
+        singer.id = id;
+        singer.name = singerP->Name().UTF8();
+        singer.venue = VenueFolder(singerP->Venue());
+        if (folderIt != i_files.singers.end()) singer.folder = folderIt->second;
+        singer.revisionL = singerP->Revision();
+        for (const CPlayList* const listP : lists) singer.lists.push_back(MakeListSave(*listP, CFileRef()));
     }
 }
 
@@ -97,8 +101,7 @@ void CLibraryStore::GatherIndex(CLibrarySave& save, SaveForce force) {
     index.searchPaths = i_database.Facts().searchPaths;
     index.otherKeys = i_database.Facts().otherKeys;
     for (const CPlayList* const listP : i_database.PlayLists())
-        if (HasFile(*listP)) index.playlists.push_back({CPlaylistWriter(*listP).Keys(), std::nullopt});
-    for (PlaylistRecord& list : index.playlists) list = list.Reference();
+        if (HasFile(*listP)) index.playlists.push_back(CPlaylistWriter::Reference(*listP));
     const std::uint32_t revisionL = i_database.Library().Revision();
     if (force == SaveForce::kDirty && i_libraryRevision == revisionL && i_index == index) return;
     save.index.emplace(IndexSave{std::move(index), CPlaylistWriter(i_database.Library()), revisionL});

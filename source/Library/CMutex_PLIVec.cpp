@@ -111,6 +111,7 @@ void CMutex_PLIVec::ResetIfEmpty() {
     i_metasL = 0;
     for (auto& [key, order] : i_orders) order.Items().clear();
     i_staleL = SIZE_MAX;
+    ++i_changesL;
 }
 
 bool CMutex_PLIVec::Remove(PLItemID id, std::string_view listName) { return Remove(std::span(&id, 1), listName) == 1; }
@@ -189,6 +190,7 @@ RowIndex CMutex_PLIVec::Move(std::span<const PLItemID> ids, RowIndex to) {
     const auto begin = std::stable_partition(at(first), at(target), std::not_fn(isMoved));
     std::stable_partition(at(target), at(last), isMoved);
     for (std::size_t n = first; n < last; ++n) i_pliVec[Slot(user[n])].i_rowL = static_cast<RowIndex>(n + 1);
+    ++i_changesL;
     return static_cast<RowIndex>(begin - user.begin()) + 1;
 }
 

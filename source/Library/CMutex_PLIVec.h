@@ -73,6 +73,9 @@ public:
         return found;
     }
     [[nodiscard]] std::vector<PLItemID> UserOrder() const;
+    /** The rows in the user's order, as they stood at one moment, copied a block at a time: whoever wants the list
+        meanwhile waits for one block. For workers, which have the time to begin again when the list changes. */
+    [[nodiscard]] std::vector<PLRow> RowsInBlocks() const;
     /** The rows by slot, and the stamp that the next row gets. */
     [[nodiscard]] std::vector<PLRow> Snapshot(std::uint32_t& nextStampL) const;
     /** The rows that came at this stamp or later, or are among `also`; by slot. */
@@ -97,7 +100,7 @@ public:
     /** Main thread. */
     void InsertIntoOrder(MetaKey mainKey, std::size_t place, PLItemID id);
     void AppendToOrder(MetaKey mainKey, std::span<const PLItemID> ids);
-    void EraseFromOrder(MetaKey mainKey, const PLItemSet& gone);
+    void EraseFromOrder(MetaKey mainKey, std::span<const PLItemID> gone);
     /** The specs of all orders but the user's. */
     [[nodiscard]] std::vector<SortSpec> Orders() const;
     /** Writes the rows of the user order into the items; answers whether any was stale. */
@@ -112,7 +115,13 @@ private:
     void Leave_(CPlayListItem& item);
     void ResetIfEmpty();
     bool CheckRemoval(PLItemID id, std::string_view listName) const;
-    void Stale(std::size_t place) const noexcept { i_staleL = std::min(i_staleL, place); }
+    /** Rows or their order changed, from this place of the user order on. */
+    void Stale(std::size_t place) noexcept {
+        i_staleL = std::min(i_staleL, place);
+        ++i_changesL;
+    }
+    /** Adds the next rows of the user order, `mostL` at most; true when all are there. Without the lock held. */
+    bool CopyBlock(std::vector<PLRow>& rows, std::uint32_t& changesL, std::size_t mostL) const;
     void Renumber() const;
     [[nodiscard]] std::vector<PLItemID>& User() { return i_userP->Items(); }
     [[nodiscard]] const std::vector<PLItemID>& User() const { return i_userP->Items(); }
@@ -126,6 +135,7 @@ private:
     std::size_t i_metasL = 0;   // rows with values of their own
     PLItemID i_lastID{SDB_kOrphanID};
     std::uint32_t i_nextStampL = 1;
+    std::uint32_t i_changesL = 1;   // grows with each change of the rows or of the user's order
     mutable std::size_t i_staleL =
         SIZE_MAX;   // places of the user order from here on are not yet written into the rows
     std::map<MetaKey, SDB_Selection> i_orders;   // by main key; "stIx" is always there

@@ -1,7 +1,15 @@
 // What a list tells: rows, pages and orders. Any thread.
+#include <chrono>
+#include <thread>
+#include <utility>
+
 #include "Library/CMutex_PLIVec.h"
 
 namespace {
+
+constexpr std::size_t kCopy_Block = 4096;   // some 0.1 ms of rows that lie scattered
+constexpr long kCopy_Beginnings = 8;
+constexpr std::chrono::microseconds kCopy_Pause(50);
 
 std::size_t Slot(PLItemID id) { return static_cast<std::size_t>(Number(id)); }
 
@@ -73,6 +81,34 @@ PLItemID CMutex_PLIVec::Find(PLTarget target) const {
 std::vector<PLItemID> CMutex_PLIVec::UserOrder() const {
     const Scope guard(*this);
     return User();
+}
+
+bool CMutex_PLIVec::CopyBlock(std::vector<PLRow>& rows, std::uint32_t& changesL, std::size_t mostL) const {
+    const Scope guard(*this);
+    if (changesL != i_changesL) {   // the first block, or those before are of another moment
+        changesL = i_changesL;
+        rows.clear();
+        rows.reserve(i_countL);
+    }
+    const std::vector<PLItemID>& user = User();
+    const std::size_t end = std::min(user.size() - rows.size(), mostL) + rows.size();
+    for (std::size_t n = rows.size(); n < end; ++n) {
+        rows.push_back(RowCopy(i_pliVec[Slot(user[n])]));
+        rows.back().row = static_cast<RowIndex>(n + 1);
+    }
+    return end == user.size();
+}
+
+std::vector<PLRow> CMutex_PLIVec::RowsInBlocks() const {
+    std::vector<PLRow> rows;
+    std::uint32_t changesL = 0, beforeL = 0;
+    for (long beginningsL = 0;;) {
+        // A list that never rests is copied in one go: the save must end.
+        if (CopyBlock(rows, changesL, beginningsL < kCopy_Beginnings ? kCopy_Block : SIZE_MAX)) return rows;
+        if (std::exchange(beforeL, changesL) != changesL) ++beginningsL;
+        // Without a pause the lock would be taken again before whoever waits for it has woken.
+        std::this_thread::sleep_for(kCopy_Pause);
+    }
 }
 
 std::vector<PLRow> CMutex_PLIVec::Snapshot(std::uint32_t& nextStampL) const {
@@ -171,10 +207,19 @@ void CMutex_PLIVec::AppendToOrder(MetaKey mainKey, std::span<const PLItemID> ids
     it->second.Items().insert(it->second.Items().end(), ids.begin(), ids.end());
 }
 
-void CMutex_PLIVec::EraseFromOrder(MetaKey mainKey, const PLItemSet& gone) {
+void CMutex_PLIVec::EraseFromOrder(MetaKey mainKey, std::span<const PLItemID> gone) {
+    constexpr std::size_t kOneByOne = 4;   // a key press changes one row of a million: no set, no pass that moves each id
     const Scope guard(*this);
     const auto it = i_orders.find(mainKey);
-    if (it != i_orders.end() && mainKey != "stIx"_key) it->second.BatchErase(gone);
+    if (it == i_orders.end() || mainKey == "stIx"_key) return;
+    if (gone.size() > kOneByOne) {
+        PLItemSet all;
+        for (const PLItemID id : gone) all.Add(id);
+        return it->second.BatchErase(all);
+    }
+    std::vector<PLItemID>& ids = it->second.Items();
+    for (const PLItemID id : gone)
+        if (const auto at = std::ranges::find(ids, id); at != ids.end()) ids.erase(at);
 }
 
 std::vector<SortSpec> CMutex_PLIVec::Orders() const {

@@ -172,15 +172,12 @@ void CPlayList::PlaceInOrders(const std::vector<PLItemID>& items) {
 }
 
 void CPlayList::ItemsChanged(std::span<const PLItemID> items, std::span<const MetaKey> keys) {
-    PLItemSet changed;
-    for (const PLItemID id : items) {
-        changed.Add(id);
-        if (i_sortingB) i_touched.Add(id);
-    }
+    if (i_sortingB)
+        for (const PLItemID id : items) i_touched.Add(id);
     for (const SortSpec& spec : i_list->Orders()) {
         if (!UsesOneOf(spec, keys)) continue;
         if (items.size() <= kMostInserted) {
-            i_list->EraseFromOrder(MainKey(spec), changed);
+            i_list->EraseFromOrder(MainKey(spec), items);
             Insert(spec, RowsOf(items));
         } else if (SameSpec(spec, i_sortSpec)) {
             SortAgain(spec);   // the old order is shown until then

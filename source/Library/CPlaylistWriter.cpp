@@ -2,10 +2,24 @@
 
 #include "Core/CCFXmlWriter.h"
 
+namespace {
+
+void SetNames(const CPlayList& list, CCFDictionary& keys) {
+    keys.Set("Name", list.Name());
+    keys.Set("Playlist ID", Number(list.ID()));
+    keys.Set("Playlist Type", static_cast<std::int32_t>(list.Type()));
+}
+
+}   // namespace
+
+PlaylistRecord CPlaylistWriter::Reference(const CPlayList& list) {
+    PlaylistRecord reference;
+    SetNames(list, reference.keys);
+    return reference;
+}
+
 CPlaylistWriter::CPlaylistWriter(const CPlayList& list) : i_keys(list.OtherKeys()), i_rows(list.Items()) {
-    i_keys.Set("Name", list.Name());
-    i_keys.Set("Playlist ID", Number(list.ID()));
-    i_keys.Set("Playlist Type", static_cast<std::int32_t>(list.Type()));
+    SetNames(list, i_keys);
     i_keys.Set("Sort By", static_cast<std::int64_t>(MainKey(list.Spec())));
     i_keys.Set("Ascending", list.Spec().empty() || list.Spec().front().ascendingB ? 1 : 0);
     if (Number(list.SelectedItem()) > 0) i_keys.Set("Current Playlist Item ID", Number(list.SelectedItem()));
@@ -20,14 +34,9 @@ void CPlaylistWriter::Write(CCFXmlWriter& writer) const {
     }
     writer.Key("Playlist Items");
     writer.BeginArray();
-    (void)i_rows->UpdateIndices();   // on a lock of its own, so that the copy below holds it for the copy alone
-    std::uint32_t nextStampL = 0;
-    std::vector<PLRow> rows = i_rows->Snapshot(nextStampL);
+    const std::vector<PLRow> rows = i_rows->RowsInBlocks();
     const bool ownValuesB = i_rows->HasRowValues();
-    // The row numbers are those of one moment, so they are 1 to the number of rows.
-    std::vector<std::uint32_t> places(rows.size());
-    for (std::uint32_t n = 0; n < rows.size(); ++n) places[rows[n].row - 1] = n;
-    for (const std::uint32_t n : places) WriteRow(writer, rows[n], ownValuesB);
+    for (const PLRow& row : rows) WriteRow(writer, row, ownValuesB);
     writer.End();
     writer.End();
 }

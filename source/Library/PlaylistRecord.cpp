@@ -48,13 +48,6 @@ CCFDictionary PlaylistItemRecord::ToDictionary() const {
 
 std::uint32_t PlaylistRecord::ID() const { return ReadID(keys, "Playlist ID"); }
 
-PlaylistRecord PlaylistRecord::Reference() const {
-    PlaylistRecord reference;
-    for (const std::string_view key : {"Name", "Playlist ID", "Playlist Type"})
-        if (const CCFValue* valueP = keys.Find(key)) reference.keys.Set(key, *valueP);
-    return reference;
-}
-
 void PlaylistRecord::Write(CCFXmlWriter& writer) const {
     writer.BeginDictionary();
     for (const auto& [key, value] : keys) {

@@ -34,8 +34,6 @@ struct PlaylistRecord {
     /** 0 when there is none that could be one. */
     [[nodiscard]] std::uint32_t ID() const;
     [[nodiscard]] std::int64_t Type() const { return keys.GetInteger("Playlist Type"); }
-    /** Name, id and type alone. */
-    [[nodiscard]] PlaylistRecord Reference() const;
     void Write(CCFXmlWriter& writer) const;
     friend bool operator==(const PlaylistRecord&, const PlaylistRecord&) = default;
 };

@@ -1,8 +1,12 @@
 #include "Library/CPlayList.h"
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <map>
+#include <numeric>
 #include <random>
+#include <thread>
 
 #include "Library/ListTest.h"
 
@@ -260,4 +264,33 @@ TEST_F(PlayList, TheSummary) {
     list.AddItem({song.GetSongID()});
     EXPECT_EQ(list.GetSummary(), "2 Songs, 3 Minutes, 6 MB");
     EXPECT_EQ(i_databaseP->AddPlaylist(kSourceDB_VENUE, "Bar").GetSummary(), "0 Singers");
+}
+
+/** The first row goes to the end for ever: whatever moment a copy is of, each song is followed by the next one. */
+TEST_F(PlayList, ACopyInBlocksIsOfOneMoment) {
+    constexpr std::int32_t kRows = 20'000;
+    CPlayList& list = UserList();
+    std::vector<std::int32_t> songs(kRows);
+    std::iota(songs.begin(), songs.end(), 1);
+    (void)list.AddItemVec(NewItems(songs));
+    std::atomic<bool> doneB{false};
+    std::jthread copier([&, rowsRef = list.Items()] {
+        TagThread(NextThreadIndex(), true);
+        for (int round = 0; round < 5; ++round) {
+            const std::vector<PLRow> rows = rowsRef->RowsInBlocks();
+            EXPECT_EQ(rows.size(), static_cast<std::size_t>(kRows));
+            for (std::size_t n = 1; n < rows.size(); ++n) {
+                EXPECT_EQ(rows[n].row, n + 1);
+                if (rows[n].target.idL == rows[n - 1].target.idL % kRows + 1) continue;
+                ADD_FAILURE() << "row " << n << " of another moment";
+                break;
+            }
+        }
+        doneB = true;
+    });
+    for (RowIndex n = 0; !doneB; ++n) {
+        // In a rush, in which no copy by blocks comes to its end, with rests, in which one may.
+        list.MoveItems(std::vector{list.Items()->AtRow(1)->id}, kRows + 1);
+        if (n % 16 == 15) std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
 }

@@ -39,7 +39,8 @@ TEST_F(LibraryFiles, ReadsWhatAnotherProgramWroteAndWritesItBack) {
     EXPECT_EQ(playlist.items->back().kind, PlaylistItemKind::kSinger);
     EXPECT_EQ(playlist.items->back().sourceID, 77U);
     EXPECT_TRUE(playlist.items->back().meta.GetBool("PSNT"));
-    EXPECT_EQ(playlist.Reference(), index.playlists[1]);
+    EXPECT_EQ(playlist.ID(), index.playlists[1].ID());
+    EXPECT_EQ(playlist.Name(), index.playlists[1].Name());
 
     SingerRecord singer;
     ASSERT_EQ(ReadSingerFile(At("Singer.xml"), singer), noErr);
