@@ -78,8 +78,9 @@ OSErr CLibraryLoader::AskIfTooNew(const LibraryImage& image) {
     question.text = i_songs.IsTooNew()
                         ? i_songs.TooNewText().UTF8()
                         : TooNewWords(static_cast<std::uint32_t>(VersionOf(*image.index)), kIndex_Version).UTF8();
-    question.buttons = {"Quit", "Continue"};
     Problem(question.text);
+    question.text += "\nIf you continue, nothing that you change is saved.";
+    question.buttons = {"Quit", "Continue"};
     return i_database.Host().Ask(question).buttonIndex == 1 ? noErr : userCanceledErr;
 }
 
@@ -166,10 +167,10 @@ void CLibraryLoader::Verify(const LibraryImage& image, const CPlaylistLoader& lo
     std::string& reason = i_reportP->dirtyReason;
     if (olderB)
         reason = i_changedB ? "new db version and updated playlists" : "new db version";
-    else if (i_database.Host().IsShiftHeld())
-        reason = "shift held on startup";
     else if (i_changedB)
         reason = "updated playlists";
+    else
+        reason = i_database.Host().WhySaveAnew();
 }
 
 void CLibraryLoader::Problem(std::string words) {

@@ -3,13 +3,13 @@
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
 #include "Core/CSafeSave.h"
+#include "Core/FSError.h"
 #include "Core/FSrObjects.h"
 #include "Core/WaitMode.h"
 #include "Library/CLibraryRebuild.h"
 #include "Library/COrphanSearch.h"
 #include "Library/CT_Preemtive_SaveSongs.h"
 #include "Library/CT_SDB_WritePList.h"
-#include "Library/LibraryFileName.h"
 #include "Library/LibraryImage.h"
 #include "Platform/CClock.h"
 
@@ -79,17 +79,32 @@ OSErr CLibraryStore::CheckRoot() const {
     FileInfo info;
     if (const int errnoL = CFileCalls::Get().Look(i_places.root.GetPath(), true, info); errnoL != 0)
         return LogStep(fnfErr, "the library's folder is not there", i_places.root.GetPath());
-    if (!i_rootKnownB || i_rootIdentity.Is(FileIdentity::Of(info))) return noErr;
     const bool libraryB =
         IsThere(CFileRef(i_places.root, kStr_LIBRARY_DOT_XML)) || IsThere(CFileRef(i_places.root, "Songs.vlb"));
-    if (i_filesB && libraryB) return noErr;
+    if (!i_rootKnownB || i_rootIdentity.Is(FileIdentity::Of(info)) || (i_filesB && libraryB)) return MayWrite();
     return LogStep(fnfErr, "another folder stands in the place of the library's", i_places.root.GetPath());
+}
+
+OSErr CLibraryStore::MayWrite() const {
+    return FSError(CFileCalls::Get().MayWrite(i_places.root.GetPath()), "access", i_places.root.GetPath());
+}
+
+void CLibraryStore::BeginChanges() {
+    if (const OSErr err = MayWrite(); Failed(err)) {
+        // Said now, before a night's work, and not again at each save: those are tried until one succeeds.
+        i_toldB = true;
+        ShowAlert("Your library cannot be written.",
+                  ErrorText(err) + "\n" + i_places.root.GetPath().string() +
+                      "\nWhat you change is kept in memory, and saved as soon as the folder can be written.");
+        return;
+    }
+    if (!i_report.tooNewB) UpgradeNames();
 }
 
 // ---- Saving ----
 
 OSErr CLibraryStore::Refuse(SaveForce force) const {
-    if (i_report.tooNewB) return LogStep(opWrErr, "saving over the library of a later version");
+    if (i_report.tooNewB) return opWrErr;   // the user was told at the load
     if (force == SaveForce::kDirty && CClock::Get().SteadyT() < i_retryAtT) return queueNotDoneErr;
     return noErr;
 }
@@ -155,39 +170,4 @@ void CLibraryStore::NoteFailure(const CLibrarySave& save) {
         ShowAlert("Error attempting to save database!", ErrorText(save.Err()));
     else
         (void)TellSaveError(save.Err(), save.FailedFile());
-}
-
-// ---- Files that follow their lists ----
-
-void CLibraryStore::ListRemoved(PlaylistID list) {
-    i_listRevisions.erase(list);
-    const auto it = i_files.lists.find(list);
-    if (it == i_files.lists.end()) return;
-    i_gone.push_back(it->second);
-    i_files.lists.erase(it);
-}
-
-OSErr CLibraryStore::RenameListFile(const CPlayList& list, const SuperString& newName) {
-    if (!IsSaving()) return RenameNow(list.ID(), newName);
-    i_renames.emplace_back(list.ID(), newName);
-    return noErr;
-}
-
-OSErr CLibraryStore::RenameNow(PlaylistID list, const SuperString& newName) {
-    const auto venueIt = i_files.venues.find(list);
-    const bool venueB = venueIt != i_files.venues.end();
-    const auto listIt = i_files.lists.find(list);
-    if (!venueB && listIt == i_files.lists.end()) return noErr;   // not on the disc yet
-    CFileRef& file = venueB ? venueIt->second : listIt->second;
-    const CFileRef::Path before = file.GetPath();
-    const std::string wanted = LibraryFileName(newName) + (venueB ? "" : ".xml");
-    if (wanted == file.GetName()) return noErr;
-    std::string unique;
-    if (const OSErr err = FSrMakeUniqueName(file.GetParent(), wanted, unique); Failed(err)) return err;
-    if (const OSErr err = FSrRename(file, unique); Failed(err)) return err == fnfErr ? noErr : err;
-    if (!venueB) return noErr;
-    const CFSPathModder moved(before, file.GetPath());
-    for (auto& [id, folder] : i_files.singers) (void)moved(folder);
-    for (auto& [id, listFile] : i_files.lists) (void)moved(listFile);
-    return noErr;
 }

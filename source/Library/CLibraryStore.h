@@ -33,6 +33,10 @@ public:
        for in the music folder. */
     void AfterStart();
 
+    /** Somebody is about to change the library: names of an old program, which some discs refuse, are changed, and a
+        folder that cannot be written is told. Once, after AfterStart. */
+    void BeginChanges();
+
     /** Starts a save. noErr: it runs, or there is nothing to write. queueNotDoneErr: not now, ask again (another one
        runs, or the last one failed a moment ago). opWrErr: the library is of a later program. */
     OSErr SaveLibrary(SaveForce force);
@@ -60,6 +64,10 @@ private:
     [[nodiscard]] ListSave MakeListSave(const CPlayList& list, const CFileRef& folder) const;
     [[nodiscard]] CFileRef VenueFolder(PlaylistID venue) const;
     [[nodiscard]] OSErr CheckRoot() const;
+    [[nodiscard]] OSErr MayWrite() const;
+    void UpgradeNames();
+    void UpgradeName(CFileRef& file);
+    void Follow(const CFSPathModder& moved);
     [[nodiscard]] OSErr Refuse(SaveForce force) const;
     void NoteWritten(const CLibrarySave& save);
     void NoteFailure(const CLibrarySave& save);

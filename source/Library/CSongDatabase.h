@@ -52,8 +52,8 @@ public:
     virtual void Reveal(const CFileRef& /*file*/) {}
     /** Songs that lists named and that are nowhere any more. */
     virtual void SongsLost(long /*countL*/) {}
-    /** The user holds Shift while the library loads: everything is saved anew. */
-    [[nodiscard]] virtual bool IsShiftHeld() const { return false; }
+    /** Why all of a library that is as its files have it is saved anew after its load; empty: it is not. */
+    [[nodiscard]] virtual std::string_view WhySaveAnew() const { return {}; }
     /** The preference "Date Added Field *really* Updated". */
     [[nodiscard]] virtual bool IsDateAddedReal() const { return false; }
 };

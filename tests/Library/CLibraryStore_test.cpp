@@ -331,6 +331,68 @@ TEST_F(CLibraryStoreTest, AFailedSaveIsToldOnceAndTriedAgain) {
     EXPECT_EQ(Show(other.database), Show(*i_databaseP));
 }
 
+TEST_F(CLibraryStoreTest, AFolderThatCannotBeWrittenIsToldOnceAndAllIsKept) {
+    MakeLibrary();
+    Save();
+    const auto before = Inodes();
+    CFileCalls_Faults faults(CFileCalls::Get());
+    long writesL = 0;
+    faults.SetWatch([&](long n, const char* callZ, const fs::path&) {
+        const std::string_view call(callZ);
+        if (call == "access" || call == "mkdir" || call.starts_with("rename") || call == "write") {
+            faults.FailAt(n, EROFS);
+            if (call != "access") ++writesL;
+        }
+    });
+    CFileCalls::Install(&faults);
+    i_storeP->BeginChanges();
+    ASSERT_EQ(s_alerts, (std::vector<std::string>{"Your library cannot be written."}));
+    (void)NewSong("new");
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_EQ(i_storeP->SaveLibraryNow(SaveForce::kDirty), permissionsError);
+        EXPECT_TRUE(i_databaseP->IsDirty());
+        i_clock.Advance(61);
+    }
+    EXPECT_EQ(s_alerts.size(), 1U);
+    EXPECT_EQ(writesL, 0);
+    EXPECT_EQ(Inodes(), before);
+    CFileCalls::Install(nullptr);
+    Save();
+    const Loaded other(i_places);
+    EXPECT_EQ(Show(other.database), Show(*i_databaseP));
+}
+
+TEST_F(CLibraryStoreTest, NamesOfOldProgramsAreChangedBeforeChanges) {
+    MakeLibrary();
+    Save();
+    i_storeP.reset();
+    fs::rename(Lib("Playlists/A_B: _c._.xml"), Lib("Playlists/Rock..xml"));
+    fs::rename(Lib("Venues/Zum Löwen/Ann"), Lib("Venues/Zum Löwen/*Ann*"));
+    fs::rename(Lib("Venues/Zum Löwen"), Lib("Venues/Zum * Löwen."));
+    fs::create_directories(Lib("Playlists/Rock._.xml"));   // in the way
+    Loaded old(i_places);
+    CPlayList* const venueP = old.database.GetPlayList(kSourceDB_VENUE);
+    LibraryFacts facts = old.database.Facts();
+    facts.currentVenue = venueP->Name();
+    old.database.SetFacts(facts);
+    old.host.i_rename = [&](const CPlayList& list, const SuperString& name) {
+        return old.storeP->RenameListFile(list, name);
+    };
+    old.storeP->BeginChanges();
+    EXPECT_TRUE(fs::exists(Lib("Playlists/Rock..xml")));
+    EXPECT_TRUE(fs::exists(Lib("Venues/Zum _ Löwen._/_Ann_/Singer.xml")));
+    EXPECT_EQ(venueP->Name(), SuperString("Zum _ Löwen._"));
+    EXPECT_EQ(old.database.Facts().currentVenue, venueP->Name());
+    fs::remove(Lib("Playlists/Rock._.xml"));
+    old.storeP->BeginChanges();
+    EXPECT_TRUE(fs::exists(Lib("Playlists/Rock._.xml")));
+    ASSERT_EQ(old.storeP->SaveLibraryNow(SaveForce::kAll), noErr);   // into the new places, and no others
+    const Loaded again(i_places);
+    EXPECT_EQ(Show(again.database), Show(old.database));
+    EXPECT_EQ(again.database.Facts(), old.database.Facts());
+    EXPECT_TRUE(again.storeP->Report().problems.empty());
+}
+
 TEST_F(CLibraryStoreTest, ADiscThatGoesAndComesBackIsNotWrittenBeside) {
     ASSERT_EQ(i_storeP->LoadLibrary(), noErr);
     MakeLibrary();
@@ -403,7 +465,7 @@ TEST_F(CLibraryStoreTest, ASaveRunsBesideEditsSortsAndReaders) {
         ASSERT_EQ(i_storeP->SaveLibrary(SaveForce::kAll), noErr);
         EXPECT_EQ(i_storeP->SaveLibrary(SaveForce::kDirty), queueNotDoneErr);   // one at a time
         for (int n = 0; i_storeP->IsSaving(); n = (n + 1) % 300) {
-            i_databaseP->GetSong(songs[300 + n % 20])->Meta().SetString("arts"_key, std::to_string(n));
+            i_databaseP->GetSong(songs[static_cast<std::size_t>(300 + n % 20)])->Meta().SetString("arts"_key, std::to_string(n));
             list.MoveItems(Items({static_cast<std::int32_t>(100 + n % 50)}), 1);
             list.SetRowValue(PLItemID{200}, "PICH"_key, CMetaValue(n % 12));
             list.SetSort({{n % 2 != 0 ? "name"_key : "arts"_key}});

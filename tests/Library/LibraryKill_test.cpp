@@ -193,7 +193,7 @@ TEST_F(LibraryKillParent, EveryFinishedSaveSurvives) {
     while (i_saved.size() < savesL || lives < static_cast<long>(savesL / 5)) {
         SCOPED_TRACE(testing::Message() << i_saved.size() << " saves, life " << lives);
         const int step = i_saved.empty() ? 1 : i_saved.back() + 2;   // one of its own, for the save that was cut short
-        ASSERT_NO_FATAL_FAILURE(Life(step, random() % 40'000));
+        ASSERT_NO_FATAL_FAILURE(Life(step, static_cast<unsigned>(random() % 40'000)));
         ASSERT_NO_FATAL_FAILURE(Check());
         ++lives;
     }

@@ -147,7 +147,8 @@ def whole_library(folder):
     for song in songs:
         print("song", song["id"], song["name"].decode())
     lists = [one for one in index["Playlists"] if "Playlist Items" in one]
-    for name in sorted(os.listdir(os.path.join(folder, "Playlists"))):
+    playlists = os.path.join(folder, "Playlists")   # made with the first list
+    for name in sorted(os.listdir(playlists) if os.path.isdir(playlists) else []):
         if not name.startswith("~") and name.endswith(".xml"):
             lists.append(load(folder, os.path.join("Playlists", name)))
     assert len({one["Playlist ID"] for one in lists}) == len(lists), "two lists have one id"
