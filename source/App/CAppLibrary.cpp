@@ -37,6 +37,11 @@ void CAppLibrary::SongCached() {
     Log("### Error purging the cache");
 }
 
+std::string_view CAppLibrary::WhySaveAnew() const {
+    if (i_app.Ui().IsShiftHeld()) return "shift held on startup";
+    return i_app.Prefs().GetBool("Save Library at Start", false) ? "the preferences ask for it" : "";
+}
+
 bool CAppLibrary::IsDateAddedReal() const { return i_app.Prefs().GetBool("Date Added Field *really* Updated"); }
 
 void CAppLibrary::StopWarning(std::string_view preference) { i_app.Prefs().Set(preference, CCFValue(false)); }
@@ -57,7 +62,8 @@ OSErr CAppLibrary::Load(LibraryPlaces places) {
 }
 
 void CAppLibrary::AfterStart() {
-    if (i_store) i_store->AfterStart();
+    i_store->AfterStart();
+    i_store->BeginChanges();
     SongCached();   // by another run, or the limits are others now
     if (i_database.Songs()->Count() == 0) return;
     if (Failed(CT_FindMissing::Start(i_database))) Log("### Error looking for missing songs");

@@ -24,7 +24,7 @@ public:
     [[nodiscard]] CLibraryCommands& Commands() noexcept { return i_commands; }
     /** Null before Load. */
     [[nodiscard]] CLibraryStore* Store() noexcept { return i_store.get(); }
-    /** The application is ready: what the load found to be saved becomes dirty. */
+    /** The application is ready, and the library was loaded: what the load found to be saved becomes dirty. */
     void AfterStart();
 
     // What the database asks.
@@ -39,6 +39,7 @@ public:
     void ShowSteps(std::size_t doneL, std::size_t totalL) override;
     void Reveal(const CFileRef& file) override;
     void SongsLost(long countL) override;
+    [[nodiscard]] std::string_view WhySaveAnew() const override;
     [[nodiscard]] bool IsDateAddedReal() const override;
     void StopWarning(std::string_view preference) override;
 

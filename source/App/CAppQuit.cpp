@@ -23,8 +23,8 @@ const CAppQuit::Stage CAppQuit::kStages[] = {
     {"Shutting down Web Server", &CAppQuit::NotYet},
     {"Clearing SMS Gateways", &CAppQuit::NotYet},
     {"Abort QT exporters", &CAppQuit::NotYet},
-    {"Abort orphan encoding", &CAppQuit::NotYet},
-    {"Waiting for cache purging to complete", &CAppQuit::NotYet},
+    {"Abort orphan encoding", &CAppQuit::PurgeCache},
+    {"Waiting for cache purging to complete", &CAppQuit::WaitForPurge},
     {"Abort song importers and zip tasks", &CAppQuit::AbortLibraryTasks},
     {"Saving Database…", &CAppQuit::SaveDatabase},
     {"Releasing Microphone", &CAppQuit::NotYet},
@@ -79,6 +79,18 @@ void CAppQuit::OpenProgress() {
     i_app.i_hasMainWindowB.store(beforeB);
 }
 
+/** Once a night, when nobody waits for a song of the cache. */
+void CAppQuit::PurgeCache() {
+    if (!i_app.i_libraryLoadedB) return;
+    const OSErr err = i_app.LibraryCommands().PurgeCache([purgingRef = i_purgingRef](OSErr) { *purgingRef = false; });
+    *i_purgingRef = !Failed(err);
+}
+
+void CAppQuit::WaitForPurge() {
+    constexpr int kTurns = 80;   // ten seconds: what is left goes after the next night
+    for (int n = 0; n < kTurns && *i_purgingRef; ++n) Wait(0.125);
+}
+
 void CAppQuit::AbortLibraryTasks() {
     if (!i_app.i_library) return;
     i_app.LibraryCommands().StopWork();
@@ -88,9 +100,16 @@ void CAppQuit::AbortLibraryTasks() {
 }
 
 void CAppQuit::SaveDatabase() {
-    if (i_app.i_library && i_app.i_library->IsDirty() && Failed(i_app.i_library->Save(true)))
-        Log("### Error saving the database at quit");
-    while (i_app.i_library && i_app.i_library->IsSaving()) Wait(0.25);
+    if (i_app.i_library) {
+        CAppLibrary& library = *i_app.i_library;
+        const auto wait = [&library] {
+            while (library.IsSaving()) Wait(0.25);
+        };
+        wait();                             // one that fails leaves the library dirty
+        library.Database().FlushChanges();  // what was edited a moment ago has not made it dirty yet
+        if (library.IsDirty() && Failed(library.Save(true))) Log("### Error saving the database at quit");
+        wait();
+    }
     i_app.i_no_more_savesB.store(true);
 }
 

@@ -1,4 +1,5 @@
 #pragma once
+#include <memory>
 #include <string_view>
 
 class CApp;
@@ -24,6 +25,8 @@ private:
     void NotYet() {}
     void StopIdling();
     void OpenProgress();
+    void PurgeCache();
+    void WaitForPurge();
     void AbortLibraryTasks();
     void SaveDatabase();
     void HideWindows();
@@ -40,4 +43,5 @@ private:
 
     CApp& i_app;
     After i_after;
+    const std::shared_ptr<bool> i_purgingRef = std::make_shared<bool>(false);   // the task may outlive the quit
 };

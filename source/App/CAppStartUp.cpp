@@ -8,7 +8,6 @@
 #include "App/CAppPlay.h"
 #include "App/CScopedInitializing.h"
 #include "App/SystemFacts.h"
-#include "App/TVoplaApp.h"
 #include "Audio/CSpoolPump.h"
 #include "Core/CAlerts.h"
 #include "Core/CLog.h"
@@ -171,9 +170,7 @@ void CAppStartUp::LoadDatabase() {
     if (!FindMusicFolder(root)) return;
     if (const OSErr err = i_app.Folders().Hold(FolderKind::kDatabase, root); Failed(err)) return;
     const OSErr err = i_app.i_library->Load({root, i_app.Prefs().MusicFolder(), i_app.Prefs().CacheFolder()});
-    i_loadedB = !Failed(LogStep(err, "loading the library"));
-    // Refused by the user, or another program has it: an empty library must not be taken for it.
-    if (!i_loadedB && gVoplaApp != nullptr) gVoplaApp->RequestQuit(QuitAsk::kNobody);
+    i_app.i_libraryLoadedB = !Failed(LogStep(err, "loading the library"));
 }
 
 /** The root of the library, or false when the user would rather quit. */
@@ -213,7 +210,7 @@ void CAppStartUp::CreateWindows() {
 void CAppStartUp::BuildUpscalingTables() { CHq4x::InitTables(); }
 
 void CAppStartUp::ShowWindows() {
-    if (!i_loadedB) return;
+    if (!i_app.i_libraryLoadedB) return;
     i_app.ShowWindowsAsSaved();
 }
 
@@ -238,6 +235,6 @@ void CAppStartUp::MarkReady() {
     i_app.SetStatus("Ready!");
     i_app.i_appReadyB.store(true, std::memory_order_release);
     i_app.i_alerts->AppReady();
-    i_app.i_library->AfterStart();
+    if (i_app.i_libraryLoadedB) i_app.i_library->AfterStart();
     Log("Ready!");
 }

@@ -53,5 +53,4 @@ private:
 
     CApp& i_app;
     std::unique_ptr<CScopedInitializing> i_initializing;   // until the progress window closes
-    bool i_loadedB = false;                                // the library load was not refused
 };

@@ -37,6 +37,7 @@ void TVoplaApp::StartUp() {
 }
 
 int TVoplaApp::Run(const std::string& commandLine) {
+    if (!i_app->IsLibraryLoaded()) return 1;   // the user would rather quit, or was told why it cannot be
     const CMainLoop::TimerID heartbeat = i_setup.loop.SetTimer(0, kHeartbeat_Milliseconds, [] {});
     HandleCommandLine(i_earlyFile.empty() ? commandLine : i_earlyFile);
     while (!i_quitB) {
@@ -86,7 +87,7 @@ void TVoplaApp::HandleCommandLine(const std::string& commandLine) {
     if (commandLine.empty() || i_app == nullptr || i_app->IsInitializing() || i_app->IsShutdown()) return;
     if (!i_app->ConfirmManualSongChange(1)) return;
     if (Failed(AddFilesToLibrary(i_app->Database(), {commandLine}, [this, commandLine](const AddedFiles& added) {
-        if (i_app->IsShutdown()) return;
+        if (i_app == nullptr || i_app->IsShutdown()) return;   // it came while the application went
         if (added.songs.empty()) {   // what plays goes on
             const OSErr err = added.refused.empty() ? fnfErr : added.refused.front().err;
             MessageAlert("The file could not be played: " + commandLine, ErrorText(err));

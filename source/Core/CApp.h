@@ -76,6 +76,8 @@ public:
     [[nodiscard]] CSongDatabase& Database();
     /** The library's commands, for menus. */
     [[nodiscard]] CLibraryCommands& LibraryCommands();
+    /** False when the load was refused: no window was shown, and nothing is ever saved. */
+    [[nodiscard]] bool IsLibraryLoaded() const { return i_libraryLoadedB; }
     /** What plays, and how. As long as Database. */
     [[nodiscard]] CPlayControl& Play();
     /** "Vopla" and the version, the name in titles. */
@@ -154,6 +156,7 @@ private:
     std::unique_ptr<CAppPlay> i_play;   // lives within the library
     std::unique_ptr<CBreakScreen> i_break;   // while there are windows to see it
     std::unique_ptr<CProgressView> i_curScope;   // start-up and quit only
+    bool i_libraryLoadedB = false;               // not refused by the user, nor by another program that has it
     std::optional<std::vector<WindowRecord>> i_recordsAtQuit;
     CCFDictionary i_fullScreenAtQuit;
     bool i_saveErrorToldB = false;

@@ -50,6 +50,8 @@ public:
     virtual void Beep() = 0;
     /** The user holds Control and Alt: alerts only beep. The way out of a dialog that keeps coming back in a show. */
     [[nodiscard]] virtual bool AlertsMuted() const { return false; }
+    /** The user holds Shift: at the start it saves the whole library anew. */
+    [[nodiscard]] virtual bool IsShiftHeld() const { return false; }
     /** Ends every dialog that is open, with its safe answer: the system wants the process to end. */
     virtual void DismissDialogs() {}
 };

@@ -25,6 +25,7 @@ public:
     bool OpenPage(std::string_view url) override;
     void Beep() override { ++beepsL; }
     bool AlertsMuted() const override { return mutedB; }
-    bool mutedB = false;
+    bool IsShiftHeld() const override { return shiftB; }
+    bool mutedB = false, shiftB = false;
     int beepsL = 0;
 };

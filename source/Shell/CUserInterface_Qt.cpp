@@ -101,3 +101,7 @@ bool CUserInterface_Qt::AlertsMuted() const {
     constexpr Qt::KeyboardModifiers kBoth = Qt::ControlModifier | Qt::AltModifier;
     return (QGuiApplication::queryKeyboardModifiers() & kBoth) == kBoth;
 }
+
+bool CUserInterface_Qt::IsShiftHeld() const {
+    return QGuiApplication::queryKeyboardModifiers().testFlag(Qt::ShiftModifier);
+}

@@ -13,5 +13,6 @@ public:
     bool OpenPage(std::string_view url) override;
     void Beep() override;
     bool AlertsMuted() const override;
+    bool IsShiftHeld() const override;
     void DismissDialogs() override;
 };

@@ -171,18 +171,75 @@ TEST_F(AppTest, WhatTheQuitSavedIsThereAtTheNextStart) {
         from = log.find(wordsZ, from);
         ASSERT_NE(from, std::string::npos) << wordsZ << " is missing, or stands too early";
     }
-    CApp app(MakeSetup());
-    ASSERT_NE(app.Database().GetSong(song), nullptr);
-    EXPECT_EQ(app.Database().GetSong(song)->Name(), SuperString("Kept"));
-    ASSERT_NE(app.Database().GetPlayList(kSourceDB_PLAYLIST), nullptr);
-    EXPECT_EQ(app.Database().GetPlayList(kSourceDB_PLAYLIST)->Count(), 1U);
-    EXPECT_FALSE(app.Database().IsDirty());
+    {
+        CApp app(MakeSetup());
+        ASSERT_NE(app.Database().GetSong(song), nullptr);
+        EXPECT_EQ(app.Database().GetSong(song)->Name(), SuperString("Kept"));
+        ASSERT_NE(app.Database().GetPlayList(kSourceDB_PLAYLIST), nullptr);
+        EXPECT_EQ(app.Database().GetPlayList(kSourceDB_PLAYLIST)->Count(), 1U);
+        EXPECT_FALSE(app.Database().IsDirty());
 
-    // An edit reaches the disc by the timer.
+        // An edit reaches the disc by the timer.
+        const fs::path songs = i_folder / "Music/Vopla/Songs.vlb";
+        const auto before = fs::last_write_time(songs);
+        app.Database().GetSong(song)->Meta().SetString("name"_key, "Edited");
+        EXPECT_TRUE(
+            RunUntil(app, [&] { return fs::last_write_time(songs) != before && !app.SaveTarget().IsSaving(); }));
+        app.Database().GetSong(song)->Meta().SetString("name"_key, "A moment before the quit");
+        EXPECT_FALSE(app.Database().IsDirty());
+    }
+    i_ui.shiftB = true;
+    CApp app(MakeSetup());
+    EXPECT_EQ(app.Database().GetSong(song)->Name(), SuperString("A moment before the quit"));
+    EXPECT_TRUE(app.Database().IsDirty());   // all is saved anew for who holds Shift
+    EXPECT_NE(LogText().find("** Database dirty because: shift held on startup"), std::string::npos);
+}
+
+TEST_F(AppTest, AQuitThatOvertakesTheAddingOfFilesLeavesALibrary) {
+    constexpr std::size_t kFiles = 1500;
+    const fs::path many = i_folder / "many";
+    fs::create_directories(many);
+    for (std::size_t n = 0; n < kFiles; ++n) std::ofstream(many / ("Anna - Song " + std::to_string(n) + ".mp3")) << n;
+    {
+        TVoplaApp application(MakeSetup());
+        application.StartUp();
+        application.RequestQuit(QuitAsk::kNobody);
+        EXPECT_EQ(application.Run(many), 0);
+        application.ShutDown();
+    }
+    CApp app(MakeSetup());
+    EXPECT_EQ(app.Database().Library().Count(), app.Database().Songs()->Count());
+}
+
+TEST_F(AppTest, TheQuitPurgesTheCache) {
+    constexpr int kFiles = 28, kAllowed = 25;
+    fs::path cache;
+    const auto file = [&](int n) { return cache / (std::to_string(n) + " Song.pcm"); };
+    {
+        CApp app(MakeSetup());
+        cache = app.Prefs().CacheFolder();
+        fs::create_directories(cache);
+        for (int n = 1; n <= kFiles; ++n) {
+            std::ofstream(file(n)) << n;
+            fs::last_write_time(file(n), fs::file_time_type::clock::now() - std::chrono::hours(100 - n));
+        }
+    }
+    for (int n = 1; n <= kFiles; ++n) EXPECT_EQ(fs::exists(file(n)), n > kFiles - kAllowed) << n;
+}
+
+TEST_F(AppTest, ARefusedLibraryEndsTheProgramAndIsLeftAsItIs) {
     const fs::path songs = i_folder / "Music/Vopla/Songs.vlb";
-    const auto before = fs::last_write_time(songs);
-    app.Database().GetSong(song)->Meta().SetString("name"_key, "Edited");
-    EXPECT_TRUE(RunUntil(app, [&] { return fs::last_write_time(songs) != before && !app.SaveTarget().IsSaving(); }));
+    fs::create_directories(songs.parent_path());
+    const std::string later("\0\1\0\1\0\x0B\0\0\0\0\0\1" "twelve bytes", 24);
+    std::ofstream(songs, std::ios::binary) << later;
+    TVoplaApp application(MakeSetup());
+    application.StartUp();
+    EXPECT_EQ(i_ui.questions.size(), 1U);   // nobody answers it: quit
+    EXPECT_EQ(application.Run({}), 1);
+    application.ShutDown();
+    std::stringstream bytes;
+    bytes << std::ifstream(songs, std::ios::binary).rdbuf();
+    EXPECT_EQ(bytes.str(), later);
 }
 
 TEST_F(AppTest, AChangedPreferenceIsSavedAfterTwoIdleSeconds) {
