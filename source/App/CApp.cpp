@@ -156,7 +156,9 @@ void CApp::FireVideoRefresh() {
     if (i_currentSongP != nullptr) i_currentSongP->VideoIdle(false);
 }
 
-void CApp::FireIdle() {}
+void CApp::FireIdle() {
+    if (i_library) i_library->Idle();
+}
 
 void CApp::FireNoSleep() {
     if (IsSongPlaying()) Windows().KeepDisplayOn();

@@ -69,6 +69,13 @@ void CAppLibrary::AfterStart() {
     if (Failed(CT_FindMissing::Start(i_database))) Log("### Error looking for missing songs");
 }
 
+void CAppLibrary::Idle() {
+    std::vector<CFileRef::Path> changed = i_mounts.Changed();
+    if (changed.empty() || i_database.Songs()->Count() == 0) return;
+    for (const CFileRef::Path& folder : changed) LogF("A volume came or went: %s", folder.c_str());
+    if (Failed(CT_FindMissing::StartBelow(i_database, std::move(changed)))) Log("### Error looking for missing songs");
+}
+
 OSErr CAppLibrary::Save(bool fullB) {
     i_othersDirtyB = false;
     if (!i_store || !i_database.IsDirty()) return noErr;   // the preferences are saved by who asks

@@ -4,6 +4,7 @@
 #include "Library/CLibraryLock.h"
 #include "Library/CLibraryStore.h"
 #include "Library/CSongDatabase.h"
+#include "Platform/CMountTable.h"
 
 class CApp;
 
@@ -26,6 +27,8 @@ public:
     [[nodiscard]] CLibraryStore* Store() noexcept { return i_store.get(); }
     /** The application is ready, and the library was loaded: what the load found to be saved becomes dirty. */
     void AfterStart();
+    /** Twice a second: a disc that came or went makes songs found or missing. */
+    void Idle();
 
     // What the database asks.
     [[nodiscard]] bool IsReady() const override;
@@ -58,5 +61,6 @@ private:
     CLibraryCommands i_commands;
     std::unique_ptr<CLibraryStore> i_store;   // before the database goes
     bool i_othersDirtyB = false;              // what is saved beside the library: the preferences
+    CMountTable i_mounts;
     bool i_purgesB = false, i_purgeAgainB = false;
 };

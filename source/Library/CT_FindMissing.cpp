@@ -1,8 +1,13 @@
 #include "Library/CT_FindMissing.h"
 
+#include <algorithm>
+
+#include "Core/FSrFolders.h"
+
 namespace {
+constexpr SDB_SongFile kLookedAt[] = {SDB_SongFile_ZIP, SDB_SongFile_AUDIO, SDB_SongFile_VIDEO};
 constexpr std::size_t kTell_Block = 500;   // songs in one call to the main thread
-}
+}   // namespace
 
 OSErr CT_FindMissing::Start(CSongDatabase& database, std::vector<SongID> songs, Done done) {
     if (songs.empty()) songs = database.Songs()->Ids();
@@ -10,10 +15,27 @@ OSErr CT_FindMissing::Start(CSongDatabase& database, std::vector<SongID> songs, 
     return CT_Preemptive::Start(std::move(taskP)) == 0 ? abortErr : noErr;
 }
 
+OSErr CT_FindMissing::StartBelow(CSongDatabase& database, std::vector<CFileRef::Path> folders, Done done) {
+    std::unique_ptr<CT_FindMissing> taskP(new CT_FindMissing(database, database.Songs()->Ids(), std::move(done)));
+    taskP->i_below = std::move(folders);
+    return CT_Preemptive::Start(std::move(taskP)) == 0 ? abortErr : noErr;
+}
+
 CT_FindMissing::CT_FindMissing(CSongDatabase& database, std::vector<SongID> songs, Done done)
     : CT_OnSongs("find missing", database, std::move(songs), std::move(done)) {}
 
+bool CT_FindMissing::IsConcerned(const CSongFiles& files) const {
+    if (i_below.empty() || files.WasMissing()) return true;
+    return std::ranges::any_of(kLookedAt, [&](SDB_SongFile type) {
+        const CFileRef& file = files.Ref(type);
+        return !file.IsEmpty() && std::ranges::any_of(i_below, [&](const CFileRef::Path& folder) {
+            return IsInside(file.GetPath(), folder);
+        });
+    });
+}
+
 OSErr CT_FindMissing::OnSong(CSongFiles& files) {
+    if (!IsConcerned(files)) return noErr;
     const bool missingB = !files.IsReachable();
     if (missingB != files.WasMissing() || files.FoundElsewhere()) i_seen.push_back({files, missingB});
     return i_seen.size() < kTell_Block ? noErr : Tell();

@@ -7,9 +7,13 @@ class CT_FindMissing final : public CT_OnSongs {
 public:
     /** All songs when `songs` is empty. Main thread; abortErr when there is no thread. */
     static OSErr Start(CSongDatabase& database, std::vector<SongID> songs = {}, Done done = {});
+    /** A volume came or went at these folders: looks at the songs that have a file below one of them, and at those that
+        are missing. As Start. */
+    static OSErr StartBelow(CSongDatabase& database, std::vector<CFileRef::Path> folders, Done done = {});
 
 private:
     CT_FindMissing(CSongDatabase& database, std::vector<SongID> songs, Done done);
+    [[nodiscard]] bool IsConcerned(const CSongFiles& files) const;
     OSErr OnSong(CSongFiles& files) override;
     OSErr AtEnd(OSErr err) override;
     /** Tells the songs at once what was seen. */
@@ -19,5 +23,6 @@ private:
         CSongFiles files;
         bool missingB;
     };
-    std::vector<Seen> i_seen;   // what differs from what the songs said at the start of their block
+    std::vector<CFileRef::Path> i_below;   // none: everywhere
+    std::vector<Seen> i_seen;              // what differs from what the songs said at the start of their block
 };

@@ -222,6 +222,18 @@ TEST_F(SongNames, MissingSongsAreMarkedAndFoundAgain) {
     Make("out/naked.mp3");
     EXPECT_EQ(missing(), "Empty ");
     EXPECT_EQ(naked.FileRef(SDB_SongFile_AUDIO).GetName(), "naked.mp3");
+    // A volume that came or went: what lies elsewhere is not looked at.
+    const auto missingBelow = [&](const char* folderZ) {
+        bool doneB = false;
+        EXPECT_EQ(CT_FindMissing::StartBelow(*i_databaseP, {i_folder / folderZ}, [&](OSErr) { doneB = true; }), noErr);
+        EXPECT_TRUE(RunUntil([&] { return doneB; }));
+        return pair.Meta().GetBool("Msng"_key) == BoolValueType::kTrue;
+    };
+    std::filesystem::rename(i_folder / "out", i_folder / "away");
+    EXPECT_FALSE(missingBelow("ou"));
+    EXPECT_TRUE(missingBelow("out"));
+    std::filesystem::rename(i_folder / "away", i_folder / "out");
+    EXPECT_FALSE(missingBelow("elsewhere"));   // one that is missing may be anywhere
     i_databaseP->SetDirty(false);
     (void)pair.SetFile(SDB_SongFile_VIDEO, CFileRef(i_folder / "nowhere/pair.cdg"));
     (void)pair.SetFile(SDB_SongFile_AUDIO, CFileRef(i_folder / "nowhere/pair.mp3"));
