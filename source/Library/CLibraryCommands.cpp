@@ -124,9 +124,7 @@ OSErr CLibraryCommands::DeletePlaylist(PlaylistID list) {
     const std::string name = listP->Name().UTF8();
     if (!Confirm(LibraryDialog::kDeletePlaylist, name)) return userCanceledErr;
     const OSErr err = i_database.DeletePlaylist(list);
-    if (Failed(err))
-        i_ui.Alert("The playlist “" + name + "” could not be deleted.",
-                   "You may need to empty your trash first, or rename the Playlist before deleting it.");
+    if (Failed(err)) i_ui.Alert("The playlist “" + name + "” could not be deleted.", kDelete_HintZ);
     return err;
 }
 

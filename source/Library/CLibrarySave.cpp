@@ -47,6 +47,7 @@ void CLibrarySave::RunLists() {
     if (Failed(i_err)) return;   // what is no more goes when all that is stands on the disc
     for (const CFileRef& file : gone)
         if (const OSErr err = FSrDelete(file); err != fnfErr) Note(err, file);
+    i_failedToDeleteB = Failed(i_err);
 }
 
 OSErr CLibrarySave::Write(const CFileRef& file, const std::function<OSErr()>& write) {

@@ -69,6 +69,8 @@ public:
     [[nodiscard]] OSErr Err() const noexcept { return i_err; }
     /** The file that could not be written; the songs' when the save failed before. */
     [[nodiscard]] const CFileRef& FailedFile() const noexcept { return i_failed; }
+    /** All was written; it is the file of a list that is no more which could not be deleted. */
+    [[nodiscard]] bool FailedToDelete() const noexcept { return i_failedToDeleteB; }
     [[nodiscard]] bool SongsWritten() const noexcept { return i_songsWrittenB; }
     /** True while a worker writes. Any thread. */
     std::atomic<bool> runningB{false};
@@ -85,5 +87,5 @@ private:
     const CFileRef i_root;
     OSErr i_err = noErr;
     CFileRef i_failed;
-    bool i_songsWrittenB = false;
+    bool i_songsWrittenB = false, i_failedToDeleteB = false;
 };

@@ -10,6 +10,7 @@
 #include "Library/COrphanSearch.h"
 #include "Library/CT_Preemtive_SaveSongs.h"
 #include "Library/CT_SDB_WritePList.h"
+#include "Library/LibraryDialogs.h"
 #include "Library/LibraryImage.h"
 #include "Platform/CClock.h"
 
@@ -166,7 +167,9 @@ void CLibraryStore::NoteFailure(const CLibrarySave& save) {
     i_retryAtT = CClock::Get().SteadyT() + i_retryT;
     i_database.SetDirty(true, "the last save failed");
     if (std::exchange(i_toldB, true)) return;
-    if (save.FailedFile().GetName() == "Songs.vlb")
+    if (save.FailedToDelete())
+        ShowAlert("The playlist file “" + save.FailedFile().GetName() + "” could not be deleted.", kDelete_HintZ);
+    else if (save.FailedFile().GetName() == "Songs.vlb")
         ShowAlert("Error attempting to save database!", ErrorText(save.Err()));
     else
         (void)TellSaveError(save.Err(), save.FailedFile());

@@ -16,5 +16,8 @@ enum class LibraryDialog : unsigned char {
 
 /** The question of a command; "%s" or "%d" of its text becomes `detail`. The safe answer, which is no, comes last. */
 [[nodiscard]] Question LibraryQuestion(LibraryDialog dialog, const std::string& detail = {});
+/** What helps when the file of a list cannot go. */
+inline constexpr const char* kDelete_HintZ =
+    "You may need to empty your trash first, or rename the Playlist before deleting it.";
 /** What the first button of such a question is. */
 inline constexpr std::size_t kAnswer_Do = 0;

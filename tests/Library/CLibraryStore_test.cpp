@@ -331,6 +331,26 @@ TEST_F(CLibraryStoreTest, AFailedSaveIsToldOnceAndTriedAgain) {
     EXPECT_EQ(Show(other.database), Show(*i_databaseP));
 }
 
+TEST_F(CLibraryStoreTest, AListWhoseFileCannotGoIsToldAndGoesLater) {
+    MakeLibrary();
+    Save();
+    const fs::path file = i_storeP->Files().lists.at(PlaylistID{5}).GetPath();
+    CFileCalls_Faults faults(CFileCalls::Get());
+    faults.SetWatch([&](long n, const char* callZ, const fs::path& path) {
+        if (std::string_view(callZ) == "unlink" && path == file) faults.FailAt(n, EPERM);
+    });
+    CFileCalls::Install(&faults);
+    ASSERT_EQ(i_databaseP->DeletePlaylist(PlaylistID{5}), noErr);
+    EXPECT_NE(i_storeP->SaveLibraryNow(SaveForce::kDirty), noErr);
+    CFileCalls::Install(nullptr);
+    const std::string words = "The playlist file “" + file.filename().string() + "” could not be deleted.";
+    EXPECT_EQ(s_alerts, std::vector<std::string>{words});
+    EXPECT_TRUE(fs::exists(file));
+    i_clock.Advance(60);
+    Save();
+    EXPECT_FALSE(fs::exists(file));
+}
+
 TEST_F(CLibraryStoreTest, AFolderThatCannotBeWrittenIsToldOnceAndAllIsKept) {
     MakeLibrary();
     Save();
