@@ -107,7 +107,8 @@ void CAudioPlayer::Fade(std::span<float> stereo, bool inB) const noexcept {
 }
 
 bool CAudioPlayer::IsBlockReady() const noexcept {
-    if (IsPaused() || Failed(i_spoolP->Err())) return true;
+    if (Failed(i_spoolP->Err())) return true;
+    if (IsPaused()) return i_playedB;   // before the first play no silence is queued for the song to wait behind
     const auto blockF = static_cast<double>(i_floats.size() / kChannels) * i_spoolP->TimePitch().Tempo();
     const bool directB = i_spoolP->TimePitch().Pitch() == 0 && i_spoolP->TimePitch().Tempo() == 1.0;
     return i_spoolP->HasFrames(static_cast<std::size_t>(blockF) + (directB ? 0 : kEngine_Frames));
@@ -116,6 +117,7 @@ bool CAudioPlayer::IsBlockReady() const noexcept {
 OSErr CAudioPlayer::RenderBlock(std::span<std::int16_t> stereo) noexcept {
     const std::size_t blockL = stereo.size() / kChannels;
     const bool pausedB = i_pausedB.load();
+    i_playedB = i_playedB || !pausedB;
     const std::span<float> block = std::span(i_floats).first(stereo.size());
     std::uint64_t fromL = i_spoolP->GetPos() / kChannels, toL = fromL;
     std::size_t soundL = 0;

@@ -28,7 +28,8 @@ struct AudioPlayerParts {
 };
 
 /** Feeds the output with the sound of one song, by a render thread of its own. A pause and what the song lacks are
-   silence; the device goes on. Pausing fades out over 10 ms and resuming fades in. Units    frames of the song; 147 are
+   silence; the device goes on. The device is fed from the first play on.
+   Pausing fades out over 10 ms and resuming fades in. Units    frames of the song; 147 are
    1/300 s. Threads  Create, SetMode and the end on the main thread, or on the one that prepares a song; Seek and
    AutoCue on any but the render thread; the rest on any. Owner    Ref. The end stops the thread and closes the output,
    not the song's ring. Errors   Create tells the user; a song that fails while it plays ends the thread and is kept
@@ -87,6 +88,7 @@ private:
 
     // The render thread's.
     std::vector<float> i_floats;   // one block
+    bool i_playedB = false;        // it was not paused once
     bool i_soundingB = false;      // the last block was the song's
     std::size_t i_shortL = 0;      // frames that the last blocks lacked; late only if sound follows
     bool i_fadedOutB = false;      // its end was faded: what comes next is faded in

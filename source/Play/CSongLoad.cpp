@@ -74,8 +74,13 @@ OSErr CSongLoad::LoadNow(std::unique_ptr<CS_MainThread_AbortProc> completionP) {
     if (const OSErr err = Choose(); Failed(err)) return err;
     i_stamps = Stamps();
     if (i_abortedB.load()) return abortErr;
-    if (i_kind == SongKind::kVideo)
+    if (i_kind == SongKind::kVideo) {
         if (const OSErr err = LoadMovie(); Failed(err)) return err;
+        if (i_movieP && i_movieP->Facts().soundB && i_spec.audio.IsEmpty()) {
+            i_soundFile = i_mainFile;   // what sounds beside it by the same name is another song
+            i_stamps.back() = i_stamps.front();
+        }
+    }
     const bool silentB = i_kind == SongKind::kLaunch || i_kind == SongKind::kGraphics ||
                          (i_movieP && i_soundFile.GetPath() == i_mainFile.GetPath() && !i_movieP->Facts().soundB);
     return silentB ? noErr : StartSound(std::move(completionP));

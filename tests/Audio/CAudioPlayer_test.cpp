@@ -17,13 +17,13 @@ TEST_F(CAudioPlayer_test, EverySampleReachesTheOutput) {
     ASSERT_EQ(Create(song), noErr);
     EXPECT_EQ(i_output.i_opened, "System Default");
     EXPECT_TRUE(i_playerP->IsPaused());
-    ASSERT_TRUE(Play([&] { return i_output.FramesPlayed() > 10000; }));   // a pause is silence: the device goes on
     EXPECT_EQ(i_playerP->HeardFrame(), 0);
-    const Samples silence = i_output.Given();
-    EXPECT_TRUE(std::all_of(silence.begin(), silence.end(), [](auto sample) { return sample == 0; }));
     i_playerP->SetMode(PlayMode::kPlay);
     ASSERT_TRUE(PlayOut());
-    EXPECT_TRUE(Contains(i_output.Given(), song));
+    Samples given = i_output.Given();
+    ASSERT_GE(given.size(), song.size());
+    given.resize(song.size());
+    EXPECT_EQ(given, song);   // no silence came first
     EXPECT_TRUE(i_playerP->IsPaused());
     EXPECT_EQ(i_playerP->HeardFrame(), 100001);
     EXPECT_EQ(i_playerP->Heard300(), 100001 / 147);
