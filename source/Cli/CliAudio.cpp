@@ -14,6 +14,7 @@
 #include "Audio/SongSource.h"
 #include "Cli/CCliHost.h"
 #include "Core/CPreferences.h"
+#include "Library/CSongFiles.h"
 #include "Play/CSongSound.h"
 
 namespace {
@@ -72,8 +73,10 @@ int AutoCue(const CliContext& context, std::span<const std::string> given) {
     const OSErr err = host.OnTask([&] {
         const CFileRef file(words->files[0]);
         SongPlayParts parts;
-        parts.spec.name = file.GetPath().stem().string();
-        (IsZipFile(file) ? parts.spec.zip : parts.spec.audio) = file;
+        const bool zipB = IsZipFile(file);
+        (zipB ? parts.spec.zip : parts.spec.audio) = file;
+        parts.spec.placesRef = std::make_shared<CSongFiles>(zipB ? SDB_SongFile_ZIP : SDB_SongFile_AUDIO, file);
+        parts.spec.name = parts.spec.placesRef->Name();
         parts.loadP = MakeRef<CSongLoad>(parts.spec);
         const OSErr loadErr = parts.loadP->Load(nullptr);
         return Failed(loadErr) ? loadErr : CSongSound(parts).FindStart(settings, start300);

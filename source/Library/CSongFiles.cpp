@@ -21,6 +21,14 @@ CSongFiles::CSongFiles(const CSong& song, std::shared_ptr<const LibrarySettings>
     }
 }
 
+CSongFiles::CSongFiles(SDB_SongFile type, const CFileRef& file)
+    : i_song{SDB_kUninitializedID},
+      i_name(file.GetPath().stem().string()),
+      i_wasMissingB(false),
+      i_settingsRef(std::make_shared<LibrarySettings>()) {
+    i_files.at(static_cast<std::size_t>(type)) = {SDB_SongFileStatus_REFERENCE, file};
+}
+
 std::optional<CSongFiles> CSongFiles::Of(const CSongDatabase& database, SongID song) {
     std::optional<CSongFiles> files;
     auto settingsRef = database.Settings();

@@ -22,6 +22,8 @@ public:
 
     /** Copies the places. Any thread on which the song is held. */
     CSongFiles(const CSong& song, std::shared_ptr<const LibrarySettings> settingsRef);
+    /** One file that is in no library. */
+    CSongFiles(SDB_SongFile type, const CFileRef& file);
     /** Nothing when there is no such song. Any thread. */
     [[nodiscard]] static std::optional<CSongFiles> Of(const CSongDatabase& database, SongID song);
 

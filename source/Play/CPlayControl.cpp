@@ -119,6 +119,11 @@ void CPlayControl::PreRollDone(CSongPlay& play, OSErr err) {
     }
     const bool pausedB = i_startPausedB;
     if (!Failed(err)) err = play.Begin(pausedB);
+    // What was asked for while it started.
+    if (const SongPlaySpec& spec = play.Spec();
+        !Failed(err) && (i_pitchS != static_cast<int>(spec.pitch) || i_tempo != spec.tempo))
+        err = play.SetPitchTempo(i_pitchS, i_tempo);
+    if (!Failed(err) && i_vocal != play.Spec().vocal) play.SetVocalMode(i_vocal);
     if (Failed(err)) {
         Log("### no audio player");
         SongFailed(play, err);

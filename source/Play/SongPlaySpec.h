@@ -18,8 +18,8 @@ struct SongPlaySpec {
     PlaylistID list{SDB_kUninitializedID};
     PLItemID item = SDB_kNoItem;
     std::string name;
-    CFileRef audio, video, zip, launch;   // as their places say; empty for none
-    std::shared_ptr<const CSongFiles> placesRef;
+    CFileRef audio, video, zip, launch;            // as their places say; empty for none
+    std::shared_ptr<const CSongFiles> placesRef;   // the same, to be looked for; never null when it is loaded
     double pitch = 0, tempo = 1;
     VocalMode vocal = VocalMode::kBoth;
     double slipT = 0;                        // seconds

@@ -144,6 +144,23 @@ TEST_F(PlayTest, APauseWhileItStartsIsKept) {
     EXPECT_TRUE(RunUntil([&] { return i_controlP->CurTime300() > 100; }));
 }
 
+TEST_F(PlayTest, ATempoThatIsAskedForWhileItStartsIsKept) {
+    Add(Sound("a.wav", 60));
+    i_shutB = true;
+    ASSERT_EQ(Play(0), noErr);
+    RunFor(1);
+    ASSERT_EQ(i_controlP->State(), kStarting);
+    EXPECT_EQ(i_controlP->SetTempo(4), noErr);
+    i_shutB = false;
+    ASSERT_TRUE(RunUntil([&] { return i_controlP->CurTime300() > 600; }));
+    const double beganT = CClock::Get().SteadyT();
+    const long began300 = i_controlP->CurTime300();
+    ASSERT_TRUE(RunUntil([&] { return CClock::Get().SteadyT() > beganT + 5; }));
+    const double perSecond =
+        static_cast<double>(i_controlP->CurTime300() - began300) / (CClock::Get().SteadyT() - beganT);
+    EXPECT_GT(perSecond, 2 * 300);
+}
+
 TEST_F(PlayTest, FilesThatAreGoneAndNoSongsAtAllAreTold) {
     Add(Sound("gone.wav", 1));
     Add({}, Graphics("naked.cdg", 300));
