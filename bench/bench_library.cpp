@@ -8,6 +8,7 @@
 #include <fstream>
 #include <string>
 
+#include "BenchHost.h"
 #include "Core/CLog.h"
 #include "Core/CThreadHost.h"
 #include "Core/CThreadManager.h"
@@ -15,29 +16,8 @@
 #include "Library/CLibraryStore.h"
 #include "Library/CMetaManager.h"
 #include "Library/CSongDatabase.h"
-#include "Platform/CMainLoop_Plain.h"
 
 namespace {
-
-/** The least that the thread layer wants of an application. */
-class Host final : public CThreadHost {
-public:
-    Host() { Install(this); }
-    ~Host() override { Install(nullptr); }
-    CMainLoop& MainLoop() override { return i_loop; }
-    bool HasMainWindow() const override { return true; }
-    bool IsAppReady() const override { return true; }
-
-private:
-    CMainLoop_Plain i_loop;
-};
-
-template <class Work>
-double Milliseconds(Work&& work) {
-    const auto began = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - began).count();
-}
 
 /** "VmRSS" and its kin, in MB. */
 double Status(const std::string& key) {
@@ -58,7 +38,7 @@ struct Turns {
 
 /** Saves, with the main loop turning, and a page of the library looked at in each turn, as a browser does: it waits for
     the locks that the save holds. */
-double SaveInTurns(Host& host, CSongDatabase& database, CLibraryStore& store, SaveForce force, double& startT,
+double SaveInTurns(BenchHost& host, CSongDatabase& database, CLibraryStore& store, SaveForce force, double& startT,
                    Turns& turns) {
     return Milliseconds([&] {
         startT = Milliseconds([&] {
@@ -77,7 +57,7 @@ double SaveInTurns(Host& host, CSongDatabase& database, CLibraryStore& store, Sa
     });
 }
 
-void Measure(Host& host, const CFileRef& folder) {
+void Measure(BenchHost& host, const CFileRef& folder) {
     CSongDatabaseHost above;
     CSongDatabase database(above);
     CLibraryStore store(database, {folder, folder.GetPath().parent_path() / "Vopla Music", "/nowhere"});
@@ -140,7 +120,7 @@ int main(int countL, char** wordsZ) {
         std::fprintf(stderr, "usage: bench_library FOLDER\n");
         return 2;
     }
-    Host host;
+    BenchHost host;
     TagThread(0, false);
     CMetaManager meta;
     CThreadManager threads;

@@ -6,37 +6,17 @@
 #include <string>
 #include <vector>
 
+#include "BenchHost.h"
 #include "Core/CThreadHost.h"
 #include "Core/CThreadManager.h"
 #include "Core/ThreadInfo.h"
 #include "Library/CCollation.h"
 #include "Library/CMetaManager.h"
 #include "Library/CSongDatabase.h"
-#include "Platform/CMainLoop_Plain.h"
 
 namespace {
 
 constexpr std::size_t kSongs = 1'000'000, kBlock = 10'000;
-
-/** The least that the thread layer wants of an application. */
-class Host final : public CThreadHost {
-public:
-    Host() { Install(this); }
-    ~Host() override { Install(nullptr); }
-    CMainLoop& MainLoop() override { return i_loop; }
-    bool HasMainWindow() const override { return true; }
-    bool IsAppReady() const override { return true; }
-
-private:
-    CMainLoop_Plain i_loop;
-};
-
-template <class Work>
-double Milliseconds(Work&& work) {
-    const auto began = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - began).count();
-}
 
 std::string MadeText(std::mt19937& random, std::size_t wordsL) {
     static const char* const kSyllables[] = {"lo", "ve", "ni", "ght",  "da", "nce", "hea", "rt",
@@ -53,7 +33,7 @@ std::string MadeText(std::mt19937& random, std::size_t wordsL) {
 }
 
 /** Songs with 40,000 artists; as many names as told, the rest are other recordings of the same. */
-void Measure(Host& host, std::size_t namesL) {
+void Measure(BenchHost& host, std::size_t namesL) {
     CSongDatabaseHost above;
     CSongDatabase database(above);
     database.SetLoading(true);
@@ -147,7 +127,7 @@ void Measure(Host& host, std::size_t namesL) {
 }   // namespace
 
 int main() {
-    Host host;
+    BenchHost host;
     TagThread(0, false);
     CMetaManager meta;
     {

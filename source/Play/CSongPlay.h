@@ -1,27 +1,8 @@
 #pragma once
 #include "Play/CSongPicture.h"
+#include "Play/CSongPlayOwner.h"
 #include "Play/CSongSound.h"
 #include "Play/PlayState.h"
-
-class CSongPlay;
-
-/** Whom a song that plays tells how it goes. Main thread; the song may be let go from within. */
-class CSongPlayOwner {
-public:
-    virtual ~CSongPlayOwner() = default;
-    /** The pre-roll is over; Begin is next, or Stop. */
-    virtual void PreRollDone(CSongPlay& play, OSErr err) = 0;
-    /** It has been sung, picture and sound. */
-    virtual void SongEnded(CSongPlay& play) = 0;
-    /** It cannot go on. */
-    virtual void SongFailed(CSongPlay& play, OSErr err) = 0;
-    [[nodiscard]] virtual bool IsQuitting() const = 0;
-    /** "Global Song Sync Slip (300ths)". */
-    [[nodiscard]] virtual long GlobalSlip300() const = 0;
-    /** Where the picture is shown; outlives the play. */
-    [[nodiscard]] virtual CGraphicsPorts& Ports() = 0;
-    virtual void NoteDrawn() = 0;
-};
 
 /** One play of one song: its sound, its picture and its clock. A worker makes it ready (CT_PlayAudio), Begin lets it
    run, Stop is its end; a song that is played again is another CSongPlay, so that the old one may take its time to end.

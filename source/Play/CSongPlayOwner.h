@@ -1,14 +1,14 @@
 #pragma once
 #include "Platform/OSErr.h"
 
-class CPixels;
+class CGraphicsPorts;
 class CSongPlay;
 
 /** Whom a song that plays tells how it goes. Main thread; the song may be let go from within. */
 class CSongPlayOwner {
 public:
     virtual ~CSongPlayOwner() = default;
-    /** The pre-roll is over. */
+    /** The pre-roll is over; Begin is next, or Stop. */
     virtual void PreRollDone(CSongPlay& play, OSErr err) = 0;
     /** It has been sung, picture and sound. */
     virtual void SongEnded(CSongPlay& play) = 0;
@@ -17,7 +17,7 @@ public:
     [[nodiscard]] virtual bool IsQuitting() const = 0;
     /** "Global Song Sync Slip (300ths)". */
     [[nodiscard]] virtual long GlobalSlip300() const = 0;
-    virtual void ShowPicture(const CPixels& picture, bool forceB) = 0;
-    virtual void ClearPicture() = 0;
+    /** Where the picture is shown; outlives the play. */
+    [[nodiscard]] virtual CGraphicsPorts& Ports() = 0;
     virtual void NoteDrawn() = 0;
 };

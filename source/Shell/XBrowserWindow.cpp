@@ -288,7 +288,8 @@ void XBrowserWindow::ShowState() {
     const QLocale locale;
     QString text = i_model->IsFiltering()
                        ? tr("%1 of %2 songs").arg(locale.toString(i_model->rowCount()), locale.toString(allL))
-                       : tr("%1 songs").arg(locale.toString(allL));
+                   : allL == 1 ? tr("1 song")
+                               : tr("%1 songs").arg(locale.toString(allL));
     if (selectedL > 1) text += tr(", %1 selected").arg(locale.toString(selectedL));
     if (i_model->IsLooking()) text += tr(", looking…");
     i_countP->setText(text);

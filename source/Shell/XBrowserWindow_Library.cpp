@@ -48,7 +48,7 @@ void XBrowserWindow::AddFiles(const QStringList& paths, PlaylistID list, RowInde
                 if (!items.empty()) listP->AddItemVec(std::move(items), where);
             }
             if (!added.refused.empty()) MessageAlert("Some files could not be added.", RefusedText(added));
-            window.SetStatus(tr("%1 new songs").arg(added.newL));
+            window.SetStatus(added.newL == 1 ? tr("1 new song") : tr("%1 new songs").arg(added.newL));
             if (added.songs.size() == 1) window.ShowAdded(added.songs.front());
         });
     if (Failed(err)) MessageAlert("The files could not be added.", ErrorText(err));
