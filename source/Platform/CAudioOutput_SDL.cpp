@@ -78,9 +78,21 @@ struct CAudioOutput_SDL::Calls {
     }
 };
 
+namespace {
+/** Frees what SDL keeps of a thread that it did not make, the text of a failure above all: a song opens its output on a
+    worker of its own. */
+struct ThreadsShare {
+    ThreadsShare() = default;
+    ThreadsShare(const ThreadsShare&) = delete;
+    ThreadsShare& operator=(const ThreadsShare&) = delete;
+    ~ThreadsShare() { SDL_TLSCleanup(); }
+};
+}   // namespace
+
 CAudioOutput_SDL::~CAudioOutput_SDL() { CAudioOutput_SDL::Close(); }
 
 std::vector<std::string> CAudioOutput_SDL::DeviceNames() {
+    const ThreadsShare share;
     const std::lock_guard guard(SDLLock());
     if (!StartAudio()) return {std::string(kAudioOutput_Default)};
     std::vector<std::string> names = NamesNow();
@@ -91,6 +103,7 @@ std::vector<std::string> CAudioOutput_SDL::DeviceNames() {
 OSErr CAudioOutput_SDL::Open(std::string_view device, const AudioBlocks& blocks) {
     Close();
     if (blocks.framesL == 0 || blocks.countL == 0) return paramErr;
+    const ThreadsShare share;
     const std::lock_guard guard(SDLLock());
     if (!StartAudio()) return fnfErr;
     i_subsystemB = true;
