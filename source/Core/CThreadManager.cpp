@@ -1,5 +1,6 @@
 #include "Core/CThreadManager.h"
 
+#include <algorithm>
 #include <atomic>
 #include <mutex>
 #include <system_error>
@@ -105,6 +106,14 @@ ForkID CThreadManager::Fork(ForkKind kind, ForkEntry entry, ForkCompletion compl
     const CMutex::Scope guard(*forksP);
     forksP->i_forks.erase(forkP->id);
     return 0;
+}
+
+std::size_t CThreadManager::ThreadCount() {
+    const auto forksP = Forks();
+    if (!forksP) return 0;
+    const CMutex::Scope guard(*forksP);
+    return static_cast<std::size_t>(
+        std::ranges::count_if(forksP->i_forks, [](const auto& fork) { return !IsTimer(fork.second->kind); }));
 }
 
 ForkID CThreadManager::ForkTimer(ForkKind kind, APP_TimerForkData& timer, const char* nameZ) {

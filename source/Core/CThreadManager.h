@@ -36,6 +36,8 @@ public:
     /** Null when there is no manager. */
     [[nodiscard]] static std::shared_ptr<CMutex_ThreadQue_MainThread> MainThreadQue();
     [[nodiscard]] static long CooperativeCount() noexcept;
+    /** Threads whose completion has not run yet, of both kinds. Any thread. */
+    [[nodiscard]] static std::size_t ThreadCount();
     [[nodiscard]] static bool IsKilling();
     [[nodiscard]] static bool IsExecutingProc() noexcept;
     /** Names of the threads that outlived their time at a quit; when there are any, the process ends by _exit. */

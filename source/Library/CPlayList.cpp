@@ -156,6 +156,7 @@ CMetaValue CPlayList::ValueOf(PLItemID item, MetaKey key) const {
 
 bool CPlayList::SetRowValue(PLItemID item, MetaKey key, CMetaValue value) {
     if (!AssertWords(CMeta_PLItem::IsRowKey(key), "IsRowKey(key)")) return false;
+    if (value.Type() == ValType::ValType_INTEGER) value = CMetaValue(MetaManager().GetTraits(key).Usable(value.Integer()));
     CMeta_PLItem* const metaP = i_list->MakeMeta(item);
     if (metaP == nullptr || !metaP->SetValue(key, std::move(value))) return false;
     Touch("playlist item changed");

@@ -76,7 +76,7 @@ public:
     /** Writes the row numbers into the rows now, rather than when somebody asks. */
     void UpdateIndices() { (void)i_list->UpdateIndices(); }
     [[nodiscard]] CMetaValue ValueOf(PLItemID item, MetaKey key) const;
-    /** A value of the row's own; true when it changed. */
+    /** A value of the row's own, integers made legal; true when it changed. */
     bool SetRowValue(PLItemID item, MetaKey key, CMetaValue value);
     /** "12 Songs, 41 Minutes, 102 MB". Logs the sums. */
     [[nodiscard]] std::string GetSummary() const;

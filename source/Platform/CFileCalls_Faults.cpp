@@ -9,6 +9,7 @@ CFileCalls_Faults::~CFileCalls_Faults() {
 }
 
 void CFileCalls_Faults::FailAt(long n, int errnoL) {
+    const Guard guard(i_lock);
     i_plan = Plan::kFail;
     i_atL = n;
     i_errnoL = errnoL;
@@ -16,20 +17,28 @@ void CFileCalls_Faults::FailAt(long n, int errnoL) {
 }
 
 void CFileCalls_Faults::FailFrom(long n, int errnoL) {
+    const Guard guard(i_lock);
     FailAt(n, errnoL);
     i_onwardsB = true;
 }
 
 void CFileCalls_Faults::CutAt(long n, bool halfB) {
+    const Guard guard(i_lock);
     i_plan = Plan::kCut;
     i_atL = n;
     i_halfB = halfB;
 }
 
 void CFileCalls_Faults::ExitAt(long n, int code) {
+    const Guard guard(i_lock);
     i_plan = Plan::kExit;
     i_atL = n;
     i_errnoL = code;
+}
+
+void CFileCalls_Faults::SetSpace(std::uint64_t bytes) {
+    const Guard guard(i_lock);
+    i_spaceL = bytes;
 }
 
 void CFileCalls_Faults::CutPower() {
@@ -42,9 +51,14 @@ void CFileCalls_Faults::CutPower() {
 }
 
 int CFileCalls_Faults::Before(const char* callZ, const Path& path) {
-    if (i_cutB) return EIO;
-    const long n = i_countL++;
-    if (i_watch) i_watch(n, callZ, path);
+    long n = 0;
+    {
+        const Guard guard(i_lock);
+        if (i_cutB) return EIO;
+        n = i_countL++;
+    }
+    if (i_watch) i_watch(n, callZ, path);   // which may wait for what another thread does
+    const Guard guard(i_lock);
     const bool nowB = n == i_atL || (i_onwardsB && n > i_atL);
     if (!nowB) return 0;
     switch (i_plan) {
@@ -64,6 +78,7 @@ int CFileCalls_Faults::Before(const char* callZ, const Path& path) {
 void CFileCalls_Faults::MarkDirty(int handle) {
     FileInfo info;
     if (i_below.Look(handle, info) != 0) return;
+    const Guard guard(i_lock);
     const FileID id{info.deviceL, info.inodeL};
     if (i_dirty.contains(id)) return;
     // Opened anew, not doubled: a double would keep a lock that the file's user has given back.
@@ -71,16 +86,23 @@ void CFileCalls_Faults::MarkDirty(int handle) {
     if (const int second = ::open(name.c_str(), O_RDWR | O_CLOEXEC); second >= 0) i_dirty[id] = second;
 }
 
+void CFileCalls_Faults::MarkFolder(const Path& changed) {
+    const Guard guard(i_lock);
+    i_dirtyFolders.insert(changed.parent_path());
+}
+
 int CFileCalls_Faults::Open(const Path& path, FileAccess access, std::uint32_t mode, int& handle) {
     handle = -1;
     if (const int err = Before("open", path); err != 0) return err;
     const int err = i_below.Open(path, access, mode, handle);
+    const Guard guard(i_lock);
     if (err == 0 && access == FileAccess::kFolder) i_folders[handle] = path;
     return err;
 }
 
 int CFileCalls_Faults::Close(int handle) {
     const int err = Before("close");
+    const Guard guard(i_lock);   // over the closing too: the number may be another file's at once
     i_folders.erase(handle);
     const int closed = i_below.Close(handle);   // even without power: the handle is the process's, not the disc's
     return err != 0 ? err : closed;
@@ -94,8 +116,9 @@ int CFileCalls_Faults::ReadAt(int handle, std::uint64_t at, std::span<std::byte>
 
 int CFileCalls_Faults::WriteAt(int handle, std::uint64_t at, std::span<const std::byte> from, std::size_t& written) {
     written = 0;
-    const bool wasCutB = i_cutB;
-    int err = Before("write");
+    const bool wasCutB = IsCut();
+    const int err = Before("write");
+    const Guard guard(i_lock);
     if (wasCutB || (err != 0 && i_cutB)) return err;
     std::size_t room = err != 0 ? from.size() / 2 : from.size();
     if (i_spaceL && room > *i_spaceL) {
@@ -118,16 +141,18 @@ int CFileCalls_Faults::Truncate(int handle, std::uint64_t bytes) {
 }
 
 int CFileCalls_Faults::Sync(int handle) {
-    const auto folder = i_folders.find(handle);
-    if (const int err = Before("sync", folder == i_folders.end() ? Path{} : folder->second); err != 0) return err;
+    const std::map<int, Path> folders = Locked(i_folders);
+    const auto folder = folders.find(handle);
+    if (const int err = Before("sync", folder == folders.end() ? Path{} : folder->second); err != 0) return err;
     FileInfo info;
     const int err = i_below.Sync(handle);
     if (err != 0 || i_below.Look(handle, info) != 0) return err;
+    const Guard guard(i_lock);
     if (const auto it = i_dirty.find({info.deviceL, info.inodeL}); it != i_dirty.end()) {
         ::close(it->second);
         i_dirty.erase(it);
     }
-    if (folder != i_folders.end()) i_dirtyFolders.erase(folder->second);
+    if (folder != folders.end()) i_dirtyFolders.erase(folder->second);
     return 0;
 }
 
@@ -159,14 +184,14 @@ int CFileCalls_Faults::Look(const Path& path, bool followB, FileInfo& info) {
 int CFileCalls_Faults::Rename(const Path& from, const Path& to) {
     if (const int err = Before("rename", to); err != 0) return err;
     const int err = i_below.Rename(from, to);
-    if (err == 0) i_dirtyFolders.insert(to.parent_path());
+    if (err == 0) MarkFolder(to);
     return err;
 }
 
 int CFileCalls_Faults::RenameNew(const Path& from, const Path& to) {
     if (const int err = Before("rename new", to); err != 0) return err;
     const int err = i_below.RenameNew(from, to);
-    if (err == 0) i_dirtyFolders.insert(to.parent_path());
+    if (err == 0) MarkFolder(to);
     return err;
 }
 
@@ -225,6 +250,7 @@ int CFileCalls_Faults::SpaceLeft(const Path& path, std::uint64_t& bytes) {
     const int err = Before("statvfs", path);
     if (err != 0) return err;
     const int below = i_below.SpaceLeft(path, bytes);
+    const Guard guard(i_lock);
     if (below == 0 && i_spaceL) bytes = *i_spaceL;
     return below;
 }

@@ -1,6 +1,7 @@
 #pragma once
 #include <functional>
 #include <map>
+#include <mutex>
 #include <optional>
 #include <set>
 #include <utility>
@@ -10,7 +11,8 @@
 /** For tests: hands every call on, but fails, or stops the machine, at a chosen one.
     A cut of the power takes what was written and not synced: such files lose half of their bytes. After it no call
     has an effect and each answers EIO, so that whatever clean-up code runs finds the disc as it was at that moment.
-    Threads  one.
+    Threads  any, for the calls; the watch is called on theirs, under no lock. Which call has which number is certain
+             only while one thread calls. No thread is in a call any more when this is destroyed.
     Owner    the test; `below` outlives it. */
 class CFileCalls_Faults final : public CFileCalls {
 public:
@@ -28,16 +30,16 @@ public:
     /** The process ends with `code` before call `n`; for a forked child. */
     void ExitAt(long n, int code);
     /** From now on the disc holds so many bytes more; then ENOSPC. */
-    void SetSpace(std::uint64_t bytes) { i_spaceL = bytes; }
+    void SetSpace(std::uint64_t bytes);
     /** Called before each call with its name and path; the path is empty when only a handle is known. */
     using Watch = std::function<void(long n, const char* callZ, const Path& path)>;
     void SetWatch(Watch watch) { i_watch = std::move(watch); }
 
-    [[nodiscard]] long Count() const { return i_countL; }
-    [[nodiscard]] bool IsCut() const { return i_cutB; }
+    [[nodiscard]] long Count() const { return Locked(i_countL); }
+    [[nodiscard]] bool IsCut() const { return Locked(i_cutB); }
     /** Files written, and folders with changed names, since their last Sync. */
-    [[nodiscard]] std::size_t UnsyncedFiles() const { return i_dirty.size(); }
-    [[nodiscard]] bool IsUnsynced(const Path& folder) const { return i_dirtyFolders.contains(folder); }
+    [[nodiscard]] std::size_t UnsyncedFiles() const { return Locked(i_dirty).size(); }
+    [[nodiscard]] bool IsUnsynced(const Path& folder) const { return Locked(i_dirtyFolders).contains(folder); }
 
     [[nodiscard]] int Open(const Path& path, FileAccess access, std::uint32_t mode, int& handle) override;
     int Close(int handle) override;
@@ -73,8 +75,17 @@ private:
     [[nodiscard]] int Before(const char* callZ, const Path& path = {});
     void CutPower();
     void MarkDirty(int handle);
+    void MarkFolder(const Path& changed);
+    template <class T>
+    [[nodiscard]] T Locked(const T& value) const {
+        const Guard guard(i_lock);
+        return value;
+    }
+
+    using Guard = std::scoped_lock<std::recursive_mutex>;
 
     CFileCalls& i_below;
+    mutable std::recursive_mutex i_lock;   // over all below but the watch, which is set before the calls begin
     Plan i_plan = Plan::kNone;
     long i_atL = 0;
     int i_errnoL = 0;

@@ -13,6 +13,7 @@
 #include "Core/CThreadHost.h"
 #include "Core/CThreadManager.h"
 #include "Core/ThreadInfo.h"
+#include "Platform/CFileCalls.h"
 #include "Platform/CMainLoop_Plain.h"
 #include "Platform/ScriptedClock.h"
 
@@ -63,6 +64,7 @@ protected:
         CLog::Get().SetSwitch(LogSwitch::kThreads, true);
         CLog::Get().SetLive(true);
         i_managerP = std::make_unique<CThreadManager>();
+        i_threadsL = CThreadManager::ThreadCount();
     }
     ~ThreadTest() override {
         i_managerP.reset();
@@ -89,6 +91,11 @@ protected:
         i_clock.Advance(seconds);
         for (int n = 0; n < 20; ++n) i_host.i_loop.PumpOne(kMessage_All);
     }
+    /** The machine's own calls again, once no worker is left that may still be in one of others. */
+    void EndFaults() {
+        CFileCalls::Install(nullptr);
+        ASSERT_TRUE(RunUntil([this] { return CThreadManager::ThreadCount() <= i_threadsL; }));
+    }
     /** A preemptive thread that does `work`; it is over when this returns. */
     void OnWorker(const std::function<void()>& work) {
         std::atomic<bool> doneB{false};
@@ -111,6 +118,7 @@ protected:
     ScriptedClock i_clock;
     TestHost i_host;
     std::unique_ptr<CThreadManager> i_managerP;
+    std::size_t i_threadsL = 0;   // those that live as long as the manager
 };
 
 /** A call that runs a lambda. */

@@ -122,7 +122,7 @@ TEST_F(LibraryCommands, TheTrashTakesOwnedFilesAllOrNone) {
     CFileCalls::Install(&faults);
     ASSERT_EQ(i_commandsP->TrashOriginals(selection, Note()), noErr);
     const OSErr err = Wait();
-    CFileCalls::Install(nullptr);
+    EndFaults();
     EXPECT_NE(err, noErr);
     EXPECT_EQ(i_above.i_ui.alerts.size(), 1U);
     EXPECT_EQ(Tree("Music"), "3.cdg|3.mp3");   // one half could not go: the other came back
@@ -156,7 +156,7 @@ TEST_F(LibraryCommands, TheTrashLeavesASongThatBeganToPlay) {
     ASSERT_EQ(i_commandsP->TrashOriginals(selection, Note()), noErr);
     i_databaseP->SetPlayingSong(second.GetSongID());   // before its turn
     EXPECT_EQ(Wait(), opWrErr);
-    CFileCalls::Install(nullptr);
+    EndFaults();
     ASSERT_TRUE(begunB);
     EXPECT_EQ(i_above.i_ui.alerts.size(), 1U);
     EXPECT_EQ(Tree("Music"), "1.cdg|1.mp3|2.cdg|2.mp3");

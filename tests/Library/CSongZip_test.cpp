@@ -88,7 +88,7 @@ TEST_F(SongZip, WhateverFailsTheSongIsWhole) {
         faults.FailAt(n, n % 2 == 0 ? EIO : ENOSPC);
         CFileCalls::Install(&faults);
         const OSErr err = Zip(song.GetSongID());
-        CFileCalls::Install(nullptr);
+        EndFaults();
         SCOPED_TRACE(n);
         const CFileRef zip = song.FileRef(SDB_SongFile_ZIP);
         ASSERT_EQ(zip.IsEmpty(), Failed(err));
@@ -122,7 +122,7 @@ TEST_F(SongZip, AFullDiskOrABrokenSoundLeavesThemAlone) {
     faults.SetSpace(2000);
     CFileCalls::Install(&faults);
     EXPECT_EQ(Zip(song.GetSongID()), dskFulErr);
-    CFileCalls::Install(nullptr);
+    EndFaults();
     EXPECT_EQ(Tree("Music"), before);
     EXPECT_TRUE(NothingTemporary());
     Make("Music/file.wav", "this is no sound");
@@ -146,7 +146,7 @@ TEST_F(SongZip, ASongThatGoesAtAnyMomentLosesNothing) {
         });
         CFileCalls::Install(&faults);
         const OSErr err = Zip(song);
-        CFileCalls::Install(nullptr);
+        EndFaults();
         SCOPED_TRACE(at);
         ASSERT_TRUE(NothingTemporary());
         if (!goneB) break;

@@ -101,7 +101,7 @@ TEST_F(SongNames, AFolderForEachArtistAndAlbum) {
         if (std::string_view(callZ) == "mkdir") faults.FailAt(n, ENOSPC);
     });
     EXPECT_EQ(folderOf(SongRoot::kMusic, "New", ""), "-34");
-    CFileCalls::Install(nullptr);
+    EndFaults();
     EXPECT_TRUE(Logged("### Error creating artist folder"));
 }
 
@@ -268,7 +268,7 @@ TEST_F(SongRenames, AllOrNoneWhateverFails) {
         });
         CFileCalls::Install(&faults);
         const SongRename renamed = SongRename::Run(FilesOf(song), "New");
-        CFileCalls::Install(nullptr);
+        EndFaults();
         if (!Failed(renamed.err)) break;
         ++failuresL;
         ASSERT_EQ(renamed.err, ioErr);
@@ -288,7 +288,7 @@ TEST_F(SongRenames, WhatCannotGoBackIsTold) {
     });
     CFileCalls::Install(&faults);
     const SongRename renamed = SongRename::Run(FilesOf(song), "New");
-    CFileCalls::Install(nullptr);
+    EndFaults();
     EXPECT_EQ(renamed.err, ioErr);
     ASSERT_EQ(renamed.moved.size(), 1U);
     EXPECT_EQ(renamed.moved[0].second.GetPath(), i_folder / "Music/New.mp3");
@@ -365,7 +365,7 @@ TEST_F(SongRenames, ARunOfEditsGivesTheFilesTheirNameOnce) {
     EXPECT_TRUE(RunUntil([&] { return Tree("Music") == "Artist - Three.mp3"; })) << Tree("Music");
     EXPECT_TRUE(RunUntil([&] { return song.FileRef(SDB_SongFile_AUDIO).GetName() == "Artist - Three.mp3"; }));
     Advance(0.25);
-    CFileCalls::Install(nullptr);
+    EndFaults();
     EXPECT_EQ(renamesL, 1);   // not one an edit, and none for what came in one go
     EXPECT_TRUE(i_databaseP->IsDirty());
 }
@@ -382,7 +382,7 @@ TEST_F(SongRenames, TwoFailuresGiveOneDialogAndTwoRows) {
         });
         CFileCalls::Install(&faults);
         EXPECT_EQ(Conform({song.GetSongID()}), noErr);
-        CFileCalls::Install(nullptr);
+        EndFaults();
         Advance(0.1);
     };
     fail(one);
