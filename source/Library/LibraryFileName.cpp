@@ -26,7 +26,7 @@ std::string LibraryFileName(std::string_view title) {
     for (char& c : name)
         if (c == '/' || c == '*' || c == '\\' || static_cast<unsigned char>(c) < 0x20) c = '_';
     for (std::size_t at = FindDamagedMark(name); at != std::string::npos; at = FindDamagedMark(name)) name[at] = '_';
-    if (name.starts_with("~") || name.starts_with(".")) name.insert(0, "_");
+    if (name.starts_with("~") || name.starts_with(".")) name = "_" + name;
     if (name.size() > kMost_Bytes) {
         std::size_t end = kMost_Bytes;
         while (end > 0 && (static_cast<unsigned char>(name[end]) & 0xC0) == 0x80) --end;   // never inside a character
