@@ -7,6 +7,7 @@
 #include "App/CAppWindows.h"
 #include "App/CBreakScreen.h"
 #include "App/CScopedInitializing.h"
+#include "App/CTaskList.h"
 #include "App/SaveRules.h"
 #include "App/ScopedValue.h"
 #include "Core/Assertions.h"
@@ -50,6 +51,7 @@ CApp::CApp(const AppSetup& setup)
     : i_setup(setup),
       i_lastIdleGraphicsT(CClock::Get().SteadyT()),
       i_lastIdleTasksT(i_lastIdleGraphicsT),
+      i_tasks(std::make_unique<CTaskList>()),
       i_folders(std::make_unique<CFolderKinds>()) {
     gApp = this;
     CLog::Get().SetLive(true);
@@ -75,6 +77,8 @@ CApp::~CApp() {
 std::unique_ptr<ScopedCrashReporter> CApp::InstallCrashReporter(std::string_view) {
     return std::make_unique<ThreadCrashReporter>();
 }
+
+std::unique_ptr<CTaskView> CApp::OpenTask(std::string_view name) { return i_tasks->Open(i_setup.loop, name); }
 
 CSaveTarget& CApp::SaveTarget() { return *i_library; }
 CSongDatabase& CApp::Database() { return i_library->Database(); }

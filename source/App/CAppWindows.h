@@ -46,6 +46,8 @@ public:
     virtual void SetStatus(std::string_view text) = 0;
     /** The library has, or has no more, changes that are not saved: the mark in the title bar. */
     virtual void SetDirtyMark(bool /*dirtyB*/) {}
+    /** The list of tasks (CApp::Tasks) has changed: it is told again once the rows have been asked for. */
+    virtual void TasksChanged() {}
     /** Tells the desktop that the display is needed: no screen saver during a song. */
     virtual void KeepDisplayOn() = 0;
 

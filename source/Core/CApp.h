@@ -28,6 +28,7 @@ class CPlayingSong;
 class CProgressView;
 class CSaveTarget;
 class CSongDatabase;
+class CTaskList;
 class CT_Timer;
 class CThreadManager;
 class CUserInterface;
@@ -97,6 +98,9 @@ public:
     /** True once the browser window stands, or never will (headless). Any thread. */
     [[nodiscard]] bool HasMainWindow() const override { return i_hasMainWindowB.load(std::memory_order_acquire); }
     std::unique_ptr<ScopedCrashReporter> InstallCrashReporter(std::string_view threadName) override;
+    std::unique_ptr<CTaskView> OpenTask(std::string_view name) override;
+    /** What works in the background. Any thread. */
+    [[nodiscard]] CTaskList& Tasks() const { return *i_tasks; }
 
     /** A picture was drawn now: IdleGraphics need not hurry. */
     void NoteGraphicsDrawn();
@@ -147,6 +151,7 @@ private:
     std::atomic<bool> i_initializingB{false};
     double i_lastIdleGraphicsT;
     double i_lastIdleTasksT;
+    const std::unique_ptr<CTaskList> i_tasks;   // before all that may have a task
     std::unique_ptr<CFolderKinds> i_folders;
     std::unique_ptr<CThreadManager> i_threads;
     std::unique_ptr<CPreferences> i_prefs;

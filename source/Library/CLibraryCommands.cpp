@@ -12,6 +12,8 @@
 #include "Library/CT_FindMissing.h"
 #include "Library/CT_PurgeCache.h"
 #include "Library/CT_TrashSongs.h"
+#include "Library/CT_UnzipSongs.h"
+#include "Library/ZipSongs.h"
 
 namespace {
 
@@ -38,7 +40,10 @@ std::string FolderURL(const std::filesystem::path& folder) {
 }   // namespace
 
 CLibraryCommands::CLibraryCommands(CSongDatabase& database, CUserInterface& ui)
-    : i_database(database), i_ui(ui), i_zipper(database, i_busyRef), i_unpacker(database.Self(), i_busyRef) {}
+    : i_database(database),
+      i_ui(ui),
+      i_zipper(database, i_busyRef),
+      i_unpackerRef(std::make_shared<CSongUnpacker>(database.Self(), i_busyRef)) {}
 
 bool CLibraryCommands::Confirm(LibraryDialog dialog, const std::string& detail) {
     (void)Assert(IsMainThread());
@@ -95,12 +100,8 @@ OSErr CLibraryCommands::TrashOriginals(const SDB_Selection& selection, Done done
     if (songs.empty()) return noErr;
     if (!Confirm(LibraryDialog::kTrashOriginals) || !StopIfPlaying(songs)) return userCanceledErr;
     Log("Moving songs to trash");
-    return CT_TrashSongs::Start(i_database, std::move(songs), [&ui = i_ui, done = std::move(done)](OSErr err) {
-        // The log names the files.
-        if (Failed(err) && err != userCanceledErr)
-            ui.Alert("Some files could not be moved to the trash.", ErrorText(err));
-        if (done) done(err);
-    });
+    return CT_TrashSongs::Start(i_database, std::move(songs),
+                                Telling("Some files could not be moved to the trash.", std::move(done)));
 }
 
 OSErr CLibraryCommands::DeleteTracks(const SDB_Selection& selection) {
@@ -178,6 +179,48 @@ OSErr CLibraryCommands::PurgeCache(Done done) { return CT_PurgeCache::Start(i_da
 
 OSErr CLibraryCommands::ConformNames(std::span<const SongID> songs, Done done) {
     return CT_ConformNames::Start(i_database, std::vector(songs.begin(), songs.end()), std::move(done));
+}
+
+OSErr CLibraryCommands::FindMissing(std::span<const SongID> songs, Done done) {
+    return CT_FindMissing::Start(i_database, std::vector(songs.begin(), songs.end()), std::move(done));
+}
+
+CLibraryCommands::Done CLibraryCommands::Telling(const char* wordsZ, Done done) {
+    return [&ui = i_ui, wordsZ, done = std::move(done)](OSErr err) {
+        if (Failed(err) && err != userCanceledErr && err != abortErr) ui.Alert(wordsZ, ErrorText(err));
+        if (done) done(err);
+    };
+}
+
+std::vector<SongID> CLibraryCommands::Those(std::span<const SongID> songs, bool (*wantedP)(const CSong& song)) const {
+    std::vector<SongID> those;
+    for (const SongID id : songs)
+        if (const CSong* const songP = i_database.GetSong(id); songP != nullptr && wantedP(*songP)) those.push_back(id);
+    return those;
+}
+
+bool CLibraryCommands::CanZip(const CSong& song) {
+    return song.GetStatus(SDB_SongFile_ZIP) == SDB_SongFileStatus_NONE &&
+           song.GetStatus(SDB_SongFile_AUDIO) != SDB_SongFileStatus_NONE &&
+           song.GetStatus(SDB_SongFile_VIDEO) != SDB_SongFileStatus_NONE;
+}
+
+bool CLibraryCommands::CanUnzip(const CSong& song) {
+    return song.GetStatus(SDB_SongFile_ZIP) != SDB_SongFileStatus_NONE;
+}
+
+OSErr CLibraryCommands::Zip(std::span<const SongID> songs, Done done) {
+    return ZipSongs(i_database, i_zipper, Those(songs, &CanZip),
+                    Telling("Some songs could not be zipped.", std::move(done)));
+}
+
+OSErr CLibraryCommands::Unzip(std::span<const SongID> songs, Done done) {
+    std::vector<SongID> zipped = Those(songs, &CanUnzip);
+    if (zipped.empty()) return paramErr;
+    const auto folder = i_ui.ChooseFolder("Where shall the unzipped files go?");
+    if (!folder) return userCanceledErr;
+    return CT_UnzipSongs::Start(i_database, i_unpackerRef, std::move(zipped), CFileRef(*folder),
+                                Telling("Some songs could not be unzipped.", std::move(done)));
 }
 
 void CLibraryCommands::StopWork() {

@@ -11,6 +11,7 @@
 #include "Library/SDB_Selection.h"
 
 class CPlayList;
+class CSong;
 class CSongDatabase;
 
 /** The commands of the library that a user chooses from a menu: each asks what must be asked, shows how far it is, and
@@ -42,14 +43,28 @@ public:
     OSErr PurgeCache(Done done = {});
     /** Names the songs' files after them, by a task. */
     OSErr ConformNames(std::span<const SongID> songs, Done done = {});
+    /** Looks for the files of these songs; of all songs without any. */
+    OSErr FindMissing(std::span<const SongID> songs, Done done = {});
+    /** Packs each of these songs that has its sound and its graphics beside each other and no zip yet; one task for all
+        of them. paramErr when there is none. */
+    OSErr Zip(std::span<const SongID> songs, Done done = {});
+    /** Asks for a folder, and puts the files that are in the songs' zips there, under names that nothing has there yet;
+        the songs keep their zips. paramErr when none has one. */
+    OSErr Unzip(std::span<const SongID> songs, Done done = {});
+    /** Zip would do something with this song, and Unzip would. No look at the disc. */
+    [[nodiscard]] static bool CanZip(const CSong& song);
+    [[nodiscard]] static bool CanUnzip(const CSong& song);
 
     /** The program ends: tasks on songs and zips end as soon as they can, each with whole files. */
     void StopWork();
 
     [[nodiscard]] CSongZipper& Zipper() noexcept { return i_zipper; }
-    [[nodiscard]] CSongUnpacker& Unpacker() noexcept { return i_unpacker; }
+    [[nodiscard]] CSongUnpacker& Unpacker() noexcept { return *i_unpackerRef; }
 
 private:
+    /** Alerts that what was done with many songs did not go well with all of them; the log names them. */
+    [[nodiscard]] Done Telling(const char* wordsZ, Done done);
+    [[nodiscard]] std::vector<SongID> Those(std::span<const SongID> songs, bool (*wantedP)(const CSong& song)) const;
     [[nodiscard]] bool Confirm(LibraryDialog dialog, const std::string& detail = {});
     /** Asks when the playing song is among them, and stops it; false when it shall play on. */
     [[nodiscard]] bool StopIfPlaying(std::span<const SongID> songs);
@@ -62,5 +77,5 @@ private:
     CUserInterface& i_ui;
     const std::shared_ptr<CBusySongs> i_busyRef = std::make_shared<CBusySongs>();
     CSongZipper i_zipper;
-    CSongUnpacker i_unpacker;
+    const std::shared_ptr<CSongUnpacker> i_unpackerRef;   // shared with tasks that may outlive this
 };

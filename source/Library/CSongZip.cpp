@@ -42,6 +42,7 @@ OSErr CSongZip::Run() {
         return opWrErr;
     }
     (void)CThreadHost::With([&](CThreadHost& host) { i_viewP = host.OpenTask("Zipping Audio+G with zLib"); });
+    if (i_viewP) i_viewP->SetText(name);
     OSErr err = i_abortB ? abortErr : Prepare();
     if (!Failed(err)) err = Pack();
     LogF("ZIP: --> finished zipping with result %d", Number(err));

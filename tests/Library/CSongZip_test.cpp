@@ -1,5 +1,6 @@
 #include "Library/CSongZip.h"
 
+#include "Library/CLibraryCommands.h"
 #include "Library/CSongZipper.h"
 #include "Library/SongFileTest.h"
 #include "Platform/CFileCalls_Faults.h"
@@ -200,6 +201,52 @@ TEST_F(SongZip, TheQueueZipsAndAborts) {
     ASSERT_TRUE(RunUntil([&] { return results.Get().size() == 3; }));
     EXPECT_EQ(results.Get(), (std::vector<OSErr>{opWrErr, noErr, abortErr}));
     EXPECT_EQ(Tree("Music"), "Artist/Album/file.zip|other.cdg|other.wav");
+}
+
+/** What a menu asks for: the songs that can be zipped are one task, and their zips are unpacked beside what lies there. */
+TEST_F(SongZip, ManySongsAreZippedAndUnzippedByOneCommandEach) {
+    ChangeSettings([](LibrarySettings& settings) { settings.conformNamesB = false; });
+    CSong& one = Pair("Music", "one");
+    CSong& two = Pair("Music", "two");
+    CSong& broken = Pair("Music", "broken");
+    std::filesystem::remove(i_folder / "Music/broken.wav");
+    CSong& silent = Song("No sound", "Artist");
+    const std::vector<SongID> songs{one.GetSongID(), silent.GetSongID(), broken.GetSongID(), two.GetSongID()};
+    CLibraryCommands commands(*i_databaseP, i_above.i_ui);
+    std::optional<OSErr> result;
+    const auto note = [&](OSErr err) { result = err; };
+    EXPECT_EQ(commands.Zip(std::vector{silent.GetSongID()}, note), paramErr);
+    EXPECT_EQ(commands.Unzip(songs, note), paramErr);   // there is no zip yet
+    ASSERT_EQ(commands.Zip(songs, note), noErr);
+    ASSERT_TRUE(RunUntil([&] { return result.has_value(); }));
+    EXPECT_TRUE(Failed(*result));
+    ASSERT_EQ(i_above.i_ui.alerts.size(), 1U);   // once, whatever the number of songs
+    EXPECT_TRUE(i_above.i_ui.alerts.front().starts_with("Some songs could not be zipped."));
+    EXPECT_EQ(Tree("Music"), "Artist/Album/one.zip|Artist/Album/two.zip|broken.cdg");
+    EXPECT_TRUE(i_host.i_tasks.Get().find("3 / 3\n3 of 3\ngone\n") != std::string::npos) << i_host.i_tasks.Get();
+
+    result.reset();
+    EXPECT_EQ(commands.Unzip(songs, note), userCanceledErr);   // no folder was chosen
+    Make("out/one.wav", "somebody's");
+    i_above.i_ui.folders.push_back(i_folder / "out");
+    ASSERT_EQ(commands.Unzip(songs, note), noErr);
+    ASSERT_TRUE(RunUntil([&] { return result.has_value(); }));
+    EXPECT_EQ(*result, noErr);
+    EXPECT_EQ(Tree("out"), "one 2.wav|one.cdg|one.wav|two.cdg|two.wav");
+    EXPECT_EQ(Read(i_folder / "out/one 2.wav"), i_sound);
+    EXPECT_EQ(Read(i_folder / "out/one.wav"), "somebody's");
+    EXPECT_EQ(Read(i_folder / "out/two.cdg"), i_picture);
+    EXPECT_EQ(one.MainFile(), SDB_SongFile_ZIP);
+
+    // A cancel ends what waits, and is no failure to tell.
+    CSong& three = Pair("Music", "three");
+    result.reset();
+    i_host.i_cancelP->Cancel();
+    ASSERT_EQ(commands.Zip(std::vector{three.GetSongID()}, note), noErr);
+    ASSERT_TRUE(RunUntil([&] { return result.has_value(); }));
+    EXPECT_EQ(*result, userCanceledErr);
+    EXPECT_EQ(i_above.i_ui.alerts.size(), 1U);
+    EXPECT_EQ(three.MainFile(), SDB_SongFile_VIDEO);
 }
 
 }   // namespace

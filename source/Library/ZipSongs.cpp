@@ -1,0 +1,75 @@
+#include "Library/ZipSongs.h"
+
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "Core/CThreadHost.h"
+#include "Library/CSongDatabase.h"
+#include "Library/CSongZipper.h"
+
+namespace {
+
+/** What the songs of one command share. It goes with the last of them, also when the queue drops them. */
+class ZipBatch {
+public:
+    ZipBatch(std::weak_ptr<CSongDatabase*> databaseRef, std::size_t countL, std::function<void(OSErr err)> done)
+        : i_databaseRef(std::move(databaseRef)), i_countL(static_cast<long>(countL)), i_done(std::move(done)) {
+        (void)CThreadHost::With([this](CThreadHost& host) { i_viewP = host.OpenTask("Zip songs"); });
+        ShowSteps();
+    }
+
+    void OnCancel(std::function<void()> hook) {
+        if (i_viewP) i_viewP->OnCancel(std::move(hook));
+    }
+
+    /** One song is through. Any thread. */
+    void Ended(OSErr err) {
+        const std::scoped_lock guard(i_lock);
+        if (err == abortErr && i_viewP && i_viewP->IsCancelled()) err = userCanceledErr;
+        if (!Failed(i_firstErr)) i_firstErr = err;
+        ++i_endedL;
+        ShowSteps();
+        if (i_endedL < i_countL) return;
+        i_viewP.reset();
+        (void)CThreadHost::With([this](CThreadHost& host) {
+            host.MainLoop().Post([databaseRef = i_databaseRef, done = std::move(i_done), err = i_firstErr] {
+                const auto aliveRef = databaseRef.lock();
+                if (aliveRef != nullptr && *aliveRef != nullptr && done) done(err);
+            });
+        });
+    }
+
+private:
+    void ShowSteps() {
+        if (!i_viewP) return;
+        i_viewP->SetText(std::to_string(i_endedL) + " / " + std::to_string(i_countL));
+        i_viewP->SetSteps(i_endedL, i_countL);
+    }
+
+    const std::weak_ptr<CSongDatabase*> i_databaseRef;   // locked on the main thread alone
+    const long i_countL;
+    std::mutex i_lock;   // guards the rest
+    std::unique_ptr<CTaskView> i_viewP;
+    std::function<void(OSErr err)> i_done;
+    long i_endedL = 0;
+    OSErr i_firstErr = noErr;
+};
+
+}   // namespace
+
+OSErr ZipSongs(CSongDatabase& database, CSongZipper& zipper, std::vector<SongID> songs,
+               std::function<void(OSErr err)> done) {
+    if (songs.empty()) return paramErr;
+    const auto batchRef = std::make_shared<ZipBatch>(database.Self(), songs.size(), std::move(done));
+    batchRef->OnCancel([&zipper, databaseRef = database.Self(), songs] {
+        const auto aliveRef = databaseRef.lock();   // the zipper lives with it
+        if (aliveRef == nullptr || *aliveRef == nullptr) return;
+        for (const SongID song : songs) zipper.Abort(song);
+    });
+    for (const SongID song : songs)
+        if (const OSErr err = zipper.Zip(song, OldZip::kRefuse, [batchRef](OSErr ended) { batchRef->Ended(ended); });
+            Failed(err))
+            batchRef->Ended(err);
+    return noErr;
+}
