@@ -1,4 +1,5 @@
 #pragma once
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -65,6 +66,8 @@ public:
     [[nodiscard]] int Pitch() const noexcept { return i_pitchS; }
     /** 0.25 to 4. */
     OSErr SetTempo(double tempo);
+    /** By so many steps of "Tempo change increment (percent)". */
+    OSErr StepTempo(int steps);
     [[nodiscard]] double Tempo() const noexcept { return i_tempo; }
     /** 0 to 1, for every song. */
     void SetVolume(float volumeF);
@@ -78,14 +81,18 @@ public:
     std::string SlipSong(int steps);
     std::string SetSongSlip300(long slip300);
     std::string SlipGlobal(int steps);
+    std::string SetGlobalSlip300(long slip300);
+    [[nodiscard]] std::string SongSlipText() const;
+    [[nodiscard]] std::string GlobalSlipText() const;
     /** Seconds by which the picture of the song that plays is ahead. */
     [[nodiscard]] double SlipT() const noexcept { return i_slipT; }
     /** How much later than the sound the picture is shown, in milliseconds; negative is earlier. Remembered for the
         output that is chosen. */
     void SetPictureDelay(long milliseconds);
     [[nodiscard]] long PictureDelay() const;
-    /** The devices that there are; asks the system, which may take a while. */
-    [[nodiscard]] std::vector<std::string> OutputDevices();
+    /** The devices that there are, the system's choice first. A worker asks the machine, which may take a while; `told`
+        then runs on the main thread, unless the application ends before. abortErr when there is no thread. */
+    OSErr AskOutputDevices(std::function<void(const std::vector<std::string>& names)> told);
     /** A song that plays goes over to it where it stands. */
     OSErr SetOutputDevice(const std::string& name);
 

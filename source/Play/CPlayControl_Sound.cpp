@@ -6,6 +6,7 @@
 #include "Play/CPictureDelays.h"
 #include "Play/CPlayControl.h"
 #include "Play/CPlayHost.h"
+#include "Play/CT_ListOutputs.h"
 
 // How it sounds: what is kept with the song, with its row, and in the preferences.
 
@@ -61,6 +62,11 @@ OSErr CPlayControl::SetTempo(double tempo) {
     return noErr;
 }
 
+OSErr CPlayControl::StepTempo(int steps) {
+    const double percent = i_host.Preferences().GetFloat("Tempo change increment (percent)", 5.0);
+    return SetTempo(i_tempo + steps * percent / 100);
+}
+
 void CPlayControl::SetVolume(float volumeF) {
     if (std::isnan(volumeF)) return;
     i_volumeF = std::clamp(volumeF, 0.0F, 1.0F);
@@ -92,19 +98,28 @@ std::string CPlayControl::SetSongSlip300(long slip300) {
     i_slipT = static_cast<double>(slip300) / kPerSecond;
     i_playP->SetSlipT(i_slipT);
     if (CSong* const songP = i_host.Database().GetSong(CurrentSong())) songP->Meta().SetFloat("Slip"_key, i_slipT);
-    const std::string text = SlipText("Song Sync Slip: %.1f seconds", slip300);
+    const std::string text = SongSlipText();
     i_host.ShowMessage(text);
     return text;
 }
 
 std::string CPlayControl::SlipGlobal(int steps) {
     const CCFPrefDictionary& preferences = i_host.Preferences();
-    const long slip300 =
-        preferences.GetLong(kPref_Slip, 0) + steps * preferences.GetLong("Sync Slip increment (300ths)", 30);
+    return SetGlobalSlip300(preferences.GetLong(kPref_Slip, 0) +
+                            steps * preferences.GetLong("Sync Slip increment (300ths)", 30));
+}
+
+std::string CPlayControl::SetGlobalSlip300(long slip300) {
     i_host.Preferences().Set(kPref_Slip, CCFValue(slip300));
-    const std::string text = SlipText("Global Sync Slip: %.1f seconds", slip300);
+    const std::string text = GlobalSlipText();
     i_host.ShowMessage(text);
     return text;
+}
+
+std::string CPlayControl::SongSlipText() const { return SlipText("Song Sync Slip: %.1f seconds", As300ths(i_slipT)); }
+
+std::string CPlayControl::GlobalSlipText() const {
+    return SlipText("Global Sync Slip: %.1f seconds", i_host.Preferences().GetLong(kPref_Slip, 0));
 }
 
 void CPlayControl::SetPictureDelay(long milliseconds) {
@@ -127,8 +142,9 @@ void CPlayControl::ChooseOutput() {
     }
 }
 
-std::vector<std::string> CPlayControl::OutputDevices() {
-    return i_host.MakeOutput(WantedDevice()).outputP->DeviceNames();
+OSErr CPlayControl::AskOutputDevices(std::function<void(const std::vector<std::string>& names)> told) {
+    auto taskP = std::make_unique<CT_ListOutputs>(i_host.MakeOutput(WantedDevice()), std::move(told));
+    return CT_Preemptive::Start(std::move(taskP)) == 0 ? abortErr : noErr;
 }
 
 OSErr CPlayControl::SetOutputDevice(const std::string& name) {

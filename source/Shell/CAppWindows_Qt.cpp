@@ -5,6 +5,7 @@
 #include <QDBusMessage>
 #include <QWidget>
 
+#include "App/CTaskList.h"
 #include "Core/CApp.h"
 #include "Shell/CWindowPlace.h"
 #include "Shell/QtText.h"
@@ -12,9 +13,18 @@
 #include "Shell/XActions.h"
 #include "Shell/XBrowserWindow.h"
 #include "Shell/XLook.h"
+#include "Shell/XTasksWindow.h"
 #include "Shell/XVideoWindow.h"
 
-CAppWindows_Qt::CAppWindows_Qt(std::function<void()> askToQuit) : i_askToQuit(std::move(askToQuit)) {}
+namespace {
+constexpr int kTasks_Milliseconds = 100;   // the eye follows no faster
+}
+
+CAppWindows_Qt::CAppWindows_Qt(std::function<void()> askToQuit) : i_askToQuit(std::move(askToQuit)) {
+    i_tasksLook.setSingleShot(true);
+    i_tasksLook.setInterval(kTasks_Milliseconds);
+    QObject::connect(&i_tasksLook, &QTimer::timeout, &i_tasksLook, [this] { ShowTasks(); });
+}
 
 CAppWindows_Qt::~CAppWindows_Qt() = default;
 
@@ -29,7 +39,8 @@ void CAppWindows_Qt::Create(WindowKind kind) {
         CreateBrowser();
     else if (kind == PREF_Wind_VIDEO || kind == PREF_Wind_VIDEO2)
         CreateVideo(kind);
-    // The tasks have no content yet: an empty window would only be in the way.
+    else if (kind == PREF_Wind_TASKS)
+        CreateTasks();
 }
 
 namespace {
@@ -58,7 +69,29 @@ void CAppWindows_Qt::CreateBrowser() {
     actions.On(Command::kLeaveFullScreen, [this] { LeaveFullScreen(); });
     actions.On(Command::kShowVideo, [this] { ToggleVisible(PREF_Wind_VIDEO); });
     actions.On(Command::kShowVideo2, [this] { ToggleVisible(PREF_Wind_VIDEO2); });
+    actions.On(Command::kShowTasks, [this] { ToggleVisible(PREF_Wind_TASKS); });
     i_windows[PREF_Wind_BROWSER] = std::move(window);
+}
+
+void CAppWindows_Qt::CreateTasks() {
+    if (gApp == nullptr) return;
+    auto window = std::make_unique<XTasksWindow>(gApp->Tasks());
+    QObject::connect(window.get(), &XTasksWindow::CloseAsked, window.get(), [this] { Hide(PREF_Wind_TASKS); });
+    if (XBrowserWindow* const browserP = Browser(); browserP != nullptr) browserP->Actions().AttachEverywhere(*window);
+    i_windows[PREF_Wind_TASKS] = std::move(window);
+    ShowTasks();
+}
+
+void CAppWindows_Qt::TasksChanged() {
+    if (!i_tasksLook.isActive()) i_tasksLook.start();
+}
+
+void CAppWindows_Qt::ShowTasks() {
+    if (gApp == nullptr) return;
+    const std::vector<TaskRow> rows = gApp->Tasks().Rows();
+    if (auto* const windowP = qobject_cast<XTasksWindow*>(Find(PREF_Wind_TASKS)); windowP != nullptr)
+        windowP->Follow(rows);
+    if (XBrowserWindow* const browserP = Browser(); browserP != nullptr) browserP->ShowTasks(rows);
 }
 
 void CAppWindows_Qt::CreateVideo(WindowKind kind) {
@@ -177,6 +210,7 @@ std::optional<CAppWindows::Place> CAppWindows_Qt::PlaceOf(WindowKind kind) const
 }
 
 void CAppWindows_Qt::FollowPreferences(const CCFPrefDictionary& preferences) {
+    if (XBrowserWindow* const browserP = Browser(); browserP != nullptr) browserP->FollowPreferences();
     FrameShape shape = FrameShape::kPicture;
     if (preferences.GetBool("4x3 aspect ratio")) shape = FrameShape::k4x3;
     if (preferences.GetBool("16x9 aspect ratio")) shape = FrameShape::k16x9;

@@ -1,5 +1,5 @@
 #pragma once
-#include <QPointer>
+#include <QTimer>
 #include <functional>
 #include <map>
 #include <memory>
@@ -9,6 +9,7 @@
 class CWindowPlace;
 class QWidget;
 class XBrowserWindow;
+class XTasksWindow;
 class XVideoWindow;
 
 /** The windows of the desktop. Closing the browser window, or the video window while there is no browser window, asks the
@@ -35,6 +36,7 @@ public:
     void FollowPreferences(const CCFPrefDictionary& preferences) override;
     void SetStatus(std::string_view text) override;
     void SetDirtyMark(bool dirtyB) override;
+    void TasksChanged() override;
     void KeepDisplayOn() override;
 
 private:
@@ -42,6 +44,8 @@ private:
     [[nodiscard]] XBrowserWindow* Browser() const;
     void CreateBrowser();
     void CreateVideo(WindowKind kind);
+    void CreateTasks();
+    void ShowTasks();
     void ToggleFullScreen();
     void LeaveFullScreen();
     void ToggleVisible(WindowKind kind);
@@ -49,4 +53,5 @@ private:
 
     std::function<void()> i_askToQuit;
     std::map<WindowKind, std::unique_ptr<QWidget>> i_windows;
+    QTimer i_tasksLook;   // the list of tasks has changed, and is looked at when it fires
 };

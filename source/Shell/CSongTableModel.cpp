@@ -37,8 +37,8 @@ std::vector<PLItemID> CSongTableModel::ShownOrder() const {
 }
 
 void CSongTableModel::SetList(PlaylistID list) {
+    emit AboutToReplace();   // while it is still the old one
     i_list = list;
-    emit AboutToReplace();
     beginResetModel();
     if (i_resultRef) std::exchange(i_resultRef, nullptr)->Cancel();
     i_dirtyB = i_lookAgainB = false;
@@ -276,6 +276,13 @@ bool CSongTableModel::IsPlayingRow(PLItemID item) const {
     return row && row->target == PLTarget(i_playingSong);
 }
 
+bool CSongTableModel::IsMissingRow(PLItemID item) const {
+    const auto row = List()->Items()->Get(item);
+    const CSong* const songP =
+        row && row->target.type == SDB_kPLItem_SONG ? i_database.GetSong(SongID{row->target.idL}) : nullptr;
+    return songP != nullptr && songP->Meta().Stored("Msng"_key).Bool() == BoolValueType::kTrue;
+}
+
 QVariant CSongTableModel::data(const QModelIndex& index, int role) const {
     const CPlayList* const listP = List();
     const PLItemID item = ItemAt(index.row());
@@ -286,8 +293,11 @@ QVariant CSongTableModel::data(const QModelIndex& index, int role) const {
         case Qt::DisplayRole:
             return IsCheckBox(traits) ? QVariant() : QVariant(CellText(*listP, item, key));
         case Qt::ToolTipRole:
-        case Qt::AccessibleTextRole:
-            return CellText(*listP, item, key);
+        case Qt::AccessibleTextRole: {
+            const QString text = CellText(*listP, item, key);
+            const bool tellB = key == "name"_key && IsMissingRow(item);
+            return tellB ? tr("%1: its files are missing").arg(text) : text;
+        }
         case Qt::EditRole:
             return CellEdit(*listP, item, key);
         case Qt::CheckStateRole:
@@ -306,7 +316,8 @@ QVariant CSongTableModel::data(const QModelIndex& index, int role) const {
             }
             return {};
         case Qt::ForegroundRole:
-            return IsPlayingRow(item) ? QVariant(XLook::Now().playing) : QVariant();
+            if (IsPlayingRow(item)) return XLook::Now().playing;
+            return IsMissingRow(item) ? QVariant(XLook::Now().quiet) : QVariant();
         case Qt::DecorationRole:
             return index.column() == 0 && IsPlayingRow(item) ? QVariant(Icon(IconKind::kPlay, IconInk::kPlaying))
                                                              : QVariant();

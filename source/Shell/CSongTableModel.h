@@ -86,6 +86,8 @@ private:
     void ShowPermuted(std::vector<PLItemID> rows);
     void Replace(std::vector<PLItemID> rows);
     [[nodiscard]] bool IsPlayingRow(PLItemID item) const;
+    /** The files of its song were not found. */
+    [[nodiscard]] bool IsMissingRow(PLItemID item) const;
     void TellPlaying();
     /** The row of the user order that a drop in front of table row `row` means, from 1. */
     [[nodiscard]] RowIndex DropRow(int row) const;

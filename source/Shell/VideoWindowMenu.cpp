@@ -13,6 +13,8 @@
 
 namespace {
 
+constexpr const char* kBreak = "Break Picture";
+
 QString Words(const char* textZ) { return QCoreApplication::translate("VideoWindowMenu", textZ); }
 
 /** An action that is on or off as the preference `keyZ` is. */
@@ -65,23 +67,24 @@ void AddShapes(QMenu& menu) {
 }
 
 void AddBreakPicture(QMenu& menu, XVideoWindow& window) {
-    constexpr const char* kBreak = "Break Picture";
     menu.addSeparator();
     QAction* const chooseP = menu.addAction(Words("&Picture Between Songs…"));
-    QObject::connect(chooseP, &QAction::triggered, &window, [&window] {
-        const QString now = QtText(gApp->Prefs().GetString(kBreak));
-        const QString chosen =
-            QFileDialog::getOpenFileName(&window, Words("Picture Between Songs"), now,
-                                         Words("Pictures and movies (*.png *.jpg *.jpeg *.webp *.bmp *.tif *.tiff "
-                                               "*.gif *.mp4 *.m4v *.mov *.mkv *.webm *.avi)"));
-        if (!chosen.isEmpty()) gApp->Prefs().Set(kBreak, CCFValue(SuperString(chosen.toStdString())));
-    });
+    QObject::connect(chooseP, &QAction::triggered, &window, [&window] { ChooseBreakPicture(window, gApp->Prefs()); });
     QAction* const noneP = menu.addAction(Words("&No Picture Between Songs"));
     noneP->setEnabled(!gApp->Prefs().GetString(kBreak).Empty());
     QObject::connect(noneP, &QAction::triggered, &window, [] { gApp->Prefs().Set(kBreak, CCFValue(SuperString())); });
 }
 
 }   // namespace
+
+void ChooseBreakPicture(QWidget& parent, CPreferences& prefs) {
+    const QString now = QtText(prefs.GetString(kBreak));
+    const QString chosen =
+        QFileDialog::getOpenFileName(&parent, Words("Picture Between Songs"), now,
+                                     Words("Pictures and movies (*.png *.jpg *.jpeg *.webp *.bmp *.tif *.tiff *.gif "
+                                           "*.mp4 *.m4v *.mov *.mkv *.webm *.avi)"));
+    if (!chosen.isEmpty()) prefs.Set(kBreak, CCFValue(SuperString(chosen.toStdString())));
+}
 
 void ShowVideoWindowMenu(XVideoWindow& window, CAppWindows_Qt& windows, const QPoint& global) {
     if (gApp == nullptr) return;
@@ -103,6 +106,7 @@ void ShowVideoWindowMenu(XVideoWindow& window, CAppWindows_Qt& windows, const QP
     AddSwitch(menu, "Full Screen During &Play", "Auto Full Screen During Play");
     AddSwitch(menu, "&Hide on Pause", "Hide on pause");
     AddSwitch(menu, "Always on &Top", "Always on top", abilities.onTopB).setToolTip(abilities.why);
+    AddSwitch(menu, "To the &Front When Playing", "Bring Video Window to front when playing");
     AddSwitch(menu, "&Transparent", "Transparent Video Window", abilities.transparentB).setToolTip(abilities.why);
     AddShapes(menu);
     AddBreakPicture(menu, window);

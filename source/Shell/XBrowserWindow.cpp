@@ -15,16 +15,19 @@
 #include "Core/CPreferences.h"
 #include "Library/CMetaManager.h"
 #include "Play/CPlayControl.h"
+#include "Shell/ActionButton.h"
 #include "Shell/CSongTableModel.h"
 #include "Shell/QtText.h"
 #include "Shell/XActions.h"
 #include "Shell/XElidedLabel.h"
 #include "Shell/XIcons.h"
+#include "Shell/XOutputPanel.h"
 #include "Shell/XPreferencesWindow.h"
 #include "Shell/XPreviewPane.h"
 #include "Shell/XShortcutSheet.h"
 #include "Shell/XSongTable.h"
 #include "Shell/XSourceList.h"
+#include "Shell/XTasksWindow.h"
 #include "Shell/XTransport.h"
 
 namespace {
@@ -33,6 +36,8 @@ constexpr const char* kSidebar_PreferenceZ = "Sources Panel Width";
 constexpr int kSidebar_Least = 150, kSidebar_Most = 480;
 constexpr int kTyping_Milliseconds = 120;   // a word is typed faster than this
 constexpr int kMessage_Milliseconds = 5000;
+constexpr int kFont_Least = 8, kFont_Most = 32;   // points
+constexpr int kTasks_Milliseconds = 500;
 
 }   // namespace
 
@@ -46,7 +51,7 @@ XBrowserWindow::XBrowserWindow(BrowserSetup setup) : i_setup(std::move(setup)) {
     setMinimumSize(880, 480);
     resize(1180, 760);
 
-    i_transportP = new XTransport(i_setup.play, i_setup.database, *i_actions);
+    i_transportP = new XTransport(i_setup.play, i_setup.database, *i_actions, [this] { return i_setup.mayInterrupt(2); });
     i_splitterP = new QSplitter(Qt::Horizontal);
     i_splitterP->setHandleWidth(1);
     i_splitterP->setChildrenCollapsible(false);
@@ -65,17 +70,15 @@ XBrowserWindow::XBrowserWindow(BrowserSetup setup) : i_setup(std::move(setup)) {
     columnP->addWidget(i_splitterP, 1);
     setCentralWidget(centralP);
 
-    i_countP = new QLabel;
-    i_countP->setAccessibleName(tr("Count"));
-    statusBar()->addPermanentWidget(i_countP);
-    statusBar()->setSizeGripEnabled(false);
-    statusBar()->setAccessibleName(tr("Status"));
+    MakeStatus();
     MakeMenus();
     Connect();
     ConnectLists();
     ConnectLibrary();
+    ConnectFiles();
     ShowList(kPlaylistID_Library);
     PlayTold();
+    FollowPreferences();
     // From the search to the songs to the lists to the transport.
     setTabOrder(i_searchP, i_tableP);
     setTabOrder(i_tableP, i_sourcesP);
@@ -162,6 +165,36 @@ QWidget* XBrowserWindow::MakeSongs() {
     return songsP;
 }
 
+void XBrowserWindow::MakeStatus() {
+    i_tasksP = new QToolButton;
+    i_tasksP->setObjectName("tasks");
+    BindButton(*i_tasksP, i_actions->Get(Command::kShowTasks));
+    i_tasksP->hide();
+    i_tasksLast.setSingleShot(true);
+    i_tasksLast.setInterval(kTasks_Milliseconds);
+    connect(&i_tasksLast, &QTimer::timeout, i_tasksP, &QWidget::show);
+    i_countP = new QLabel;
+    i_countP->setAccessibleName(tr("Count"));
+    statusBar()->addPermanentWidget(i_tasksP);
+    statusBar()->addPermanentWidget(i_countP);
+    statusBar()->setSizeGripEnabled(false);
+    statusBar()->setAccessibleName(tr("Status"));
+}
+
+void XBrowserWindow::ShowTasks(const std::vector<TaskRow>& rows) {
+    if (rows.empty()) {
+        i_tasksLast.stop();
+        return i_tasksP->hide();
+    }
+    const TaskRow& first = rows.front();
+    QString text = TaskTitle(first);
+    if (const int share = TaskShare(first); share >= 0) text += QString(" %1 %").arg(share / 10);
+    if (rows.size() > 1) text += tr(", %1 more").arg(rows.size() - 1);
+    i_tasksP->setText(text);
+    i_tasksP->setAccessibleName(tr("Tasks: %1").arg(text));
+    if (!i_tasksP->isVisible() && !i_tasksLast.isActive()) i_tasksLast.start();
+}
+
 void XBrowserWindow::MakeMenus() {
     using enum Command;
     constexpr Command kLine = kQuit;   // in the lists below: a line, as Quit stands in none but the first
@@ -177,15 +210,45 @@ void XBrowserWindow::MakeMenus() {
     QMenu* const fileP = add(
         tr("&File"), {kOpenFiles, kOpenFolder, kLine, kNewList, kRenameList, kDeleteList, kLine, kPreferences, kLine});
     fileP->addAction(&i_actions->Get(kQuit));
-    add(tr("&Songs"), {kPlaySelected, kEditCell, kLine, kFind, kShowPlaying, kUserOrder, kLine, kReveal, kLine,
-                       kRemoveFromList, kRemoveFromLibrary, kTrashOriginals});
+    add(tr("&Songs"), {kPlaySelected, kEditCell, kLine, kFind, kShowPlaying, kUserOrder, kLine, kReveal, kConformNames,
+                       kZip, kUnzip, kLine, kFindMissing, kLocateMissing, kLine, kRemoveFromList, kRemoveFromLibrary,
+                       kTrashOriginals});
     add(tr("&Play"), {kPlayPause, kStop, kRewind, kLine, kPrevious, kNext, kLine, kSeekBack, kSeekForward, kSeekBackFar,
                       kSeekForwardFar});
     add(tr("S&ound"), {kVolumeUp, kVolumeDown, kMute, kLine, kPitchUp, kPitchDown, kPitchReset, kLine, kTempoUp,
                        kTempoDown, kTempoReset, kLine, kVocalNext});
-    add(tr("P&icture"), {kFullScreen, kLeaveFullScreen, kShowVideo, kShowVideo2, kLine, kSlipSongEarlier,
-                         kSlipSongLater, kSlipSongReset, kLine, kSlipAllEarlier, kSlipAllLater});
+    QMenu* const pictureP = add(tr("P&icture"), {kFullScreen, kLeaveFullScreen, kLine});
+    FillSlipMenu(*pictureP->addMenu(tr("Sync &Slip")));
+    add(tr("&Window"), {kShowVideo, kShowVideo2, kShowTasks});
     add(tr("&Help"), {kShortcuts});
+}
+
+void XBrowserWindow::FillSlipMenu(QMenu& menu) {
+    using enum Command;
+    menu.menuAction()->setToolTip(tr("Moves the picture against the sound"));
+    const auto addPart = [&](std::initializer_list<Command> commands) {
+        QAction* const wordsP = menu.addAction(QString());
+        wordsP->setEnabled(false);
+        for (const Command command : commands) menu.addAction(&i_actions->Get(command));
+        return wordsP;
+    };
+    QAction* const songP = addPart({kSlipSongEarlier, kSlipSongLater, kSlipSongReset});
+    menu.addSeparator();
+    QAction* const allP = addPart({kSlipAllEarlier, kSlipAllLater, kSlipAllReset});
+    connect(&menu, &QMenu::aboutToShow, this, [this, songP, allP] {
+        const bool idleB = i_setup.play.State() == PlayState::kIdle;
+        songP->setText(idleB ? tr("No song plays") : QtText(i_setup.play.SongSlipText()));
+        allP->setText(QtText(i_setup.play.GlobalSlipText()));
+    });
+}
+
+void XBrowserWindow::FollowPreferences() {
+    const int points = std::clamp<int>(i_setup.prefs.GetBrowserFontSize(), kFont_Least, kFont_Most);
+    if (i_tableP->font().pointSize() == points) return;
+    QFont font = i_tableP->font();
+    font.setPointSize(points);
+    i_tableP->SetFont(font);
+    i_sourcesP->setFont(font);
 }
 
 void XBrowserWindow::SetStatus(const QString& text) { statusBar()->showMessage(text, kMessage_Milliseconds); }
@@ -221,13 +284,14 @@ void XBrowserWindow::Connect() {
         if (const QString folder = QFileDialog::getExistingDirectory(this, tr("Add Folder")); !folder.isEmpty())
             AddFiles({folder}, i_model->ListID(), SDB_Index_END);
     });
-    i_actions->On(kPreferences, [this] { XPreferencesWindow(i_setup.prefs, i_setup.play, *i_actions, this).exec(); });
+    i_actions->On(kPreferences, [this] { ShowPreferences(); });
     i_actions->On(kShortcuts, [this] { XShortcutSheet(i_keys, this).exec(); });
     i_actions->On(kQuit, [this] { emit CloseAsked(); });
 
     connect(i_transportP, &XTransport::PlayTold, this, &XBrowserWindow::PlayTold);
     connect(i_transportP, &XTransport::Message, this, &XBrowserWindow::SetStatus);
-    connect(i_transportP, &XTransport::OutputsAsked, this, &XBrowserWindow::ShowOutputs);
+    connect(i_transportP, &XTransport::OutputsAsked, this,
+            [this](const QPoint& at) { XOutputPanel::PopUp(i_setup.play, i_setup.prefs, *this, at); });
     connect(i_tableP, &XSongTable::PlayAsked, this, [this](PLItemID item) { PlayItem(item, 1); });
     connect(i_tableP, &XSongTable::SelectionTold, this, &XBrowserWindow::ShowState);
     connect(i_model.get(), &CSongTableModel::StateChanged, this, &XBrowserWindow::ShowState);
@@ -295,6 +359,7 @@ void XBrowserWindow::ShowState() {
     i_countP->setText(text);
     static_cast<XElidedLabel*>(i_listNameP)->SetText(QtText(listP->Name()));
     if (listP->IsSorting()) SetStatus(tr("Sorting…"));
+    EnableSongs();
     if (i_model->IsFiltering())
         i_tableP->SetHint(i_model->IsLooking() ? tr("Looking…") : tr("Nothing found"),
                           i_model->IsLooking() ? QString() : tr("Escape in the search field shows all songs again."));
@@ -322,6 +387,7 @@ void XBrowserWindow::PlayTold() {
     CSong* const songP = idleB || Number(i_setup.play.CurrentSong()) <= 0
                              ? nullptr
                              : i_setup.database.GetSong(i_setup.play.CurrentSong());
+    i_actions->Get(Command::kShowPlaying).setEnabled(!idleB);
     setWindowTitle(songP == nullptr ? "Vopla[*]" : QtText(songP->Name()) + "[*] - Vopla");
 }
 
@@ -338,18 +404,15 @@ void XBrowserWindow::PlayOrPause() {
         i_setup.play.TogglePause();
 }
 
-void XBrowserWindow::ShowOutputs(const QPoint& at) {
-    QMenu menu;
-    const SuperString chosen = i_setup.prefs.GetString("Audio Output Device", "System Default");
-    std::vector<std::string> names = i_setup.play.OutputDevices();
-    if (std::ranges::find(names, "System Default") == names.end()) names.insert(names.begin(), "System Default");
-    for (const std::string& name : names) {
-        QAction* const actionP = menu.addAction(QtText(name).replace('&', "&&"));
-        actionP->setCheckable(true);
-        actionP->setChecked(chosen.UTF8() == name);
-        connect(actionP, &QAction::triggered, this, [this, name] { (void)i_setup.play.SetOutputDevice(name); });
+void XBrowserWindow::ShowPreferences() {
+    // No dialog that waits: what is set is seen at once, and the show goes on beside it.
+    if (i_preferencesP.isNull()) {
+        i_preferencesP = new XPreferencesWindow(i_setup.prefs, i_setup.play, *i_actions, this);
+        i_preferencesP->setAttribute(Qt::WA_DeleteOnClose);
     }
-    menu.exec(at);
+    i_preferencesP->show();
+    i_preferencesP->raise();
+    i_preferencesP->activateWindow();
 }
 
 // ---- Window ----

@@ -3,8 +3,10 @@
 #include <functional>
 #include <memory>
 #include <QMainWindow>
+#include <QPointer>
 #include <QTimer>
 
+#include "App/CTaskList.h"
 #include "Library/CSongDatabase.h"
 #include "Shell/CKeyMap.h"
 
@@ -13,10 +15,13 @@ class CLibraryCommands;
 class CPlayControl;
 class CPreferences;
 class CSongTableModel;
+class QAction;
 class QLabel;
 class QLineEdit;
 class QSplitter;
+class QToolButton;
 class XActions;
+class XPreferencesWindow;
 class XSongTable;
 class XSourceList;
 class XTransport;
@@ -42,6 +47,10 @@ public:
     [[nodiscard]] XActions& Actions() const { return *i_actions; }
     [[nodiscard]] CKeyMap& Keys() { return i_keys; }
     void SetStatus(const QString& text);
+    /** The size of the text of the lists. */
+    void FollowPreferences();
+    /** What works in the background: a button in the status line while there is anything. */
+    void ShowTasks(const std::vector<TaskRow>& rows);
     /** Adds files and folders to the library, and their songs to a list of the user's. */
     void AddFiles(const QStringList& paths, PlaylistID list, RowIndex where);
 
@@ -59,6 +68,9 @@ private:
     [[nodiscard]] QWidget* MakeSidebar();
     [[nodiscard]] QWidget* MakeSongs();
     void MakeMenus();
+    void FillSlipMenu(QMenu& menu);
+    void MakeStatus();
+    void ShowPreferences();
     void Connect();
     void ConnectLists();
     void ShowList(PlaylistID list);
@@ -71,9 +83,11 @@ private:
     void PlayItem(PLItemID item, long confirmModeL);
     void PlayOrPause();
     void ConnectLibrary();
+    void ConnectFiles();
     [[nodiscard]] SDB_Selection Selected() const;
+    /** The songs' commands can be given when they would do something with one of the rows. */
+    void EnableSongs();
     static void TellFailure(OSErr err);
-    void ShowOutputs(const QPoint& at);
     void SavePlaces();
     /** One song came: it is shown, and played when nothing else is. */
     void ShowAdded(SongID song);
@@ -89,6 +103,9 @@ private:
     XSongTable* i_tableP = nullptr;
     QLineEdit* i_searchP = nullptr;
     QLabel* i_countP = nullptr;
+    QToolButton* i_tasksP = nullptr;
+    QTimer i_tasksLast;   // a task that is soon over is not worth a button
     QLabel* i_listNameP = nullptr;
     QSplitter* i_splitterP = nullptr;
+    QPointer<XPreferencesWindow> i_preferencesP;
 };

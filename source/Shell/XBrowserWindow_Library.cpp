@@ -92,6 +92,72 @@ void XBrowserWindow::ConnectLibrary() {
     });
 }
 
+void XBrowserWindow::ConnectFiles() {
+    using enum Command;
+    CLibraryCommands& commands = i_setup.commands;
+    const auto onSongs = [this](Command command, auto work) {
+        i_actions->On(command, [this, work] {
+            const std::vector<SongID> songs = i_setup.database.SongsOf(Selected());
+            if (!songs.empty()) TellFailure(work(songs));
+        });
+    };
+    const auto told = [this](const QString& words) {   // the window may have gone when the task ends
+        return [self = QPointer<XBrowserWindow>(this), words](OSErr err) {
+            if (!self.isNull() && !Failed(err)) self->SetStatus(words);
+        };
+    };
+    using Songs = std::vector<SongID>;
+    onSongs(kZip, [&commands, told](const Songs& songs) { return commands.Zip(songs, told(tr("Zipped."))); });
+    onSongs(kUnzip, [&commands, told](const Songs& songs) { return commands.Unzip(songs, told(tr("Unzipped."))); });
+    onSongs(kConformNames, [&commands, told](const Songs& songs) {
+        return commands.ConformNames(songs, told(tr("The files have the names of their songs.")));
+    });
+    onSongs(kLocateMissing, [&commands](const Songs& songs) { return commands.LocateMissing(songs.front()); });
+    // One row is where the cursor happens to be; who selects several means them.
+    i_actions->On(kFindMissing, [this, &commands, told] {
+        const std::vector<SongID> songs = i_setup.database.SongsOf(Selected());
+        TellFailure(commands.FindMissing(songs.size() > 1 ? songs : Songs{}, told(tr("All files were looked for."))));
+    });
+}
+
+void XBrowserWindow::EnableSongs() {
+    using enum Command;
+    // So many rows are looked at: beyond them a command would rather find nothing to do than hold up the window.
+    constexpr int kMost = 200;
+    bool anyB = false, zipB = false, unzipB = false, missingB = false;
+    int rowsL = 0;
+    for (const QItemSelectionRange& range : i_tableP->selectionModel()->selection())
+        for (int row = range.top(); row <= range.bottom() && rowsL < kMost; ++row, ++rowsL) {
+            anyB = true;
+            const CPlayList* const listP = i_model->List();
+            const auto found = listP == nullptr ? std::nullopt : listP->Items()->Get(i_model->ItemAt(row));
+            if (!found || found->target.type != SDB_kPLItem_SONG) continue;
+            const CSong* const songP = i_setup.database.GetSong(SongID{found->target.idL});
+            if (songP == nullptr) continue;
+            zipB = zipB || CLibraryCommands::CanZip(*songP);
+            unzipB = unzipB || CLibraryCommands::CanUnzip(*songP);
+            missingB = missingB || songP->Meta().Stored("Msng"_key).Bool() == BoolValueType::kTrue;
+        }
+    const bool moreB = rowsL == kMost;
+    const CPlayList* const listP = i_model->List();
+    const bool removeB = anyB && listP != nullptr && (listP->ID() == kPlaylistID_Library || listP->IsModifyable());
+    const std::pair<Command, bool> states[] = {
+        {kPlaySelected, i_model->rowCount() > 0},
+        {kEditCell, i_model->rowCount() > 0},
+        {kReveal, anyB},
+        {kConformNames, anyB && i_setup.database.Settings()->conformNamesB},
+        {kZip, zipB || moreB},
+        {kUnzip, unzipB || moreB},
+        {kLocateMissing, missingB && rowsL == 1},
+        {kFindMissing, i_setup.database.Library().Count() > 0},
+        {kRemoveFromList, removeB},
+        {kRemoveFromLibrary, anyB},
+        {kTrashOriginals, anyB},
+        {kUserOrder, listP != nullptr && listP->Count() > 1},
+    };
+    for (const auto& [command, onB] : states) i_actions->Get(command).setEnabled(onB);
+}
+
 void XBrowserWindow::TellFailure(OSErr err) {
     // What the user did not want is no failure, and a list that may not be changed says so by its menu.
     if (Failed(err) && err != userCanceledErr && err != paramErr)

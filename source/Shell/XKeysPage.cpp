@@ -111,6 +111,7 @@ XKeysPage::XKeysPage(CKeyMap map)
     connect(allP, &QPushButton::clicked, this, [this] {
         i_map = CKeyMap();
         ShowRows();
+        emit MapChanged();
     });
     for (const CommandRow& row : CommandTable()) {
         auto* const itemP = new QTreeWidgetItem(i_treeP);
@@ -127,6 +128,7 @@ void XKeysPage::Take(const CKeyMap::Keys& keys) {
     if (Selected() == nullptr) return;
     i_map.SetKeys(static_cast<Command>(Selected()->data(0, kCommand_Role).toInt()), keys);
     ShowRows();
+    emit MapChanged();
 }
 
 void XKeysPage::ShowRow(QTreeWidgetItem& item) {

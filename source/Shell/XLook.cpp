@@ -6,8 +6,8 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusVariant>
-#include <QStyle>
-#include <QStyleFactory>
+
+#include "Shell/XStyle.h"
 
 namespace {
 
@@ -119,8 +119,13 @@ QTabBar::tab:selected { color: {text}; border-bottom: 2px solid {accent}; }
 QTabBar::tab:focus { color: {accent}; }
 QTreeView { background: {field}; alternate-background-color: {stripe}; border: 1px solid {line}; border-radius: 6px;
     selection-background-color: {accent}; selection-color: {accentText}; }
-QTreeView::item { padding: 3px 4px; }
-QCheckBox { spacing: 8px; }
+QTreeView::item { height: 26px; padding: 0 4px; }
+QAbstractSpinBox QLineEdit { border: none; background: transparent; border-radius: 0; padding: 0 2px; }
+QLabel#heading { font-size: 15px; font-weight: 600; }
+QWidget#page { background: {window}; }
+QFrame#popup { background: {raised}; border: 1px solid {line}; }
+QScrollArea { background: {window}; border: none; }
+QToolButton#tasks { color: {text}; padding: 1px 8px; border-radius: 4px; }
 QDialogButtonBox, QMessageBox { dialogbuttonbox-buttons-have-icons: 0; }
 QProgressBar { background: {line}; border: none; border-radius: 4px; }
 QProgressBar::chunk { background: {accent}; border-radius: 4px; }
@@ -173,7 +178,7 @@ XLook::XLook() {
     // Until the desktop answers: what the toolkit has of it.
     const QPalette given = QApplication::palette();
     i_desktopDarkB = given.color(QPalette::Window).lightness() < given.color(QPalette::WindowText).lightness();
-    QApplication::setStyle(QStyleFactory::create("Fusion"));
+    QApplication::setStyle(new XStyle);   // the toolkit owns it
     Apply();
     AskDesktop();
 }

@@ -1,108 +1,225 @@
 #include "Shell/XPreferencesWindow.h"
 
-#include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
-#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QPushButton>
+#include <QSignalBlocker>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
 #include "Core/CPreferences.h"
 #include "Play/CPlayControl.h"
+#include "Shell/DisplayAbilities.h"
 #include "Shell/QtText.h"
+#include "Shell/VideoWindowMenu.h"
 #include "Shell/XActions.h"
+#include "Shell/XElidedLabel.h"
 #include "Shell/XKeysPage.h"
 #include "Shell/XLook.h"
+#include "Shell/XOutputPanel.h"
+#include "Shell/XPreferencePage.h"
 
 namespace {
 
-constexpr const char* kOutput_PreferenceZ = "Audio Output Device";
-constexpr const char* kOutput_DefaultZ = "System Default";
-
-/** A switch is known by its key in the preferences, which is its label, too. */
-constexpr const char* kSwitches[] = {
-    "Auto-cue",
-    "Pause between tracks",
-    "Stop between tracks",
-    "Stop at playlist end",
-    "Auto Full Screen During Play",
-    "Bring Video Window to front when playing",
-    "Hide on pause",
-    "Always on top",
-    "Auto-play when you add single song to Library",
-    "Always confirm manual song changes",
-    "Remember pitch / tempo in all playlists",
-    "Require Audio (no naked CDG files)",
+constexpr PreferenceRow kDuringPlay[] = {
+    {.labelZ = "At the end of a song"},
+    {"Pause between tracks", nullptr, "The next song is ready, and waits for Space."},
+    {"Stop between tracks", nullptr, "Nothing follows by itself."},
+    {"Stop at playlist end", nullptr, "The list does not begin again."},
+    {"pre-cache next song", "Load the next song while one plays", "It begins at once, and a slow disk is not heard."},
+    {.labelZ = "At the start of a song"},
+    {"Auto-cue", nullptr, "Skips the silence before the music."},
+    {"Remember pitch / tempo in all playlists", nullptr, "Off: each row of a list has its own."},
+    {"Require Audio (no naked CDG files)", nullptr, "Off: a CD+G file without its sound can be played, too."},
+    {"Launch Midi Files", nullptr, "MIDI files are handed to the program that the desktop has for them."},
+    {.labelZ = "By hand"},
+    {"Always confirm manual song changes", nullptr, "Asks before another song ends the one that plays."},
+    {"Always confirm manual song changes (transport buttons)", nullptr, "Also for Stop, Next and Previous."},
+    {"Auto-play when you add single song to Library"},
+    {"Sync Slip increment (300ths)", "Step of the sync slip",
+     "How far one press moves the picture against the sound.", 0.01, 5, 0.1, 1.0 / 300, 2, " s"},
+    {"Tempo change increment (percent)", "Step of the tempo", nullptr, 0.5, 25, 0.5, 1, 1, " %"},
 };
+
+constexpr PreferenceRow kVideoDuring[] = {
+    {.labelZ = "While a song plays, from the next song on"},
+    {"Auto Full Screen During Play", nullptr, "The video window fills its display, and is a window again when the song stops."},
+    {"Bring Video Window to front when playing"},
+    {"Hide on pause"},
+};
+constexpr PreferenceRow kVideoPicture[] = {
+    {"Use hq4x upscaling (fast computers only)", nullptr, "Smooth letters on a large screen; from the next song on."},
+};
+
+constexpr PreferenceRow kSound[] = {
+    {.labelZ = "Auto-cue"},
+    {"Auto Cue Threshold (0..1) (smaller is more sensitive)", "Music begins at", "Of the full level; smaller is earlier.",
+     0.0001, 0.5, 0.001, 1, 4},
+    {"Auto Cue rollback (seconds)", "Start before it by", nullptr, 0, 5, 0.1, 1, 2, " s"},
+    {.labelZ = "Output"},
+    {"Pre-Fetched Audio Blocks (must be > 2)", "Blocks ahead of the device",
+     "More survive a busy machine, fewer answer faster; from the next song on.", 3, 64},
+};
+
+constexpr PreferenceRow kLibrary[] = {
+    {.labelZ = "File names"},
+    {"Conform Song Names", nullptr, "Files in the music folder are named after their songs when those are edited."},
+    {"Conform song name template", "Template",
+     "L label, T track, S song, R artist, and the signs between them: - ( ) / . and the blank."},
+    {"Seconds to wait after edit to push meta", "Wait after an edit", nullptr, 0, 600, 1, 1, 0, " s"},
+    {.labelZ = "Names"},
+    {"Move 'The' to end of Artits title", "Sort artists without “The”"},
+    {"Diacritic Insensitive Searching", "Find “é” with “e”"},
+    {.labelZ = "Warnings"},
+    {.keyZ = "Warn if there is a problem updating meta", .onB = true},
+    {"Warn if there is a possibly corrupted MP3"},
+    {.labelZ = "Cache"},
+    {"Number of cached songs", "Songs kept at hand", "Their graphics lie unpacked in the cache folder.", 0, 10000},
+};
+
+constexpr const char* kShape_Wide = "16x9 aspect ratio";
+constexpr const char* kShape_Narrow = "4x3 aspect ratio";
 
 }   // namespace
 
 XPreferencesWindow::XPreferencesWindow(CPreferences& prefs, CPlayControl& play, XActions& actions, QWidget* parentP)
-    : QDialog(parentP), i_prefs(prefs), i_play(play), i_actions(actions) {
+    : QDialog(parentP), i_prefs(prefs), i_play(play), i_actions(actions), i_tabsP(new QTabWidget) {
     setWindowTitle(tr("Preferences"));
     setAccessibleName(windowTitle());
-    i_keysP = new XKeysPage(actions.Keys());
-    auto* const tabsP = new QTabWidget;
-    tabsP->setDocumentMode(true);
-    tabsP->setAccessibleName(tr("Pages"));
-    tabsP->setAccessibleDescription(tr("The pages of the preferences"));
-    tabsP->addTab(MakeGeneral(), tr("General"));
-    tabsP->addTab(i_keysP, tr("Keys"));
-    auto* const buttonsP = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-    connect(buttonsP, &QDialogButtonBox::accepted, this, [this] {
-        Take();
-        accept();
-    });
+    i_tabsP->setDocumentMode(true);
+    i_tabsP->setAccessibleName(tr("Pages"));
+    i_tabsP->setAccessibleDescription(tr("The pages of the preferences"));
+    MakePage(tr("During Play"))->Add(kDuringPlay);
+    MakeVideo();
+    MakeSound();
+    MakePage(tr("Library"))->Add(kLibrary);
+    MakeLook();
+    MakeKeys();
+    auto* const buttonsP = new QDialogButtonBox(QDialogButtonBox::Close);
     connect(buttonsP, &QDialogButtonBox::rejected, this, &QDialog::reject);
     auto* const columnP = new QVBoxLayout(this);
-    columnP->addWidget(tabsP, 1);
+    columnP->setContentsMargins(0, 6, 0, 12);
+    columnP->addWidget(i_tabsP, 1);
     columnP->addWidget(buttonsP);
-    resize(640, 560);
+    buttonsP->setContentsMargins(0, 0, 16, 0);
+    resize(720, 640);
 }
 
-QWidget* XPreferencesWindow::MakeGeneral() {
-    i_lookP = new QComboBox;
-    i_lookP->addItems({tr("Like the desktop"), tr("Dark"), tr("Light")});
-    i_lookP->setCurrentIndex(std::clamp<int>(i_prefs.GetLong(XLook::kPreferenceZ, 0), 0, 2));
-    i_lookP->setAccessibleName(tr("Look"));
-    i_lookP->setAccessibleDescription(tr("Dark or light windows"));
-    i_outputP = new QComboBox;
-    i_outputP->addItem(kOutput_DefaultZ);
-    for (const std::string& name : i_play.OutputDevices())
-        if (name != kOutput_DefaultZ) i_outputP->addItem(QtText(name));
-    const QString chosen = QtText(i_prefs.GetString(kOutput_PreferenceZ, kOutput_DefaultZ));
-    if (i_outputP->findText(chosen) < 0) i_outputP->addItem(chosen);   // unplugged now, and wanted all the same
-    i_outputP->setCurrentText(chosen);
-    i_outputP->setAccessibleName(tr("Sound output"));
-    i_outputP->setAccessibleDescription(tr("The device that plays"));
-    auto* const pageP = new QWidget;
-    auto* const formP = new QFormLayout(pageP);
-    formP->setContentsMargins(20, 20, 20, 12);
-    formP->setVerticalSpacing(8);
-    formP->addRow(tr("Look"), i_lookP);
-    formP->addRow(tr("Sound output"), i_outputP);
-    for (const char* const keyZ : kSwitches) {
-        auto* const boxP = new QCheckBox(keyZ);
-        boxP->setObjectName(keyZ);
-        boxP->setChecked(i_prefs.GetBool(keyZ));
-        boxP->setAccessibleName(keyZ);
-        boxP->setAccessibleDescription(tr("On or off"));
-        formP->addRow(QString(), boxP);
-    }
+XPreferencePage* XPreferencesWindow::MakePage(const QString& title) {
+    auto* const pageP = new XPreferencePage(i_prefs);
+    pageP->setAccessibleName(title);
+    i_tabsP->addTab(pageP, title);
+    i_pages.push_back(pageP);
     return pageP;
 }
 
-void XPreferencesWindow::Take() {
-    i_prefs.Set(XLook::kPreferenceZ, CCFValue(i_lookP->currentIndex()));
-    if (XLook* const lookP = XLook::Get(); lookP != nullptr)
-        lookP->Choose(static_cast<XLook::Choice>(i_lookP->currentIndex()));
-    for (const char* const keyZ : kSwitches)
-        if (const auto* const boxP = findChild<QCheckBox*>(keyZ); boxP != nullptr)
-            i_prefs.Set(keyZ, CCFValue(boxP->isChecked()));
-    const std::string output = i_outputP->currentText().toStdString();
-    if (i_prefs.GetString(kOutput_PreferenceZ, kOutput_DefaultZ) != SuperString(output))
-        (void)i_play.SetOutputDevice(output);
-    i_actions.Keys() = i_keysP->Map();
-    i_actions.KeysChanged();
-    i_prefs.Set(CKeyMap::kPreferenceZ, CCFValue(i_actions.Keys().ToDictionary()));
+void XPreferencesWindow::MakeVideo() {
+    XPreferencePage& page = *MakePage(tr("Video Window"));
+    page.Add(kVideoDuring);
+    const DisplayAbilities abilities = AbilitiesOfDisplay();
+    page.AddHeading(tr("The window"));
+    const auto addIfAble = [&](const PreferenceRow& row, bool ableB) {
+        page.Add({&row, 1});
+        // What is on can always be turned off.
+        if (auto* const controlP = page.findChild<QWidget*>(row.keyZ); controlP != nullptr)
+            controlP->setEnabled(ableB || i_prefs.GetBool(row.keyZ));
+    };
+    addIfAble({"Always on top"}, abilities.onTopB);
+    addIfAble({"Transparent Video Window", nullptr, "What is behind it shines through the colour of the border."},
+              abilities.transparentB);
+    addIfAble({"Video Window Opacity", "Opacity", nullptr, 10, 100, 5, 100, 0, " %"}, abilities.opacityB);
+    if (!abilities.why.isEmpty()) page.AddWords(abilities.why, "warning");
+
+    page.AddHeading(tr("The picture"));
+    auto* const shapeP = new QComboBox;
+    shapeP->addItems({tr("Its own"), "4:3", "16:9"});
+    shapeP->setAccessibleDescription(tr("What the picture is drawn to, whatever its pixels say"));
+    page.AddWidget(tr("Shape"), shapeP);
+    page.OnShow([this, shapeP] {
+        const QSignalBlocker quiet(shapeP);
+        shapeP->setCurrentIndex(i_prefs.GetBool(kShape_Wide) ? 2 : i_prefs.GetBool(kShape_Narrow) ? 1 : 0);
+    });
+    connect(shapeP, &QComboBox::currentIndexChanged, this, [this](int shape) {
+        i_prefs.Set(kShape_Wide, CCFValue(shape == 2));
+        i_prefs.Set(kShape_Narrow, CCFValue(shape == 1));
+    });
+    page.Add(kVideoPicture);
+
+    page.AddHeading(tr("Between songs"));
+    auto* const nameP = new XElidedLabel;
+    nameP->setFixedWidth(220);
+    auto* const chooseP = new QPushButton(tr("Choose…"));
+    chooseP->setAccessibleName(tr("Choose the picture between songs"));
+    chooseP->setAccessibleDescription(tr("A picture, or a movie that begins again at its end"));
+    auto* const noneP = new QPushButton(tr("None"));
+    noneP->setAccessibleName(tr("No picture between songs"));
+    noneP->setAccessibleDescription(tr("The video windows are black then"));
+    auto* const rowP = new QWidget;
+    rowP->setAccessibleName(tr("Picture"));
+    auto* const boxP = new QHBoxLayout(rowP);
+    boxP->setContentsMargins(0, 0, 0, 0);
+    for (QWidget* const partP : std::initializer_list<QWidget*>{nameP, chooseP, noneP}) boxP->addWidget(partP);
+    page.AddWidget(tr("Picture"), rowP);
+    const auto show = [this, nameP, noneP] {
+        const QString path = QtText(i_prefs.GetString("Break Picture"));
+        nameP->SetText(path.isEmpty() ? tr("None: black") : path.section('/', -1));
+        nameP->setToolTip(path);
+        noneP->setEnabled(!path.isEmpty());
+    };
+    page.OnShow(show);
+    for (QPushButton* const buttonP : {chooseP, noneP}) buttonP->setAutoDefault(false);
+    connect(chooseP, &QPushButton::clicked, this, [this, show] {
+        ChooseBreakPicture(*this, i_prefs);
+        show();
+    });
+    connect(noneP, &QPushButton::clicked, this, [this, show] {
+        i_prefs.Set("Break Picture", CCFValue(SuperString()));
+        show();
+    });
+}
+
+void XPreferencesWindow::MakeSound() {
+    XPreferencePage& page = *MakePage(tr("Sound"));
+    auto* const panelP = new XOutputPanel(i_play, i_prefs);
+    panelP->setFixedWidth(380);
+    page.AddWidget({}, panelP);
+    page.Add(kSound);
+}
+
+void XPreferencesWindow::MakeLook() {
+    XPreferencePage& page = *MakePage(tr("Look"));
+    auto* const lookP = new QComboBox;
+    lookP->addItems({tr("Like the desktop"), tr("Dark"), tr("Light")});
+    lookP->setAccessibleDescription(tr("Dark or light windows"));
+    page.AddWidget(tr("Look"), lookP);
+    page.OnShow([this, lookP] {
+        const QSignalBlocker quiet(lookP);
+        lookP->setCurrentIndex(std::clamp<int>(i_prefs.GetLong(XLook::kPreferenceZ, 0), 0, 2));
+    });
+    connect(lookP, &QComboBox::currentIndexChanged, this, [this](int choice) {
+        i_prefs.Set(XLook::kPreferenceZ, CCFValue(choice));
+        if (XLook* const xP = XLook::Get(); xP != nullptr) xP->Choose(static_cast<XLook::Choice>(choice));
+    });
+    constexpr PreferenceRow kFont[] = {
+        {"Browser Font Size", "Text of the lists", "In points.", 8, 32, 1, 1, 0, " pt"},
+    };
+    page.Add(kFont);
+}
+
+void XPreferencesWindow::MakeKeys() {
+    auto* const keysP = new XKeysPage(i_actions.Keys());
+    keysP->setAccessibleName(tr("Keys"));
+    i_tabsP->addTab(keysP, tr("Keys"));
+    connect(keysP, &XKeysPage::MapChanged, this, [this, keysP] {
+        i_actions.Keys() = keysP->Map();
+        i_actions.KeysChanged();
+        i_prefs.Set(CKeyMap::kPreferenceZ, CCFValue(i_actions.Keys().ToDictionary()));
+    });
+}
+
+void XPreferencesWindow::changeEvent(QEvent* eventP) {
+    QDialog::changeEvent(eventP);
+    if (eventP->type() != QEvent::ActivationChange || !isActiveWindow()) return;
+    for (XPreferencePage* const pageP : i_pages) pageP->ShowValues();   // the video window's menu sets some of them, too
 }

@@ -3,26 +3,31 @@
 
 class CPlayControl;
 class CPreferences;
-class QComboBox;
+class QTabWidget;
 class XActions;
-class XKeysPage;
+class XPreferencePage;
 
-/** The settings of the desktop: its look, the sound output, the switches of play, and the keys. Each is taken when the
-    window is closed with OK.
+/** The settings of the desktop, a page for each thing that a KJ looks for. What is set holds at once; the window stays
+    open beside the show, and has nothing to confirm.
     Threads  main. */
 class XPreferencesWindow final : public QDialog {
     Q_OBJECT
 public:
     XPreferencesWindow(CPreferences& prefs, CPlayControl& play, XActions& actions, QWidget* parentP);
 
+protected:
+    void changeEvent(QEvent* eventP) override;
+
 private:
-    [[nodiscard]] QWidget* MakeGeneral();
-    void Take();
+    XPreferencePage* MakePage(const QString& title);
+    void MakeVideo();
+    void MakeSound();
+    void MakeLook();
+    void MakeKeys();
 
     CPreferences& i_prefs;
     CPlayControl& i_play;
     XActions& i_actions;
-    QComboBox* i_lookP = nullptr;   // children
-    QComboBox* i_outputP = nullptr;
-    XKeysPage* i_keysP = nullptr;
+    QTabWidget* i_tabsP;   // a child
+    std::vector<XPreferencePage*> i_pages;
 };

@@ -19,7 +19,8 @@
 namespace {
 
 constexpr const char* kColumns_PreferenceZ = "Browser Columns";
-constexpr int kRow_Height = 30;
+constexpr int kColumns_Milliseconds = 1000;   // a drag is over
+constexpr int kRow_Height = 30, kRow_Margin = 12;
 constexpr std::size_t kSelection_MostKept = 10'000;
 constexpr MetaKey kFactory_Columns[] = {"name"_key, "arts"_key, "albm"_key, "trak"_key, "drtn"_key};
 
@@ -91,7 +92,12 @@ XSongTable::XSongTable(CSongTableModel& model, CPreferences& prefs, XActions& ac
         const bool byHandB = QApplication::mouseButtons().testFlag(Qt::LeftButton);
         if (byHandB && static_cast<std::size_t>(section) < i_model.Columns().size())
             i_widths[i_model.Columns()[static_cast<std::size_t>(section)]] = width;
+        if (byHandB) i_columnsLast.start();
     });
+    connect(&header, &QHeaderView::sectionMoved, &i_columnsLast, qOverload<>(&QTimer::start));
+    i_columnsLast.setSingleShot(true);
+    i_columnsLast.setInterval(kColumns_Milliseconds);
+    connect(&i_columnsLast, &QTimer::timeout, this, &XSongTable::SaveColumns);
     connect(&model, &QAbstractItemModel::headerDataChanged, this, &XSongTable::ShowSortMark);
     connect(&model, &CSongTableModel::AboutToReplace, this, &XSongTable::KeepSelection);
     connect(&model, &CSongTableModel::Replaced, this, &XSongTable::RestoreSelection);
@@ -116,22 +122,34 @@ XSongTable::XSongTable(CSongTableModel& model, CPreferences& prefs, XActions& ac
 // ---- Columns ----
 
 void XSongTable::LoadColumns() {
+    // A list without columns of its own is shown with those of the library.
+    const CPlayList* const listP = i_model.List();
+    CCFDictionary kept = listP == nullptr ? CCFDictionary() : listP->Columns();
+    if (kept.GetArray("Order").empty()) kept = i_prefs.GetDictionary(kColumns_PreferenceZ);
+    i_columnsOf = i_model.ListID();
     std::vector<MetaKey> columns;
-    const CCFDictionary kept = i_prefs.GetDictionary(kColumns_PreferenceZ);
     for (const CCFValue& value : kept.GetArray("Order"))
         if (const SuperString* const textP = value.String(); textP != nullptr)
             if (const auto key = KeyOfText(*textP); key && std::ranges::find(columns, *key) == columns.end())
                 columns.push_back(*key);
+    i_widths.clear();
     for (const auto& [name, value] : kept.GetDictionary("Widths"))
         if (const auto key = KeyOfText(name))
             i_widths[*key] = static_cast<int>(std::clamp<std::int64_t>(value.Integer().value_or(0), 40, 2000));
     if (columns.empty()) columns.assign(std::begin(kFactory_Columns), std::end(kFactory_Columns));
     SetColumns(columns);
+    i_keptColumns = ColumnsNow();
 }
 
 void XSongTable::SetColumns(const std::vector<MetaKey>& columns) {
     const std::map<MetaKey, int> widths = i_widths;   // the header tells widths of its own meanwhile
     i_model.SetColumns(columns);
+    {
+        // The header keeps what was dragged by its places, whatever stands there now.
+        QHeaderView& header = *horizontalHeader();
+        for (int column = 0; column < header.count(); ++column) header.moveSection(header.visualIndex(column), column);
+        i_columnsLast.stop();
+    }
     i_widths = widths;
     ApplyWidths();
 }
@@ -157,7 +175,7 @@ void XSongTable::resizeEvent(QResizeEvent* eventP) {
     if (eventP->oldSize().width() != eventP->size().width()) ApplyWidths();
 }
 
-void XSongTable::SaveColumns() {
+CCFDictionary XSongTable::ColumnsNow() const {
     // Columns that were dragged stand in another order in the header than in the model.
     CFArray order;
     for (int place = 0; place < horizontalHeader()->count(); ++place) {
@@ -167,8 +185,19 @@ void XSongTable::SaveColumns() {
     }
     CCFDictionary widths;
     for (const auto& [key, width] : i_widths) widths.Set(MetaKeyText(key), CCFValue(width));
-    i_prefs.Set(kColumns_PreferenceZ,
-                CCFValue(CCFDictionary{{"Order", CCFValue(order)}, {"Widths", CCFValue(widths)}}));
+    return CCFDictionary{{"Order", CCFValue(order)}, {"Widths", CCFValue(widths)}};
+}
+
+void XSongTable::SaveColumns() {
+    i_columnsLast.stop();
+    const CCFDictionary now = ColumnsNow();
+    CPlayList* const listP = i_model.List();
+    if (now == i_keptColumns || listP == nullptr || i_columnsOf != i_model.ListID()) return;
+    i_keptColumns = now;
+    if (i_columnsOf == kPlaylistID_Library) return i_prefs.Set(kColumns_PreferenceZ, CCFValue(now));
+    CCFDictionary columns = listP->Columns();   // with what others may keep there
+    for (const auto& [name, value] : now) columns.Set(name, value);
+    listP->SetColumns(std::move(columns));
 }
 
 void XSongTable::FillColumnMenu(QMenu& menu) {
@@ -185,7 +214,10 @@ void XSongTable::FillColumnMenu(QMenu& menu) {
         actionP->setChecked(shownB);
         actionP->setEnabled(!shownB || columns.size() > 1);
         connect(actionP, &QAction::triggered, this, [this, wanted = key](bool onB) {
-            std::vector<MetaKey> next = i_model.Columns();
+            // As they stand in the header: a column that was dragged stays where it is.
+            std::vector<MetaKey> next;
+            for (int place = 0; place < horizontalHeader()->count(); ++place)
+                next.push_back(i_model.Columns()[static_cast<std::size_t>(horizontalHeader()->logicalIndex(place))]);
             if (onB)
                 next.push_back(wanted);
             else
@@ -235,6 +267,7 @@ void XSongTable::SelectItem(PLItemID item) {
 }
 
 void XSongTable::KeepSelection() {
+    if (i_columnsLast.isActive()) SaveColumns();   // before another list takes the header
     i_keptList = i_model.ListID();
     i_keptSelection = SelectedItems();
     if (i_keptSelection.size() > kSelection_MostKept) i_keptSelection.clear();
@@ -243,6 +276,7 @@ void XSongTable::KeepSelection() {
 }
 
 void XSongTable::RestoreSelection() {
+    if (i_columnsOf != i_model.ListID()) LoadColumns();
     ApplyWidths();
     if (i_keptList != i_model.ListID()) return;
     if (const int row = i_keptCurrent == SDB_kNoItem ? -1 : i_model.RowOf(i_keptCurrent); row >= 0)
@@ -285,10 +319,17 @@ void XSongTable::mouseDoubleClickEvent(QMouseEvent* eventP) {
 
 void XSongTable::contextMenuEvent(QContextMenuEvent* eventP) {
     if (!indexAt(eventP->pos()).isValid()) return;
+    using enum Command;
     QMenu menu;
-    for (const Command command :
-         {Command::kPlaySelected, Command::kEditCell, Command::kRemoveFromList, Command::kRemoveFromLibrary})
-        menu.addAction(&i_actions.Get(command));
+    // What makes no sense for these rows would only be in the way.
+    const auto add = [&](std::initializer_list<Command> commands) {
+        for (const Command command : commands)
+            if (i_actions.Get(command).isEnabled()) menu.addAction(&i_actions.Get(command));
+        menu.addSeparator();
+    };
+    add({kPlaySelected, kEditCell});
+    add({kReveal, kConformNames, kZip, kUnzip, kLocateMissing});
+    add({kRemoveFromList, kRemoveFromLibrary, kTrashOriginals});
     menu.exec(eventP->globalPos());
 }
 
@@ -315,6 +356,13 @@ void XSongTable::startDrag(Qt::DropActions actions) {
     dragP->setMimeData(i_model.mimeData(selectionModel()->selectedRows()));
     dragP->setPixmap(pixmap);
     dragP->exec(actions, Qt::CopyAction);
+}
+
+void XSongTable::SetFont(const QFont& font) {
+    setFont(font);
+    const int height = std::max(kRow_Height, QFontMetrics(font).height() + kRow_Margin);
+    verticalHeader()->setMinimumSectionSize(height);
+    verticalHeader()->setDefaultSectionSize(height);
 }
 
 void XSongTable::SetHint(const QString& title, const QString& text) {

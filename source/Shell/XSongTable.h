@@ -1,5 +1,6 @@
 #pragma once
 #include <QTableView>
+#include <QTimer>
 
 #include "Shell/CSongTableModel.h"
 
@@ -21,7 +22,10 @@ public:
     void EditCurrent();
     /** Which columns are shown, as a menu of check marks. */
     void FillColumnMenu(QMenu& menu);
+    /** Keeps the columns for the list that is shown, if the user has changed them. */
     void SaveColumns();
+    /** Rows are as high as it wants. */
+    void SetFont(const QFont& font);
     /** Words in the middle of an empty table. */
     void SetHint(const QString& title, const QString& text);
 
@@ -40,6 +44,7 @@ protected:
 
 private:
     void LoadColumns();
+    [[nodiscard]] CCFDictionary ColumnsNow() const;
     void ApplyWidths();
     void SetColumns(const std::vector<MetaKey>& columns);
     void ShowSortMark();
@@ -50,6 +55,9 @@ private:
     CPreferences& i_prefs;
     XActions& i_actions;
     std::map<MetaKey, int> i_widths;
+    CCFDictionary i_keptColumns;   // as they were loaded
+    PlaylistID i_columnsOf{0};     // whose they are
+    QTimer i_columnsLast;          // the user drags the header
     std::vector<PLItemID> i_keptSelection;
     PLItemID i_keptCurrent = SDB_kNoItem;
     PlaylistID i_keptList{0};

@@ -40,7 +40,7 @@ public:
         painterP->drawText(option.rect.adjusted(0, 0, -10, 0), Qt::AlignVCenter | Qt::AlignRight, count);
     }
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
-        return {QStyledItemDelegate::sizeHint(option, index).width(), 34};
+        return {QStyledItemDelegate::sizeHint(option, index).width(), std::max(34, option.fontMetrics.height() + 16)};
     }
 
 protected:

@@ -23,7 +23,6 @@ namespace {
 constexpr int kTick_Milliseconds = 100;
 constexpr long k300ths_Second = 300;
 constexpr int kVolume_Step = 5;   // percent
-constexpr double kTempo_Step = 0.05;
 constexpr int kTime_Width = 150;
 
 constexpr struct {
@@ -65,10 +64,12 @@ QWidget* Under(QLabel* captionP, QLayout* rowP) {
 
 }   // namespace
 
-XTransport::XTransport(CPlayControl& play, CSongDatabase& database, XActions& actions)
+XTransport::XTransport(CPlayControl& play, CSongDatabase& database, XActions& actions,
+                       std::function<bool()> mayInterrupt)
     : i_play(play),
       i_database(database),
       i_actions(actions),
+      i_mayInterrupt(std::move(mayInterrupt)),
       i_titleP(new XElidedLabel),
       i_artistP(new XElidedLabel),
       i_elapsedP(MakeTime(Qt::AlignLeft, tr("Elapsed"), tr("How long the song has played"))),
@@ -207,9 +208,9 @@ void XTransport::Connect() {
     };
     const auto volumeBy = [this](int percent) { i_volumeP->setValue(i_volumeP->value() + percent); };
     const std::pair<Command, std::function<void()>> works[] = {
-        {Command::kStop, [this] { i_play.Stop(); }},
-        {Command::kNext, [this] { (void)i_play.PlayNext(); }},
-        {Command::kPrevious, [this] { (void)i_play.PlayPrevious(); }},
+        {Command::kStop, [this] { if (i_mayInterrupt()) i_play.Stop(); }},
+        {Command::kNext, [this] { if (i_mayInterrupt()) (void)i_play.PlayNext(); }},
+        {Command::kPrevious, [this] { if (i_mayInterrupt()) (void)i_play.PlayPrevious(); }},
         {Command::kRewind, [this] { i_play.Rewind(); }},
         {Command::kSeekBack, [seekBy] { seekBy(-5); }},
         {Command::kSeekForward, [seekBy] { seekBy(5); }},
@@ -221,8 +222,8 @@ void XTransport::Connect() {
         {Command::kPitchUp, [this] { (void)i_play.SetPitch(i_play.Pitch() + 1); }},
         {Command::kPitchDown, [this] { (void)i_play.SetPitch(i_play.Pitch() - 1); }},
         {Command::kPitchReset, [this] { (void)i_play.SetPitch(0); }},
-        {Command::kTempoUp, [this] { (void)i_play.SetTempo(i_play.Tempo() + kTempo_Step); }},
-        {Command::kTempoDown, [this] { (void)i_play.SetTempo(i_play.Tempo() - kTempo_Step); }},
+        {Command::kTempoUp, [this] { (void)i_play.StepTempo(1); }},
+        {Command::kTempoDown, [this] { (void)i_play.StepTempo(-1); }},
         {Command::kTempoReset, [this] { (void)i_play.SetTempo(1.0); }},
         {Command::kVocalNext,
          [this] {
@@ -246,6 +247,7 @@ void XTransport::Connect() {
          }},
         {Command::kSlipAllEarlier, [this] { (void)i_play.SlipGlobal(1); }},
         {Command::kSlipAllLater, [this] { (void)i_play.SlipGlobal(-1); }},
+        {Command::kSlipAllReset, [this] { (void)i_play.SetGlobalSlip300(0); }},
     };
     for (const auto& [command, work] : works) i_actions.On(command, work);
 

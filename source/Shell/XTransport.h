@@ -1,4 +1,5 @@
 #pragma once
+#include <functional>
 #include <QTimer>
 #include <QWidget>
 
@@ -23,7 +24,8 @@ enum class IconKind;
 class XTransport final : public QWidget, private CPlayWatcher {
     Q_OBJECT
 public:
-    XTransport(CPlayControl& play, CSongDatabase& database, XActions& actions);
+    /** `mayInterrupt` is asked before a button ends the song that plays. */
+    XTransport(CPlayControl& play, CSongDatabase& database, XActions& actions, std::function<bool()> mayInterrupt);
     ~XTransport() override;
 
     /** "-3:05": with a minus what is left. Hours only where there are some. */
@@ -51,6 +53,7 @@ private:
     CPlayControl& i_play;
     CSongDatabase& i_database;
     XActions& i_actions;
+    const std::function<bool()> i_mayInterrupt;
     QTimer i_tick;
     // Children.
     XElidedLabel* i_titleP;

@@ -1,5 +1,6 @@
 #include "Shell/XBrowserWindow.h"
 
+#include <semaphore>
 #include <QtGui/QAccessible>
 #include <QtTest/QTest>
 #include <QtWidgets/QtWidgets>
@@ -8,18 +9,36 @@
 #include "Graphics/CGraphicsPorts.h"
 #include "Library/CLibraryCommands.h"
 #include "Library/ListTest.h"
+#include "Platform/CAudioOutput_Null.h"
 #include "Platform/CUserInterface_Scripted.h"
 #include "Play/CPlayControl.h"
 #include "Play/CPlayHost.h"
 #include "Shell/CSongTableModel.h"
 #include "Shell/QtApp.h"
 #include "Shell/XActions.h"
+#include "Shell/XOutputPanel.h"
 #include "Shell/XPreferencesWindow.h"
 #include "Shell/XShortcutSheet.h"
 #include "Shell/XSongTable.h"
 #include "Shell/XSourceList.h"
+#include "Shell/XTasksWindow.h"
 
 namespace {
+
+using Gate = std::counting_semaphore<64>;
+
+/** A machine that does not say which devices it has before it may. */
+class SlowOutput final : public CAudioOutput_Null {
+public:
+    explicit SlowOutput(std::shared_ptr<Gate> gateRef) : i_gateRef(std::move(gateRef)) {}
+    std::vector<std::string> DeviceNames() override {
+        i_gateRef->acquire();
+        return {"System Default", "Loudspeaker", "Television"};
+    }
+
+private:
+    const std::shared_ptr<Gate> i_gateRef;
+};
 
 /** The main window over a library of its own; nothing plays. */
 class BrowserTest : public ListTest, private CPlayHost {
@@ -37,6 +56,7 @@ protected:
         EXPECT_TRUE(QTest::qWaitForWindowActive(i_windowP.get(), 5000));
     }
     ~BrowserTest() override {
+        i_gateRef->release(32);   // nobody thinks for ever
         i_windowP.reset();
         i_commandsP.reset();
     }
@@ -62,6 +82,7 @@ protected:
         }));
     }
 
+    const std::shared_ptr<Gate> i_gateRef = std::make_shared<Gate>(0);   // before each answer of the machine
     CGraphicsPorts i_ports;
     CUserInterface_Scripted i_ui;
     CPreferences i_prefs;
@@ -75,6 +96,9 @@ private:
     CSongDatabase& Database() override { return *i_databaseP; }
     CCFPrefDictionary& Preferences() override { return i_prefs; }
     CUserInterface& Ui() override { return i_ui; }
+    AudioOutputChoice MakeOutput(const std::string& device) override {
+        return {std::make_unique<SlowOutput>(i_gateRef), device};
+    }
     CGraphicsPorts& Ports() override { return i_ports; }
 };
 
@@ -218,6 +242,169 @@ TEST_F(BrowserTest, ListsAreMadeRenamedAndDeletedByKeys) {
               "Are you sure you want to permanantly delete playlist “Friday night”?  You can not undo this action.");
 }
 
+// ---- The commands on songs ----
+
+TEST_F(BrowserTest, CommandsOnSongsAreThereWhenTheyMakeSense) {
+    const auto set = [&](std::size_t n, SDB_SongFile type, const char* nameZ) {
+        (void)i_databaseP->GetSong(i_songs[n])->SetFile(type, CFileRef(i_folder / nameZ), CSong::StatusCheck::kSkip);
+    };
+    set(0, SDB_SongFile_AUDIO, "a.mp3");
+    set(0, SDB_SongFile_VIDEO, "a.cdg");
+    set(1, SDB_SongFile_ZIP, "b.zip");
+    i_databaseP->GetSong(i_songs[2])->SetMissing(true);
+    auto& table = Find<XSongTable>();
+    const struct {
+        std::vector<int> rows;
+        bool zipB, unzipB, locateB, revealB;
+    } cases[] = {{{}, false, false, false, false},
+                 {{0}, true, false, false, true},
+                 {{1}, false, true, false, true},
+                 {{2}, false, false, true, true},
+                 {{0, 1, 2}, true, true, false, true}};
+    for (const auto& c : cases) {
+        table.clearSelection();
+        for (const int row : c.rows)
+            table.selectionModel()->select(table.model()->index(row, 0),
+                                           QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        const auto onB = [&](Command command) { return i_windowP->Actions().Get(command).isEnabled(); };
+        EXPECT_EQ(onB(Command::kZip), c.zipB) << c.rows.size();
+        EXPECT_EQ(onB(Command::kUnzip), c.unzipB) << c.rows.size();
+        EXPECT_EQ(onB(Command::kLocateMissing), c.locateB) << c.rows.size();
+        EXPECT_EQ(onB(Command::kReveal), c.revealB) << c.rows.size();
+        EXPECT_EQ(onB(Command::kTrashOriginals), c.revealB) << c.rows.size();
+    }
+}
+
+TEST_F(BrowserTest, EachListKeepsItsColumns) {
+    auto& list = UserList();
+    auto& table = Find<XSongTable>();
+    auto& model = static_cast<CSongTableModel&>(*table.model());
+    const auto shown = [&] {
+        std::string keys;
+        for (int place = 0; place < table.horizontalHeader()->count(); ++place)
+            keys += MetaKeyText(model.Columns()[static_cast<std::size_t>(table.horizontalHeader()->logicalIndex(place))]);
+        return keys;
+    };
+    const auto show = [&](PlaylistID id) {
+        Turn();
+        Find<XSourceList>().Select(id);
+        Turn();
+    };
+    const std::string factory = shown();
+    show(list.ID());
+    EXPECT_EQ(shown(), factory);
+    table.horizontalHeader()->moveSection(0, 2);
+    const std::string dragged = shown();
+    ASSERT_NE(dragged, factory);
+    show(kPlaylistID_Library);
+    EXPECT_EQ(shown(), factory);
+    QMenu menu;
+    table.FillColumnMenu(menu);
+    const auto actions = menu.actions();
+    const auto unused = std::ranges::find(actions, false, &QAction::isChecked);
+    ASSERT_NE(unused, actions.end());
+    (*unused)->trigger();
+    const std::string wider = shown();
+    ASSERT_EQ(wider.size(), factory.size() + 4);
+    show(list.ID());
+    EXPECT_EQ(shown(), dragged);
+    show(kPlaylistID_Library);
+    EXPECT_EQ(shown(), wider);
+    // Another start.
+    CSongTableModel again(*i_databaseP);
+    const XSongTable window(again, i_prefs, i_windowP->Actions());
+    again.SetList(list.ID());
+    std::string kept;
+    for (const MetaKey key : again.Columns()) kept += MetaKeyText(key);
+    EXPECT_EQ(kept, dragged);
+}
+
+TEST_F(BrowserTest, ATaskIsShownAndEndedByItsButton) {
+    CTaskList tasks;
+    auto viewP = tasks.Open(i_host.i_loop, "find missing");
+    bool askedB = false;
+    viewP->OnCancel([&] { askedB = true; });
+    viewP->SetSteps(1, 4);
+    XTasksWindow window(tasks);
+    window.Follow(tasks.Rows());
+    i_windowP->ShowTasks(tasks.Rows());
+    auto* const buttonP = window.findChild<QPushButton*>();
+    ASSERT_NE(buttonP, nullptr);
+    EXPECT_EQ(window.findChild<QProgressBar*>()->value(), 250);
+    EXPECT_EQ(i_windowP->findChild<QToolButton*>("tasks")->text(), "Find missing 25 %");
+    buttonP->click();
+    EXPECT_TRUE(askedB);
+    EXPECT_FALSE(buttonP->isEnabled());
+    viewP.reset();
+    window.Follow(tasks.Rows());
+    Turn();
+    EXPECT_EQ(window.findChild<QPushButton*>(), nullptr);
+}
+
+// ---- Preferences ----
+
+/** Whatever is set holds at once, and is shown again by the next window. */
+TEST_F(BrowserTest, PreferencesHoldAtOnce) {
+    XPreferencesWindow window(i_prefs, i_play, i_windowP->Actions(), nullptr);
+    const auto boxes = window.findChildren<QCheckBox*>();
+    EXPECT_GT(boxes.size(), 15);
+    for (QCheckBox* const boxP : boxes) {
+        const std::string key = boxP->objectName().toStdString();
+        const bool wasB = boxP->isChecked();
+        boxP->setChecked(!wasB);
+        EXPECT_EQ(i_prefs.GetBool(key, wasB), !wasB) << key;
+    }
+    const struct {
+        const char* keyZ;
+        double shown, stored;
+    } numbers[] = {{"Sync Slip increment (300ths)", 0.5, 150}, {"Tempo change increment (percent)", 2.5, 2.5},
+                   {"Video Window Opacity", 60, 0.6},          {"Browser Font Size", 20, 20},
+                   {"Number of cached songs", 7, 7}};
+    for (const auto& n : numbers) {
+        auto* const boxP = window.findChild<QDoubleSpinBox*>(n.keyZ);
+        ASSERT_NE(boxP, nullptr) << n.keyZ;
+        boxP->setValue(n.shown);
+        EXPECT_NEAR(i_prefs.Get(n.keyZ)->Number().value_or(0), n.stored, 1e-6) << n.keyZ;
+    }
+    i_windowP->FollowPreferences();
+    EXPECT_EQ(Find<XSongTable>().font().pointSize(), 20);
+    EXPECT_GE(Find<XSongTable>().rowHeight(0), QFontMetrics(Find<XSongTable>().font()).height());
+    const XPreferencesWindow next(i_prefs, i_play, i_windowP->Actions(), nullptr);
+    for (const QCheckBox* const boxP : next.findChildren<QCheckBox*>())
+        EXPECT_EQ(boxP->isChecked(), i_prefs.GetBool(boxP->objectName().toStdString())) << boxP->text().toStdString();
+    for (const auto& n : numbers) EXPECT_NEAR(next.findChild<QDoubleSpinBox*>(n.keyZ)->value(), n.shown, 1e-6) << n.keyZ;
+}
+
+TEST_F(BrowserTest, AnOutputIsChosenWithItsDelayWhileTheMachineThinks) {
+    XOutputPanel panel(i_play, i_prefs);
+    auto* const delayP = panel.findChild<QSpinBox*>();
+    const auto buttons = [&] { return panel.findChildren<QRadioButton*>(); };
+    ASSERT_EQ(buttons().size(), 1);   // the machine has not answered, and the window works
+    delayP->setValue(120);
+    EXPECT_EQ(i_play.PictureDelay(), 120);
+    i_gateRef->release();
+    ASSERT_TRUE(RunUntil([&] { return buttons().size() == 3; }));
+    EXPECT_EQ(buttons()[2]->accessibleName(), "Television");
+    buttons()[2]->click();
+    EXPECT_EQ(i_prefs.GetString("Audio Output Device"), "Television");
+    EXPECT_EQ(delayP->value(), 0);
+    delayP->setValue(-40);
+    buttons()[0]->click();
+    EXPECT_EQ(delayP->value(), 120);
+    EXPECT_EQ(i_play.PictureDelay(), 120);
+    buttons()[2]->click();
+    EXPECT_EQ(delayP->value(), -40);
+}
+
+TEST_F(BrowserTest, AnAnswerOfTheMachineAfterItsPanelHasGoneIsNothing) {
+    std::make_unique<XOutputPanel>(i_play, i_prefs).reset();
+    i_gateRef->release();
+    bool overB = false;
+    (void)i_play.AskOutputDevices([&](const auto&) { overB = true; });
+    i_gateRef->release();
+    EXPECT_TRUE(RunUntil([&] { return overB; }));
+}
+
 // ---- For those who do not see the screen ----
 
 /** What can have the focus, or be pressed, chosen or read as a value. */
@@ -258,6 +445,8 @@ TEST_F(BrowserTest, EveryControlIsNamedForScreenReaders) {
     ExpectNames(*i_windowP);
     XPreferencesWindow preferences(i_prefs, i_play, i_windowP->Actions(), nullptr);
     ExpectNames(preferences);
+    XOutputPanel output(i_play, i_prefs);
+    ExpectNames(output);
 }
 
 TEST_F(BrowserTest, TabComesRoundAllControls) {
@@ -267,7 +456,9 @@ TEST_F(BrowserTest, TabComesRoundAllControls) {
     for (int n = 0; n < 60 && seen.insert(QApplication::focusWidget()).second; ++n)
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
     for (QWidget* const widgetP : i_windowP->findChildren<QWidget*>()) {
-        if ((widgetP->focusPolicy() & Qt::TabFocus) == 0 || IsInside(*widgetP) || !widgetP->isEnabled()) continue;
+        if ((widgetP->focusPolicy() & Qt::TabFocus) == 0 || IsInside(*widgetP) || !widgetP->isEnabled() ||
+            !widgetP->isVisible())
+            continue;
         EXPECT_TRUE(seen.contains(widgetP))
             << widgetP->metaObject()->className() << " " << widgetP->accessibleName().toStdString();
     }
