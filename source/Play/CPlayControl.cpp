@@ -91,7 +91,6 @@ OSErr CPlayControl::PlayRow(PlaylistID list, PLItemID item, const StartHow& how)
                         .loadP = i_next.Take(*spec),
                         .outputP = i_outputP,
                         .settings = AudioPlayerSettings::Read(preferences),
-                        .windowRule = CPlayWindowRule::Read(preferences),
                         .autoCueB = preferences.GetBool("Auto-cue", true),
                         .hq4xB = preferences.GetBool("Use hq4x upscaling (fast computers only)"),
                         .orSilentB = i_host.PlaysSilent(),
@@ -315,6 +314,8 @@ void CPlayControl::VideoIdle(bool forcedB) {
 bool CPlayControl::IsQuitting() const { return i_host.IsQuitting(); }
 long CPlayControl::GlobalSlip300() const { return i_host.Preferences().GetLong("Global Song Sync Slip (300ths)", 0); }
 CGraphicsPorts& CPlayControl::Ports() { return i_host.Ports(); }
+CPlayWindowRule CPlayControl::WindowRule() const { return CPlayWindowRule::Read(i_host.Preferences()); }
+
 void CPlayControl::NoteDrawn() { i_host.NoteDrawn(); }
 
 // ---- Watchers ----

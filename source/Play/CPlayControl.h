@@ -114,6 +114,7 @@ private:
     bool IsQuitting() const override;
     long GlobalSlip300() const override;
     CGraphicsPorts& Ports() override;
+    CPlayWindowRule WindowRule() const override;
     void NoteDrawn() override;
 
     /** Tells the song what the look for its files has found. */

@@ -88,7 +88,7 @@ void CSongPlay::SetPaused(bool pausedB) {
     if (pausedB) paceP->Pause();
     if (CGraphicsPorts& ports = i_ownerP->Ports();
         i_picture.Graphics() != nullptr && ports.Port(CGraphicsPort::kScreen_VIDEO) != nullptr)
-        ports.ApplyRule(i_parts.windowRule, pausedB ? PlayMode::kPause : PlayMode::kPlay);
+        ports.ApplyRule(i_ownerP->WindowRule(), pausedB ? PlayMode::kPause : PlayMode::kPlay);
 }
 
 void CSongPlay::SeekTo300(long time300) {

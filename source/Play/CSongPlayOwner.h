@@ -1,4 +1,5 @@
 #pragma once
+#include "Audio/CPlayWindowRule.h"
 #include "Platform/OSErr.h"
 
 class CGraphicsPorts;
@@ -19,5 +20,7 @@ public:
     [[nodiscard]] virtual long GlobalSlip300() const = 0;
     /** Where the picture is shown; outlives the play. */
     [[nodiscard]] virtual CGraphicsPorts& Ports() = 0;
+    /** How the video windows follow play and pause, by the preferences of now. */
+    [[nodiscard]] virtual CPlayWindowRule WindowRule() const = 0;
     virtual void NoteDrawn() = 0;
 };

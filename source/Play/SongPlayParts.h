@@ -1,6 +1,5 @@
 #pragma once
 #include "Audio/CAudioPlayerSettings.h"
-#include "Audio/CPlayWindowRule.h"
 #include "Play/CPlayOutput.h"
 #include "Play/CSongLoad.h"
 
@@ -10,7 +9,6 @@ struct SongPlayParts {
     Ref<CSongLoad> loadP;   // its files: loaded ahead, or fresh
     Ref<CPlayOutput> outputP;
     AudioPlayerSettings settings;
-    CPlayWindowRule windowRule = {};
     bool autoCueB = true;
     bool hq4xB = false;
     bool orSilentB = false;   // without a device the picture plays, at the pace that the sound would have

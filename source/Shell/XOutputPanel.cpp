@@ -40,6 +40,7 @@ XOutputPanel::XOutputPanel(CPlayControl& play, CPreferences& prefs, QWidget* par
     i_devicesP->setSpacing(4);
     i_delayP->setRange(static_cast<int>(-CPictureDelays::kMost), static_cast<int>(CPictureDelays::kMost));
     i_delayP->setSingleStep(kDelay_Step);
+    i_delayP->setMinimumSize(104, 30);
     i_delayP->setSuffix(tr(" ms"));
     i_delayP->setAccessibleName(tr("Picture delay"));
     i_delayP->setAccessibleDescription(tr("How much later than its sound the picture is shown, for this output"));

@@ -16,6 +16,7 @@
 
 namespace {
 
+constexpr int kBox_Height = 30;
 constexpr int kWords_Indent = 26;   // beneath the words of a check box
 
 /** A wheel that rolls over a page must not change what lies under it. */
@@ -41,15 +42,14 @@ QLabel* MakeWords(const QString& text, int indent, const char* lookZ = "quiet") 
     return labelP;
 }
 
-/** `widgetP` with its words close beneath it, so that they are read as one. */
+/** `widgetP` at its own width, with its words, if any, close beneath it, so that they are read as one. */
 QWidget* WithWords(QWidget* widgetP, const char* wordsZ, int indent) {
-    if (wordsZ == nullptr) return widgetP;
     auto* const groupP = new QWidget;
     auto* const columnP = new QVBoxLayout(groupP);
     columnP->setContentsMargins(0, 0, 0, 0);
     columnP->setSpacing(2);
     columnP->addWidget(widgetP, 0, Qt::AlignLeft);
-    columnP->addWidget(MakeWords(wordsZ, indent));
+    if (wordsZ != nullptr) columnP->addWidget(MakeWords(wordsZ, indent));
     return groupP;
 }
 
@@ -66,7 +66,7 @@ XPreferencePage::XPreferencePage(CPreferences& prefs) : i_prefs(prefs), i_formP(
     i_formP->setContentsMargins(24, 16, 24, 20);
     i_formP->setHorizontalSpacing(16);
     i_formP->setVerticalSpacing(10);
-    i_formP->setFieldGrowthPolicy(QFormLayout::FieldsStayAtSizeHint);
+    i_formP->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     i_formP->setLabelAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     i_formP->setFormAlignment(Qt::AlignLeft | Qt::AlignTop);
     sheetP->setLayout(i_formP);
@@ -106,7 +106,10 @@ void XPreferencePage::AddHeading(const QString& text) {
 void XPreferencePage::AddWidget(const QString& label, QWidget* widgetP, const char* wordsZ) {
     if (label.isEmpty()) return i_formP->addRow(widgetP);
     if (widgetP->accessibleName().isEmpty()) widgetP->setAccessibleName(label);
-    i_formP->addRow(label, WithWords(widgetP, wordsZ, 1));
+    auto* const labelP = new QLabel(label);
+    labelP->setMinimumHeight(kBox_Height);   // in line with the box beside it
+    labelP->setBuddy(widgetP);
+    i_formP->addRow(labelP, WithWords(widgetP, wordsZ, 1));
 }
 
 void XPreferencePage::AddWords(const QString& text, const char* lookZ) { i_formP->addRow(MakeWords(text, 0, lookZ)); }
@@ -140,7 +143,7 @@ void XPreferencePage::AddNumber(const PreferenceRow& row, bool wholeB) {
     boxP->setRange(row.low, row.high);
     boxP->setSingleStep(row.step);
     boxP->setSuffix(row.unitZ);
-    boxP->setMinimumWidth(110);
+    boxP->setMinimumSize(110, kBox_Height);
     boxP->setAccessibleDescription(row.wordsZ != nullptr ? row.wordsZ : row.keyZ);
     AddWidget(LabelOf(row), boxP, row.wordsZ);
     OnShow([this, boxP, row, wholeB] {
@@ -157,7 +160,7 @@ void XPreferencePage::AddNumber(const PreferenceRow& row, bool wholeB) {
 void XPreferencePage::AddText(const PreferenceRow& row) {
     auto* const fieldP = new QLineEdit;
     fieldP->setObjectName(row.keyZ);
-    fieldP->setMinimumWidth(220);
+    fieldP->setMinimumSize(220, kBox_Height);
     fieldP->setAccessibleDescription(row.wordsZ != nullptr ? row.wordsZ : row.keyZ);
     AddWidget(LabelOf(row), fieldP, row.wordsZ);
     OnShow([this, fieldP, keyZ = row.keyZ] { fieldP->setText(QtText(i_prefs.GetString(keyZ))); });

@@ -43,8 +43,8 @@ constexpr PreferenceRow kDuringPlay[] = {
 };
 
 constexpr PreferenceRow kVideoDuring[] = {
-    {.labelZ = "While a song plays, from the next song on"},
-    {"Auto Full Screen During Play", nullptr, "The video window fills its display, and is a window again when the song stops."},
+    {.labelZ = "While a song plays"},
+    {"Auto Full Screen During Play", nullptr, "The video window fills its display when a song begins."},
     {"Bring Video Window to front when playing"},
     {"Hide on pause"},
 };
@@ -66,7 +66,7 @@ constexpr PreferenceRow kLibrary[] = {
     {.labelZ = "File names"},
     {"Conform Song Names", nullptr, "Files in the music folder are named after their songs when those are edited."},
     {"Conform song name template", "Template",
-     "L label, T track, S song, R artist, and the signs between them: - ( ) / . and the blank."},
+     "L label, T track, S song, R artist; between them - ( ) / . and blanks."},
     {"Seconds to wait after edit to push meta", "Wait after an edit", nullptr, 0, 600, 1, 1, 0, " s"},
     {.labelZ = "Names"},
     {"Move 'The' to end of Artits title", "Sort artists without “The”"},

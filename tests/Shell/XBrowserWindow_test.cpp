@@ -337,7 +337,7 @@ TEST_F(BrowserTest, ATaskIsShownAndEndedByItsButton) {
     EXPECT_FALSE(buttonP->isEnabled());
     viewP.reset();
     window.Follow(tasks.Rows());
-    Turn();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_EQ(window.findChild<QPushButton*>(), nullptr);
 }
 
