@@ -36,7 +36,7 @@ constexpr const char* kSidebar_PreferenceZ = "Sources Panel Width";
 constexpr int kSidebar_Least = 150, kSidebar_Most = 480;
 constexpr int kTyping_Milliseconds = 120;   // a word is typed faster than this
 constexpr int kMessage_Milliseconds = 5000;
-constexpr int kFont_Least = 8, kFont_Most = 32;   // points
+constexpr int kFont_Least = 8, kFont_Most = 32, kFont_MostBeside = 13;   // points
 constexpr int kTasks_Milliseconds = 500;
 
 }   // namespace
@@ -248,6 +248,7 @@ void XBrowserWindow::FollowPreferences() {
     QFont font = i_tableP->font();
     font.setPointSize(points);
     i_tableP->SetFont(font);
+    font.setPointSize(std::min(points, kFont_MostBeside));   // the column beside is narrow
     i_sourcesP->setFont(font);
 }
 

@@ -20,7 +20,7 @@ namespace {
 
 constexpr const char* kColumns_PreferenceZ = "Browser Columns";
 constexpr int kColumns_Milliseconds = 1000;   // a drag is over
-constexpr int kRow_Height = 30, kRow_Margin = 12;
+constexpr int kRow_Height = 30, kRow_Margin = 12, kTitle_MostPoints = 12;
 constexpr std::size_t kSelection_MostKept = 10'000;
 constexpr MetaKey kFactory_Columns[] = {"name"_key, "arts"_key, "albm"_key, "trak"_key, "drtn"_key};
 
@@ -363,6 +363,9 @@ void XSongTable::SetFont(const QFont& font) {
     const int height = std::max(kRow_Height, QFontMetrics(font).height() + kRow_Margin);
     verticalHeader()->setMinimumSectionSize(height);
     verticalHeader()->setDefaultSectionSize(height);
+    QFont title = font;
+    title.setPointSize(std::min(font.pointSize(), kTitle_MostPoints));
+    horizontalHeader()->setFont(title);
 }
 
 void XSongTable::SetHint(const QString& title, const QString& text) {

@@ -36,6 +36,7 @@ public:
         option.text = option.fontMetrics.elidedText(option.text, Qt::ElideRight, option.rect.width() - width - 44);
         option.state &= ~QStyle::State_HasFocus;
         QStyledItemDelegate::paint(painterP, option, index);
+        painterP->setFont(option.font);
         painterP->setPen(selectedB ? XLook::Now().accentText : XLook::Now().quiet);
         painterP->drawText(option.rect.adjusted(0, 0, -10, 0), Qt::AlignVCenter | Qt::AlignRight, count);
     }
