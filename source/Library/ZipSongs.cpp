@@ -70,6 +70,6 @@ OSErr ZipSongs(CSongDatabase& database, CSongZipper& zipper, std::vector<SongID>
     for (const SongID song : songs)
         if (const OSErr err = zipper.Zip(song, OldZip::kRefuse, [batchRef](OSErr ended) { batchRef->Ended(ended); });
             Failed(err))
-            batchRef->Ended(err);
+            batchRef->Ended(err == opWrErr ? noErr : err);   // it is in the queue already
     return noErr;
 }

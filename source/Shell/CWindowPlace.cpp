@@ -1,5 +1,6 @@
 #include "Shell/CWindowPlace.h"
 
+#include <algorithm>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QStringList>
@@ -18,6 +19,39 @@ bool IsSeen(const QRect& rect) {
         if (both.width() >= kSeen_Least.width() && both.height() >= kSeen_Least.height()) return true;
     }
     return false;
+}
+
+/** The display that has most of it; null when none has any. */
+const QScreen* ScreenOf(const QRect& rect) {
+    const QScreen* bestP = nullptr;
+    qint64 mostL = 0;
+    for (const QScreen* const screenP : QGuiApplication::screens()) {
+        const QRect both = screenP->availableGeometry().intersected(rect);
+        const qint64 areaL = both.isEmpty() ? 0 : qint64{both.width()} * both.height();
+        if (areaL <= mostL) continue;
+        mostL = areaL;
+        bestP = screenP;
+    }
+    return bestP;
+}
+
+/** Where a window stands that was at `wanted` when the displays were others: there, unless nobody could see it, or it is
+    larger than its display and hangs over the edge of all of them. */
+QRect Fitted(const QRect& wanted) {
+    const bool seenB = IsSeen(wanted);
+    const QScreen* const screenP = seenB ? ScreenOf(wanted) : QGuiApplication::primaryScreen();
+    if (screenP == nullptr) return wanted;
+    const QRect area = screenP->availableGeometry();
+    const bool largerB = wanted.width() > area.width() || wanted.height() > area.height();
+    if (seenB && (!largerB || screenP->virtualGeometry().contains(wanted))) return wanted;
+    QRect place(wanted.topLeft(), wanted.size().boundedTo(area.size()));
+    if (!seenB) {
+        place.moveCenter(area.center());
+        return place;
+    }
+    place.moveLeft(std::clamp(place.left(), area.left(), area.right() + 1 - place.width()));
+    place.moveTop(std::clamp(place.top(), area.top(), area.bottom() + 1 - place.height()));
+    return place;
 }
 
 }   // namespace
@@ -70,14 +104,8 @@ QRect CWindowPlace::Normal() const {
 void CWindowPlace::PlaceNormal() {
     i_wanted = i_wanted.isNull() ? i_window.geometry() : i_wanted;
     if (i_wanted.isEmpty()) return;
-    QRect place = i_wanted;
-    i_placed = {};
-    if (const QScreen* const screenP = QGuiApplication::primaryScreen(); !IsSeen(place) && screenP != nullptr) {
-        const QRect area = screenP->availableGeometry();
-        place.setSize(place.size().boundedTo(area.size()));
-        place.moveCenter(area.center());
-        i_placed = place;
-    }
+    const QRect place = Fitted(i_wanted);
+    i_placed = place == i_wanted ? QRect() : place;
     i_window.setGeometry(place);
 }
 
@@ -146,6 +174,6 @@ void CWindowPlace::OnScreenAdded(QScreen* screenP) {
         if (nowP == nullptr) return;
         if (i_awaitingB && i_fullOn == name) return EnterOn(*nowP);
         const bool awayB = !i_fullB && !i_placed.isNull() && i_window.geometry() == i_placed;
-        if (awayB && IsSeen(i_wanted)) PlaceNormal();
+        if (awayB && Fitted(i_wanted) != i_placed) PlaceNormal();
     });
 }

@@ -4,6 +4,7 @@
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
 #include <QPushButton>
+#include <QScreen>
 #include <QSignalBlocker>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -103,7 +104,8 @@ XPreferencesWindow::XPreferencesWindow(CPreferences& prefs, CPlayControl& play, 
     columnP->addWidget(i_tabsP, 1);
     columnP->addWidget(buttonsP);
     buttonsP->setContentsMargins(0, 0, 16, 0);
-    resize(720, 640);
+    const QScreen* const screenP = parentP != nullptr ? parentP->screen() : screen();
+    resize(QSize(720, 640).boundedTo(screenP->availableSize() * 9 / 10));
 }
 
 XPreferencePage* XPreferencesWindow::MakePage(const QString& title) {

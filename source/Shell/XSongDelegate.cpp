@@ -7,7 +7,7 @@
 #include "Shell/CSongTableModel.h"
 #include "Shell/SongCells.h"
 
-QWidget* XSongDelegate::createEditor(QWidget* parentP, const QStyleOptionViewItem& /*option*/,
+QWidget* XSongDelegate::createEditor(QWidget* parentP, const QStyleOptionViewItem& option,
                                      const QModelIndex& index) const {
     const CDataTraits& traits = MetaManager().GetTraits(i_model.Columns()[static_cast<std::size_t>(index.column())]);
     const QString name = i_model.headerData(index.column(), Qt::Horizontal, Qt::DisplayRole).toString();
@@ -21,6 +21,7 @@ QWidget* XSongDelegate::createEditor(QWidget* parentP, const QStyleOptionViewIte
         lineP->setFrame(false);
         editorP = lineP;
     }
+    editorP->setFont(option.font);
     editorP->setAccessibleName(name);
     editorP->setAccessibleDescription(tr("Return keeps, Escape leaves it as it was, Tab goes on to the next"));
     return editorP;

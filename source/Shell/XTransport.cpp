@@ -23,7 +23,7 @@ namespace {
 constexpr int kTick_Milliseconds = 100;
 constexpr long k300ths_Second = 300;
 constexpr int kVolume_Step = 5;   // percent
-constexpr int kTime_Width = 150;
+constexpr int kTime_Width = 150, kVolume_Width = 152;
 
 constexpr struct {
     VocalMode mode;
@@ -50,6 +50,9 @@ QLabel* MakeTime(Qt::Alignment alignment, const QString& name, const QString& de
     labelP->setAccessibleDescription(description);
     return labelP;
 }
+
+/** Room between two groups, which gives way in a narrow window. */
+QSpacerItem* MakeGap() { return new QSpacerItem(12, 1, QSizePolicy::Maximum, QSizePolicy::Minimum); }
 
 /** `captionP` over `widgetP`. */
 QWidget* Under(QLabel* captionP, QLayout* rowP) {
@@ -151,29 +154,31 @@ QWidget* XTransport::MakeBottom() {
     i_tempoP = new XStepper(tr("Tempo"), i_actions.Get(Command::kTempoDown), i_actions.Get(Command::kTempoReset),
                             i_actions.Get(Command::kTempoUp), 62);
     rowP->addWidget(i_pitchP, 0, Qt::AlignVCenter);
-    rowP->addSpacing(12);
+    rowP->addItem(MakeGap());
     rowP->addWidget(i_tempoP, 0, Qt::AlignVCenter);
-    rowP->addSpacing(12);
+    rowP->addItem(MakeGap());
 
     i_slipP = new XStepper(tr("Lyrics"), i_actions.Get(Command::kSlipSongLater), i_actions.Get(Command::kSlipSongReset),
                            i_actions.Get(Command::kSlipSongEarlier), 58);
     rowP->addWidget(i_slipP, 0, Qt::AlignVCenter);
-    rowP->addSpacing(12);
+    rowP->addItem(MakeGap());
 
     i_vocalP = new QComboBox;
     for (const auto& row : kVocal_Modes) i_vocalP->addItem(tr(row.titleZ), static_cast<int>(row.mode));
     i_vocalP->setFixedHeight(28);
+    i_vocalP->setMinimumWidth(84);
     i_vocalP->setAccessibleName(tr("Vocals"));
     i_vocalP->setAccessibleDescription(tr("How the lead vocal is heard"));
     auto* const vocalRowP = new QHBoxLayout;
     vocalRowP->addWidget(i_vocalP);
     rowP->addWidget(Under(MakeCaption(tr("Vocals")), vocalRowP), 0, Qt::AlignVCenter);
-    rowP->addSpacing(12);
+    rowP->addItem(MakeGap());
 
     i_volumeP = new QSlider(Qt::Horizontal);
     i_volumeP->setRange(0, 100);
     i_volumeP->setPageStep(kVolume_Step);
-    i_volumeP->setFixedSize(120, 28);
+    i_volumeP->setFixedHeight(28);
+    i_volumeP->setMinimumWidth(50);
     i_volumeP->setAccessibleName(tr("Volume"));
     i_volumeP->setAccessibleDescription(tr("In percent"));
     i_muteP = MakeButton(Command::kMute, IconKind::kVolume, 28);
@@ -181,8 +186,10 @@ QWidget* XTransport::MakeBottom() {
     volumeRowP->setSpacing(4);
     volumeRowP->addWidget(i_muteP);
     volumeRowP->addWidget(i_volumeP);
-    rowP->addWidget(Under(MakeCaption(tr("Volume")), volumeRowP), 0, Qt::AlignVCenter);
-    rowP->addSpacing(8);
+    QWidget* const volumeGroupP = Under(MakeCaption(tr("Volume")), volumeRowP);
+    volumeGroupP->setMaximumWidth(kVolume_Width);
+    rowP->addWidget(volumeGroupP, 1, Qt::AlignVCenter);   // as wide as it may be, where there is room
+    rowP->addItem(MakeGap());
 
     auto* const outputP = new QToolButton;
     outputP->setIcon(Icon(IconKind::kOutput));

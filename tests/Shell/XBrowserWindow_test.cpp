@@ -479,7 +479,7 @@ TEST_F(BrowserTest, TheSheetShowsEveryKey) {
 
 /** Nothing overlaps, and nothing is cut, on a small screen and on a large one. */
 TEST_F(BrowserTest, FitsSmallAndLargeScreens) {
-    for (const QSize size : {QSize(1024, 640), QSize(1920, 1080)}) {
+    for (const QSize size : {QSize(880, 560), QSize(1024, 640), QSize(1920, 1080)}) {
         i_windowP->resize(size);
         Turn();
         ASSERT_EQ(i_windowP->size(), size);   // its least size is no larger

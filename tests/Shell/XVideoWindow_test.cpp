@@ -143,8 +143,11 @@ TEST_F(XVideoWindowTest, APlaceThatNobodySeesIsKeptUntilTheUserMovesTheWindow) {
     EXPECT_EQ(place.Normal(), away);
     i_window.setGeometry(20, 30, 310, 230);
     EXPECT_EQ(place.Normal(), QRect(20, 30, 310, 230));
-    place.SetNormal(QRect(0, 0, 90000, 90000));
-    EXPECT_TRUE(i_window.isVisible());
+    const QRect huge(40, 50, 90000, 300);   // from a larger display
+    place.SetNormal(huge);
+    EXPECT_TRUE(i_window.screen()->availableGeometry().contains(i_window.geometry()));
+    EXPECT_EQ(i_window.geometry().topLeft(), QPoint(0, 50));
+    EXPECT_EQ(place.Normal(), huge);
 }
 
 TEST_F(XVideoWindowTest, AFullScreenOnADisplayThatIsNotThereWaits) {
