@@ -32,6 +32,7 @@ void CMovieTime::Jump(double seconds) {
     const std::scoped_lock guard(i_lock);
     i_baseT = seconds;
     i_atT = steadyT;
+    i_rate = 0;   // it may have been told to pause since it was looked at last
 }
 
 double CMovieTime::Run(bool runningB, double rate) {

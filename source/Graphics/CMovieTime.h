@@ -14,7 +14,7 @@ public:
     /** The sound is heard at `heardT`. While it runs a small difference is made up for over two seconds; a large one,
        and any while it stands, at once. Answers what the picture is to show now. */
     double Follow(double heardT, bool runningB, double rate);
-    /** Goes on from `seconds`. */
+    /** Stands at `seconds`, until the next Follow or Run. */
     void Jump(double seconds);
     /** Own clock; the same answer. */
     double Run(bool runningB, double rate = 1);

@@ -152,6 +152,11 @@ TEST(CMovieTime, AJumpOfTheSoundIsTakenAtOnceAndAPauseStands) {
     EXPECT_NEAR(time.PictureT(), 2.85, 1e-9);
     time.SetDelay(-999999);
     EXPECT_NEAR(time.PictureT(), 5, 1e-9);
+    time.SetDelay(0);
+    time.Run(true, 2);
+    time.Jump(1);   // as a seek in a pause that it was not told of yet
+    clock.Advance(0.5);
+    EXPECT_NEAR(time.Run(false), 1, 1e-9);
 }
 
 }   // namespace

@@ -56,6 +56,8 @@ private:
     std::atomic<int>& i_openedL;
 };
 
+using Words = std::vector<std::string>;
+
 /** Songs, a list, and a control that plays them on an output without sound; the clock runs 20 times as fast. */
 class PlayTest : public testing::Test, protected CSongDatabaseHost, protected CPlayHost, protected CPlayWatcher {
 protected:
@@ -149,6 +151,12 @@ protected:
     bool RunUntilIdle() {
         return RunUntil([this] { return i_controlP->State() == PlayState::kIdle; });
     }
+    /** The row is played, and its pre-roll is through. */
+    bool Starts(std::size_t row, bool pausedB = false) {
+        if (Failed(Play(row))) return false;
+        i_controlP->SetPaused(pausedB);
+        return RunUntilPlaying();
+    }
     void RunFor(double seconds) {
         const double untilT = CClock::Get().SteadyT() + seconds;
         while (CClock::Get().SteadyT() < untilT) Pass();
@@ -168,11 +176,11 @@ protected:
         static std::mutex s_lock;
         return s_lock;
     }
-    static std::vector<std::string>& Alerts() {
-        static std::vector<std::string> s_alerts;
+    static Words& Alerts() {
+        static Words s_alerts;
         return s_alerts;
     }
-    static std::vector<std::string> AlertsSoFar() {
+    static Words AlertsSoFar() {
         const std::scoped_lock guard(AlertLock());
         return Alerts();
     }
@@ -204,7 +212,7 @@ protected:
     std::atomic<OSErr> i_openErr{noErr};
     std::atomic<int> i_openedL{0};
     bool i_quittingB = false, i_deselectedB = false;
-    std::vector<std::string> i_messages, i_sung;
+    Words i_messages, i_sung;
     std::vector<PlayState> i_states;
     int i_settingsL = 0;
     std::unique_ptr<CThreadManager> i_managerP;

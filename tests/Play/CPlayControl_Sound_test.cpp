@@ -1,0 +1,88 @@
+#include "Play/CPlayControl.h"
+#include "Play/PlayTest.h"
+
+namespace {
+
+TEST_F(PlayTest, SettingsReachTheSoundAndAreKept) {
+    CSong& song = Add(Sound("a.wav", 60));
+    song.Meta().SetInteger("PICH"_key, -3);
+    song.Meta().SetFloat("TMPO"_key, 1.1);
+    song.Meta().SetInteger("vChn"_key, 2);
+    song.Meta().SetFloat("volm"_key, 0.4);
+    EXPECT_EQ(i_controlP->SetPitch(1), paramErr);   // nothing plays
+    ASSERT_EQ(Play(0), noErr);
+    EXPECT_EQ(i_controlP->Pitch(), -3);
+    EXPECT_NEAR(i_controlP->Tempo(), 1.1, 1e-6);
+    EXPECT_EQ(i_controlP->Vocal(), VocalMode::kLeftOnly);
+    ASSERT_TRUE(RunUntilPlaying());
+    EXPECT_FLOAT_EQ(i_controlP->Volume(), 0.4F);
+    EXPECT_EQ(i_preferences.GetLong("Current Volume (0-100)"), 40);
+
+    const int settingsL = i_settingsL;
+    EXPECT_EQ(i_controlP->SetPitch(5), noErr);
+    EXPECT_EQ(i_controlP->SetTempo(0.9), noErr);
+    EXPECT_EQ(i_controlP->SetPitch(13), paramErr);
+    EXPECT_EQ(i_controlP->SetTempo(0), paramErr);
+    EXPECT_EQ(i_settingsL, settingsL + 2);
+    EXPECT_EQ(song.Meta().GetInteger("PICH"_key), 5);
+    EXPECT_NEAR(song.Meta().GetFloat("TMPO"_key), 0.9, 1e-6);
+
+    i_preferences.Set("Remember pitch / tempo in all playlists", CCFValue(false));
+    EXPECT_EQ(i_controlP->SetPitch(-7), noErr);   // of this row alone
+    EXPECT_EQ(song.Meta().GetInteger("PICH"_key), 5);
+    ASSERT_EQ(Play(0), noErr);
+    EXPECT_EQ(i_controlP->Pitch(), -7);
+    i_controlP->SetMute(true);
+    EXPECT_TRUE(i_controlP->IsMuted());
+    i_controlP->SetVolume(7);
+    EXPECT_EQ(i_controlP->Volume(), 1);
+}
+
+TEST_F(PlayTest, TheSlipIsToldInSecondsAndKept) {
+    CSong& song = Add(Sound("a.wav", 60), Graphics("a.cdg", 18000));
+    song.Meta().SetFloat("Slip"_key, 0.5);
+    ASSERT_TRUE(Starts(0));
+    EXPECT_EQ(i_controlP->SlipSong(1), "Song Sync Slip: 0.6 seconds");
+    EXPECT_EQ(i_controlP->SlipSong(-8), "Song Sync Slip: -0.2 seconds");
+    EXPECT_NEAR(song.Meta().GetFloat("Slip"_key), -0.2, 1e-6);
+    EXPECT_EQ(i_controlP->SlipGlobal(3), "Global Sync Slip: 0.3 seconds");
+    EXPECT_EQ(i_preferences.GetLong("Global Song Sync Slip (300ths)"), 90);
+    EXPECT_EQ(i_messages.back(), "Global Sync Slip: 0.3 seconds");
+    // -60 of the song and 90 of all: the picture is 30 ahead.
+    i_controlP->SetPaused(false);
+    i_controlP->SeekTo300(3000);
+    ASSERT_TRUE(RunUntil([&] { return i_controlP->CurTime300() > 3100; }));
+    i_controlP->VideoIdle(false);
+    EXPECT_NEAR(static_cast<double>(i_controlP->Current()->Packets() - i_controlP->CurTime300()), 30, 25);
+}
+
+TEST_F(PlayTest, ADeviceThatCannotBeOpenedEndsTheSongWithOneAlert) {
+    Add(Sound("a.wav", 1));
+    i_openErr.store(ioErr);
+    ASSERT_EQ(Play(0), noErr);
+    ASSERT_TRUE(RunUntilIdle());
+    EXPECT_EQ(i_controlP->PlayErr(), ioErr);
+    i_openErr.store(noErr);
+    ASSERT_EQ(Play(0), noErr);
+    EXPECT_TRUE(RunUntilPlaying());
+    EXPECT_EQ(i_controlP->PlayErr(), noErr);
+}
+
+class UnhurriedPlayTest : public PlayTest {
+protected:
+    UnhurriedPlayTest() : PlayTest(2) {}
+};
+
+/** Sound that is far behind the words jumps to them, once it moves again. */
+TEST_F(UnhurriedPlayTest, AStallLeavesTheSoundWhereTheWordsAre) {
+    Add(Sound("a.wav", 600), Graphics("a.cdg", 3000));
+    ASSERT_EQ(Play(0), noErr);
+    ASSERT_TRUE(RunUntil([&] { return i_controlP->CurTime300() > 300; }));
+    EXPECT_LT(std::abs(i_controlP->Current()->Heard300() - i_controlP->CurTime300()), 150);
+    i_clock.Skip(30);   // the device is fed late; the clock of the words is not
+    EXPECT_TRUE(RunUntil([&] { return Logged("the sound goes there"); }));
+    EXPECT_TRUE(RunUntil([&] { return std::abs(i_controlP->Current()->Heard300() - i_controlP->CurTime300()) < 150; }));
+    EXPECT_GT(i_controlP->CurTime300(), 30 * 300);
+}
+
+}   // namespace
