@@ -59,6 +59,7 @@ public:
     }
     std::size_t Room() const override { return i_output.Room(); }
     void WaitForRoom(std::size_t frames, double seconds) override { i_output.WaitForRoom(frames, seconds); }
+    void Rest(double seconds) override { i_output.Rest(seconds); }
     void Wake() override { i_output.Wake(); }
     std::uint64_t FramesPlayed() const override { return i_output.FramesPlayed(); }
     std::uint64_t FramesLate() const override { return i_output.FramesLate(); }

@@ -60,8 +60,13 @@ CAudioPlayer::~CAudioPlayer() {
     Log("finished playing");
 }
 
+void CAudioPlayer::SetPaused(bool pausedB) {
+    i_pausedB.store(pausedB);
+    i_chain.Wake();   // before the first play it sleeps
+}
+
 void CAudioPlayer::SetMode(PlayMode mode) {
-    i_pausedB.store(mode != PlayMode::kPlay);
+    SetPaused(mode != PlayMode::kPlay);
     if (i_parts.windowP != nullptr) i_parts.windowRule.Apply(mode, *i_parts.windowP);
 }
 
@@ -106,12 +111,14 @@ void CAudioPlayer::Fade(std::span<float> stereo, bool inB) const noexcept {
     }
 }
 
-bool CAudioPlayer::IsBlockReady() const noexcept {
-    if (Failed(i_spoolP->Err())) return true;
-    if (IsPaused()) return i_playedB;   // before the first play no silence is queued for the song to wait behind
+BlockOutlook CAudioPlayer::Outlook() const noexcept {
+    if (Failed(i_spoolP->Err())) return BlockOutlook::kWhole;
+    // Before the first play no silence is queued for the song to wait behind.
+    if (IsPaused()) return i_playedB ? BlockOutlook::kWhole : BlockOutlook::kUnwanted;
     const auto blockF = static_cast<double>(i_floats.size() / kChannels) * i_spoolP->TimePitch().Tempo();
     const bool directB = i_spoolP->TimePitch().Pitch() == 0 && i_spoolP->TimePitch().Tempo() == 1.0;
-    return i_spoolP->HasFrames(static_cast<std::size_t>(blockF) + (directB ? 0 : kEngine_Frames));
+    const bool wholeB = i_spoolP->HasFrames(static_cast<std::size_t>(blockF) + (directB ? 0 : kEngine_Frames));
+    return wholeB ? BlockOutlook::kWhole : BlockOutlook::kShort;
 }
 
 OSErr CAudioPlayer::RenderBlock(std::span<std::int16_t> stereo) noexcept {

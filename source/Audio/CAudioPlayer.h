@@ -45,7 +45,7 @@ public:
 
     /** Main thread: the video window follows. */
     void SetMode(PlayMode mode);
-    void SetPaused(bool pausedB) noexcept { i_pausedB.store(pausedB); }
+    void SetPaused(bool pausedB);
     [[nodiscard]] bool IsPaused() const noexcept { return i_pausedB.load(); }
     /** All of the song was read; the last blocks may still be heard (IsHeardOut). */
     [[nodiscard]] bool IsStopped() const noexcept { return i_stoppedB.load(); }
@@ -71,7 +71,7 @@ private:
     CAudioPlayer(const AudioPlayerParts& parts, const AudioPlayerSettings& settings);
     OSErr Open();
     OSErr RenderBlock(std::span<std::int16_t> stereo) noexcept override;
-    [[nodiscard]] bool IsBlockReady() const noexcept override;
+    [[nodiscard]] BlockOutlook Outlook() const noexcept override;
     OSErr ReadSong(std::span<float> stereo, std::size_t& frames) noexcept;
     void Fade(std::span<float> stereo, bool inB) const noexcept;
 

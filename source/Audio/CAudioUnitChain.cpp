@@ -52,7 +52,7 @@ OSErr CAudioUnitChain::StartRendering(CAudioRenderer& renderer, double sleepT) {
 void CAudioUnitChain::StopRendering() {
     i_stopB.store(true);
     if (!std::exchange(i_renderingB, false)) return;
-    i_output.Wake();
+    Wake();
     if (Failed(i_stopped.Wait(WaitMode::kMain_TimersPaint))) return;
 }
 
@@ -66,8 +66,8 @@ void CAudioUnitChain::RenderLoop() noexcept {
         if (i_output.IsLost()) TendDevice();
         if (i_output.Room() < i_blockFramesL)
             i_output.WaitForRoom(i_blockFramesL, i_sleepT);
-        else if (IsBetterLater())
-            i_output.WaitForRoom(i_roomL, kRender_LookT);
+        else if (const double restT = RestT(); restT > 0)
+            i_output.Rest(restT);
         else
             err = RenderOne();
     }
@@ -75,9 +75,11 @@ void CAudioUnitChain::RenderLoop() noexcept {
     i_stopped.Signal();   // last: the chain may be gone after it
 }
 
-bool CAudioUnitChain::IsBetterLater() const noexcept {
-    if (i_rendererP->IsBlockReady()) return false;
-    return !i_begunB || i_roomL - std::min(i_roomL, i_output.Room()) > i_blockFramesL / 2;
+double CAudioUnitChain::RestT() const noexcept {
+    const BlockOutlook outlook = i_rendererP->Outlook();
+    const bool holdsB = !i_begunB || i_roomL - std::min(i_roomL, i_output.Room()) > i_blockFramesL / 2;
+    if (outlook == BlockOutlook::kWhole || !holdsB) return 0;
+    return outlook == BlockOutlook::kShort ? kRender_LookT : i_sleepT;
 }
 
 OSErr CAudioUnitChain::RenderOne() noexcept {

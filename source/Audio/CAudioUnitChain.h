@@ -9,14 +9,21 @@
 #include "Core/CSemaphore.h"
 #include "Platform/CAudioOutput.h"
 
+/** What a block asked for now would be. */
+enum class BlockOutlook {
+    kWhole,
+    kShort,      // sound is missing that will come
+    kUnwanted,   // none is wanted before the output is woken
+};
+
 /** Fills one block for the device. */
 class CAudioRenderer {
 public:
     /** All of `stereo`. CT_AudioRender: allocates nothing, logs nothing, waits for nobody. A failure ends the
      * rendering. */
     virtual OSErr RenderBlock(std::span<std::int16_t> stereo) noexcept = 0;
-    /** A block asked for now would be whole. While it is not, and the output holds enough, the chain rather waits. */
-    [[nodiscard]] virtual bool IsBlockReady() const noexcept = 0;
+    /** While it is not whole, and the output holds enough, the chain rather waits. */
+    [[nodiscard]] virtual BlockOutlook Outlook() const noexcept = 0;
 
 protected:
     ~CAudioRenderer() = default;
@@ -46,6 +53,8 @@ public:
     /** How the rendering ended; noErr while it goes on. Any thread. */
     OSErr Result() const noexcept { return i_result.load(); }
     [[nodiscard]] CAudioOutput& Output() noexcept { return i_output; }
+    /** The outlook is another one now. */
+    void Wake() { i_output.Wake(); }
     [[nodiscard]] const CAudioOutput& Output() const noexcept { return i_output; }
 
     /** For CT_AudioRender. */
@@ -53,7 +62,8 @@ public:
 
 private:
     OSErr RenderOne() noexcept;
-    [[nodiscard]] bool IsBetterLater() const noexcept;
+    /** Seconds that the next block is better left for; 0: it is due. */
+    [[nodiscard]] double RestT() const noexcept;
     void TendDevice();
 
     CAudioOutput& i_output;

@@ -49,7 +49,9 @@ public:
     [[nodiscard]] virtual std::size_t Room() const = 0;
     /** Sleeps until there is room for `frames`, Wake is called, or the time is over. */
     virtual void WaitForRoom(std::size_t frames, double seconds) = 0;
-    /** Ends the wait under way, or the next one. */
+    /** The same for a writer that has nothing to give now, however much room there is. */
+    virtual void Rest(double seconds) = 0;
+    /** Ends the wait or rest under way, or the next one. */
     virtual void Wake() = 0;
 
     /** Queued frames that the device has taken; exact. Frames of silence that it took for want of others do not count.

@@ -14,6 +14,7 @@ public:
     OSErr Queue(std::span<const std::int16_t> stereo) override;
     [[nodiscard]] std::size_t Room() const override;
     void WaitForRoom(std::size_t frames, double seconds) override;
+    void Rest(double seconds) override { i_wake.Wait(seconds); }
     void Wake() override { i_wake.Signal(); }
     [[nodiscard]] std::uint64_t FramesPlayed() const override;
     [[nodiscard]] std::uint64_t FramesLate() const override;

@@ -214,6 +214,11 @@ std::size_t CAudioOutput_SDL::Room() const {
 
 void CAudioOutput_SDL::WaitForRoom(std::size_t frames, double seconds) {
     if (Room() >= frames) return;
+    const bool pacedB = i_deviceID == 0;   // by the writer alone
+    Rest(pacedB ? std::min(seconds, static_cast<double>(frames) / kAudioOutput_Rate) : seconds);
+}
+
+void CAudioOutput_SDL::Rest(double seconds) {
     if (i_deviceID != 0) {
         i_wake.Wait(seconds);
         return;
@@ -222,7 +227,7 @@ void CAudioOutput_SDL::WaitForRoom(std::size_t frames, double seconds) {
     const std::uint64_t playedL = i_playedL.load(std::memory_order_relaxed);
     const std::uint64_t waitingL = i_queuedL.load(std::memory_order_relaxed) - playedL;
     const double sinceT = CClock::Get().SteadyT();
-    i_wake.Wait(std::min(seconds, static_cast<double>(frames) / kAudioOutput_Rate));
+    i_wake.Wait(seconds);
     i_paceF += (CClock::Get().SteadyT() - sinceT) * kAudioOutput_Rate;   // whatever ended the wait
     const std::uint64_t takenL = std::min(static_cast<std::uint64_t>(i_paceF), waitingL);
     i_paceF = std::min(i_paceF - static_cast<double>(takenL), 1.0);   // nothing is owed for what was not queued

@@ -20,6 +20,7 @@ public:
     OSErr Queue(std::span<const std::int16_t> stereo) override;
     [[nodiscard]] std::size_t Room() const override;
     void WaitForRoom(std::size_t frames, double seconds) override;
+    void Rest(double seconds) override;
     void Wake() override { i_wake.Signal(); }
     [[nodiscard]] std::uint64_t FramesPlayed() const override { return i_playedL.load(std::memory_order_acquire); }
     [[nodiscard]] std::uint64_t FramesLate() const override { return i_lateL.load(std::memory_order_relaxed); }

@@ -75,6 +75,14 @@ TEST_F(CAudioPlayer_test, PausesAndGoesOnWithoutAClick) {
     }
 }
 
+TEST_F(CAudioPlayer_test, BeforeItsFirstPlayItSleepsAndIsWoken) {
+    ASSERT_EQ(Create(RandomSamples(60000)), noErr);
+    ASSERT_TRUE(RunUntil([&] { return i_output.i_restsL + i_output.i_vainL > 0; }));
+    EXPECT_EQ(i_output.i_vainL, 0);
+    i_playerP->SetMode(PlayMode::kPlay);
+    EXPECT_TRUE(RunUntil([&] { return !i_output.Given().empty(); }));   // with a clock that stands
+}
+
 TEST_F(CAudioPlayer_test, SeeksWhilePausedAndAfterTheEnd) {
     const Samples song = RandomSamples(60000);
     ASSERT_EQ(Create(song), noErr);

@@ -27,6 +27,15 @@ public:
         i_lostB = false;
         return noErr;
     }
+    void WaitForRoom(std::size_t frames, double seconds) override {
+        if (Room() >= frames) ++i_vainL;
+        CAudioOutput_Null::WaitForRoom(frames, seconds);
+    }
+    /** Until it is woken, unless it is but a look at a ring that is late. */
+    void Rest(double seconds) override {
+        ++i_restsL;
+        CAudioOutput_Null::Rest(seconds > 0.05 ? 3600 : seconds);
+    }
     bool NewDevice() override { return i_newB.exchange(false); }
     OSErr Deliver(std::span<const std::int16_t> stereo) override {
         if (!i_counterP) i_counterP = std::make_unique<AllocationCounter>();
@@ -44,7 +53,7 @@ public:
     std::string i_opened;
     AudioBlocks i_blocks;
     std::atomic<bool> i_lostB{false}, i_otherB{true}, i_newB{false};
-    std::atomic<int> i_recoveries{0};
+    std::atomic<int> i_recoveries{0}, i_restsL{0}, i_vainL{0};   // i_vainL: waits for what was there already
     std::atomic<std::size_t> i_allocationsL{0};   // of the render thread since its first block
 
 private:
