@@ -120,6 +120,7 @@ OSErr CAS_QuickTimeAudioReader::Read_i(std::span<std::byte> buffer, std::size_t&
         return err;
     }
     AssertWords(err != paramErr, "\"Crazy freak out error\" == NULL");   // it could be read when it was opened
+    if (IsQuiet()) return err;
     ShowAlert("bummer", "Some crazy QuickTime error trying to extract audio!  Bummer!");
     return alreadyReportedErr;
 }

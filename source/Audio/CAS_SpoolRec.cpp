@@ -23,6 +23,6 @@ OSErr Start(const Ref<CSpooler>& sourceP, const Ref<CSpooler>& destinationP, boo
     if (numberL == 0) return abortErr;   // reported by the thread layer
     destinationP->i_firstWrite.Wait(numberL, WaitMode::kForever);
     const OSErr err = FirstOf(sourceP->Err(), destinationP->Err());
-    if (Failed(err) && !CSpooler::IsIgnorable(err)) ShowAlert("Spooler Error", ErrorText(err));
+    if (Failed(err) && !CSpooler::IsIgnorable(err) && !sourceP->IsQuiet()) ShowAlert("Spooler Error", ErrorText(err));
     return err;
 }

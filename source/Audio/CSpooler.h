@@ -97,6 +97,9 @@ public:
     [[nodiscard]] float Peak() const noexcept { return i_peakF.load(); }
     void SetPeak(float peakF) noexcept { i_peakF.store(peakF); }
 
+    /** What breaks is told to nobody for now: its song is only held ready. Any thread. */
+    void SetQuiet(bool quietB) noexcept { i_quietB.store(quietB); }
+    [[nodiscard]] bool IsQuiet() const noexcept { return i_quietB.load(); }
     /** A queue whose element uses this spool; once it has been told to stop, a read aborts. Null before the element
        ends: the queue is not kept. */
     void SetQue(const CMutex_ThreadQue* queP) noexcept { i_queP.store(queP); }
@@ -214,6 +217,7 @@ private:
     std::atomic<OSErr> i_err{noErr};       // the first one; never taken back
     std::atomic<OSErr> i_endedBy{noErr};   // abortErr or userCanceledErr, once the whole chain was ended
     std::atomic<float> i_peakF{0};
+    std::atomic<bool> i_quietB{false};
 
     CMutex i_dataLock;
     const std::unique_ptr<CMutex> i_ownWriteLockP;

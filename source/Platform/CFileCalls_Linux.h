@@ -3,7 +3,7 @@
 
 /** The file calls of the kernel. No state.
     Threads  any. */
-class CFileCalls_Linux final : public CFileCalls {
+class CFileCalls_Linux : public CFileCalls {
 public:
     [[nodiscard]] int Open(const Path& path, FileAccess access, std::uint32_t mode, int& handle) override;
     int Close(int handle) override;

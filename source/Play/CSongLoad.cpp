@@ -10,6 +10,7 @@
 namespace {
 
 constexpr std::uint64_t kMostGraphics_Bytes = std::uint64_t{1} << 30;   // 41 hours
+constexpr std::uintmax_t kStamp_Gone = static_cast<std::uintmax_t>(-1);
 
 bool IsThere(const CFileRef& file) {
     std::error_code err;
@@ -48,7 +49,7 @@ void CSongLoad::Abort() {
     if (const Ref<CAS_QuickTimeVideo> movieP = i_abortableMovie.Get()) movieP->Abort();
 }
 
-OSErr CSongLoad::Load(std::unique_ptr<CS_MainThread_AbortProc> completionP) {
+OSErr CSongLoad::Load(std::unique_ptr<CS_MainThread_AbortProc> completionP, LoadFor what) {
     bool loadedB = false;
     {
         std::unique_lock guard(i_phaseLock);
@@ -56,8 +57,9 @@ OSErr CSongLoad::Load(std::unique_ptr<CS_MainThread_AbortProc> completionP) {
         loadedB = i_phase == Phase::kLoaded;
         i_phase = Phase::kLoading;
     }
+    SetQuiet(what == LoadFor::kLater);
     OSErr err = noErr;
-    if (!loadedB || Stamps() != i_stamps) err = LoadNow(std::move(completionP));
+    if (!loadedB || HasBroken() || WereReplaced()) err = LoadNow(std::move(completionP));
     const std::scoped_lock guard(i_phaseLock);
     i_phase = Failed(err) ? Phase::kNew : Phase::kLoaded;
     i_phaseChanged.notify_all();
@@ -67,6 +69,7 @@ OSErr CSongLoad::Load(std::unique_ptr<CS_MainThread_AbortProc> completionP) {
 OSErr CSongLoad::LoadNow(std::unique_ptr<CS_MainThread_AbortProc> completionP) {
     if (i_ringP) i_ringP->Abort();   // of files that are others now
     i_ringP = nullptr;
+    i_soundP = nullptr;
     i_graphicsP.reset();
     if (i_movieP) i_movieP->Abort();
     i_movieP = nullptr;
@@ -92,10 +95,29 @@ std::vector<CSongLoad::Stamp> CSongLoad::Stamps() const {
         std::error_code err;
         Stamp stamp{.file = fileP->GetPath()};
         stamp.bytesL = std::filesystem::file_size(stamp.file, err);
+        if (err) stamp.bytesL = kStamp_Gone;
         stamp.time = std::filesystem::last_write_time(stamp.file, err);
         stamps.push_back(std::move(stamp));
     }
     return stamps;
+}
+
+/** A file that cannot be looked at any more is not another one: what was opened can still be read. */
+bool CSongLoad::WereReplaced() const {
+    const std::vector<Stamp> now = Stamps();
+    return !std::ranges::equal(i_stamps, now, [](const Stamp& before, const Stamp& after) {
+        return after.bytesL == kStamp_Gone || before == after;
+    });
+}
+
+bool CSongLoad::HasBroken() const {
+    const auto brokenB = [](OSErr err) { return Failed(err) && err != eofErr; };
+    return i_soundP && (brokenB(i_soundP->Err()) || brokenB(i_ringP->Err()));
+}
+
+void CSongLoad::SetQuiet(bool quietB) {
+    i_quietB.store(quietB);
+    if (i_soundP) i_soundP->SetQuiet(quietB);
 }
 
 OSErr CSongLoad::Choose() {
@@ -187,14 +209,14 @@ OSErr CSongLoad::LoadGraphics(const std::filesystem::path& file) {
 }
 
 OSErr CSongLoad::StartSound(std::unique_ptr<CS_MainThread_AbortProc> completionP) {
-    Ref<CSpooler> sourceP;
-    if (const OSErr err = MakeSongSource(i_soundFile, sourceP); Failed(err)) return err;
+    if (const OSErr err = MakeSongSource(i_soundFile, i_soundP); Failed(err)) return err;
+    i_soundP->SetQuiet(i_quietB.load());
     i_ringP = MakeAudioRing();
     LogF("Fill Ring Buffer: Audio Out: %s", i_ringP->TrackedName().c_str());
     if (completionP) i_ringP->SetCompletion(true, completionP.release());
     i_abortable.Set(i_ringP);
     if (i_abortedB.load()) i_ringP->Abort();   // an Abort that came just before found nothing
-    const OSErr err = Start(sourceP, i_ringP, false);
-    i_toldB = Failed(err) && !CSpooler::IsIgnorable(err);
+    const OSErr err = Start(i_soundP, i_ringP, false);
+    i_toldB = Failed(err) && !CSpooler::IsIgnorable(err) && !i_quietB.load();
     return err == eofErr ? noErr : err;   // a song without sound is silence of its length
 }

@@ -18,19 +18,23 @@
 /** What a song turned out to be made of. */
 enum class SongKind { kNone, kSoundAndGraphics, kSound, kGraphics, kVideo, kLaunch };
 
+/** What a song is loaded for. */
+enum class LoadFor { kPlay, kLater };
+
 /** A song's files, opened: the ring of its sound, filled by a pump from the first block on, and its graphics, which lie
     in memory whole. A song that is to play next is held like this.
-    Threads  Load on workers: the second one waits for the first, and takes what it has if the files are still the same;
-             Abort on any; the rest after Load.
+    Threads  Load on workers: the second one waits for the first, and takes what it has unless the files are others by
+             now, or it broke meanwhile; Abort on any; the rest after Load.
     Owner    Ref. Its end, or Abort, ends the pump.
-    Errors   fnfErr: there is no file, or not enough of them. The spools' own errors were told to the user. */
+    Errors   fnfErr: there is no file, or not enough of them. The spools' own errors were told to the user, but not
+             those of a song that is loaded for later: its play loads it again, and tells. */
 class CSongLoad final : public RefCounted {
 public:
     explicit CSongLoad(SongPlaySpec spec) : i_spec(std::move(spec)) {}
     ~CSongLoad() override { Abort(); }
 
     /** `completionP` is told when all of the sound was read, or cannot be; may be null. */
-    OSErr Load(std::unique_ptr<CS_MainThread_AbortProc> completionP);
+    OSErr Load(std::unique_ptr<CS_MainThread_AbortProc> completionP, LoadFor what = LoadFor::kPlay);
     /** abortErr from now on, for who loads and for who plays. */
     void Abort();
 
@@ -66,6 +70,9 @@ private:
 
     OSErr LoadNow(std::unique_ptr<CS_MainThread_AbortProc> completionP);
     [[nodiscard]] std::vector<Stamp> Stamps() const;
+    [[nodiscard]] bool WereReplaced() const;
+    [[nodiscard]] bool HasBroken() const;
+    void SetQuiet(bool quietB);
     OSErr Choose();
     OSErr ChooseFromZip(const CFileRef& file);
     OSErr ChooseFromFiles();
@@ -80,6 +87,7 @@ private:
     SongKind i_kind = SongKind::kNone;
     CFileRef i_mainFile, i_soundFile;
     std::unique_ptr<CSubCodeStream_Memory> i_graphicsP;
+    Ref<CSpooler> i_soundP;   // that is pumped into the ring
     Ref<CAS_AudioRing> i_ringP;
     Ref<CAS_QuickTimeVideo> i_movieP;
     std::vector<Stamp> i_stamps;   // of the files, when they were opened
@@ -87,7 +95,7 @@ private:
     mutable std::mutex i_phaseLock;   // guards i_phase; held for no work
     std::condition_variable i_phaseChanged;
     Phase i_phase = Phase::kNew;
-    std::atomic<bool> i_abortedB{false};
+    std::atomic<bool> i_abortedB{false}, i_quietB{false};
     CMutexT<Ref<CAS_AudioRing>> i_abortable;   // what Abort ends while Load is under way
     CMutexT<Ref<CAS_QuickTimeVideo>> i_abortableMovie;
 };

@@ -10,7 +10,9 @@ public:
     explicit CT_Cache(Ref<CSongLoad> loadP) : CT_Preemptive("cache song"), i_loadP(std::move(loadP)) {}
 
 protected:
-    OSErr Operate(OSErr) override { return i_loadP->Load(std::make_unique<CSongLoadCompletion>(i_loadP->Spec().name)); }
+    OSErr Operate(OSErr) override {
+        return i_loadP->Load(std::make_unique<CSongLoadCompletion>(i_loadP->Spec().name), LoadFor::kLater);
+    }
 
 private:
     const Ref<CSongLoad> i_loadP;

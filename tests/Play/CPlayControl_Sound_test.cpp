@@ -58,11 +58,11 @@ TEST_F(PlayTest, TheSlipIsToldInSecondsAndKept) {
 
 TEST_F(PlayTest, ADeviceThatCannotBeOpenedEndsTheSongWithOneAlert) {
     Add(Sound("a.wav", 1));
-    i_openErr.store(ioErr);
+    i_device.openErr.store(ioErr);
     ASSERT_EQ(Play(0), noErr);
     ASSERT_TRUE(RunUntilIdle());
     EXPECT_EQ(i_controlP->PlayErr(), ioErr);
-    i_openErr.store(noErr);
+    i_device.openErr.store(noErr);
     ASSERT_EQ(Play(0), noErr);
     EXPECT_TRUE(RunUntilPlaying());
     EXPECT_EQ(i_controlP->PlayErr(), noErr);

@@ -100,13 +100,13 @@ TEST_F(PlayTest, EveryOrderInEveryState) {
 
 TEST_F(PlayTest, AStopWhileItStartsEndsThePreRollWithoutAWord) {
     Add(Sound("a.wav", 5));
-    i_shutB = true;   // the device takes its time
+    i_device.shutB = true;   // the device takes its time
     ASSERT_EQ(Play(0), noErr);
     RunFor(1);
     EXPECT_EQ(i_controlP->State(), kStarting);
     i_controlP->Stop();
     EXPECT_EQ(i_controlP->State(), kIdle);
-    i_shutB = false;
+    i_device.shutB = false;
     RunFor(2);
     EXPECT_TRUE(RunUntilOutputIsFree());
     EXPECT_EQ(i_controlP->State(), kIdle);
@@ -117,12 +117,12 @@ TEST_F(PlayTest, AStopWhileItStartsEndsThePreRollWithoutAWord) {
 TEST_F(PlayTest, ASongThatIsWantedWhileAnotherStartsWaitsForItAndTheLoopRuns) {
     Add(Sound("a.wav", 5));
     CSong& second = Add(Sound("b.wav", 5));
-    i_shutB = true;
+    i_device.shutB = true;
     ASSERT_EQ(Play(0), noErr);
     ASSERT_EQ(Play(1), noErr);   // comes back at once
     RunFor(1);
     EXPECT_EQ(i_controlP->State(), kStarting);
-    i_shutB = false;
+    i_device.shutB = false;
     ASSERT_TRUE(RunUntilPlaying());   // GatedOutput sees that one song has it at a time
     EXPECT_EQ(i_controlP->CurrentSong(), second.GetSongID());
     EXPECT_EQ(AlertsSoFar(), Words());
@@ -130,12 +130,12 @@ TEST_F(PlayTest, ASongThatIsWantedWhileAnotherStartsWaitsForItAndTheLoopRuns) {
 
 TEST_F(PlayTest, ATempoThatIsAskedForWhileItStartsIsKept) {
     Add(Sound("a.wav", 60));
-    i_shutB = true;
+    i_device.shutB = true;
     ASSERT_EQ(Play(0), noErr);
     RunFor(1);
     ASSERT_EQ(i_controlP->State(), kStarting);
     EXPECT_EQ(i_controlP->SetTempo(4), noErr);
-    i_shutB = false;
+    i_device.shutB = false;
     ASSERT_TRUE(RunUntil([&] { return i_controlP->CurTime300() > 600; }));
     const double beganT = CClock::Get().SteadyT();
     const long began300 = i_controlP->CurTime300();

@@ -58,7 +58,7 @@ TEST_F(PlayTest, GraphicsAlonePlayWhenTheyMay) {
     EXPECT_EQ(i_controlP->EndTime300(), 300);
     ASSERT_TRUE(RunUntilIdle());
     EXPECT_EQ(i_sung, (Words{"naked"}));
-    EXPECT_EQ(i_openedL, 0);   // the device was left alone
+    EXPECT_EQ(i_device.openedL, 0);   // the device was left alone
 }
 
 TEST_F(PlayTest, AMidiFileIsHandedToTheDesktop) {

@@ -87,7 +87,7 @@ TEST_F(PlayTest, AQuitInEveryStateComesToItsEnd) {
         EXPECT_EQ(Play(1), abortErr);
         i_controlP.reset();
         i_managerP.reset();   // all threads end
-        EXPECT_EQ(i_openedL, 0);
+        EXPECT_EQ(i_device.openedL, 0);
         i_managerP = std::make_unique<CThreadManager>();
         i_controlP = std::make_unique<CPlayControl>(static_cast<CPlayHost&>(*this));
         i_quittingB = false;

@@ -34,26 +34,44 @@ private:
     const std::chrono::steady_clock::time_point i_start = std::chrono::steady_clock::now();
 };
 
-/** An output that a test can hold up: opening waits at the gate, and the device can be missing. */
+/** What befalls the device of a test. */
+struct ScriptedDevice {
+    std::atomic<bool> shutB{false};   // opening, and coming back, waits
+    std::atomic<OSErr> openErr{noErr};
+    std::atomic<bool> lostB{false}, otherB{true}, newB{false};   // it was pulled out; another one is there; one came
+    std::atomic<int> openedL{0};
+
+    void WaitAtGate() const {
+        while (shutB) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+};
+
+/** An output on that device. */
 class GatedOutput final : public CAudioOutput_Null {
 public:
-    explicit GatedOutput(std::atomic<bool>& shutB, std::atomic<OSErr>& err, std::atomic<int>& opened)
-        : i_shutB(shutB), i_err(err), i_openedL(opened) {}
+    explicit GatedOutput(ScriptedDevice& device) : i_device(device) {}
     OSErr Open(std::string_view, const AudioBlocks& blocks) override {
-        while (i_shutB) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        if (Failed(i_err.load())) return i_err;
-        EXPECT_EQ(++i_openedL, 1) << "two songs in one output";
+        i_device.WaitAtGate();
+        if (Failed(i_device.openErr.load())) return i_device.openErr;
+        EXPECT_EQ(++i_device.openedL, 1) << "two songs in one output";
         return CAudioOutput_Null::Open("", blocks);
     }
     void Close() override {
-        --i_openedL;
+        --i_device.openedL;
         CAudioOutput_Null::Close();
     }
+    [[nodiscard]] bool IsLost() const override { return i_device.lostB; }
+    OSErr Recover(std::string& device) override {
+        i_device.WaitAtGate();
+        if (!i_device.otherB) return ioErr;
+        device = "Other";
+        i_device.lostB = false;
+        return noErr;
+    }
+    [[nodiscard]] bool NewDevice() override { return i_device.newB.exchange(false); }
 
 private:
-    std::atomic<bool>& i_shutB;
-    std::atomic<OSErr>& i_err;
-    std::atomic<int>& i_openedL;
+    ScriptedDevice& i_device;
 };
 
 using Words = std::vector<std::string>;
@@ -78,10 +96,10 @@ protected:
         i_controlP->AddWatcher(*this);
     }
     ~PlayTest() override {
-        i_shutB = false;
+        i_device.shutB = false;
         i_controlP.reset();
         i_managerP.reset();   // waits for the songs that are on their way out
-        EXPECT_EQ(i_openedL, 0);
+        EXPECT_EQ(i_device.openedL, 0);
         i_databaseP.reset();
         SetAlertHook(nullptr);
         CLog::Get().SetLive(false);
@@ -163,7 +181,7 @@ protected:
     }
     /** Threads that end songs have ended. */
     bool RunUntilOutputIsFree() {
-        return RunUntil([this] { return i_openedL == 0; });
+        return RunUntil([this] { return i_device.openedL == 0; });
     }
 
     // ---- What is told ----
@@ -191,7 +209,7 @@ protected:
     CUserInterface& Ui() override { return i_ui; }
     bool IsQuitting() const override { return i_quittingB; }
     AudioOutputChoice MakeOutput(const std::string& device) override {
-        return {std::make_unique<GatedOutput>(i_shutB, i_openErr, i_openedL), device};
+        return {std::make_unique<GatedOutput>(i_device), device};
     }
     CGraphicsPorts& Ports() override { return i_ports; }
     void ShowMessage(std::string_view text) override { i_messages.emplace_back(text); }
@@ -208,9 +226,7 @@ protected:
     CCFPrefDictionary i_preferences;
     CUserInterface_Scripted i_ui;
     CGraphicsPorts i_ports;
-    std::atomic<bool> i_shutB{false};
-    std::atomic<OSErr> i_openErr{noErr};
-    std::atomic<int> i_openedL{0};
+    ScriptedDevice i_device;
     bool i_quittingB = false, i_deselectedB = false;
     Words i_messages, i_sung;
     std::vector<PlayState> i_states;

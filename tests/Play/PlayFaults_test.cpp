@@ -1,0 +1,134 @@
+#include "Platform/CFileCalls_Linux.h"
+#include "Play/PlayTest.h"
+
+namespace {
+
+using enum PlayState;
+
+/** A disc that can go away: what was open fails, and nothing can be opened. */
+class GoneDisc : public CFileCalls_Linux {
+public:
+    GoneDisc() { CFileCalls::Install(this); }
+    ~GoneDisc() override { CFileCalls::Install(nullptr); }
+    int Open(const Path& path, FileAccess access, std::uint32_t mode, int& handle) override {
+        return i_goneB && access == FileAccess::kRead ? ENOENT : CFileCalls_Linux::Open(path, access, mode, handle);
+    }
+    int ReadAt(int handle, std::uint64_t at, std::span<std::byte> to, std::size_t& got) override {
+        got = 0;
+        return i_goneB ? EIO : CFileCalls_Linux::ReadAt(handle, at, to, got);
+    }
+    std::atomic<bool> i_goneB{false};
+};
+
+class PlayFaultTest : protected GoneDisc, public PlayTest {   // in this order: no thread runs yet
+protected:
+    explicit PlayFaultTest(double speed = 20) : PlayTest(speed) {
+        i_preferences.Set("Stop between tracks", CCFValue(true));
+    }
+};
+
+/** A song whose disc or file goes plays what it has, and is told of once; then everything works again. */
+TEST_F(PlayFaultTest, WhatBefallsTheFilesOfASong) {
+    Sound("movie.wav", 24);
+    ASSERT_EQ(std::system(("cd '" + i_folder.string() +
+                           "' && python3 -c \"import zipfile as z; z.ZipFile('a.zip','w',z.ZIP_DEFLATED)"
+                           ".write('movie.wav')\" && ffmpeg -v error -nostdin -f lavfi -i testsrc=s=64x48:r=5:d=24 -i "
+                           "movie.wav -map 0 -map 1 -c:v mpeg4 -c:a pcm_s16le movie.mov")
+                              .c_str()),
+              0);
+    enum class When { kPreRoll, kPlaying, kLoadedAhead };
+    enum class How { kDiscGone, kCut, kRenamed, kDeleted };
+    using enum When;
+    using enum How;
+    constexpr struct {
+        const char* nameZ;
+        When when;
+        How how;
+        bool endsB;   // it plays to its end
+    } cases[] = {
+        {"a.wav", kPreRoll, kDiscGone, false},   {"a.wav", kPlaying, kDiscGone, false},
+        {"a.wav", kPreRoll, kCut, false},        {"a.wav", kPlaying, kCut, false},
+        {"a.wav", kPlaying, kRenamed, true},     {"a.wav", kPlaying, kDeleted, true},
+        {"a.wav", kLoadedAhead, kDeleted, true}, {"a.wav", kLoadedAhead, kDiscGone, false},
+        {"a.zip", kPlaying, kDiscGone, false},   {"movie.mov", kPlaying, kDiscGone, false},
+        {"movie.mov", kPreRoll, kCut, false},    {"movie.mov", kPlaying, kDeleted, true},
+    };
+    Add(Sound("other.wav", 0.5));   // all of it lies in the ring
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.nameZ << ", when " << static_cast<int>(c.when) << ", how "
+                                        << static_cast<int>(c.how));
+        const std::filesystem::path folder = i_folder / "disc", file = folder / c.nameZ;
+        std::filesystem::create_directories(folder);
+        const bool wavB = file.extension() == ".wav";
+        std::filesystem::copy(wavB ? Sound("a.wav", 24) : i_folder / c.nameZ, file);
+        Add(file, wavB ? Graphics("disc/a.cdg", 7200) : "");
+        const std::size_t sungL = i_sung.size(), alertsL = AlertsSoFar().size();
+
+        i_device.shutB = c.when == kPreRoll;
+        if (c.when == kLoadedAhead) {
+            ASSERT_TRUE(Starts(0, true));
+            ASSERT_TRUE(RunUntil([&] { return i_controlP->IsNextReady(); }));
+        } else {
+            ASSERT_EQ(Play(1), noErr);
+            ASSERT_TRUE(RunUntil([&] {
+                return c.when == kPlaying ? i_controlP->CurTime300() > 100 : i_controlP->Current()->Files().IsLoaded();
+            }));
+        }
+        i_goneB = c.how == kDiscGone;
+        if (c.how == kCut) std::filesystem::resize_file(file, std::filesystem::file_size(file) / 3);
+        if (c.how == kRenamed) std::filesystem::rename(folder, i_folder / "moved");
+        if (c.how == kDeleted) std::filesystem::remove_all(folder);
+        i_device.shutB = false;
+        ASSERT_TRUE(c.when != kLoadedAhead || !Failed(Play(1)));
+
+        ASSERT_TRUE(RunUntilIdle());
+        EXPECT_EQ(i_sung.size(), sungL + (c.endsB ? 1 : 0));
+        EXPECT_EQ(AlertsSoFar().size(), alertsL + (c.endsB ? 0 : 1)) << testing::PrintToString(AlertsSoFar());
+        EXPECT_EQ(i_controlP->PlayErr() == noErr, c.endsB) << Number(i_controlP->PlayErr());
+        i_goneB = false;
+        EXPECT_TRUE(Starts(0));   // the show goes on
+        i_controlP->Stop();
+        ASSERT_TRUE(RunUntilOutputIsFree());
+        ASSERT_EQ(i_listP->RemoveItem(Row(1)), noErr);
+        std::filesystem::remove_all(folder);
+        std::filesystem::remove_all(i_folder / "moved");
+    }
+}
+
+class PlayDeviceTest : public PlayFaultTest {
+protected:
+    PlayDeviceTest() : PlayFaultTest(2) {}
+    [[nodiscard]] long Apart300() const {
+        return std::abs(i_controlP->Current()->Heard300() - i_controlP->CurTime300());
+    }
+};
+
+/** A device that was away comes back to where the words are by then, however long it took. */
+TEST_F(PlayDeviceTest, ADeviceThatVanishesAndComesBackPlaysOnWhereTheWordsAre) {
+    Add(Sound("a.wav", 600), Graphics("a.cdg", 180000));
+    ASSERT_EQ(Play(0), noErr);
+    ASSERT_TRUE(RunUntil([&] { return i_controlP->CurTime300() > 300; }));
+
+    i_device.otherB = false;   // there is none: the words go on
+    i_device.lostB = true;
+    ASSERT_TRUE(RunUntil([&] { return AlertsSoFar().size() == 1; }));
+    long at300 = i_controlP->CurTime300();
+    ASSERT_TRUE(RunUntil([&] { return i_controlP->CurTime300() > at300 + 600; }));
+    i_device.otherB = i_device.newB = true;
+    ASSERT_TRUE(RunUntil([&] { return !i_device.lostB; }));
+    EXPECT_LT(Apart300(), 150);
+
+    i_device.shutB = true;   // there is one, and it takes its time
+    i_device.lostB = true;
+    at300 = i_controlP->CurTime300();
+    ASSERT_TRUE(RunUntil([&] { return i_controlP->CurTime300() > at300 + 1500; }));
+    i_device.shutB = false;
+    EXPECT_TRUE(RunUntil([&] { return !i_device.lostB && Apart300() < 150; }));
+    EXPECT_TRUE(Logged("the sound goes there"));
+    EXPECT_GT(i_controlP->CurTime300(), at300 + 1500);
+    EXPECT_EQ(i_controlP->State(), kPlaying);
+    EXPECT_EQ(AlertsSoFar().size(), 2U);   // each loss once
+    EXPECT_EQ(i_controlP->PlayErr(), noErr);
+}
+
+}   // namespace
