@@ -64,8 +64,7 @@ void Measure(BenchHost& host, std::size_t namesL) {
 
     // What the sort itself would cost somebody who had the keys of all texts ready.
     std::vector<PLRow> rows;
-    std::uint32_t nextStampL = 0;
-    rows = list.Items()->Snapshot(nextStampL);
+    rows = list.Items()->RowsBefore(list.Items()->NextStamp());
     const CRowValues values(list.Items(), database.Songs(), nullptr, list.ID());
     std::vector<std::pair<std::string, std::string>> keys;
     keys.reserve(rows.size());
@@ -98,7 +97,7 @@ void Measure(BenchHost& host, std::size_t namesL) {
     std::vector<PLItemID> wanted;
     for (const std::uint32_t n : order) wanted.push_back(rows[n].id);
     PLItemSet late;   // rows that came during the sort
-    for (const PLRow& row : list.Items()->Snapshot(nextStampL))
+    for (const PLRow& row : list.Items()->RowsBefore(list.Items()->NextStamp()))
         if (row.stampL > rows.size()) late.Add(row.id);
     SDB_Selection shown = list.GetAsSelection_FromViewer();
     shown.BatchErase(late);

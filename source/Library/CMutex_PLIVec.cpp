@@ -12,8 +12,9 @@ std::size_t Slot(PLItemID id) { return static_cast<std::size_t>(Number(id)); }
 
 }   // namespace
 
-CMutex_PLIVec::CMutex_PLIVec(CPlayList* listP)
+CMutex_PLIVec::CMutex_PLIVec(CPlayList* listP, Indexed indexed)
     : i_plP(listP),
+      i_indexed(indexed),
       i_pliVec(1),
       i_userP(&i_orders.try_emplace(kUserOrder, listP, SortSpec{{kUserOrder}}, true).first->second) {}
 
@@ -52,6 +53,7 @@ std::vector<PLItemID> CMutex_PLIVec::Add(std::vector<PLNewItem> items, RowIndex 
         item.i_metaP = std::move(asked.metaP);
         item.i_stampL = i_nextStampL++;
         if (item.i_metaP != nullptr) ++i_metasL;
+        if (i_indexed == Indexed::kYes) i_slotsOf.Add(item.i_targetL, item.i_pli_index);
         ++i_countL;
         // Slots that were taken out of turn are still in the heap: they go when they come up.
         while (!i_holes.empty() && !i_pliVec[static_cast<std::size_t>(i_holes.front())].IsHole()) {
@@ -99,6 +101,7 @@ void CMutex_PLIVec::Leave_(CPlayListItem& item) {
     i_holes.push_back(item.i_pli_index);
     std::ranges::push_heap(i_holes, std::greater{});
     if (item.i_metaP != nullptr) --i_metasL;
+    if (i_indexed == Indexed::kYes) i_slotsOf.Remove(item.i_targetL, item.i_pli_index);
     item = CPlayListItem();
     --i_countL;
 }
@@ -108,6 +111,7 @@ void CMutex_PLIVec::ResetIfEmpty() {
     i_pliVec.clear();
     i_pliVec.emplace_back();
     i_holes.clear();
+    i_slotsOf.Clear();
     i_metasL = 0;
     for (auto& [key, order] : i_orders) order.Items().clear();
     i_staleL = SIZE_MAX;

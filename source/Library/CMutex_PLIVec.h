@@ -8,6 +8,7 @@
 
 #include "Core/CMutex.h"
 #include "Library/CPlayListItem.h"
+#include "Library/CTargetIndex.h"
 #include "Library/SDB_Selection.h"
 
 /** A copy of a row, for those who have no business with the row itself. */
@@ -26,7 +27,10 @@ struct PLRow {
     Owner    CPlayList, shared with a sort that runs: it may outlive its list by the length of that sort. */
 class CMutex_PLIVec final : public CMutex {
 public:
-    explicit CMutex_PLIVec(CPlayList* listP);
+    /** Whether the rows of a song are looked up, or looked for: the library's list needs no index, as its songs know
+        their rows. */
+    enum class Indexed : bool { kNo, kYes };
+    CMutex_PLIVec(CPlayList* listP, Indexed indexed);
 
     // ---- Changes: main thread. ----
     /** Adds all in this order, in front of row `where` if that is one of the list's, else at the end. Their ids; the
@@ -55,6 +59,8 @@ public:
     [[nodiscard]] PLItemID LastAdded() const;
     /** Nothing for a hole, or for what is no slot. */
     [[nodiscard]] std::optional<PLRow> Get(PLItemID id) const;
+    /** The rows of these that are there, a block under one lock. */
+    [[nodiscard]] std::vector<PLRow> RowsOf(std::span<const PLItemID> ids) const;
     /** SDB_Index_NONE for what is not in the list. */
     [[nodiscard]] RowIndex RowOf(PLItemID id) const;
     /** By the user order, from 1. */
@@ -63,6 +69,8 @@ public:
     [[nodiscard]] std::vector<PLRow> Page(RowIndex first, std::size_t countL) const;
     /** The first row of this song or singer by slot; SDB_kNoItem without. */
     [[nodiscard]] PLItemID Find(PLTarget target) const;
+    /** All rows of these songs, which are sorted, by slot. */
+    [[nodiscard]] std::vector<PLItemID> RowsOfSongs(std::span<const SongID> songs) const;
     /** All rows that point to one of these targets, by slot; `wanted(target)` runs under the lock. */
     template <class Wanted>
     [[nodiscard]] std::vector<PLItemID> FindAll(Wanted&& wanted) const {
@@ -76,12 +84,11 @@ public:
     /** The rows in the user's order, as they stood at one moment, copied a block at a time: whoever wants the list
         meanwhile waits for one block. For workers, which have the time to begin again when the list changes. */
     [[nodiscard]] std::vector<PLRow> RowsInBlocks() const;
-    /** The rows by slot, and the stamp that the next row gets. */
-    [[nodiscard]] std::vector<PLRow> Snapshot(std::uint32_t& nextStampL) const;
-    /** The rows that came at this stamp or later, or are among `also`; by slot. */
-    [[nodiscard]] std::vector<PLRow> Since(std::uint32_t stampL, const PLItemSet& also) const;
-    /** Takes out of `rows` those that have left, and those of `also`. */
-    void KeepPresent(std::vector<PLRow>& rows, const PLItemSet& also) const;
+    /** The stamp that the next row gets. */
+    [[nodiscard]] std::uint32_t NextStamp() const;
+    /** The rows of earlier stamps, by slot, copied a block at a time: what leaves during the copy may be in it or not.
+        For workers; the rows' places are those of the last numbering (UpdateIndices). */
+    [[nodiscard]] std::vector<PLRow> RowsBefore(std::uint32_t stampL) const;
     /** The row's own value; none when the row, with this stamp, is gone or has none. */
     [[nodiscard]] CMetaValue RowValue(PLItemID id, std::uint32_t stampL, MetaKey key) const;
     /** The row's own values and other keys, as a property list has them; empty for a row without. */
@@ -97,8 +104,8 @@ public:
     void DropOrder(MetaKey mainKey);
     /** The order itself; null without. Main thread. */
     [[nodiscard]] const SDB_Selection* FindOrder(const SortSpec& spec) const;
-    /** Main thread. */
-    void InsertIntoOrder(MetaKey mainKey, std::size_t place, PLItemID id);
+    /** Puts each row in front of the one that is at this place now; the places ascend. Main thread. */
+    void InsertIntoOrder(MetaKey mainKey, std::span<const std::pair<std::size_t, PLItemID>> places);
     void AppendToOrder(MetaKey mainKey, std::span<const PLItemID> ids);
     void EraseFromOrder(MetaKey mainKey, std::span<const PLItemID> gone);
     /** The specs of all orders but the user's. */
@@ -128,9 +135,11 @@ private:
     [[nodiscard]] PLRow RowCopy(const CPlayListItem& item) const;
 
     CPlayList* const i_plP;
+    const Indexed i_indexed;
     // All of it under the lock; the items do not move as the deque grows.
     mutable std::deque<CPlayListItem> i_pliVec;
     std::vector<std::int32_t> i_holes;   // a heap, the lowest in front
+    CTargetIndex i_slotsOf;              // by what the rows point to; empty without an index
     std::size_t i_countL = 0;
     std::size_t i_metasL = 0;   // rows with values of their own
     PLItemID i_lastID{SDB_kOrphanID};

@@ -47,6 +47,18 @@ std::optional<PLRow> CMutex_PLIVec::Get(PLItemID id) const {
     return RowCopy(i_pliVec[Slot(id)]);
 }
 
+std::vector<PLRow> CMutex_PLIVec::RowsOf(std::span<const PLItemID> ids) const {
+    std::vector<PLRow> rows;
+    rows.reserve(ids.size());
+    for (; !ids.empty(); ids = ids.subspan(std::min(ids.size(), kCopy_Block))) {
+        const Scope guard(*this);
+        Renumber();
+        for (const PLItemID id : ids.first(std::min(ids.size(), kCopy_Block)))
+            if (IsRow(id)) rows.push_back(RowCopy(i_pliVec[Slot(id)]));
+    }
+    return rows;
+}
+
 RowIndex CMutex_PLIVec::RowOf(PLItemID id) const {
     const auto row = Get(id);
     return row ? row->row : SDB_Index_NONE;
@@ -73,9 +85,38 @@ std::vector<PLRow> CMutex_PLIVec::Page(RowIndex first, std::size_t countL) const
 
 PLItemID CMutex_PLIVec::Find(PLTarget target) const {
     const Scope guard(*this);
+    if (i_indexed == Indexed::kYes) {
+        PLItemID first = SDB_kNoItem;
+        i_slotsOf.ForEach(target.idL, [&](std::int32_t slot) {
+            if (i_pliVec[static_cast<std::size_t>(slot)].Target() == target &&
+                (first == SDB_kNoItem || slot < Number(first)))
+                first = PLItemID{slot};
+            return true;
+        });
+        return first;
+    }
     for (std::size_t n = 1; n < i_pliVec.size(); ++n)
         if (!i_pliVec[n].IsHole() && i_pliVec[n].Target() == target) return i_pliVec[n].ID();
     return SDB_kNoItem;
+}
+
+std::vector<PLItemID> CMutex_PLIVec::RowsOfSongs(std::span<const SongID> songs) const {
+    if (i_indexed == Indexed::kNo || songs.size() > Count())
+        return FindAll([songs](const PLTarget& target) {
+            return target.type == SDB_kPLItem_SONG && std::ranges::binary_search(songs, SongID{target.idL});
+        });
+    std::vector<PLItemID> found;
+    {
+        const Scope guard(*this);
+        for (const SongID song : songs)
+            i_slotsOf.ForEach(Number(song), [&](std::int32_t slot) {
+                if (i_pliVec[static_cast<std::size_t>(slot)].Target() == PLTarget(song))
+                    found.push_back(PLItemID{slot});
+                return true;
+            });
+    }
+    std::ranges::sort(found);
+    return found;
 }
 
 std::vector<PLItemID> CMutex_PLIVec::UserOrder() const {
@@ -111,37 +152,25 @@ std::vector<PLRow> CMutex_PLIVec::RowsInBlocks() const {
     }
 }
 
-std::vector<PLRow> CMutex_PLIVec::Snapshot(std::uint32_t& nextStampL) const {
+std::uint32_t CMutex_PLIVec::NextStamp() const {
     const Scope guard(*this);
-    Renumber();
-    nextStampL = i_nextStampL;
-    std::vector<PLRow> rows;
-    rows.reserve(i_countL);
-    for (std::size_t n = 1; n < i_pliVec.size(); ++n)
-        if (!i_pliVec[n].IsHole()) rows.push_back(RowCopy(i_pliVec[n]));
-    return rows;
+    return i_nextStampL;
 }
 
-std::vector<PLRow> CMutex_PLIVec::Since(std::uint32_t stampL, const PLItemSet& also) const {
-    const Scope guard(*this);
-    Renumber();
+std::vector<PLRow> CMutex_PLIVec::RowsBefore(std::uint32_t stampL) const {
     std::vector<PLRow> rows;
-    for (const CPlayListItem& item : i_pliVec)
-        if (!item.IsHole() && (item.i_stampL >= stampL || also.Has(item.ID()))) rows.push_back(RowCopy(item));
-    return rows;
-}
-
-void CMutex_PLIVec::KeepPresent(std::vector<PLRow>& rows, const PLItemSet& also) const {
-    // The stamps side by side first: `rows` come in any order, and the items lie far apart.
-    std::vector<std::uint32_t> stamps;
-    {
-        const Scope guard(*this);
-        stamps.reserve(i_pliVec.size());
-        for (const CPlayListItem& item : i_pliVec) stamps.push_back(item.i_stampL);
+    for (std::size_t begin = 1;; begin += kCopy_Block) {
+        {
+            const Scope guard(*this);
+            if (begin == 1) rows.reserve(i_countL);
+            const std::size_t end = std::min(i_pliVec.size(), begin + kCopy_Block);
+            for (std::size_t n = begin; n < end; ++n)
+                if (const CPlayListItem& item = i_pliVec[n]; !item.IsHole() && item.i_stampL < stampL)
+                    rows.push_back(RowCopy(item));
+            if (end >= i_pliVec.size()) return rows;
+        }
+        std::this_thread::sleep_for(kCopy_Pause);
     }
-    std::erase_if(rows, [&](const PLRow& row) {
-        return Slot(row.id) >= stamps.size() || stamps[Slot(row.id)] != row.stampL || also.Has(row.id);
-    });
 }
 
 CMetaValue CMutex_PLIVec::RowValue(PLItemID id, std::uint32_t stampL, MetaKey key) const {
@@ -192,12 +221,21 @@ const SDB_Selection* CMutex_PLIVec::FindOrder(const SortSpec& spec) const {
     return it == i_orders.end() || !SameSpec(it->second.Spec(), spec) ? nullptr : &it->second;
 }
 
-void CMutex_PLIVec::InsertIntoOrder(MetaKey mainKey, std::size_t place, PLItemID id) {
+void CMutex_PLIVec::InsertIntoOrder(MetaKey mainKey, std::span<const std::pair<std::size_t, PLItemID>> places) {
     const Scope guard(*this);
     const auto it = i_orders.find(mainKey);
     if (it == i_orders.end() || mainKey == "stIx"_key) return;
     std::vector<PLItemID>& ids = it->second.Items();
-    ids.insert(ids.begin() + static_cast<std::ptrdiff_t>(std::min(place, ids.size())), id);
+    const auto at = [&](std::size_t n) { return ids.begin() + static_cast<std::ptrdiff_t>(n); };
+    // From the end, so that each id moves once, however many come.
+    std::size_t end = ids.size();
+    ids.resize(end + places.size());
+    for (std::size_t n = places.size(); n-- > 0;) {
+        const std::size_t place = std::min(places[n].first, end);
+        std::move_backward(at(place), at(end), at(end + n + 1));
+        ids[place + n] = places[n].second;
+        end = place;
+    }
 }
 
 void CMutex_PLIVec::AppendToOrder(MetaKey mainKey, std::span<const PLItemID> ids) {
@@ -208,7 +246,8 @@ void CMutex_PLIVec::AppendToOrder(MetaKey mainKey, std::span<const PLItemID> ids
 }
 
 void CMutex_PLIVec::EraseFromOrder(MetaKey mainKey, std::span<const PLItemID> gone) {
-    constexpr std::size_t kOneByOne = 4;   // a key press changes one row of a million: no set, no pass that moves each id
+    constexpr std::size_t kOneByOne =
+        4;   // a key press changes one row of a million: no set, no pass that moves each id
     const Scope guard(*this);
     const auto it = i_orders.find(mainKey);
     if (it == i_orders.end() || mainKey == "stIx"_key) return;

@@ -16,7 +16,8 @@ CPlayList::CPlayList(CSongDatabase& database, SourceType type, const SuperString
       i_playlistID(id),
       i_sourceType(type),
       i_name(NormalizedTitle(name.Empty() ? std::string_view(GetSourceName(type)) : std::string_view(name))),
-      i_list(std::make_shared<CMutex_PLIVec>(this)),
+      i_list(std::make_shared<CMutex_PLIVec>(
+          this, type == kSourceDB_LIBRARY ? CMutex_PLIVec::Indexed::kNo : CMutex_PLIVec::Indexed::kYes)),
       i_sortSpec{{DefaultSortKey(type)}} {}
 
 CPlayList::~CPlayList() { i_list->Clear(); }
@@ -83,17 +84,17 @@ std::vector<PLItemID> CPlayList::AddRows(std::vector<PLNewItem> items, RowIndex 
 }
 
 std::vector<PLItemID> CPlayList::AddOnce(std::vector<PLNewItem> items, RowIndex where) {
-    std::unordered_map<std::int32_t, PLItemID> rowOfSong;
-    std::uint32_t nextStampL = 0;
-    for (const PLRow& row : i_list->Snapshot(nextStampL))
-        if (row.target.type == SDB_kPLItem_SONG) rowOfSong.try_emplace(row.target.idL, row.id);
+    std::unordered_map<std::int32_t, PLItemID> rowOfSong;   // of those asked for
     std::vector<PLTarget> asked;
     std::vector<PLNewItem> fresh;
     std::vector<std::size_t> places;   // of the fresh ones among those asked for
     for (PLNewItem& item : items) {
         asked.push_back(item.target);
-        if (item.target.type == SDB_kPLItem_SONG && !rowOfSong.try_emplace(item.target.idL, SDB_kNoItem).second)
-            continue;
+        if (item.target.type == SDB_kPLItem_SONG) {
+            const auto [it, newB] = rowOfSong.try_emplace(item.target.idL, SDB_kNoItem);
+            if (newB) it->second = i_list->Find(item.target);
+            if (!newB || it->second != SDB_kNoItem) continue;
+        }
         places.push_back(asked.size() - 1);
         fresh.push_back(std::move(item));
     }
@@ -119,6 +120,7 @@ OSErr CPlayList::RemoveItems(std::vector<PLItemID> items) {
     std::ranges::sort(items);
     items.erase(std::unique(items.begin(), items.end()), items.end());
     if (i_playlistID == kPlaylistID_Library) i_database.SongsLeaveLibrary(*this, items);
+    NoteTouched(items);
     const std::size_t goneL = i_list->Remove(items, i_name.UTF8());
     if (goneL == 0) return items.empty() ? noErr : fnfErr;
     Touch("playlist items removed");
@@ -139,14 +141,6 @@ CPlayListItem* CPlayList::GetIndPLItem(PLItemID item) const {
     if (!AssertWords(Number(item) != SDB_kUninitializedID, "pli_id != SDB_kUninitializedID")) return nullptr;
     if (!AssertWords(item != SDB_kNoItem, "indexL != (size_t)SDB_Index_END")) return nullptr;
     return i_list->Item(item);
-}
-
-std::vector<PLRow> CPlayList::RowsOf(std::span<const PLItemID> items) const {
-    std::vector<PLRow> rows;
-    rows.reserve(items.size());
-    for (const PLItemID id : items)
-        if (const auto row = i_list->Get(id)) rows.push_back(*row);
-    return rows;
 }
 
 CMetaValue CPlayList::ValueOf(PLItemID item, MetaKey key) const {
@@ -171,8 +165,7 @@ void CPlayList::ItemChanged(ListMessage message, std::span<const PLItemID> items
 CRowValues CPlayList::Values() const { return {i_list, i_database.Songs(), i_database.SingerValues(), i_playlistID}; }
 
 std::string CPlayList::GetSummary() const {
-    std::uint32_t nextStampL = 0;
-    const std::vector<PLRow> rows = i_list->Snapshot(nextStampL);
+    const std::vector<PLRow> rows = i_list->RowsBefore(i_list->NextStamp());
     const CRowValues values = Values();
     double durationT = 0;
     std::uint64_t bytesL = 0;

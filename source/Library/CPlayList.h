@@ -129,9 +129,10 @@ private:
     void Shown(SortSpec spec, SortTold told);
     /** Puts new rows into all orders; a big block waits at the end of the shown one for a sort. */
     void PlaceInOrders(const std::vector<PLItemID>& items);
-    void Insert(const SortSpec& spec, std::span<const PLRow> rows);
-    [[nodiscard]] std::vector<PLItemID> Merge(SortJob& job, std::vector<PLRow> fresh) const;
-    [[nodiscard]] std::vector<PLRow> RowsOf(std::span<const PLItemID> items) const;
+    /** Finds the places of these rows, which are not in it, in the order by these keys. */
+    void Insert(const SortSpec& spec, std::vector<PLRow> rows);
+    /** These rows came, left or changed: what a task sorts is not right for them. */
+    void NoteTouched(std::span<const PLItemID> items);
     std::vector<PLItemID> AddRows(std::vector<PLNewItem> items, RowIndex where);
     /** For the lists of singers: a song that is there, or comes twice, gets the row of the first. */
     std::vector<PLItemID> AddOnce(std::vector<PLNewItem> items, RowIndex where);
@@ -152,8 +153,7 @@ private:
     bool i_staleShownB = false;              // the shown order was left unsorted while the task sorts by other keys
     std::optional<SortSpec> i_waitingSpec;   // asked for meanwhile
     SortTold i_waitingTold = SortTold::kTold;
-    long i_restartsL = 0;   // of the present sort, as too much had changed
-    PLItemSet i_touched;    // rows whose values changed while a task sorts
+    std::vector<PLItemID> i_touched;   // rows that came, left or changed while a task sorts; some more than once
     PLItemID i_selectedItem = SDB_kNoItem;
     long i_current_pli = 0;   // pending skips
 };

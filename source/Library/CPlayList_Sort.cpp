@@ -15,7 +15,6 @@ namespace {
 constexpr MetaKey kUserOrder = "stIx"_key;
 // Up to so many rows find their places one by one (some 20 comparisons each); more are sorted by a task.
 constexpr std::size_t kMostInserted = 64;
-constexpr long kMostRestarts = 3;
 
 bool UsesOneOf(const SortSpec& spec, std::span<const MetaKey> keys) {
     return std::ranges::any_of(spec,
@@ -25,9 +24,7 @@ bool UsesOneOf(const SortSpec& spec, std::span<const MetaKey> keys) {
 }   // namespace
 
 SortJob CPlayList::MakeJob(SortSpec spec) const {
-    SortJob job{Values(), {}, std::move(spec), 0, i_playlistID, i_name.UTF8()};
-    job.rows = i_list->Snapshot(job.nextStampL);
-    return job;
+    return {Values(), i_list, std::move(spec), i_list->NextStamp(), i_playlistID, i_name.UTF8()};
 }
 
 void CPlayList::Shown(SortSpec spec, SortTold told) {
@@ -63,16 +60,13 @@ void CPlayList::SetSort(SortSpec spec, SortWait wait, SortTold told) {
 void CPlayList::SortHere(SortSpec spec) {
     SortJob job = MakeJob(std::move(spec));
     CT_SortSelection::Run(job);
-    std::vector<PLItemID> ids;
-    ids.reserve(job.rows.size());
-    for (const PLRow& row : job.rows) ids.push_back(row.id);
-    i_list->SetOrder(job.spec, std::move(ids));
+    i_list->SetOrder(job.spec, std::move(job.order));
 }
 
 void CPlayList::StartSort(SortSpec spec) {
     if (!AssertWords(!i_sortingB, "!sortingB.Get()")) return;
     i_sortingB = i_showResultB = true;
-    i_touched = {};
+    i_touched.clear();
     i_database.Tell([&](CListWatcher& watcher) { watcher.SortChanged(i_playlistID, spec, true); });
     SortJob job = MakeJob(spec);
     if (CT_SortSelection::Start(std::make_unique<CT_SortSelection>(std::move(job), i_database.Self())) != 0) return;
@@ -102,63 +96,63 @@ void CPlayList::SortTroubles(const SortSpec& spec) const {
 void CPlayList::SortCompletion(SortJob job, OSErr err) {
     if (!i_sortingB) return SortTroubles(job.spec);
     i_sortingB = false;
+    const std::vector<PLItemID> touched = std::exchange(i_touched, {});
     if (Failed(err)) {
         LogF("### Error sorting %s (%d)", i_name.CString(), static_cast<int>(err));
     } else {
-        std::vector<PLRow> fresh = i_list->Since(job.nextStampL, i_touched);
-        if (fresh.size() > kMostInserted && i_restartsL < kMostRestarts && !i_waitingSpec && i_showResultB) {
-            ++i_restartsL;
-            return StartSort(std::move(job.spec));
-        }
-        i_list->SetOrder(job.spec, Merge(job, std::move(fresh)));
-        i_restartsL = 0;
-        i_touched = {};
+        // What left, came or changed meanwhile goes out, and what is there of it finds its place anew.
+        PLItemSet all;
+        std::vector<PLItemID> fresh;
+        for (const PLItemID id : touched)
+            if (!all.Has(id)) {
+                all.Add(id);
+                if (i_list->Get(id)) fresh.push_back(id);
+            }
+        if (!touched.empty()) std::erase_if(job.order, [&](PLItemID id) { return all.Has(id); });
+        // Too many stand at the end until they are sorted too; whoever waits for another order does not wait for that.
+        const bool againB = fresh.size() > kMostInserted;
+        const bool keptB = !againB || (i_showResultB && !i_waitingSpec);
+        if (keptB) i_list->SetOrder(job.spec, std::move(job.order));
+        if (keptB && !againB) Insert(job.spec, i_list->RowsOf(fresh));
+        if (keptB && againB) i_list->AppendToOrder(MainKey(job.spec), fresh);
         const bool staleB = std::exchange(i_staleShownB, false) && MainKey(job.spec) != MainKey(i_sortSpec);
         if (staleB) i_list->DropOrder(MainKey(i_sortSpec));   // made anew when it is wanted
-        if (i_showResultB) Shown(std::move(job.spec), SortTold::kTold);
+        if (keptB && i_showResultB) Shown(job.spec, SortTold::kTold);
+        if (keptB && againB) StartSort(std::move(job.spec));
     }
     if (auto next = std::exchange(i_waitingSpec, std::nullopt)) SetSort(std::move(*next), SortWait::kNo, i_waitingTold);
 }
 
-std::vector<PLItemID> CPlayList::Merge(SortJob& job, std::vector<PLRow> fresh) const {
-    // A slot that has another row by now carries another stamp; a row whose value changed finds its place anew.
-    i_list->KeepPresent(job.rows, i_touched);
-    fresh = job.values.Sorted(fresh, job.spec);
-    std::vector<PLItemID> ids;
-    ids.reserve(job.rows.size() + fresh.size());
-    auto from = job.rows.begin();
-    for (const PLRow& row : fresh) {
-        const auto to = std::lower_bound(from, job.rows.end(), row, [&](const PLRow& a, const PLRow& b) {
-            return job.values.Compare(a, b, job.spec) < 0;
-        });
-        std::transform(from, to, std::back_inserter(ids), [](const PLRow& one) { return one.id; });
-        ids.push_back(row.id);
-        from = to;
-    }
-    std::transform(from, job.rows.end(), std::back_inserter(ids), [](const PLRow& one) { return one.id; });
-    return ids;
-}
-
-void CPlayList::Insert(const SortSpec& spec, std::span<const PLRow> rows) {
+void CPlayList::Insert(const SortSpec& spec, std::vector<PLRow> rows) {
+    const SDB_Selection* const orderP = i_list->FindOrder(spec);
+    if (orderP == nullptr || rows.empty()) return;
     const CRowValues values = Values();
-    for (const PLRow& row : rows) {
-        const SDB_Selection* const orderP = i_list->FindOrder(spec);
-        if (orderP == nullptr) return;
-        const std::vector<PLItemID>& ids = orderP->Items();
+    const std::vector<PLItemID>& ids = orderP->Items();
+    std::ranges::sort(rows, {}, &PLRow::id);
+    std::vector<std::pair<std::size_t, PLItemID>> places;
+    auto from = ids.begin();
+    for (const PLRow& row : values.Sorted(rows, spec)) {
         const auto before = [&](PLItemID id) {
             const auto other = i_list->Get(id);
             return other && values.Compare(*other, row, spec) < 0;
         };
         // Most rows come at the end: a new song has the highest id.
-        const auto it = ids.empty() || before(ids.back()) ? ids.end() : std::ranges::partition_point(ids, before);
-        i_list->InsertIntoOrder(MainKey(spec), static_cast<std::size_t>(it - ids.begin()), row.id);
+        from = ids.empty() || before(ids.back()) ? ids.end() : std::partition_point(from, ids.end(), before);
+        places.emplace_back(static_cast<std::size_t>(from - ids.begin()), row.id);
     }
+    i_list->InsertIntoOrder(MainKey(spec), places);
+}
+
+void CPlayList::NoteTouched(std::span<const PLItemID> items) {
+    if (!i_sortingB) return;
+    i_touched.insert(i_touched.end(), items.begin(), items.end());
 }
 
 void CPlayList::PlaceInOrders(const std::vector<PLItemID>& items) {
+    NoteTouched(items);
     const std::vector<SortSpec> specs = i_list->Orders();
     if (specs.empty()) return;
-    const std::vector<PLRow> rows = items.size() <= kMostInserted ? RowsOf(items) : std::vector<PLRow>();
+    const std::vector<PLRow> rows = items.size() <= kMostInserted ? i_list->RowsOf(items) : std::vector<PLRow>();
     for (const SortSpec& spec : specs) {
         if (items.size() <= kMostInserted) {
             Insert(spec, rows);
@@ -172,13 +166,12 @@ void CPlayList::PlaceInOrders(const std::vector<PLItemID>& items) {
 }
 
 void CPlayList::ItemsChanged(std::span<const PLItemID> items, std::span<const MetaKey> keys) {
-    if (i_sortingB)
-        for (const PLItemID id : items) i_touched.Add(id);
+    NoteTouched(items);
     for (const SortSpec& spec : i_list->Orders()) {
         if (!UsesOneOf(spec, keys)) continue;
         if (items.size() <= kMostInserted) {
             i_list->EraseFromOrder(MainKey(spec), items);
-            Insert(spec, RowsOf(items));
+            Insert(spec, i_list->RowsOf(items));
         } else if (SameSpec(spec, i_sortSpec)) {
             SortAgain(spec);   // the old order is shown until then
         } else {

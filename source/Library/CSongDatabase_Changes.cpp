@@ -112,8 +112,8 @@ void CSongDatabase::PushEdits() {
     if (!songs.empty() && Failed(CT_ConformNames::Start(*this, std::move(songs)))) Log("### Error renaming songs");
 }
 
-/** The rows of these songs, which are sorted. A song knows its row in the library's list: looking through a million
-   rows would cost 16 ms a key press. */
+/** The rows of these songs, which are sorted and no more than once each. A song knows its row in the library's list:
+   looking through a million rows would cost 16 ms a key press. */
 std::vector<PLItemID> CSongDatabase::ItemsOf(const CPlayList& list, std::span<const SongID> songs) const {
     if (&list == i_libraryP && i_secondRowsL == 0 && songs.size() < list.Count()) {
         std::vector<PLItemID> items;
@@ -123,13 +123,7 @@ std::vector<PLItemID> CSongDatabase::ItemsOf(const CPlayList& list, std::span<co
                 items.push_back(songP->LibraryItem());
         return items;
     }
-    const auto isOne = [only = songs.front()](const PLTarget& target) {
-        return target.type == SDB_kPLItem_SONG && target.idL == Number(only);
-    };
-    const auto isAny = [songs](const PLTarget& target) {
-        return target.type == SDB_kPLItem_SONG && std::ranges::binary_search(songs, SongID{target.idL});
-    };
-    return songs.size() == 1 ? list.Items()->FindAll(isOne) : list.Items()->FindAll(isAny);
+    return list.Items()->RowsOfSongs(songs);
 }
 
 void CSongDatabase::UpdateItems(std::span<const SongID> songs, std::span<const MetaKey> keys) {

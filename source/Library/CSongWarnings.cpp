@@ -40,8 +40,7 @@ CPlayList& CSongWarnings::List(SongWarning kind) const {
 void CSongWarnings::Add(SongWarning kind, SongID song) {
     (void)Assert(IsMainThread());
     CPlayList& list = List(kind);
-    const bool thereB =
-        !list.Items()->FindAll([&](const PLTarget& target) { return target == PLTarget(song); }).empty();
+    const bool thereB = list.Items()->Find(PLTarget(song)) != SDB_kNoItem;
     if (!thereB) (void)list.AddItem({song});
     Warn(kind);
 }

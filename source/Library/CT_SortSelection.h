@@ -6,18 +6,19 @@
 
 class CSongDatabase;
 
-/** A list to be sorted: a copy of its rows as they stood, and where their values are found. */
+/** A list to be sorted, and the result. */
 struct SortJob {
     CRowValues values;
-    std::vector<PLRow> rows;   // by slot; sorted in place of a result
+    std::shared_ptr<const CMutex_PLIVec> listRef;
     SortSpec spec;
-    std::uint32_t nextStampL;   // rows from this stamp on came later
+    std::uint32_t nextStampL;   // rows from this stamp on come later, and are none of its business
     PlaylistID list;
     std::string listName;
+    std::vector<PLItemID> order = {};   // what is made
 };
 
 /** Sorts a list by its keys on a thread of its own and hands the result to the list on the main thread, if it is still
-    there. Nothing of the list is held meanwhile. */
+    there. Nothing of the list is held meanwhile but, for a block of rows at a time, its lock. */
 class CT_SortSelection final : public CT_Preemptive {
 public:
     CT_SortSelection(SortJob job, std::weak_ptr<CSongDatabase*> databaseRef);

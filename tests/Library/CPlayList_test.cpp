@@ -57,6 +57,13 @@ void ExpectAlike(const CPlayList& list, const SlowList& slow) {
         ASSERT_EQ(row->target, PLTarget(SongID{slow.slots.at(slow.order[n])}));
         ASSERT_EQ(items.AtRow(n + 1)->id, row->id);
     }
+    std::map<int, std::vector<int>> rowsOf;
+    for (const auto& [id, song] : slow.slots) rowsOf[song].push_back(id);
+    for (const auto& [song, rows] : rowsOf) {
+        ASSERT_EQ(items.RowsOfSongs(std::vector{SongID{song}}), Items(rows));
+        ASSERT_EQ(items.Find(SongID{song}), PLItemID{rows.front()});
+    }
+    ASSERT_EQ(items.Find(SongID{100'000}), SDB_kNoItem);
     int next = 1;
     while (slow.slots.contains(next)) ++next;
     ASSERT_EQ(Number(items.NextSlot()), next);

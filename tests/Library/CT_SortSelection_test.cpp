@@ -185,7 +185,7 @@ TEST_F(SortSelection, AResultForAListOrADatabaseThatHasGone) {
 TEST_F(SortSelection, AnUnexpectedResultIsToldAndChangesNothing) {
     CPlayList& list = Mixed(10, 1);
     const CRowValues values(list.Items(), i_databaseP->Songs(), nullptr, list.ID());
-    list.SortCompletion({values, {}, {{"name"_key}}, 0, list.ID(), "List"}, noErr);
+    list.SortCompletion({values, list.Items(), {{"name"_key}}, 0, list.ID(), "List"}, noErr);
     EXPECT_TRUE(Logged("we found that the sort column was not being sorted? (Key count: 1) Please send the log file."));
     EXPECT_EQ(list.GetSortedList().size(), 10U);
 }
