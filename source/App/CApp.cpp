@@ -32,7 +32,9 @@ namespace {
 constexpr double kIdleGraphics_T = 1.0 / 30.0;
 constexpr double kIdleTasks_T = 0.25;
 constexpr double kSaveTimer_T = 2.0;
+// Whatever there is to do wakes the loop; cooperative threads alone wait for their turn.
 constexpr double kRunLoop_WakeT = 0.05;
+constexpr double kRunLoop_RestT = 0.25;
 /** Messages of one pass; the rest waits for the next, so that a flood cannot starve the deferred events. */
 constexpr int kRunLoop_MostMessages = 64;
 
@@ -87,7 +89,7 @@ CPlayControl& CApp::Play() { return i_play->Control(); }
 
 void CApp::RunLoopPass() {
     PostEvents().DrainCalls();
-    MainLoop().Wait(kRunLoop_WakeT);
+    MainLoop().Wait(CThreadManager::CooperativeCount() > 0 ? kRunLoop_WakeT : kRunLoop_RestT);
     for (int n = 0; n < kRunLoop_MostMessages && MainLoop().PumpOne(kMessage_All); ++n) {}
     YieldToCooperative();
     PostEvents().Run([this](PostEventKind kind, long /*dataL*/) { HandlePostEvent(kind); });

@@ -70,9 +70,10 @@ public:
         i_retry.setSingleShot(true);
         i_retry.setInterval(kNudge_Milliseconds);
         connect(&i_retry, &QTimer::timeout, this, [this] {
+            // Nearly always held, since the application waits in a dispatch: without a call it must come to rest.
+            if (!HasCall()) return;
             if (Held()) return i_retry.start();
             const std::scoped_lock guard(i_lock);
-            if (i_calls.empty()) return;
             Announce();
             // An event posted before the dialog's loop began is not looked at by it until something wakes it.
             QCoreApplication::eventDispatcher()->wakeUp();

@@ -4,6 +4,7 @@
 #include <QtGui/QKeyEvent>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QWidget>
+#include <thread>
 
 #include "Platform/MainLoopSuite.h"
 #include "Shell/QtApp.h"
@@ -134,6 +135,27 @@ TEST(CMainLoop_Qt, APumpInsideQtsLoopLosesNoWakeUp) {
     });
     QApplication::exec();
     EXPECT_EQ(done, "ab");
+}
+
+/** A call that came while the application waited leaves nothing behind that wakes it over and over. */
+TEST(CMainLoop_Qt, ALoopWithNothingToDoRests) {
+    App();
+    CMainLoop_Qt loop;
+    bool calledB = false, overB = false;
+    std::thread caller([&] { loop.Post([&] { calledB = true; }); });
+    while (!calledB) {
+        loop.Wait(1);
+        loop.PumpOne(kMessage_All);
+    }
+    caller.join();
+    (void)loop.SetTimer(CMainLoop::TimerID{}, 500, [&] { overB = true; });
+    int wakesL = 0;
+    for (; !overB; ++wakesL) {
+        loop.Wait(10);
+        while (loop.PumpOne(kMessage_All)) {
+        }
+    }
+    EXPECT_LT(wakesL, 15);
 }
 
 /** A key that a limited pump left behind reaches Qt's own loop without another event to wake it. */
