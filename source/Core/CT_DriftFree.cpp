@@ -28,10 +28,26 @@ void CT_DriftFree::SleepUntil(double whenT) {
     }
 }
 
+void CT_DriftFree::Wake() {
+    const std::scoped_lock guard(i_sleepLock);
+    i_wokenB = true;
+    i_stopped.notify_all();
+}
+
+void CT_DriftFree::Rest() {
+    std::unique_lock guard(i_sleepLock);
+    i_stopped.wait(guard, [this] { return i_wokenB || i_stopB.Get(); });
+    i_wokenB = false;
+}
+
 OSErr CT_DriftFree::Operate(OSErr err) {
     double nextT = CClock::Get().SteadyT();
     while (!i_stopB.Get()) {
-        Tick();
+        if (!Tick()) {
+            Rest();   // woken already, when the work came during the tick
+            nextT = CClock::Get().SteadyT();
+            continue;
+        }
         nextT += static_cast<double>(std::max(i_periodL.Get(), 1L)) / 1e6;   // no period, no progress: one at least
         SleepUntil(nextT);
     }

@@ -9,6 +9,7 @@
 namespace {
 constexpr double kSector_300ths = kPacketsPerCDSector;
 constexpr double kMoved_300ths = 0.01;   // less is no movement
+constexpr long kStops_QuietTicks = 75;   // a block that was on its way to the output at the pause has come by then
 }   // namespace
 
 long SectorMicroseconds(double tempo) { return static_cast<long>(1'000'000.0 / (std::clamp(tempo, 0.1, 10.0) * 75.0)); }
@@ -18,7 +19,13 @@ void CPlayPace::SetSound(std::shared_ptr<const CHeardSound> soundP) {
     i_soundP = std::move(soundP);
 }
 
+void CPlayPace::SetWake(std::function<void()> wake) {
+    const std::scoped_lock guard(i_lock);
+    i_wake = std::move(wake);
+}
+
 void CPlayPace::Wait() {
+    if (i_wake) i_wake();
     i_mode = i_soundP ? Mode::kWaits : Mode::kRuns;
     if (!i_soundP) return;
     i_fromL = i_soundP->FramesGiven();
@@ -37,6 +44,7 @@ void CPlayPace::Run() {
 void CPlayPace::Pause() {
     const std::scoped_lock guard(i_lock);
     i_runsB = false;
+    i_quietL = 0;
     if (i_mode == Mode::kRuns || i_mode == Mode::kWaits) i_mode = i_soundP && !i_soughtB ? Mode::kStops : Mode::kStands;
 }
 
@@ -57,6 +65,7 @@ void CPlayPace::Detach() {
     const std::scoped_lock guard(i_lock);
     i_clockP = nullptr;
     i_soundP.reset();
+    i_wake = nullptr;
 }
 
 bool CPlayPace::IsRunning() const {
@@ -80,25 +89,32 @@ void CPlayPace::MoveTo(double target300) {
     i_clockP->AddPending(static_cast<std::int64_t>(std::floor(target300)) - i_clockP->Now());
 }
 
-void CPlayPace::Tick() {
+bool CPlayPace::Tick() {
     const std::scoped_lock guard(i_lock);
-    if (i_clockP == nullptr) return;
+    if (i_clockP == nullptr) return false;
     if (i_tempo != i_nextTempo && (!i_soundP || i_soundP->FramesPlayed() >= i_tempoFromL)) i_tempo = i_nextTempo;
     switch (i_mode) {
         case Mode::kStands:
-            return;
+            return false;
         case Mode::kRuns:
             i_clockP->AddPending(kPacketsPerCDSector);
-            return;
-        case Mode::kStops: {   // what was given is still heard
-            const double left300 = i_soundP->PlaceOf(i_soundP->FramesGiven()) - static_cast<double>(i_clockP->Now());
-            i_clockP->AddPending(static_cast<std::int64_t>(std::clamp(left300, 0.0, kSector_300ths)));
-            return;
-        }
+            return true;
+        case Mode::kStops:
+            return TickStopping();
         case Mode::kWaits:
             TickWaiting();
-            return;
+            return true;
     }
+    return true;
+}
+
+/** What was given is still heard. */
+bool CPlayPace::TickStopping() {
+    const double left300 = i_soundP->PlaceOf(i_soundP->FramesGiven()) - static_cast<double>(i_clockP->Now());
+    const auto step = static_cast<std::int64_t>(std::clamp(left300, 0.0, kSector_300ths));
+    i_clockP->AddPending(step);
+    i_quietL = step == 0 ? i_quietL + 1 : 0;
+    return i_quietL < kStops_QuietTicks;
 }
 
 void CPlayPace::TickWaiting() {

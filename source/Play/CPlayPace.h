@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 
@@ -28,6 +29,8 @@ class CPlayPace {
 public:
     explicit CPlayPace(CGraphicsClock& clock) : i_clockP(&clock) {}
 
+    /** How the thread that ticks is woken when the clock goes on; runs under the lock. Forgotten by Detach. */
+    void SetWake(std::function<void()> wake);
     /** Null: a picture without sound, which runs at once. */
     void SetSound(std::shared_ptr<const CHeardSound> soundP);
     /** Just before the sound is let go. */
@@ -46,19 +49,22 @@ public:
     /** Of the thread: the period to sleep, in microseconds. */
     [[nodiscard]] long Period() const;
     void SetTempo(double tempo);
-    /** A sector's time has gone by. */
-    void Tick();
+    /** A sector's time has gone by. False when the clock stands, until the thread is woken. */
+    bool Tick();
 
 private:
     enum class Mode { kStands, kWaits, kRuns, kStops };
     void Wait();
     void TickWaiting();
+    bool TickStopping();
     /** So that the clock is at `target300`, as far as it can tell. */
     void MoveTo(double target300);
 
     mutable std::mutex i_lock;   // guards all; held for a few additions
     CGraphicsClock* i_clockP;    // null once the song has gone
     std::shared_ptr<const CHeardSound> i_soundP;
+    std::function<void()> i_wake;
+    long i_quietL = 0;   // kStops: ticks in which nothing moved
     Mode i_mode = Mode::kStands;
     bool i_runsB = false;   // wished for; a seek does not change it
     bool i_seekingB = false;

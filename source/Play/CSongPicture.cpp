@@ -50,6 +50,7 @@ OSErr CSongPicture::StartClock(long start300, double tempo, std::shared_ptr<cons
                        [this, silentB = soundP == nullptr] { return silentB || i_owner.IsSoundOver(); });
     auto threadP = std::make_unique<CT_DriftFree_Graphics>(i_paceP);
     i_threadP = threadP.get();
+    i_paceP->SetWake([threadP = i_threadP] { threadP->Wake(); });
     if (CT_Preemptive::Start(std::move(threadP)) != 0) return noErr;
     i_threadP = nullptr;
     i_paceP->Detach();

@@ -283,7 +283,13 @@ public:
     }
 
 protected:
-    void Tick() override { ++i_ticksL; }
+    bool Tick() override {
+        ++i_ticksL;
+        return !i_restB;
+    }
+
+public:
+    static inline std::atomic<bool> i_restB{false};
 
 private:
     std::atomic<int>& i_ticksL;
@@ -304,6 +310,17 @@ TEST_F(ThreadManagerTest, ADriftFreeThreadMakesUpLostTicksAndAddsUpNoError) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));   // room for one too many
         EXPECT_EQ(ticksL, dueL);
     }
+    CT_TestTicks::i_restB = true;
+    i_clock.Advance(0.01);
+    const int restL = static_cast<int>((sinceT + 0.01) / 0.01 + 1e-6) + 1;
+    ASSERT_TRUE(RunUntil([&] { return ticksL >= restL; }));
+    i_clock.Advance(50);   // nothing of that is made up
+    CT_TestTicks::i_restB = false;
+    selfP.load()->Wake();
+    ASSERT_TRUE(RunUntil([&] { return ticksL >= restL + 1; }));
+    i_clock.Advance(0.01);
+    ASSERT_TRUE(RunUntil([&] { return ticksL >= restL + 2; }));
+    EXPECT_EQ(ticksL, restL + 2);
     selfP.load()->SetPeriod(1000000);   // from the tick after the next on
     i_clock.Advance(0.01);
     selfP.load()->Stop();   // does not wait for the sleep of a second

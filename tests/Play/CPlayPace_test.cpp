@@ -25,6 +25,9 @@ public:
           i_pace(i_clock) {
         i_clock.Start(0);
         i_pace.SetSound(i_soundP);
+        i_pace.SetWake([this] {
+            if (std::exchange(i_restsB, false)) i_dueT = kWoken_T;   // at once, and no tick is made up
+        });
         Fill();
     }
     ~Show() { i_pace.Detach(); }
@@ -56,6 +59,8 @@ public:
     [[nodiscard]] double Clock300() const { return static_cast<double>(i_clock.Now()); }
     /** Furthest that picture and sound were apart while one place of the song alone was in the output. */
     [[nodiscard]] double Worst300() const { return i_worst300; }
+    /** The thread of the clock has nothing to do. */
+    [[nodiscard]] bool Rests() const { return i_restsB; }
     [[nodiscard]] bool IsOver() const { return i_overB; }
     void End() { i_overB = true; }
 
@@ -107,14 +112,16 @@ private:
             i_pace.EndSeek();
         }
         Fill();
-        for (i_dueT += kTick_T; i_dueT >= static_cast<double>(i_pace.Period()) * 1e-6;) {
-            i_dueT -= static_cast<double>(i_pace.Period()) * 1e-6;
-            i_pace.Tick();
+        for (i_dueT += kTick_T; !i_restsB && i_dueT >= static_cast<double>(i_pace.Period()) * 1e-6;) {
+            i_dueT = i_dueT >= kWoken_T ? 0 : i_dueT - static_cast<double>(i_pace.Period()) * 1e-6;
+            i_restsB = !i_pace.Tick();
         }
         if (!i_seekingB && Played() >= i_foreignToL)
             i_worst300 = std::max(i_worst300, std::abs(Heard300() - Clock300()));
     }
 
+    static constexpr double kWoken_T = 10;
+    bool i_restsB = false;
     const std::size_t i_blocksL;
     const double i_rate;
     const std::uint64_t i_bite;
@@ -196,6 +203,9 @@ TEST(CPlayPace, SoundThatIsOverLetsThePictureRunToItsEnd) {
     show.Pause();
     show.Advance(1);
     const double stands = show.Clock300();
+    show.Advance(1.5);
+    EXPECT_TRUE(show.Rests());
+    EXPECT_EQ(show.Clock300(), stands);
     show.Play();
     show.Advance(1);
     EXPECT_NEAR(show.Clock300(), stands + 300, 8);
@@ -205,7 +215,7 @@ TEST(CPlayPace, WithoutSoundItRunsAtOnce) {
     CGraphicsClock clock;
     clock.Start(0);
     CPlayPace pace(clock);
-    pace.Tick();
+    EXPECT_FALSE(pace.Tick());   // there is nothing to do yet
     EXPECT_EQ(clock.Now(), 0);
     pace.Run();
     pace.Tick();
