@@ -38,10 +38,7 @@ OSErr CT_FilterRows::Operate(OSErr err) {
     do {
         if (i_resultRef->IsCancelled()) return noErr;
         const std::size_t end = std::min(i_job.rows.size(), begin + pieceL);
-        std::vector<PLRow> rows;
-        rows.reserve(end - begin);
-        for (std::size_t n = begin; n < end; ++n)
-            if (const auto row = i_job.listRef->Get(i_job.rows[n])) rows.push_back(*row);
+        const std::vector<PLRow> rows = i_job.listRef->RowsOf(std::span(i_job.rows).subspan(begin, end - begin));
         const std::vector<CMetaValue> names = i_job.values.Column(rows, "name"_key);
         const std::vector<CMetaValue> artists = i_job.values.Column(rows, "arts"_key);
         std::vector<PLItemID> found;

@@ -1,26 +1,56 @@
 #include "Shell/CTextFilter.h"
 
 #include <algorithm>
+#include <array>
 
 #include "Core/SuperString.h"
 
 namespace {
 
-bool IsASCII(std::string_view text) {
-    return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+std::string FoldedByICU(std::string_view text, bool plainLettersB) {
+    const SuperString lower = SuperString(text).Lowercased();
+    return (plainLettersB ? lower.WithoutDiacritics() : lower.Normalized(NormalForm::kC)).UTF8();
 }
+
+/** The letters up to U+024F, each folded by itself: what most texts with marks have, at a tenth of the library's time.
+ */
+class LatinFolds {
+public:
+    static constexpr std::size_t kFirst = 0x80, kEnd = 0x250;
+    explicit LatinFolds(bool plainLettersB) {
+        for (std::size_t code = kFirst; code < kEnd; ++code) {
+            const char text[] = {static_cast<char>(0xC0 | code >> 6), static_cast<char>(0x80 | (code & 0x3F))};
+            i_folds[code - kFirst] = FoldedByICU({text, 2}, plainLettersB);
+        }
+    }
+    /** Appends; false when there is another letter in it, or no UTF-8. */
+    bool Fold(std::string_view text, std::string& folded) const {
+        for (std::size_t n = 0; n < text.size(); ++n) {
+            const auto lead = static_cast<unsigned char>(text[n]);
+            if (lead < 0x80) {
+                folded += static_cast<char>(lead >= 'A' && lead <= 'Z' ? lead + ('a' - 'A') : lead);
+                continue;
+            }
+            if (++n == text.size()) return false;
+            const auto trail = static_cast<unsigned char>(text[n]);
+            const std::size_t code = (lead & 0x1FU) << 6 | (trail & 0x3FU);
+            if (lead >> 5 != 6 || trail >> 6 != 2 || code < kFirst || code >= kEnd) return false;
+            folded += i_folds[code - kFirst];
+        }
+        return true;
+    }
+
+private:
+    std::array<std::string, kEnd - kFirst> i_folds;
+};
 
 }   // namespace
 
 std::string CTextFilter::Folded(std::string_view text) const {
-    if (!IsASCII(text)) {
-        const SuperString lower = SuperString(text).Lowercased();
-        return (i_plainLettersB ? lower.WithoutDiacritics() : lower.Normalized(NormalForm::kC)).UTF8();
-    }
-    std::string folded(text);   // most texts are: no library for those
-    for (char& c : folded)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + ('a' - 'A'));
-    return folded;
+    static const LatinFolds s_plain(true), s_marked(false);
+    std::string folded;
+    folded.reserve(text.size());
+    return (i_plainLettersB ? s_plain : s_marked).Fold(text, folded) ? folded : FoldedByICU(text, i_plainLettersB);
 }
 
 CTextFilter::CTextFilter(std::string_view typed, bool plainLettersB) : i_plainLettersB(plainLettersB) {
@@ -35,7 +65,7 @@ CTextFilter::CTextFilter(std::string_view typed, bool plainLettersB) : i_plainLe
 
 bool CTextFilter::Matches(std::string_view name, std::string_view artist) const {
     if (i_words.empty()) return true;
-    const std::string foldedName = Folded(name), foldedArtist = Folded(artist);
+    const std::string foldedName = Folded(name), foldedArtist = Folded(artist);   // short ones lie on the stack
     return std::ranges::all_of(i_words, [&](const std::string& word) {
         return foldedName.find(word) != std::string::npos || foldedArtist.find(word) != std::string::npos;
     });

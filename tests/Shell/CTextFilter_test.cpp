@@ -22,6 +22,10 @@ constexpr struct {
     {"BEYONCÉ", "", "beyoncé", false, true},
     {"beyonce\xCC\x81", "", "Beyoncé", false, true},   // the mark as a character of its own
     {"ЗЕМ", "Земля", "", true, true},
+    {"istanbul", "\xC4\xB0stanbul", "\xC3\x98rsted", true, true},
+    {"orsted", "\xC4\xB0stanbul", "\xC3\x98rsted", true, false},   // a letter of its own, no mark
+    {"\xC3\xA9", "e\xCC\x81", "\xC3\xA9", false, true},
+    {"caf", "CAF\xC3", "", true, true},   // cut off in a letter
     {"夜", "夜に", "", true, true},
 };
 
