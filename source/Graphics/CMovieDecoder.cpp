@@ -14,6 +14,7 @@ namespace {
 
 constexpr std::int64_t kMovie_MostPixels = 8192LL * 4352;   // of the source; a decoder holds some twenty of them
 constexpr int kMovie_FirstRenderNode = 128, kMovie_RenderNodes = 8;
+constexpr int kMovie_MostHardwareErrors = 8;   // one after the other: the file is damaged, or the hardware is
 
 /** What the hardware offers, if it is among what the decoder can give; else the first form in memory. */
 AVPixelFormat ChooseFormat(AVCodecContext* codecP, const AVPixelFormat* formatsP) {
@@ -43,7 +44,8 @@ CMovieDecoder::~CMovieDecoder() { Close(); }
 void CMovieDecoder::Close() {
     avcodec_free_context(&i_codecP);
     av_buffer_unref(&i_deviceP);
-    i_hardwareB = false;
+    i_hardwareB = i_askedB = i_failedB = false;
+    i_streakL = 0;
 }
 
 bool CMovieDecoder::OpenHardware(const AVCodec& codec) {
@@ -60,6 +62,7 @@ bool CMovieDecoder::OpenHardware(const AVCodec& codec) {
 
 OSErr CMovieDecoder::Open(const AVCodecParameters& parameters, const AVRational& timeBase, bool hardwareB) {
     Close();
+    i_askedB = hardwareB;
     const AVCodec* codecP = avcodec_find_decoder(parameters.codec_id);
     if (codecP == nullptr) return paramErr;
     i_codecP = avcodec_alloc_context3(codecP);
@@ -73,24 +76,36 @@ OSErr CMovieDecoder::Open(const AVCodecParameters& parameters, const AVRational&
     return avcodec_open2(i_codecP, codecP, nullptr) < 0 ? paramErr : noErr;
 }
 
+void CMovieDecoder::NoteError(int result) {
+    const bool hardwareB = i_codecP->pix_fmt == AV_PIX_FMT_VAAPI;
+    // A damaged packet is invalid data; all else is the driver, which will not do better with the next one.
+    if (hardwareB && (result != AVERROR_INVALIDDATA || ++i_streakL >= kMovie_MostHardwareErrors))
+        i_failedB = true;
+    else
+        ++i_damagedL;
+}
+
 bool CMovieDecoder::Send(const AVPacket* packetP) {
     const int result = avcodec_send_packet(i_codecP, packetP);
     if (result == AVERROR(EAGAIN)) return false;
-    if (result < 0 && result != AVERROR_EOF) ++i_damagedL;
+    if (result < 0 && result != AVERROR_EOF) NoteError(result);
     return true;
 }
 
 OSErr CMovieDecoder::Receive(AVFramePtr& frameP) {
     frameP.reset(av_frame_alloc());
     if (!frameP) return memFullErr;
+    if (i_faultB && i_askedB && i_faultB()) i_failedB = true;
     for (;;) {
+        if (i_failedB) return ioErr;
         const int result = avcodec_receive_frame(i_codecP, frameP.get());
         if (result == AVERROR(EAGAIN)) return queueNotDoneErr;
         if (result == AVERROR_EOF) return eofErr;
-        if (result == AVERROR(ENOMEM)) return memFullErr;
         if (result >= 0) break;
-        ++i_damagedL;
+        NoteError(result);
+        if (result == AVERROR(ENOMEM) && !i_failedB) return memFullErr;
     }
+    i_streakL = 0;
     if (frameP->hw_frames_ctx == nullptr) return noErr;
     i_hardwareB = true;
     const AVFramePtr inMemoryP(av_frame_alloc());

@@ -25,6 +25,9 @@ constexpr double kMovie_PreviewT = 0.5;
 /** What is gathered of a stretch without a key picture before it is decoded through. */
 constexpr std::size_t kMovie_MostGathered = 4096, kMovie_MostGatheredBytes = 16U << 20;
 constexpr double kMovie_MostStillT = 24 * 3600;
+/** Of Decode, and nobody's else: the hardware has failed, and the decoder that took over must begin at a key picture.
+ */
+constexpr OSErr kMovie_BeginAgain = queueNotDoneErr;
 
 bool IsKey(const AVPacket& packet) { return (packet.flags & AV_PKT_FLAG_KEY) != 0; }
 
@@ -43,7 +46,8 @@ OSErr CMovieReader::Open(CByteSource& source, std::string_view extension, bool h
     i_frameT = rate > 0 ? 1 / rate : kMovie_DefaultFrameT;
     Forget();
     MovieFrame first;
-    const OSErr err = Decode(first);
+    OSErr err = Decode(first);
+    if (err == kMovie_BeginAgain) err = Resume(first);
     i_file.EndOpening();
     if (Failed(err)) return err == eofErr ? paramErr : err;
 
@@ -71,10 +75,35 @@ void CMovieReader::Forget() {
 }
 
 OSErr CMovieReader::Next(MovieFrame& frame) {
+    const OSErr err = NextDecoded(frame);
+    return err == kMovie_BeginAgain ? Resume(frame) : err;
+}
+
+OSErr CMovieReader::NextDecoded(MovieFrame& frame) {
     if (i_ready.empty()) return Decode(frame);
     frame = std::move(i_ready.front());
     i_ready.pop_front();
     return noErr;
+}
+
+/** The hardware has failed: the other decoder goes the way from the key picture before, and on from the last picture
+   that came out, so that none is lost. */
+OSErr CMovieReader::Resume(MovieFrame& frame) {
+    const double lastT = i_lastT;
+    if (std::isnan(lastT)) {   // before the first one
+        if (const OSErr err = i_file.Restart(); Failed(err)) return err;
+        Forget();
+        i_decoder.Flush();
+        return Decode(frame);
+    }
+    const MovieHurry hurry = i_hurry;
+    i_lastT = kMovie_NoTime;   // the place where it stands is none for this decoder
+    if (const OSErr err = Seek(lastT); Failed(err)) return err;
+    SetHurry(hurry);
+    for (;;) {
+        if (const OSErr err = NextDecoded(frame); Failed(err)) return err;
+        if (frame.timeT > lastT) return noErr;
+    }
 }
 
 OSErr CMovieReader::FetchPacket(AVPacketPtr& packetP) {
@@ -138,10 +167,10 @@ OSErr CMovieReader::Decode(MovieFrame& frame) {
             return noErr;
         }
         if (err == eofErr) return i_endErr;
-        if (err == ioErr) {   // the hardware; what follows the next key picture comes out of the other decoder
+        if (err == ioErr) {   // the hardware; the other decoder must begin at a key picture: the caller's part
             if (const OSErr again = OpenDecoder(false); Failed(again)) return again;
             i_facts.hardwareB = false;
-            continue;
+            return kMovie_BeginAgain;
         }
         if (err != queueNotDoneErr) return err;
         if (const OSErr fed = Feed(); Failed(fed)) return fed;
@@ -194,8 +223,8 @@ OSErr CMovieReader::DecodeTo(double seconds, double keyT, const Cancelled& cance
             KeepFrom(seconds);
         }
         MovieFrame frame;
-        const OSErr err = Next(frame);
-        if (err == abortErr || err == memFullErr) return err;
+        const OSErr err = NextDecoded(frame);
+        if (err == abortErr || err == memFullErr || err == kMovie_BeginAgain) return err;
         const bool behindB = !Failed(err) && frame.timeT > seconds;
         if (Failed(err) || behindB) {
             if (!before.frameP && !i_atStartB) return eofErr;
@@ -215,25 +244,34 @@ OSErr CMovieReader::Seek(double seconds, const Cancelled& cancelled, const Previ
     return err;
 }
 
+OSErr CMovieReader::GoAndDecodeFrom(double fromT, double seconds, const Cancelled& cancelled, const Preview& preview) {
+    const OSErr err = Begin(fromT);
+    return Failed(err) ? err : DecodeTo(seconds, fromT, cancelled, preview);
+}
+
 OSErr CMovieReader::GoAndDecode(double seconds, const Cancelled& cancelled, const Preview& preview) {
     OSErr err = eofErr;
     const double hereT = i_ready.empty() ? i_lastT : i_ready.front().timeT;
     if (hereT <= seconds && seconds - hereT < kMovie_NearT && !i_drainedB) {
         i_atStartB = false;
         err = DecodeTo(seconds, hereT, cancelled, {});
-        if (err != eofErr) return err;
+        if (err != eofErr && err != kMovie_BeginAgain) return err;
     }
     const double runInT = i_file.Parameters().video_delay > 0 ? kMovie_RunIn * i_frameT : 0;
     for (const double stepT : kMovie_StepsBackT) {
         const double keyT = std::max(0.0, seconds - stepT - runInT);
-        err = Begin(keyT);
-        if (!Failed(err)) err = DecodeTo(seconds, keyT, cancelled, preview);
+        err = GoAndDecodeFrom(keyT, seconds, cancelled, preview);
+        if (err == kMovie_BeginAgain)
+            err = GoAndDecodeFrom(keyT, seconds, cancelled, preview);   // by the other decoder
         if (err != eofErr) return err;
         if (keyT == 0) break;
     }
-    if (err = i_file.Restart(); Failed(err)) return err;
-    Forget();
-    i_decoder.Flush();
-    i_atStartB = true;
-    return DecodeTo(seconds, seconds - kMovie_StepsBackT.back() - runInT, cancelled, preview);
+    do {
+        if (err = i_file.Restart(); Failed(err)) return err;
+        Forget();
+        i_decoder.Flush();
+        i_atStartB = true;
+        err = DecodeTo(seconds, seconds - kMovie_StepsBackT.back() - runInT, cancelled, preview);
+    } while (err == kMovie_BeginAgain);   // the other decoder does not say so
+    return err;
 }

@@ -36,12 +36,17 @@ public:
     [[nodiscard]] const MovieFacts& Facts() const noexcept { return i_facts; }
     [[nodiscard]] CMovieFile& File() noexcept { return i_file; }
     [[nodiscard]] std::uint64_t Damaged() const noexcept { return i_decoder.Damaged(); }
+    /** CMovieDecoder::SetFault; before Open. */
+    void SetFault(std::function<bool()> failsB) { i_decoder.SetFault(std::move(failsB)); }
     void Abort() noexcept { i_file.Abort(); }
     [[nodiscard]] bool IsAborted() const noexcept { return i_file.IsAborted(); }
 
 private:
     OSErr OpenDecoder(bool hardwareB);
     OSErr Decode(MovieFrame& frame);
+    OSErr NextDecoded(MovieFrame& frame);
+    OSErr Resume(MovieFrame& frame);
+    OSErr GoAndDecodeFrom(double fromT, double seconds, const Cancelled& cancelled, const Preview& preview);
     OSErr Feed();
     void KeepFrom(double seconds);
     OSErr GoAndDecode(double seconds, const Cancelled& cancelled, const Preview& preview);

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <functional>
 #include <random>
 
 #include "Core/MemorySource.h"
@@ -21,8 +22,11 @@ std::string ExtensionOf(const std::string& name) { return name.substr(name.rfind
 /** A movie in memory, and its pictures in full size. */
 class Movie {
 public:
-    explicit Movie(const std::string& name) : Movie(MovieFiles::Get().Bytes(name), ExtensionOf(name)) {}
-    Movie(std::string bytes, const std::string& extension) : i_source(std::move(bytes)) {
+    explicit Movie(const std::string& name, std::function<bool()> faultB = {})
+        : Movie(MovieFiles::Get().Bytes(name), ExtensionOf(name), std::move(faultB)) {}
+    Movie(std::string bytes, const std::string& extension, std::function<bool()> faultB = {})
+        : i_source(std::move(bytes)) {
+        i_reader.SetFault(std::move(faultB));
         i_openErr = i_reader.Open(i_source, extension);
         if (!Failed(i_openErr))
             i_painterP = std::make_unique<CMoviePainter>(OrientationOf(i_reader.File().DisplayMatrix()));
@@ -129,6 +133,33 @@ TEST_P(CMovieReaderFiles, IsAfterASeekWhereAStraightReadingIs) {
             EXPECT_EQ(movie.Next(frame), eofErr);
         }
     }
+}
+
+TEST_P(CMovieReaderFiles, HardwareThatFailsLosesNoPicture) {
+    Movie straight(GetParam().nameZ);
+    const std::vector<Shot> shots = ReadAll(straight);
+    // Each asking is a try to get a frame: at the opening, early, and between key pictures.
+    for (const int atL : {1, 2, 9, 40, 77}) {
+        SCOPED_TRACE(testing::Message() << "fails at " << atL);
+        int askedL = 0;
+        Movie movie(GetParam().nameZ, [&] { return ++askedL == atL; });
+        ASSERT_EQ(movie.i_openErr, noErr);
+        const std::vector<Shot> got = ReadAll(movie);
+        EXPECT_GE(askedL, std::min(atL, 9));
+        ASSERT_EQ(got.size(), shots.size());
+        for (std::size_t n = 0; n < got.size(); ++n) {
+            EXPECT_NEAR(got[n].timeT, shots[n].timeT, 0.0005) << n;
+            EXPECT_EQ(Difference(got[n].pixels, shots[n].pixels), 0) << n;
+        }
+    }
+    // In the middle of a seek, it goes there all the same.
+    bool brokenB = false;
+    Movie movie(GetParam().nameZ, [&] { return brokenB; });
+    MovieFrame frame;
+    brokenB = true;
+    ASSERT_EQ(movie.i_reader.Seek(shots[shots.size() / 2].timeT), noErr);
+    ASSERT_EQ(movie.Next(frame), noErr);
+    EXPECT_EQ(Difference(movie.Paint(frame), shots[shots.size() / 2].pixels), 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, CMovieReaderFiles, testing::ValuesIn(kMovie_Files), [](const auto& one) {
