@@ -2,6 +2,7 @@
 
 #include "App/CAppWindows.h"
 #include "Core/CApp.h"
+#include "Library/CLibraryCommands.h"
 
 CAppPlay::CAppPlay(CApp& app) : i_app(app), i_control(static_cast<CPlayHost&>(*this)) {
     i_app.SetCurrentSong(&i_control);
@@ -19,6 +20,7 @@ CCFPrefDictionary& CAppPlay::Preferences() { return i_app.Prefs(); }
 CUserInterface& CAppPlay::Ui() { return i_app.Ui(); }
 bool CAppPlay::IsQuitting() const { return i_app.IsShutdown(); }
 CGraphicsPorts& CAppPlay::Ports() { return i_app.Windows().Ports(); }
+bool CAppPlay::IsUnpacking(SongID song) { return i_app.LibraryCommands().Unpacker().IsUnpacking(song); }
 void CAppPlay::NoteDrawn() { i_app.NoteGraphicsDrawn(); }
 void CAppPlay::ShowMessage(std::string_view text) { i_app.SetStatus(text); }
 

@@ -22,6 +22,7 @@ private:
     [[nodiscard]] bool IsQuitting() const override;
     [[nodiscard]] bool PlaysSilent() const override { return true; }
     CGraphicsPorts& Ports() override;
+    [[nodiscard]] bool IsUnpacking(SongID song) override;
     void NoteDrawn() override;
     void ShowMessage(std::string_view text) override;
     /** The library leaves the files of the song that plays alone. */

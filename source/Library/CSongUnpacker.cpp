@@ -72,6 +72,7 @@ OSErr CSongUnpacker::Unpack(SongID song, UnpackedSong& unpacked) {
     FileInfo info;
     if (const OSErr err = FSrCheckFile(zip, info); Failed(err)) return err;
     if (Find(song, info, unpacked)) return noErr;
+    const CBusySongs::Hold unpacking(i_unpackingRef, song);
     auto entryRef = std::make_shared<Entry>();
     entryRef->folderP = std::make_unique<CTempItem>();
     entryRef->zip = FileIdentity::Of(info);

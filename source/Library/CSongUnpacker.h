@@ -22,6 +22,8 @@ public:
     /** opWrErr, and the user is told, while somebody else works on this zip; fnfErr without a zip; what the zip or the
         disc says. Nothing half remains. */
     OSErr Unpack(SongID song, UnpackedSong& unpacked);
+    /** Right now, by anybody. */
+    [[nodiscard]] bool IsUnpacking(SongID song) const { return i_unpackingRef->IsBusy(song); }
 
 private:
     struct Entry {
@@ -35,5 +37,6 @@ private:
 
     const std::weak_ptr<CSongDatabase*> i_databaseRef;   // locked on the main thread alone
     const std::shared_ptr<CBusySongs> i_busyRef;
+    const std::shared_ptr<CBusySongs> i_unpackingRef = std::make_shared<CBusySongs>();   // of those, the ones here
     CMutexT<std::map<std::int32_t, std::shared_ptr<const Entry>>> i_entries;
 };

@@ -116,8 +116,8 @@ void CPlayControl::PreRollDone(CSongPlay& play, OSErr err) {
             return;
         }
     }
-    const bool pausedB = i_startPausedB;
-    if (!Failed(err)) err = play.Begin(pausedB);
+    i_delayedB = !Failed(err) && !i_startPausedB && MustWait(play);
+    if (!Failed(err)) err = play.Begin(i_startPausedB || i_delayedB);
     // What was asked for while it started.
     if (const SongPlaySpec& spec = play.Spec();
         !Failed(err) && (i_pitchS != static_cast<int>(spec.pitch) || i_tempo != spec.tempo))
@@ -131,7 +131,13 @@ void CPlayControl::PreRollDone(CSongPlay& play, OSErr err) {
     if (!play.Spec().launch.IsEmpty()) (void)Failed(LaunchFile(play.Spec().launch));   // logged; the song plays on
     if (play.Spec().volumeF > 0) SetVolume(play.Spec().volumeF);
     CacheNext();
+    if (i_delayedB) i_host.ShowMessage("“" + play.Spec().name + "” starts once it is unpacked");
     TellPlay();
+}
+
+bool CPlayControl::MustWait(const CSongPlay& play) const {
+    return i_host.Preferences().GetBool("Delay start of song playback until unpacked") &&
+           i_host.IsUnpacking(play.Spec().song);
 }
 
 void CPlayControl::NoteFiles(CSongPlay& play, OSErr err) const {
@@ -163,6 +169,7 @@ void CPlayControl::CacheNext() {
 // ---- Ending ----
 
 void CPlayControl::EndCurrent() {
+    i_delayedB = false;
     if (const Ref<CSongPlay> playP = std::exchange(i_playP, nullptr)) playP->Stop();
 }
 
@@ -286,6 +293,7 @@ void CPlayControl::SeekTo300(long time300) {
 void CPlayControl::SetPaused(bool pausedB) {
     if (!i_playP || pausedB == IsPaused()) return;
     i_startPausedB = pausedB;
+    i_delayedB = false;
     i_playP->SetPaused(pausedB);
     TellPlay();
 }
@@ -308,6 +316,7 @@ PLItemID CPlayControl::CurrentItem() const { return i_item; }
 // ---- Of the song that plays ----
 
 void CPlayControl::VideoIdle(bool forcedB) {
+    if (i_delayedB && !MustWait(*i_playP)) SetPaused(false);
     if (const Ref<CSongPlay> playP = i_playP) playP->Tick(forcedB);
 }
 

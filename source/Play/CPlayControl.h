@@ -130,6 +130,8 @@ private:
     void TellFailure(const CSongPlay& play, OSErr err) const;
     OSErr StepTo(PLItemID item, bool pausedB);
     void EndCurrent();
+    /** By the preference, and the state of its zip. */
+    [[nodiscard]] bool MustWait(const CSongPlay& play) const;
     /** The song counts as sung. */
     void FinishSong(const CSongPlay& play);
     void CacheNext();
@@ -153,6 +155,7 @@ private:
     Ref<CSongPlay> i_playP;   // null: idle
     CNextSong i_next;
     bool i_startPausedB = false;   // i_playP is to begin paused
+    bool i_delayedB = false;       // it stands paused until its zip is unpacked, or the operator lets it go
     PlaylistID i_list{SDB_kUninitializedID};
     PLItemID i_item = SDB_kNoItem;
     OSErr i_lastErr = noErr;

@@ -26,6 +26,8 @@ public:
     [[nodiscard]] virtual bool PlaysSilent() const { return false; }
     /** Where songs show their picture. */
     [[nodiscard]] virtual CGraphicsPorts& Ports() = 0;
+    /** Its zip is being unpacked right now. */
+    [[nodiscard]] virtual bool IsUnpacking(SongID /*song*/) { return false; }
     /** How much louder than it lies in its file a song is to be heard; 1 leaves it alone. */
     [[nodiscard]] virtual float GainOf(SongID /*song*/) { return 1; }
     /** A song was sung to its end; the next one comes after this. */

@@ -168,6 +168,26 @@ TEST_F(PlayTest, TheStartIsTheMusicOrTheTrimAndTheEndItsMark) {
     (void)cued;
 }
 
+TEST_F(PlayTest, ASongThatIsBeingUnpackedWaitsWhenItShall) {
+    CSong& song = Add(Sound("a.wav", 60));
+    i_unpacking = song.GetSongID();
+    ASSERT_TRUE(Starts(0));
+    EXPECT_FALSE(i_controlP->IsPaused());   // it is not asked for
+    i_preferences.Set("Delay start of song playback until unpacked", CCFValue(true));
+    ASSERT_TRUE(Starts(0));
+    RunFor(1);
+    EXPECT_TRUE(i_controlP->IsPaused());
+    EXPECT_EQ(i_controlP->CurTime300(), 0);
+    i_unpacking = SongID{SDB_kUninitializedID};
+    EXPECT_TRUE(RunUntil([&] { return i_controlP->CurTime300() > 100; }));
+
+    i_unpacking = song.GetSongID();
+    ASSERT_TRUE(Starts(0));
+    ASSERT_TRUE(i_controlP->IsPaused());
+    i_controlP->TogglePause();   // the operator does not wait
+    EXPECT_TRUE(RunUntil([&] { return i_controlP->CurTime300() > 100; }));
+}
+
 TEST_F(PlayTest, AWishFromAnotherThreadIsDoneOnTheMainOne) {
     Add(Sound("a.wav", 60));
     const auto self = i_controlP->Self();

@@ -212,6 +212,7 @@ protected:
         return {std::make_unique<GatedOutput>(i_device), device};
     }
     CGraphicsPorts& Ports() override { return i_ports; }
+    bool IsUnpacking(SongID song) override { return song == i_unpacking; }
     void ShowMessage(std::string_view text) override { i_messages.emplace_back(text); }
     void Deselect() override { i_deselectedB = true; }
     void SongEnded(const CSongPlay& play) override { i_sung.push_back(play.Spec().name); }
@@ -227,6 +228,7 @@ protected:
     CUserInterface_Scripted i_ui;
     CGraphicsPorts i_ports;
     ScriptedDevice i_device;
+    SongID i_unpacking{SDB_kUninitializedID};
     bool i_quittingB = false, i_deselectedB = false;
     Words i_messages, i_sung;
     std::vector<PlayState> i_states;
