@@ -18,7 +18,26 @@ constexpr long kInitLevel_Globals = 2;
 /** The loop wakes at least 20 times a second, whatever else happens. */
 constexpr std::uint32_t kHeartbeat_Milliseconds = 50;
 
+/** No path has it, and a name may well have a line's end. */
+constexpr char kBetweenPaths = '\0';
+
 }   // namespace
+
+std::string LaunchText(const LaunchFiles& files) {
+    std::string text;
+    for (const std::string& file : files) text += (text.empty() ? "" : std::string(1, kBetweenPaths)) + file;
+    return text;
+}
+
+LaunchFiles LaunchFilesOf(std::string_view text) {
+    LaunchFiles files;
+    while (!text.empty()) {
+        const std::string_view file = text.substr(0, text.find(kBetweenPaths));
+        if (!file.empty()) files.emplace_back(file);
+        text.remove_prefix(std::min(file.size() + 1, text.size()));
+    }
+    return files;
+}
 
 TVoplaApp::TVoplaApp(const AppSetup& setup) : i_setup(setup) { gVoplaApp = this; }
 
@@ -36,10 +55,10 @@ void TVoplaApp::StartUp() {
     splash->SetText("Catching Breath");
 }
 
-int TVoplaApp::Run(const std::string& commandLine) {
+int TVoplaApp::Run(const LaunchFiles& files) {
     if (!i_app->IsLibraryLoaded()) return 1;   // the user would rather quit, or was told why it cannot be
     const CMainLoop::TimerID heartbeat = i_setup.loop.SetTimer(0, kHeartbeat_Milliseconds, [] {});
-    HandleCommandLine(i_earlyFile.empty() ? commandLine : i_earlyFile);
+    OpenFiles(i_earlyFiles.empty() ? files : i_earlyFiles);
     while (!i_quitB) {
         i_app->RunLoopPass();
         if (i_quitWantedB && !i_askingB && i_app->PrepareToQuit(false)) i_quitB = true;
@@ -67,35 +86,36 @@ void TVoplaApp::RequestQuit(QuitAsk ask) {
     });
 }
 
-void TVoplaApp::OnSecondInstance(const std::string& commandLine) {
-    i_setup.loop.Post([this, commandLine] {
+void TVoplaApp::OnSecondInstance(const LaunchFiles& files) {
+    i_setup.loop.Post([this, files] {
         Log("got launch file msg");
-        if (i_app == nullptr) {   // still starting: played once the application is up
-            if (!commandLine.empty()) i_earlyFile = commandLine;
+        if (i_app == nullptr) {   // still starting: opened once the application is up
+            i_earlyFiles.insert(i_earlyFiles.end(), files.begin(), files.end());
             return;
         }
-        if (commandLine.empty()) {
+        if (files.empty()) {
             MessageAlert("You can't run more than one copy of Vopla at once!");
             return;
         }
-        Log(commandLine);
-        HandleCommandLine(commandLine);
+        for (const std::string& file : files) Log(file);
+        OpenFiles(files);
     });
 }
 
-void TVoplaApp::HandleCommandLine(const std::string& commandLine) {
-    if (commandLine.empty() || i_app == nullptr || i_app->IsInitializing() || i_app->IsShutdown()) return;
+void TVoplaApp::OpenFiles(const LaunchFiles& files) {
+    if (files.empty() || i_app == nullptr || i_app->IsInitializing() || i_app->IsShutdown()) return;
     if (!i_app->ConfirmManualSongChange(1)) return;
-    if (Failed(AddFilesToLibrary(i_app->Database(), {commandLine}, [this, commandLine](const AddedFiles& added) {
+    const auto tell = [name = files.front()](OSErr err) {
+        MessageAlert("The file could not be played: " + name, ErrorText(err));
+    };
+    const OSErr err = AddFilesToLibrary(i_app->Database(), {files.begin(), files.end()}, [this, tell](const AddedFiles& added) {
         if (i_app == nullptr || i_app->IsShutdown()) return;   // it came while the application went
-        if (added.songs.empty()) {   // what plays goes on
-            const OSErr err = added.refused.empty() ? fnfErr : added.refused.front().err;
-            MessageAlert("The file could not be played: " + commandLine, ErrorText(err));
-            return;
-        }
+        if (added.songs.empty())                               // what plays goes on
+            return tell(added.refused.empty() ? fnfErr : added.refused.front().err);
+        if (!added.refused.empty()) MessageAlert("Some files could not be added.", added.RefusedText());
         const CSong* const songP = i_app->Database().GetSong(added.songs.front());
         if (songP != nullptr && Failed(i_app->Play().Play(kPlaylistID_Library, songP->LibraryItem())))
-            LogF("not played: %s", commandLine.c_str());   // told by the control
-    })))
-        MessageAlert("The file could not be played: " + commandLine, ErrorText(abortErr));
+            LogF("not played: %s", songP->Name().UTF8().c_str());   // told by the control
+    });
+    if (Failed(err)) tell(abortErr);
 }

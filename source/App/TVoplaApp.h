@@ -1,8 +1,16 @@
 #pragma once
 #include <memory>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "Core/CApp.h"
+
+/** What a start of the program is to open: absolute paths, the first of them to be played. */
+using LaunchFiles = std::vector<std::string>;
+/** The same as one text, for the instance that runs, and back. No path holds the character between them. */
+[[nodiscard]] std::string LaunchText(const LaunchFiles& files);
+[[nodiscard]] LaunchFiles LaunchFilesOf(std::string_view text);
 
 /** Whether a wish to quit may be put to the user: a window that was closed asks, a signal of the system does not. */
 enum class QuitAsk : bool { kNobody, kUser };
@@ -18,23 +26,24 @@ public:
 
     /** The start-up hook. */
     void StartUp();
-    /** Handles `commandLine` (the path of a file, or empty), then passes of the loop until the quit was allowed. */
-    int Run(const std::string& commandLine);
+    /** Opens `files`, then passes of the loop until the quit was allowed. */
+    int Run(const LaunchFiles& files);
     /** The shut-down hook. */
     void ShutDown();
 
     /** Ends the loop, once there is nothing to lose or the user agrees. */
     void RequestQuit(QuitAsk ask);
-    /** What a second start sent: a path, or nothing, which is told to the user. */
-    void OnSecondInstance(const std::string& commandLine);
+    /** What a second start sent: none is told to the user. */
+    void OnSecondInstance(const LaunchFiles& files);
 
 private:
-    void HandleCommandLine(const std::string& commandLine);
+    /** Adds them to the library and plays the first that is a song. */
+    void OpenFiles(const LaunchFiles& files);
 
     AppSetup i_setup;
     std::unique_ptr<CApp> i_app;
     long i_initLevelL = 0;
-    std::string i_earlyFile;     // sent by a second start before the application was up
+    LaunchFiles i_earlyFiles;   // sent by a second start before the application was up
     bool i_quitB = false;
     bool i_quitWantedB = false;   // by the system: nobody is asked
     bool i_askingB = false;

@@ -1,8 +1,18 @@
 #include "Library/AddFilesToLibrary.h"
 
+#include "Core/CLog.h"
 #include "Core/WaitMode.h"
 #include "Library/CSongDatabase.h"
 #include "Library/CT_AddFiles.h"
+
+std::string AddedFiles::RefusedText() const {
+    constexpr std::size_t kMostShown = 10;
+    std::string text;
+    for (std::size_t n = 0; n < std::min(refused.size(), kMostShown); ++n)
+        text += refused[n].path.filename().string() + ": " + ErrorText(refused[n].err) + "\n";
+    if (refused.size() > kMostShown) text += "and " + std::to_string(refused.size() - kMostShown) + " more, see the log\n";
+    return text;
+}
 
 OSErr AddFilesToLibrary(CSongDatabase& database, std::vector<std::filesystem::path> paths,
                         std::function<void(const AddedFiles&)> done) {

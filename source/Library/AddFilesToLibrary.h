@@ -1,6 +1,7 @@
 #pragma once
 #include <functional>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "Library/LibraryIDs.h"
@@ -14,6 +15,9 @@ struct AddedFiles {
     std::vector<SongID> songs;
     std::size_t newL = 0;   // of them
     std::vector<RefusedFile> refused;
+
+    /** What was refused, by name and reason, at most ten of them: for an alert. */
+    [[nodiscard]] std::string RefusedText() const;
 };
 
 /** Adds files and folders to the library as they lie: sound with its graphics, zips, videos; named after the file. The

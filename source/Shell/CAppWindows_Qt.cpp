@@ -108,7 +108,10 @@ void CAppWindows_Qt::CreateVideo(WindowKind kind) {
     QObject::connect(windowP, &XVideoWindow::MenuAsked, windowP,
                      [this, windowP](const QPoint& global) { ShowVideoWindowMenu(*windowP, *this, global); });
     QObject::connect(windowP, &XVideoWindow::Resizing, windowP, &NoteResizing);
-    if (XBrowserWindow* const browserP = Browser(); browserP != nullptr) browserP->Actions().AttachEverywhere(*windowP);
+    if (XBrowserWindow* const browserP = Browser(); browserP != nullptr) {
+        browserP->Actions().AttachEverywhere(*windowP);
+        windowP->Place().SetNormalBeside(*browserP);
+    }
     windowP->SetOpen(kind == PREF_Wind_VIDEO);
     i_windows[kind] = std::move(window);
 }

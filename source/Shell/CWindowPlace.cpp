@@ -95,6 +95,15 @@ void CWindowPlace::SetNormal(const QRect& wanted) {
     if (!i_fullB) PlaceNormal();
 }
 
+void CWindowPlace::SetNormalBeside(const QWidget& other) {
+    for (const QScreen* const screenP : QGuiApplication::screens()) {
+        if (screenP == other.screen()) continue;
+        QRect place(QPoint(), i_window.size().boundedTo(screenP->availableSize()));
+        place.moveCenter(screenP->availableGeometry().center());
+        return SetNormal(place);
+    }
+}
+
 QRect CWindowPlace::Normal() const {
     if (i_fullB && !i_wanted.isNull()) return i_wanted;
     const QRect now = i_fullB ? i_window.normalGeometry() : i_window.geometry();

@@ -13,12 +13,12 @@ std::optional<Options> ReadOptions(std::span<const std::string> words) {
             options.helpB = true;
         } else if (!onlyFilesB && word == "--root" && n + 1 < words.size() && !words[n + 1].empty()) {
             options.root = words[++n];
-        } else if ((!onlyFilesB && word.starts_with("-")) || word.empty() || !options.file.empty()) {
+        } else if ((!onlyFilesB && word.starts_with("-")) || word.empty()) {
             return std::nullopt;
         } else {
             std::error_code err;   // no current folder: the path stays as it was given
             const auto absolute = std::filesystem::absolute(word, err);
-            options.file = err ? word : absolute.string();
+            options.files.push_back(err ? word : absolute.string());
         }
     }
     return options;

@@ -3,15 +3,16 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
-/** The command line of `vopla`: [--headless] [--root DIR] [FILE]. */
+/** The command line of `vopla`: [--headless] [--root DIR] [FILE...]. */
 struct Options {
     bool headlessB = false;
     bool helpB = false;
     std::filesystem::path root;
-    std::string file;   // absolute, so that a first instance elsewhere finds it; empty for none
+    std::vector<std::string> files;   // absolute, so that a first instance elsewhere finds them
 };
 
 /** Nothing for wrong use. `words` are without the program's name; a word behind "--" is a file whatever it begins with. */
 [[nodiscard]] std::optional<Options> ReadOptions(std::span<const std::string> words);
-inline constexpr const char* kOptions_Usage = "usage: vopla [--headless] [--root DIR] [--] [FILE]\n";
+inline constexpr const char* kOptions_Usage = "usage: vopla [--headless] [--root DIR] [--] [FILE...]\n";

@@ -40,15 +40,15 @@ void OpenLog() {
     CLog::Get().SetFile(folder / "Vopla Log file.txt");
 }
 
-int RunApplication(const AppSetup& setup, CSecondInstance& instance, const std::string& file) {
+int RunApplication(const AppSetup& setup, CSecondInstance& instance, const LaunchFiles& files) {
     TVoplaApp application(setup);
     const CSignalWatch watch([&application] { application.RequestQuit(QuitAsk::kNobody); });
     // A second start is answered at once, however long this one takes: it must never become a second host.
-    instance.Listen([&application](std::string text) { application.OnSecondInstance(text); });
+    instance.Listen([&application](const std::string& text) { application.OnSecondInstance(LaunchFilesOf(text)); });
     int result = 1;
     try {
         application.StartUp();
-        result = application.Run(file);
+        result = application.Run(files);
     } catch (const std::exception& fault) {
         LogF("### Error %s", fault.what());
         std::cerr << "vopla: " << fault.what() << '\n';
@@ -64,7 +64,7 @@ int RunHeadless(const Options& options, CSecondInstance& instance, bool cleanB) 
     CAppWindows_None windows;
     return RunApplication({.loop = loop, .ui = ui, .windows = windows, .resources = FindResources(),
                            .prefs = PrefsFilesFor(CFolders::Config() / kApp_ProductName), .lastQuitCleanB = cleanB},
-                          instance, options.file);
+                          instance, options.files);
 }
 
 int RunDesktop(const Options& options, CSecondInstance& instance, bool cleanB, int& countL, char** wordsZ) {
@@ -79,7 +79,7 @@ int RunDesktop(const Options& options, CSecondInstance& instance, bool cleanB, i
     });
     return RunApplication({.loop = loop, .ui = ui, .windows = windows, .resources = FindResources(),
                            .prefs = PrefsFilesFor(CFolders::Config() / kApp_ProductName), .lastQuitCleanB = cleanB},
-                          instance, options.file);
+                          instance, options.files);
 }
 
 }   // namespace
@@ -94,7 +94,7 @@ int RunProcess(const Options& options, int& countL, char** wordsZ) {
     const CCrashReporter crashReporter(CFolders::State() / kApp_ProductName);
 
     CSecondInstance instance(CFolders::Runtime() / "vopla", CFolders::Root());
-    switch (instance.Start(options.file)) {
+    switch (instance.Start(LaunchText(options.files))) {
         case CSecondInstance::Role::kSecond: return 0;
         case CSecondInstance::Role::kFailed:
             std::cerr << "vopla: no second instance check: " << ErrorText(instance.LastErrno()) << '\n';

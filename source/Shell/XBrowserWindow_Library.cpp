@@ -14,22 +14,6 @@
 #include "Shell/XSongTable.h"
 #include "Shell/XSourceList.h"
 
-namespace {
-
-constexpr std::size_t kRefused_MostShown = 10;
-
-/** What could not be added, by name, for an alert. */
-std::string RefusedText(const AddedFiles& added) {
-    std::string text;
-    for (std::size_t n = 0; n < std::min(added.refused.size(), kRefused_MostShown); ++n)
-        text += added.refused[n].path.filename().string() + ": " + ErrorText(added.refused[n].err) + "\n";
-    if (added.refused.size() > kRefused_MostShown)
-        text += "and " + std::to_string(added.refused.size() - kRefused_MostShown) + " more, see the log\n";
-    return text;
-}
-
-}   // namespace
-
 void XBrowserWindow::AddFiles(const QStringList& paths, PlaylistID list, RowIndex where) {
     if (paths.isEmpty()) return;
     std::vector<std::filesystem::path> files;
@@ -47,7 +31,7 @@ void XBrowserWindow::AddFiles(const QStringList& paths, PlaylistID list, RowInde
                 for (const SongID song : added.songs) items.push_back({song});
                 if (!items.empty()) listP->AddItemVec(std::move(items), where);
             }
-            if (!added.refused.empty()) MessageAlert("Some files could not be added.", RefusedText(added));
+            if (!added.refused.empty()) MessageAlert("Some files could not be added.", added.RefusedText());
             window.SetStatus(added.newL == 1 ? tr("1 new song") : tr("%1 new songs").arg(added.newL));
             if (added.songs.size() == 1) window.ShowAdded(added.songs.front());
         });

@@ -204,7 +204,7 @@ TEST_F(AppTest, AQuitThatOvertakesTheAddingOfFilesLeavesALibrary) {
         TVoplaApp application(MakeSetup());
         application.StartUp();
         application.RequestQuit(QuitAsk::kNobody);
-        EXPECT_EQ(application.Run(many), 0);
+        EXPECT_EQ(application.Run({many.string()}), 0);
         application.ShutDown();
     }
     CApp app(MakeSetup());
@@ -473,7 +473,7 @@ TEST_F(AppTest, ASecondFilePlaysAndABadOneLeavesTheFirst) {
     gApp->Prefs().Set("Audio Output Device", CCFValue(SuperString("dummy")));
     const std::string file = std::string(VOPLA_SOURCE_DIR) + "/resources/demo/Vopla Demo - Amazing Grace.cdg";
     for (const std::string& sent : {file, file, std::string("/nowhere/none.cdg")}) {
-        application.OnSecondInstance(sent);
+        application.OnSecondInstance({sent});
         i_loop.Post([] {});
         for (int n = 0; n < 3; ++n) gApp->RunLoopPass();
         EXPECT_TRUE(RunUntil(*gApp, [&] { return gApp->IsSongPlaying(); })) << sent;
@@ -482,10 +482,20 @@ TEST_F(AppTest, ASecondFilePlaysAndABadOneLeavesTheFirst) {
     }
     ASSERT_EQ(i_ui.alerts.size(), 1U);
     EXPECT_NE(i_ui.alerts.front().find("File Not Found"), std::string::npos);
-    application.OnSecondInstance("");
+    application.OnSecondInstance({});
     EXPECT_TRUE(RunUntil(*gApp, [&] { return i_ui.alerts.size() == 2; }));
+    // Several at once, as one text from the second start: the first that is a song plays, what is none is told.
+    const std::string other = (i_folder / "Other\nline.mp3").string();
+    fs::copy_file(fs::path(file).replace_extension(".mp3"), other);
+    application.OnSecondInstance(LaunchFilesOf(LaunchText({"/nowhere/none.mp3", other, file})));
+    EXPECT_TRUE(RunUntil(*gApp, [&] { return i_ui.alerts.size() == 3; }));
+    EXPECT_EQ(gApp->Database().Library().Count(), 2U);
+    const auto playing = [] { return gApp->Database().GetSong(gApp->Play().CurrentSong()); };
+    EXPECT_TRUE(RunUntil(*gApp, [&] {
+        return playing() != nullptr && playing()->FileRef(SDB_SongFile_AUDIO).GetName() == "Other\nline.mp3";
+    }));
     application.RequestQuit(QuitAsk::kNobody);
-    EXPECT_EQ(application.Run(""), 0);
+    EXPECT_EQ(application.Run({}), 0);
     application.ShutDown();
 }
 
