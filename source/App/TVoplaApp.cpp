@@ -105,17 +105,17 @@ void TVoplaApp::OnSecondInstance(const LaunchFiles& files) {
 void TVoplaApp::OpenFiles(const LaunchFiles& files) {
     if (files.empty() || i_app == nullptr || i_app->IsInitializing() || i_app->IsShutdown()) return;
     if (!i_app->ConfirmManualSongChange(1)) return;
-    const auto tell = [name = files.front()](OSErr err) {
-        MessageAlert("The file could not be played: " + name, ErrorText(err));
+    const auto tell = [name = files.front()](const std::string& why) {
+        MessageAlert("The file could not be played: " + name, why);
     };
     const OSErr err = AddFilesToLibrary(i_app->Database(), {files.begin(), files.end()}, [this, tell](const AddedFiles& added) {
         if (i_app == nullptr || i_app->IsShutdown()) return;   // it came while the application went
         if (added.songs.empty())                               // what plays goes on
-            return tell(added.refused.empty() ? fnfErr : added.refused.front().err);
-        if (!added.refused.empty()) MessageAlert("Some files could not be added.", added.RefusedText());
+            return tell(added.refused.empty() ? ErrorText(fnfErr) : added.refused.front().Reason());
         const CSong* const songP = i_app->Database().GetSong(added.songs.front());
         if (songP != nullptr && Failed(i_app->Play().Play(kPlaylistID_Library, songP->LibraryItem())))
             LogF("not played: %s", songP->Name().UTF8().c_str());   // told by the control
+        if (!added.refused.empty()) MessageAlert("Some files could not be added.", added.RefusedText());
     });
-    if (Failed(err)) tell(abortErr);
+    if (Failed(err)) tell(ErrorText(abortErr));
 }

@@ -9,7 +9,7 @@ std::string AddedFiles::RefusedText() const {
     constexpr std::size_t kMostShown = 10;
     std::string text;
     for (std::size_t n = 0; n < std::min(refused.size(), kMostShown); ++n)
-        text += refused[n].path.filename().string() + ": " + ErrorText(refused[n].err) + "\n";
+        text += refused[n].path.filename().string() + ": " + refused[n].Reason() + "\n";
     if (refused.size() > kMostShown) text += "and " + std::to_string(refused.size() - kMostShown) + " more, see the log\n";
     return text;
 }

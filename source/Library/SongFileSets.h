@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Core/CFileRef.h"
+#include "Core/CLog.h"
 
 /** The files of one song, as they were found on the disc: a pair, a zip, a video, or sound alone. */
 struct SongFileSet {
@@ -21,6 +22,9 @@ struct SongFileSet {
 struct RefusedFile {
     std::filesystem::path path;
     OSErr err = noErr;
+
+    /** For people: paramErr says no more than that. */
+    [[nodiscard]] std::string Reason() const { return err == paramErr ? "There is no song in it" : ErrorText(err); }
 };
 
 /** Turns files and folders, in whatever mixture they were chosen, into songs. The halves of a pair find each other,

@@ -13,15 +13,23 @@
 #include <QVBoxLayout>
 
 #include "Shell/QtText.h"
+#include "Shell/XBrowserWindow.h"
 #include "Shell/XProgressWindow.h"
+#include "Shell/XVideoWindow.h"
 
 namespace {
 
 /** A label of the engine's: "&" is a letter there. */
 QString Label(std::string_view text) { return QtText(text).replace('&', "&&"); }
 
-/** In front of the window that the user works with. */
-QWidget* Front() { return QApplication::activeWindow(); }
+/** In front of the window that the user works with; never where the audience looks while there is another. */
+QWidget* Front() {
+    QWidget* const activeP = QApplication::activeWindow();
+    if (activeP != nullptr && qobject_cast<XVideoWindow*>(activeP) == nullptr) return activeP;
+    for (QWidget* const windowP : QApplication::topLevelWidgets())
+        if (qobject_cast<XBrowserWindow*>(windowP) != nullptr && windowP->isVisible()) return windowP;
+    return activeP;
+}
 
 }   // namespace
 
