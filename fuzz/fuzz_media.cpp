@@ -9,6 +9,7 @@
 
 #include "../tests/Core/MemorySource.h"
 #include "Audio/CMediaAudio.h"
+#include "Audio/MediaLength.h"
 
 namespace {
 
@@ -46,8 +47,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* dataP, std::size_t siz
     for (std::size_t n = 0; n < sizeL; ++n) seed = seed * 31 + dataP[n];
     std::mt19937 random(seed);
     MemorySource source(std::string(reinterpret_cast<const char*>(dataP), sizeL));
-    CMediaAudio audio;
     const char* const kExtensions[] = {"", "mp3", "aac", "wav"};
+    std::uint32_t length300 = 0;   // no longer than silence could be in so few bytes
+    if (!Failed(FindMediaLength(source, kExtensions[seed % 4], MediaKind::kSound, length300)))
+        Check(length300 > 0 && length300 / 300.0 * 100 <= static_cast<double>(sizeL) + 1);
+    Check(!Failed(source.Seek(0)));
+    CMediaAudio audio;
     if (Failed(audio.Open(source, kExtensions[seed % 4]))) return 0;
     Check(audio.Position() == 0 && audio.Facts().channels >= 0);
 

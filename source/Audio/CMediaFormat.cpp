@@ -11,14 +11,17 @@ namespace {
 /** Only formats that hold their own streams: playlists and the like would make the library open other files and URLs.
  */
 constexpr const char* kMedia_Formats =
-    "aac,ac3,aiff,amr,amrnb,amrwb,ape,asf,au,avi,caf,dts,eac3,flac,flv,matroska,mov,mp3,mp4,mpc,mpc8,mpeg,mpegts,ogg,"
-    "rm,s16le,tta,"
-    "w64,wav,webm,wv";
+    "aac,ac3,aiff,amr,amrnb,amrwb,ape,asf,au,avi,caf,dts,eac3,flac,flv,matroska,mov,mp4,mpc,mpc8,mpeg,mpegts,ogg,rm,"
+    "s16le,tta,w64,wav,webm,wv";
 constexpr const char* kMedia_PictureFormats = "asf,avi,dv,flv,m4v,matroska,mov,mp4,mpeg,mpegts,mpegvideo,ogg,rm,webm";
 constexpr std::int64_t kMedia_ProbeBytes = 2 << 20;
 constexpr std::int64_t kMedia_AnalyzeTime = 2 * AV_TIME_BASE;
 constexpr std::uint64_t kMedia_OpenBudget = 96U << 20;   // an index at the end, a cover in front
 constexpr int kMedia_MostBadReads = 64;
+// For the length alone: what is damaged, or no media at all, must not cost much.
+constexpr std::int64_t kMedia_LengthProbe = 128 << 10;
+constexpr int kMedia_LengthGuess = 32 << 10;   // bytes in which the format must be found
+constexpr std::uint64_t kMedia_LengthBudget = 32U << 20;
 
 int RefuseOther(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**) { return AVERROR(EPERM); }
 
@@ -45,7 +48,7 @@ void CMediaFormat::QuietLibrary() {
     std::call_once(s_once, [] { av_log_set_level(AV_LOG_QUIET); });
 }
 
-CMediaFormat::CMediaFormat(MediaKind kind) : i_kind(kind) { QuietLibrary(); }
+CMediaFormat::CMediaFormat(MediaKind kind, MediaUse use) : i_kind(kind), i_use(use) { QuietLibrary(); }
 CMediaFormat::~CMediaFormat() { avformat_close_input(&i_formatP); }
 
 OSErr CMediaFormat::Open(CByteSource& source, std::string_view extension) {
@@ -85,13 +88,17 @@ OSErr CMediaFormat::OpenFormat() {
     i_formatP->pb = i_bytes.Context();
     i_formatP->flags |= AVFMT_FLAG_CUSTOM_IO;
     i_formatP->io_open = &RefuseOther;
-    i_formatP->probesize = kMedia_ProbeBytes;
+    const bool lengthB = i_use == MediaUse::kLength;
+    i_formatP->probesize = lengthB ? kMedia_LengthProbe : kMedia_ProbeBytes;
+    if (lengthB) i_formatP->format_probesize = kMedia_LengthGuess;
     i_formatP->max_analyze_duration = kMedia_AnalyzeTime;
     i_formatP->interrupt_callback = {[](void* selfP) { return static_cast<CMediaFormat*>(selfP)->IsAborted() ? 1 : 0; },
                                      this};
 
     OptionsKeeper options;
-    options.Set("format_whitelist", i_kind == MediaKind::kSound ? kMedia_Formats : kMedia_PictureFormats);
+    // Its demuxer looks for a frame in 64 KB, byte by byte, and guesses the length then: MP3Length does better.
+    const std::string sounds = std::string(kMedia_Formats) + (lengthB ? "" : ",mp3");
+    options.Set("format_whitelist", i_kind == MediaKind::kSound ? sounds.c_str() : kMedia_PictureFormats);
     options.Set("protocol_whitelist", "none");
     const AVInputFormat* formatP = nullptr;
     if (i_kind == MediaKind::kSound && (i_extension == "pcm" || i_extension == "raw")) {
@@ -99,16 +106,20 @@ OSErr CMediaFormat::OpenFormat() {
         options.Set("sample_rate", "44100");
         options.Set("channels", "2");
     }
-    i_bytes.SetBudget(kMedia_OpenBudget);
+    i_bytes.SetBudget(lengthB ? kMedia_LengthBudget : kMedia_OpenBudget);
     const std::string name = (i_kind == MediaKind::kSound ? "sound." : "movie.") + i_extension;
     int result = avformat_open_input(&i_formatP, name.c_str(), formatP, &options.dictionaryP);
     if (result < 0) return FromFFmpeg(result, i_bytes.Err());
     i_container = i_formatP->iformat->name;
+    // Known by nothing but its name.
+    if (lengthB && formatP == nullptr && i_formatP->probe_score <= AVPROBE_SCORE_RETRY) return paramErr;
 
     Quiet();
-    result = avformat_find_stream_info(i_formatP, nullptr);
-    if (result < 0) return FromFFmpeg(result, i_bytes.Err());
-    Quiet();
+    if (!lengthB || !IsToldByHead()) {
+        result = avformat_find_stream_info(i_formatP, nullptr);
+        if (result < 0) return FromFFmpeg(result, i_bytes.Err());
+        Quiet();
+    }
     const int best = BestStream();
     if (best < 0) return FromFFmpeg(best, i_bytes.Err());
     i_streamP = i_formatP->streams[best];
@@ -166,4 +177,15 @@ double CMediaFormat::Seconds() const {
     if (i_streamP == nullptr) return 0;
     if (i_streamP->duration > 0) return static_cast<double>(i_streamP->duration) * av_q2d(i_streamP->time_base);
     return i_formatP->duration > 0 ? static_cast<double>(i_formatP->duration) / AV_TIME_BASE : 0;
+}
+
+bool CMediaFormat::IsToldByHead() const {
+    const int best = BestStream();
+    return best >= 0 && (i_formatP->streams[best]->duration > 0 || i_formatP->duration > 0);
+}
+
+bool CMediaFormat::TellsSeconds() const {
+    if (Seconds() <= 0) return false;
+    return i_formatP->duration_estimation_method != AVFMT_DURATION_FROM_BITRATE ||
+           av_get_exact_bits_per_sample(i_streamP->codecpar->codec_id) > 0;
 }

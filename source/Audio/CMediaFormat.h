@@ -11,6 +11,8 @@ struct AVStream;
 
 /** Which stream of a media file is read. */
 enum class MediaKind { kSound, kPicture };
+/** What a media file is opened for: to be decoded, or for its length alone, which wants less of the file. */
+enum class MediaUse { kPlay, kLength };
 
 /** A media file of any container, opened by FFmpeg's demuxer in a cage: only formats that hold their own streams, no
     second file, no URL, no more than a bounded part read before it is known.
@@ -19,7 +21,7 @@ enum class MediaKind { kSound, kPicture };
     Errors   statuses. paramErr: no stream of that kind in it. */
 class CMediaFormat {
 public:
-    explicit CMediaFormat(MediaKind kind);
+    explicit CMediaFormat(MediaKind kind, MediaUse use = MediaUse::kPlay);
     ~CMediaFormat();
     CMediaFormat(const CMediaFormat&) = delete;
     CMediaFormat& operator=(const CMediaFormat&) = delete;
@@ -50,6 +52,8 @@ public:
     [[nodiscard]] const std::string& Container() const noexcept { return i_container; }
     /** Of the stream, or of the file; 0 when nothing tells. */
     [[nodiscard]] double Seconds() const;
+    /** They are told by the container, or follow from a size that is fixed; not guessed from a bit rate. */
+    [[nodiscard]] bool TellsSeconds() const;
 
     void Abort() noexcept { i_bytes.Abort(); }
     [[nodiscard]] bool IsAborted() const noexcept { return i_bytes.IsAborted(); }
@@ -58,8 +62,11 @@ private:
     OSErr OpenFormat();
     void Quiet();
     [[nodiscard]] int BestStream() const;
+    /** The head of the file says all that its length wants. */
+    [[nodiscard]] bool IsToldByHead() const;
 
     const MediaKind i_kind;
+    const MediaUse i_use;
     CMediaBytes i_bytes;
     AVFormatContext* i_formatP = nullptr;
     AVStream* i_streamP = nullptr;
