@@ -59,6 +59,7 @@ void Measure(BenchHost& host, std::size_t namesL) {
     for (const SongID id : songs) all.push_back({id});
     std::printf("%zu songs, %zu different names; a row takes %zu bytes\n", kSongs, namesL, sizeof(CPlayListItem));
     std::printf("  all rows added               %8.1f ms\n", Milliseconds([&] { list.AddItemVec(std::move(all)); }));
+    std::printf("  durations summed up          %8.1f ms\n", Milliseconds([&] { list.CalculateDuration(); }));
     std::printf("  a block of 10,000 at the end %8.1f ms\n", Milliseconds([&] { list.AddItemVec(block(kBlock)); }));
     std::printf("  a block of 10,000 at row 5   %8.1f ms\n", Milliseconds([&] { list.AddItemVec(block(kBlock), 5); }));
 

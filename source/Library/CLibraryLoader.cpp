@@ -51,6 +51,8 @@ OSErr CLibraryLoader::Load(LibraryFileMap& files, LibraryReport& report) {
     NoteIDs(image);
     for (VenueFolder& venue : image.venues) singers.LoadVenue(venue);
     LoadLists(image, loader, files);
+    i_database.Host().ShowProgress("Calculating Playlist durations…");
+    for (CPlayList* const listP : i_database.PlayLists()) listP->CalculateDuration();
     i_database.Host().ShowProgress("Finalizing Playlists…");
     Verify(image, loader, singers.Changed());
     return noErr;

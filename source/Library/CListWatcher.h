@@ -21,5 +21,7 @@ public:
     virtual void ItemsChanged(PlaylistID /*list*/, ListMessage /*message*/, std::span<const PLItemID> /*items*/) {}
     /** The shown order is another one; `startedB`: it is being sorted, the old order stands meanwhile. */
     virtual void SortChanged(PlaylistID /*list*/, const SortSpec& /*spec*/, bool /*startedB*/) {}
+    /** What the list's songs last together is, or may be, another time now: ask it. */
+    virtual void DurationChanged(PlaylistID /*list*/) {}
     virtual void SongsChanged(std::span<const SongID> /*songs*/, std::span<const MetaKey> /*keys*/) {}
 };

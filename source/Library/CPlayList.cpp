@@ -9,6 +9,7 @@
 #include "Core/ThreadInfo.h"
 #include "Library/CMetaManager.h"
 #include "Library/CSongDatabase.h"
+#include "Library/CT_SumDurations.h"
 #include "Library/TitleText.h"
 
 CPlayList::CPlayList(CSongDatabase& database, SourceType type, const SuperString& name, PlaylistID id)
@@ -150,7 +151,8 @@ CMetaValue CPlayList::ValueOf(PLItemID item, MetaKey key) const {
 
 bool CPlayList::SetRowValue(PLItemID item, MetaKey key, CMetaValue value) {
     if (!AssertWords(CMeta_PLItem::IsRowKey(key), "IsRowKey(key)")) return false;
-    if (value.Type() == ValType::ValType_INTEGER) value = CMetaValue(MetaManager().GetTraits(key).Usable(value.Integer()));
+    if (value.Type() == ValType::ValType_INTEGER)
+        value = CMetaValue(MetaManager().GetTraits(key).Usable(value.Integer()));
     CMeta_PLItem* const metaP = i_list->MakeMeta(item);
     if (metaP == nullptr || !metaP->SetValue(key, std::move(value))) return false;
     Touch("playlist item changed");
@@ -159,10 +161,40 @@ bool CPlayList::SetRowValue(PLItemID item, MetaKey key, CMetaValue value) {
 }
 
 void CPlayList::ItemChanged(ListMessage message, std::span<const PLItemID> items) {
+    if (message == ListMessage::kAdded || message == ListMessage::kRemoved) i_durationStaleB = true;
     i_database.Tell([&](CListWatcher& watcher) { watcher.ItemsChanged(i_playlistID, message, items); });
 }
 
 CRowValues CPlayList::Values() const { return {i_list, i_database.Songs(), i_database.SingerValues(), i_playlistID}; }
+
+// ---- What the songs last together ----
+
+std::uint64_t CPlayList::Duration300() {
+    (void)Assert(IsMainThread());
+    if (!i_durationStaleB || i_summingB) return i_duration300;
+    auto taskP = std::make_unique<CT_SumDurations>(i_list, i_database.Songs(), i_playlistID, i_database.Self());
+    i_summingB = CT_Preemptive::Start(std::move(taskP)) != 0;
+    if (i_summingB) i_durationStaleB = false;   // what changes from now on makes it stale again
+    return i_duration300;
+}
+
+void CPlayList::CalculateDuration() {
+    i_duration300 = CT_SumDurations::Run(*i_list, *i_database.Songs());
+    i_durationStaleB = false;
+}
+
+void CPlayList::SumCompletion(std::uint64_t sum300, OSErr err) {
+    i_summingB = false;
+    i_durationStaleB = i_durationStaleB || Failed(err);
+    if (Failed(err)) return;   // the program ends: nobody shall ask again
+    i_duration300 = sum300;
+    i_database.Tell([&](CListWatcher& watcher) { watcher.DurationChanged(i_playlistID); });
+}
+
+void CPlayList::DurationIsStale() {
+    i_durationStaleB = true;
+    i_database.Tell([&](CListWatcher& watcher) { watcher.DurationChanged(i_playlistID); });
+}
 
 std::string CPlayList::GetSummary() const {
     const std::vector<PLRow> rows = i_list->RowsBefore(i_list->NextStamp());

@@ -78,6 +78,11 @@ public:
     [[nodiscard]] CMetaValue ValueOf(PLItemID item, MetaKey key) const;
     /** A value of the row's own, integers made legal; true when it changed. */
     bool SetRowValue(PLItemID item, MetaKey key, CMetaValue value);
+    /** What its songs last together, in 300ths, as it was summed up last. When rows or durations have changed since,
+       this starts a task that does it anew, and watchers hear of its end (DurationChanged). */
+    [[nodiscard]] std::uint64_t Duration300();
+    /** Sums them up now: for the load. */
+    void CalculateDuration();
     /** "12 Songs, 41 Minutes, 102 MB". Logs the sums. */
     [[nodiscard]] std::string GetSummary() const;
 
@@ -115,11 +120,14 @@ public:
     void ItemsChanged(std::span<const PLItemID> items, std::span<const MetaKey> keys);
     /** A sort is over; by its task. */
     void SortCompletion(SortJob job, OSErr err);
+    /** Durations were summed up; by their task. */
+    void SumCompletion(std::uint64_t sum300, OSErr err);
 
 private:
     /** The list's file must be written again. */
     void Touch(std::string_view reason);
     void ItemChanged(ListMessage message, std::span<const PLItemID> items);
+    void DurationIsStale();
     [[nodiscard]] CRowValues Values() const;
     [[nodiscard]] SortJob MakeJob(SortSpec spec) const;
     void StartSort(SortSpec spec);
@@ -156,6 +164,9 @@ private:
     std::vector<PLItemID> i_touched;   // rows that came, left or changed while a task sorts; some more than once
     PLItemID i_selectedItem = SDB_kNoItem;
     long i_current_pli = 0;   // pending skips
+    std::uint64_t i_duration300 = 0;
+    bool i_durationStaleB = false;   // rows or durations have changed since
+    bool i_summingB = false;         // a task sums up, or waits for its completion
 };
 
 /** The order of two lists among the sources: by kind. Singer folders and stores among themselves are ordered by those

@@ -179,6 +179,7 @@ void CPlayList::ItemsChanged(std::span<const PLItemID> items, std::span<const Me
         }
     }
     ItemChanged(ListMessage::kChanged, items);
+    if (std::ranges::find(keys, "drtn"_key) != keys.end()) DurationIsStale();
 }
 
 void CPlayList::SetSavedSort(MetaKey key, bool ascendingB) {

@@ -13,6 +13,7 @@
 
 #include "Core/CAlerts.h"
 #include "Core/CPreferences.h"
+#include "Core/SizeForms.h"
 #include "Library/CMetaManager.h"
 #include "Play/CPlayControl.h"
 #include "Shell/ActionButton.h"
@@ -38,6 +39,12 @@ constexpr int kTyping_Milliseconds = 120;   // a word is typed faster than this
 constexpr int kMessage_Milliseconds = 5000;
 constexpr int kFont_Least = 8, kFont_Most = 32, kFont_MostBeside = 13;   // points
 constexpr int kTasks_Milliseconds = 500;
+
+/** What the songs of a list last together: of hours nobody wants the seconds. */
+QString SumText(std::uint64_t duration300) {
+    const std::uint64_t secondsL = duration300 / 300;
+    return QtText(DurationText(static_cast<double>(secondsL < 3600 ? secondsL : secondsL / 60 * 60)));
+}
 
 }   // namespace
 
@@ -342,7 +349,7 @@ void XBrowserWindow::Filter() {
 }
 
 void XBrowserWindow::ShowState() {
-    const CPlayList* const listP = i_model->List();
+    CPlayList* const listP = i_model->List();
     if (listP == nullptr) return;
     const auto allL = static_cast<qlonglong>(listP->Count());
     const qsizetype selectedL = [this] {
@@ -355,6 +362,8 @@ void XBrowserWindow::ShowState() {
                        ? tr("%1 of %2 songs").arg(locale.toString(i_model->rowCount()), locale.toString(allL))
                    : allL == 1 ? tr("1 song")
                                : tr("%1 songs").arg(locale.toString(allL));
+    const std::uint64_t duration300 = i_model->IsFiltering() ? 0 : listP->Duration300();
+    if (duration300 > 0) text += tr(", %1").arg(SumText(duration300));
     if (selectedL > 1) text += tr(", %1 selected").arg(locale.toString(selectedL));
     if (i_model->IsLooking()) text += tr(", looking…");
     i_countP->setText(text);
