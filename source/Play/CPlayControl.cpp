@@ -1,6 +1,8 @@
 #include "Play/CPlayControl.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <limits>
 
 #include "Core/AlertHook.h"
 #include "Core/CCFPrefDictionary.h"
@@ -19,6 +21,8 @@ namespace {
 constexpr SongID kNoSong{SDB_kUninitializedID};
 /** Back within this of the start is the row before, later it is a rewind. */
 constexpr long kRewind_300ths = 2 * 300;
+/** Lengths so near to each other are one: they are counted by different roads. */
+constexpr long kSameLength_300ths = 3;
 
 }   // namespace
 
@@ -200,6 +204,7 @@ void CPlayControl::SongEnded(CSongPlay& play) {
     const Ref<CSongPlay> playP(&play);
     if (i_host.IsQuitting()) return;
     i_host.SongEnded(play);
+    NoteLength(play);
     FinishSong(play);
     CPlayList* const listP = List();
     const CCFPrefDictionary& preferences = i_host.Preferences();
@@ -216,6 +221,15 @@ void CPlayControl::SongEnded(CSongPlay& play) {
         Stop();
     else if (Failed(StepTo(next, preferences.GetBool("Pause between tracks"))))
         Stop();
+}
+
+void CPlayControl::NoteLength(const CSongPlay& play) const {
+    CSong* const songP = i_host.Database().GetSong(play.Spec().song);
+    const long heard300 = play.HeardLength300();
+    if (songP == nullptr || heard300 <= 0 || heard300 > std::numeric_limits<std::int32_t>::max()) return;
+    if (std::abs(heard300 - songP->Meta().GetInteger("drtn"_key)) <= kSameLength_300ths) return;
+    LogF("Duration of %s: %.3f seconds", play.Spec().name.c_str(), static_cast<double>(heard300) / 300.0);
+    songP->Meta().SetInteger("drtn"_key, static_cast<std::int32_t>(heard300));
 }
 
 void CPlayControl::FinishSong(const CSongPlay& play) {

@@ -132,6 +132,8 @@ private:
     void EndCurrent();
     /** By the preference, and the state of its zip. */
     [[nodiscard]] bool MustWait(const CSongPlay& play) const;
+    /** A song that was heard to its end has told how long it is. */
+    void NoteLength(const CSongPlay& play) const;
     /** The song counts as sung. */
     void FinishSong(const CSongPlay& play);
     void CacheNext();

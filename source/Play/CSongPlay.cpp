@@ -162,6 +162,12 @@ long CSongPlay::EndTime300() const {
     return i_sound.HasSound() ? i_sound.Length300() : i_picture.Length300();
 }
 
+long CSongPlay::HeardLength300() const {
+    const bool wholeB = State() == PlayState::kPlaying && HasPlayer() && i_sound.Player()->IsHeardOut() &&
+                        !Failed(i_sound.Player()->Result()) && !Failed(PlayErr());
+    return wholeB ? i_sound.Length300() : 0;
+}
+
 long CSongPlay::Heard300() const {
     return State() == PlayState::kPlaying && HasPlayer() ? i_sound.Player()->Heard300() : 0;
 }

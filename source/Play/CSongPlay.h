@@ -52,6 +52,8 @@ public:
     [[nodiscard]] long CurTime300() const noexcept { return i_picture.Time300(); }
     /** Its end: the mark, else that of the sound, else of the graphics. */
     [[nodiscard]] long EndTime300() const;
+    /** Of all of its sound, to the last sample; 0 before it was heard to its end, and where that came early. */
+    [[nodiscard]] long HeardLength300() const;
     /** What is heard now; 0 without sound. */
     [[nodiscard]] long Heard300() const;
     [[nodiscard]] long Packets() const { return i_picture.Packets(); }

@@ -33,6 +33,29 @@ TEST_F(PlayTest, PlaysPictureAndSoundAndEnds) {
     EXPECT_TRUE(RunUntilOutputIsFree());
 }
 
+TEST_F(PlayTest, TheTrueLengthIsNotedWhenASongWasHeardToItsEnd) {
+    i_preferences.Set("Stop between tracks", CCFValue(true));
+    CSong& wrong = Add(Sound("wrong.wav", 2), Graphics("wrong.cdg", 600));
+    CSong& right = Add(Sound("right.wav", 2));
+    CSong& left = Add(Sound("left.wav", 2));
+    CSong& trimmed = Add(Sound("trimmed.wav", 2));
+    wrong.Meta().SetInteger("drtn"_key, 4000);
+    right.Meta().SetInteger("drtn"_key, 601);
+    left.Meta().SetInteger("drtn"_key, 4000);
+    trimmed.Meta().SetInteger("drtn"_key, 4000);
+    trimmed.Meta().SetInteger("Tend"_key, 300);
+    for (std::size_t row = 0; row < 4; ++row) {
+        ASSERT_EQ(Play(row), noErr);
+        ASSERT_TRUE(RunUntilPlaying());
+        if (row == 2) i_controlP->Stop();
+        ASSERT_TRUE(RunUntilIdle());
+    }
+    EXPECT_EQ(wrong.Meta().GetInteger("drtn"_key), 600);
+    EXPECT_EQ(right.Meta().GetInteger("drtn"_key), 601);   // as good as the same
+    EXPECT_EQ(left.Meta().GetInteger("drtn"_key), 4000);
+    EXPECT_EQ(trimmed.Meta().GetInteger("drtn"_key), 4000);
+}
+
 /** What is done in which state, and where it leads. */
 TEST_F(PlayTest, EveryOrderInEveryState) {
     for (int n = 0; n < 3; ++n) Add(Sound(std::to_string(n) + ".wav", 30));
