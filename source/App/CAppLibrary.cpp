@@ -67,6 +67,7 @@ void CAppLibrary::AfterStart() {
     SongCached();   // by another run, or the limits are others now
     if (i_database.Songs()->Count() == 0) return;
     if (Failed(CT_FindMissing::Start(i_database))) Log("### Error looking for missing songs");
+    i_database.Lengths().FindAll();
 }
 
 void CAppLibrary::Idle() {

@@ -9,6 +9,7 @@
 #include "Cli/CliSong.h"
 #include "Core/FSrObjects.h"
 #include "Core/JSONWriter.h"
+#include "Core/WaitMode.h"
 #include "Library/AddFilesToLibrary.h"
 #include "Library/CLibraryBackup.h"
 #include "Library/CLibraryCheck.h"
@@ -121,6 +122,8 @@ int Rebuild(const CliContext& context, Words) {
     std::vector<RefusedFile> refused;
     static_cast<void>(AddFilesToLibrary(database, folders, &refused));
     const std::size_t songsL = database.Songs()->Count();
+    database.Lengths().FindAll();
+    while (database.Lengths().IsBusy()) WaitOneTurn();
     if (const OSErr err = library.Save(SaveForce::kAll); Failed(err))
         return CliFail(context, err, "saving the library");
     if (context.jsonB)

@@ -155,6 +155,8 @@ std::string SongWords(CSong& song) {
 std::string SongLine(CSong& song) {
     std::string line = std::to_string(Number(song.GetSongID())) + "\t" + song.Meta().GetString("arts"_key).UTF8() +
                        "\t" + song.Name().UTF8();
+    if (const CMetaValue length = song.Meta().Stored("drtn"_key))
+        line += "\t" + MetaManager().GetTraits("drtn"_key).Display(length).UTF8();
     std::ranges::replace(line, '\n', ' ');
     return line;
 }

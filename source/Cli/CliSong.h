@@ -11,7 +11,7 @@
 [[nodiscard]] std::string SongJSON(CSong& song);
 /** One line a value: title, key, text; then an empty one. */
 [[nodiscard]] std::string SongWords(CSong& song);
-/** Id, artist and name, with tabs between. */
+/** Id, artist, name and, where it is known, the length as "3:05", with tabs between. */
 [[nodiscard]] std::string SongLine(CSong& song);
 /** Puts what a person wrote under a key; nothing, or "--", clears it. paramErr, and `fault` in words: no such key, a
    key that is not set by hand, no value of its kind, or one that is not legal. */

@@ -15,6 +15,7 @@
 #include "Library/CRowValues.h"
 #include "Library/CSinger.h"
 #include "Library/CSong.h"
+#include "Library/CSongLengths.h"
 #include "Library/CSongWarnings.h"
 #include "Library/LibrarySettings.h"
 #include "Platform/CUserInterface.h"
@@ -216,6 +217,8 @@ public:
 
     /** The lists of songs that something is wrong with. Main thread. */
     [[nodiscard]] CSongWarnings& Warnings() noexcept { return i_warnings; }
+    /** Who looks how long songs play. Main thread. */
+    [[nodiscard]] CSongLengths& Lengths() noexcept { return i_lengths; }
     /** The files of this song get their name when it has ceased to play. Main thread. */
     void RenameLater(SongID song) { i_renameLater.insert(Number(song)); }
 
@@ -263,6 +266,7 @@ private:
     bool i_dirtyB = false;
     bool i_reasonToldB = false;
     CSongWarnings i_warnings{*this};
+    CSongLengths i_lengths{*this};
     std::set<std::int32_t> i_renameLater;
     std::vector<CListWatcher*> i_watchers;   // not owned
 };

@@ -92,6 +92,8 @@ OSErr CT_AddFiles::Completion(OSErr err) {
     i_added.refused = std::move(i_found.refused);
     LogF("Added: %lu", static_cast<unsigned long>(i_added.newL));
     if (!i_fresh.empty()) database.SetDirty(true, "songs added");
+    // Afterwards: a disc may take ten milliseconds a file, and the songs can be played meanwhile.
+    database.Lengths().Find(i_fresh);
     i_done(err, i_added);
     return err;
 }

@@ -25,7 +25,9 @@ OSErr CT_OnSongs::Operate(OSErr err) {
         if (IsCancelled()) err = userCanceledErr;
         if (Failed(err)) break;
         std::optional<CSongFiles> files;
-        (void)i_songsRef->With(song, [&](const CSong& found) { files.emplace(found, i_settingsRef); });
+        (void)i_songsRef->With(song, [&](const CSong& found) {
+            if (Wants(found)) files.emplace(found, i_settingsRef);
+        });
         if (files) err = OnSong(*files);
         if (i_viewP) i_viewP->SetSteps(++doneL, static_cast<long>(i_songs.size()));
     }

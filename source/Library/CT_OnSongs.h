@@ -19,6 +19,8 @@ public:
 protected:
     CT_OnSongs(const char* nameZ, CSongDatabase& database, std::vector<SongID> songs, Done done);
 
+    /** Is there work on this song? Asked under the lock of the map of songs, before its files are copied. */
+    [[nodiscard]] virtual bool Wants(const CSong& /*song*/) const { return true; }
     /** A failure ends the task: what concerns one song alone is noted, and answered with noErr. */
     virtual OSErr OnSong(CSongFiles& files) = 0;
     /** After the last song, also of a task that ended early. */

@@ -1,0 +1,79 @@
+#include "Library/FindSongLength.h"
+
+#include <algorithm>
+#include <cctype>
+#include <functional>
+#include <memory>
+
+#include "Audio/MediaLength.h"
+#include "Core/CByteSource_File.h"
+#include "Core/CByteSource_Zip.h"
+#include "Core/CZipArchive.h"
+#include "Core/CZipSongMembers.h"
+
+namespace {
+
+/** In lower case, without its dot. */
+std::string Extension(const std::filesystem::path& name) {
+    std::string text = name.extension().string();
+    if (!text.empty()) text.erase(0, 1);
+    std::ranges::transform(text, text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
+}
+
+using Open = std::function<OSErr(std::unique_ptr<CByteSource>& bytesP)>;
+
+OSErr LengthOf(const Open& open, const std::string& name, std::uint32_t& length300) {
+    const ZipSongKinds kinds = ZipSongKindsOf(name);
+    std::unique_ptr<CByteSource> bytesP;
+    if (const OSErr err = open(bytesP); Failed(err)) return err;
+    if (kinds.graphicsB) return FindGraphicsLength(*bytesP, length300);
+    const std::string extension = Extension(name);
+    const OSErr err = FindMediaLength(*bytesP, extension, MediaKind::kSound, length300);
+    if (err != paramErr || !kinds.videoB) return err;
+    bytesP = nullptr;   // a movie without sound, perhaps
+    if (const OSErr again = open(bytesP); Failed(again)) return again;
+    return FindMediaLength(*bytesP, extension, MediaKind::kPicture, length300);
+}
+
+OSErr LengthOfZip(const CFileRef& file, std::uint32_t& length300) {
+    CZipArchive zip;
+    if (const OSErr err = zip.Open(file); Failed(err)) return err;
+    const CZipSongMembers chosen = CZipSongMembers::Choose(zip.Members());
+    const auto index = chosen.audio ? chosen.audio : chosen.graphics ? chosen.graphics : chosen.video;
+    if (!index) return fnfErr;
+    const CZipMember& member = zip.Members()[*index];
+    const auto open = [&](std::unique_ptr<CByteSource>& bytesP) {
+        auto memberP = std::make_unique<CByteSource_Zip>();
+        const OSErr err = memberP->Open(file, member);
+        bytesP = std::move(memberP);
+        return err;
+    };
+    return LengthOf(open, member.SafeName(), length300);
+}
+
+OSErr LengthOfFile(const CFileRef& file, std::uint32_t& length300) {
+    const auto open = [&](std::unique_ptr<CByteSource>& bytesP) {
+        auto fileP = std::make_unique<CByteSource_File>();
+        const OSErr err = fileP->Open(file);
+        bytesP = std::move(fileP);
+        return err;
+    };
+    return LengthOf(open, file.GetName(), length300);
+}
+
+}   // namespace
+
+OSErr FindSongLength(CSongFiles& files, std::uint32_t& length300) {
+    CFileRef file;
+    if (!files.Ref(SDB_SongFile_ZIP).IsEmpty() && !Failed(files.GetFile(SDB_SongFile_ZIP, file)))
+        return LengthOfZip(file, length300);
+    const CFileRef& picture = files.Ref(SDB_SongFile_VIDEO);
+    const ZipSongKinds kinds = picture.IsEmpty() ? ZipSongKinds() : ZipSongKindsOf(picture.GetName());
+    // What sounds beside a movie by the same name is another song.
+    const bool movieB = kinds.videoB && !kinds.graphicsB && files.Ref(SDB_SongFile_AUDIO).IsEmpty();
+    if (!movieB && !Failed(files.GetFile(SDB_SongFile_AUDIO, file))) return LengthOfFile(file, length300);
+    if (!files.Ref(SDB_SongFile_AUDIO).IsEmpty()) return fnfErr;   // half of a song has not its length
+    const OSErr err = files.GetFile(SDB_SongFile_VIDEO, file, CSongFiles::TryCached::kYes);
+    return Failed(err) ? err : LengthOfFile(file, length300);
+}
