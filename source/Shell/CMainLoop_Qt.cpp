@@ -9,6 +9,7 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QEvent>
 #include <QtCore/QTimer>
+#include <QtGui/QGuiApplication>
 #include <utility>
 
 #include "Platform/CClock.h"
@@ -133,7 +134,10 @@ public:
         if (HasCall()) i_retry.start();
         // A message of the user that was left in the queue is not looked at again by itself.
         const bool userB = !flags.testFlag(QEventLoop::ExcludeUserInputEvents);
-        if (userB && QWindowSystemInterface::windowSystemEventsQueued() > 0) dispatcherP->wakeUp();
+        // X11: what a limited dispatch passes over lies in a queue of the platform's own, which is counted nowhere and
+        // looked at only after a wake-up.
+        const bool hiddenB = std::exchange(i_hiddenB, !userB && i_x11B) && userB;
+        if (userB && (hiddenB || QWindowSystemInterface::windowSystemEventsQueued() > 0)) dispatcherP->wakeUp();
         const bool doneB = dispatcherP->processEvents(flags);
         i_heldB = outerB;
         i_heldLevelL = outerLevelL;
@@ -197,6 +201,8 @@ private:
     QTimer i_retry;   // announces again what came while held
     QTimer i_nudge;   // makes Qt's own loop see the user's messages that a limited pump left behind
     double i_inputT = CClock::Get().SteadyT();
+    const bool i_x11B = QGuiApplication::platformName() == "xcb";
+    bool i_hiddenB = false;   // a dispatch without the user's messages may have passed over some
     bool i_heldB = false;    // Qt dispatches for us
     int i_heldLevelL = 0;    // the depth of Qt's loops when it began to
     bool i_eatB = false;    // input is being flushed

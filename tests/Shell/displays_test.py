@@ -41,6 +41,18 @@ class Desktop:
             time.sleep(0.05)
         sys.exit(f"{what}: the window stands at {self.place()}")
 
+    def toggle(self):
+        """A key in the main window shows the other, or hides it, with nothing else that would wake the program."""
+        before = self.place() is not None
+        browser = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", r"^Vopla( —| -|$)"], env=self.env,
+                                 capture_output=True, text=True, check=True).stdout.split()[0]
+        subprocess.run(["xdotool", "windowfocus", "--sync", browser, "key", "ctrl+1"], env=self.env, check=True)
+        until = time.monotonic() + 20
+        while (self.place() is not None) == before:
+            if time.monotonic() > until:
+                sys.exit("a key was not heard")
+            time.sleep(0.05)
+
     def quit(self):
         self.process.send_signal(signal.SIGTERM)
         self.process.wait(30)
@@ -92,6 +104,8 @@ def main():
             desktop.expect("a start without it", on_the_left)
             xrandr(*RIGHT)
             desktop.expect("there at last", lambda place: place == FULL)
+            for _ in range(10):
+                desktop.toggle()
             desktop.quit()
         finally:
             server.terminate()
