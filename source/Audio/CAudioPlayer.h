@@ -23,8 +23,6 @@ struct AudioPlayerParts {
     CAudioSong& song;
     CAudioOutput& output;
     const AudioLevel& level;
-    CPlayWindow* windowP = nullptr;   // null: there is no video window
-    CPlayWindowRule windowRule = {};
 };
 
 /** Feeds the output with the sound of one song, by a render thread of its own. A pause and what the song lacks are
@@ -43,7 +41,6 @@ public:
     /** Pitch, tempo and vocal mode. */
     [[nodiscard]] CPitchTempoVolume& PitchTempoVolume() noexcept { return *i_spoolP; }
 
-    /** Main thread: the video window follows. */
     void SetMode(PlayMode mode);
     void SetPaused(bool pausedB);
     [[nodiscard]] bool IsPaused() const noexcept { return i_pausedB.load(); }
