@@ -23,7 +23,7 @@ GraphicsUpscaler MakeUpscaler(bool hq4xB) {
 }   // namespace
 
 CSongPicture::CSongPicture(const SongPlayParts& parts, CSongPictureOwner& owner)
-    : i_parts(parts), i_owner(owner), i_delayL(parts.pictureDelayL) {}
+    : i_parts(parts), i_owner(owner), i_slipT(parts.spec.slipT), i_delayL(parts.pictureDelayL) {}
 
 CSongPicture::~CSongPicture() { StopClock(); }
 
@@ -40,7 +40,7 @@ OSErr CSongPicture::WireUp(CGraphicsPorts& ports) {
 }
 
 OSErr CSongPicture::StartClock(long start300, double tempo, std::shared_ptr<const CHeardSound> soundP) {
-    i_clock.Start(i_parts.spec.slipT);
+    i_clock.Start(i_slipT);
     i_clock.Seek(start300);
     i_paceP = std::make_shared<CPlayPace>(i_clock);
     i_paceP->SetSound(soundP);
@@ -86,6 +86,8 @@ void CSongPicture::SetPaused(bool pausedB) {
 }
 
 void CSongPicture::SetSlipT(double seconds) {
+    i_slipT = seconds;   // which the clock starts with
+    if (!i_paceP) return;
     i_slipMoved300 = std::lround(seconds * kSubCodePacketsPerSecond) - static_cast<long>(i_clock.StartSync());
 }
 

@@ -41,13 +41,14 @@ TEST_F(PlayTest, SettingsReachTheSoundAndAreKept) {
 TEST_F(PlayTest, TheSlipIsToldInSecondsAndKept) {
     CSong& song = Add(Sound("a.wav", 60), Graphics("a.cdg", 18000));
     song.Meta().SetFloat("Slip"_key, 0.5);
-    ASSERT_TRUE(Starts(0));
+    ASSERT_EQ(Play(0), noErr);   // the clock of the picture comes later, with what is told here
     EXPECT_EQ(i_controlP->SlipSong(1), "Song Sync Slip: 0.6 seconds");
     EXPECT_EQ(i_controlP->SlipSong(-8), "Song Sync Slip: -0.2 seconds");
     EXPECT_NEAR(song.Meta().GetFloat("Slip"_key), -0.2, 1e-6);
     EXPECT_EQ(i_controlP->SlipGlobal(3), "Global Sync Slip: 0.3 seconds");
     EXPECT_EQ(i_preferences.GetLong("Global Song Sync Slip (300ths)"), 90);
     EXPECT_EQ(i_messages.back(), "Global Sync Slip: 0.3 seconds");
+    ASSERT_TRUE(RunUntilPlaying());
     // -60 of the song and 90 of all: the picture is 30 ahead.
     i_controlP->SetPaused(false);
     i_controlP->SeekTo300(3000);
