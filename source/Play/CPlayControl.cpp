@@ -78,6 +78,10 @@ OSErr CPlayControl::PlayRow(PlaylistID list, PLItemID item, const StartHow& how)
         ShowAlert("Stranger than Fiction error: The song you're trying to play is not in the current playlist.", {});
         return fnfErr;
     }
+    if (how.begunB) {
+        spec->volumeF = 0;
+        spec->launch = {};
+    }
     EndCurrent();
     ChooseOutput();
     i_list = list;

@@ -122,7 +122,8 @@ private:
 
     struct StartHow {
         bool pausedB = false;
-        long at300 = -1;   // from there rather than from the music's start
+        long at300 = -1;       // from there rather than from the music's start
+        bool begunB = false;   // it played already, on another output: its volume is set, its companion open
     };
     OSErr PlayRow(PlaylistID list, PLItemID item, const StartHow& how);
     /** Nothing when there is no such row, or no song in it. */

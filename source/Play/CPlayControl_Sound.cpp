@@ -152,5 +152,9 @@ OSErr CPlayControl::SetOutputDevice(const std::string& name) {
     TellSettings();
     if (!i_playP || WantedDevice() == i_device) return noErr;
     const bool playsB = State() == PlayState::kPlaying;
-    return PlayRow(i_list, i_item, {.pausedB = IsPaused(), .at300 = playsB ? CurTime300() : -1});
+    const VocalMode vocal = i_vocal;   // which no song keeps
+    const OSErr err =
+        PlayRow(i_list, i_item, {.pausedB = IsPaused(), .at300 = playsB ? CurTime300() : -1, .begunB = playsB});
+    if (!Failed(err)) SetVocalMode(vocal);
+    return err;
 }

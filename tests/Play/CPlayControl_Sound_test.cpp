@@ -32,6 +32,14 @@ TEST_F(PlayTest, SettingsReachTheSoundAndAreKept) {
     EXPECT_EQ(song.Meta().GetInteger("PICH"_key), 5);
     ASSERT_EQ(Play(0), noErr);
     EXPECT_EQ(i_controlP->Pitch(), -7);
+    ASSERT_TRUE(RunUntilPlaying());
+    // On another output the song goes on as the operator has set it.
+    i_controlP->SetVolume(0.7F);
+    i_controlP->SetVocalMode(VocalMode::kRightOnly);
+    ASSERT_EQ(i_controlP->SetOutputDevice("other"), noErr);
+    ASSERT_TRUE(RunUntilPlaying());
+    EXPECT_FLOAT_EQ(i_controlP->Volume(), 0.7F);
+    EXPECT_EQ(i_controlP->Vocal(), VocalMode::kRightOnly);
     i_controlP->SetMute(true);
     EXPECT_TRUE(i_controlP->IsMuted());
     i_controlP->SetVolume(7);
