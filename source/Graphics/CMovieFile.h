@@ -23,6 +23,8 @@ public:
     /** To a key packet at or before `seconds`, as far as the file's index, or the demuxer's guess, is right: the caller
         looks where it came out. A failure leaves the place undefined: Restart. */
     OSErr GoTo(double seconds);
+    /** False after a Restart that failed: until one succeeds, nothing but that and Close may be asked. */
+    [[nodiscard]] bool IsOpen() const noexcept { return i_format.Stream() != nullptr; }
     /** To the first packet. */
     OSErr Restart() { return i_format.Restart(); }
 

@@ -6,7 +6,7 @@ namespace {
 using enum PlayState;
 
 /** A disc that can go away: what was open fails, and nothing can be opened. */
-class GoneDisc : public CFileCalls_Linux {
+class GoneDisc final : public CFileCalls_Linux {
 public:
     GoneDisc() { CFileCalls::Install(this); }
     ~GoneDisc() override { CFileCalls::Install(nullptr); }
@@ -20,7 +20,11 @@ public:
     std::atomic<bool> i_goneB{false};
 };
 
-class PlayFaultTest : protected GoneDisc, public PlayTest {   // in this order: no thread runs yet
+struct DiscHolder {
+    GoneDisc i_disc;
+};
+
+class PlayFaultTest : protected DiscHolder, public PlayTest {   // in this order: it outlives all threads
 protected:
     explicit PlayFaultTest(double speed = 20) : PlayTest(speed) {
         i_preferences.Set("Stop between tracks", CCFValue(true));
@@ -74,7 +78,7 @@ TEST_F(PlayFaultTest, WhatBefallsTheFilesOfASong) {
                 return c.when == kPlaying ? i_controlP->CurTime300() > 100 : i_controlP->Current()->Files().IsLoaded();
             }));
         }
-        i_goneB = c.how == kDiscGone;
+        i_disc.i_goneB = c.how == kDiscGone;
         if (c.how == kCut) std::filesystem::resize_file(file, std::filesystem::file_size(file) / 3);
         if (c.how == kRenamed) std::filesystem::rename(folder, i_folder / "moved");
         if (c.how == kDeleted) std::filesystem::remove_all(folder);
@@ -85,7 +89,7 @@ TEST_F(PlayFaultTest, WhatBefallsTheFilesOfASong) {
         EXPECT_EQ(i_sung.size(), sungL + (c.endsB ? 1 : 0));
         EXPECT_EQ(AlertsSoFar().size(), alertsL + (c.endsB ? 0 : 1)) << testing::PrintToString(AlertsSoFar());
         EXPECT_EQ(i_controlP->PlayErr() == noErr, c.endsB) << Number(i_controlP->PlayErr());
-        i_goneB = false;
+        i_disc.i_goneB = false;
         EXPECT_TRUE(Starts(0));   // the show goes on
         i_controlP->Stop();
         ASSERT_TRUE(RunUntilOutputIsFree());
