@@ -9,6 +9,7 @@
 
 namespace {
 constexpr std::size_t kMostUnits = std::size_t{1} << 28;
+constexpr std::size_t kLoadPart_Units = std::size_t{1} << 16;   // 256 KB
 
 }   // namespace
 
@@ -17,7 +18,7 @@ CSubCodeStream_Memory::CSubCodeStream_Memory(std::span<const std::uint8_t> bytes
     std::ranges::copy(bytes, i_bytes.get());
 }
 
-OSErr CSubCodeStream_Memory::LoadFile(const std::filesystem::path& file) {
+OSErr CSubCodeStream_Memory::LoadFile(const std::filesystem::path& file, const std::function<bool()>& cancelled) {
     CSubCodeStream_File stream;
     if (const OSErr err = stream.Open(file); Failed(err)) return err;
     if (stream.LengthUnits() > kMostUnits) return memFullErr;
@@ -25,10 +26,15 @@ OSErr CSubCodeStream_Memory::LoadFile(const std::filesystem::path& file) {
     // Not zeroed: each byte given out was read.
     std::unique_ptr<std::uint8_t[]> bytes(new (std::nothrow) std::uint8_t[sizeL]);
     if (bytes == nullptr) return memFullErr;
-    const SubCodeRead got = stream.Read({bytes.get(), sizeL});
-    if (Failed(got.err) && got.err != eofErr) return got.err;
+    std::size_t doneL = 0;
+    for (SubCodeRead got; !Failed(got.err) && doneL < stream.LengthUnits(); doneL += got.unitsL) {
+        if (cancelled && cancelled()) return abortErr;
+        const std::size_t partL = std::min(stream.LengthUnits() - doneL, kLoadPart_Units);
+        got = stream.Read({bytes.get() + doneL * kUnitBytes, partL * kUnitBytes});
+        if (Failed(got.err) && got.err != eofErr) return got.err;
+    }
     i_bytes = std::move(bytes);
-    i_lengthL = got.unitsL;
+    i_lengthL = doneL;
     i_positionL = 0;
     return noErr;
 }

@@ -1,5 +1,6 @@
 #pragma once
 #include <filesystem>
+#include <functional>
 #include <memory>
 
 #include "Graphics/CSubCodeStream.h"
@@ -12,8 +13,9 @@ public:
     /** Bytes behind the last whole unit are not seen. */
     explicit CSubCodeStream_Memory(std::span<const std::uint8_t> bytes);
     /** Takes the whole file in the stream's place; on failure the stream stays as it was. fnfErr, permErr, paramErr for
-        what is no regular file, memFullErr over 1 GB (41 hours), ioErr. An empty file is an empty stream. */
-    OSErr LoadFile(const std::filesystem::path& file);
+        what is no regular file, memFullErr over 1 GB (41 hours), ioErr. An empty file is an empty stream. `cancelled` is
+        asked between the parts of a file that may come slowly: abortErr. */
+    OSErr LoadFile(const std::filesystem::path& file, const std::function<bool()>& cancelled = {});
 
     SubCodeRead Read(std::span<std::uint8_t> bytes) override;
     [[nodiscard]] std::size_t Position() const override { return i_positionL; }

@@ -7,6 +7,7 @@
 #include "Core/AlertHook.h"
 #include "Core/CCFPrefDictionary.h"
 #include "Core/CLog.h"
+#include "Graphics/CGraphicsPorts.h"
 #include "Graphics/PlayNext.h"
 #include "Library/CT_FindMissing.h"
 #include "Platform/CClock.h"
@@ -23,6 +24,8 @@ constexpr SongID kNoSong{SDB_kUninitializedID};
 constexpr long kRewind_300ths = 2 * 300;
 /** Lengths so near to each other are one: they are counted by different roads. */
 constexpr long kSameLength_300ths = 3;
+/** A list that changes all the time is not looked through more often. */
+constexpr double kNextLook_T = 1;
 
 }   // namespace
 
@@ -32,10 +35,12 @@ CPlayControl::CPlayControl(CPlayHost& host)
       i_outputP(MakeRef<CPlayOutput>()),
       i_volumeF(ReadVolume(host)) {
     i_outputP->Level().gainF = i_volumeF;
+    i_host.Database().AddWatcher(*this);
 }
 
 CPlayControl::~CPlayControl() {
     *i_selfRef = nullptr;
+    i_host.Database().RemoveWatcher(*this);
     i_watchers.clear();
     EndCurrent();
 }
@@ -82,7 +87,9 @@ OSErr CPlayControl::PlayRow(PlaylistID list, PLItemID item, const StartHow& how)
         spec->volumeF = 0;
         spec->launch = {};
     }
-    EndCurrent();
+    if (i_playP && CurrentSong() != spec->song)
+        Log("WARNING****  A case where the previous song wasn't stopped!");
+    EndCurrent(spec->name);
     ChooseOutput();
     i_list = list;
     i_item = item;
@@ -132,7 +139,7 @@ void CPlayControl::PreRollDone(CSongPlay& play, OSErr err) {
         err = play.SetPitchTempo(i_pitchS, i_tempo);
     if (!Failed(err) && i_vocal != play.Spec().vocal) play.SetVocalMode(i_vocal);
     if (Failed(err)) {
-        Log("### no audio player");
+        if (!play.HasPlayer()) Log("### no audio player");
         SongFailed(play, err);
         return;
     }
@@ -158,7 +165,17 @@ void CPlayControl::NoteFiles(CSongPlay& play, OSErr err) const {
         Log("### Error looking for the files of a song");
 }
 
+void CPlayControl::ItemsChanged(PlaylistID list, ListMessage, std::span<const PLItemID>) {
+    if (list == i_list) i_nextStaleB = true;
+}
+
+void CPlayControl::SortChanged(PlaylistID list, const SortSpec&, bool startedB) {
+    if (list == i_list && !startedB) i_nextStaleB = true;
+}
+
 void CPlayControl::CacheNext() {
+    i_nextStaleB = false;
+    i_nextLookT = CClock::Get().SteadyT() + kNextLook_T;
     CPlayList* const listP = List();
     if (listP == nullptr || !i_host.Preferences().GetBool("pre-cache next song", true)) {
         i_next.Drop();
@@ -176,15 +193,20 @@ void CPlayControl::CacheNext() {
 
 // ---- Ending ----
 
-void CPlayControl::EndCurrent() {
+void CPlayControl::EndCurrent(std::string next) {
     i_delayedB = false;
-    if (const Ref<CSongPlay> playP = std::exchange(i_playP, nullptr)) playP->Stop();
+    if (const Ref<CSongPlay> playP = std::exchange(i_playP, nullptr)) playP->Stop(std::move(next));
 }
 
 void CPlayControl::Stop() {
-    if (i_host.IsQuitting()) i_next.Drop();
+    i_next.Drop();   // its files must not hold a disc that is to be taken out
+    EndShow();
+}
+
+void CPlayControl::EndShow() {
     if (!i_playP) return;
     EndCurrent();
+    if (Ports().Port(CGraphicsPort::kScreen_VIDEO) != nullptr) Ports().ApplyRule(WindowRule(), PlayMode::kStop);
     TellPlay();
 }
 
@@ -221,10 +243,7 @@ void CPlayControl::SongEnded(CSongPlay& play) {
         next = listP->GetNextID(i_item, CPlayList::Step::kForward);
         if (!i_playP) return;   // the list has stopped the show
     }
-    if (next == SDB_kNoItem)
-        Stop();
-    else if (Failed(StepTo(next, preferences.GetBool("Pause between tracks"))))
-        Stop();
+    if (next == SDB_kNoItem || Failed(StepTo(next, preferences.GetBool("Pause between tracks")))) EndShow();
 }
 
 void CPlayControl::NoteLength(const CSongPlay& play) const {
@@ -265,7 +284,7 @@ OSErr CPlayControl::PlayNext() {
     const PLItemID item = listP->GetNextID(i_item, CPlayList::Step::kForward, CPlayList::AtEnd::kIgnore);
     if (item == SDB_kNoItem) return fnfErr;
     const OSErr err = StepTo(item, false);
-    if (!Failed(err)) i_host.ShowMessage("Next: " + i_playP->Spec().name);
+    if (!Failed(err) && i_playP) i_host.ShowMessage("Next: " + i_playP->Spec().name);   // no watcher has stopped it
     return err;
 }
 
@@ -288,7 +307,7 @@ OSErr CPlayControl::PlayPrevious() {
     const PLItemID item = listP->GetNextID(i_item, CPlayList::Step::kBackward);
     if (item == SDB_kNoItem) return fnfErr;
     const OSErr err = StepTo(item, false);
-    if (!Failed(err)) i_host.ShowMessage("Previous: " + i_playP->Spec().name);
+    if (!Failed(err) && i_playP) i_host.ShowMessage("Previous: " + i_playP->Spec().name);
     return err;
 }
 
@@ -335,6 +354,7 @@ PLItemID CPlayControl::CurrentItem() const { return i_item; }
 
 void CPlayControl::VideoIdle(bool forcedB) {
     if (i_delayedB && !MustWait(*i_playP)) SetPaused(false);
+    if (i_nextStaleB && State() == PlayState::kPlaying && CClock::Get().SteadyT() >= i_nextLookT) CacheNext();
     if (const Ref<CSongPlay> playP = i_playP) playP->Tick(forcedB);
 }
 

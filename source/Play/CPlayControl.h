@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Audio/CVolumeStage.h"
+#include "Library/CListWatcher.h"
 #include "Library/CSongDatabase.h"
 #include "Play/CNextSong.h"
 #include "Play/CPlayingSong.h"
@@ -20,7 +21,7 @@ class CPlayWatcher;
     Owner    CApp, or a command. Whoever waits for the threads at the end of the application waits for the songs that
              are on their way out, too.
     Errors   a status when the wish makes no sense now; what breaks later is told to the user, and kept (PlayErr). */
-class CPlayControl final : public CPlayingSong, private CSongPlayOwner {
+class CPlayControl final : public CPlayingSong, private CSongPlayOwner, private CListWatcher {
 public:
     explicit CPlayControl(CPlayHost& host);
     ~CPlayControl() override;
@@ -41,6 +42,7 @@ public:
     OSErr PlayPrevious();
     /** To the trim start, or the very start. */
     void Rewind();
+    /** A song that still starts has no length yet, and stays where it begins. */
     void Seek(double position);
     void SeekTo300(long time300);
 
@@ -116,6 +118,9 @@ private:
     CGraphicsPorts& Ports() override;
     CPlayWindowRule WindowRule() const override;
     void NoteDrawn() override;
+    // Of the lists: the song that comes next may be another one now.
+    void ItemsChanged(PlaylistID list, ListMessage message, std::span<const PLItemID> items) override;
+    void SortChanged(PlaylistID list, const SortSpec& spec, bool startedB) override;
 
     /** Tells the song what the look for its files has found. */
     void NoteFiles(CSongPlay& play, OSErr err) const;
@@ -130,7 +135,10 @@ private:
     [[nodiscard]] std::optional<SongPlaySpec> SpecOf(PlaylistID list, PLItemID item) const;
     void TellFailure(const CSongPlay& play, OSErr err) const;
     OSErr StepTo(PLItemID item, bool pausedB);
-    void EndCurrent();
+    /** `next` is the name of the song that takes its place. */
+    void EndCurrent(std::string next = {});
+    /** Nothing follows: the windows go by their rule. */
+    void EndShow();
     /** By the preference, and the state of its zip. */
     [[nodiscard]] bool MustWait(const CSongPlay& play) const;
     /** A song that was heard to its end has told how long it is. */
@@ -157,6 +165,8 @@ private:
     std::string i_device;     // that i_outputP was given; empty: none yet
     Ref<CSongPlay> i_playP;   // null: idle
     CNextSong i_next;
+    bool i_nextStaleB = false;   // the list has changed since i_next was chosen
+    double i_nextLookT = 0;      // before this it is not looked at again
     bool i_startPausedB = false;   // i_playP is to begin paused
     bool i_delayedB = false;       // it stands paused until its zip is unpacked, or the operator lets it go
     PlaylistID i_list{SDB_kUninitializedID};

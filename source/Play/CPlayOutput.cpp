@@ -1,11 +1,12 @@
 #include "Play/CPlayOutput.h"
 
 bool CPlayOutput::Take(const std::atomic<bool>& givenUpB) {
+    AudioOutputChoice before;   // goes after the lock is left: a device may be slow to close
     std::unique_lock guard(i_lock);
     i_changed.wait(guard, [&] { return !i_takenB || givenUpB.load(); });
     if (givenUpB.load()) return false;
     i_takenB = true;
-    if (i_next.outputP) i_now = std::exchange(i_next, {});
+    if (i_next.outputP) before = std::exchange(i_now, std::exchange(i_next, {}));
     return true;
 }
 

@@ -24,13 +24,16 @@ bool IsMidi(const CFileRef& file) {
 }
 
 /** All of a member. What is damaged at its end is given as far as it goes. */
-OSErr ReadMember(const CFileRef& zip, const CZipMember& member, std::vector<std::uint8_t>& bytes) {
+OSErr ReadMember(const CFileRef& zip, const CZipMember& member, const std::atomic<bool>& abortedB,
+                 std::vector<std::uint8_t>& bytes) {
     if (member.sizeL > kMostGraphics_Bytes) return memFullErr;
     CByteSource_Zip source;
     if (const OSErr err = source.Open(zip, member); Failed(err)) return err;
     constexpr std::size_t kPart_Bytes = 256 * 1024;
     std::size_t doneL = 0;
     for (;;) {
+        if (abortedB.load()) return abortErr;
+        if (doneL > kMostGraphics_Bytes) return memFullErr;
         bytes.resize(doneL + kPart_Bytes);
         std::size_t gotL = 0;
         const OSErr err = source.Read(std::as_writable_bytes(std::span(bytes).subspan(doneL)), gotL);
@@ -142,7 +145,7 @@ OSErr CSongLoad::ChooseFromZip(const CFileRef& file) {
     i_soundFile = i_mainFile = file;
     if (chosen.graphics) {
         std::vector<std::uint8_t> bytes;
-        if (const OSErr err = LogStep(ReadMember(file, zip.Members()[*chosen.graphics], bytes),
+        if (const OSErr err = LogStep(ReadMember(file, zip.Members()[*chosen.graphics], i_abortedB, bytes),
                                       "reading the graphics in the zip", file.GetPath());
             Failed(err))
             return err;
@@ -205,7 +208,7 @@ OSErr CSongLoad::LoadMovie() {
 
 OSErr CSongLoad::LoadGraphics(const std::filesystem::path& file) {
     i_graphicsP = std::make_unique<CSubCodeStream_Memory>();
-    return LogStep(i_graphicsP->LoadFile(file), "reading graphics", file);
+    return LogStep(i_graphicsP->LoadFile(file, [this] { return i_abortedB.load(); }), "reading graphics", file);
 }
 
 OSErr CSongLoad::StartSound(std::unique_ptr<CS_MainThread_AbortProc> completionP) {

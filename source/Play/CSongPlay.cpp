@@ -1,6 +1,8 @@
 #include "Play/CSongPlay.h"
 
+#include "Core/Assertions.h"
 #include "Core/CLog.h"
+#include "Core/ThreadInfo.h"
 #include "Graphics/CGraphicsPorts.h"
 #include "Platform/CClock.h"
 #include "Play/CMainThread_SongCall.h"
@@ -54,7 +56,11 @@ void CSongPlay::WireUpGraphics() {
 }
 
 void CSongPlay::PreRollOver(OSErr err) {
-    if (i_ownerP != nullptr) i_ownerP->PreRollDone(*this, err);
+    if (i_ownerP != nullptr) return i_ownerP->PreRollDone(*this, err);
+    if (i_replacedBy.empty())
+        Log("### there is no playing song to stop\n");
+    else
+        LogF("### another song is playing (%s)\n", i_replacedBy.c_str());
 }
 
 OSErr CSongPlay::Begin(bool pausedB) {
@@ -66,8 +72,10 @@ OSErr CSongPlay::Begin(bool pausedB) {
     return noErr;
 }
 
-void CSongPlay::Stop() {
+void CSongPlay::Stop(std::string next) {
+    AssertWords(IsMainThread(), "IsMainThread() && \"StopAudio() on a back thread\"");
     if (i_ownerP == nullptr) return;
+    i_replacedBy = std::move(next);
     LogF("Stopping audio for Song: %s\n", Spec().name.c_str());
     i_picture.StopClock();
     i_picture.TakeDown();

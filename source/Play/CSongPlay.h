@@ -28,8 +28,9 @@ public:
     void PreRollOver(OSErr err);
     /** The clock starts; the sound too, unless the song is to begin paused. */
     OSErr Begin(bool pausedB);
-    /** There is no way back. Nobody waits: a pre-roll ends with abortErr on its own. */
-    void Stop();
+    /** There is no way back. Nobody waits: a pre-roll ends with abortErr on its own. `next` is the name of the song that
+        takes its place, if one does. */
+    void Stop(std::string next = {});
     void SetPaused(bool pausedB);
     [[nodiscard]] bool IsPaused() const noexcept { return i_picture.IsPaused(); }
     /** Of picture and sound; comes back at once, the sound follows. */
@@ -85,6 +86,7 @@ private:
     CSongSound i_sound;
     CSongPicture i_picture;
     // Main thread.
+    std::string i_replacedBy;   // after Stop
     bool i_seekingB = false;    // the sound is on its way
     double i_apartSinceT = 0;   // picture and sound are far from each other; 0: they are not
     long i_lastHeard300 = 0;    // as of the last look

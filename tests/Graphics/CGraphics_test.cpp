@@ -1,6 +1,7 @@
 #include "Graphics/CGraphics.h"
 
 #include "Core/Assertions.h"
+#include "Core/TempFolder.h"
 #include "Graphics/CGraphicsClock.h"
 #include "Graphics/CGraphicsOverlay.h"
 #include "Graphics/CGraphicsPorts.h"
@@ -89,6 +90,20 @@ struct Stage {
         return slow.Shown();
     }
 };
+
+TEST(CSubCodeStream_Memory, AFileIsReadInPartsAndGivenUpBetweenThem) {
+    const TempFolder folder;
+    const std::filesystem::path file = folder.Path() / "a.cdg";
+    std::string bytes(600'000, '\0');
+    for (std::size_t n = 0; n < bytes.size(); ++n) bytes[n] = static_cast<char>(n * 31 + n / 977);   // no part is like another
+    WriteWhole(file, bytes);
+    CSubCodeStream_Memory stream;
+    ASSERT_EQ(stream.LoadFile(file), noErr);
+    EXPECT_TRUE(std::ranges::equal(stream.Bytes(), bytes, {}, {}, [](char c) { return static_cast<std::uint8_t>(c); }));
+    int askedL = 0;
+    EXPECT_EQ(stream.LoadFile(file, [&] { return ++askedL == 2; }), abortErr);
+    EXPECT_EQ(stream.LengthUnits(), 150'000U);   // what it had
+}
 
 TEST(CGraphics, FollowsTheClockForwardsAndBack) {
     Stage stage(900);

@@ -1,4 +1,6 @@
 #include "Play/CPlayControl.h"
+#include "Graphics/CPortWindow.h"
+#include "Graphics/PortTest.h"
 #include "Play/PlayTest.h"
 
 namespace {
@@ -59,6 +61,47 @@ TEST_F(PlayTest, ANextThatIsWantedWhileItIsCachedOrWasReplacedIsRight) {
     ASSERT_EQ(i_controlP->PlayNext(), noErr);
     ASSERT_TRUE(RunUntilPlaying());
     EXPECT_EQ(i_controlP->EndTime300(), 30 * 300);
+}
+
+TEST_F(PlayTest, WhatLiesReadyFollowsTheListAndGoesWithAStop) {
+    for (const char* const nameZ : {"a", "b", "c"}) Add(Sound(std::string(nameZ) + ".wav", 60));
+    ASSERT_TRUE(Starts(0, true));
+    ASSERT_TRUE(RunUntil([&] { return i_controlP->IsNextReady(); }));
+    const PLItemID last[] = {Row(2)};
+    (void)i_listP->MoveItems(last, 2);   // before the second
+    EXPECT_TRUE(RunUntil([&] { return Logged("pre-cache next song: c") && i_controlP->IsNextReady(); }));
+    i_controlP->Stop();
+    EXPECT_FALSE(i_controlP->IsNextReady());   // a stick can be taken out
+}
+
+TEST_F(PlayTest, TheWindowLeavesTheFullScreenWhenNothingFollows) {
+    struct Window final : CPortWindow {
+        bool IsFullScreen() const override { return fullB; }
+        bool IsVisible() const override { return true; }
+        void SetFullScreen(bool onB) override { done += onB ? "full " : "normal ", fullB = onB; }
+        void SetAlwaysOnTop(bool) override {}
+        void ShowAndSelect() override {}
+        void Hide() override { done += "hide "; }
+        OSErr SetOpacity(float) override { return noErr; }
+        OSErr SetTransparent(bool) override { return noErr; }
+        bool fullB = false;
+        std::string done;
+    } window;
+    Screen screen(CGraphicsPort::kScreen_VIDEO, &window);
+    i_ports.Enter(screen.port);
+    i_preferences.Set("Auto Full Screen During Play", CCFValue(true));
+    i_preferences.Set("Stop at playlist end", CCFValue(true));
+    Add(Sound("a.wav", 0.3), Graphics("a.cdg", 90));
+    Add(Sound("b.wav", 0.3), Graphics("b.cdg", 90));
+    ASSERT_EQ(Play(0), noErr);
+    EXPECT_TRUE(RunUntilIdle());
+    EXPECT_EQ(i_sung.size(), 2U);
+    EXPECT_EQ(window.done, "full normal ");   // not between the two
+    window.done.clear();
+    ASSERT_TRUE(Starts(0));
+    i_controlP->Stop();
+    EXPECT_EQ(window.done, "full normal ");
+    i_ports.Leave(screen.port);
 }
 
 TEST_F(PlayTest, ASelectionOfOneIsPlayedAndOneOfSeveralIsAsked) {

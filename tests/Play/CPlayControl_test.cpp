@@ -135,6 +135,7 @@ TEST_F(PlayTest, AStopWhileItStartsEndsThePreRollWithoutAWord) {
     EXPECT_EQ(i_controlP->State(), kIdle);
     EXPECT_EQ(AlertsSoFar(), Words());
     EXPECT_FALSE(Logged("### no audio player"));
+    EXPECT_TRUE(Logged("### there is no playing song to stop"));
 }
 
 TEST_F(PlayTest, ASongThatIsWantedWhileAnotherStartsWaitsForItAndTheLoopRuns) {
@@ -149,6 +150,7 @@ TEST_F(PlayTest, ASongThatIsWantedWhileAnotherStartsWaitsForItAndTheLoopRuns) {
     ASSERT_TRUE(RunUntilPlaying());   // GatedOutput sees that one song has it at a time
     EXPECT_EQ(i_controlP->CurrentSong(), second.GetSongID());
     EXPECT_EQ(AlertsSoFar(), Words());
+    EXPECT_TRUE(Logged("### another song is playing (b)"));
 }
 
 TEST_F(PlayTest, ATempoThatIsAskedForWhileItStartsIsKept) {
