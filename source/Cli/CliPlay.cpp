@@ -46,18 +46,23 @@ public:
             if (const OSErr err = Add(list, file); Failed(err)) return CliFail(i_context, err, file);
         if (const OSErr err = i_controlP->Play(list.ID(), list.GetSortedList().front()); Failed(err))
             return CliFail(i_context, err, files.front());
+        int status = 0;
         for (const PLItemID last = list.GetSortedList().back();;) {
             RunSong(mostT);
-            if (const OSErr err = i_controlP->PlayErr(); Failed(err)) return CliFail(i_context, err, i_name);
-            if (i_controlP->State() == PlayState::kIdle) break;
-            if (i_endedB) continue;   // the next one has begun
-            Tell("stopped", *i_controlP->Current());
+            const bool idleB = i_controlP->State() == PlayState::kIdle;
+            if (const OSErr err = i_controlP->PlayErr(); Failed(err))
+                status = CliFail(i_context, err, i_name);   // the others play all the same
+            else if (!idleB && i_endedB)
+                continue;   // the next one has begun
+            else if (!idleB)
+                Tell("stopped", *i_controlP->Current());
             if (i_controlP->CurrentItem() == last || Failed(i_controlP->PlayNext())) break;
         }
         i_controlP->Stop();
+        if (status != 0 && i_songsL == 0) return status;   // the error is all there is to tell
         i_context.out << "{\"state\":\"total\",\"songs\":" << i_songsL << ",\"audio300\":" << i_audio300
                       << ",\"packets\":" << i_packetsL << ",\"frames_late\":" << i_lateL << "}\n";
-        return 0;
+        return status;
     }
 
 private:

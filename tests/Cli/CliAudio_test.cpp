@@ -156,6 +156,9 @@ TEST_F(CliAudio, Failures) {
         EXPECT_TRUE(run.err.starts_with("{\"error\":")) << run.err;
     }
     EXPECT_FALSE(std::filesystem::exists(Path("o.wav")));
+    const Answer evening = Run({"play", tone, Path("bad.mp3"), tone, "--seconds", "0.1", "--output", "dummy"});
+    EXPECT_EQ(evening.status, 1);
+    EXPECT_NE(evening.out.find("{\"state\":\"total\",\"songs\":2,"), std::string::npos) << evening.out;   // the last played too
 }
 
 }   // namespace
