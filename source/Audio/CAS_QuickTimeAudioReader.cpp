@@ -7,6 +7,7 @@
 #include "Core/Assertions.h"
 #include "Core/CByteSource_File.h"
 #include "Core/CLog.h"
+#include "Core/SmallExtension.h"
 
 namespace {
 
@@ -20,11 +21,6 @@ SpoolTraits ReaderTraits() {
     return traits;
 }
 
-std::string ExtensionOf(const CFileRef& file) {
-    const std::string dotted = file.GetPath().extension().string();
-    return dotted.empty() ? dotted : dotted.substr(1);
-}
-
 }   // namespace
 
 CAS_QuickTimeAudioReader::CAS_QuickTimeAudioReader(const CFileRef& file, std::uint64_t song300)
@@ -35,7 +31,7 @@ CAS_QuickTimeAudioReader::CAS_QuickTimeAudioReader(const CFileRef& file, std::ui
               sourceP = std::move(fileP);
               return LogStep(err, "QTNewDataReferenceFromURLCFString", file.GetPath());
           },
-          ExtensionOf(file), song300) {}
+          SmallExtension(file.GetPath()), song300) {}
 
 CAS_QuickTimeAudioReader::CAS_QuickTimeAudioReader(SourceMaker makeSource, std::string extension, std::uint64_t song300)
     : CSpooler(ReaderTraits()),

@@ -1,25 +1,14 @@
 #include "Audio/SongSource.h"
 
-#include <algorithm>
-#include <cctype>
-#include <filesystem>
-
 #include "Audio/CAS_QuickTimeAudioReader.h"
 #include "Core/CByteSource_File.h"
 #include "Core/CByteSource_Zip.h"
 #include "Core/CLog.h"
 #include "Core/CZipArchive.h"
 #include "Core/CZipSongMembers.h"
+#include "Core/SmallExtension.h"
 
 namespace {
-
-/** In lower case, without the dot. */
-std::string Extension(const std::filesystem::path& name) {
-    std::string text = name.extension().string();
-    if (!text.empty()) text.erase(0, 1);
-    std::ranges::transform(text, text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return text;
-}
 
 OSErr FindInZip(const CFileRef& file, MediaKind kind, SongBytes& found) {
     CZipArchive zip;
@@ -37,16 +26,16 @@ OSErr FindInZip(const CFileRef& file, MediaKind kind, SongBytes& found) {
         bytesP = std::move(zipP);
         return err;
     };
-    found.extension = Extension(member.SafeName());
+    found.extension = SmallExtension(member.SafeName());
     return noErr;
 }
 
 }   // namespace
 
-bool IsZipFile(const CFileRef& file) { return Extension(file.GetPath()) == "zip"; }
+bool IsZipFile(const CFileRef& file) { return SmallExtension(file.GetPath()) == "zip"; }
 
 OSErr FindSongBytes(const CFileRef& file, MediaKind kind, SongBytes& found) {
-    found.extension = Extension(file.GetPath());
+    found.extension = SmallExtension(file.GetPath());
     if (IsZipFile(file)) return FindInZip(file, kind, found);
     found.make = [file](std::unique_ptr<CByteSource>& bytesP) {
         auto fileP = std::make_unique<CByteSource_File>();

@@ -14,6 +14,7 @@
 #include "Audio/SongSource.h"
 #include "Cli/CCliHost.h"
 #include "Core/CPreferences.h"
+#include "Core/SmallExtension.h"
 #include "Library/CSongFiles.h"
 #include "Play/CSongSound.h"
 
@@ -29,12 +30,11 @@ constexpr std::string_view kUsage = "usage: audio render|autocue|loudness FILE .
 constexpr double kMost_GainDB = 60;
 
 Ref<CSpooler> MakeSink(const CFileRef& file) {
-    std::string ending = file.GetPath().extension().string();
-    std::ranges::transform(ending, ending.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    if (ending == ".wav") return MakeRef<CAS_Wav>(file);
-    if (ending == ".mp3") return MakeRef<CAS_MP3>(file);
-    if (ending == ".m4a") return MakeRef<CAS_QuickTimeAudioWriter>(file, EncodedForm::kM4A);
-    if (ending == ".flac") return MakeRef<CAS_QuickTimeAudioWriter>(file, EncodedForm::kFLAC);
+    const std::string extension = SmallExtension(file.GetPath());
+    if (extension == "wav") return MakeRef<CAS_Wav>(file);
+    if (extension == "mp3") return MakeRef<CAS_MP3>(file);
+    if (extension == "m4a") return MakeRef<CAS_QuickTimeAudioWriter>(file, EncodedForm::kM4A);
+    if (extension == "flac") return MakeRef<CAS_QuickTimeAudioWriter>(file, EncodedForm::kFLAC);
     return nullptr;
 }
 

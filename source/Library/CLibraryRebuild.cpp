@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "Core/CLog.h"
+#include "Core/SmallExtension.h"
 #include "Core/ThreadInfo.h"
 #include "Core/WaitMode.h"
 #include "Library/CLoadingScope.h"
@@ -15,7 +16,7 @@ namespace {
 
 bool IsSoundAlone(const SongFileSet& set) { return !set.audio.IsEmpty() && set.video.IsEmpty() && set.zip.IsEmpty(); }
 bool IsGraphicsAlone(const SongFileSet& set) {
-    return set.audio.IsEmpty() && set.zip.IsEmpty() && set.video.GetPath().extension() == ".cdg";
+    return set.audio.IsEmpty() && set.zip.IsEmpty() && SmallExtension(set.video.GetPath()) == "cdg";
 }
 
 /** Folder and name without what people write in different ways: capitals, blanks, marks. */

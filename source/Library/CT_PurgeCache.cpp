@@ -6,6 +6,7 @@
 #include "Core/CLog.h"
 #include "Core/FSrFolders.h"
 #include "Core/FSrObjects.h"
+#include "Core/SmallExtension.h"
 #include "Core/WaitMode.h"
 #include "Library/CallOnDatabase.h"
 #include "Library/CSongDatabase.h"
@@ -18,9 +19,9 @@ constexpr SDB_SongFile kCached[] = {SDB_SongFile_AUDIO_CACHE, SDB_SongFile_VIDEO
 enum class CacheFile : unsigned char { kOther, kSong, kImage };
 
 CacheFile KindOf(const CFileRef::Path& file) {
-    const std::string extension = SuperString(file.extension().string()).Lowercased().UTF8();
-    if (extension == ".pcm" || extension == ".cdg") return CacheFile::kSong;
-    return extension == ".bin" || extension == ".cue" ? CacheFile::kImage : CacheFile::kOther;
+    const std::string extension = SmallExtension(file);
+    if (extension == "pcm" || extension == "cdg") return CacheFile::kSong;
+    return extension == "bin" || extension == "cue" ? CacheFile::kImage : CacheFile::kOther;
 }
 
 }   // namespace

@@ -1,7 +1,5 @@
 #include "Library/FindSongLength.h"
 
-#include <algorithm>
-#include <cctype>
 #include <functional>
 #include <memory>
 
@@ -10,16 +8,9 @@
 #include "Core/CByteSource_Zip.h"
 #include "Core/CZipArchive.h"
 #include "Core/CZipSongMembers.h"
+#include "Core/SmallExtension.h"
 
 namespace {
-
-/** In lower case, without its dot. */
-std::string Extension(const std::filesystem::path& name) {
-    std::string text = name.extension().string();
-    if (!text.empty()) text.erase(0, 1);
-    std::ranges::transform(text, text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return text;
-}
 
 using Open = std::function<OSErr(std::unique_ptr<CByteSource>& bytesP)>;
 
@@ -28,7 +19,7 @@ OSErr LengthOf(const Open& open, const std::string& name, std::uint32_t& length3
     std::unique_ptr<CByteSource> bytesP;
     if (const OSErr err = open(bytesP); Failed(err)) return err;
     if (kinds.graphicsB) return FindGraphicsLength(*bytesP, length300);
-    const std::string extension = Extension(name);
+    const std::string extension = SmallExtension(name);
     const OSErr err = FindMediaLength(*bytesP, extension, MediaKind::kSound, length300);
     if (err != paramErr || !kinds.videoB) return err;
     bytesP = nullptr;   // a movie without sound, perhaps

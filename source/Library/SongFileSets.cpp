@@ -9,6 +9,7 @@
 #include "Core/CZipSongMembers.h"
 #include "Core/FSError.h"
 #include "Core/FSrObjects.h"
+#include "Core/SmallExtension.h"
 #include "Core/SuperString.h"
 #include "Library/CSongFileSearch.h"
 #include "Library/SongFileTypes.h"
@@ -17,8 +18,6 @@ namespace {
 
 using Path = std::filesystem::path;
 constexpr int kFolders_Deep = 64;   // links may run in circles
-
-std::string SmallExtension(const Path& file) { return SuperString(file.extension().string()).Lowercased().UTF8(); }
 
 bool HoldsSong(const Path& zip, OSErr& err) {
     CZipArchive archive;
@@ -39,7 +38,7 @@ struct Group {
 void SortByWish(std::vector<Path>& files, SDB_SongFile type) {
     const auto wish = SongFileSearchExtensions(type);
     std::ranges::stable_sort(files, {}, [&](const Path& file) {
-        return std::ranges::find(wish, std::string_view(SmallExtension(file))) - wish.begin();
+        return std::ranges::find(wish, "." + SmallExtension(file)) - wish.begin();
     });
 }
 
@@ -95,7 +94,7 @@ private:
     bool AddToGroup(const Path& file) {
         Group& group = i_groups[SuperString(file.stem().string()).Lowercased().UTF8()];
         const ZipSongKinds kinds = ZipSongKindsOf(file.filename().string());
-        if (SmallExtension(file) == ".zip")
+        if (SmallExtension(file) == "zip")
             group.zips.push_back(file);
         else if (kinds.graphicsB)
             group.graphics.push_back(file);

@@ -7,6 +7,7 @@
 #include "Core/CByteSource_File.h"
 #include "Core/CByteSource_Zip.h"
 #include "Core/CZipArchive.h"
+#include "Core/SmallExtension.h"
 
 namespace {
 
@@ -46,9 +47,7 @@ OSErr VerifyAudio(const CFileRef& file) {
     CByteSource_File source;
     if (const OSErr err = source.Open(file); Failed(err)) return err;
     CMediaAudio audio;
-    std::string extension = file.GetPath().extension().string();
-    if (!extension.empty()) extension.erase(0, 1);
-    if (const OSErr err = audio.Open(source, extension); Failed(err)) return err;
+    if (const OSErr err = audio.Open(source, SmallExtension(file.GetPath())); Failed(err)) return err;
     std::vector<std::int16_t> samples(kVerify_Samples);
     std::size_t gotL = 0;
     const OSErr err = audio.Read(samples, gotL);

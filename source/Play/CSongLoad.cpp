@@ -6,6 +6,7 @@
 #include "Core/CLog.h"
 #include "Core/CZipArchive.h"
 #include "Core/CZipSongMembers.h"
+#include "Core/SmallExtension.h"
 
 namespace {
 
@@ -18,9 +19,8 @@ bool IsThere(const CFileRef& file) {
 }
 
 bool IsMidi(const CFileRef& file) {
-    std::string ending = file.GetPath().extension().string();
-    std::ranges::transform(ending, ending.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return ending == ".mid" || ending == ".midi" || ending == ".kar";
+    const std::string extension = SmallExtension(file.GetPath());
+    return extension == "mid" || extension == "midi" || extension == "kar";
 }
 
 /** All of a member. What is damaged at its end is given as far as it goes. */
