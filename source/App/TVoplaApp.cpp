@@ -18,21 +18,21 @@ constexpr long kInitLevel_Globals = 2;
 /** The loop wakes at least 20 times a second, whatever else happens. */
 constexpr std::uint32_t kHeartbeat_Milliseconds = 50;
 
-/** No path has it, and a name may well have a line's end. */
-constexpr char kBetweenPaths = '\0';
+/** Behind each path: none has it, and a name may well have a line's end. */
+constexpr char kBehindPath = '\0';
 
 }   // namespace
 
 std::string LaunchText(const LaunchFiles& files) {
     std::string text;
-    for (const std::string& file : files) text += (text.empty() ? "" : std::string(1, kBetweenPaths)) + file;
+    for (const std::string& file : files) (text += file) += kBehindPath;
     return text;
 }
 
 LaunchFiles LaunchFilesOf(std::string_view text) {
     LaunchFiles files;
     while (!text.empty()) {
-        const std::string_view file = text.substr(0, text.find(kBetweenPaths));
+        const std::string_view file = text.substr(0, text.find(kBehindPath));
         if (!file.empty()) files.emplace_back(file);
         text.remove_prefix(std::min(file.size() + 1, text.size()));
     }
@@ -58,7 +58,8 @@ void TVoplaApp::StartUp() {
 int TVoplaApp::Run(const LaunchFiles& files) {
     if (!i_app->IsLibraryLoaded()) return 1;   // the user would rather quit, or was told why it cannot be
     const CMainLoop::TimerID heartbeat = i_setup.loop.SetTimer(0, kHeartbeat_Milliseconds, [] {});
-    OpenFiles(i_earlyFiles.empty() ? files : i_earlyFiles);
+    i_earlyFiles.insert(i_earlyFiles.end(), files.begin(), files.end());   // the later wish plays
+    OpenFiles(std::exchange(i_earlyFiles, {}));
     while (!i_quitB) {
         i_app->RunLoopPass();
         if (i_quitWantedB && !i_askingB && i_app->PrepareToQuit(false)) i_quitB = true;
@@ -108,7 +109,7 @@ void TVoplaApp::OpenFiles(const LaunchFiles& files) {
     const auto tell = [name = files.front()](const std::string& why) {
         MessageAlert("The file could not be played: " + name, why);
     };
-    const OSErr err = AddFilesToLibrary(i_app->Database(), {files.begin(), files.end()}, [this, tell](const AddedFiles& added) {
+    const auto play = [this, tell](const AddedFiles& added) {
         if (i_app == nullptr || i_app->IsShutdown()) return;   // it came while the application went
         if (added.songs.empty())                               // what plays goes on
             return tell(added.refused.empty() ? ErrorText(fnfErr) : added.refused.front().Reason());
@@ -116,6 +117,7 @@ void TVoplaApp::OpenFiles(const LaunchFiles& files) {
         if (songP != nullptr && Failed(i_app->Play().Play(kPlaylistID_Library, songP->LibraryItem())))
             LogF("not played: %s", songP->Name().UTF8().c_str());   // told by the control
         if (!added.refused.empty()) MessageAlert("Some files could not be added.", added.RefusedText());
-    });
-    if (Failed(err)) tell(ErrorText(abortErr));
+    };
+    if (const OSErr err = AddFilesToLibrary(i_app->Database(), {files.begin(), files.end()}, play); Failed(err))
+        tell(ErrorText(err));
 }

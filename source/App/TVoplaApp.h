@@ -8,7 +8,7 @@
 
 /** What a start of the program is to open: absolute paths, the first of them to be played. */
 using LaunchFiles = std::vector<std::string>;
-/** The same as one text, for the instance that runs, and back. No path holds the character between them. */
+/** The same as one text, for the instance that runs, and back. No path holds the character behind each. */
 [[nodiscard]] std::string LaunchText(const LaunchFiles& files);
 [[nodiscard]] LaunchFiles LaunchFilesOf(std::string_view text);
 
