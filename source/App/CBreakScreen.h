@@ -9,6 +9,9 @@ class CBreakOverlay;
 class CCFPrefDictionary;
 class CGraphicsPorts;
 
+/** The path of what the video windows show between songs; empty for black. */
+inline constexpr const char* kBreak_PreferenceZ = "Break Picture";
+
 /** The picture of the break: the file that the preference "Break Picture" names, on all ports while no song's picture
    is. A movie runs in a loop, without its sound, and stands still while nobody sees it. The file is read on a worker;
    what was shown before stays until then. Threads  main. Owner    CApp; ports and loop outlive it. Errors   a file that

@@ -88,7 +88,8 @@ constexpr CommandRow kCommands[] = {
     {kOpenFiles, kProgram, kBrowser, "open-files", "Add Files…", "Adds songs to the library", "Ctrl+O"},
     {kOpenFolder, kProgram, kBrowser, "open-folder", "Add Folder…", "Adds all songs of a folder to the library",
      "Ctrl+Shift+O"},
-    {kPreferences, kProgram, kEverywhere, "preferences", "Preferences…", "What plays how, windows, sound, library, look and keys", "Ctrl+,"},
+    {kPreferences, kProgram, kEverywhere, "preferences", "Preferences…",
+     "What plays how, windows, sound, library, look and keys", "Ctrl+,"},
     {kShortcuts, kProgram, kEverywhere, "shortcuts", "Keyboard Shortcuts", "Shows all keys on one sheet", "?"},
     {kQuit, kProgram, kEverywhere, "quit", "Quit", "Ends the program", "Ctrl+Q"},
 };

@@ -5,6 +5,7 @@
 #include <QFileDialog>
 #include <QMenu>
 
+#include "App/CBreakScreen.h"
 #include "Core/CApp.h"
 #include "Shell/CAppWindows_Qt.h"
 #include "Shell/DisplayAbilities.h"
@@ -12,8 +13,6 @@
 #include "Shell/XVideoWindow.h"
 
 namespace {
-
-constexpr const char* kBreak = "Break Picture";
 
 QString Words(const char* textZ) { return QCoreApplication::translate("VideoWindowMenu", textZ); }
 
@@ -71,19 +70,19 @@ void AddBreakPicture(QMenu& menu, XVideoWindow& window) {
     QAction* const chooseP = menu.addAction(Words("&Picture Between Songs…"));
     QObject::connect(chooseP, &QAction::triggered, &window, [&window] { ChooseBreakPicture(window, gApp->Prefs()); });
     QAction* const noneP = menu.addAction(Words("&No Picture Between Songs"));
-    noneP->setEnabled(!gApp->Prefs().GetString(kBreak).Empty());
-    QObject::connect(noneP, &QAction::triggered, &window, [] { gApp->Prefs().Set(kBreak, CCFValue(SuperString())); });
+    noneP->setEnabled(!gApp->Prefs().GetString(kBreak_PreferenceZ).Empty());
+    QObject::connect(noneP, &QAction::triggered, &window, [] { gApp->Prefs().Set(kBreak_PreferenceZ, CCFValue(SuperString())); });
 }
 
 }   // namespace
 
 void ChooseBreakPicture(QWidget& parent, CPreferences& prefs) {
-    const QString now = QtText(prefs.GetString(kBreak));
+    const QString now = QtText(prefs.GetString(kBreak_PreferenceZ));
     const QString chosen =
         QFileDialog::getOpenFileName(&parent, Words("Picture Between Songs"), now,
                                      Words("Pictures and movies (*.png *.jpg *.jpeg *.webp *.bmp *.tif *.tiff *.gif "
                                            "*.mp4 *.m4v *.mov *.mkv *.webm *.avi)"));
-    if (!chosen.isEmpty()) prefs.Set(kBreak, CCFValue(SuperString(chosen.toStdString())));
+    if (!chosen.isEmpty()) prefs.Set(kBreak_PreferenceZ, CCFValue(SuperString(chosen.toStdString())));
 }
 
 void ShowVideoWindowMenu(XVideoWindow& window, CAppWindows_Qt& windows, const QPoint& global) {

@@ -9,6 +9,7 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
+#include "App/CBreakScreen.h"
 #include "Core/CPreferences.h"
 #include "Play/CPlayControl.h"
 #include "Shell/DisplayAbilities.h"
@@ -33,6 +34,8 @@ constexpr PreferenceRow kDuringPlay[] = {
     {"Auto-cue", nullptr, "Skips the silence before the music."},
     {"Remember pitch / tempo in all playlists", nullptr, "Off: each row of a list has its own."},
     {"Require Audio (no naked CDG files)", nullptr, "Off: a CD+G file without its sound can be played, too."},
+    {"Delay start of song playback until unpacked", "Wait for a song that is being unpacked",
+     "It stands paused, and begins by itself; Space lets it go at once."},
     {"Launch Midi Files", nullptr, "MIDI files are handed to the program that the desktop has for them."},
     {.labelZ = "By hand"},
     {"Always confirm manual song changes", nullptr, "Asks before another song ends the one that plays."},
@@ -164,7 +167,7 @@ void XPreferencesWindow::MakeVideo() {
     for (QWidget* const partP : std::initializer_list<QWidget*>{nameP, chooseP, noneP}) boxP->addWidget(partP);
     page.AddWidget(tr("Picture"), rowP);
     const auto show = [this, nameP, noneP] {
-        const QString path = QtText(i_prefs.GetString("Break Picture"));
+        const QString path = QtText(i_prefs.GetString(kBreak_PreferenceZ));
         nameP->SetText(path.isEmpty() ? tr("None: black") : path.section('/', -1));
         nameP->setToolTip(path);
         noneP->setEnabled(!path.isEmpty());
@@ -176,7 +179,7 @@ void XPreferencesWindow::MakeVideo() {
         show();
     });
     connect(noneP, &QPushButton::clicked, this, [this, show] {
-        i_prefs.Set("Break Picture", CCFValue(SuperString()));
+        i_prefs.Set(kBreak_PreferenceZ, CCFValue(SuperString()));
         show();
     });
 }
