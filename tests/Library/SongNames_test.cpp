@@ -372,7 +372,10 @@ TEST_F(SongRenames, ARunOfEditsGivesTheFilesTheirNameOnce) {
 
 TEST_F(SongRenames, TwoFailuresGiveOneDialogAndTwoRows) {
     CUserInterface_Scripted& ui = i_above.i_ui;
-    ChangeSettings([](LibrarySettings& settings) { settings.nameTemplate = "S"; });
+    ChangeSettings([](LibrarySettings& settings) {
+        settings.nameTemplate = "S";
+        settings.pushEditsB = false;   // hours go by here: nobody else renames meanwhile
+    });
     CSong& one = PairIn("Music", "1", "One", "");
     CSong& two = PairIn("Music", "2", "Two", "");
     const auto fail = [&](const CSong& song) {
