@@ -11,21 +11,22 @@ namespace {
 constexpr SDB_SongFile kLookedUp[] = {SDB_SongFile_AUDIO, SDB_SongFile_VIDEO, SDB_SongFile_ZIP};
 constexpr std::size_t kLookUp_Block = 512;   // songs under one lock
 
-constexpr std::size_t kMake_Block = 100;   // songs in one call: the main thread is not held up
+// In one call: the main thread is not held up.
+constexpr std::size_t kMake_Block = 100;       // songs that are made
+constexpr std::size_t kEnter_Block = 20'000;   // songs that enter the library's list; each block may have it sorted again
 
 }   // namespace
 
 class CT_AddFiles::CMainThread_AddSong final : public CMainThreadProc {
 public:
-    CMainThread_AddSong(CT_AddFiles& task, std::span<const SongFileSet> sets)
-        : CMainThreadProc("add song", StackHeld::kYes), i_task(task), i_sets(sets) {}
+    explicit CMainThread_AddSong(std::function<OSErr()> work)
+        : CMainThreadProc("add song", StackHeld::kYes), i_work(std::move(work)) {}
 
 protected:
-    OSErr Operate() override { return i_task.MakeSongs(i_sets); }
+    OSErr Operate() override { return i_work(); }
 
 private:
-    CT_AddFiles& i_task;
-    std::span<const SongFileSet> i_sets;
+    const std::function<OSErr()> i_work;
 };
 
 CT_AddFiles::CT_AddFiles(CSongDatabase& database, std::vector<std::filesystem::path> paths, Done done)
@@ -58,8 +59,22 @@ OSErr CT_AddFiles::Operate(OSErr err) {
         const auto block = left.first(std::min(kMake_Block, left.size()));
         left = left.subspan(block.size());
         if (*i_stoppingRef || (viewP && viewP->IsCancelled())) return userCanceledErr;
-        if (const OSErr made = CMainThread_AddSong(*this, block).Call(CallMode::kWait); Failed(made)) return made;
+        const auto make = [&] { return MakeSongs(block); };
+        if (const OSErr made = CMainThread_AddSong(make).Call(CallMode::kWait); Failed(made)) return made;
     }
+    while (i_enteredL < i_fresh.size())
+        if (const OSErr entered = CMainThread_AddSong([&] { return EnterSongs(kEnter_Block); }).Call(CallMode::kWait);
+            Failed(entered))
+            return entered;
+    return noErr;
+}
+
+OSErr CT_AddFiles::EnterSongs(std::size_t mostL) {
+    const auto databaseRef = i_databaseRef.lock();
+    if (databaseRef == nullptr || *databaseRef == nullptr) return abortErr;
+    const auto block = std::span<const SongID>(i_fresh).subspan(i_enteredL, std::min(mostL, i_fresh.size() - i_enteredL));
+    (void)(*databaseRef)->AddSongsToLibrary(block);
+    i_enteredL += block.size();
     return noErr;
 }
 
@@ -87,7 +102,7 @@ OSErr CT_AddFiles::Completion(OSErr err) {
     const auto databaseRef = i_databaseRef.lock();
     if (databaseRef == nullptr || *databaseRef == nullptr) return err;
     CSongDatabase& database = **databaseRef;
-    (void)database.AddSongsToLibrary(i_fresh);
+    (void)EnterSongs(i_fresh.size());   // of a task that was cancelled
     i_added.newL = i_fresh.size();
     i_added.refused = std::move(i_found.refused);
     LogF("Added: %lu", static_cast<unsigned long>(i_added.newL));

@@ -31,6 +31,8 @@ private:
     [[nodiscard]] SongID SongOf(const SongFileSet& set) const;
     /** Main thread. */
     OSErr MakeSongs(std::span<const SongFileSet> sets);
+    /** So many of the new songs enter the library's list, as one block. Main thread. */
+    OSErr EnterSongs(std::size_t mostL);
     class CMainThread_AddSong;
 
     std::weak_ptr<CSongDatabase*> i_databaseRef;   // locked on the main thread alone
@@ -45,5 +47,6 @@ private:
     AddedFiles i_added;
     std::unordered_set<std::int32_t> i_answered;   // the songs of i_added
     std::vector<SongID> i_fresh;
+    std::size_t i_enteredL = 0;   // of i_fresh, that stand in the library's list
     CSongDatabase::Adding i_adding;   // no save meanwhile
 };
