@@ -65,8 +65,6 @@ void CAudioPlayer::SetPaused(bool pausedB) {
     i_chain.Wake();   // before the first play it sleeps
 }
 
-void CAudioPlayer::SetMode(PlayMode mode) { SetPaused(mode != PlayMode::kPlay); }
-
 bool CAudioPlayer::IsHeardOut() const noexcept {
     return IsStopped() && i_chain.Output().FramesPlayed() >= i_soundEndL.load();
 }

@@ -8,7 +8,6 @@
 #include "Audio/CAudioPositions.h"
 #include "Audio/CAudioSong.h"
 #include "Audio/CAudioUnitChain.h"
-#include "Audio/CPlayWindowRule.h"
 #include "Audio/CReadTurn.h"
 #include "Core/Ref.h"
 
@@ -41,7 +40,6 @@ public:
     /** Pitch, tempo and vocal mode. */
     [[nodiscard]] CPitchTempoVolume& PitchTempoVolume() noexcept { return *i_spoolP; }
 
-    void SetMode(PlayMode mode);
     void SetPaused(bool pausedB);
     [[nodiscard]] bool IsPaused() const noexcept { return i_pausedB.load(); }
     /** All of the song was read; the last blocks may still be heard (IsHeardOut). */

@@ -1,8 +1,8 @@
 #pragma once
 #include <array>
 
-#include "Audio/CPlayWindowRule.h"
 #include "Graphics/CGraphicsPort.h"
+#include "Graphics/CPlayWindowRule.h"
 
 class CGraphicsOverlay;
 class CMediaOverlay;

@@ -1,5 +1,5 @@
 #pragma once
-#include "Audio/CPlayWindowRule.h"
+#include "Graphics/CPlayWindowRule.h"
 #include "Platform/OSErr.h"
 
 /** A video window, as far as its port and the playing of a song move it.

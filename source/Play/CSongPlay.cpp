@@ -92,7 +92,7 @@ void CSongPlay::SetPaused(bool pausedB) {
     CPlayPace* const paceP = i_picture.Pace();
     i_picture.SetPaused(pausedB);
     if (!pausedB) paceP->Run();   // before the sound goes on: what is given from here on is new
-    if (playerP != nullptr) playerP->SetMode(pausedB ? PlayMode::kPause : PlayMode::kPlay);
+    if (playerP != nullptr) playerP->SetPaused(pausedB);
     if (pausedB) paceP->Pause();
     if (CGraphicsPorts& ports = i_ownerP->Ports();
         i_picture.Graphics() != nullptr && ports.Port(CGraphicsPort::kScreen_VIDEO) != nullptr)

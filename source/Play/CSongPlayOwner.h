@@ -1,5 +1,5 @@
 #pragma once
-#include "Audio/CPlayWindowRule.h"
+#include "Graphics/CPlayWindowRule.h"
 #include "Platform/OSErr.h"
 
 class CGraphicsPorts;

@@ -18,7 +18,7 @@ TEST_F(CAudioPlayer_test, EverySampleReachesTheOutput) {
     EXPECT_EQ(i_output.i_opened, "System Default");
     EXPECT_TRUE(i_playerP->IsPaused());
     EXPECT_EQ(i_playerP->HeardFrame(), 0);
-    i_playerP->SetMode(PlayMode::kPlay);
+    i_playerP->SetPaused(false);
     ASSERT_TRUE(PlayOut());
     Samples given = i_output.Given();
     ASSERT_GE(given.size(), song.size());
@@ -37,7 +37,7 @@ TEST_F(CAudioPlayer_test, PositionsAreWhatIsHeard) {
     const Samples song = AsSamples(Tone(440, 4 * 44100));
     ASSERT_EQ(Create(song), noErr);
     ASSERT_EQ(i_playerP->PitchTempoVolume().SetPitchTempo(2, 1.25), noErr);
-    i_playerP->SetMode(PlayMode::kPlay);
+    i_playerP->SetPaused(false);
     bool soundB = false;
     ASSERT_TRUE(Play([&] {
         // The first sample that is no silence is frame 0 of the song, give or take the zero that the tone starts with.
@@ -58,15 +58,15 @@ TEST_F(CAudioPlayer_test, PositionsAreWhatIsHeard) {
 TEST_F(CAudioPlayer_test, PausesAndGoesOnWithoutAClick) {
     constexpr std::size_t kFrames = 3 * 44100;
     ASSERT_EQ(Create(AsSamples(Tone(440, kFrames))), noErr);
-    i_playerP->SetMode(PlayMode::kPlay);
+    i_playerP->SetPaused(false);
     ASSERT_TRUE(Play([&] { return i_playerP->HeardFrame() > 30000; }));
-    i_playerP->SetMode(PlayMode::kPause);
+    i_playerP->SetPaused(true);
     const std::uint64_t pausedAt = i_output.FramesPlayed();
     ASSERT_TRUE(Play([&] { return i_output.FramesPlayed() > pausedAt + 40000; }));
     const double heard = i_playerP->HeardFrame();
     ASSERT_TRUE(Play([&] { return i_output.FramesPlayed() > pausedAt + 50000; }));
     EXPECT_EQ(i_playerP->HeardFrame(), heard);
-    i_playerP->SetMode(PlayMode::kPlay);
+    i_playerP->SetPaused(false);
     ASSERT_TRUE(PlayOut());
     EXPECT_EQ(i_playerP->HeardFrame(), kFrames);
     if (i_playerP->FramesLate() < 2048) {   // else the busy machine made gaps of its own
@@ -79,7 +79,7 @@ TEST_F(CAudioPlayer_test, BeforeItsFirstPlayItSleepsAndIsWoken) {
     ASSERT_EQ(Create(RandomSamples(60000)), noErr);
     ASSERT_TRUE(RunUntil([&] { return i_output.i_restsL + i_output.i_vainL > 0; }));
     EXPECT_EQ(i_output.i_vainL, 0);
-    i_playerP->SetMode(PlayMode::kPlay);
+    i_playerP->SetPaused(false);
     EXPECT_TRUE(RunUntil([&] { return !i_output.Given().empty(); }));   // with a clock that stands
 }
 
@@ -87,13 +87,13 @@ TEST_F(CAudioPlayer_test, SeeksWhilePausedAndAfterTheEnd) {
     const Samples song = RandomSamples(60000);
     ASSERT_EQ(Create(song), noErr);
     ASSERT_EQ(i_playerP->Seek(0.5), noErr);
-    i_playerP->SetMode(PlayMode::kPlay);
+    i_playerP->SetPaused(false);
     ASSERT_TRUE(PlayOut());
     EXPECT_TRUE(Contains(i_output.Given(), Samples(song.begin() + 60000, song.end())));
     EXPECT_FALSE(Contains(i_output.Given(), Samples(song.begin() + 59990, song.end())));
     ASSERT_EQ(i_playerP->Seek(0), noErr);
     EXPECT_FALSE(i_playerP->IsStopped());
-    i_playerP->SetMode(PlayMode::kPlay);
+    i_playerP->SetPaused(false);
     ASSERT_TRUE(PlayOut());
     EXPECT_TRUE(Contains(i_output.Given(), song));
 }
@@ -102,7 +102,7 @@ TEST_F(CAudioPlayer_test, TheLevelOfTheShowHolds) {
     i_level.gainF = 0.5F;
     Samples song = RandomSamples(20000);
     ASSERT_EQ(Create(song), noErr);
-    i_playerP->SetMode(PlayMode::kPlay);
+    i_playerP->SetPaused(false);
     ASSERT_TRUE(PlayOut());
     Sound half = AsSound(song);
     for (float& sample : half) sample *= 0.5F;
@@ -128,7 +128,7 @@ TEST_F(CAudioPlayer_test, TellsWhyTheOutputDoesNotOpen) {
 TEST_F(CAudioPlayer_test, GoesOnWhenTheDeviceIsPulledOut) {
     const Samples song = RandomSamples(80000);
     ASSERT_EQ(Create(song), noErr);
-    i_playerP->SetMode(PlayMode::kPlay);
+    i_playerP->SetPaused(false);
     ASSERT_TRUE(Play([&] { return i_playerP->HeardFrame() > 20000; }));
     i_output.i_lostB = true;
     ASSERT_TRUE(PlayOut());
@@ -139,7 +139,7 @@ TEST_F(CAudioPlayer_test, GoesOnWhenTheDeviceIsPulledOut) {
 
 TEST_F(CAudioPlayer_test, WithoutAnyDeviceTheShowGoesOnInSilence) {
     ASSERT_EQ(Create(RandomSamples(200000)), noErr);
-    i_playerP->SetMode(PlayMode::kPlay);
+    i_playerP->SetPaused(false);
     i_output.i_otherB = false;
     i_output.i_lostB = true;
     ASSERT_TRUE(Play([&] { return i_playerP->HeardFrame() > 50000; }));
@@ -154,7 +154,7 @@ TEST_F(CAudioPlayer_test, WithoutAnyDeviceTheShowGoesOnInSilence) {
 
 TEST_F(CAudioPlayer_test, ParametersMayChangeAllTheTime) {
     ASSERT_EQ(Create(AsSamples(Tone(440, 5 * 44100))), noErr);
-    i_playerP->SetMode(PlayMode::kPlay);
+    i_playerP->SetPaused(false);
     std::mt19937 random(8);
     std::atomic<bool> doneB{false};
     std::thread setter([&] {
@@ -178,18 +178,18 @@ TEST_F(CAudioPlayer_test, EndsAtOnceInEveryState) {
     ASSERT_EQ(Create(RandomSamples(200000)), noErr);
     i_playerP = nullptr;   // paused
     ASSERT_EQ(Create(RandomSamples(200000)), noErr);
-    i_playerP->SetMode(PlayMode::kPlay);
+    i_playerP->SetPaused(false);
     i_playerP = nullptr;   // about to play
     ASSERT_EQ(Create(RandomSamples(200000)), noErr);
-    i_playerP->SetMode(PlayMode::kPlay);
+    i_playerP->SetPaused(false);
     ASSERT_TRUE(Play([&] { return i_playerP->HeardFrame() > 5000; }));
     i_playerP = nullptr;   // playing, with full blocks and a clock that stands still
     ASSERT_EQ(Create(RandomSamples(2000)), noErr);
-    i_playerP->SetMode(PlayMode::kPlay);
+    i_playerP->SetPaused(false);
     ASSERT_TRUE(PlayOut());
     i_playerP = nullptr;   // at the end
     ASSERT_EQ(Create(RandomSamples(200000)), noErr);
-    i_playerP->SetMode(PlayMode::kPlay);
+    i_playerP->SetPaused(false);
     i_song.i_ringP->Abort();
     ASSERT_TRUE(Play([&] { return Failed(i_playerP->Result()); }));
     EXPECT_EQ(i_playerP->Result(), abortErr);
@@ -233,7 +233,7 @@ TEST_F(CAudioPlayer_test, PlaysThroughTheMachinesAudio) {
     i_song.i_ringP = Ring(song);
     CAudioOutput_SDL output;
     ASSERT_EQ(CAudioPlayer::Create({.song = i_song, .output = output, .level = i_level}, i_settings, i_playerP), noErr);
-    i_playerP->SetMode(PlayMode::kPlay);
+    i_playerP->SetPaused(false);
     EXPECT_TRUE(RunUntil([&] { return i_playerP->IsHeardOut(); }));
     EXPECT_EQ(i_playerP->HeardFrame(), 44100);
     i_playerP = nullptr;
@@ -250,7 +250,7 @@ TEST_F(CAudioPlayer_test, PlaysIntoAFile) {
     i_song.i_ringP = Ring(song);
     CAudioOutput_File file(i_folder / "out.raw");
     ASSERT_EQ(CAudioPlayer::Create({.song = i_song, .output = file, .level = i_level}, i_settings, i_playerP), noErr);
-    i_playerP->SetMode(PlayMode::kPlay);
+    i_playerP->SetPaused(false);
     ASSERT_TRUE(RunUntil([&] {
         i_clock.Advance(0.02);
         file.Wake();

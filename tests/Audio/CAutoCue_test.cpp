@@ -56,7 +56,7 @@ TEST_F(CAutoCue_test, FindsTheStart) {
         // And the song plays from its first sample.
         i_level.onB = true;
         ASSERT_EQ(i_playerP->PitchTempoVolume().SetPitchTempo(0, 1), noErr);
-        i_playerP->SetMode(PlayMode::kPlay);
+        i_playerP->SetPaused(false);
         ASSERT_TRUE(PlayOut());
         EXPECT_EQ(i_playerP->HeardFrame(), static_cast<double>(song.size() / 2));
         i_playerP = nullptr;

@@ -1,4 +1,4 @@
-#include "Audio/CPlayWindowRule.h"
+#include "Graphics/CPlayWindowRule.h"
 
 #include <gtest/gtest.h>
 

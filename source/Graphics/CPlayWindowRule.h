@@ -2,7 +2,7 @@
 
 class CCFPrefDictionary;
 
-/** What SetMode is given. */
+/** What a song does. */
 enum class PlayMode : int { kStop = 0, kPause = 1, kPlay = 2 };
 
 /** The video window, as far as playing moves it. Main thread. */
