@@ -16,7 +16,7 @@ public:
     ZipBatch(std::weak_ptr<CSongDatabase*> databaseRef, std::size_t countL, std::function<void(OSErr err)> done)
         : i_databaseRef(std::move(databaseRef)), i_countL(static_cast<long>(countL)), i_done(std::move(done)) {
         (void)CThreadHost::With([this](CThreadHost& host) { i_viewP = host.OpenTask("Zip songs"); });
-        ShowSteps();
+        ShowSteps(i_viewP.get(), 0);
     }
 
     void OnCancel(std::function<void()> hook) {
@@ -25,15 +25,22 @@ public:
 
     /** One song is through. Any thread. */
     void Ended(OSErr err) {
-        const std::scoped_lock guard(i_lock);
-        if (err == abortErr && i_viewP && i_viewP->IsCancelled()) err = userCanceledErr;
-        if (!Failed(i_firstErr)) i_firstErr = err;
-        ++i_endedL;
-        ShowSteps();
-        if (i_endedL < i_countL) return;
-        i_viewP.reset();
-        (void)CThreadHost::With([this](CThreadHost& host) {
-            host.MainLoop().Post([databaseRef = i_databaseRef, done = std::move(i_done), err = i_firstErr] {
+        std::shared_ptr<CTaskView> viewP;   // told, and perhaps ended, outside of the lock
+        long endedL = 0;
+        {
+            const std::scoped_lock guard(i_lock);
+            if (err == abortErr && i_viewP && i_viewP->IsCancelled()) err = userCanceledErr;
+            if (!Failed(i_firstErr)) i_firstErr = err;
+            err = i_firstErr;
+            endedL = ++i_endedL;
+            viewP = i_viewP;
+            if (endedL == i_countL) i_viewP.reset();
+        }
+        ShowSteps(viewP.get(), endedL);
+        if (endedL < i_countL) return;
+        viewP.reset();   // gone before the end is told
+        (void)CThreadHost::With([&](CThreadHost& host) {
+            host.MainLoop().Post([databaseRef = i_databaseRef, done = std::move(i_done), err] {
                 const auto aliveRef = databaseRef.lock();
                 if (aliveRef != nullptr && *aliveRef != nullptr && done) done(err);
             });
@@ -41,17 +48,17 @@ public:
     }
 
 private:
-    void ShowSteps() {
-        if (!i_viewP) return;
-        i_viewP->SetText(std::to_string(i_endedL) + " / " + std::to_string(i_countL));
-        i_viewP->SetSteps(i_endedL, i_countL);
+    void ShowSteps(CTaskView* viewP, long endedL) const {
+        if (viewP == nullptr) return;
+        viewP->SetText(std::to_string(endedL) + " / " + std::to_string(i_countL));
+        viewP->SetSteps(endedL, i_countL);
     }
 
     const std::weak_ptr<CSongDatabase*> i_databaseRef;   // locked on the main thread alone
     const long i_countL;
-    std::mutex i_lock;   // guards the rest
-    std::unique_ptr<CTaskView> i_viewP;
-    std::function<void(OSErr err)> i_done;
+    std::function<void(OSErr err)> i_done;   // taken by the last
+    std::mutex i_lock;                       // guards the rest
+    std::shared_ptr<CTaskView> i_viewP;
     long i_endedL = 0;
     OSErr i_firstErr = noErr;
 };
