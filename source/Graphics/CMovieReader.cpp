@@ -252,8 +252,11 @@ OSErr CMovieReader::GoAndDecodeFrom(double fromT, double seconds, const Cancelle
 OSErr CMovieReader::GoAndDecode(double seconds, const Cancelled& cancelled, const Preview& preview) {
     OSErr err = eofErr;
     // A way back may have failed with the disc, which may have come back.
-    if (!i_file.IsOpen())
+    if (!i_file.IsOpen()) {
         if (err = i_file.Restart(); Failed(err)) return err;
+        Forget();
+        i_decoder.Flush();
+    }
     const double hereT = i_ready.empty() ? i_lastT : i_ready.front().timeT;
     if (hereT <= seconds && seconds - hereT < kMovie_NearT && !i_drainedB) {
         i_atStartB = false;

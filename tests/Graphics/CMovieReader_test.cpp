@@ -135,6 +135,21 @@ TEST_P(CMovieReaderFiles, IsAfterASeekWhereAStraightReadingIs) {
     }
 }
 
+TEST_P(CMovieReaderFiles, OnceTheDiscIsBackASeekIsExact) {
+    Movie straight(GetParam().nameZ), movie(GetParam().nameZ);
+    const std::vector<Shot> shots = ReadAll(straight);
+    const std::size_t middle = shots.size() / 2;
+    movie.i_source.i_goneB = true;
+    for (const double toT : {shots.back().timeT, 0.0, shots[middle].timeT})
+        (void)Failed(movie.i_reader.Seek(toT));   // some find what they want in what was read before
+    movie.i_source.i_goneB = false;
+    ASSERT_EQ(movie.i_reader.Seek(shots[middle].timeT), noErr);
+    MovieFrame frame;
+    ASSERT_EQ(movie.Next(frame), noErr);
+    EXPECT_NEAR(frame.timeT, shots[middle].timeT, 0.0005);
+    EXPECT_EQ(Difference(movie.Paint(frame), shots[middle].pixels), 0);
+}
+
 TEST_P(CMovieReaderFiles, HardwareThatFailsLosesNoPicture) {
     Movie straight(GetParam().nameZ);
     const std::vector<Shot> shots = ReadAll(straight);
