@@ -26,6 +26,8 @@ constexpr long kRewind_300ths = 2 * 300;
 constexpr long kSameLength_300ths = 3;
 /** A list that changes all the time is not looked through more often. */
 constexpr double kNextLook_T = 1;
+/** What lies ready stays so long after a stop; then it must not hold a disc that is to be taken out. */
+constexpr double kNextKept_T = 30;
 
 }   // namespace
 
@@ -199,13 +201,14 @@ void CPlayControl::EndCurrent(std::string next) {
 }
 
 void CPlayControl::Stop() {
-    i_next.Drop();   // its files must not hold a disc that is to be taken out
+    if (i_host.IsQuitting()) i_next.Drop();
     EndShow();
 }
 
 void CPlayControl::EndShow() {
     if (!i_playP) return;
     EndCurrent();
+    i_nextLookT = CClock::Get().SteadyT() + kNextKept_T;
     if (Ports().Port(CGraphicsPort::kScreen_VIDEO) != nullptr) Ports().ApplyRule(WindowRule(), PlayMode::kStop);
     TellPlay();
 }
@@ -354,7 +357,12 @@ PLItemID CPlayControl::CurrentItem() const { return i_item; }
 
 void CPlayControl::VideoIdle(bool forcedB) {
     if (i_delayedB && !MustWait(*i_playP)) SetPaused(false);
-    if (i_nextStaleB && State() == PlayState::kPlaying && CClock::Get().SteadyT() >= i_nextLookT) CacheNext();
+    if (CClock::Get().SteadyT() >= i_nextLookT) {
+        if (!i_playP)
+            i_next.Drop();
+        else if (i_nextStaleB && State() == PlayState::kPlaying)
+            CacheNext();
+    }
     if (const Ref<CSongPlay> playP = i_playP) playP->Tick(forcedB);
 }
 

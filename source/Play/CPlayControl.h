@@ -166,7 +166,7 @@ private:
     Ref<CSongPlay> i_playP;   // null: idle
     CNextSong i_next;
     bool i_nextStaleB = false;   // the list has changed since i_next was chosen
-    double i_nextLookT = 0;      // before this it is not looked at again
+    double i_nextLookT = 0;      // before this it is not looked at again, nor dropped after a stop
     bool i_startPausedB = false;   // i_playP is to begin paused
     bool i_delayedB = false;       // it stands paused until its zip is unpacked, or the operator lets it go
     PlaylistID i_list{SDB_kUninitializedID};
