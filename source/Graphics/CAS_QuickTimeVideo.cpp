@@ -114,8 +114,8 @@ void CAS_QuickTimeVideo::SetNeededSize(int width, int height) {
     i_needed = needed;
     if (!playP) return;
     playP->SetNeeded(needed);
-    // Nothing comes by itself while the time stands: the picture is made again in its new size.
-    if (!i_shownP || IsSeeking() || playP->Time().Rate() != 0) return;
+    // Nothing comes by itself while the time stands, nor at the end: the picture is made again in its new size.
+    if (!i_shownP || IsSeeking() || (playP->Time().Rate() != 0 && !playP->Pictures().IsOver())) return;
     const PictureSize wanted = playP->PaintedSize(i_shownP->shown);
     const Rect& bounds = i_shownP->pixels.bounds();
     if (wanted != PictureSize{bounds.Width(), bounds.Height()}) playP->Pictures().Seek(i_shownP->timeT);
@@ -155,7 +155,7 @@ double CAS_QuickTimeVideo::NextShowIn() const {
     const auto playP = i_playP.Get();
     if (!playP) return kMovie_MostShowT;
     double dueT = 0;
-    if (!playP->Pictures().NextTime(dueT)) return kMovie_PollT;
+    if (!playP->Pictures().NextTime(dueT)) return playP->Pictures().IsOver() ? kMovie_MostShowT : kMovie_PollT;
     const double rate = playP->Time().Rate();
     const double aheadT = dueT - playP->Time().PictureT();
     if (aheadT <= 0) return kMovie_LeastShowT;

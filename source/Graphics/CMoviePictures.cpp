@@ -110,6 +110,11 @@ bool CMoviePictures::NextTime(double& timeT) const {
     return true;
 }
 
+bool CMoviePictures::IsOver() const {
+    const std::scoped_lock guard(i_lock);
+    return i_endB && i_ready.empty();
+}
+
 bool CMoviePictures::IsEnded(double nowT) const {
     const std::scoped_lock guard(i_lock);
     return i_endB && i_ready.empty() && nowT >= i_endT;

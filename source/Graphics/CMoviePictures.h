@@ -61,7 +61,9 @@ public:
     /** Seconds of song from which the next picture is due; nothing while there is none. A picture of a seek: at once.
      */
     [[nodiscard]] bool NextTime(double& timeT) const;
-    /** Everything of this turn was shown, and `nowT` is behind it. */
+    /** Everything of this turn was shown: nothing comes any more. */
+    [[nodiscard]] bool IsOver() const;
+    /** That, and `nowT` is behind it. */
     [[nodiscard]] bool IsEnded(double nowT) const;
     [[nodiscard]] std::uint32_t Turn() const;
     /** Lets the maker go; from now on it is given nothing. */

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "Core/CLog.h"
 #include "Platform/CClock.h"
@@ -16,6 +17,7 @@ constexpr double kMovie_StaleT = 0.25;   // a late picture is better than none f
 constexpr double kMovie_HurryT = 0.2, kMovie_CalmT = 0.0;
 constexpr double kMovie_FarT = 3.0;   // so late it jumps ahead, by as much as a jump may take
 constexpr double kMovie_LeapT = 0.5;
+constexpr double kMovie_MostLastT = 10.0;   // nobody waits longer for a last picture whose sound is over
 constexpr int kMovie_SmallestSide = 16;
 
 std::uint64_t Packed(const PictureSize& size) {
@@ -73,20 +75,40 @@ void CMoviePlay::Run() {
             continue;
         }
         i_decodedL.fetch_add(1, std::memory_order_relaxed);
-        if (!IsTooLate(frame)) {
-            if (!Paint(frame, i_firstB ? Place::kFirst : Place::kInTurn)) continue;   // a seek, or the end
-            i_firstB = false;
-        }
-        i_lastEndT = frame.endT;
-        JumpAhead();
+        Take(frame);
     }
+}
+
+/** Ends early when a seek or the end comes. */
+void CMoviePlay::Take(MovieFrame& frame) {
+    const bool arrivedB = i_arrivedB;
+    const bool lateB = !arrivedB && IsTooLate(frame);
+    if (!lateB) {
+        // The one before was late by its own word, but nothing takes its place until this one's turn.
+        if (i_passed.frameP && frame.timeT > i_time.PictureT() && !Paint(std::exchange(i_passed, {}), Place::kInTurn))
+            return;
+        if (!Paint(frame, i_firstB ? Place::kFirst : Place::kInTurn)) return;
+        i_firstB = i_arrivedB = false;
+    }
+    i_lastT = frame.timeT;
+    i_lastEndT = frame.endT;
+    PassOver(lateB ? std::move(frame) : MovieFrame{});
+    if (!arrivedB) JumpAhead();   // the picture of a place may be an old one, which stands for long
+}
+
+/** The one that was passed over before has had its time now. */
+void CMoviePlay::PassOver(MovieFrame frame) {
+    // The time of another place: asked after the time was read, it is known by now.
+    if (i_passed.frameP && !i_pictures.IsSeekWanted()) i_skippedL.fetch_add(1, std::memory_order_relaxed);
+    i_passed = std::move(frame);
 }
 
 void CMoviePlay::GoTo(const MovieSeek& seek) {
     i_place = seek;
-    i_firstB = true;
+    i_firstB = i_arrivedB = true;
     i_endB = i_hurryB = false;
-    i_lastEndT = seek.seconds;
+    i_passed = {};
+    i_lastT = i_lastEndT = seek.seconds;
     const OSErr err = i_reader.Seek(
         seek.seconds, [this] { return i_pictures.IsSeekWanted(); },
         [this](const MovieFrame& key) { static_cast<void>(Paint(key, Place::kPreview)); });
@@ -94,11 +116,12 @@ void CMoviePlay::GoTo(const MovieSeek& seek) {
 }
 
 void CMoviePlay::End(OSErr err) {
+    if (i_passed.frameP && !Paint(std::exchange(i_passed, {}), Place::kInTurn)) return;   // it stays the last
     i_endB = true;
     if (i_pictures.IsStopped()) return;
     if (err != eofErr && err != abortErr && !Failed(i_result.exchange(err)))
         static_cast<void>(LogStep(err, "movie: the pictures end here"));
-    i_pictures.SetEnd(i_lastEndT, i_place.turn);
+    i_pictures.SetEnd(i_facts.soundB ? std::min(i_lastEndT, i_lastT + kMovie_MostLastT) : i_lastEndT, i_place.turn);
 }
 
 bool CMoviePlay::IsTooLate(const MovieFrame& frame) {
@@ -112,10 +135,7 @@ bool CMoviePlay::IsTooLate(const MovieFrame& frame) {
         i_hurryB = !i_hurryB;
         i_reader.SetHurry(i_hurryB ? MovieHurry::kSkipUnreferenced : MovieHurry::kNone);
     }
-    if (i_firstB || lateT <= 0 || CClock::Get().SteadyT() - i_paintedT > kMovie_StaleT) return false;
-    // The time of another place: asked after the time was read, it is known by now.
-    if (!i_pictures.IsSeekWanted()) i_skippedL.fetch_add(1, std::memory_order_relaxed);
-    return true;
+    return lateT > 0 && CClock::Get().SteadyT() - i_paintedT <= kMovie_StaleT;
 }
 
 /** Decoding will not make up for it. */
@@ -125,7 +145,9 @@ void CMoviePlay::JumpAhead() {
     const double beforeT = i_lastEndT;
     if (Failed(i_reader.Seek(nowT + kMovie_LeapT, [this] { return i_pictures.IsSeekWanted(); }))) return;
     i_hurryB = false;
-    i_lastEndT = nowT + kMovie_LeapT;
+    i_arrivedB = true;
+    PassOver({});
+    i_lastT = i_lastEndT = nowT + kMovie_LeapT;
     i_skippedL.fetch_add(static_cast<std::uint64_t>(std::max(0.0, (i_lastEndT - beforeT) * i_facts.frameRate)),
                          std::memory_order_relaxed);
 }

@@ -43,7 +43,9 @@ public:
 private:
     void GoTo(const MovieSeek& seek);
     void JumpAhead();
+    void Take(MovieFrame& frame);
     [[nodiscard]] bool IsTooLate(const MovieFrame& frame);
+    void PassOver(MovieFrame frame);
     enum class Place { kInTurn, kFirst, kPreview };
     bool Paint(const MovieFrame& frame, Place place);
     void End(OSErr err);
@@ -59,9 +61,11 @@ private:
     // The maker's.
     CMovieReader i_reader;
     std::unique_ptr<CMoviePainter> i_painterP;
-    MovieSeek i_place;      // the seek that is carried out
-    bool i_firstB = true;   // no picture of this seek was made yet
+    MovieSeek i_place;        // the seek that is carried out
+    bool i_firstB = true;     // no picture of this seek was made yet
+    bool i_arrivedB = true;   // the next frame is the one that is shown at the place of a jump, however old it is
     bool i_hurryB = false, i_endB = false;
-    double i_lastEndT = 0;   // of the frame before
-    double i_paintedT = 0;   // steady time of the last picture
+    MovieFrame i_passed;                  // the frame before, if it was passed over as too late
+    double i_lastT = 0, i_lastEndT = 0;   // of the frame before
+    double i_paintedT = 0;                // steady time of the last picture
 };

@@ -124,6 +124,22 @@ TEST_F(CAS_QuickTimeVideoTest, FarBehindItJumpsAhead) {
     EXPECT_GT(i_movieP->Counts().droppedL, 4900U);
 }
 
+TEST_F(CAS_QuickTimeVideoTest, APictureThatStandsForLongIsNotLate) {
+    ASSERT_EQ(Open("held.mkv"), noErr);
+    LeadBySound();
+    i_lead.seconds = 3.5;
+    i_movieP->SeekTo(3.5);
+    i_lead.endedB = true;
+    EXPECT_TRUE(RunUntil([&] {
+        i_clock.Advance(0.01);
+        i_lead.seconds += 0.01;
+        static_cast<void>(i_movieP->Show());
+        return i_movieP->IsEnded();
+    }));
+    EXPECT_LE(i_movieP->Counts().decodedL, 2U);
+    EXPECT_EQ(i_movieP->Counts().droppedL, 0U);
+}
+
 TEST_F(CAS_QuickTimeVideoTest, ASeekShowsThePictureOfThePlaceAlsoInAPause) {
     ASSERT_EQ(Open("b.mp4"), noErr);
     LeadBySound();

@@ -114,8 +114,18 @@ private:
                 "-i b.mp4 -c copy -metadata:s:v rotate=90 turned.mov; " + picture + "-c:v mpeg2video one.ts; " + tool +
                 "-f lavfi -i testsrc2=s=64x64:r=25:d=1 -output_ts_offset 1 -c:v mpeg2video two.ts; cat one.ts two.ts > "
                 "grows.ts";
+        // Times: one picture under a long sound; sound that begins late; two recordings joined, whose times begin anew
+        // or jump by an hour; a last picture without a time.
+        const std::string sound = " -f lavfi -i sine=d=4 ", movie = tool + "-f lavfi -i testsrc2=s=96x72:r=25:d=3 ";
+        const std::string vob = "-c:v mpeg2video -bf 2 -c:a mp2 -f vob ";
+        make += "; " + picture + "-frames:v 1 cover.png; " + tool + "-i cover.png" + sound +
+                "-pix_fmt yuv420p -c:v libx264 -c:a libmp3lame held.mkv; " + movie + "-itsoffset 2.5" + sound + vob +
+                "latesound.mpg; " + movie + sound + "-t 3 " + vob + "part.vob; cat part.vob part.vob > again.mpg; " +
+                movie + sound + "-t 3 -c:v mpeg2video -bf 2 -c:a mp2 part.ts; " + tool +
+                "-i part.ts -c copy -output_ts_offset 3600 later.ts; cat part.ts later.ts > ahead.ts; " + tool +
+                "-f lavfi -i testsrc2=s=96x72:r=25:d=3.4" + sound + vob + "lastkey.mpg";
         // A cover is no movie; neither is sound alone.
-        make += "; " + picture + "-frames:v 1 cover.png; " + tool +
+        make += "; " + tool +
                 "-f lavfi -i sine=d=1 -i cover.png -map 0 -map 1 -c:a libmp3lame -c:v copy -disposition:v attached_pic "
                 "cover.mp3; " +
                 tool + "-i cover.mp3 -map 0:a -c:a aac bare.m4a";
