@@ -16,6 +16,9 @@ constexpr const char* kMedia_Formats =
 constexpr const char* kMedia_PictureFormats = "asf,avi,dv,flv,m4v,matroska,mov,mp4,mpeg,mpegts,mpegvideo,ogg,rm,webm";
 constexpr std::int64_t kMedia_ProbeBytes = 2 << 20;
 constexpr std::int64_t kMedia_AnalyzeTime = 2 * AV_TIME_BASE;
+// Of files whose head does not name their streams, when the sound was not met in that: it may begin late.
+constexpr std::int64_t kMedia_DeepProbeBytes = 32 << 20;
+constexpr std::int64_t kMedia_DeepAnalyzeTime = 30 * AV_TIME_BASE;
 constexpr std::uint64_t kMedia_OpenBudget = 96U << 20;   // an index at the end, a cover in front
 constexpr int kMedia_MostBadReads = 64;
 // For the length alone: what is damaged, or no media at all, must not cost much.
@@ -83,15 +86,39 @@ int CMediaFormat::BestStream() const {
 }
 
 OSErr CMediaFormat::OpenFormat() {
+    const OSErr err = OpenAndAnalyze();
+    if (i_deepB || i_use == MediaUse::kLength || IsAborted() || !MayHideSound()) return err;
+    i_deepB = true;
+    Rewind();
+    return OpenAndAnalyze();
+}
+
+/** Streams of such a file are known once a packet of theirs was met, and no sound was. */
+bool CMediaFormat::MayHideSound() const {
+    if (i_formatP == nullptr || i_container.empty()) return false;
+    const bool headlessB =
+        (i_formatP->ctx_flags & AVFMTCTX_NOHEADER) != 0 || (i_formatP->iformat->flags & AVFMT_TS_DISCONT) != 0;
+    return headlessB && av_find_best_stream(i_formatP, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0) < 0;
+}
+
+void CMediaFormat::Rewind() {
+    avformat_close_input(&i_formatP);
+    i_streamP = nullptr;
+    ForgetEnd();
+    avio_seek(i_bytes.Context(), 0, SEEK_SET);
+}
+
+OSErr CMediaFormat::OpenAndAnalyze() {
+    i_container.clear();
     i_formatP = avformat_alloc_context();
     if (i_formatP == nullptr) return memFullErr;
     i_formatP->pb = i_bytes.Context();
     i_formatP->flags |= AVFMT_FLAG_CUSTOM_IO;
     i_formatP->io_open = &RefuseOther;
     const bool lengthB = i_use == MediaUse::kLength;
-    i_formatP->probesize = lengthB ? kMedia_LengthProbe : kMedia_ProbeBytes;
+    i_formatP->probesize = lengthB ? kMedia_LengthProbe : i_deepB ? kMedia_DeepProbeBytes : kMedia_ProbeBytes;
     if (lengthB) i_formatP->format_probesize = kMedia_LengthGuess;
-    i_formatP->max_analyze_duration = kMedia_AnalyzeTime;
+    i_formatP->max_analyze_duration = i_deepB ? kMedia_DeepAnalyzeTime : kMedia_AnalyzeTime;
     i_formatP->interrupt_callback = {[](void* selfP) { return static_cast<CMediaFormat*>(selfP)->IsAborted() ? 1 : 0; },
                                      this};
 
@@ -129,10 +156,7 @@ OSErr CMediaFormat::OpenFormat() {
 }
 
 OSErr CMediaFormat::Restart() {
-    avformat_close_input(&i_formatP);
-    i_streamP = nullptr;
-    ForgetEnd();
-    avio_seek(i_bytes.Context(), 0, SEEK_SET);
+    Rewind();
     const OSErr err = OpenFormat();
     EndOpening();
     return err;

@@ -60,6 +60,9 @@ public:
 
 private:
     OSErr OpenFormat();
+    OSErr OpenAndAnalyze();
+    void Rewind();
+    [[nodiscard]] bool MayHideSound() const;
     void Quiet();
     [[nodiscard]] int BestStream() const;
     /** The head of the file says all that its length wants. */
@@ -71,6 +74,7 @@ private:
     AVFormatContext* i_formatP = nullptr;
     AVStream* i_streamP = nullptr;
     std::string i_extension, i_container;
+    bool i_deepB = false;   // more of the file than of others must be looked at to find its sound
     bool i_endB = false;
     OSErr i_endErr = eofErr;   // what ended the file
 };

@@ -13,10 +13,17 @@ namespace {
 constexpr double kMovie_NoTime = std::numeric_limits<double>::quiet_NaN();
 constexpr double kMovie_MostRate = 1000;   // pictures a second; more is a damaged header
 constexpr double kMovie_MostShape = 10;
+constexpr double kMovie_JointBackT = 1, kMovie_JointAheadT = 10;
+/** Fewer bytes than any sound takes: where pictures pause and the sound goes on, more lies between them. */
+constexpr double kMovie_SparseBytesPerSecond = 1000;
 
 double StartOf(const AVStream& stream) {
     return stream.start_time == AV_NOPTS_VALUE ? kMovie_NoTime
                                                : static_cast<double>(stream.start_time) * av_q2d(stream.time_base);
+}
+
+bool CanBeJoined(const CMediaFormat& format) {
+    return format.Format() != nullptr && (format.Format()->iformat->flags & AVFMT_TS_DISCONT) != 0;
 }
 
 }   // namespace
@@ -35,7 +42,46 @@ OSErr CMovieFile::Open(CByteSource& source, std::string_view extension) {
     return noErr;
 }
 
+OSErr CMovieFile::Next(AVPacket& packet) {
+    const OSErr err = i_format.Next(packet);
+    if (err == eofErr && i_fromStartB) i_readThroughB = true;
+    if (Failed(err)) return err;
+    FindJoint(packet);
+    if (i_shift == 0) return noErr;
+    for (std::int64_t* const timeP : {&packet.pts, &packet.dts})
+        if (*timeP != AV_NOPTS_VALUE) *timeP += i_shift;
+    return noErr;
+}
+
+void CMovieFile::FindJoint(const AVPacket& packet) {
+    if (packet.dts == AV_NOPTS_VALUE || !CanBeJoined(i_format)) return;
+    const bool knownB = i_lastPlace >= 0 && packet.pos >= 0;
+    const double stepT = SecondsOf(1) * static_cast<double>(packet.dts - i_lastDecodeTime);
+    const double bytes = static_cast<double>(packet.pos - i_lastPlace);
+    const bool aheadB = i_soundB && stepT > kMovie_JointAheadT && bytes < stepT * kMovie_SparseBytesPerSecond;
+    if (knownB && (aheadB || stepT < -kMovie_JointBackT)) {
+        const double rate = FrameRate();
+        const auto frame = static_cast<std::int64_t>(std::llround((rate > 0 ? 1 / rate : 0.04) / SecondsOf(1)));
+        i_shift += i_lastDecodeTime + frame - packet.dts;
+        i_joinedB = true;
+    }
+    i_lastDecodeTime = packet.dts;
+    if (packet.pos >= 0) i_lastPlace = packet.pos;
+}
+
+bool CMovieFile::MayBeJoined() const { return !i_joinedB && !i_readThroughB && CanBeJoined(i_format); }
+
+OSErr CMovieFile::Restart() {
+    i_fromStartB = true;
+    i_shift = 0;
+    i_lastPlace = -1;
+    return i_format.Restart();
+}
+
 OSErr CMovieFile::GoTo(double seconds) {
+    if (i_joinedB) return paramErr;
+    i_fromStartB = false;
+    i_lastPlace = -1;
     i_format.ForgetEnd();
     const AVRational base = TimeBase();
     const double stamp = (seconds + i_originT) * base.den / base.num;

@@ -18,15 +18,20 @@ public:
     /** Once. `extension` as CMediaFormat; what is read until EndOpening is bounded. */
     OSErr Open(CByteSource& source, std::string_view extension);
     void EndOpening() noexcept { i_format.EndOpening(); }
-    /** eofErr after the last one, also where the file was cut off. */
-    OSErr Next(AVPacket& packet) { return i_format.Next(packet); }
+    /** eofErr after the last one, also where the file was cut off. Where two recordings were joined, and times jump or
+        begin anew, the packet's are moved so that they go on; a file in which that was seen is only read from its
+       start.
+     */
+    OSErr Next(AVPacket& packet);
     /** To a key packet at or before `seconds`, as far as the file's index, or the demuxer's guess, is right: the caller
         looks where it came out. A failure leaves the place undefined: Restart. */
     OSErr GoTo(double seconds);
     /** False after a Restart that failed: until one succeeds, nothing but that and Close may be asked. */
     [[nodiscard]] bool IsOpen() const noexcept { return i_format.Stream() != nullptr; }
     /** To the first packet. */
-    OSErr Restart() { return i_format.Restart(); }
+    OSErr Restart();
+    /** Times may begin anew somewhere in it: the format allows it, and nobody has read it through. */
+    [[nodiscard]] bool MayBeJoined() const;
 
     /** Of a time stamp; NaN when there is none. */
     [[nodiscard]] double TimeOf(std::int64_t stamp) const;
@@ -51,7 +56,16 @@ public:
     [[nodiscard]] bool IsAborted() const noexcept { return i_format.IsAborted(); }
 
 private:
+    /** What the times of a packet are to be moved by. */
+    void FindJoint(const AVPacket& packet);
+
     CMediaFormat i_format{MediaKind::kPicture};
     double i_originT = 0;   // of the file's own times
     bool i_soundB = false;
+    bool i_joinedB = false;        // a joint was met
+    bool i_fromStartB = true;      // every packet since the first one was read
+    bool i_readThroughB = false;   // once
+    // Of this way through the file.
+    std::int64_t i_shift = 0;                              // what the times are moved by, in units of the time base
+    std::int64_t i_lastDecodeTime = 0, i_lastPlace = -1;   // of the packet before, as the file has them; -1: none
 };

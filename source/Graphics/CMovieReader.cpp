@@ -69,7 +69,7 @@ OSErr CMovieReader::Open(CByteSource& source, std::string_view extension, bool h
 void CMovieReader::Forget() {
     i_packets.clear();
     i_ready.clear();
-    i_lastT = kMovie_NoTime;
+    i_lastT = i_fedT = kMovie_NoTime;
     i_drainedB = false;
     i_endErr = eofErr;
 }
@@ -128,6 +128,7 @@ OSErr CMovieReader::Feed() {
     const AVPacket& packet = *i_packets.front();
     const bool hastyB = i_hurry == MovieHurry::kSkipUnreferenced || i_file.TimeOf(packet.pts) < i_keepT;
     i_decoder.SetHurry(hastyB ? MovieHurry::kSkipUnreferenced : MovieHurry::kNone);
+    if (std::isnan(i_fedT) && IsKey(packet)) i_fedT = i_file.TimeOf(packet);
     if (i_decoder.Send(&packet)) i_packets.pop_front();
     return noErr;
 }
@@ -150,7 +151,7 @@ void CMovieReader::Stamp(MovieFrame& frame) {
         picture.best_effort_timestamp != AV_NOPTS_VALUE ? picture.best_effort_timestamp : picture.pkt_dts;
     double timeT = i_file.TimeOf(stamp);
     // Two pictures at one time, or a step back, are damage: each picture has its turn.
-    if (std::isnan(timeT)) timeT = std::isnan(i_lastT) ? 0 : i_lastT + i_frameT;
+    if (std::isnan(timeT)) timeT = !std::isnan(i_lastT) ? i_lastT + i_frameT : std::isnan(i_fedT) ? 0 : i_fedT;
     if (timeT <= i_lastT) timeT = i_lastT + i_frameT;
     frame.timeT = i_lastT = timeT;
     const double lengthT = i_file.SecondsOf(picture.pkt_duration);
@@ -201,6 +202,7 @@ OSErr CMovieReader::GatherTo(double seconds, double keyT, const Cancelled& cance
         const double timeT = i_file.TimeOf(*packetP);
         if (IsKey(*packetP) && timeT <= keyT && !i_packets.empty()) {
             i_packets.clear();
+            i_fedT = kMovie_NoTime;
             i_decoder.Flush();   // it must not take what follows for the continuation of what it has
             bytesL = 0;
             i_atStartB = false;
@@ -249,6 +251,11 @@ OSErr CMovieReader::GoAndDecodeFrom(double fromT, double seconds, const Cancelle
     return Failed(err) ? err : DecodeTo(seconds, fromT, cancelled, preview);
 }
 
+/** It came to the end of the file before the place: where two recordings were joined, times may have begun anew. */
+bool CMovieReader::EndsTooSoon(double seconds) const {
+    return i_drainedB && i_ready.size() == 1 && i_ready.front().timeT + kMovie_NearT < seconds && i_file.MayBeJoined();
+}
+
 OSErr CMovieReader::GoAndDecode(double seconds, const Cancelled& cancelled, const Preview& preview) {
     OSErr err = eofErr;
     // A way back may have failed with the disc, which may have come back.
@@ -269,6 +276,7 @@ OSErr CMovieReader::GoAndDecode(double seconds, const Cancelled& cancelled, cons
         err = GoAndDecodeFrom(keyT, seconds, cancelled, preview);
         if (err == kMovie_BeginAgain)
             err = GoAndDecodeFrom(keyT, seconds, cancelled, preview);   // by the other decoder
+        if (!Failed(err) && EndsTooSoon(seconds)) break;
         if (err != eofErr) return err;
         if (keyT == 0) break;
     }

@@ -48,6 +48,7 @@ private:
     OSErr Resume(MovieFrame& frame);
     OSErr GoAndDecodeFrom(double fromT, double seconds, const Cancelled& cancelled, const Preview& preview);
     OSErr Feed();
+    [[nodiscard]] bool EndsTooSoon(double seconds) const;
     void KeepFrom(double seconds);
     OSErr GoAndDecode(double seconds, const Cancelled& cancelled, const Preview& preview);
     OSErr FetchPacket(AVPacketPtr& packetP);
@@ -63,6 +64,7 @@ private:
     std::deque<AVPacketPtr> i_packets;   // read ahead of the decoder
     std::deque<MovieFrame> i_ready;      // decoded ahead of Next
     double i_lastT = 0;                  // of the last frame decoded; NaN after a jump
+    double i_fedT = 0;                   // of the first key packet that the decoder was given since then; NaN: none
     double i_keepT = -HUGE_VAL;          // pictures before it that no other refers to are left out
     MovieHurry i_hurry = MovieHurry::kNone;
     double i_frameT = 0;       // what a picture takes when nothing tells

@@ -200,6 +200,44 @@ TEST(CMovieReader, ThreeHoursAreSoughtWithAndWithoutAnIndex) {
     }
 }
 
+TEST(CMovieReader, RecordingsThatWereJoinedGoOnAndAreSought) {
+    for (const char* nameZ : {"again.mpg", "ahead.ts"}) {
+        SCOPED_TRACE(nameZ);
+        Movie straight{std::string(nameZ)};
+        const std::vector<Shot> shots = ReadAll(straight);
+        ASSERT_EQ(shots.size(), 150U);
+        EXPECT_NEAR(shots.back().timeT - shots.front().timeT, 149 * 0.04, 0.001);
+        Movie movie{std::string(nameZ)};
+        for (const std::size_t at : {130U, 149U, 20U, 76U, 74U, 75U, 3U}) {
+            MovieFrame frame;
+            ASSERT_EQ(movie.i_reader.Seek(shots[at].timeT + 0.01), noErr);
+            ASSERT_EQ(movie.Next(frame), noErr);
+            EXPECT_NEAR(frame.timeT, shots[at].timeT, 0.0005) << at;
+            EXPECT_EQ(Difference(movie.Paint(frame), shots[at].pixels), 0) << at;
+        }
+    }
+}
+
+TEST(CMovieReader, TimesCountFromASoundThatBeginsLate) {
+    Movie movie("latesound.mpg");
+    EXPECT_TRUE(movie.i_reader.Facts().soundB);
+    MovieFrame frame;
+    ASSERT_EQ(movie.Next(frame), noErr);
+    EXPECT_NEAR(frame.timeT, -2.5, 0.05);
+}
+
+TEST(CMovieReader, BehindTheEndIsTheLastPicture) {
+    Movie straight("lastkey.mpg"), movie("lastkey.mpg");
+    const std::vector<Shot> shots = ReadAll(straight);
+    for (const double behindT : {0.1, 0.5, 0.9, 2.0, 20.0}) {
+        MovieFrame frame;
+        ASSERT_EQ(movie.i_reader.Seek(shots.back().timeT + behindT), noErr);
+        ASSERT_EQ(movie.Next(frame), noErr);
+        EXPECT_NEAR(frame.timeT, shots.back().timeT, 0.3) << behindT;   // it has no time of its own
+        EXPECT_EQ(Difference(movie.Paint(frame), shots.back().pixels), 0) << behindT;
+    }
+}
+
 TEST(CMovieReader, ShapeAndTurnAreSeenAsTheyWereMeant) {
     EXPECT_EQ(Movie("wide.mp4").i_reader.Facts().width, 192);
     EXPECT_EQ(Movie("wide.mp4").i_reader.Facts().height, 72);
