@@ -1,5 +1,7 @@
 #include "App/CBreakScreen.h"
 
+#include <utility>
+
 #include "Core/CAlerts.h"
 #include "Core/CApp.h"
 #include "Core/CLog.h"
@@ -10,7 +12,8 @@
 
 namespace {
 constexpr std::uint32_t kTurn_Milliseconds = 33;
-}
+constexpr int kRetry_Turns = 60;   // a disc that gave nothing is asked again after two seconds
+}   // namespace
 
 CBreakScreen::CBreakScreen(CGraphicsPorts& ports, CMainLoop& loop)
     : i_ports(ports), i_loop(loop), i_self(std::make_shared<CBreakScreen*>(this)) {}
@@ -49,6 +52,8 @@ void CBreakScreen::Show(std::unique_ptr<CBreakOverlay> overlay) {
     i_ports.SetBackdrop(overlay.get());
     if (i_overlay != nullptr && i_overlay->Movie() != nullptr) static_cast<void>(i_overlay->Movie()->Close(false));
     i_overlay = std::move(overlay);
+    i_decodedL = 0;
+    i_waitL = 0;
     if (i_timer != 0) i_loop.KillTimer(i_timer);
     const bool movieB = i_overlay != nullptr && i_overlay->Movie() != nullptr;
     i_timer = movieB ? i_loop.SetTimer(0, kTurn_Milliseconds, [this] { Turn(); }) : 0;
@@ -61,6 +66,14 @@ void CBreakScreen::Turn() {
     if (!seenB) return;
     const Rect needed = i_ports.LargestBounds();
     movie.SetNeededSize(needed.Width(), needed.Height());
-    if (movie.IsEnded()) movie.SeekTo(0);
+    if (movie.IsEnded()) BeginAgain(movie);
     if (movie.Show()) i_ports.RefreshBackdrop();
+}
+
+void CBreakScreen::BeginAgain(CAS_QuickTimeVideo& movie) {
+    if (i_waitL > 0 && --i_waitL > 0) return;
+    const std::uint64_t decodedL = movie.Counts().decodedL;
+    const std::uint64_t newL = decodedL - std::exchange(i_decodedL, decodedL);
+    if (newL > 1 || Failed(movie.Result())) movie.SeekTo(0);   // one picture alone stands as it is
+    if (newL <= 1) i_waitL = kRetry_Turns;
 }

@@ -5,6 +5,7 @@
 #include "App/CT_ReadBreakPicture.h"
 #include "Platform/CMainLoop.h"
 
+class CAS_QuickTimeVideo;
 class CBreakOverlay;
 class CCFPrefDictionary;
 class CGraphicsPorts;
@@ -33,6 +34,7 @@ private:
     void Take(const std::filesystem::path& file, BreakPicture picture, OSErr err);
     void Show(std::unique_ptr<CBreakOverlay> overlay);
     void Turn();
+    void BeginAgain(CAS_QuickTimeVideo& movie);
 
     CGraphicsPorts& i_ports;
     CMainLoop& i_loop;
@@ -40,5 +42,7 @@ private:
     std::filesystem::path i_file;     // the one that is wanted; empty for none
     bool i_tellB = false;             // it was chosen just now: a failure is shown
     std::unique_ptr<CBreakOverlay> i_overlay;
+    std::uint64_t i_decodedL = 0;                  // pictures of the movie up to its last beginning
+    int i_waitL = 0;                               // turns until it is begun again
     const std::shared_ptr<CBreakScreen*> i_self;   // null inside once this has gone; what a worker comes back by
 };
