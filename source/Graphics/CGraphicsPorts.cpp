@@ -27,8 +27,10 @@ void CGraphicsPorts::Enter(CGraphicsPort& port) {
     port.SetFrameShape(i_shape);
     if (shownP == nullptr) return;
     port.SetUnder(shownP->Under() != 0);
-    for (CG_Overlay* const overlayP : shownP->Overlays())
-        if (overlayP->Song() != nullptr) port.Add(*overlayP, -1);
+    // The picture comes last: what else the song has would seem to be a second one, and take its place.
+    for (const bool pictureB : {false, true})
+        for (CG_Overlay* const overlayP : shownP->Overlays())
+            if (overlayP->Song() != nullptr && overlayP->IsSongPicture() == pictureB) port.Add(*overlayP, -1);
 }
 
 void CGraphicsPorts::Leave(CGraphicsPort& port) {
@@ -36,6 +38,7 @@ void CGraphicsPorts::Leave(CGraphicsPort& port) {
     if (it == i_ports.end()) return;
     *it = nullptr;
     for (CG_Overlay* const overlayP : port.Overlays()) port.Remove(*overlayP);
+    port.SetBackdrop(nullptr);   // nobody tells it any more when that goes
 }
 
 OSErr CGraphicsPorts::WireUp(CMediaOverlay* mediaP, CGraphicsOverlay* pictureP) {

@@ -342,6 +342,10 @@ TEST_F(PortTest, ABackdropShowsOnlyWithoutASong) {
     screen.refreshesL = 0;
     screen.port.Remove(song);
     EXPECT_GT(screen.refreshesL, 0) << "the picture of the break comes back by itself";
+    ports.Leave(screen.port);
+    screen.pictureP = nullptr;
+    screen.port.Redraw();
+    EXPECT_EQ(screen.pictureP, nullptr) << "who left is not told when it goes";
 }
 
 TEST_F(PortTest, AScopeHoldsThePreviewBack) {
