@@ -51,8 +51,16 @@ void NoteResizing(bool resizingB) {
 
 }   // namespace
 
+void CAppWindows_Qt::AskGraphicsCard() {
+    if (gApp == nullptr) return;
+    const std::int64_t choice = gApp->Prefs().GetLong(CGraphicsCard::kPreferenceZ, CGraphicsCard::kChoice_AUTOMATIC);
+    i_card.Ask(static_cast<CGraphicsCard::Choice>(
+        std::clamp<std::int64_t>(choice, CGraphicsCard::kChoice_AUTOMATIC, CGraphicsCard::kChoice_OPENGL)));
+}
+
 void CAppWindows_Qt::CreateBrowser() {
     if (gApp == nullptr) return;
+    AskGraphicsCard();   // it answers while the window is made
     if (XLook* const lookP = XLook::Get(); lookP != nullptr)
         lookP->Choose(static_cast<XLook::Choice>(gApp->Prefs().GetLong(XLook::kPreferenceZ, 0)));
     auto window = std::make_unique<XBrowserWindow>(
@@ -95,7 +103,8 @@ void CAppWindows_Qt::ShowTasks() {
 }
 
 void CAppWindows_Qt::CreateVideo(WindowKind kind) {
-    auto window = std::make_unique<XVideoWindow>(static_cast<int>(kind), Ports());
+    AskGraphicsCard();
+    auto window = std::make_unique<XVideoWindow>(static_cast<int>(kind), Ports(), i_card.Draws());
     XVideoWindow* const windowP = window.get();
     windowP->setAccessibleName(kind == PREF_Wind_VIDEO ? "Video" : "Second video");
     windowP->setAccessibleDescription("The picture of the song");

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "App/CAppWindows.h"
+#include "Shell/CGraphicsCard.h"
 
 class CWindowPlace;
 class QWidget;
@@ -42,6 +43,7 @@ public:
 private:
     [[nodiscard]] QWidget* Find(WindowKind kind) const;
     [[nodiscard]] XBrowserWindow* Browser() const;
+    void AskGraphicsCard();
     void CreateBrowser();
     void CreateVideo(WindowKind kind);
     void CreateTasks();
@@ -53,5 +55,6 @@ private:
 
     std::function<void()> i_askToQuit;
     std::map<WindowKind, std::unique_ptr<QWidget>> i_windows;
+    CGraphicsCard i_card;
     QTimer i_tasksLook;   // the list of tasks has changed, and is looked at when it fires
 };

@@ -1,5 +1,7 @@
 #include "Shell/Options.h"
 
+#include "Shell/CGraphicsCard.h"
+
 std::optional<Options> ReadOptions(std::span<const std::string> words) {
     Options options;
     bool onlyFilesB = false;
@@ -9,6 +11,8 @@ std::optional<Options> ReadOptions(std::span<const std::string> words) {
             onlyFilesB = true;
         } else if (!onlyFilesB && word == "--headless") {
             options.headlessB = true;
+        } else if (words.size() == 1 && word == CGraphicsCard::kOptionZ) {
+            options.askCardB = true;
         } else if (!onlyFilesB && (word == "--help" || word == "-h")) {
             options.helpB = true;
         } else if (!onlyFilesB && word == "--root" && n + 1 < words.size() && !words[n + 1].empty()) {

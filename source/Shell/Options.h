@@ -5,10 +5,11 @@
 #include <string>
 #include <vector>
 
-/** The command line of `vopla`: [--headless] [--root DIR] [FILE...]. */
+/** The command line of `vopla`: [--headless] [--root DIR] [FILE...]; or, asked by itself, what the graphics card is. */
 struct Options {
     bool headlessB = false;
     bool helpB = false;
+    bool askCardB = false;
     std::filesystem::path root;
     std::vector<std::string> files;   // absolute, so that a first instance elsewhere finds them
 };

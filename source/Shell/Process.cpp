@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <QApplication>
+#include <QSurfaceFormat>
 #include <unistd.h>
 
 #include "App/CAppWindows_None.h"
@@ -68,6 +69,10 @@ int RunHeadless(const Options& options, CSecondInstance& instance, bool cleanB) 
 }
 
 int RunDesktop(const Options& options, CSecondInstance& instance, bool cleanB, int& countL, char** wordsZ) {
+    // The main thread never waits for a display: one that is off would hold up the show.
+    QSurfaceFormat format = QSurfaceFormat::defaultFormat();
+    format.setSwapInterval(0);
+    QSurfaceFormat::setDefaultFormat(format);
     QApplication qt(countL, wordsZ);
     QApplication::setApplicationDisplayName(QString::fromStdString(CApp::DisplayName()));
     QApplication::setQuitOnLastWindowClosed(false);

@@ -12,6 +12,7 @@
 #include "App/CBreakScreen.h"
 #include "Core/CPreferences.h"
 #include "Play/CPlayControl.h"
+#include "Shell/CGraphicsCard.h"
 #include "Shell/DisplayAbilities.h"
 #include "Shell/QtText.h"
 #include "Shell/VideoWindowMenu.h"
@@ -150,6 +151,16 @@ void XPreferencesWindow::MakeVideo() {
         i_prefs.Set(kShape_Narrow, CCFValue(shape == 1));
     });
     page.Add(kVideoPicture);
+    auto* const drawingP = new QComboBox;
+    drawingP->addItems({tr("The graphics card, if there is one"), tr("The processor"), tr("OpenGL")});
+    drawingP->setAccessibleDescription(tr("What scales the pictures, from the next start on"));
+    page.AddWidget(tr("Drawn by"), drawingP, "From the next start on.");
+    page.OnShow([this, drawingP] {
+        const QSignalBlocker quiet(drawingP);
+        drawingP->setCurrentIndex(std::clamp<int>(i_prefs.GetLong(CGraphicsCard::kPreferenceZ, 0), 0, 2));
+    });
+    connect(drawingP, &QComboBox::currentIndexChanged, this,
+            [this](int choice) { i_prefs.Set(CGraphicsCard::kPreferenceZ, CCFValue(choice)); });
 
     page.AddHeading(tr("Between songs"));
     auto* const nameP = new XElidedLabel;

@@ -2,20 +2,20 @@
 
 #include <QCloseEvent>
 #include <QContextMenuEvent>
-#include <QKeyEvent>
 #include <QPainter>
 #include <QWindow>
 
 #include "Core/CLog.h"
 #include "Graphics/CGraphicsPorts.h"
 #include "Shell/DisplayAbilities.h"
+#include "Shell/XCardSurface.h"
 
 namespace {
 constexpr int kResizeEnd_Milliseconds = 200;   // the toolkit tells no end: none for so long is one
 constexpr int kPointerRest_Milliseconds = 2000;
 }   // namespace
 
-XVideoWindow::XVideoWindow(int screen, CGraphicsPorts& ports)
+XVideoWindow::XVideoWindow(int screen, CGraphicsPorts& ports, bool cardB)
     : i_place(*this),
       i_ports(ports),
       i_port(screen, *this, this, screen == CGraphicsPort::kScreen_VIDEO ? "Video" : "Video 2") {
@@ -33,6 +33,7 @@ XVideoWindow::XVideoWindow(int screen, CGraphicsPorts& ports)
         if (IsFullScreen()) setCursor(Qt::BlankCursor);
     });
     connect(&i_place, &CWindowPlace::FullScreenChanged, this, &XVideoWindow::ShowPointer);
+    if (cardB) i_cardP = new XCardSurface([this](QPainter& painter) { DrawPort(painter); }, this);
 }
 
 XVideoWindow::~XVideoWindow() { SetOpen(false); }
@@ -44,14 +45,24 @@ void XVideoWindow::SetOpen(bool openB) {
 
 Rect XVideoWindow::Bounds() const { return MakeRect(0, 0, width(), height()); }
 
-void XVideoWindow::Invalidate(const Rect& rect) { update(rect.left, rect.top, rect.Width(), rect.Height()); }
+void XVideoWindow::Invalidate(const Rect& rect) {
+    if (i_cardP != nullptr)
+        i_cardP->update();   // it draws all of it, always
+    else
+        update(rect.left, rect.top, rect.Width(), rect.Height());
+}
 
 void XVideoWindow::PaintNow() {
-    if (isVisible()) repaint();
+    if (isVisible()) i_cardP != nullptr ? i_cardP->repaint() : repaint();
 }
 
 void XVideoWindow::paintEvent(QPaintEvent*) {
+    if (i_cardP != nullptr) return;   // it covers the window
     QPainter painter(this);
+    DrawPort(painter);
+}
+
+void XVideoWindow::DrawPort(QPainter& painter) {
     i_context = std::make_unique<CPortContext_Qt>(painter);
     i_port.Redraw();
     i_context.reset();
@@ -86,6 +97,7 @@ OSErr XVideoWindow::SetTransparent(bool transparentB) {
         if (!std::exchange(i_refusalToldB, true)) Log(AbilitiesOfDisplay().why.toStdString());
         return paramErr;
     }
+    if (transparentB) delete std::exchange(i_cardP, nullptr);   // what it leaves clear would be black
     // A window has its kind of pixels from its birth on.
     const bool visibleB = isVisible();
     hide();
@@ -103,16 +115,6 @@ void XVideoWindow::closeEvent(QCloseEvent* eventP) {
 
 void XVideoWindow::contextMenuEvent(QContextMenuEvent* eventP) { emit MenuAsked(eventP->globalPos()); }
 
-void XVideoWindow::keyPressEvent(QKeyEvent* eventP) {
-    const bool toggleB = eventP->key() == Qt::Key_F || eventP->key() == Qt::Key_F11;
-    if (toggleB && eventP->modifiers() == Qt::NoModifier)
-        SetFullScreen(!IsFullScreen());
-    else if (eventP->key() == Qt::Key_Escape && IsFullScreen())
-        SetFullScreen(false);
-    else
-        QWidget::keyPressEvent(eventP);
-}
-
 void XVideoWindow::mouseDoubleClickEvent(QMouseEvent*) { SetFullScreen(!IsFullScreen()); }
 
 void XVideoWindow::mouseMoveEvent(QMouseEvent*) { ShowPointer(); }
@@ -126,6 +128,7 @@ void XVideoWindow::ShowPointer() {
 }
 
 void XVideoWindow::resizeEvent(QResizeEvent*) {
+    if (i_cardP != nullptr) i_cardP->setGeometry(rect());
     if (!i_resizeEnd.isActive()) emit Resizing(true);
     i_resizeEnd.start();
 }

@@ -10,14 +10,16 @@
 #include "Shell/CWindowPlace.h"
 
 class CGraphicsPorts;
+class XCardSurface;
 
-/** A window the room looks at: its port, all over it. A double click or F changes to full screen and back, Escape
-   leaves it. In full screen the pointer hides when it rests. Threads  main. */
+/** A window the room looks at: its port, all over it. A double click changes to full screen and back, and so do the
+   keys of the commands that were attached to it. In full screen the pointer hides when it rests. With a graphics card its
+   port is drawn on a surface that lies over it; a window that is seen through paints by itself. Threads  main. */
 class XVideoWindow final : public QWidget, public CPortView, public CPortWindow {
     Q_OBJECT
 public:
-    /** Screen 0 or 9; `ports` outlives the window. */
-    XVideoWindow(int screen, CGraphicsPorts& ports);
+    /** Screen 0 or 9; `ports` outlives the window. `cardB`: drawn by OpenGL. */
+    XVideoWindow(int screen, CGraphicsPorts& ports, bool cardB = false);
     ~XVideoWindow() override;
 
     /** In use: its port is among the ports, and playing shows and hides it. Closed at first. */
@@ -53,12 +55,12 @@ protected:
     void paintEvent(QPaintEvent* eventP) override;
     void closeEvent(QCloseEvent* eventP) override;
     void contextMenuEvent(QContextMenuEvent* eventP) override;
-    void keyPressEvent(QKeyEvent* eventP) override;
     void mouseDoubleClickEvent(QMouseEvent* eventP) override;
     void mouseMoveEvent(QMouseEvent* eventP) override;
     void resizeEvent(QResizeEvent* eventP) override;
 
 private:
+    void DrawPort(QPainter& painter);
     void ShowPointer();
 
     QTimer i_resizeEnd;     // runs while the size keeps changing
@@ -67,6 +69,7 @@ private:
     CGraphicsPorts& i_ports;
     CGraphicsPort i_port;
     std::unique_ptr<CPortContext_Qt> i_context;   // only while the window is painted
+    XCardSurface* i_cardP = nullptr;              // a child; null when the window paints by itself
     bool i_openB = false;
     bool i_refusalToldB = false;   // the log knows what the display system cannot do
 };

@@ -2,6 +2,7 @@
 #include <string>
 #include <vector>
 
+#include "Shell/CGraphicsCard.h"
 #include "Shell/Options.h"
 #include "Shell/Process.h"
 
@@ -11,5 +12,6 @@ int main(int countL, char** wordsZ) {
         (options.has_value() ? std::cout : std::cerr) << kOptions_Usage;
         return options.has_value() ? 0 : 2;
     }
+    if (options->askCardB) return CGraphicsCard::Tell(countL, wordsZ);
     return RunProcess(*options, countL, wordsZ);
 }
