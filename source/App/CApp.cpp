@@ -6,6 +6,7 @@
 #include "App/CAppStartUp.h"
 #include "App/CAppWindows.h"
 #include "App/CBreakScreen.h"
+#include "App/CCoverArt.h"
 #include "App/CScopedInitializing.h"
 #include "App/CTaskList.h"
 #include "App/SaveRules.h"

@@ -2,6 +2,7 @@
 
 #include "App/CAppWindows.h"
 #include "App/CBreakScreen.h"
+#include "App/CCoverArt.h"
 #include "App/CAppLibrary.h"
 #include "App/CAppPlay.h"
 #include "App/ScopedValue.h"
@@ -119,6 +120,7 @@ void CAppQuit::HideWindows() {
     i_app.i_fullScreenAtQuit = std::move(fullScreen);
     for (const WindowKind kind : {PREF_Wind_TASKS, PREF_Wind_VIDEO, PREF_Wind_VIDEO2, PREF_Wind_BROWSER})
         i_app.Windows().Hide(kind);
+    i_app.i_covers.reset();
     i_app.i_break.reset();   // nobody sees it any more, and its movie has a thread to end
 }
 

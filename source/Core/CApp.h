@@ -19,6 +19,7 @@ class CLibraryCommands;
 class CAppPlay;
 class CAppWindows;
 class CBreakScreen;
+class CCoverArt;
 class CCrashReporter;
 class CFolderKinds;
 class CMainLoop;
@@ -160,6 +161,7 @@ private:
     std::unique_ptr<CAppLibrary> i_library;
     std::unique_ptr<CAppPlay> i_play;   // lives within the library
     std::unique_ptr<CBreakScreen> i_break;   // while there are windows to see it
+    std::unique_ptr<CCoverArt> i_covers;     // the same
     std::unique_ptr<CProgressView> i_curScope;   // start-up and quit only
     bool i_libraryLoadedB = false;               // not refused by the user, nor by another program that has it
     std::optional<std::vector<WindowRecord>> i_recordsAtQuit;

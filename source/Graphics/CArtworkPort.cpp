@@ -19,7 +19,7 @@ void CArtworkPort::SetEnabled(bool enabledB) {
 }
 
 void CArtworkPort::SetCover(std::shared_ptr<const CPixels> cover) {
-    i_cover = std::move(cover);
+    if (std::exchange(i_cover, std::move(cover)) == i_cover) return;
     if (Source() == nullptr) Refresh();
 }
 

@@ -22,8 +22,7 @@ public:
     /** Off while the pane is closed: nothing is painted. */
     void SetEnabled(bool enabledB);
     [[nodiscard]] bool IsEnabled() const noexcept { return i_enabledB; }
-    /** The cover of the song that is selected, depth 32; null for none. */
-    void SetCover(std::shared_ptr<const CPixels> cover);
+    void SetCover(std::shared_ptr<const CPixels> cover) override;
 
     /** Paints the pane at once, when it is on and nothing holds it back. */
     void Flush() override;

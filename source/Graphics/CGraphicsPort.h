@@ -93,6 +93,8 @@ public:
     /** What is shown while no song's picture is there; null for the background alone. Not owned, no part of the stack.
      */
     void SetBackdrop(CG_Overlay* overlayP);
+    /** The cover of a song that has no picture, depth 32; null for none. The room does not see it. */
+    virtual void SetCover(std::shared_ptr<const CPixels>) {}
 
     [[nodiscard]] int Screen() const noexcept { return i_screen; }
     [[nodiscard]] bool IsVideoWindow() const noexcept {

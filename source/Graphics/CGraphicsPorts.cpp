@@ -24,6 +24,7 @@ void CGraphicsPorts::Enter(CGraphicsPort& port) {
     Each([&shownP](const CGraphicsPort& other) { shownP = &other; });
     i_ports[static_cast<std::size_t>(it - kScreens.begin())] = &port;
     port.SetBackdrop(i_backdropP);
+    port.SetCover(i_cover);
     port.SetFrameShape(i_shape);
     if (shownP == nullptr) return;
     port.SetUnder(shownP->Under() != 0);
@@ -63,6 +64,11 @@ void CGraphicsPorts::Unwire(CMediaOverlay& media) {
 void CGraphicsPorts::SetBackdrop(CG_Overlay* overlayP) {
     i_backdropP = overlayP;
     Each([overlayP](CGraphicsPort& port) { port.SetBackdrop(overlayP); });
+}
+
+void CGraphicsPorts::SetCover(std::shared_ptr<const CPixels> cover) {
+    i_cover = std::move(cover);
+    Each([this](CGraphicsPort& port) { port.SetCover(i_cover); });
 }
 
 void CGraphicsPorts::RefreshBackdrop() {

@@ -1,5 +1,6 @@
 #pragma once
 #include <array>
+#include <memory>
 
 #include "Graphics/CGraphicsPort.h"
 #include "Graphics/CPlayWindowRule.h"
@@ -27,6 +28,8 @@ public:
 
     /** Shown while no song's picture is: see CGraphicsPort. On all ports, also those that come later. */
     void SetBackdrop(CG_Overlay* overlayP);
+    /** What the preview shows while a song without a picture plays: its cover, depth 32; null for none. */
+    void SetCover(std::shared_ptr<const CPixels> cover);
     /** It looks different now. */
     void RefreshBackdrop();
     [[nodiscard]] bool ShowsBackdrop() const;
@@ -45,5 +48,6 @@ private:
 
     std::array<CGraphicsPort*, 3> i_ports{};   // in the order of kScreens
     CG_Overlay* i_backdropP = nullptr;
+    std::shared_ptr<const CPixels> i_cover;
     FrameShape i_shape = FrameShape::kPicture;
 };

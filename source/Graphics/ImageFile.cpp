@@ -1,18 +1,22 @@
 #include "Graphics/ImageFile.h"
 
 extern "C" {
+#include <libavformat/avformat.h>
 #include <libavutil/dict.h>
 #include <libavutil/frame.h>
 }
 
 #include <cstdlib>
+#include <string_view>
 
 #include "Graphics/CGraphicsPort.h"
 #include "Graphics/ImageDecode.h"
 
 namespace {
 
-constexpr const char* kFormatsZ = "png_pipe,jpeg_pipe,webp_pipe,bmp_pipe,tiff_pipe,gif,apng";
+constexpr const char* kImageFormatsZ = "png_pipe,jpeg_pipe,webp_pipe,bmp_pipe,tiff_pipe,gif,apng";
+/** Those that can have a cover inside. */
+constexpr const char* kCoverFormatsZ = "mp3,flac,ogg,mov,mp4,m4a,asf,aac,aiff,wav,matroska,webm";
 
 /** How a camera was held, by the numbers of its files: 3 upside down, 6 to be turned right, 8 to be turned left. */
 int CameraTurn(const AVFrame& frame) {
@@ -36,16 +40,10 @@ std::unique_ptr<COffscreen> Upright(std::unique_ptr<COffscreen> picture, int tur
     return turned;
 }
 
-}   // namespace
-
-std::unique_ptr<COffscreen> ReadImageFile(const std::filesystem::path& file, const Rect& most, OSErr& err) {
-    std::error_code ignored;
-    err = std::filesystem::is_regular_file(file, ignored) ? paramErr : fnfErr;
-    if (err == fnfErr) return nullptr;
-    const ImageFormat format = OpenImage(file, kFormatsZ);
-    const int streamIndex = format == nullptr ? -1 : LargestStream(*format);
-    if (streamIndex < 0) return nullptr;
-    const ImageFrame frame = DecodeFirst(*format, streamIndex);
+/** The first picture of the stream, upright, in the size that fits. */
+std::unique_ptr<COffscreen> ReadStream(AVFormatContext& format, int streamIndex, const Rect& most, OSErr& err) {
+    err = paramErr;
+    const ImageFrame frame = DecodeFirst(format, streamIndex);
     if (frame == nullptr || frame->width <= 0 || frame->height <= 0) return nullptr;
 
     const int turn = CameraTurn(*frame);
@@ -58,4 +56,40 @@ std::unique_ptr<COffscreen> ReadImageFile(const std::filesystem::path& file, con
     if (picture != nullptr)
         err = picture->SetAlpha(0xFF);   // the colours are multiplied: over black they are what they are
     return picture;
+}
+
+/** Of the pictures inside the file, the one that says so, else the first; -1 for none. */
+int CoverStream(const AVFormatContext& format) {
+    int found = -1;
+    for (unsigned n = 0; n < format.nb_streams; ++n) {
+        const AVStream& stream = *format.streams[n];
+        if ((stream.disposition & AV_DISPOSITION_ATTACHED_PIC) == 0) continue;
+        const AVDictionaryEntry* const kindP = av_dict_get(stream.metadata, "comment", nullptr, 0);
+        if (kindP != nullptr && std::string_view(kindP->value) == "Cover (front)") return static_cast<int>(n);
+        if (found < 0) found = static_cast<int>(n);
+    }
+    return found;
+}
+
+bool IsThere(const std::filesystem::path& file) {
+    std::error_code ignored;
+    return std::filesystem::is_regular_file(file, ignored);
+}
+
+}   // namespace
+
+std::unique_ptr<COffscreen> ReadImageFile(const std::filesystem::path& file, const Rect& most, OSErr& err) {
+    err = IsThere(file) ? paramErr : fnfErr;
+    if (err == fnfErr) return nullptr;
+    const ImageFormat format = OpenImage(file, kImageFormatsZ);
+    const int streamIndex = format == nullptr ? -1 : LargestStream(*format);
+    return streamIndex < 0 ? nullptr : ReadStream(*format, streamIndex, most, err);
+}
+
+std::unique_ptr<COffscreen> ReadCover(const std::filesystem::path& file, const Rect& most, OSErr& err) {
+    err = IsThere(file) ? noErr : fnfErr;
+    if (err == fnfErr) return nullptr;
+    const ImageFormat format = OpenImage(file, kCoverFormatsZ);
+    const int streamIndex = format == nullptr ? -1 : CoverStream(*format);
+    return streamIndex < 0 ? nullptr : ReadStream(*format, streamIndex, most, err);
 }

@@ -10,3 +10,7 @@
    memFullErr. */
 [[nodiscard]] std::unique_ptr<COffscreen> ReadImageFile(const std::filesystem::path& file, const Rect& most,
                                                         OSErr& err);
+
+/** The picture that a sound or movie file has inside, its front cover if there are several; the rest as above. Null and
+   noErr when there is none. */
+[[nodiscard]] std::unique_ptr<COffscreen> ReadCover(const std::filesystem::path& file, const Rect& most, OSErr& err);

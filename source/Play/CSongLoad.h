@@ -57,6 +57,8 @@ public:
     [[nodiscard]] const CSongFiles* Places() const noexcept { return i_places ? &*i_places : nullptr; }
     /** The movie of kVideo, or the file that kLaunch hands on. */
     [[nodiscard]] const CFileRef& MainFile() const noexcept { return i_mainFile; }
+    /** What sounds, or the zip that it is in; empty for graphics alone. */
+    [[nodiscard]] const CFileRef& SoundFile() const noexcept { return i_soundFile; }
 
 private:
     /** What tells a file from one that was put in its place. */

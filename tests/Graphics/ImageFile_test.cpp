@@ -55,6 +55,44 @@ TEST_F(ImageFileTest, ReadsTheFormatsOfPictures) {
     }
 }
 
+TEST_F(ImageFileTest, FindsTheCoverInsideASong) {
+    const fs::path front = Make("front.png"), back = i_folder / "back.png";
+    const auto run = [this](const std::string& words, const std::string& name) {
+        const std::string command =
+            "cd '" + i_folder.string() + "' && ffmpeg -v error -y -nostdin " + words + " " + name;
+        EXPECT_EQ(std::system(command.c_str()), 0) << command;
+        return i_folder / name;
+    };
+    run("-f lavfi -i color=gray:s=20x20 -frames:v 1", "back.png");
+    run("-f lavfi -i sine=d=2", "tone.wav");
+    const std::string twoPictures =
+        "-i tone.wav -i back.png -i front.png -map 0 -map 1 -map 2 -c:v png "
+        "-metadata:s:v:0 comment='Cover (back)' -metadata:s:v:1 comment='Cover (front)'";
+    const std::string onePicture = "-i tone.wav -i front.png -map 0 -map 1 -c:v png -disposition:v attached_pic";
+    const struct {
+        fs::path file;
+        bool coverB;
+    } kCases[] = {
+        {run(twoPictures, "two.mp3"), true},     {run(onePicture + " -c:a flac", "one.flac"), true},
+        {run(onePicture, "one.m4a"), true},      {i_folder / "tone.wav", false},
+        {run("-i tone.wav", "none.mp3"), false}, {front, false},
+    };
+    for (const auto& c : kCases) {
+        OSErr err = paramErr;
+        const auto cover = ReadCover(c.file, {0, 0, 20, 32}, err);
+        ASSERT_EQ(err, noErr) << c.file;
+        ASSERT_EQ(cover != nullptr, c.coverB) << c.file;
+        if (cover == nullptr) continue;
+        EXPECT_EQ(cover->bounds(), (Rect{0, 0, 20, 32})) << c.file;
+        EXPECT_TRUE(Near(cover->PixelAt(4, 4), kRed)) << c.file;
+    }
+    fs::resize_file(i_folder / "two.mp3", 700);   // in the middle of the pictures
+    OSErr err = noErr;
+    EXPECT_EQ(ReadCover(i_folder / "two.mp3", kMost, err), nullptr);
+    EXPECT_EQ(ReadCover(i_folder / "gone.mp3", kMost, err), nullptr);
+    EXPECT_EQ(err, fnfErr);
+}
+
 TEST_F(ImageFileTest, ALargeOneIsMadeToFit) {
     const fs::path file = Make("a.png");
     OSErr err = noErr;

@@ -1,0 +1,25 @@
+#pragma once
+#include <filesystem>
+#include <memory>
+
+#include "Core/CT_Preemptive.h"
+
+class CCoverArt;
+class COffscreen;
+
+/** Reads the cover inside a song's file, in a size that is enough for the preview.
+    Owner    the fork. */
+class CT_ReadCover final : public CT_Preemptive {
+public:
+    /** `covers` holds null once nobody waits for it any more. */
+    CT_ReadCover(std::filesystem::path file, std::shared_ptr<CCoverArt*> covers);
+
+protected:
+    OSErr Operate(OSErr err) override;
+    OSErr Completion(OSErr err) override;
+
+private:
+    const std::filesystem::path i_file;
+    const std::shared_ptr<CCoverArt*> i_covers;   // what it holds is the main thread's
+    std::shared_ptr<const COffscreen> i_cover;
+};
