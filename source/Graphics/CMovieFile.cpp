@@ -5,6 +5,7 @@
 
 extern "C" {
 #include <libavformat/avformat.h>
+#include <libavutil/common.h>
 #include <libavutil/display.h>
 }
 
@@ -49,20 +50,20 @@ OSErr CMovieFile::Next(AVPacket& packet) {
     FindJoint(packet);
     if (i_shift == 0) return noErr;
     for (std::int64_t* const timeP : {&packet.pts, &packet.dts})
-        if (*timeP != AV_NOPTS_VALUE) *timeP += i_shift;
+        if (*timeP != AV_NOPTS_VALUE) *timeP = av_sat_add64(*timeP, i_shift);
     return noErr;
 }
 
 void CMovieFile::FindJoint(const AVPacket& packet) {
     if (packet.dts == AV_NOPTS_VALUE || !CanBeJoined(i_format)) return;
     const bool knownB = i_lastPlace >= 0 && packet.pos >= 0;
-    const double stepT = SecondsOf(1) * static_cast<double>(packet.dts - i_lastDecodeTime);
+    const double stepT = SecondsOf(1) * static_cast<double>(av_sat_sub64(packet.dts, i_lastDecodeTime));
     const double bytes = static_cast<double>(packet.pos - i_lastPlace);
     const bool aheadB = i_soundB && stepT > kMovie_JointAheadT && bytes < stepT * kMovie_SparseBytesPerSecond;
     if (knownB && (aheadB || stepT < -kMovie_JointBackT)) {
         const double rate = FrameRate();
         const auto frame = static_cast<std::int64_t>(std::llround((rate > 0 ? 1 / rate : 0.04) / SecondsOf(1)));
-        i_shift += i_lastDecodeTime + frame - packet.dts;
+        i_shift = av_sat_add64(i_shift, av_sat_sub64(av_sat_add64(i_lastDecodeTime, frame), packet.dts));
         i_joinedB = true;
     }
     i_lastDecodeTime = packet.dts;
