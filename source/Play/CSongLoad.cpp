@@ -2,6 +2,7 @@
 
 #include "Audio/CAS_SpoolRec.h"
 #include "Audio/SongSource.h"
+#include "Core/Assertions.h"
 #include "Core/CByteSource_Zip.h"
 #include "Core/CLog.h"
 #include "Core/CZipArchive.h"
@@ -57,8 +58,14 @@ OSErr CSongLoad::Load(std::unique_ptr<CS_MainThread_AbortProc> completionP, Load
     {
         std::unique_lock guard(i_phaseLock);
         i_phaseChanged.wait(guard, [this] { return i_phase != Phase::kLoading; });
+        if (what == LoadFor::kLater && i_playedB) return noErr;   // it is a song that plays by now
+        i_playedB = what == LoadFor::kPlay;
         loadedB = i_phase == Phase::kLoaded;
         i_phase = Phase::kLoading;
+    }
+    if (what == LoadFor::kLater) {
+        (void)AssertWords(!i_ringP, "i_cache_audP == NULL");
+        (void)AssertWords(i_graphicsP == nullptr && !i_movieP, "i_cache_vidP == NULL");
     }
     SetQuiet(what == LoadFor::kLater);
     OSErr err = noErr;

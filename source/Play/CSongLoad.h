@@ -24,7 +24,7 @@ enum class LoadFor { kPlay, kLater };
 /** A song's files, opened: the ring of its sound, filled by a pump from the first block on, and its graphics, which lie
     in memory whole. A song that is to play next is held like this.
     Threads  Load on workers: the second one waits for the first, and takes what it has unless the files are others by
-             now, or it broke meanwhile; Abort on any; the rest after Load.
+             now, or it broke meanwhile; for later after a play it does nothing. Abort on any; the rest after Load.
     Owner    Ref. Its end, or Abort, ends the pump.
     Errors   fnfErr: there is no file, or not enough of them. The spools' own errors were told to the user, but not
              those of a song that is loaded for later: its play loads it again, and tells. */
@@ -94,9 +94,10 @@ private:
     Ref<CAS_QuickTimeVideo> i_movieP;
     std::vector<Stamp> i_stamps;   // of the files, when they were opened
     bool i_toldB = false;
-    mutable std::mutex i_phaseLock;   // guards i_phase; held for no work
+    mutable std::mutex i_phaseLock;   // guards i_phase and i_playedB; held for no work
     std::condition_variable i_phaseChanged;
     Phase i_phase = Phase::kNew;
+    bool i_playedB = false;   // a play has asked for it: who loads ahead comes too late
     std::atomic<bool> i_abortedB{false}, i_quietB{false};
     CMutexT<Ref<CAS_AudioRing>> i_abortable;   // what Abort ends while Load is under way
     CMutexT<Ref<CAS_QuickTimeVideo>> i_abortableMovie;

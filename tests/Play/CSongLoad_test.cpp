@@ -27,6 +27,19 @@ TEST_F(PlayTest, FilesThatAreGoneAndNoSongsAtAllAreTold) {
     EXPECT_EQ(i_controlP->Play(PlaylistID{4711}, Row(0)), fnfErr);
 }
 
+/** The thread that loads a song ahead may begin after the song was played. */
+TEST_F(PlayTest, ALoadAheadThatComesTooLateLeavesTheSongThatPlaysAlone) {
+    CSong& song = Add(Sound("a.wav", 60), Graphics("a.cdg", 18000));
+    const Ref<CSongLoad> loadP = MakeRef<CSongLoad>(ReadSongPlaySpec(song, nullptr, i_preferences));
+    ASSERT_EQ(loadP->Load(nullptr), noErr);
+    const CAS_AudioRing* const ringP = loadP->Audio().Get();
+    const CSubCodeStream_Memory* const graphicsP = loadP->Graphics();
+    Sound("a.wav", 30);   // another file of its name
+    EXPECT_EQ(loadP->Load(nullptr, LoadFor::kLater), noErr);
+    EXPECT_EQ(loadP->Audio().Get(), ringP);
+    EXPECT_EQ(loadP->Graphics(), graphicsP);
+}
+
 TEST_F(PlayTest, FilesThatWereMovedOrRenamedAreFoundAndNoted) {
     LibrarySettings settings;
     settings.musicFolder = i_folder / "Music";
