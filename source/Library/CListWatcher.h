@@ -17,6 +17,8 @@ public:
     /** Just before it goes. */
     virtual void ListRemoved(PlaylistID /*list*/) {}
     virtual void ListRenamed(PlaylistID /*list*/) {}
+    /** Just before they go; sorted. Their ids are soon other rows'. */
+    virtual void ItemsLeave(PlaylistID /*list*/, std::span<const PLItemID> /*items*/) {}
     /** Removed rows are gone already. */
     virtual void ItemsChanged(PlaylistID /*list*/, ListMessage /*message*/, std::span<const PLItemID> /*items*/) {}
     /** The shown order is another one; `startedB`: it is being sorted, the old order stands meanwhile. */

@@ -122,6 +122,7 @@ OSErr CPlayList::RemoveItems(std::vector<PLItemID> items) {
     items.erase(std::unique(items.begin(), items.end()), items.end());
     if (i_playlistID == kPlaylistID_Library) i_database.SongsLeaveLibrary(*this, items);
     NoteTouched(items);
+    i_database.Tell([&](CListWatcher& watcher) { watcher.ItemsLeave(i_playlistID, items); });
     const std::size_t goneL = i_list->Remove(items, i_name.UTF8());
     if (goneL == 0) return items.empty() ? noErr : fnfErr;
     Touch("playlist items removed");

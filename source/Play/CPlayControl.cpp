@@ -35,6 +35,7 @@ CPlayControl::CPlayControl(CPlayHost& host)
     : i_host(host),
       i_selfRef(std::make_shared<CPlayControl*>(this)),
       i_outputP(MakeRef<CPlayOutput>()),
+      i_place(host.Database()),
       i_volumeF(ReadVolume(host)) {
     i_outputP->Level().gainF = i_volumeF;
     i_host.Database().AddWatcher(*this);
@@ -80,32 +81,31 @@ std::optional<SongPlaySpec> CPlayControl::SpecOf(PlaylistID list, PLItemID item)
 
 OSErr CPlayControl::PlayRow(PlaylistID list, PLItemID item, const StartHow& how) {
     if (i_host.IsQuitting()) return abortErr;
-    std::optional<SongPlaySpec> spec = SpecOf(list, item);
+    const std::optional<SongPlaySpec> spec = SpecOf(list, item);
     if (!spec) {
         ShowAlert("Stranger than Fiction error: The song you're trying to play is not in the current playlist.", {});
         return fnfErr;
     }
-    if (how.begunB) {
-        spec->volumeF = 0;
-        spec->launch = {};
-    }
-    if (i_playP && CurrentSong() != spec->song)
+    if (i_playP && !how.stepB && CurrentSong() != spec->song)
         Log("WARNING****  A case where the previous song wasn't stopped!");
-    EndCurrent(spec->name);
+    i_place.Set(list, item);
+    return PlaySong(*spec, how);
+}
+
+OSErr CPlayControl::PlaySong(const SongPlaySpec& spec, const StartHow& how) {
+    EndCurrent(spec.name);
     ChooseOutput();
-    i_list = list;
-    i_item = item;
     i_startPausedB = how.pausedB;
+    i_wish = how.wish;
     i_lastErr = noErr;
-    i_pitchS = static_cast<int>(spec->pitch);
-    i_tempo = spec->tempo;
-    i_vocal = spec->vocal;
-    i_slipT = spec->slipT;
+    i_pitchS = static_cast<int>(spec.pitch);
+    i_tempo = spec.tempo;
+    i_vocal = spec.vocal;
+    i_slipT = spec.slipT;
 
     const CCFPrefDictionary& preferences = i_host.Preferences();
-    const std::string name = spec->name;
-    SongPlayParts parts{.spec = *spec,
-                        .loadP = i_next.Take(*spec),
+    SongPlayParts parts{.spec = spec,
+                        .loadP = i_next.Take(spec),
                         .outputP = i_outputP,
                         .settings = AudioPlayerSettings::Read(preferences),
                         .autoCueB = preferences.GetBool("Auto-cue", true),
@@ -115,7 +115,7 @@ OSErr CPlayControl::PlayRow(PlaylistID list, PLItemID item, const StartHow& how)
                         .startAt300 = how.at300};
     CSongPlayOwner& owner = *this;
     i_playP = MakeRef<CSongPlay>(std::move(parts), owner);
-    i_lastErr = i_playP->Start(std::make_unique<CSongLoadCompletion>(name));
+    i_lastErr = i_playP->Start(std::make_unique<CSongLoadCompletion>(spec.name));
     if (Failed(i_lastErr)) EndCurrent();
     TellPlay();
     TellSettings();
@@ -134,7 +134,7 @@ void CPlayControl::PreRollDone(CSongPlay& play, OSErr err) {
         }
     }
     i_delayedB = !Failed(err) && !i_startPausedB && MustWait(play);
-    if (!Failed(err)) err = play.Begin(i_startPausedB || i_delayedB);
+    if (!Failed(err)) err = play.Begin();
     // What was asked for while it started.
     if (const SongPlaySpec& spec = play.Spec();
         !Failed(err) && (i_pitchS != static_cast<int>(spec.pitch) || i_tempo != spec.tempo))
@@ -145,6 +145,11 @@ void CPlayControl::PreRollDone(CSongPlay& play, OSErr err) {
         SongFailed(play, err);
         return;
     }
+    if (const std::optional<Wish> wish = std::exchange(i_wish, {}); wish && wish->time300 >= 0)
+        SeekTo300(wish->time300);
+    else if (wish)
+        Seek(wish->position);
+    play.SetPaused(i_startPausedB || i_delayedB);
     if (!play.Spec().launch.IsEmpty()) (void)Failed(LaunchFile(play.Spec().launch));   // logged; the song plays on
     if (play.Spec().volumeF > 0) SetVolume(play.Spec().volumeF);
     CacheNext();
@@ -167,26 +172,29 @@ void CPlayControl::NoteFiles(CSongPlay& play, OSErr err) const {
         Log("### Error looking for the files of a song");
 }
 
+void CPlayControl::ListRemoved(PlaylistID list) {
+    if (list == i_place.ListID()) i_nextStaleB = true;
+}
+
 void CPlayControl::ItemsChanged(PlaylistID list, ListMessage, std::span<const PLItemID>) {
-    if (list == i_list) i_nextStaleB = true;
+    if (list == i_place.ListID()) i_nextStaleB = true;
 }
 
 void CPlayControl::SortChanged(PlaylistID list, const SortSpec&, bool startedB) {
-    if (list == i_list && !startedB) i_nextStaleB = true;
+    if (list == i_place.ListID() && !startedB) i_nextStaleB = true;
 }
 
 void CPlayControl::CacheNext() {
     i_nextStaleB = false;
     i_nextLookT = CClock::Get().SteadyT() + kNextLook_T;
-    CPlayList* const listP = List();
-    if (listP == nullptr || !i_host.Preferences().GetBool("pre-cache next song", true)) {
+    if (i_place.List() == nullptr || !i_host.Preferences().GetBool("pre-cache next song", true)) {
         i_next.Drop();
         return;
     }
-    const PLItemID item = listP->GetNextID(i_item, CPlayList::Step::kForward, CPlayList::AtEnd::kIgnore);
-    const bool endB = i_host.Preferences().GetBool("Stop at playlist end") && IsLastOfList(*listP);
+    const PLItemID item = i_place.Next(CPlayList::AtEnd::kIgnore);
+    const bool endB = i_host.Preferences().GetBool("Stop at playlist end") && i_place.IsLast();
     std::optional<SongPlaySpec> spec;
-    if (!endB && item != SDB_kNoItem && item != i_item) spec = SpecOf(i_list, item);
+    if (!endB && item != SDB_kNoItem && item != i_place.Item()) spec = SpecOf(i_place.ListID(), item);
     if (spec)
         i_next.Hold(std::move(*spec));
     else
@@ -197,6 +205,7 @@ void CPlayControl::CacheNext() {
 
 void CPlayControl::EndCurrent(std::string next) {
     i_delayedB = false;
+    i_wish.reset();
     if (const Ref<CSongPlay> playP = std::exchange(i_playP, nullptr)) playP->Stop(std::move(next));
 }
 
@@ -216,9 +225,8 @@ void CPlayControl::EndShow() {
 void CPlayControl::SongFailed(CSongPlay& play, OSErr err) {
     const Ref<CSongPlay> playP(&play);   // its end must not come before ours
     i_lastErr = err;
-    EndCurrent();
-    TellFailure(play, err);
-    TellPlay();
+    EndShow();
+    TellFailure(play, err);   // last: the operator may begin another song before he has read it
 }
 
 void CPlayControl::TellFailure(const CSongPlay& play, OSErr err) const {
@@ -235,18 +243,19 @@ void CPlayControl::SongEnded(CSongPlay& play) {
     i_host.SongEnded(play);
     NoteLength(play);
     FinishSong(play);
-    CPlayList* const listP = List();
+    Log("Going to next song");
     const CCFPrefDictionary& preferences = i_host.Preferences();
-    PlayNextState state{.stopBetweenTracksB = preferences.GetBool("Stop between tracks"),
-                        .hasPlaylistB = listP != nullptr,
-                        .stopAtPlaylistEndB = preferences.GetBool("Stop at playlist end")};
-    state.lastOfSelectionB = listP != nullptr && IsLastOfList(*listP);
+    const PlayNextState state{.stopBetweenTracksB = preferences.GetBool("Stop between tracks"),
+                              .hasPlaylistB = i_place.List() != nullptr,
+                              .stopAtPlaylistEndB = preferences.GetBool("Stop at playlist end"),
+                              .lastOfSelectionB = i_place.IsLast()};
     PLItemID next = SDB_kNoItem;
     if (ChoosePlayNext(state) == PlayNextCommand::kNext) {
-        next = listP->GetNextID(i_item, CPlayList::Step::kForward);
+        next = i_place.Next(CPlayList::AtEnd::kStop);
         if (!i_playP) return;   // the list has stopped the show
     }
-    if (next == SDB_kNoItem || Failed(StepTo(next, preferences.GetBool("Pause between tracks")))) EndShow();
+    const bool overB = next == SDB_kNoItem || Failed(StepTo(next, preferences.GetBool("Pause between tracks")));
+    if (overB && i_playP.Get() == &play) EndShow();   // and nobody began another song while an alert stood
 }
 
 void CPlayControl::NoteLength(const CSongPlay& play) const {
@@ -264,35 +273,30 @@ void CPlayControl::FinishSong(const CSongPlay& play) {
         songP->Meta().SetInteger("tsng"_key, songP->Meta().GetInteger("tsng"_key) + 1);
         songP->Meta().SetDate("Date"_key, CFDate{CClock::Get().AbsoluteT()});
     }
-    Log("Going to next song");
 }
 
 // ---- Steps ----
 
-OSErr CPlayControl::StepTo(PLItemID item, bool pausedB) { return PlayRow(i_list, item, {.pausedB = pausedB}); }
-
-CPlayList* CPlayControl::List() const {
-    return Number(i_list) == SDB_kUninitializedID ? nullptr : i_host.Database().GetPlayList(i_list);
-}
-
-bool CPlayControl::IsLastOfList(CPlayList& list) const {
-    return !list.GetSortedList().empty() && list.GetSortedList().back() == i_item;
+OSErr CPlayControl::StepTo(PLItemID item, bool pausedB) {
+    return PlayRow(i_place.ListID(), item, {.pausedB = pausedB, .stepB = true});
 }
 
 OSErr CPlayControl::PlayNext() {
-    CPlayList* const listP = List();
-    if (listP == nullptr) return paramErr;
+    if (i_place.List() == nullptr) return paramErr;
     Log("PlayPrevNext called: Next");
-    if (i_playP && 2 * CurTime300() > EndTime300() && EndTime300() > 0) FinishSong(*i_playP);   // it was heard
-    const PLItemID item = listP->GetNextID(i_item, CPlayList::Step::kForward, CPlayList::AtEnd::kIgnore);
+    Log("Going to next song");
+    const PLItemID item = i_place.Next(CPlayList::AtEnd::kIgnore);
     if (item == SDB_kNoItem) return fnfErr;
-    const OSErr err = StepTo(item, false);
+    const Ref<CSongPlay> beforeP = i_playP;
+    const bool heardB = beforeP && 2 * CurTime300() > EndTime300() && EndTime300() > 0;
+    const OSErr err = StepTo(item);
+    if (heardB && i_playP.Get() != beforeP.Get()) FinishSong(*beforeP);
     if (!Failed(err) && i_playP) i_host.ShowMessage("Next: " + i_playP->Spec().name);   // no watcher has stopped it
     return err;
 }
 
 OSErr CPlayControl::PlayPrevious() {
-    CPlayList* const listP = List();
+    CPlayList* const listP = i_place.List();
     if (listP == nullptr) return paramErr;
     Log("PlayPrevNext called: Previous");
     const bool rotationB = IsRotation(listP->Type());
@@ -302,14 +306,13 @@ OSErr CPlayControl::PlayPrevious() {
         Rewind();
         return noErr;
     }
-    if (rotationB && !listP->GetSortedList().empty() && listP->GetSortedList().front() == i_item &&
-        listP->PendingSkips() == 0) {
+    if (rotationB && i_place.IsFirst() && listP->PendingSkips() == 0) {
         i_host.ShowMessage("Can't skip back to previous rotation");
         return paramErr;
     }
-    const PLItemID item = listP->GetNextID(i_item, CPlayList::Step::kBackward);
+    const PLItemID item = i_place.Previous();
     if (item == SDB_kNoItem) return fnfErr;
-    const OSErr err = StepTo(item, false);
+    const OSErr err = StepTo(item);
     if (!Failed(err) && i_playP) i_host.ShowMessage("Previous: " + i_playP->Spec().name);
     return err;
 }
@@ -323,11 +326,18 @@ void CPlayControl::Rewind() {
 }
 
 void CPlayControl::Seek(double position) {
-    SeekTo300(static_cast<long>(std::clamp(position, 0.0, 1.0) * static_cast<double>(EndTime300())));
+    position = position >= 0 ? std::min(position, 1.0) : 0;   // what is no number is the start
+    if (State() == PlayState::kStarting)
+        i_wish = Wish{.position = position};
+    else
+        SeekTo300(static_cast<long>(position * static_cast<double>(EndTime300())));
 }
 
 void CPlayControl::SeekTo300(long time300) {
-    if (i_playP) i_playP->SeekTo300(std::clamp(time300, 0L, std::max(EndTime300(), 0L)));
+    if (State() == PlayState::kStarting)
+        i_wish = Wish{.time300 = std::max(time300, 0L)};
+    else if (i_playP)
+        i_playP->SeekTo300(std::clamp(time300, 0L, std::max(EndTime300(), 0L)));
 }
 
 void CPlayControl::SetPaused(bool pausedB) {
@@ -347,11 +357,15 @@ bool CPlayControl::IsPaused() const {
     return i_playP->State() == PlayState::kPlaying ? i_playP->IsPaused() : i_startPausedB;
 }
 
-long CPlayControl::CurTime300() const { return i_playP ? i_playP->CurTime300() : 0; }
+long CPlayControl::CurTime300() const {
+    if (i_wish && i_wish->time300 >= 0) return i_wish->time300;
+    return i_playP ? i_playP->CurTime300() : 0;
+}
+
 long CPlayControl::EndTime300() const { return i_playP ? i_playP->EndTime300() : 0; }
 SongID CPlayControl::CurrentSong() const { return i_playP ? i_playP->Spec().song : kNoSong; }
-PlaylistID CPlayControl::CurrentList() const { return i_list; }
-PLItemID CPlayControl::CurrentItem() const { return i_item; }
+PlaylistID CPlayControl::CurrentList() const { return i_place.ListID(); }
+PLItemID CPlayControl::CurrentItem() const { return i_place.Item(); }
 
 // ---- Of the song that plays ----
 

@@ -9,6 +9,7 @@
 #include "Library/CSongDatabase.h"
 #include "Play/CNextSong.h"
 #include "Play/CPlayingSong.h"
+#include "Play/CPlayPlace.h"
 #include "Play/CSongPlay.h"
 
 class CPlayHost;
@@ -42,7 +43,7 @@ public:
     OSErr PlayPrevious();
     /** To the trim start, or the very start. */
     void Rewind();
-    /** A song that still starts has no length yet, and stays where it begins. */
+    /** A song that still starts will begin there, whatever its music's start is. */
     void Seek(double position);
     void SeekTo300(long time300);
 
@@ -56,6 +57,7 @@ public:
     /** Below 0 while nothing plays. */
     [[nodiscard]] SongID CurrentSong() const;
     [[nodiscard]] PlaylistID CurrentList() const;
+    /** SDB_kNoItem before the first play, and once the row has left its list: the song plays on. */
     [[nodiscard]] PLItemID CurrentItem() const;
     /** Why the last song could not be played, or not to its end. */
     OSErr PlayErr() const noexcept { return i_lastErr; }
@@ -119,22 +121,34 @@ private:
     CPlayWindowRule WindowRule() const override;
     void NoteDrawn() override;
     // Of the lists: the song that comes next may be another one now.
+    void ListRemoved(PlaylistID list) override;
+    void ItemsLeave(PlaylistID list, std::span<const PLItemID> items) override { i_place.RowsLeave(list, items); }
     void ItemsChanged(PlaylistID list, ListMessage message, std::span<const PLItemID> items) override;
     void SortChanged(PlaylistID list, const SortSpec& spec, bool startedB) override;
 
     /** Tells the song what the look for its files has found. */
     void NoteFiles(CSongPlay& play, OSErr err) const;
 
+    /** A place in a song that has no length yet: a time, or else a part of the whole. */
+    struct Wish {
+        long time300 = -1;
+        double position = 0;
+    };
     struct StartHow {
         bool pausedB = false;
-        long at300 = -1;       // from there rather than from the music's start
-        bool begunB = false;   // it played already, on another output: its volume is set, its companion open
+        bool stepB = false;   // the song before gives way to it
+        long at300 = -1;      // from there rather than from the music's start
+        std::optional<Wish> wish = {};
     };
+    /** fnfErr, told, and all stays as it is: no such row, or no song in it. */
     OSErr PlayRow(PlaylistID list, PLItemID item, const StartHow& how);
+    /** Ends what plays and starts this; i_place says already where it stands. */
+    OSErr PlaySong(const SongPlaySpec& spec, const StartHow& how);
     /** Nothing when there is no such row, or no song in it. */
     [[nodiscard]] std::optional<SongPlaySpec> SpecOf(PlaylistID list, PLItemID item) const;
     void TellFailure(const CSongPlay& play, OSErr err) const;
-    OSErr StepTo(PLItemID item, bool pausedB);
+    /** "Next" and its kin: the song there takes the place of what plays. */
+    OSErr StepTo(PLItemID item, bool pausedB = false);
     /** `next` is the name of the song that takes its place. */
     void EndCurrent(std::string next = {});
     /** Nothing follows: the windows go by their rule. */
@@ -151,8 +165,6 @@ private:
     void ChooseOutput();
     [[nodiscard]] static float ReadVolume(CPlayHost& host);
     void KeepValue(MetaKey key, double value);
-    [[nodiscard]] CPlayList* List() const;
-    [[nodiscard]] bool IsLastOfList(CPlayList& list) const;
     template <class Say>
     void Tell(Say&& say);
     void TellPlay();
@@ -165,12 +177,12 @@ private:
     std::string i_device;     // that i_outputP was given; empty: none yet
     Ref<CSongPlay> i_playP;   // null: idle
     CNextSong i_next;
-    bool i_nextStaleB = false;   // the list has changed since i_next was chosen
-    double i_nextLookT = 0;      // before this it is not looked at again, nor dropped after a stop
+    bool i_nextStaleB = false;     // the list has changed since i_next was chosen
+    double i_nextLookT = 0;        // before this it is not looked at again, nor dropped after a stop
     bool i_startPausedB = false;   // i_playP is to begin paused
     bool i_delayedB = false;       // it stands paused until its zip is unpacked, or the operator lets it go
-    PlaylistID i_list{SDB_kUninitializedID};
-    PLItemID i_item = SDB_kNoItem;
+    std::optional<Wish> i_wish;    // where it is to begin, as the operator said while it starts
+    CPlayPlace i_place;
     OSErr i_lastErr = noErr;
     int i_pitchS = 0;
     double i_tempo = 1;

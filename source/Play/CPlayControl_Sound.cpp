@@ -39,8 +39,8 @@ void CPlayControl::KeepValue(MetaKey key, double value) {
             songP->Meta().SetFloat(key, value);
         else
             songP->Meta().SetInteger(key, static_cast<std::int64_t>(value));
-    } else if (CPlayList* const listP = List()) {
-        listP->SetRowValue(i_item, key, key == "TMPO"_key ? CMetaValue(value) : asInteger);
+    } else if (CPlayList* const listP = i_place.List(); listP != nullptr && i_place.Item() != SDB_kNoItem) {
+        listP->SetRowValue(i_place.Item(), key, key == "TMPO"_key ? CMetaValue(value) : asInteger);
     }
 }
 
@@ -89,8 +89,7 @@ void CPlayControl::SetVocalMode(VocalMode mode) {
 
 std::string CPlayControl::SlipSong(int steps) {
     if (!i_playP) return {};
-    return SetSongSlip300(As300ths(i_slipT) +
-                          steps * i_host.Preferences().GetLong("Sync Slip increment (300ths)", 30));
+    return SetSongSlip300(As300ths(i_slipT) + steps * i_host.Preferences().GetLong("Sync Slip increment (300ths)", 30));
 }
 
 std::string CPlayControl::SetSongSlip300(long slip300) {
@@ -151,10 +150,17 @@ OSErr CPlayControl::SetOutputDevice(const std::string& name) {
     i_host.Preferences().Set(kPref_Device, CCFValue(SuperString(name)));
     TellSettings();
     if (!i_playP || WantedDevice() == i_device) return noErr;
-    const bool playsB = State() == PlayState::kPlaying;
-    const VocalMode vocal = i_vocal;   // which no song keeps
-    const OSErr err =
-        PlayRow(i_list, i_item, {.pausedB = IsPaused(), .at300 = playsB ? CurTime300() : -1, .begunB = playsB});
-    if (!Failed(err)) SetVocalMode(vocal);
-    return err;
+    // As it sounds now, and of its own files: its row may have left the list meanwhile, its song the library.
+    SongPlaySpec spec = i_playP->Spec();
+    spec.pitch = i_pitchS;
+    spec.tempo = i_tempo;
+    spec.vocal = i_vocal;
+    spec.slipT = i_slipT;
+    StartHow how{.pausedB = IsPaused(), .wish = i_wish};
+    if (State() == PlayState::kPlaying) {
+        how.at300 = CurTime300();
+        spec.volumeF = 0;   // it was set, and its companion was opened
+        spec.launch = {};
+    }
+    return PlaySong(spec, how);
 }

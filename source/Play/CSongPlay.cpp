@@ -63,12 +63,11 @@ void CSongPlay::PreRollOver(OSErr err) {
         LogF("### another song is playing (%s)\n", i_replacedBy.c_str());
 }
 
-OSErr CSongPlay::Begin(bool pausedB) {
+OSErr CSongPlay::Begin() {
     if (i_ownerP == nullptr) return abortErr;
     if (const OSErr err = i_picture.StartClock(i_sound.Start300(), Spec().tempo, i_sound.Heard()); Failed(err))
         return err;
     i_sound.SetState(static_cast<long>(PlayState::kPlaying));
-    SetPaused(pausedB);
     return noErr;
 }
 
@@ -92,7 +91,7 @@ void CSongPlay::SetPaused(bool pausedB) {
     CPlayPace* const paceP = i_picture.Pace();
     i_picture.SetPaused(pausedB);
     if (!pausedB) paceP->Run();   // before the sound goes on: what is given from here on is new
-    if (playerP != nullptr) playerP->SetPaused(pausedB);
+    if (playerP != nullptr && (pausedB || !IsSeeking())) playerP->SetPaused(pausedB);   // else it goes on from there
     if (pausedB) paceP->Pause();
     if (CGraphicsPorts& ports = i_ownerP->Ports();
         i_picture.Graphics() != nullptr && ports.Port(CGraphicsPort::kScreen_VIDEO) != nullptr)
@@ -106,11 +105,11 @@ void CSongPlay::SeekTo300(long time300) {
         i_picture.Pace()->EndSeek();
         return;
     }
-    i_seekingB = true;
     if (i_sound.AskSeek(time300)) StartSeekWorker();
 }
 
 void CSongPlay::StartSeekWorker() {
+    ++i_seekersL;
     if (CT_Preemptive::Start(std::make_unique<CT_SeekSound>(Ref<CSongPlay>(this))) != 0) return;
     Log("### Error no thread for a seek");
     RunSeeks();   // here, then: timers and paint go on
@@ -118,8 +117,7 @@ void CSongPlay::StartSeekWorker() {
 }
 
 void CSongPlay::SeeksDone() {
-    if (i_ownerP == nullptr) return;
-    i_seekingB = false;
+    if (--i_seekersL > 0 || i_ownerP == nullptr) return;   // the next one has begun before this end was told
     i_picture.Pace()->EndSeek();
     if (!i_picture.IsPaused()) i_sound.Player()->SetPaused(false);   // one that had come to its end paused itself
 }
@@ -137,7 +135,7 @@ void CSongPlay::Tick(bool forceB) {
 
 void CSongPlay::MendDrift() {
     const CAudioPlayer* const playerP = i_sound.Player();
-    const bool soundB = playerP != nullptr && !playerP->IsStopped() && !i_seekingB && i_picture.Pace()->IsRunning();
+    const bool soundB = playerP != nullptr && !playerP->IsStopped() && !IsSeeking() && i_picture.Pace()->IsRunning();
     const long heard300 = soundB ? Heard300() : 0;
     const bool movesB = heard300 != std::exchange(i_lastHeard300, heard300);
     const double nowT = CClock::Get().SteadyT();
@@ -187,7 +185,7 @@ std::uint64_t CSongPlay::FramesLate() const {
 // ---- Of the picture ----
 
 bool CSongPlay::IsSoundOver() const {
-    if (i_seekingB) return false;
+    if (IsSeeking()) return false;
     return HasPlayer() ? i_sound.Player()->IsHeardOut() : i_parts.loadP->Kind() == SongKind::kGraphics;
 }
 

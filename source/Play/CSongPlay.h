@@ -26,10 +26,10 @@ public:
     void WireUpGraphics();
     /** The pre-roll is over, with this result; tells the owner. */
     void PreRollOver(OSErr err);
-    /** The clock starts; the sound too, unless the song is to begin paused. */
-    OSErr Begin(bool pausedB);
-    /** There is no way back. Nobody waits: a pre-roll ends with abortErr on its own. `next` is the name of the song that
-        takes its place, if one does. */
+    /** The song stands where it begins, paused; SetPaused lets it go. */
+    OSErr Begin();
+    /** There is no way back. Nobody waits: a pre-roll ends with abortErr on its own. `next` is the name of the song
+       that takes its place, if one does. */
     void Stop(std::string next = {});
     void SetPaused(bool pausedB);
     [[nodiscard]] bool IsPaused() const noexcept { return i_picture.IsPaused(); }
@@ -78,6 +78,7 @@ private:
     void MendDrift();
     void StartSeekWorker();
     void SeeksDone();
+    [[nodiscard]] bool IsSeeking() const noexcept { return i_seekersL > 0; }
     void TellEnded();
     void TellFailed();
 
@@ -87,7 +88,7 @@ private:
     CSongPicture i_picture;
     // Main thread.
     std::string i_replacedBy;   // after Stop
-    bool i_seekingB = false;    // the sound is on its way
+    int i_seekersL = 0;         // workers that take the sound elsewhere, or whose end was not told yet
     double i_apartSinceT = 0;   // picture and sound are far from each other; 0: they are not
     long i_lastHeard300 = 0;    // as of the last look
 };

@@ -1,31 +1,41 @@
-#include "Play/CPlayControl.h"
 #include "Graphics/CPortWindow.h"
 #include "Graphics/PortTest.h"
+#include "Play/CPlayControl.h"
 #include "Play/PlayTest.h"
 
 namespace {
 
 using enum PlayState;
 
-TEST_F(PlayTest, WhatComesNextIsTheListsAndThePreferences) {
-    for (const char* const nameZ : {"a", "b", "c"}) Add(Sound(std::string(nameZ) + ".wav", 1));
-    i_preferences.Set("Stop at playlist end", CCFValue(true));
-    ASSERT_EQ(Play(0), noErr);
-    ASSERT_TRUE(RunUntilIdle());
-    EXPECT_EQ(i_sung, (Words{"a", "b", "c"}));
+TEST_F(PlayTest, WhatComesNextIsThePreferences) {
+    for (const char* const nameZ : {"a", "b"}) Add(Sound(std::string(nameZ) + ".wav", 1));
+    for (unsigned bits = 0; bits < 8; ++bits) {
+        const bool endB = (bits & 1) != 0, pauseB = (bits & 2) != 0, stopB = (bits & 4) != 0;
+        i_preferences.Set("Stop at playlist end", CCFValue(endB));
+        i_preferences.Set("Pause between tracks", CCFValue(pauseB));
+        i_preferences.Set("Stop between tracks", CCFValue(stopB));
+        for (const std::size_t row : {0U, 1U}) {
+            SCOPED_TRACE(testing::Message()
+                         << "end " << endB << ", pause " << pauseB << ", stop " << stopB << ": " << row);
+            const std::size_t sungL = i_sung.size();
+            ASSERT_EQ(Play(row), noErr);
+            ASSERT_TRUE(RunUntil([&] { return i_sung.size() > sungL && i_controlP->State() != kStarting; }));
+            const bool onB = !stopB && !(endB && row == 1);
+            EXPECT_EQ(i_controlP->State(), onB ? kPlaying : kIdle);
+            EXPECT_EQ(i_controlP->IsPaused(), onB && pauseB);
+            EXPECT_EQ(i_controlP->CurrentItem(), Row(onB ? 1 - row : row));
+            i_controlP->Stop();
+        }
+    }
     EXPECT_TRUE(Logged("pre-cache next song: b"));
     EXPECT_TRUE(Logged("Going to next song"));
+}
 
-    i_preferences.Set("Pause between tracks", CCFValue(true));
-    ASSERT_EQ(Play(0), noErr);
-    ASSERT_TRUE(RunUntil([&] { return i_controlP->CurrentItem() == Row(1) && i_controlP->State() == kPlaying; }));
-    EXPECT_TRUE(i_controlP->IsPaused());
-    i_preferences.Set("Stop between tracks", CCFValue(true));
-    i_controlP->SetPaused(false);
-    ASSERT_TRUE(RunUntilIdle());
-    EXPECT_EQ(i_sung.size(), 5U);
-
-    // By hand the end of the list is none.
+TEST_F(PlayTest, ByHandTheEndOfTheListIsNone) {
+    for (const char* const nameZ : {"a", "b", "c"}) Add(Sound(std::string(nameZ) + ".wav", 60));
+    for (const char* const onZ : {"Stop at playlist end", "Stop between tracks"})
+        i_preferences.Set(onZ, CCFValue(true));
+    ASSERT_TRUE(Starts(1));
     EXPECT_EQ(i_controlP->PlayNext(), noErr);
     EXPECT_EQ(i_controlP->CurrentItem(), Row(2));
     EXPECT_EQ(i_controlP->PlayNext(), noErr);
@@ -33,6 +43,56 @@ TEST_F(PlayTest, WhatComesNextIsTheListsAndThePreferences) {
     EXPECT_EQ(i_controlP->PlayPrevious(), noErr);
     EXPECT_EQ(i_controlP->CurrentItem(), Row(2));
     EXPECT_EQ(i_messages.back(), "Previous: c");
+}
+
+/** The id of a row that has left is the next new row's. */
+TEST_F(PlayTest, ARowThatLeavesWhileItPlaysIsNotTakenForAnother) {
+    i_preferences.Set("Remember pitch / tempo in all playlists", CCFValue(false));
+    const std::filesystem::path sound = Sound("song.wav", 60);
+    const struct {
+        std::size_t plays;
+        std::vector<std::size_t> leave;   // of 0 to 3; 4 is added then
+        bool backB;
+        std::size_t lands;
+    } cases[] = {{1, {1}, false, 2},   {1, {1}, true, 0}, {1, {1, 2}, false, 3}, {1, {0, 1}, false, 2},
+                 {1, {0, 1}, true, 4}, {0, {0}, true, 4}, {3, {3}, false, 4},    {2, {0, 1, 2, 3}, false, 4}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << "case " << &c - cases);
+        i_listP = &i_databaseP->AddPlaylist(kSourceDB_PLAYLIST, "another");
+        std::vector<SongID> songs;
+        for (int n = 0; n < 4; ++n) songs.push_back(Add(sound).GetSongID());
+        ASSERT_TRUE(Starts(c.plays));
+        std::vector<PLItemID> rows;
+        for (const std::size_t row : c.leave) rows.push_back(Row(row));
+        ASSERT_EQ(i_listP->RemoveItems(rows), noErr);
+        EXPECT_EQ(i_controlP->CurrentItem(), SDB_kNoItem);
+        songs.push_back(Add(sound).GetSongID());
+        const PLItemID added = Row(i_listP->Count() - 1);
+        ASSERT_GT(std::ranges::count(rows, added), 0);
+        EXPECT_EQ(i_controlP->SetPitch(3), noErr);
+        EXPECT_EQ(i_listP->ValueOf(added, "PICH"_key).Integer(), 0);
+        EXPECT_EQ(i_controlP->SetOutputDevice(c.backB ? "one" : "two"), noErr);
+        EXPECT_EQ(i_controlP->CurrentSong(), songs[c.plays]);
+        EXPECT_EQ(i_controlP->Pitch(), 3);
+        EXPECT_EQ(c.backB ? i_controlP->PlayPrevious() : i_controlP->PlayNext(), noErr);
+        EXPECT_EQ(i_controlP->CurrentSong(), songs[c.lands]);
+    }
+    EXPECT_EQ(AlertsSoFar(), Words());
+}
+
+/** An alert on the main thread is a loop of its own. */
+TEST_F(PlayTest, WhatIsBegunWhileAnAlertStandsPlaysOn) {
+    static std::function<void()> s_atAlert;
+    Add(Sound("a.wav", 0.5));
+    Add(Sound("b.wav", 60));
+    i_listP->AddItem({.target = SongID{4711}}, 2);   // a song that is nowhere
+    s_atAlert = [&] { EXPECT_EQ(Play(2), noErr); };
+    SetAlertHook([](std::string_view, std::string_view) { s_atAlert(); });
+    ASSERT_EQ(Play(0), noErr);
+    ASSERT_TRUE(RunUntil([&] { return !i_sung.empty(); }));
+    EXPECT_TRUE(RunUntilPlaying());
+    EXPECT_EQ(i_controlP->CurrentItem(), Row(2));
+    s_atAlert = nullptr;
 }
 
 TEST_F(PlayTest, BackIsARewindOnceTheSongIsUnderWay) {
@@ -71,7 +131,7 @@ TEST_F(PlayTest, WhatLiesReadyFollowsTheListAndGoesAfterAStop) {
     (void)i_listP->MoveItems(last, 2);   // before the second
     EXPECT_TRUE(RunUntil([&] { return Logged("pre-cache next song: c") && i_controlP->IsNextReady(); }));
     i_controlP->Stop();
-    EXPECT_TRUE(i_controlP->IsNextReady());   // it is likely to be wanted at once
+    EXPECT_TRUE(i_controlP->IsNextReady());                              // it is likely to be wanted at once
     EXPECT_TRUE(RunUntil([&] { return !i_controlP->IsNextReady(); }));   // a stick can be taken out
 }
 

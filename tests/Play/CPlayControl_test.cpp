@@ -170,6 +170,38 @@ TEST_F(PlayTest, ATempoThatIsAskedForWhileItStartsIsKept) {
     EXPECT_GT(perSecond, 2 * 300);
 }
 
+TEST_F(PlayTest, ASongThatIsSoughtWhileItStartsBeginsThere) {
+    Add(Sound("a.wav", 58, 2), Graphics("a.cdg", 18000));   // its music begins at 2 s
+    const struct {
+        const char* nameZ;
+        void (*order)(CPlayControl&);
+        long begins300;
+    } cases[] = {{"none", [](CPlayControl&) {}, 600 - 30},
+                 {"time", [](CPlayControl& c) { c.SeekTo300(6000); }, 6000},
+                 {"position", [](CPlayControl& c) { c.Seek(0.5); }, 9000},
+                 {"the last counts", [](CPlayControl& c) { c.Seek(0.5), c.SeekTo300(3000); }, 3000},
+                 {"rewind", [](CPlayControl& c) { c.Rewind(); }, 0},
+                 {"and another output",
+                  [](CPlayControl& c) { c.SeekTo300(6000), (void)Failed(c.SetOutputDevice("other")); }, 6000},
+                 {"and paused", [](CPlayControl& c) { c.SeekTo300(6000), c.SetPaused(true); }, 6000}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.nameZ);
+        i_device.shutB = true;
+        ASSERT_EQ(Play(0), noErr);
+        c.order(*i_controlP);
+        i_device.shutB = false;
+        ASSERT_TRUE(RunUntilPlaying());
+        const bool pausedB = i_controlP->IsPaused();
+        EXPECT_NEAR(static_cast<double>(i_controlP->CurTime300()), static_cast<double>(c.begins300), 8);
+        ASSERT_TRUE(pausedB || RunUntil([&] { return i_controlP->CurTime300() > c.begins300 + 100; }));
+        RunFor(1);
+        EXPECT_LT(i_controlP->CurTime300(), c.begins300 + (pausedB ? 8 : 3000));
+        EXPECT_EQ(i_controlP->IsPaused(), pausedB);
+        i_controlP->Stop();
+        ASSERT_TRUE(RunUntilOutputIsFree());
+    }
+}
+
 TEST_F(PlayTest, TheStartIsTheMusicOrTheTrimAndTheEndItsMark) {
     CSong& cued = Add(Sound("cued.wav", 3, 2));
     CSong& trimmed = Add(Sound("trimmed.wav", 10));

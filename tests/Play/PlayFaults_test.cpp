@@ -5,7 +5,7 @@ namespace {
 
 using enum PlayState;
 
-/** A disc that can go away: what was open fails, and nothing can be opened. */
+/** A disc that can go away: what was open fails, and nothing can be opened. Or it takes its time. */
 class GoneDisc final : public CFileCalls_Linux {
 public:
     GoneDisc() { CFileCalls::Install(this); }
@@ -15,9 +15,10 @@ public:
     }
     int ReadAt(int handle, std::uint64_t at, std::span<std::byte> to, std::size_t& got) override {
         got = 0;
+        while (i_slowB) std::this_thread::sleep_for(std::chrono::milliseconds(1));
         return i_goneB ? EIO : CFileCalls_Linux::ReadAt(handle, at, to, got);
     }
-    std::atomic<bool> i_goneB{false};
+    std::atomic<bool> i_goneB{false}, i_slowB{false};   // slow: reading waits
 };
 
 struct DiscHolder {
@@ -30,6 +31,24 @@ protected:
         i_preferences.Set("Stop between tracks", CCFValue(true));
     }
 };
+
+/** The end of a seek that was overtaken is told while the next one is still on its way. */
+TEST_F(PlayFaultTest, ASeekThatIsOvertakenDoesNotStartTheClockOfTheNextOne) {
+    Add(Sound("a.wav", 60), Graphics("a.cdg", 18000));
+    CLog::Get().SetSwitch(LogSwitch::kThreads, true);
+    ASSERT_TRUE(Starts(0));
+    i_controlP->SeekTo300(3000);
+    while (!Logged("Completing Thread: song seek")) std::this_thread::yield();   // it has left, and nobody heard of it
+    i_disc.i_slowB = true;
+    i_controlP->SeekTo300(9000);
+    for (int n = 0; n < 50; ++n) {
+        Pass();
+        ASSERT_EQ(i_controlP->CurTime300(), 9000);
+    }
+    i_disc.i_slowB = false;
+    EXPECT_TRUE(RunUntil([&] { return i_controlP->CurTime300() > 9000; }));
+    CLog::Get().SetSwitch(LogSwitch::kThreads, false);
+}
 
 /** A song whose disc or file goes plays what it has, and is told of once; then everything works again. */
 TEST_F(PlayFaultTest, WhatBefallsTheFilesOfASong) {

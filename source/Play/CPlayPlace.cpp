@@ -1,0 +1,60 @@
+#include "Play/CPlayPlace.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "Library/CSongDatabase.h"
+
+namespace {
+constexpr PLItemID kBeyond{0};   // no row has it: before the first, behind the last
+}
+
+void CPlayPlace::Set(PlaylistID list, PLItemID item) {
+    i_listID = list;
+    i_item = item;
+    i_before = SDB_kNoItem;
+    i_leftB = false;
+}
+
+CPlayList* CPlayPlace::List() const {
+    return Number(i_listID) == SDB_kUninitializedID ? nullptr : i_database.GetPlayList(i_listID);
+}
+
+void CPlayPlace::RowsLeave(PlaylistID list, std::span<const PLItemID> items) {
+    const PLItemID here = i_leftB ? i_before : i_item;
+    CPlayList* const listP = List();
+    if (list != i_listID || listP == nullptr || !std::ranges::binary_search(items, here)) return;
+    const std::vector<PLItemID>& ids = listP->GetSortedList();
+    const std::reverse_iterator from(std::ranges::find(ids, here));
+    const auto before =
+        std::find_if(from, ids.rend(), [items](PLItemID id) { return !std::ranges::binary_search(items, id); });
+    i_before = before == ids.rend() ? SDB_kNoItem : *before;
+    i_item = SDB_kNoItem;
+    i_leftB = true;
+}
+
+PLItemID CPlayPlace::After(CPlayList::Step step, CPlayList::AtEnd end) const {
+    CPlayList* const listP = List();
+    if (listP == nullptr) return SDB_kNoItem;
+    if (!i_leftB) return listP->GetNextID(i_item, step, end);
+    if (i_before == SDB_kNoItem) return listP->GetNextID(kBeyond, step, end);
+    if (step == CPlayList::Step::kForward) return listP->GetNextID(i_before, step, end);
+    const std::vector<PLItemID>& ids = listP->GetSortedList();
+    const auto behind = std::ranges::find(ids, i_before) + 1;   // it is there: see RowsLeave
+    return listP->GetNextID(behind == ids.end() ? kBeyond : *behind, step, end);
+}
+
+bool CPlayPlace::IsLast() const {
+    CPlayList* const listP = List();
+    if (listP == nullptr) return false;
+    const std::vector<PLItemID>& ids = listP->GetSortedList();
+    const PLItemID here = i_leftB ? i_before : i_item;
+    return ids.empty() ? i_leftB : ids.back() == here;
+}
+
+bool CPlayPlace::IsFirst() const {
+    CPlayList* const listP = List();
+    if (listP == nullptr) return false;
+    if (i_leftB) return i_before == SDB_kNoItem;
+    return !listP->GetSortedList().empty() && listP->GetSortedList().front() == i_item;
+}
