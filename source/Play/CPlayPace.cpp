@@ -129,6 +129,8 @@ void CPlayPace::TickWaiting() {
         i_clockP->AddPending(static_cast<std::int64_t>(std::clamp(left300, 0.0, kSector_300ths)));
         return;
     }
+    // Of a frame that was not given yet nothing is known but the place before the seek.
+    if (!i_placeB && i_soundP->FramesGiven() <= i_fromL) return;
     const double now300 = i_soundP->PlaceOf(playedL);
     if (!i_placeB) {
         i_place300 = i_soundP->PlaceOf(i_fromL);

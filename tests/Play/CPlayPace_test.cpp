@@ -52,6 +52,8 @@ public:
         i_silentT = lateT;
         i_seekingB = true;
     }
+    /** Nothing is given to the output any more, which plays what it has. */
+    void SetDry(bool dryB) { i_dryB = dryB; }
     void Advance(double seconds) {
         for (double leftT = seconds; leftT > 0; leftT -= kTick_T) Step();
     }
@@ -93,7 +95,7 @@ private:
         return 0;
     }
     void Fill() {
-        while (i_givenL < Played() + i_blocksL * kBlock) {
+        while (!i_dryB && i_givenL < Played() + i_blocksL * kBlock) {
             const bool soundB = i_playsB && !i_seekingB && !i_overB;
             const double to = i_place + (soundB ? static_cast<double>(kBlock) * i_tempo : 0);
             i_blocks.push_back({i_givenL, i_place, to, std::exchange(i_freshB, false)});
@@ -103,7 +105,7 @@ private:
         }
     }
     void Step() {
-        i_playedF += i_rate * kTick_T;
+        i_playedF = std::min(i_playedF + i_rate * kTick_T, static_cast<double>(i_givenL));
         if (i_seekingB && (i_silentT -= kTick_T) <= 0) {
             i_seekingB = false;
             i_place = static_cast<double>(i_target300) * kPer300th;
@@ -130,12 +132,28 @@ private:
     std::uint64_t i_givenL = 0, i_foreignToL = 0;
     double i_playedF = 0, i_place = 0, i_tempo = 1, i_dueT = 0, i_silentT = 0, i_worst300 = 0;
     long i_target300 = 0;
-    bool i_playsB = false, i_seekingB = false, i_freshB = false, i_overB = false;
+    bool i_playsB = false, i_seekingB = false, i_freshB = false, i_overB = false, i_dryB = false;
     std::shared_ptr<Sound> i_soundP;
     CPlayPace i_pace;
 };
 
 constexpr double kWithin_300ths = 20;   // 1/15 s
+
+/** What the output knows then is the place before the seek. */
+TEST(CPlayPace, ASeekWhoseSoundIsNotGivenYetStandsWhereItWent) {
+    Show show(5);
+    show.Play();
+    show.Advance(60);
+    show.SetDry(true);
+    show.Advance(1);   // it has played all of it
+    show.Seek(3000, 0.1);
+    show.Advance(0.5);
+    EXPECT_EQ(show.Clock300(), 3000);
+    show.SetDry(false);
+    show.Advance(1);
+    EXPECT_GT(show.Clock300(), 3000);
+    EXPECT_NEAR(show.Clock300(), show.Heard300(), kWithin_300ths);
+}
 
 TEST(CPlayPace, StartsWithTheFirstFrameThatIsHeard) {
     for (const std::size_t blocksL : {2UL, 5UL, 25UL}) {
