@@ -23,6 +23,7 @@ CGraphicsPorts& CAppPlay::Ports() { return i_app.Windows().Ports(); }
 bool CAppPlay::IsUnpacking(SongID song) { return i_app.LibraryCommands().Unpacker().IsUnpacking(song); }
 void CAppPlay::NoteDrawn() { i_app.NoteGraphicsDrawn(); }
 void CAppPlay::ShowMessage(std::string_view text) { i_app.SetStatus(text); }
+void CAppPlay::Deselect() { i_app.Windows().DeselectSongs(); }
 
 void CAppPlay::PlayChanged() {
     const SongID song = i_control.CurrentSong();

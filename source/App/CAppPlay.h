@@ -25,6 +25,7 @@ private:
     [[nodiscard]] bool IsUnpacking(SongID song) override;
     void NoteDrawn() override;
     void ShowMessage(std::string_view text) override;
+    void Deselect() override;
     /** The library leaves the files of the song that plays alone. */
     void PlayChanged() override;
 

@@ -44,6 +44,8 @@ public:
     virtual void FollowPreferences(const CCFPrefDictionary& /*preferences*/) {}
     /** The line of status in the browser window. */
     virtual void SetStatus(std::string_view text) = 0;
+    /** No song of the list in the browser window is selected any more. */
+    virtual void DeselectSongs() {}
     /** The library has, or has no more, changes that are not saved: the mark in the title bar. */
     virtual void SetDirtyMark(bool /*dirtyB*/) {}
     /** The list of tasks (CApp::Tasks) has changed: it is told again once the rows have been asked for. */

@@ -245,6 +245,10 @@ void CAppWindows_Qt::SetStatus(std::string_view text) {
     if (XBrowserWindow* const windowP = Browser(); windowP != nullptr) windowP->SetStatus(QtText(text));
 }
 
+void CAppWindows_Qt::DeselectSongs() {
+    if (XBrowserWindow* const windowP = Browser(); windowP != nullptr) windowP->Deselect();
+}
+
 void CAppWindows_Qt::SetDirtyMark(bool dirtyB) {
     if (XBrowserWindow* const windowP = Browser(); windowP != nullptr) windowP->setWindowModified(dirtyB);
 }

@@ -36,6 +36,7 @@ public:
     std::optional<Place> PlaceOf(WindowKind kind) const override;
     void FollowPreferences(const CCFPrefDictionary& preferences) override;
     void SetStatus(std::string_view text) override;
+    void DeselectSongs() override;
     void SetDirtyMark(bool dirtyB) override;
     void TasksChanged() override;
     void KeepDisplayOn() override;

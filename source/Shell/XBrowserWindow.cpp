@@ -261,6 +261,8 @@ void XBrowserWindow::FollowPreferences() {
 
 void XBrowserWindow::SetStatus(const QString& text) { statusBar()->showMessage(text, kMessage_Milliseconds); }
 
+void XBrowserWindow::Deselect() { i_tableP->clearSelection(); }
+
 // ---- Commands ----
 
 void XBrowserWindow::Connect() {
@@ -268,7 +270,7 @@ void XBrowserWindow::Connect() {
     i_actions->Attach(CommandScope::kEverywhere, *this);
     i_actions->Attach(CommandScope::kBrowser, *this);
     i_actions->On(kPlayPause, [this] { PlayOrPause(); });
-    i_actions->On(kPlaySelected, [this] { PlayItem(i_tableP->CurrentItem(), 1); });
+    i_actions->On(kPlaySelected, [this] { PlaySelected(1); });
     i_actions->On(kEditCell, [this] { i_tableP->EditCurrent(); });
     i_actions->On(kShowPlaying, [this] {
         if (i_setup.database.GetPlayList(i_setup.play.CurrentList()) == nullptr) return;
@@ -407,9 +409,16 @@ void XBrowserWindow::PlayItem(PLItemID item, long confirmModeL) {
     (void)i_setup.play.Play(i_model->ListID(), item);   // tells its own failure
 }
 
+void XBrowserWindow::PlaySelected(long confirmModeL) {
+    if (const SDB_Selection selection = Selected(); selection.Count() > 1)
+        (void)i_setup.play.Play(selection);   // asks; nothing is played
+    else
+        PlayItem(i_tableP->CurrentItem(), confirmModeL);
+}
+
 void XBrowserWindow::PlayOrPause() {
     if (i_setup.play.State() == PlayState::kIdle)
-        PlayItem(i_tableP->CurrentItem(), 0);
+        PlaySelected(0);
     else
         i_setup.play.TogglePause();
 }

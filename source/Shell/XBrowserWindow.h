@@ -47,6 +47,8 @@ public:
     [[nodiscard]] XActions& Actions() const { return *i_actions; }
     [[nodiscard]] CKeyMap& Keys() { return i_keys; }
     void SetStatus(const QString& text);
+    /** No song of the list is selected any more. */
+    void Deselect();
     /** The size of the text of the lists. */
     void FollowPreferences();
     /** What works in the background: a button in the status line while there is anything. */
@@ -81,6 +83,8 @@ private:
     void PlayTold();
     /** By a key, a double click or a button: asks when that would end a song, if the preferences want so. */
     void PlayItem(PLItemID item, long confirmModeL);
+    /** The one song that is selected; several are refused with a question. */
+    void PlaySelected(long confirmModeL);
     void PlayOrPause();
     void ConnectLibrary();
     void ConnectFiles();

@@ -209,8 +209,7 @@ QWidget* XTransport::MakeBottom() {
 
 void XTransport::Connect() {
     const auto seekBy = [this](long seconds) {
-        const long wanted = i_play.CurTime300() + seconds * k300ths_Second;
-        i_play.SeekTo300(std::clamp(wanted, 0L, std::max(0L, i_play.EndTime300())));
+        i_play.SeekTo300(i_play.CurTime300() + seconds * k300ths_Second);
         ShowTime();
     };
     const auto volumeBy = [this](int percent) { i_volumeP->setValue(i_volumeP->value() + percent); };

@@ -100,7 +100,21 @@ private:
         return {std::make_unique<SlowOutput>(i_gateRef), device};
     }
     CGraphicsPorts& Ports() override { return i_ports; }
+    void Deselect() override { i_windowP->Deselect(); }
 };
+
+TEST_F(BrowserTest, OfSeveralSelectedSongsNoneIsPlayed) {
+    auto& table = Find<XSongTable>();
+    for (const Command command : {Command::kPlaySelected, Command::kPlayPause}) {
+        table.selectAll();
+        i_ui.answers = {{0, false}};
+        i_windowP->Actions().Get(command).trigger();
+        EXPECT_EQ(i_ui.questions.back().buttons.front(), "Deselect");
+        EXPECT_TRUE(table.SelectedItems().empty());
+        EXPECT_EQ(i_play.State(), PlayState::kIdle);
+    }
+    EXPECT_EQ(i_ui.questions.size(), 2U);
+}
 
 TEST_F(BrowserTest, SpacePlaysButNeverInATextField) {
     Count(Command::kPlayPause);
