@@ -12,6 +12,7 @@
 #include "Platform/CUserInterface_Plain.h"
 #include "Play/CPlayControl.h"
 #include "Play/CPlayHost.h"
+#include "Play/CPlayWatcher.h"
 
 namespace {
 
@@ -22,7 +23,7 @@ constexpr double kLine_T = 0.25;
 constexpr double kTick_T = 1.0 / 15.0;
 
 /** Plays the songs of some files, one after the other, over a library that nobody keeps. */
-class PlayRun final : private CSongDatabaseHost, private CPlayHost {
+class PlayRun final : private CSongDatabaseHost, private CPlayHost, private CPlayWatcher {
 public:
     PlayRun(const CliContext& context, CCliHost& host, const CliWords& words, const SongSound& sound)
         : i_context(context), i_host(host), i_sound(sound) {
@@ -35,6 +36,7 @@ public:
         i_preferences.Set("Stop at playlist end", CCFValue(true));
         i_databaseP = std::make_unique<CSongDatabase>(static_cast<CSongDatabaseHost&>(*this));
         i_controlP = std::make_unique<CPlayControl>(static_cast<CPlayHost&>(*this));
+        i_controlP->AddWatcher(*this);
         i_controlP->SetVolume(sound.volumeF);
     }
     ~PlayRun() override { i_controlP.reset(); }
@@ -84,7 +86,6 @@ private:
     /** Until this song is over, or was heard for `mostT` seconds. */
     void RunSong(double mostT) {
         i_endedB = false;
-        i_name = i_controlP->Current()->Spec().name;
         double beganT = 0, lineT = 0, tickT = 0;
         while (!i_endedB && i_controlP->State() != PlayState::kIdle) {
             const double nowT = CClock::Get().SteadyT();
@@ -117,6 +118,9 @@ private:
         i_lateL += play.FramesLate();
     }
 
+    void PlayChanged() override {
+        if (const CSongPlay* const playP = i_controlP->Current(); playP != nullptr) i_name = playP->Spec().name;
+    }
     CSongDatabase& Database() override { return *i_databaseP; }
     CCFPrefDictionary& Preferences() override { return i_preferences; }
     CUserInterface& Ui() override { return i_ui; }
@@ -137,7 +141,7 @@ private:
     std::unique_ptr<CSongDatabase> i_databaseP;
     std::unique_ptr<CPlayControl> i_controlP;
     bool i_endedB = false;   // it was heard out
-    std::string i_name;      // of the song that RunSong runs
+    std::string i_name;      // of the song that plays, or was the last to
     long i_songsL = 0, i_audio300 = 0, i_packetsL = 0;
     std::uint64_t i_lateL = 0;
 };
