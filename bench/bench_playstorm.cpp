@@ -432,7 +432,6 @@ private:
         if (nowP == nullptr && i_controlP->PlayErr() != noErr && i_lastP != nullptr) ++i_failsL;
         i_lastP = nowP;
     }
-    void SettingsChanged() override {}
     void SongEnded(const CSongPlay& play) override {
         Must(!i_endedB && &play == i_controlP->Current(), "a song ended twice");
         i_endedB = true;

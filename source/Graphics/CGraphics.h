@@ -44,6 +44,8 @@ public:
 
     /** Runs what is due; on the timers "idle timer graphics" and the application's idle routine. */
     void Tick(bool forceB);
+    /** The song was sought: its end is to come, and to be reported, again. */
+    void ForgetEnd() noexcept { i_endB = false; }
     /** Reads `countL` packets (`packets` has room for kShortRead_Packets more and is zero), corrects them and tells in
         `countL` how many to run. eofErr when nothing came. */
     OSErr ReadSubCodes(CSubCodeStream* streamP, std::span<SubCodePacket> packets, std::size_t& countL);

@@ -156,7 +156,7 @@ OSErr CPlayControl::SetOutputDevice(const std::string& name) {
     spec.tempo = i_tempo;
     spec.vocal = i_vocal;
     spec.slipT = i_slipT;
-    StartHow how{.pausedB = IsPaused(), .wish = i_wish};
+    StartHow how{.pausedB = IsPaused() && !i_delayedB, .wish = i_wish};   // what waits for its zip goes on waiting
     if (State() == PlayState::kPlaying) {
         how.at300 = CurTime300();
         spec.volumeF = 0;   // it was set, and its companion was opened

@@ -76,6 +76,7 @@ void CSongPicture::SeekTo300(long time300) {
     // By what the stream has given: with a slip the picture is not where the time is.
     if (Stream() != nullptr && time300 + i_clock.StartSync() + SyncSlip300() < Packets()) Rewind();
     i_endToldB = false;
+    if (i_graphicsP) i_graphicsP->ForgetEnd();
     if (i_paceP) i_paceP->BeginSeek(time300);
     if (i_movieP) i_movieP->SeekTo300(time300);
 }

@@ -100,6 +100,7 @@ void CSongPlay::SetPaused(bool pausedB) {
 
 void CSongPlay::SeekTo300(long time300) {
     if (State() != PlayState::kPlaying) return;
+    i_endedB = false;   // sought back in time
     i_picture.SeekTo300(time300);
     if (!HasPlayer()) {
         i_picture.Pace()->EndSeek();
@@ -189,7 +190,10 @@ bool CSongPlay::IsSoundOver() const {
     return HasPlayer() ? i_sound.Player()->IsHeardOut() : i_parts.loadP->Kind() == SongKind::kGraphics;
 }
 
-void CSongPlay::PictureEnded() { CMainThread_SongCall::Post("PlayNext", Ref<CSongPlay>(this), &CSongPlay::TellEnded); }
+void CSongPlay::PictureEnded() {
+    i_endedB = true;
+    CMainThread_SongCall::Post("PlayNext", Ref<CSongPlay>(this), &CSongPlay::TellEnded);
+}
 
 void CSongPlay::PictureFailed(OSErr err) {
     i_sound.SetErr(err);
@@ -197,7 +201,7 @@ void CSongPlay::PictureFailed(OSErr err) {
 }
 
 void CSongPlay::TellEnded() {
-    if (i_ownerP != nullptr) i_ownerP->SongEnded(*this);
+    if (i_ownerP != nullptr && std::exchange(i_endedB, false)) i_ownerP->SongEnded(*this);
 }
 
 void CSongPlay::TellFailed() {

@@ -89,6 +89,7 @@ private:
     // Main thread.
     std::string i_replacedBy;   // after Stop
     int i_seekersL = 0;         // workers that take the sound elsewhere, or whose end was not told yet
+    bool i_endedB = false;      // its end is about to be told
     double i_apartSinceT = 0;   // picture and sound are far from each other; 0: they are not
     long i_lastHeard300 = 0;    // as of the last look
 };

@@ -33,6 +33,31 @@ TEST_F(PlayTest, PlaysPictureAndSoundAndEnds) {
     EXPECT_TRUE(RunUntilOutputIsFree());
 }
 
+TEST_F(PlayTest, ASongThatIsSoughtBackBeforeItsEndWasHeardOfPlaysOn) {
+    i_preferences.Set("Stop between tracks", CCFValue(true));
+    Add(Sound("a.wav", 60), Graphics("a.cdg", 18000));
+    Add(Sound("b.wav", 60), Graphics("b.cdg", 18000)).Meta().SetInteger("Tend"_key, 12000);
+    for (const std::size_t row : {0U, 1U})
+        for (const double position : {0.0, 1.0}) {
+            SCOPED_TRACE(testing::Message() << row << " to " << position);
+            ASSERT_TRUE(Starts(row));
+            const long last300 = i_controlP->EndTime300() - 300;
+            i_controlP->SeekTo300(last300);
+            ASSERT_TRUE(RunUntil([&] { return i_controlP->CurTime300() > last300 + 30; }));
+            const double endT = CClock::Get().SteadyT() + 10;
+            while (CClock::Get().SteadyT() < endT) i_controlP->VideoIdle(false);   // the end is posted; the loop stands
+            const std::size_t sungL = i_sung.size();
+            i_controlP->Seek(position);
+            if (position == 0) {
+                RunFor(1);
+                EXPECT_EQ(i_sung.size(), sungL);
+                i_controlP->Seek(1);
+            }
+            EXPECT_TRUE(RunUntilIdle());
+            EXPECT_EQ(i_sung.size(), sungL + 1);
+        }
+}
+
 TEST_F(PlayTest, TheTrueLengthIsNotedWhenASongWasHeardToItsEnd) {
     i_preferences.Set("Stop between tracks", CCFValue(true));
     CSong& wrong = Add(Sound("wrong.wav", 2), Graphics("wrong.cdg", 600));
@@ -237,6 +262,14 @@ TEST_F(PlayTest, ASongThatIsBeingUnpackedWaitsWhenItShall) {
     EXPECT_EQ(i_controlP->CurTime300(), 0);
     i_unpacking = SongID{SDB_kUninitializedID};
     EXPECT_TRUE(RunUntil([&] { return i_controlP->CurTime300() > 100; }));
+
+    i_unpacking = song.GetSongID();
+    ASSERT_TRUE(Starts(0));
+    ASSERT_EQ(i_controlP->SetOutputDevice("other"), noErr);   // there it waits, too
+    ASSERT_TRUE(RunUntilPlaying());
+    ASSERT_TRUE(i_controlP->IsPaused());
+    i_unpacking = SongID{SDB_kUninitializedID};
+    EXPECT_TRUE(RunUntil([&] { return !i_controlP->IsPaused(); }));
 
     i_unpacking = song.GetSongID();
     ASSERT_TRUE(Starts(0));
