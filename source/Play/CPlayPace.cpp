@@ -30,7 +30,7 @@ void CPlayPace::Wait() {
     if (!i_soundP) return;
     i_fromL = i_soundP->FramesGiven();
     i_placeB = false;
-    if (i_soughtB) return;
+    if (i_soughtB || i_fromL == 0) return;   // it is known with the first new frame
     i_place300 = i_soundP->PlaceOf(i_fromL);
     i_placeB = true;
 }
@@ -129,7 +129,7 @@ void CPlayPace::TickWaiting() {
         i_clockP->AddPending(static_cast<std::int64_t>(std::clamp(left300, 0.0, kSector_300ths)));
         return;
     }
-    // Of a frame that was not given yet nothing is known but the place before the seek.
+    // Of a frame that was not given yet nothing is known, or the place before the seek.
     if (!i_placeB && i_soundP->FramesGiven() <= i_fromL) return;
     const double now300 = i_soundP->PlaceOf(playedL);
     if (!i_placeB) {

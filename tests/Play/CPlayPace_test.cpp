@@ -32,6 +32,15 @@ public:
     }
     ~Show() { i_pace.Detach(); }
 
+    /** The song begins there, and nothing was given to the output yet. */
+    void BeginDryAt(long start300) {
+        i_clock.Seek(start300);
+        i_place = static_cast<double>(start300) * kPer300th;
+        i_blocks.clear();
+        i_givenL = 0;
+        i_dryB = true;
+    }
+
     void Play() {
         i_pace.Run();
         i_playsB = true;
@@ -138,6 +147,18 @@ private:
 };
 
 constexpr double kWithin_300ths = 20;   // 1/15 s
+
+TEST(CPlayPace, AStartWhoseSoundIsNotGivenYetStandsWhereItBegins) {
+    Show show(5);
+    show.BeginDryAt(600);
+    show.Play();
+    show.Advance(0.5);
+    EXPECT_EQ(show.Clock300(), 600);
+    show.SetDry(false);
+    show.Advance(1);
+    EXPECT_GT(show.Clock300(), 600);
+    EXPECT_NEAR(show.Clock300(), show.Heard300(), kWithin_300ths);
+}
 
 /** What the output knows then is the place before the seek. */
 TEST(CPlayPace, ASeekWhoseSoundIsNotGivenYetStandsWhereItWent) {
