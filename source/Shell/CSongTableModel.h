@@ -66,13 +66,16 @@ signals:
      * after. */
     void AboutToReplace();
     void Replaced();
-    /** How many rows, of how many, and how long they last; or a sort began or ended. */
+    /** The list's name, how many rows, of how many, and how long they last; or a sort began or ended. */
     void StateChanged();
     /** Files were dropped; `where` is a row of the user order from 1. */
     void FilesDropped(const QStringList& paths, PlaylistID list, RowIndex where);
 
 private:
     void ListRemoved(PlaylistID list) override;
+    void ListRenamed(PlaylistID list) override {
+        if (list == i_list) emit StateChanged();
+    }
     void ItemsChanged(PlaylistID list, ListMessage message, std::span<const PLItemID> items) override;
     void SortChanged(PlaylistID list, const SortSpec& spec, bool startedB) override;
     void DurationChanged(PlaylistID list) override {

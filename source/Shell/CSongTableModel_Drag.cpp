@@ -2,10 +2,10 @@
 #include <QDataStream>
 #include <QIODevice>
 #include <QMimeData>
-#include <QUrl>
 
 #include "Core/CAlerts.h"
 #include "Shell/CSongTableModel.h"
+#include "Shell/FileDrop.h"
 
 namespace {
 
@@ -75,9 +75,7 @@ bool CSongTableModel::dropMimeData(const QMimeData* dataP, Qt::DropAction action
     if (row < 0 && parent.isValid()) row = parent.row();   // on a row: in front of it
     const RowIndex where = DropRow(row);
     if (!dataP->hasUrls()) return DropRows(i_database, *dataP, i_list, where);
-    QStringList paths;
-    for (const QUrl& url : dataP->urls())
-        if (url.isLocalFile()) paths << url.toLocalFile();
+    const QStringList paths = LocalFiles(*dataP);
     if (!paths.isEmpty()) emit FilesDropped(paths, i_list, where);
     return !paths.isEmpty();
 }

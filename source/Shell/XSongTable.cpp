@@ -11,6 +11,7 @@
 
 #include "Core/CPreferences.h"
 #include "Library/CMetaManager.h"
+#include "Shell/FileDrop.h"
 #include "Shell/QtText.h"
 #include "Shell/XActions.h"
 #include "Shell/XLook.h"
@@ -356,6 +357,19 @@ void XSongTable::startDrag(Qt::DropActions actions) {
     dragP->setMimeData(i_model.mimeData(selectionModel()->selectedRows()));
     dragP->setPixmap(pixmap);
     dragP->exec(actions, Qt::CopyAction);
+}
+
+void XSongTable::dragMoveEvent(QDragMoveEvent* eventP) {
+    QTableView::dragMoveEvent(eventP);
+    if (eventP->isAccepted() && eventP->mimeData()->hasUrls()) AcceptCopy(*eventP);
+}
+
+void XSongTable::dropEvent(QDropEvent* eventP) {
+    const bool filesB = eventP->mimeData()->hasUrls();
+    if (filesB && !AcceptCopy(*eventP)) return;
+    eventP->ignore();                // or the view would take it for done
+    QTableView::dropEvent(eventP);   // answers with the action that was proposed
+    if (filesB && eventP->isAccepted()) AcceptCopy(*eventP);
 }
 
 void XSongTable::SetFont(const QFont& font) {

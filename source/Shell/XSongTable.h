@@ -40,6 +40,8 @@ protected:
     void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
     void resizeEvent(QResizeEvent* eventP) override;
     void startDrag(Qt::DropActions actions) override;
+    void dragMoveEvent(QDragMoveEvent* eventP) override;
+    void dropEvent(QDropEvent* eventP) override;
     void keyboardSearch(const QString& /*text*/) override {}   // the letters are commands; the search field finds
 
 private:

@@ -6,9 +6,9 @@
 #include <QMimeData>
 #include <QPainter>
 #include <QStyledItemDelegate>
-#include <QUrl>
 
 #include "Shell/CSongTableModel.h"
+#include "Shell/FileDrop.h"
 #include "Shell/QtText.h"
 #include "Shell/XActions.h"
 #include "Shell/XIcons.h"
@@ -54,13 +54,6 @@ protected:
             optionP->fontMetrics.elidedText(optionP->text, Qt::ElideRight, optionP->rect.width() - width - 44);
     }
 };
-
-QStringList LocalFiles(const QMimeData& data) {
-    QStringList paths;
-    for (const QUrl& url : data.urls())
-        if (url.isLocalFile()) paths << url.toLocalFile();
-    return paths;
-}
 
 }   // namespace
 
@@ -171,8 +164,7 @@ CPlayList* XSourceList::DropTarget(const QDropEvent& event) const {
 void XSourceList::dragMoveEvent(QDragMoveEvent* eventP) {
     QListWidget::dragMoveEvent(eventP);   // scrolls, draws where it would go
     if (DropTarget(*eventP) == nullptr) return eventP->ignore();
-    eventP->setDropAction(Qt::CopyAction);
-    eventP->accept();
+    AcceptCopy(*eventP);
 }
 
 void XSourceList::dropEvent(QDropEvent* eventP) {
@@ -180,8 +172,7 @@ void XSourceList::dropEvent(QDropEvent* eventP) {
     setState(NoState);
     viewport()->update();
     if (listP == nullptr) return eventP->ignore();
-    eventP->setDropAction(Qt::CopyAction);   // whoever dragged keeps his rows
-    eventP->accept();
+    if (!AcceptCopy(*eventP)) return;
     if (eventP->mimeData()->hasUrls())
         emit FilesDropped(LocalFiles(*eventP->mimeData()), listP->ID(), SDB_Index_END);
     else

@@ -246,6 +246,8 @@ TEST_F(BrowserTest, ListsAreMadeRenamedAndDeletedByKeys) {
     ASSERT_NE(listP, nullptr);
     EXPECT_EQ(listP->Name(), "Friday night");
     EXPECT_EQ(sources.Selected(), listP->ID());
+    const auto labels = i_windowP->findChildren<QLabel*>("songTitle");
+    EXPECT_TRUE(std::ranges::any_of(labels, [](const QLabel* labelP) { return labelP->text() == "Friday night"; }));
     sources.setFocus();
     i_ui.answers = {{0, false}};
     QTest::keyClick(&sources, Qt::Key_Delete);
@@ -254,6 +256,31 @@ TEST_F(BrowserTest, ListsAreMadeRenamedAndDeletedByKeys) {
     EXPECT_EQ(sources.Selected(), kPlaylistID_Library);
     EXPECT_EQ(i_ui.questions.front().text,
               "Are you sure you want to permanantly delete playlist “Friday night”?  You can not undo this action.");
+}
+
+// ---- Drops ----
+
+TEST_F(BrowserTest, FilesThatAreDroppedStayWithWhoeverDraggedThem) {
+    QMimeData files;
+    files.setUrls({QUrl::fromLocalFile("/nowhere/Song.mp3")});
+    int askedL = 0;
+    QObject::connect(&Find<XSourceList>(), &XSourceList::FilesDropped, [&] { ++askedL; });
+    QObject::connect(static_cast<CSongTableModel*>(Find<XSongTable>().model()), &CSongTableModel::FilesDropped,
+                     [&] { ++askedL; });
+    QWidget* const places[] = {Find<XSongTable>().viewport(), Find<XSourceList>().viewport()};
+    for (QWidget* const placeP : places)
+        for (const bool copyB : {true, false}) {
+            const Qt::DropActions able = copyB ? Qt::CopyAction | Qt::MoveAction : Qt::DropActions(Qt::MoveAction);
+            QDropEvent drop({40, 20}, able, &files, Qt::LeftButton, Qt::ShiftModifier);   // a move is proposed
+            ASSERT_EQ(drop.dropAction(), Qt::MoveAction);
+            QDragEnterEvent enter({40, 20}, able, &files, Qt::LeftButton, Qt::ShiftModifier);
+            QApplication::sendEvent(placeP, &enter);
+            ASSERT_TRUE(enter.isAccepted());
+            askedL = 0;
+            QApplication::sendEvent(placeP, &drop);
+            EXPECT_EQ(askedL, copyB ? 1 : 0);
+            EXPECT_EQ(drop.dropAction(), copyB ? Qt::CopyAction : Qt::IgnoreAction);   // told of a move, it would delete
+        }
 }
 
 // ---- The commands on songs ----
