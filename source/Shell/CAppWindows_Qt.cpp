@@ -24,6 +24,10 @@ CAppWindows_Qt::CAppWindows_Qt(std::function<void()> askToQuit) : i_askToQuit(st
     i_tasksLook.setSingleShot(true);
     i_tasksLook.setInterval(kTasks_Milliseconds);
     QObject::connect(&i_tasksLook, &QTimer::timeout, &i_tasksLook, [this] { ShowTasks(); });
+    i_activate.setSingleShot(true);
+    QObject::connect(&i_activate, &QTimer::timeout, &i_activate, [this] {
+        if (!i_selectedP.isNull()) i_selectedP->activateWindow();
+    });
 }
 
 CAppWindows_Qt::~CAppWindows_Qt() = default;
@@ -106,6 +110,7 @@ void CAppWindows_Qt::CreateVideo(WindowKind kind) {
     AskGraphicsCard();
     auto window = std::make_unique<XVideoWindow>(static_cast<int>(kind), Ports(), i_card.Draws());
     XVideoWindow* const windowP = window.get();
+    windowP->setAttribute(Qt::WA_ShowWithoutActivating);   // it comes and goes with the songs; the keys stay where they are
     windowP->setAccessibleName(kind == PREF_Wind_VIDEO ? "Video" : "Second video");
     windowP->setAccessibleDescription("The picture of the song");
     QObject::connect(windowP, &XVideoWindow::CloseAsked, windowP, [this, kind] {
@@ -188,7 +193,9 @@ void CAppWindows_Qt::Select(WindowKind kind) {
     QWidget* const windowP = Find(kind);
     if (windowP == nullptr || !windowP->isVisible()) return;
     windowP->raise();
-    windowP->activateWindow();
+    // Once a turn, for the last one: windows that are just coming get the keys in the order in which they came.
+    i_selectedP = windowP;
+    i_activate.start(0);
 }
 
 void CAppWindows_Qt::SetPlace(WindowKind kind, const Place& place) {

@@ -1,4 +1,5 @@
 #pragma once
+#include <QPointer>
 #include <QTimer>
 #include <functional>
 #include <map>
@@ -57,5 +58,7 @@ private:
     std::function<void()> i_askToQuit;
     std::map<WindowKind, std::unique_ptr<QWidget>> i_windows;
     CGraphicsCard i_card;
+    QPointer<QWidget> i_selectedP;   // gets the keys when i_activate fires
+    QTimer i_activate;
     QTimer i_tasksLook;   // the list of tasks has changed, and is looked at when it fires
 };
