@@ -72,7 +72,6 @@ XKeysPage::XKeysPage(CKeyMap map)
     i_treeP->setHeaderLabels({tr("Command"), tr("Keys")});
     i_treeP->setRootIsDecorated(false);
     i_treeP->setAlternatingRowColors(true);
-    i_treeP->setUniformRowHeights(true);
     i_treeP->setAccessibleName(tr("Commands"));
     i_treeP->setAccessibleDescription(tr("Every command with its keys"));
     i_treeP->header()->setSectionResizeMode(0, QHeaderView::Stretch);
@@ -120,6 +119,7 @@ XKeysPage::XKeysPage(CKeyMap map)
     }
     i_treeP->setCurrentItem(i_treeP->topLevelItem(0));
     ShowRows();
+    if (XLook* const lookP = XLook::Get(); lookP != nullptr) connect(lookP, &XLook::Changed, this, &XKeysPage::ShowRows);
 }
 
 QTreeWidgetItem* XKeysPage::Selected() const { return i_treeP->currentItem(); }
@@ -135,7 +135,7 @@ void XKeysPage::ShowRow(QTreeWidgetItem& item) {
     const auto command = static_cast<Command>(item.data(0, kCommand_Role).toInt());
     const std::vector<Command> conflicts = i_map.ConflictsOf(command);
     item.setText(1, KeysText(i_map.KeysOf(command)));
-    item.setForeground(1, conflicts.empty() ? XLook::Now().text : XLook::Now().warning);
+    item.setData(1, Qt::ForegroundRole, conflicts.empty() ? QVariant() : QVariant(XLook::Now().warning));
     item.setToolTip(1, conflicts.empty() ? QString() : tr("Also: %1").arg(Titles(conflicts)));
 }
 
