@@ -8,7 +8,6 @@
 #include <QLineEdit>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
-#include <QWheelEvent>
 
 #include "Core/CPreferences.h"
 #include "Core/PreferenceTable.h"
@@ -18,20 +17,6 @@ namespace {
 
 constexpr int kBox_Height = 30;
 constexpr int kWords_Indent = 26;   // beneath the words of a check box
-
-/** A wheel that rolls over a page must not change what lies under it. */
-class SpinBox final : public QDoubleSpinBox {
-public:
-    SpinBox() { setFocusPolicy(Qt::StrongFocus); }
-
-protected:
-    void wheelEvent(QWheelEvent* eventP) override {
-        if (hasFocus())
-            QDoubleSpinBox::wheelEvent(eventP);
-        else
-            eventP->ignore();
-    }
-};
 
 QLabel* MakeWords(const QString& text, int indent, const char* lookZ = "quiet") {
     auto* const labelP = new QLabel(text);
@@ -137,7 +122,7 @@ void XPreferencePage::AddSwitch(const PreferenceRow& row) {
 }
 
 void XPreferencePage::AddNumber(const PreferenceRow& row, bool wholeB) {
-    auto* const boxP = new SpinBox;
+    auto* const boxP = new QDoubleSpinBox;
     boxP->setObjectName(row.keyZ);
     boxP->setDecimals(row.decimals);
     boxP->setRange(row.low, row.high);

@@ -1,5 +1,7 @@
 #include "Shell/XStyle.h"
 
+#include <QAbstractSpinBox>
+#include <QEvent>
 #include <QPainter>
 #include <QPainterPath>
 #include <QStyleFactory>
@@ -133,4 +135,23 @@ QSize XStyle::sizeFromContents(ContentsType type, const QStyleOption* optionP, c
     QSize wanted = QProxyStyle::sizeFromContents(type, optionP, size, widgetP);
     if (type == CT_ComboBox || type == CT_SpinBox) wanted.setHeight(std::max(wanted.height(), kBox_Height));
     return wanted;
+}
+
+int XStyle::styleHint(StyleHint hint, const QStyleOption* optionP, const QWidget* widgetP,
+                      QStyleHintReturn* returnP) const {
+    return hint == SH_ComboBox_AllowWheelScrolling ? 0 : QProxyStyle::styleHint(hint, optionP, widgetP, returnP);
+}
+
+void XStyle::polish(QWidget* widgetP) {
+    QProxyStyle::polish(widgetP);
+    if (qobject_cast<QAbstractSpinBox*>(widgetP) == nullptr) return;
+    widgetP->setFocusPolicy(Qt::StrongFocus);   // not by the wheel
+    widgetP->installEventFilter(this);
+}
+
+bool XStyle::eventFilter(QObject* watchedP, QEvent* eventP) {
+    const auto* const boxP = eventP->type() == QEvent::Wheel ? qobject_cast<QAbstractSpinBox*>(watchedP) : nullptr;
+    if (boxP == nullptr || boxP->hasFocus()) return QProxyStyle::eventFilter(watchedP, eventP);
+    eventP->ignore();   // the page rolls
+    return true;
 }
