@@ -12,6 +12,7 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
+#include "Core/CApp.h"
 #include "Shell/QtText.h"
 #include "Shell/XBrowserWindow.h"
 #include "Shell/XProgressWindow.h"
@@ -34,7 +35,7 @@ QWidget* Front() {
 }   // namespace
 
 void CUserInterface_Qt::Alert(std::string_view message, std::string_view detail) {
-    QMessageBox box(QMessageBox::Warning, QApplication::applicationDisplayName(), QtText(message), QMessageBox::Ok,
+    QMessageBox box(QMessageBox::Warning, QtText(CApp::DisplayName()), QtText(message), QMessageBox::Ok,
                     Front());
     box.setTextFormat(Qt::PlainText);
     box.setInformativeText(QtText(detail));
@@ -75,7 +76,7 @@ std::optional<std::filesystem::path> CUserInterface_Qt::ChooseFolder(std::string
 
 std::optional<std::size_t> CUserInterface_Qt::PickFromList(std::string_view prompt, std::span<const std::string> rows) {
     QDialog dialog(Front());
-    dialog.setWindowTitle(QApplication::applicationDisplayName());
+    dialog.setWindowTitle(QtText(CApp::DisplayName()));
     auto* const listP = new QListWidget;   // two rows may have the same words: the number counts
     for (const std::string& row : rows) listP->addItem(QtText(row));
     listP->setCurrentRow(0);

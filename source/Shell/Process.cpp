@@ -74,7 +74,6 @@ int RunDesktop(const Options& options, CSecondInstance& instance, bool cleanB, i
     format.setSwapInterval(0);
     QSurfaceFormat::setDefaultFormat(format);
     QApplication qt(countL, wordsZ);
-    QApplication::setApplicationDisplayName(QString::fromStdString(CApp::DisplayName()));
     QApplication::setQuitOnLastWindowClosed(false);
     const XLook look;
     CMainLoop_Qt loop;

@@ -1,5 +1,6 @@
 #include "Shell/VideoWindowMenu.h"
 
+#include <algorithm>
 #include <QActionGroup>
 #include <QCoreApplication>
 #include <QFileDialog>
@@ -8,6 +9,7 @@
 #include "App/CBreakScreen.h"
 #include "Core/CApp.h"
 #include "Shell/CAppWindows_Qt.h"
+#include "Shell/Commands.h"
 #include "Shell/DisplayAbilities.h"
 #include "Shell/QtText.h"
 #include "Shell/XVideoWindow.h"
@@ -91,7 +93,10 @@ void ShowVideoWindowMenu(XVideoWindow& window, CAppWindows_Qt& windows, const QP
     QMenu menu(&window);
     menu.setToolTipsVisible(true);
     QAction* const fullP = menu.addAction(Words("&Full Screen"));
-    fullP->setShortcut(Qt::Key_F);
+    const auto commands = window.actions();   // those with keys of their own
+    const auto found = std::ranges::find(commands, QtText(RowOf(Command::kFullScreen).id), &QAction::objectName);
+    if (found != commands.end() && !(*found)->shortcut().isEmpty())   // shown alone: the command itself listens
+        fullP->setText(fullP->text() + "\t" + (*found)->shortcut().toString(QKeySequence::NativeText));
     fullP->setCheckable(true);
     fullP->setChecked(window.IsFullScreen());
     QObject::connect(fullP, &QAction::triggered, &window, [&window](bool onB) { window.SetFullScreen(onB); });
