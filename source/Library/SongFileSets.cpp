@@ -57,9 +57,9 @@ public:
     }
 
 private:
-    void Refuse(const Path& path, OSErr err) {
-        LogF("### Error not added: %s (%s)", path.c_str(), ErrorText(err).c_str());
-        i_result.refused.push_back({path, err});
+    void Refuse(const Path& path, OSErr err, bool soundlessB = false) {
+        i_result.refused.push_back({path, err, soundlessB});
+        LogF("### Error not added: %s (%s)", path.c_str(), i_result.refused.back().Reason().c_str());
     }
 
     void TakeFolder(const Path& folder, int deepL) {
@@ -141,7 +141,7 @@ private:
             set.audio = CFileRef(group.audio.front());
         else if (Failed(CSongFileSearch(set.video.GetName()).Find(set.video, SDB_SongFile_AUDIO, {}, set.audio)) &&
                  i_requireAudioB)
-            return Refuse(set.video.GetPath(), fnfErr);
+            return Refuse(set.video.GetPath(), fnfErr, true);
         Add(std::move(set));
     }
 

@@ -22,9 +22,13 @@ struct SongFileSet {
 struct RefusedFile {
     std::filesystem::path path;
     OSErr err = noErr;
+    bool soundlessB = false;   // it is there, but not the sound that belongs to it
 
     /** For people: paramErr says no more than that. */
-    [[nodiscard]] std::string Reason() const { return err == paramErr ? "There is no song in it" : ErrorText(err); }
+    [[nodiscard]] std::string Reason() const {
+        if (soundlessB) return "Its sound was not found";
+        return err == paramErr ? "There is no song in it" : ErrorText(err);
+    }
 };
 
 /** Turns files and folders, in whatever mixture they were chosen, into songs. The halves of a pair find each other,

@@ -31,9 +31,13 @@ void XBrowserWindow::AddFiles(const QStringList& paths, PlaylistID list, RowInde
                 for (const SongID song : added.songs) items.push_back({song});
                 if (!items.empty()) listP->AddItemVec(std::move(items), where);
             }
-            if (!added.refused.empty()) MessageAlert("Some files could not be added.", added.RefusedText());
-            window.SetStatus(added.newL == 1 ? tr("1 new song") : tr("%1 new songs").arg(added.newL));
+            window.SetStatus(added.newL == 1   ? tr("1 new song")
+                             : added.newL > 1  ? tr("%1 new songs").arg(added.newL)
+                             : added.songs.empty() ? QString()
+                                                   : tr("In the library already"));
             if (added.songs.size() == 1) window.ShowAdded(added.songs.front());
+            // Last: it waits for the user, and the window may have gone by then.
+            if (!added.refused.empty()) MessageAlert("Some files could not be added.", added.RefusedText());
         });
     if (Failed(err)) MessageAlert("The files could not be added.", ErrorText(err));
 }
