@@ -215,7 +215,9 @@ CWindowPlace& CAppWindows_Qt::PlaceFor(QWidget& window) {
 
 std::optional<CAppWindows::Place> CAppWindows_Qt::PlaceOf(WindowKind kind) const {
     QWidget* const windowP = Find(kind);
-    if (windowP == nullptr) return std::nullopt;
+    // One that was never on the screen, and never told where to be, has no place that is worth keeping.
+    if (windowP == nullptr || (windowP->windowHandle() == nullptr && !windowP->testAttribute(Qt::WA_Moved)))
+        return std::nullopt;
     const CWindowPlace& windowPlace = PlaceFor(*windowP);
     const QRect frame = windowPlace.Normal();
     const auto edge = [](int pixels) { return static_cast<short>(std::clamp(pixels, -32768, 32767)); };
