@@ -122,6 +122,11 @@ void CAppWindows_Qt::CreateVideo(WindowKind kind) {
     QObject::connect(windowP, &XVideoWindow::MenuAsked, windowP,
                      [this, windowP](const QPoint& global) { ShowVideoWindowMenu(*windowP, *this, global); });
     QObject::connect(windowP, &XVideoWindow::Resizing, windowP, &NoteResizing);
+    // On a display of its own the picture leaves the keys to the browser; in front of it they would be out of sight. Some
+    // window managers give them to whatever fills a display.
+    QObject::connect(&windowP->Place(), &CWindowPlace::FullScreenChanged, windowP, [this, windowP](bool fullB) {
+        if (fullB && QApplication::activeWindow() == Browser() && IsBesideBrowser(*windowP)) Select(PREF_Wind_BROWSER);
+    });
     if (XBrowserWindow* const browserP = Browser(); browserP != nullptr) {
         browserP->Actions().AttachEverywhere(*windowP);
         windowP->Place().SetNormalBeside(*browserP);
@@ -140,11 +145,15 @@ void CAppWindows_Qt::ToggleFullScreen() {
     if (windowP->IsFullScreen()) return windowP->SetFullScreen(false);
     windowP->show();
     windowP->SetFullScreen(true);
-    // On a display of its own the picture leaves the keys to the browser; in front of it they would be out of sight.
-    if (const QWidget* const browserP = Browser(); browserP == nullptr || browserP->screen() == windowP->screen()) {
+    if (!IsBesideBrowser(*windowP)) {
         windowP->raise();
         windowP->activateWindow();
     }
+}
+
+bool CAppWindows_Qt::IsBesideBrowser(const QWidget& window) const {
+    const QWidget* const browserP = Browser();
+    return browserP != nullptr && browserP->isVisible() && browserP->screen() != window.screen();
 }
 
 void CAppWindows_Qt::LeaveFullScreen() {

@@ -53,6 +53,8 @@ private:
     void ToggleFullScreen();
     void LeaveFullScreen();
     void ToggleVisible(WindowKind kind);
+    /** It is on another display than the browser window. */
+    [[nodiscard]] bool IsBesideBrowser(const QWidget& window) const;
     [[nodiscard]] static CWindowPlace& PlaceFor(QWidget& window);
 
     std::function<void()> i_askToQuit;
