@@ -15,6 +15,7 @@ QWidget* XSongDelegate::createEditor(QWidget* parentP, const QStyleOptionViewIte
     if (const std::vector<MenuItem> items = MenuItemsOf(traits); !items.empty()) {
         auto* const comboP = new QComboBox(parentP);
         for (const MenuItem& item : items) comboP->addItem(item.text, item.value);
+        comboP->setCurrentIndex(-1);   // nothing yet: setEditorData
         editorP = comboP;
     } else {
         auto* const lineP = new QLineEdit(parentP);
@@ -28,11 +29,12 @@ QWidget* XSongDelegate::createEditor(QWidget* parentP, const QStyleOptionViewIte
 }
 
 void XSongDelegate::setEditorData(QWidget* editorP, const QModelIndex& index) const {
+    // The view asks again whenever any row has changed: what the user is typing or choosing stays.
     const QVariant value = index.data(Qt::EditRole);
-    if (auto* const comboP = qobject_cast<QComboBox*>(editorP))
+    if (auto* const comboP = qobject_cast<QComboBox*>(editorP); comboP != nullptr && comboP->currentIndex() < 0)
         comboP->setCurrentIndex(std::max(0, comboP->findData(value)));
-    else if (auto* const lineP = qobject_cast<QLineEdit*>(editorP))
-        lineP->setText(value.toString());
+    else if (auto* const lineP = qobject_cast<QLineEdit*>(editorP); lineP != nullptr && !lineP->isModified())
+        if (lineP->text() != value.toString()) lineP->setText(value.toString());
 }
 
 void XSongDelegate::setModelData(QWidget* editorP, QAbstractItemModel* modelP, const QModelIndex& index) const {

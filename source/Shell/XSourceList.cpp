@@ -2,6 +2,7 @@
 
 #include <QContextMenuEvent>
 #include <QDropEvent>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
 #include <QPainter>
@@ -42,6 +43,12 @@ public:
     }
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
         return {QStyledItemDelegate::sizeHint(option, index).width(), std::max(34, option.fontMetrics.height() + 16)};
+    }
+
+    void setEditorData(QWidget* editorP, const QModelIndex& index) const override {
+        // The view asks again whenever the lists are filled anew: what the user is typing stays.
+        const auto* const lineP = qobject_cast<QLineEdit*>(editorP);
+        if (lineP == nullptr || !lineP->isModified()) QStyledItemDelegate::setEditorData(editorP, index);
     }
 
 protected:
@@ -100,7 +107,7 @@ void XSourceList::Fill() {
         const CPlayList& list = *lists[n];
         const bool libraryB = list.ID() == kPlaylistID_Library;
         row.setText(QtText(list.Name()));
-        row.setToolTip(QtText(list.Name()));
+        row.setToolTip(PlainToolTip(QtText(list.Name())));
         row.setData(Qt::AccessibleTextRole,
                     tr("%1, %n songs", nullptr, static_cast<int>(list.Count())).arg(QtText(list.Name())));
         row.setIcon(Icon(libraryB ? IconKind::kLibrary : IconKind::kList));

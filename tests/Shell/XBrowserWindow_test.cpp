@@ -191,6 +191,21 @@ TEST_F(BrowserTest, AKeyInConflictWorksForNeither) {
 }
 
 /** Return is the key of a row, of a list, and of a button that has the focus. */
+TEST_F(BrowserTest, OfSeveralSongsNoneIsPlayed) {
+    auto& table = Find<XSongTable>();
+    table.selectAll();
+    for (const Command command : {Command::kPlayPause, Command::kPlaySelected}) {
+        i_ui.answers = {{1, false}};   // Cancel
+        i_windowP->Actions().Get(command).trigger();
+        EXPECT_EQ(table.SelectedItems().size(), 3U);
+    }
+    i_ui.answers = {{0, false}};   // Deselect
+    i_windowP->Actions().Get(Command::kPlayPause).trigger();
+    EXPECT_TRUE(table.SelectedItems().empty());
+    EXPECT_EQ(i_ui.questions.size(), 3U);
+    EXPECT_EQ(i_play.State(), PlayState::kIdle);
+}
+
 TEST_F(BrowserTest, ReturnDoesWhatTheFocusIsOn) {
     Count(Command::kPlaySelected);
     Find<XSongTable>().setFocus();
@@ -233,13 +248,33 @@ TEST_F(BrowserTest, RemovingFromTheLibraryIsAskedAndFromAListIsNot) {
     EXPECT_EQ(i_ui.questions.size(), 2U);
 }
 
+TEST_F(BrowserTest, WhatIsTypedIntoACellStaysWhenRowsChange) {
+    auto& table = Find<XSongTable>();
+    auto& model = *static_cast<CSongTableModel*>(table.model());
+    table.selectRow(1);
+    table.EditCurrent();
+    auto* const editorP = table.findChild<QLineEdit*>();
+    ASSERT_NE(editorP, nullptr);
+    EXPECT_EQ(editorP->selectedText(), "Beta");
+    model.SetPlaying(kPlaylistID_Library, model.ItemAt(0), i_songs[0]);   // all rows are told of
+    EXPECT_EQ(editorP->selectedText(), "Beta");
+    QTest::keyClicks(editorP, "Delta");
+    model.SetPlaying(PlaylistID{0}, SDB_kNoItem, SongID{0});
+    QTest::keyClick(editorP, Qt::Key_Return);
+    Turn();
+    EXPECT_EQ(i_databaseP->GetSong(i_songs[1])->Name(), "Delta");
+}
+
 TEST_F(BrowserTest, ListsAreMadeRenamedAndDeletedByKeys) {
     auto& sources = Find<XSourceList>();
     i_windowP->Actions().Get(Command::kNewList).trigger();
     auto* const editorP = sources.findChild<QLineEdit*>();   // its name can be typed at once
     ASSERT_NE(editorP, nullptr);
     editorP->selectAll();
-    QTest::keyClicks(editorP, "Friday night");
+    QTest::keyClicks(editorP, "Friday");
+    i_databaseP->AddSongsToLibrary(std::array{Song("Epsilon", "Nobody").GetSongID()});   // the lists are told anew meanwhile
+    Turn();
+    QTest::keyClicks(editorP, " night");
     QTest::keyClick(editorP, Qt::Key_Return);
     Turn();
     CPlayList* const listP = i_databaseP->GetPlayList(kSourceDB_PLAYLIST);
@@ -398,7 +433,7 @@ TEST_F(BrowserTest, PreferencesHoldAtOnce) {
     const struct {
         const char* keyZ;
         double shown, stored;
-    } numbers[] = {{"Sync Slip increment (300ths)", 0.5, 150}, {"Tempo change increment (percent)", 2.5, 2.5},
+    } numbers[] = {{"Sync Slip increment (300ths)", 0.5, 150}, {"Tempo change increment (percent)", 3, 3},
                    {"Video Window Opacity", 60, 0.6},          {"Browser Font Size", 20, 20},
                    {"Number of cached songs", 7, 7}};
     for (const auto& n : numbers) {
