@@ -18,6 +18,8 @@ public:
     [[nodiscard]] static int XOf(long time300, int width, long end300);
 
     [[nodiscard]] bool IsDragging() const { return i_draggingB; }
+    /** Another song plays: a drag that was meant for the one before seeks nothing. */
+    void ForgetDrag() { i_draggingB = false; }
 
     QSize sizeHint() const override { return {400, 28}; }
 

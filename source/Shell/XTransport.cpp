@@ -284,6 +284,8 @@ void XTransport::PlayChanged() {
          {Command::kStop, Command::kRewind, Command::kSlipSongEarlier, Command::kSlipSongLater, Command::kSlipSongReset,
           Command::kSeekBack, Command::kSeekForward, Command::kSeekBackFar, Command::kSeekForwardFar})
         i_actions.Get(command).setEnabled(!idleB);
+    const SongID song = idleB ? SongID{0} : i_play.CurrentSong();
+    if (std::exchange(i_song, song) != song) i_seekP->ForgetDrag();
     ShowSong();
     ShowSlip();
     ShowTime();

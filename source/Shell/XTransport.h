@@ -3,6 +3,7 @@
 #include <QTimer>
 #include <QWidget>
 
+#include "Library/LibraryIDs.h"
 #include "Play/CPlayWatcher.h"
 
 class CPlayControl;
@@ -51,6 +52,7 @@ private:
     void Connect();
 
     CPlayControl& i_play;
+    SongID i_song{0};   // whose place the seek bar shows
     CSongDatabase& i_database;
     XActions& i_actions;
     const std::function<bool()> i_mayInterrupt;

@@ -44,6 +44,12 @@ TEST(XSeekBar, ADragSeeksOnceWhereItEndsAndIsNotPulledAway) {
     EXPECT_EQ(dragged.front(), 10'000);
     bar.SetTime300(77, 40'000);
     EXPECT_EQ(bar.value(), 77);
+    QTest::mousePress(&bar, Qt::LeftButton, {}, {308, 14});
+    bar.ForgetDrag();   // the next song began
+    bar.SetTime300(5, 40'000);
+    QTest::mouseMove(&bar, {208, 14});
+    QTest::mouseRelease(&bar, Qt::LeftButton, {}, {208, 14});
+    EXPECT_EQ(bar.value(), 5);
     bar.SetTime300(0, 0);
     QTest::mouseClick(&bar, Qt::LeftButton, {}, {208, 14});
     EXPECT_EQ(sought.size(), 1U);   // no song, no place
