@@ -13,6 +13,7 @@
 #include <QVBoxLayout>
 
 #include "Core/CApp.h"
+#include "Platform/CFolders.h"
 #include "Shell/QtText.h"
 #include "Shell/XBrowserWindow.h"
 #include "Shell/XProgressWindow.h"
@@ -28,7 +29,11 @@ QWidget* Front() {
     QWidget* const activeP = QApplication::activeWindow();
     if (activeP != nullptr && qobject_cast<XVideoWindow*>(activeP) == nullptr) return activeP;
     for (QWidget* const windowP : QApplication::topLevelWidgets())
-        if (qobject_cast<XBrowserWindow*>(windowP) != nullptr && windowP->isVisible()) return windowP;
+        if (qobject_cast<XBrowserWindow*>(windowP) != nullptr && windowP->isVisible()) {
+            // With a minimized window its dialogs are out of sight, and hold up all others.
+            if (windowP->isMinimized()) windowP->setWindowState(windowP->windowState() & ~Qt::WindowMinimized);
+            return windowP;
+        }
     return activeP;
 }
 
@@ -39,6 +44,9 @@ void CUserInterface_Qt::Alert(std::string_view message, std::string_view detail)
                     Front());
     box.setTextFormat(Qt::PlainText);
     box.setInformativeText(QtText(detail));
+    // The box keeps the form of its own text alone; names of files may look like marks.
+    if (auto* const detailP = box.findChild<QLabel*>("qt_msgbox_informativelabel"); detailP != nullptr)
+        detailP->setTextFormat(Qt::PlainText);
     box.exec();
 }
 
@@ -69,7 +77,7 @@ std::unique_ptr<CProgressView> CUserInterface_Qt::OpenProgress(std::string_view 
 }
 
 std::optional<std::filesystem::path> CUserInterface_Qt::ChooseFolder(std::string_view prompt) {
-    const QString folder = QFileDialog::getExistingDirectory(Front(), QtText(prompt));
+    const QString folder = QFileDialog::getExistingDirectory(Front(), QtText(prompt), QtText(CFolders::Music().string()));
     if (folder.isEmpty()) return std::nullopt;
     return std::filesystem::path(folder.toStdString());
 }

@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QFileDialog>
 #include <QMenu>
+#include <QStandardPaths>
 
 #include "App/CBreakScreen.h"
 #include "Core/CApp.h"
@@ -79,7 +80,8 @@ void AddBreakPicture(QMenu& menu, XVideoWindow& window) {
 }   // namespace
 
 void ChooseBreakPicture(QWidget& parent, CPreferences& prefs) {
-    const QString now = QtText(prefs.GetString(kBreak_PreferenceZ));
+    QString now = QtText(prefs.GetString(kBreak_PreferenceZ));
+    if (now.isEmpty()) now = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
     const QString chosen =
         QFileDialog::getOpenFileName(&parent, Words("Picture Between Songs"), now,
                                      Words("Pictures and movies (*.png *.jpg *.jpeg *.webp *.bmp *.tif *.tiff *.gif "

@@ -1,4 +1,6 @@
 // What the main window changes in the library: adding, removing, deleting.
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QPointer>
 
 #include "Core/CAlerts.h"
@@ -6,6 +8,7 @@
 #include "Core/CPreferences.h"
 #include "Library/AddFilesToLibrary.h"
 #include "Library/CLibraryCommands.h"
+#include "Platform/CFolders.h"
 #include "Play/CPlayControl.h"
 #include "Shell/CSongTableModel.h"
 #include "Shell/QtText.h"
@@ -13,6 +16,29 @@
 #include "Shell/XBrowserWindow.h"
 #include "Shell/XSongTable.h"
 #include "Shell/XSourceList.h"
+
+namespace {
+constexpr const char* kAddFrom_PreferenceZ = "Add Files Folder";   // where the user added from the last time
+}
+
+QString XBrowserWindow::FolderToAddFrom() const {
+    const QString kept = QtText(i_setup.prefs.GetString(kAddFrom_PreferenceZ));
+    return !kept.isEmpty() && QFileInfo(kept).isDir() ? kept : QString::fromStdString(CFolders::Music().string());
+}
+
+QStringList XBrowserWindow::AskForFiles() {
+    const QStringList files = QFileDialog::getOpenFileNames(this, tr("Add Files"), FolderToAddFrom());
+    if (!files.isEmpty())
+        i_setup.prefs.Set(kAddFrom_PreferenceZ, CCFValue(SuperString(QFileInfo(files.front()).path().toStdString())));
+    return files;
+}
+
+QStringList XBrowserWindow::AskForFolder() {
+    const QString folder = QFileDialog::getExistingDirectory(this, tr("Add Folder"), FolderToAddFrom());
+    if (folder.isEmpty()) return {};
+    i_setup.prefs.Set(kAddFrom_PreferenceZ, CCFValue(SuperString(QFileInfo(folder).path().toStdString())));
+    return {folder};
+}
 
 void XBrowserWindow::AddFiles(const QStringList& paths, PlaylistID list, RowIndex where) {
     if (paths.isEmpty()) return;

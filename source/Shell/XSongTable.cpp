@@ -319,7 +319,14 @@ void XSongTable::mouseDoubleClickEvent(QMouseEvent* eventP) {
 }
 
 void XSongTable::contextMenuEvent(QContextMenuEvent* eventP) {
-    if (!indexAt(eventP->pos()).isValid()) return;
+    QPoint at = eventP->globalPos();
+    if (eventP->reason() == QContextMenuEvent::Keyboard) {   // for the row under the cursor, wherever it is
+        if (!currentIndex().isValid()) return;
+        scrollTo(currentIndex());
+        at = viewport()->mapToGlobal(visualRect(currentIndex()).bottomLeft());
+    } else if (!indexAt(eventP->pos()).isValid()) {
+        return;
+    }
     using enum Command;
     QMenu menu;
     // What makes no sense for these rows would only be in the way.
@@ -331,7 +338,7 @@ void XSongTable::contextMenuEvent(QContextMenuEvent* eventP) {
     add({kPlaySelected, kEditCell});
     add({kReveal, kConformNames, kZip, kUnzip, kLocateMissing});
     add({kRemoveFromList, kRemoveFromLibrary, kTrashOriginals});
-    menu.exec(eventP->globalPos());
+    menu.exec(at);
 }
 
 void XSongTable::startDrag(Qt::DropActions actions) {
