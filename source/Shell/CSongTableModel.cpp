@@ -1,10 +1,6 @@
 #include "Shell/CSongTableModel.h"
 
-#include <QDataStream>
 #include <QFont>
-#include <QIODevice>
-#include <QMimeData>
-#include <QUrl>
 
 #include "Library/CMeta_PLItem.h"
 #include "Library/CMetaManager.h"
@@ -296,7 +292,8 @@ QVariant CSongTableModel::data(const QModelIndex& index, int role) const {
         case Qt::AccessibleTextRole: {
             const QString text = CellText(*listP, item, key);
             const bool tellB = key == "name"_key && IsMissingRow(item);
-            return tellB ? tr("%1: its files are missing").arg(text) : text;
+            const QString told = tellB ? tr("%1: its files are missing").arg(text) : text;
+            return role == Qt::ToolTipRole ? PlainToolTip(told) : told;
         }
         case Qt::EditRole:
             return CellEdit(*listP, item, key);
@@ -306,8 +303,6 @@ QVariant CSongTableModel::data(const QModelIndex& index, int role) const {
             const bool rightB = traits.TextJustification() == Justification::kRight;
             return QVariant::fromValue(Qt::AlignVCenter | (rightB ? Qt::AlignRight : Qt::AlignLeft));
         }
-        case kPlayingRole:
-            return IsPlayingRow(item);
         case Qt::FontRole:
             if (IsPlayingRow(item)) {
                 QFont font;

@@ -15,7 +15,6 @@ class CSongTableModel final : public QAbstractTableModel, private CListWatcher {
     Q_OBJECT
 public:
     static constexpr const char* kRowsMimeZ = "application/x-vopla-rows";
-    enum Role : int { kMenuRole = Qt::UserRole, kPlayingRole };
 
     explicit CSongTableModel(CSongDatabase& database);
     ~CSongTableModel() override;
@@ -94,7 +93,6 @@ private:
     [[nodiscard]] bool IsPlayingRow(PLItemID item) const;
     /** The files of its song were not found. */
     [[nodiscard]] bool IsMissingRow(PLItemID item) const;
-    void TellPlaying();
     /** The row of the user order that a drop in front of table row `row` means, from 1. */
     [[nodiscard]] RowIndex DropRow(int row) const;
 

@@ -2,6 +2,8 @@
 
 #include <QPainter>
 
+#include "Shell/QtText.h"
+
 XElidedLabel::XElidedLabel() {
     setTextFormat(Qt::PlainText);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
@@ -9,7 +11,7 @@ XElidedLabel::XElidedLabel() {
 
 void XElidedLabel::SetText(const QString& text) {
     setText(text);
-    setToolTip(text);
+    setToolTip(PlainToolTip(text));
 }
 
 void XElidedLabel::paintEvent(QPaintEvent*) {

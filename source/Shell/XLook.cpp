@@ -97,7 +97,6 @@ QLabel#warning { color: {warning}; }
 QLabel#songTitle { font-size: 18px; font-weight: 600; }
 QLabel#artist { font-size: 14px; color: {quiet}; }
 QLabel#time { font-size: 32px; font-weight: 600; }
-QLabel#hintTitle { font-size: 20px; font-weight: 600; }
 QWidget#transport { background: {window}; border-bottom: 1px solid {line}; }
 QWidget#sidebar { background: {window}; }
 QWidget#sidebar QListView { background: {window}; }

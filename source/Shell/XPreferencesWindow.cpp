@@ -44,7 +44,7 @@ constexpr PreferenceRow kDuringPlay[] = {
     {"Auto-play when you add single song to Library"},
     {"Sync Slip increment (300ths)", "Step of the sync slip",
      "How far one press moves the picture against the sound.", 0.01, 5, 0.1, 1.0 / 300, 2, " s"},
-    {"Tempo change increment (percent)", "Step of the tempo", nullptr, 0.5, 25, 0.5, 1, 1, " %"},
+    {"Tempo change increment (percent)", "Step of the tempo", nullptr, 1, 25, 1, 1, 0, " %"},
 };
 
 constexpr PreferenceRow kVideoDuring[] = {
@@ -180,7 +180,7 @@ void XPreferencesWindow::MakeVideo() {
     const auto show = [this, nameP, noneP] {
         const QString path = QtText(i_prefs.GetString(kBreak_PreferenceZ));
         nameP->SetText(path.isEmpty() ? tr("None: black") : path.section('/', -1));
-        nameP->setToolTip(path);
+        nameP->setToolTip(PlainToolTip(path));
         noneP->setEnabled(!path.isEmpty());
     };
     page.OnShow(show);
