@@ -309,6 +309,14 @@ void XSongTable::EditCurrent() {
     edit(index);
 }
 
+QModelIndex XSongTable::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) {
+    // The rows are what is chosen here: to the first one and the last one, not through the columns.
+    const int column = std::max(0, currentIndex().column());
+    if (action == MoveHome) return i_model.index(0, column);
+    if (action == MoveEnd) return i_model.index(i_model.rowCount() - 1, column);
+    return QTableView::moveCursor(action, modifiers);
+}
+
 // ---- Mouse ----
 
 void XSongTable::mouseDoubleClickEvent(QMouseEvent* eventP) {

@@ -35,6 +35,7 @@ signals:
 
 protected:
     void paintEvent(QPaintEvent* eventP) override;
+    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
     void contextMenuEvent(QContextMenuEvent* eventP) override;
     void mouseDoubleClickEvent(QMouseEvent* eventP) override;
     void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
