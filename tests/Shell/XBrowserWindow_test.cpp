@@ -191,21 +191,6 @@ TEST_F(BrowserTest, AKeyInConflictWorksForNeither) {
 }
 
 /** Return is the key of a row, of a list, and of a button that has the focus. */
-TEST_F(BrowserTest, OfSeveralSongsNoneIsPlayed) {
-    auto& table = Find<XSongTable>();
-    table.selectAll();
-    for (const Command command : {Command::kPlayPause, Command::kPlaySelected}) {
-        i_ui.answers = {{1, false}};   // Cancel
-        i_windowP->Actions().Get(command).trigger();
-        EXPECT_EQ(table.SelectedItems().size(), 3U);
-    }
-    i_ui.answers = {{0, false}};   // Deselect
-    i_windowP->Actions().Get(Command::kPlayPause).trigger();
-    EXPECT_TRUE(table.SelectedItems().empty());
-    EXPECT_EQ(i_ui.questions.size(), 3U);
-    EXPECT_EQ(i_play.State(), PlayState::kIdle);
-}
-
 TEST_F(BrowserTest, ReturnDoesWhatTheFocusIsOn) {
     Count(Command::kPlaySelected);
     Find<XSongTable>().setFocus();
