@@ -2,7 +2,6 @@
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
@@ -130,10 +129,9 @@ QWidget* XBrowserWindow::MakeSidebar() {
 }
 
 QWidget* XBrowserWindow::MakeSongs() {
-    auto* const nameP = new XElidedLabel;
-    i_listNameP = nameP;
-    nameP->setObjectName("songTitle");
-    nameP->setAccessibleName(tr("List"));
+    i_listNameP = new XElidedLabel;
+    i_listNameP->setObjectName("songTitle");
+    i_listNameP->setAccessibleName(tr("List"));
     i_searchP = new QLineEdit;
     i_searchP->setPlaceholderText(tr("Find by song or artist"));
     i_searchP->setClearButtonEnabled(true);
@@ -287,13 +285,8 @@ void XBrowserWindow::Connect() {
     i_actions->On(kUserOrder, [this] {
         if (CPlayList* const listP = i_model->List(); listP != nullptr) listP->MakeUserOrder();
     });
-    i_actions->On(kOpenFiles, [this] {
-        AddFiles(QFileDialog::getOpenFileNames(this, tr("Add Files")), i_model->ListID(), SDB_Index_END);
-    });
-    i_actions->On(kOpenFolder, [this] {
-        if (const QString folder = QFileDialog::getExistingDirectory(this, tr("Add Folder")); !folder.isEmpty())
-            AddFiles({folder}, i_model->ListID(), SDB_Index_END);
-    });
+    i_actions->On(kOpenFiles, [this] { AddFiles(AskForFiles(), i_model->ListID(), SDB_Index_END); });
+    i_actions->On(kOpenFolder, [this] { AddFiles(AskForFolder(), i_model->ListID(), SDB_Index_END); });
     i_actions->On(kPreferences, [this] { ShowPreferences(); });
     i_actions->On(kShortcuts, [this] { XShortcutSheet(i_keys, this).exec(); });
     i_actions->On(kQuit, [this] { emit CloseAsked(); });
@@ -338,7 +331,7 @@ void XBrowserWindow::ShowList(PlaylistID list) {
         Filter();
         i_model->SetList(list);
     }
-    static_cast<XElidedLabel*>(i_listNameP)->SetText(QtText(listP->Name()));
+    i_listNameP->SetText(QtText(listP->Name()));
     i_actions->Get(Command::kRenameList).setEnabled(listP->Type() == kSourceDB_PLAYLIST);
     i_actions->Get(Command::kDeleteList).setEnabled(listP->Type() == kSourceDB_PLAYLIST);
     ShowState();
@@ -369,7 +362,7 @@ void XBrowserWindow::ShowState() {
     if (selectedL > 1) text += tr(", %1 selected").arg(locale.toString(selectedL));
     if (i_model->IsLooking()) text += tr(", looking…");
     i_countP->setText(text);
-    static_cast<XElidedLabel*>(i_listNameP)->SetText(QtText(listP->Name()));
+    i_listNameP->SetText(QtText(listP->Name()));
     if (listP->IsSorting()) SetStatus(tr("Sorting…"));
     EnableSongs();
     if (i_model->IsFiltering())

@@ -21,6 +21,7 @@ class QLineEdit;
 class QSplitter;
 class QToolButton;
 class XActions;
+class XElidedLabel;
 class XPreferencesWindow;
 class XSongTable;
 class XSourceList;
@@ -92,6 +93,10 @@ private:
     /** The songs' commands can be given when they would do something with one of the rows. */
     void EnableSongs();
     static void TellFailure(OSErr err);
+    /** The user chooses what to add, from where it was the last time; empty when it shall be nothing. */
+    [[nodiscard]] QStringList AskForFiles();
+    [[nodiscard]] QStringList AskForFolder();
+    [[nodiscard]] QString FolderToAddFrom() const;
     void SavePlaces();
     /** One song came: it is shown, and played when nothing else is. */
     void ShowAdded(SongID song);
@@ -109,7 +114,7 @@ private:
     QLabel* i_countP = nullptr;
     QToolButton* i_tasksP = nullptr;
     QTimer i_tasksLast;   // a task that is soon over is not worth a button
-    QLabel* i_listNameP = nullptr;
+    XElidedLabel* i_listNameP = nullptr;
     QSplitter* i_splitterP = nullptr;
     QPointer<XPreferencesWindow> i_preferencesP;
 };
