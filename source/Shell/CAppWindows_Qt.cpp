@@ -124,9 +124,15 @@ void CAppWindows_Qt::CreateVideo(WindowKind kind) {
     QObject::connect(windowP, &XVideoWindow::Resizing, windowP, &NoteResizing);
     // On a display of its own the picture leaves the keys to the browser; in front of it they would be out of sight. Some
     // window managers give them to whatever fills a display.
-    QObject::connect(&windowP->Place(), &CWindowPlace::FullScreenChanged, windowP, [this, windowP](bool fullB) {
-        if (fullB && QApplication::activeWindow() == Browser() && IsBesideBrowser(*windowP)) Select(PREF_Wind_BROWSER);
-    });
+    // One that went to full screen from the browser gives the keys back when it leaves.
+    QObject::connect(&windowP->Place(), &CWindowPlace::FullScreenChanged, windowP,
+                     [this, windowP, fromBrowserB = false](bool fullB) mutable {
+                         const QWidget* const activeP = QApplication::activeWindow();
+                         const bool browserB = Browser() != nullptr && activeP == Browser();
+                         const bool backB = !fullB && fromBrowserB && activeP == windowP;
+                         if (backB || (fullB && browserB && IsBesideBrowser(*windowP))) Select(PREF_Wind_BROWSER);
+                         fromBrowserB = fullB && browserB;
+                     });
     if (XBrowserWindow* const browserP = Browser(); browserP != nullptr) {
         browserP->Actions().AttachEverywhere(*windowP);
         windowP->Place().SetNormalBeside(*browserP);
