@@ -15,6 +15,10 @@ add_compile_options(-Wall -Wextra -Wconversion -Wsign-conversion -Wshadow -Wnon-
 if(VOPLA_CCACHE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     add_compile_options(-fpch-preprocess)
 endif()
+if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # Of no use there: every file is an included one, and their nameless namespaces are meant.
+    add_compile_options(-Wno-subobject-linkage)
+endif()
 if(VOPLA_SANITIZE)
     add_compile_options(-fsanitize=${VOPLA_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
     add_link_options(-fsanitize=${VOPLA_SANITIZE})

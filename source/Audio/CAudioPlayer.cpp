@@ -7,11 +7,11 @@
 
 #include "Audio/CAutoCue.h"
 #include "Audio/SampleForms.h"
+#include "Audio/Stereo.h"
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
 
 namespace {
-constexpr std::size_t kChannels = kAudioOutput_Channels;
 constexpr std::size_t kFade_Frames = 441;
 constexpr std::size_t kEngine_Frames = 8192;   // what the engine takes before it gives, at the start
 constexpr double kUntilPaused_T = 0.25;

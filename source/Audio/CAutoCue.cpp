@@ -3,11 +3,11 @@
 #include <cmath>
 #include <vector>
 
+#include "Audio/Stereo.h"
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
 
 namespace {
-constexpr std::size_t kChannels = 2;
 constexpr std::size_t kCue_Frames = 1024;
 constexpr long kPlayState_Playing = 2;
 

@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <bit>
 
+#include "Audio/Stereo.h"
+
 namespace {
-constexpr std::size_t kChannels = 2;
 }
 
 CFrameHistory::CFrameHistory(std::size_t frames)

@@ -5,9 +5,10 @@
 #include <limits>
 #include <numbers>
 
+#include "Audio/Stereo.h"
+
 namespace {
 
-constexpr std::size_t kChannels = 2;
 
 float Product(const float* oneP, const float* otherP, std::size_t countL) noexcept {
     // Four sums: the order of one would keep the machine from adding them side by side.

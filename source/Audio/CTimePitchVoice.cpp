@@ -6,9 +6,9 @@
 #include <array>
 
 #include "Audio/SpoolUnits.h"
+#include "Audio/Stereo.h"
 
 namespace {
-constexpr std::size_t kChannels = 2;
 }
 
 CTimePitchVoice::CTimePitchVoice() : i_engineP(std::make_unique<soundtouch::SoundTouch>()) {

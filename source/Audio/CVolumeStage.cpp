@@ -4,8 +4,9 @@
 #include <cmath>
 #include <numbers>
 
+#include "Audio/Stereo.h"
+
 namespace {
-constexpr std::size_t kChannels = 2;
 bool IsFactor(float factor) { return std::isfinite(factor) && factor >= 0; }
 }   // namespace
 

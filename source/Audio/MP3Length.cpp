@@ -16,7 +16,7 @@ constexpr std::size_t kTail_Bytes = 64U << 10;                                //
 constexpr std::uint64_t kTag_Bytes = 2U << 10;   // behind the last frame, and no part of the encoder's count
 constexpr std::size_t kSample_Bytes = 8U << 10, kSamples = 12;
 constexpr std::size_t kWalk_Bytes = 256U << 10;
-constexpr std::uint64_t kWalk_Most = 512U << 20;
+constexpr std::uint64_t kMP3Walk_Most = 512U << 20;
 constexpr std::size_t kFrame_Most = 2881;   // bytes: layer II, 384 kbit/s, 32 kHz, and then some
 
 std::uint32_t Big(std::span<const std::byte> bytes) {
@@ -208,7 +208,7 @@ private:
 
     /** Goes from frame to frame through all of the file. */
     OSErr Count(std::uint64_t& samplesL) {
-        if (i_endL - i_beginL > kWalk_Most) return paramErr;
+        if (i_endL - i_beginL > kMP3Walk_Most) return paramErr;
         std::uint64_t at = i_beginL, framesL = 0, framedL = 0;
         while (at + MP3Frame::kHeader_Bytes <= i_endL) {
             if (const OSErr err = Load(at, kWalk_Bytes); Failed(err)) return err;

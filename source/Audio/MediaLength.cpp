@@ -19,7 +19,7 @@ namespace {
 constexpr double kUnits_Second = 300;
 constexpr double kLongest_T = 24 * 3600;
 constexpr double kFewestBytes_Second = 100;        // less than any codec, silence too
-constexpr std::uint64_t kWalk_Most = 256U << 20;   // bytes of a stream that is gone through
+constexpr std::uint64_t kPacketWalk_Most = 256U << 20;   // bytes of a stream that is gone through
 constexpr std::size_t kWalk_Proof = 4;             // packets at its front without a gap
 constexpr std::array<std::string_view, 7> kWithoutContainer = {"aac", "ac3", "eac3", "dts", "amr", "amrnb", "amrwb"};
 
@@ -41,7 +41,7 @@ OSErr CountPackets(CMediaFormat& format, double& seconds) {
     };
     const std::unique_ptr<AVPacket, FreePacket> packetP(av_packet_alloc());
     if (!packetP) return memFullErr;
-    if (format.Bytes().Size() > kWalk_Most) return paramErr;
+    if (format.Bytes().Size() > kPacketWalk_Most) return paramErr;
     std::int64_t durationL = 0, nextL = -1;
     std::size_t packetsL = 0;
     std::uint64_t gapsL = 0;

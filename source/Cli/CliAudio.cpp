@@ -20,12 +20,12 @@
 
 namespace {
 
-constexpr std::string_view kUsage_Render =
+constexpr std::string_view kAudio_Usage_Render =
     "usage: audio render FILE --out FILE.wav|.mp3|.m4a|.flac [--pitch N] [--tempo X] [--volume V] [--gain DB] [--vocal "
     "0|1|2|3]";
-constexpr std::string_view kUsage_AutoCue = "usage: audio autocue FILE";
-constexpr std::string_view kUsage_Loudness = "usage: audio loudness FILE";
-constexpr std::string_view kUsage = "usage: audio render|autocue|loudness FILE ...";
+constexpr std::string_view kAudio_Usage_AutoCue = "usage: audio autocue FILE";
+constexpr std::string_view kAudio_Usage_Loudness = "usage: audio loudness FILE";
+constexpr std::string_view kAudio_Usage = "usage: audio render|autocue|loudness FILE ...";
 
 constexpr double kMost_GainDB = 60;
 
@@ -41,13 +41,13 @@ Ref<CSpooler> MakeSink(const CFileRef& file) {
 int Render(const CliContext& context, std::span<const std::string> given) {
     const auto words = CliWords::Read(given, {"--out", "--pitch", "--tempo", "--volume", "--gain", "--vocal"});
     const std::string* outP = words ? words->Value("--out") : nullptr;
-    if (outP == nullptr || outP->empty() || words->files.size() != 1) return CliUsage(context, kUsage_Render);
+    if (outP == nullptr || outP->empty() || words->files.size() != 1) return CliUsage(context, kAudio_Usage_Render);
     const auto sound = ReadSongSound(*words);
-    if (!sound) return CliUsage(context, kUsage_Render);
+    if (!sound) return CliUsage(context, kAudio_Usage_Render);
 
     CCliHost host;
     const Ref<CSpooler> sinkP = MakeSink(CFileRef(*outP));
-    if (!sinkP) return CliUsage(context, kUsage_Render);
+    if (!sinkP) return CliUsage(context, kAudio_Usage_Render);
     std::uint64_t framesL = 0, sourceFramesL = 0;
     const OSErr err = host.OnTask([&] {
         Ref<CSpooler> sourceP;
@@ -66,7 +66,7 @@ int Render(const CliContext& context, std::span<const std::string> given) {
 
 int AutoCue(const CliContext& context, std::span<const std::string> given) {
     const auto words = CliWords::Read(given, {});
-    if (!words || words->files.size() != 1) return CliUsage(context, kUsage_AutoCue);
+    if (!words || words->files.size() != 1) return CliUsage(context, kAudio_Usage_AutoCue);
     CCliHost host;
     const AudioPlayerSettings settings = AudioPlayerSettings::Read(*CliPreferences(context));
     long start300 = 0;
@@ -112,7 +112,7 @@ OSErr Measure(CSpooler& source, Loudness& loudness) {
 
 int MeasureLoudness(const CliContext& context, std::span<const std::string> given) {
     const auto words = CliWords::Read(given, {});
-    if (!words || words->files.size() != 1) return CliUsage(context, kUsage_Loudness);
+    if (!words || words->files.size() != 1) return CliUsage(context, kAudio_Usage_Loudness);
     CCliHost host;
     Loudness loudness;
     const OSErr err = host.OnTask([&] {
@@ -153,10 +153,10 @@ std::optional<SongSound> ReadSongSound(const CliWords& words) {
 }
 
 int RunAudio(const CliContext& context, std::span<const std::string> words) {
-    if (words.empty()) return CliUsage(context, kUsage);
+    if (words.empty()) return CliUsage(context, kAudio_Usage);
     const auto rest = words.subspan(1);
     if (words[0] == "render") return Render(context, rest);
     if (words[0] == "autocue") return AutoCue(context, rest);
     if (words[0] == "loudness") return MeasureLoudness(context, rest);
-    return CliUsage(context, kUsage);
+    return CliUsage(context, kAudio_Usage);
 }

@@ -20,13 +20,13 @@
 #include "Graphics/Png.h"
 
 namespace {
-constexpr std::string_view kUsage_Frame =
+constexpr std::string_view kCdg_Usage_Frame =
     "usage: cdg frame FILE --at SECONDS --out PNG [--visible] [--hq4x] [--channels MASK]";
 /** Times up to here have exact packet numbers. */
 constexpr double kMost_Seconds = 9007199254740992.0 / kSubCodePacketsPerSecond;
-constexpr std::string_view kUsage_Info = "usage: cdg info FILE";
-constexpr std::string_view kUsage_Bench = "usage: cdg bench FILE";
-constexpr std::string_view kUsage = "usage: cdg frame|info|bench FILE ...";
+constexpr std::string_view kCdg_Usage_Info = "usage: cdg info FILE";
+constexpr std::string_view kCdg_Usage_Bench = "usage: cdg bench FILE";
+constexpr std::string_view kCdg_Usage = "usage: cdg frame|info|bench FILE ...";
 
 /** The shortest text that reads back as the same number. */
 std::string NumberText(double value) {
@@ -119,7 +119,7 @@ std::string SHA256(const CPixels& pixels, const Rect& part) {
 
 int Frame(const CliContext& context, std::span<const std::string> words) {
     const std::optional<FrameOptions> options = ReadFrameOptions(words);
-    if (!options) return CliUsage(context, kUsage_Frame);
+    if (!options) return CliUsage(context, kCdg_Usage_Frame);
     std::error_code fault;   // one of them missing: they are not the same
     if (std::filesystem::equivalent(options->file, options->out, fault))
         return CliUsage(context, "cdg frame: the picture would take the place of the song");
@@ -154,7 +154,7 @@ int Frame(const CliContext& context, std::span<const std::string> words) {
 
 int Info(const CliContext& context, std::span<const std::string> words) {
     const std::optional<std::filesystem::path> file = ReadFileWord(words);
-    if (!file) return CliUsage(context, kUsage_Info);
+    if (!file) return CliUsage(context, kCdg_Usage_Info);
     CSubCodeStream_File stream;
     OSErr err = stream.Open(*file);
     if (!Failed(err) && stream.LengthUnits() == 0) err = eofErr;
@@ -191,7 +191,7 @@ int Info(const CliContext& context, std::span<const std::string> words) {
 
 int Bench(const CliContext& context, std::span<const std::string> words) {
     const std::optional<std::filesystem::path> file = ReadFileWord(words);
-    if (!file) return CliUsage(context, kUsage_Bench);
+    if (!file) return CliUsage(context, kCdg_Usage_Bench);
     std::vector<SubCodePacket> packets;
     OSErr err = LoadPackets(*file, packets);
     if (Failed(err)) return CliFail(context, err, file->string());
@@ -217,16 +217,16 @@ int Bench(const CliContext& context, std::span<const std::string> words) {
     return 0;
 }
 
-struct Command {
+struct CdgCommand {
     std::string_view name;
     int (*run)(const CliContext&, std::span<const std::string>);
 };
-constexpr Command kCommands[] = {{"frame", Frame}, {"info", Info}, {"bench", Bench}};
+constexpr CdgCommand kCdg_Commands[] = {{"frame", Frame}, {"info", Info}, {"bench", Bench}};
 }   // namespace
 
 int RunCdg(const CliContext& context, std::span<const std::string> words) {
     if (!words.empty())
-        for (const Command& command : kCommands)
+        for (const CdgCommand& command : kCdg_Commands)
             if (command.name == words[0]) return command.run(context, words.subspan(1));
-    return CliUsage(context, kUsage);
+    return CliUsage(context, kCdg_Usage);
 }

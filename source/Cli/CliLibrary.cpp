@@ -16,7 +16,7 @@
 
 namespace {
 
-constexpr std::string_view kUsage =
+constexpr std::string_view kLibrary_Usage =
     "usage: library list | library show ID | library set ID KEY VALUE | library check [--no-files] | library rebuild | "
     "library restore [COPY]";
 
@@ -181,9 +181,9 @@ constexpr SubRow kSubs[] = {
 }   // namespace
 
 int RunLibrary(const CliContext& context, std::span<const std::string> given) {
-    if (given.empty()) return CliUsage(context, kUsage);
+    if (given.empty()) return CliUsage(context, kLibrary_Usage);
     const auto row = std::ranges::find(kSubs, given.front(), &SubRow::name);
-    if (row == std::end(kSubs)) return CliUsage(context, kUsage);
+    if (row == std::end(kSubs)) return CliUsage(context, kLibrary_Usage);
     std::vector<std::string> words;
     bool freeB = false;   // behind "--" a word may begin with "-"
     for (const std::string& word : given.subspan(1)) {
@@ -192,10 +192,10 @@ int RunLibrary(const CliContext& context, std::span<const std::string> given) {
             continue;
         }
         const bool optionB = !freeB && word.starts_with("-") && word != "-";
-        if (optionB && (row->option.empty() || word != row->option)) return CliUsage(context, kUsage);
-        if (!optionB && !row->option.empty()) return CliUsage(context, kUsage);
+        if (optionB && (row->option.empty() || word != row->option)) return CliUsage(context, kLibrary_Usage);
+        if (!optionB && !row->option.empty()) return CliUsage(context, kLibrary_Usage);
         words.push_back(word);
     }
-    if (words.size() < row->least || words.size() > row->most) return CliUsage(context, kUsage);
+    if (words.size() < row->least || words.size() > row->most) return CliUsage(context, kLibrary_Usage);
     return row->run(context, words);
 }

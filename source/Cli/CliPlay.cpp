@@ -16,7 +16,7 @@
 
 namespace {
 
-constexpr std::string_view kUsage =
+constexpr std::string_view kPlay_Usage =
     "usage: play FILE... [--seconds N] [--output dummy|disk:PATH|NAME] [--pitch N] [--tempo X] [--volume V] [--gain "
     "DB] [--vocal M]";
 constexpr double kLine_T = 0.25;
@@ -151,15 +151,15 @@ private:
 int RunPlay(const CliContext& context, std::span<const std::string> given) {
     const auto words =
         CliWords::Read(given, {"--seconds", "--output", "--pitch", "--tempo", "--volume", "--gain", "--vocal"});
-    if (!words || words->files.empty()) return CliUsage(context, kUsage);
+    if (!words || words->files.empty()) return CliUsage(context, kPlay_Usage);
     const auto sound = ReadSongSound(*words);
     double mostT = HUGE_VAL;
     if (const std::string* secondsP = words->Value("--seconds")) {
         const auto seconds = ReadNumber<double>(*secondsP);
-        if (!seconds || !(*seconds >= 0)) return CliUsage(context, kUsage);
+        if (!seconds || !(*seconds >= 0)) return CliUsage(context, kPlay_Usage);
         mostT = *seconds;
     }
-    if (!sound) return CliUsage(context, kUsage);
+    if (!sound) return CliUsage(context, kPlay_Usage);
     CCliHost host;
     return PlayRun(context, host, *words, *sound).Run(words->files, mostT);
 }

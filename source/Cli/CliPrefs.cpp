@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr std::string_view kUsage = "usage: prefs get KEY | prefs set KEY VALUE | prefs list";
+constexpr std::string_view kPrefs_Usage = "usage: prefs get KEY | prefs set KEY VALUE | prefs list";
 
 /** The word as a value of `type`; nothing when it does not read as one whole. */
 std::optional<CCFValue> ValueOf(const std::string& word, CFType type) {
@@ -92,14 +92,14 @@ int RunPrefs(const CliContext& context, std::span<const std::string> given) {
             freeB = true;
             continue;
         }
-        if (!freeB && word.starts_with('-')) return CliUsage(context, kUsage);
+        if (!freeB && word.starts_with('-')) return CliUsage(context, kPrefs_Usage);
         words.push_back(word);
     }
     const std::size_t countL = words.size();
     const bool getB = countL == 2 && words[0] == "get";
     const bool setB = countL == 3 && words[0] == "set";
     const bool listB = countL == 1 && words[0] == "list";
-    if (!getB && !setB && !listB) return CliUsage(context, kUsage);
+    if (!getB && !setB && !listB) return CliUsage(context, kPrefs_Usage);
 
     const std::unique_ptr<CPreferences> prefsP = CliPreferences(context);
     CPreferences& prefs = *prefsP;

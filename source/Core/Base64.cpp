@@ -17,7 +17,7 @@ constexpr std::array<std::int8_t, 256> MakeDigits() {
 }
 constexpr std::array<std::int8_t, 256> kDigits = MakeDigits();
 
-bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+constexpr std::string_view kSpaces = " \t\n\r";
 
 }   // namespace
 
@@ -40,7 +40,7 @@ std::optional<std::vector<std::byte>> DecodeBase64(std::string_view text) {
     int digitsL = 0;   // of the group of four that is being read
     int padsL = 0;
     for (const char c : text) {
-        if (IsSpace(c)) continue;
+        if (kSpaces.find(c) != kSpaces.npos) continue;
         const std::int8_t digit = kDigits[static_cast<unsigned char>(c)];
         if (c == '=') {
             // Padding fills a group that has two or three digits, and nothing follows it.

@@ -11,7 +11,6 @@ extern "C" {
 
 namespace {
 
-constexpr double kMovie_NoTime = std::numeric_limits<double>::quiet_NaN();
 constexpr double kMovie_MostRate = 1000;   // pictures a second; more is a damaged header
 constexpr double kMovie_MostShape = 10;
 constexpr double kMovie_JointBackT = 1, kMovie_JointAheadT = 10;

@@ -1,4 +1,5 @@
 #pragma once
+#include <limits>
 #include <string_view>
 
 #include "Audio/CMediaFormat.h"
@@ -6,6 +7,9 @@
 
 struct AVCodecParameters;
 struct AVRational;
+
+/** The time of what tells none; ask by std::isnan. */
+inline constexpr double kMovie_NoTime = std::numeric_limits<double>::quiet_NaN();
 
 /** The packets of a movie's picture, with their times, and the way to another place.
     Units    seconds of the song: 0 is the first sample that is heard of its sound, which is where CMediaAudio counts

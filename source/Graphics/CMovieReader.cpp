@@ -13,7 +13,6 @@ extern "C" {
 
 namespace {
 
-constexpr double kMovie_NoTime = std::numeric_limits<double>::quiet_NaN();
 constexpr double kMovie_DefaultFrameT = 1.0 / 25;
 /** Pictures that are needed after a key picture before all come out right where later ones are referred to: as many as
    a decoder may hold back. */

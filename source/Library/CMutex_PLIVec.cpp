@@ -8,7 +8,6 @@
 namespace {
 
 constexpr MetaKey kUserOrder = "stIx"_key;
-std::size_t Slot(PLItemID id) { return static_cast<std::size_t>(Number(id)); }
 
 }   // namespace
 

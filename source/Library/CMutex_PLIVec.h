@@ -117,6 +117,7 @@ public:
     [[nodiscard]] CPlayListItem* Item(PLItemID id);
 
 private:
+    [[nodiscard]] static std::size_t Slot(PLItemID id) noexcept { return static_cast<std::size_t>(Number(id)); }
     [[nodiscard]] bool IsRow(PLItemID id) const noexcept;   // lock held, as all of these
     std::size_t TakeSlot(PLItemID wanted);
     void Leave_(CPlayListItem& item);

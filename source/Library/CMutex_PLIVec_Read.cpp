@@ -11,8 +11,6 @@ constexpr std::size_t kCopy_Block = 4096;   // some 0.1 ms of rows that lie scat
 constexpr long kCopy_Beginnings = 8;
 constexpr std::chrono::microseconds kCopy_Pause(50);
 
-std::size_t Slot(PLItemID id) { return static_cast<std::size_t>(Number(id)); }
-
 }   // namespace
 
 PLRow CMutex_PLIVec::RowCopy(const CPlayListItem& item) const {

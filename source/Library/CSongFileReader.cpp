@@ -5,14 +5,14 @@
 #include "Core/CLog.h"
 
 namespace {
-constexpr std::size_t kBuffer_Bytes = std::size_t{1} << 20;
+constexpr std::size_t kRead_Bytes = std::size_t{1} << 20;
 constexpr std::uint32_t kMisread_Lines = 20;   // a damaged library must not fill the log
 }   // namespace
 
 OSErr CSongFileReader::Open(const CFileRef& file) {
     if (const OSErr err = i_fork.Open(file, FileAccess::kRead); Failed(err)) return err;
     if (const OSErr err = i_fork.GetEOF(i_left); Failed(err)) return err;
-    i_buffer.resize(kBuffer_Bytes);
+    i_buffer.resize(kRead_Bytes);
     if (!Have(SongFileHeader::kBytes)) return LogStep(FirstOf(i_err, eofErr), "read db header", file.GetPath());
     i_header = SongFileHeader::Decode(std::span(i_buffer).subspan(i_at).first<SongFileHeader::kBytes>());
     i_at += SongFileHeader::kBytes;

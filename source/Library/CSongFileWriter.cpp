@@ -3,7 +3,7 @@
 #include "Core/CLog.h"
 
 namespace {
-constexpr std::size_t kBuffer_Bytes = std::size_t{1} << 20;
+constexpr std::size_t kWrite_Bytes = std::size_t{1} << 20;
 }
 
 OSErr CSongFileWriter::Start(const CFileRef& file, std::uint32_t songsL, std::uint8_t flags) {
@@ -19,7 +19,7 @@ OSErr CSongFileWriter::Start(const CFileRef& file, std::uint32_t songsL, std::ui
     i_header.flags = flags;
     i_skippedB = false;
     if (const OSErr err = WriteHeader(); Failed(err)) return err;
-    i_buffer.reserve(kBuffer_Bytes + 4096);
+    i_buffer.reserve(kWrite_Bytes + 4096);
     return noErr;
 }
 
@@ -28,7 +28,7 @@ OSErr CSongFileWriter::Add(const SongRecord& record) {
     if (record.songID == 0 || i_leftL == 0) return Fail(paramErr, "writing song header");
     if (const OSErr err = record.Encode(i_buffer); Failed(err)) return Fail(err, "writing song info");
     --i_leftL;
-    return Flush(kBuffer_Bytes, "writing song info");
+    return Flush(kWrite_Bytes, "writing song info");
 }
 
 OSErr CSongFileWriter::WriteHeader() {

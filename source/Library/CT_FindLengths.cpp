@@ -13,7 +13,7 @@ namespace {
 constexpr MetaKey kDuration = "drtn"_key;
 constexpr double kStep_FirstT = 0.5, kStep_MostT = 30;
 constexpr std::size_t kTell_Most = 2000;   // songs that wait to be told
-constexpr std::size_t kTell_Block = 200;   // songs in one call to the main thread
+constexpr std::size_t kLengths_Block = 200;   // songs in one call to the main thread
 
 bool HasLength(const CSong& song) { return song.Meta().Stored(kDuration).Integer() > 0; }
 
@@ -52,7 +52,7 @@ OSErr CT_FindLengths::AtEnd(OSErr err) {
 OSErr CT_FindLengths::Tell() {
     OSErr err = noErr;
     for (std::span<const Found> left(i_found); !left.empty() && !Failed(err);) {
-        const auto block = left.first(std::min(kTell_Block, left.size()));
+        const auto block = left.first(std::min(kLengths_Block, left.size()));
         left = left.subspan(block.size());
         err = OnMain("song lengths", [block](CSongDatabase& database) {
             for (const Found& found : block)

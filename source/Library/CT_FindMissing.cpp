@@ -6,7 +6,7 @@
 
 namespace {
 constexpr SDB_SongFile kLookedAt[] = {SDB_SongFile_ZIP, SDB_SongFile_AUDIO, SDB_SongFile_VIDEO};
-constexpr std::size_t kTell_Block = 500;   // songs in one call to the main thread
+constexpr std::size_t kMissing_Block = 500;   // songs in one call to the main thread
 }   // namespace
 
 OSErr CT_FindMissing::Start(CSongDatabase& database, std::vector<SongID> songs, Done done) {
@@ -38,7 +38,7 @@ OSErr CT_FindMissing::OnSong(CSongFiles& files) {
     if (!IsConcerned(files)) return noErr;
     const bool missingB = !files.IsReachable();
     if (missingB != files.WasMissing() || files.FoundElsewhere()) i_seen.push_back({files, missingB});
-    return i_seen.size() < kTell_Block ? noErr : Tell();
+    return i_seen.size() < kMissing_Block ? noErr : Tell();
 }
 
 OSErr CT_FindMissing::AtEnd(OSErr err) { return FirstOf(err, Tell()); }

@@ -17,14 +17,14 @@ private:
     }
 };
 
-std::atomic<const CClock*> s_installedP{nullptr};
+std::atomic<const CClock*> s_clockP{nullptr};
 
 }   // namespace
 
 const CClock& CClock::Get() {
     static const CClock_System s_system;
-    const CClock* const installedP = s_installedP.load(std::memory_order_acquire);
+    const CClock* const installedP = s_clockP.load(std::memory_order_acquire);
     return installedP == nullptr ? s_system : *installedP;
 }
 
-void CClock::Install(const CClock* clockP) { s_installedP.store(clockP, std::memory_order_release); }
+void CClock::Install(const CClock* clockP) { s_clockP.store(clockP, std::memory_order_release); }

@@ -6,14 +6,14 @@
 
 namespace {
 
-std::atomic<CFileCalls*> s_installedP{nullptr};
+std::atomic<CFileCalls*> s_callsP{nullptr};
 
 }   // namespace
 
 CFileCalls& CFileCalls::Get() {
     static CFileCalls_Linux s_system;
-    CFileCalls* const installedP = s_installedP.load(std::memory_order_acquire);
+    CFileCalls* const installedP = s_callsP.load(std::memory_order_acquire);
     return installedP == nullptr ? s_system : *installedP;
 }
 
-void CFileCalls::Install(CFileCalls* callsP) { s_installedP.store(callsP, std::memory_order_release); }
+void CFileCalls::Install(CFileCalls* callsP) { s_callsP.store(callsP, std::memory_order_release); }

@@ -10,12 +10,9 @@
 #include <fstream>
 #include <sstream>
 
-namespace {
+#include "Cli/CliRun.h"
 
-struct Answer {
-    int status = 0;
-    std::string out, err;
-};
+namespace {
 
 /** A folder with a song of silence and tones, made by ffmpeg; the command reads no settings of the user. */
 class CliAudio : public testing::Test {
@@ -26,7 +23,7 @@ protected:
     }
     ~CliAudio() override { std::filesystem::remove_all(i_folder); }
 
-    Answer Run(std::vector<std::string> words) const {
+    CliRun Run(std::vector<std::string> words) const {
         words.insert(words.begin(), {"--root", (i_folder / "root").string(), "--json"});
         std::ostringstream out, err;
         const int status = RunCommand(words, out, err);
@@ -71,7 +68,7 @@ TEST_F(CliAudio, RenderGivesTheSamplesOfTheFile) {
     ASSERT_EQ(std::system(("cd '" + i_folder.string() + "' && python3 -m zipfile -c song.zip tone.wav").c_str()), 0);
     const std::vector<std::int16_t> wanted = Heard(tone);
     for (const std::string& file : {tone, zip}) {
-        const Answer run = Run({"audio", "render", file, "--out", Path("out.wav")});
+        const CliRun run = Run({"audio", "render", file, "--out", Path("out.wav")});
         EXPECT_EQ(run.status, 0) << run.err;
         EXPECT_EQ(run.out, "{\"frames\":88200,\"source_frames\":88200}\n");
         EXPECT_EQ(Heard(Path("out.wav")), wanted) << file;
@@ -99,7 +96,7 @@ TEST_F(CliAudio, AutoCueFindsTheMusic) {
              "late.wav");
     const std::string early = Make("-f lavfi -i aevalsrc='0.3*cos(2*PI*440*t)':s=44100:d=1 -ac 2", "early.wav");
     long start300 = -1;
-    const Answer run = Run({"audio", "autocue", late});
+    const CliRun run = Run({"audio", "autocue", late});
     EXPECT_EQ(std::sscanf(run.out.c_str(), "{\"start300\":%ld}", &start300), 1) << run.out << run.err;
     // Less the rollback of 0.1 s; the answer may be the start of the 1,024 frames in which it was found.
     EXPECT_LE(start300, 420);
@@ -109,7 +106,7 @@ TEST_F(CliAudio, AutoCueFindsTheMusic) {
 
 TEST_F(CliAudio, PlayWritesEverySampleToTheOutput) {
     const std::string tone = Make("-f lavfi -i anoisesrc=d=0.7:c=pink:r=44100:seed=3 -ac 2", "noise.flac");
-    const Answer run = Run({"play", tone, "--output", "disk:" + Path("out.s16")});
+    const CliRun run = Run({"play", tone, "--output", "disk:" + Path("out.s16")});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_NE(run.out.find("{\"state\":\"ended\",\"audio300\":210,"), std::string::npos) << run.out;
     EXPECT_NE(run.out.find("\"frames_late\":0}"), std::string::npos) << run.out;   // the end of a song is not late
@@ -150,13 +147,13 @@ TEST_F(CliAudio, Failures) {
         {{"play", Path("bad.mp3"), "--seconds", "-1"}, 2},
     };
     for (const auto& c : cases) {
-        const Answer run = Run(c.words);
+        const CliRun run = Run(c.words);
         EXPECT_EQ(run.status, c.status) << testing::PrintToString(c.words) << run.err;
         EXPECT_EQ(run.out, "");
         EXPECT_TRUE(run.err.starts_with("{\"error\":")) << run.err;
     }
     EXPECT_FALSE(std::filesystem::exists(Path("o.wav")));
-    const Answer evening = Run({"play", tone, Path("bad.mp3"), tone, "--seconds", "0.1", "--output", "dummy"});
+    const CliRun evening = Run({"play", tone, Path("bad.mp3"), tone, "--seconds", "0.1", "--output", "dummy"});
     EXPECT_EQ(evening.status, 1);
     EXPECT_NE(evening.out.find("{\"state\":\"total\",\"songs\":2,"), std::string::npos) << evening.out;   // the last played too
 }

@@ -4,23 +4,12 @@
 #include <unistd.h>
 
 #include <fstream>
-#include <sstream>
 
+#include "Cli/CliRun.h"
 #include "Graphics/CSubChannels.h"
 
 namespace {
-struct Answer {
-    int status = 0;
-    std::string out, err;
-};
-Answer Cdg(std::vector<std::string> words) {
-    std::ostringstream out, err;
-    const CliContext context{.root = {}, .jsonB = true, .out = out, .err = err};
-    Answer run;
-    run.status = RunCdg(context, words);
-    run.out = out.str(), run.err = err.str();
-    return run;
-}
+CliRun Cdg(const std::vector<std::string>& words) { return RunCli(&RunCdg, {}, true, words); }
 
 class CliCdg : public testing::Test {
 protected:
@@ -45,7 +34,7 @@ TEST_F(CliCdg, CountsAfterCorrection) {
     noise.bytes[9] = 1;
     const std::string file =
         Write(Text(preset) + Text(damaged) + Text(noise) + Text({}) + std::string("\x09\x3F\0\0", 4));
-    const Answer run = Cdg({"info", file});
+    const CliRun run = Cdg({"info", file});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.out,
               "{\"packets\":5,\"seconds\":0.016666666666666666,\"instructions\":{\"1\":2,\"2\":0,\"6\":0,\"20\":0,\"24\":0,"
@@ -58,14 +47,14 @@ TEST_F(CliCdg, WritesTheFrameOfAMoment) {
     const std::string file = Write(Text(preset) + Text(red));
     const std::string png = (i_folder / "out.png").string();
     // sha256 of 300 x 216 x 3 bytes; black by `head -c 194400 /dev/zero | sha256sum`.
-    const Answer black = Cdg({"frame", file, "--at", "0.003", "--out", png});
+    const CliRun black = Cdg({"frame", file, "--at", "0.003", "--out", png});
     EXPECT_EQ(black.status, 0) << black.err;
     EXPECT_EQ(black.out,
               "{\"time300\":1,\"width\":300,\"height\":216,\"sha256\":"
               "\"8306f4bef97b1428f294fda136d5d65d84c83d59922ca28a1028e491c542c695\"}\n");
-    const Answer late = Cdg({"frame", file, "--at", "100", "--out", png, "--visible"});
+    const CliRun late = Cdg({"frame", file, "--at", "100", "--out", png, "--visible"});
     EXPECT_THAT(late.out, testing::StartsWith("{\"time300\":30000,\"width\":288,\"height\":192,"));
-    const Answer large = Cdg({"frame", file, "--at", "0", "--hq4x", "--out", png});
+    const CliRun large = Cdg({"frame", file, "--at", "0", "--hq4x", "--out", png});
     EXPECT_THAT(large.out, testing::HasSubstr("\"width\":1200,\"height\":864,"));
     EXPECT_GT(std::filesystem::file_size(png), 100U);
 }
@@ -73,7 +62,7 @@ TEST_F(CliCdg, WritesTheFrameOfAMoment) {
 TEST_F(CliCdg, TellsBadFilesAndWords) {
     const std::string png = (i_folder / "out.png").string();
     for (std::size_t sizeL = 0; sizeL < 4; ++sizeL) {
-        const Answer run = Cdg({"info", Write(std::string(sizeL, 'x'))});
+        const CliRun run = Cdg({"info", Write(std::string(sizeL, 'x'))});
         EXPECT_EQ(run.status, 1);
         EXPECT_THAT(run.err, testing::HasSubstr("\"status\":-39}"));
     }

@@ -4,6 +4,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "Cli/CliRun.h"
 #include "Core/CLog.h"
 #include "Core/TempFolder.h"
 #include "Library/CLibraryLock.h"
@@ -12,11 +13,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-struct CliRun {
-    int status;
-    std::string out, err;
-};
 
 /** A library of 200 songs, made by another program, under a root as the host has it. */
 class CliLibrary : public testing::Test {
@@ -28,10 +24,7 @@ protected:
     ~CliLibrary() override { CFolders::SetRoot({}); }
     fs::path Lib() const { return i_root.Path() / "Music/Vopla"; }
     CliRun Library(const std::vector<std::string>& words, bool jsonB = true) const {
-        std::ostringstream out, err;
-        const CliContext context{i_root.Path(), jsonB, out, err};
-        const int status = RunLibrary(context, words);
-        return {status, out.str(), err.str()};
+        return RunCli(&RunLibrary, i_root.Path(), jsonB, words);
     }
     /** What python prints. */
     std::string Python(const std::string& program, const std::string& words) const {

@@ -1,31 +1,17 @@
 #include "Cli/CliPrefs.h"
 
 #include <algorithm>
-#include <sstream>
 
 #include "Cli/CliName.h"
+#include "Cli/CliRun.h"
 #include "Core/CLog.h"
 #include "Core/TempFolder.h"
 
 namespace {
 
-struct CliRun {
-    int status;
-    std::string out, err;
-};
-using Command = int (*)(const CliContext&, std::span<const std::string>);
-
-CliRun Call(Command command, const std::filesystem::path& root, bool jsonB, const std::vector<std::string>& words) {
-    std::ostringstream out;
-    std::ostringstream err;
-    const CliContext context{root, jsonB, out, err};
-    const int status = command(context, words);
-    return {status, out.str(), err.str()};
-}
-
 TEST(CliPrefs, GetSetAndList) {
     const TempFolder root;
-    const auto prefs = [&](const std::vector<std::string>& words) { return Call(&RunPrefs, root.Path(), true, words); };
+    const auto prefs = [&](const std::vector<std::string>& words) { return RunCli(&RunPrefs, root.Path(), true, words); };
     EXPECT_EQ(prefs({"get", "Web server port number"}).out,
               "{\"key\":\"Web server port number\",\"type\":\"integer\",\"value\":80}\n");
     EXPECT_FALSE(std::filesystem::exists(root / "config"));   // asking writes nothing
@@ -79,21 +65,21 @@ TEST(CliPrefs, Failures) {
         {{}, 2, "\"status\":-50}"},
     };
     for (const auto& c : kCases) {
-        const CliRun json = Call(&RunPrefs, root.Path(), true, c.words);
+        const CliRun json = RunCli(&RunPrefs, root.Path(), true, c.words);
         EXPECT_EQ(json.status, c.status) << json.err;
         EXPECT_NE(json.err.find(c.statusText), std::string::npos) << json.err;
-        const CliRun plain = Call(&RunPrefs, root.Path(), false, c.words);
+        const CliRun plain = RunCli(&RunPrefs, root.Path(), false, c.words);
         EXPECT_EQ(std::ranges::count(plain.err, '\n'), 1) << plain.err;
         EXPECT_EQ(plain.out, "");
     }
     EXPECT_FALSE(std::filesystem::exists(root / "config"));
     std::filesystem::create_directories(root / "config/Vopla/Vopla X Preferences.plist");
-    EXPECT_EQ(Call(&RunPrefs, root.Path(), false, {"set", "Number of undos", "5"}).status, 1);
-    EXPECT_EQ(Call(&RunPrefs, root.Path(), false, {"get", "Number of undos"}).status, 0);
+    EXPECT_EQ(RunCli(&RunPrefs, root.Path(), false, {"set", "Number of undos", "5"}).status, 1);
+    EXPECT_EQ(RunCli(&RunPrefs, root.Path(), false, {"get", "Number of undos"}).status, 0);
 }
 
 TEST(CliName, Conform) {
-    const auto name = [](const std::vector<std::string>& words) { return Call(&RunName, {}, false, words); };
+    const auto name = [](const std::vector<std::string>& words) { return RunCli(&RunName, {}, false, words); };
     EXPECT_EQ(name({"conform", "the WIND and \"the\" inxs"}).out, "{\"text\":\"The Wind and \\\"The\\\" INXS\"}\n");
     EXPECT_EQ(name({"conform", "--", "-nsync"}).out, "{\"text\":\"'N Sync\"}\n");
     for (const auto& bad :
