@@ -187,7 +187,6 @@ TEST(CGraphics, OnePortIsDrawnAloneAndSeesThroughTheBorder) {
 }
 
 TEST(CGraphics, LiesOverItsLyricsAndLeavesByItself) {
-    using Names = std::vector<std::string>;
     Stage stage(0);
     CGraphicsPorts ports;
     Screen video(0), preview(1), second(9);
@@ -195,7 +194,7 @@ TEST(CGraphics, LiesOverItsLyricsAndLeavesByItself) {
     CMediaOverlay media(stage.song, [](CGraphicsPort&) {});
     ASSERT_EQ(ports.WireUp(&media, stage.graphics->Overlay()), noErr);
     for (const Screen* const screenP : {&video, &preview, &second}) {
-        EXPECT_EQ(screenP->port.OverlayNames(), (Names{"mediastream", "song: Any Song"}));
+        EXPECT_EQ(screenP->port.OverlayNames(), (std::vector<std::string>{"mediastream", "song: Any Song"}));
         EXPECT_EQ(screenP->port.Under(), 1);
         EXPECT_EQ(screenP->port.Source(), stage.graphics->Overlay());
     }
