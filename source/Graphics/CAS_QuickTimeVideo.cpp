@@ -10,6 +10,7 @@
 namespace {
 
 constexpr double kMovie_MostShowT = 0.05, kMovie_LeastShowT = 0.001, kMovie_PollT = 0.01;
+constexpr double kMovie_MostWaitT = 10;
 constexpr double kMovie_JumpBackT = 0.25;   // the smooth time never goes back so far by itself
 constexpr double kMovie_Longest = 1e6;      // seconds
 
@@ -168,7 +169,10 @@ Rect CAS_QuickTimeVideo::Frame() const {
 
 bool CAS_QuickTimeVideo::IsEnded() const {
     const auto playP = i_playP.Get();
-    return !playP || (i_leadEndedB && playP->Pictures().IsEnded(playP->Time().PictureT()));
+    if (!playP) return true;
+    // Damaged times must not keep the next song waiting once this one was heard.
+    const double mostT = i_leader ? kMovie_MostWaitT : HUGE_VAL;
+    return i_leadEndedB && playP->Pictures().IsEnded(playP->Time().PictureT(), mostT);
 }
 
 bool CAS_QuickTimeVideo::IsSeeking() const {

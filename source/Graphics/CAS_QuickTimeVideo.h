@@ -51,7 +51,7 @@ public:
 
     [[nodiscard]] const CPixels* Picture() const override { return i_shownP ? &i_shownP->pixels : nullptr; }
     [[nodiscard]] Rect Frame() const override;
-    /** The pictures were all shown, and the sound, if it leads, was heard. */
+    /** The pictures were all shown, and the sound, if it leads, was heard; it does not wait long for a picture then. */
     [[nodiscard]] bool IsEnded() const override;
     bool Idle() override { return Show(); }
     /** Chooses the picture of now; true when another one is shown than before. */

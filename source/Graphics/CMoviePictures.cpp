@@ -115,9 +115,10 @@ bool CMoviePictures::IsOver() const {
     return i_endB && i_ready.empty();
 }
 
-bool CMoviePictures::IsEnded(double nowT) const {
+bool CMoviePictures::IsEnded(double nowT, double mostT) const {
     const std::scoped_lock guard(i_lock);
-    return i_endB && i_ready.empty() && nowT >= i_endT;
+    if (!i_ready.empty()) return !i_ready.front()->atOnceB && i_ready.front()->timeT - nowT > mostT;
+    return i_endB && (nowT >= i_endT || i_endT - nowT > mostT);
 }
 
 std::uint32_t CMoviePictures::Turn() const {

@@ -1,4 +1,5 @@
 #pragma once
+#include <cmath>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
@@ -63,8 +64,8 @@ public:
     [[nodiscard]] bool NextTime(double& timeT) const;
     /** Everything of this turn was shown: nothing comes any more. */
     [[nodiscard]] bool IsOver() const;
-    /** That, and `nowT` is behind it. */
-    [[nodiscard]] bool IsEnded(double nowT) const;
+    /** That, and `nowT` is behind it; or whatever comes yet is more than `mostT` seconds away. */
+    [[nodiscard]] bool IsEnded(double nowT, double mostT = HUGE_VAL) const;
     [[nodiscard]] std::uint32_t Turn() const;
     /** Lets the maker go; from now on it is given nothing. */
     void Stop();

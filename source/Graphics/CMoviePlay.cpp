@@ -17,7 +17,6 @@ constexpr double kMovie_StaleT = 0.25;   // a late picture is better than none f
 constexpr double kMovie_HurryT = 0.2, kMovie_CalmT = 0.0;
 constexpr double kMovie_FarT = 3.0;   // so late it jumps ahead, by as much as a jump may take
 constexpr double kMovie_LeapT = 0.5;
-constexpr double kMovie_MostLastT = 10.0;   // nobody waits longer for a last picture whose sound is over
 constexpr int kMovie_SmallestSide = 16;
 
 std::uint64_t Packed(const PictureSize& size) {
@@ -90,7 +89,6 @@ void CMoviePlay::Take(MovieFrame& frame) {
         if (!Paint(frame, i_firstB ? Place::kFirst : Place::kInTurn)) return;
         i_firstB = i_arrivedB = false;
     }
-    i_lastT = frame.timeT;
     i_lastEndT = frame.endT;
     PassOver(lateB ? std::move(frame) : MovieFrame{});
     if (!arrivedB) JumpAhead();   // the picture of a place may be an old one, which stands for long
@@ -108,7 +106,7 @@ void CMoviePlay::GoTo(const MovieSeek& seek) {
     i_firstB = i_arrivedB = true;
     i_endB = i_hurryB = false;
     i_passed = {};
-    i_lastT = i_lastEndT = seek.seconds;
+    i_lastEndT = seek.seconds;
     const OSErr err = i_reader.Seek(
         seek.seconds, [this] { return i_pictures.IsSeekWanted(); },
         [this](const MovieFrame& key) { static_cast<void>(Paint(key, Place::kPreview)); });
@@ -121,7 +119,7 @@ void CMoviePlay::End(OSErr err) {
     if (i_pictures.IsStopped()) return;
     if (err != eofErr && err != abortErr && !Failed(i_result.exchange(err)))
         static_cast<void>(LogStep(err, "movie: the pictures end here"));
-    i_pictures.SetEnd(i_facts.soundB ? std::min(i_lastEndT, i_lastT + kMovie_MostLastT) : i_lastEndT, i_place.turn);
+    i_pictures.SetEnd(i_lastEndT, i_place.turn);
 }
 
 bool CMoviePlay::IsTooLate(const MovieFrame& frame) {
@@ -147,7 +145,7 @@ void CMoviePlay::JumpAhead() {
     i_hurryB = false;
     i_arrivedB = true;
     PassOver({});
-    i_lastT = i_lastEndT = nowT + kMovie_LeapT;
+    i_lastEndT = nowT + kMovie_LeapT;
     i_skippedL.fetch_add(static_cast<std::uint64_t>(std::max(0.0, (i_lastEndT - beforeT) * i_facts.frameRate)),
                          std::memory_order_relaxed);
 }

@@ -65,7 +65,7 @@ private:
     bool i_firstB = true;     // no picture of this seek was made yet
     bool i_arrivedB = true;   // the next frame is the one that is shown at the place of a jump, however old it is
     bool i_hurryB = false, i_endB = false;
-    MovieFrame i_passed;                  // the frame before, if it was passed over as too late
-    double i_lastT = 0, i_lastEndT = 0;   // of the frame before
-    double i_paintedT = 0;                // steady time of the last picture
+    MovieFrame i_passed;     // the frame before, if it was passed over as too late
+    double i_lastEndT = 0;   // of the frame before
+    double i_paintedT = 0;   // steady time of the last picture
 };

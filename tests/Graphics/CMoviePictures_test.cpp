@@ -78,6 +78,14 @@ TEST(CMoviePictures, ASeekEmptiesItAndItsFirstPictureIsShownAtOnce) {
     EXPECT_TRUE(pictures.Choose(60.07, shownP, droppedL));
     EXPECT_FALSE(pictures.IsEnded(60.09));
     EXPECT_TRUE(pictures.IsEnded(60.1));
+    EXPECT_FALSE(pictures.IsEnded(50.2, 10));
+    EXPECT_TRUE(pictures.IsEnded(50, 10));   // an absurd length of the last one
+    pictures.Seek(0);
+    ASSERT_TRUE(pictures.TakeSeek(seek));
+    EXPECT_FALSE(pictures.IsEnded(100, 10)) << "the maker is on its way";
+    PutAt(pictures, 36000);
+    EXPECT_TRUE(pictures.IsEnded(100, 10));
+    EXPECT_FALSE(pictures.IsEnded(100));
 }
 
 TEST(CMoviePictures, MemoryIsBounded) {
