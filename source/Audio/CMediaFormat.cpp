@@ -1,5 +1,6 @@
 #include "Audio/CMediaFormat.h"
 
+#include <limits>
 #include <mutex>
 
 extern "C" {
@@ -19,6 +20,8 @@ constexpr std::int64_t kMedia_AnalyzeTime = 2 * AV_TIME_BASE;
 // Of files whose head does not name their streams, when the sound was not met in that: it may begin late.
 constexpr std::int64_t kMedia_DeepProbeBytes = 32 << 20;
 constexpr std::int64_t kMedia_DeepAnalyzeTime = 30 * AV_TIME_BASE;
+constexpr std::size_t kMedia_MostHeldBytes = 16U << 20, kMedia_MostHeld = 4096;
+constexpr double kMedia_SoundNearT = 0.5;                // nearer, the library knows better: a decoder's delay counts
 constexpr std::uint64_t kMedia_OpenBudget = 96U << 20;   // an index at the end, a cover in front
 constexpr int kMedia_MostBadReads = 64;
 // For the length alone: what is damaged, or no media at all, must not cost much.
@@ -101,6 +104,31 @@ bool CMediaFormat::MayHideSound() const {
     return headlessB && av_find_best_stream(i_formatP, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0) < 0;
 }
 
+/** The library takes a stream of which it has met no packet for one that begins with the file. What of the picture is
+    read on the way to the first packet is kept for Next. */
+void CMediaFormat::FindSoundStart() {
+    i_soundStartT = std::numeric_limits<double>::quiet_NaN();
+    const int sound = av_find_best_stream(i_formatP, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
+    if (sound < 0) return;
+    const AVStream& stream = *i_formatP->streams[sound];
+    const auto timeOf = [&stream](std::int64_t stamp) { return static_cast<double>(stamp) * av_q2d(stream.time_base); };
+    if (stream.start_time != AV_NOPTS_VALUE) i_soundStartT = timeOf(stream.start_time);
+    for (std::size_t bytesL = 0; bytesL < kMedia_MostHeldBytes && i_held.size() < kMedia_MostHeld;) {
+        HeldPacket packetP(av_packet_alloc());
+        if (!packetP || av_read_frame(i_formatP, packetP.get()) < 0) return;   // Next meets the end again
+        if (packetP->stream_index == sound && packetP->pts != AV_NOPTS_VALUE) {
+            const double firstT = timeOf(packetP->pts);
+            if (!(firstT - i_soundStartT < kMedia_SoundNearT)) i_soundStartT = firstT;
+            return;
+        }
+        if (packetP->stream_index != i_streamP->index || packetP->size <= 0) continue;
+        bytesL += static_cast<std::size_t>(packetP->size);
+        i_held.push_back(std::move(packetP));
+    }
+}
+
+void CMediaFormat::FreePacket::operator()(AVPacket* packetP) const noexcept { av_packet_free(&packetP); }
+
 void CMediaFormat::Rewind() {
     avformat_close_input(&i_formatP);
     i_streamP = nullptr;
@@ -150,6 +178,7 @@ OSErr CMediaFormat::OpenAndAnalyze() {
     const int best = BestStream();
     if (best < 0) return FromFFmpeg(best, i_bytes.Err());
     i_streamP = i_formatP->streams[best];
+    if (i_kind == MediaKind::kPicture && !lengthB) FindSoundStart();
     for (unsigned n = 0; n < i_formatP->nb_streams; ++n)
         if (static_cast<int>(n) != best) i_formatP->streams[n]->discard = AVDISCARD_ALL;
     return noErr;
@@ -168,12 +197,18 @@ bool CMediaFormat::EndOpening() noexcept {
 }
 
 void CMediaFormat::ForgetEnd() noexcept {
+    i_held.clear();
     i_endB = false;
     i_endErr = eofErr;
     i_bytes.ForgetErr();
 }
 
 OSErr CMediaFormat::Next(AVPacket& packet) {
+    if (!i_held.empty() && !IsAborted()) {
+        av_packet_move_ref(&packet, i_held.front().get());
+        i_held.pop_front();
+        return noErr;
+    }
     if (i_endB) return i_endErr;
     if (i_streamP == nullptr) return paramErr;
     for (int bad = 0;;) {

@@ -1,5 +1,8 @@
 #pragma once
+#include <cmath>
 #include <cstdint>
+#include <deque>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -52,6 +55,9 @@ public:
     [[nodiscard]] const std::string& Container() const noexcept { return i_container; }
     /** Of the stream, or of the file; 0 when nothing tells. */
     [[nodiscard]] double Seconds() const;
+    /** Of a picture that is to be played: where its sound begins, in seconds of the file's own times; NaN without
+     * sound. */
+    [[nodiscard]] double SoundStart() const noexcept { return i_soundStartT; }
     /** They are told by the container, or follow from a size that is fixed; not guessed from a bit rate. */
     [[nodiscard]] bool TellsSeconds() const;
 
@@ -63,10 +69,16 @@ private:
     OSErr OpenAndAnalyze();
     void Rewind();
     [[nodiscard]] bool MayHideSound() const;
+    void FindSoundStart();
     void Quiet();
     [[nodiscard]] int BestStream() const;
     /** The head of the file says all that its length wants. */
     [[nodiscard]] bool IsToldByHead() const;
+
+    struct FreePacket {
+        void operator()(AVPacket* packetP) const noexcept;
+    };
+    using HeldPacket = std::unique_ptr<AVPacket, FreePacket>;
 
     const MediaKind i_kind;
     const MediaUse i_use;
@@ -74,7 +86,9 @@ private:
     AVFormatContext* i_formatP = nullptr;
     AVStream* i_streamP = nullptr;
     std::string i_extension, i_container;
-    bool i_deepB = false;   // more of the file than of others must be looked at to find its sound
+    bool i_deepB = false;            // more of the file than of others must be looked at to find its sound
+    std::deque<HeldPacket> i_held;   // of the stream; read already, and to be given first
+    double i_soundStartT = NAN;
     bool i_endB = false;
     OSErr i_endErr = eofErr;   // what ended the file
 };

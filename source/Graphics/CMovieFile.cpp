@@ -34,9 +34,8 @@ void AVPacketFree::operator()(AVPacket* packetP) const noexcept { av_packet_free
 OSErr CMovieFile::Open(CByteSource& source, std::string_view extension) {
     if (const OSErr err = i_format.Open(source, extension); Failed(err)) return err;
     // The very stream that the song's sound is read from.
-    const int sound = av_find_best_stream(i_format.Format(), AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
-    i_soundB = sound >= 0;
-    double originT = i_soundB ? StartOf(*i_format.Format()->streams[sound]) : kMovie_NoTime;
+    i_soundB = av_find_best_stream(i_format.Format(), AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0) >= 0;
+    double originT = i_format.SoundStart();
     if (std::isnan(originT)) originT = StartOf(*i_format.Stream());
     i_originT = std::isnan(originT) ? 0 : originT;
     return noErr;

@@ -120,8 +120,9 @@ private:
         const std::string vob = "-c:v mpeg2video -bf 2 -c:a mp2 -f vob ";
         make += "; " + picture + "-frames:v 1 cover.png; " + tool + "-i cover.png" + sound +
                 "-pix_fmt yuv420p -c:v libx264 -c:a libmp3lame held.mkv; " + movie + "-itsoffset 2.5" + sound + vob +
-                "latesound.mpg; " + movie + sound + "-t 3 " + vob + "part.vob; cat part.vob part.vob > again.mpg; " +
-                movie + sound + "-t 3 -c:v mpeg2video -bf 2 -c:a mp2 part.ts; " + tool +
+                "latesound.mpg; " + movie + "-itsoffset 2.5" + sound + "-c:v libx264 -c:a libmp3lame latesound.mkv; " +
+                movie + sound + "-t 3 " + vob + "part.vob; cat part.vob part.vob > again.mpg; " + movie + sound +
+                "-t 3 -c:v mpeg2video -bf 2 -c:a mp2 part.ts; " + tool +
                 "-i part.ts -c copy -output_ts_offset 3600 later.ts; cat part.ts later.ts > ahead.ts; " + tool +
                 "-f lavfi -i testsrc2=s=96x72:r=25:d=3.4" + sound + vob + "lastkey.mpg";
         // A cover is no movie; neither is sound alone.
