@@ -14,12 +14,13 @@ void CPlayWindowRule::Apply(PlayMode mode, CPlayWindow& window) const {
 }
 
 void CPlayWindowRule::ApplyFullScreen(PlayMode mode, CPlayWindow& window) const {
+    // Where it is what it shall be, it takes the focus from nobody who types.
+    if ((window.IsFullScreen() && window.IsVisible()) == (mode == PlayMode::kPlay)) return;
     if (mode == PlayMode::kPlay) {
         if (!window.IsFullScreen()) window.SetFullScreen(true);
         if (bringToFrontB || hideOnPauseB || !window.IsVisible()) window.ShowAndSelect();
         return;
     }
-    if (!window.IsFullScreen()) return;
     if (hideOnPauseB) window.Hide();
     if (hideOnPauseB || mode != PlayMode::kPause) window.SetFullScreen(false);
 }
