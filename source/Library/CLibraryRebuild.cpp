@@ -58,7 +58,7 @@ std::vector<SongFileSet> CLibraryRebuild::Gather() const {
     std::atomic<bool> doneB{false};
     const std::jthread reader([&] {
         TagThread(NextThreadIndex(), true);
-        found = SongFileSets::Gather(std::span(&i_folder, 1), false, [] { return false; });
+        found = SongFileSets::Gather(std::span(&i_folder, 1), {.requireAudioB = false}, [] { return false; });
         doneB.store(true, std::memory_order_release);
     });
     while (!doneB.load(std::memory_order_acquire)) WaitOneTurn();

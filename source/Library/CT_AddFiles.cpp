@@ -46,7 +46,8 @@ OSErr CT_AddFiles::Operate(OSErr err) {
     std::unique_ptr<CTaskView> viewP;
     (void)CThreadHost::With([&](CThreadHost& host) { viewP = host.OpenTask("Add Files"); });
     if (viewP) viewP->SetText("Gathering Files in folder");
-    i_found = SongFileSets::Gather(i_paths, i_settingsRef->requireAudioB, [&] {
+    const SongFileRules rules{.requireAudioB = i_settingsRef->requireAudioB, .midiB = i_settingsRef->launchMidiB};
+    i_found = SongFileSets::Gather(i_paths, rules, [&] {
         cancelledB = cancelledB || *i_stoppingRef || (viewP && viewP->IsCancelled());
         return cancelledB;
     });

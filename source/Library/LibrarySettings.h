@@ -17,6 +17,7 @@ struct LibrarySettings {
     bool pushEditsB = true;      // what is edited goes on to the files,
     double pushWaitT = 10;       // so many seconds after the last edit
     bool requireAudioB = true;   // graphics without sound are no song
+    bool launchMidiB = false;    // files of notes are
     bool warnNamesB = true, warnMP3B = true;
     long cachedSongsL = 25, cachedImagesL = 1;
 

@@ -44,21 +44,22 @@ void SortByWish(std::vector<Path>& files, SDB_SongFile type) {
 
 class Gatherer {
 public:
-    Gatherer(SongFileSets& result, bool requireAudioB, const std::function<bool()>& cancelled)
-        : i_result(result), i_requireAudioB(requireAudioB), i_cancelled(cancelled) {}
+    Gatherer(SongFileSets& result, const SongFileRules& rules, const std::function<bool()>& cancelled)
+        : i_result(result), i_rules(rules), i_cancelled(cancelled) {}
 
     void TakeChosen(const Path& path) {
         FileInfo info;
         if (const int errL = CFileCalls::Get().Look(path, true, info); errL != 0) return Refuse(path, MapErrno(errL));
         if (info.kind == FileKind::kFolder) return TakeOnce(path, 0);
         i_groups.clear();
-        if (info.kind != FileKind::kFile || !AddToGroup(path)) return Refuse(path, paramErr);
+        if (info.kind != FileKind::kFile || !AddToGroup(path))
+            return Refuse(path, paramErr, IsMidiFile(path) ? RefusedFile::Why::kMidi : RefusedFile::Why::kErr);
         MakeSets();
     }
 
 private:
-    void Refuse(const Path& path, OSErr err, bool soundlessB = false) {
-        i_result.refused.push_back({path, err, soundlessB});
+    void Refuse(const Path& path, OSErr err, RefusedFile::Why why = RefusedFile::Why::kErr) {
+        i_result.refused.push_back({path, err, why});
         LogF("### Error not added: %s (%s)", path.c_str(), i_result.refused.back().Reason().c_str());
     }
 
@@ -100,7 +101,7 @@ private:
             group.graphics.push_back(file);
         else if (kinds.videoB)
             group.videos.push_back(file);   // some can be the sound of a pair: MakePair
-        else if (kinds.audioB)
+        else if (kinds.audioB || (i_rules.midiB && IsMidiFile(file)))
             group.audio.push_back(file);
         else
             return false;
@@ -140,8 +141,8 @@ private:
         if (!group.audio.empty())
             set.audio = CFileRef(group.audio.front());
         else if (Failed(CSongFileSearch(set.video.GetName()).Find(set.video, SDB_SongFile_AUDIO, {}, set.audio)) &&
-                 i_requireAudioB)
-            return Refuse(set.video.GetPath(), fnfErr, true);
+                 i_rules.requireAudioB)
+            return Refuse(set.video.GetPath(), fnfErr, RefusedFile::Why::kNoSound);
         Add(std::move(set));
     }
 
@@ -161,7 +162,7 @@ private:
     }
 
     SongFileSets& i_result;
-    const bool i_requireAudioB;
+    const SongFileRules i_rules;
     const std::function<bool()>& i_cancelled;
     std::map<std::string, Group> i_groups;   // of the folder at hand, by base name in small letters
     std::set<Path> i_walked;
@@ -170,10 +171,10 @@ private:
 
 }   // namespace
 
-SongFileSets SongFileSets::Gather(std::span<const Path> paths, bool requireAudioB,
+SongFileSets SongFileSets::Gather(std::span<const Path> paths, const SongFileRules& rules,
                                   const std::function<bool()>& cancelled) {
     SongFileSets result;
-    Gatherer gatherer(result, requireAudioB, cancelled);
+    Gatherer gatherer(result, rules, cancelled);
     for (const Path& path : paths) {
         if (cancelled()) break;
         gatherer.TakeChosen(std::filesystem::absolute(path).lexically_normal());

@@ -22,13 +22,20 @@ struct SongFileSet {
 struct RefusedFile {
     std::filesystem::path path;
     OSErr err = noErr;
-    bool soundlessB = false;   // it is there, but not the sound that belongs to it
+    enum class Why { kErr, kNoSound, kMidi } why = Why::kErr;   // kNoSound: of graphics, which are there themselves
 
     /** For people: paramErr says no more than that. */
     [[nodiscard]] std::string Reason() const {
-        if (soundlessB) return "Its sound was not found";
+        if (why == Why::kNoSound) return "Its sound was not found";
+        if (why == Why::kMidi) return "MIDI files are songs only with the preference “Launch Midi Files”";
         return err == paramErr ? "There is no song in it" : ErrorText(err);
     }
+};
+
+/** What is a song. */
+struct SongFileRules {
+    bool requireAudioB = true;   // graphics without sound are refused
+    bool midiB = false;          // files of notes are taken
 };
 
 /** Turns files and folders, in whatever mixture they were chosen, into songs. The halves of a pair find each other,
@@ -38,7 +45,7 @@ struct SongFileSets {
     std::vector<SongFileSet> sets;   // in the order of the paths, folders by name; no two alike
     std::vector<RefusedFile> refused;
 
-    /** `cancelled` is asked between files. With `requireAudioB` graphics without sound are refused. */
-    [[nodiscard]] static SongFileSets Gather(std::span<const std::filesystem::path> paths, bool requireAudioB,
+    /** `cancelled` is asked between files. */
+    [[nodiscard]] static SongFileSets Gather(std::span<const std::filesystem::path> paths, const SongFileRules& rules,
                                              const std::function<bool()>& cancelled);
 };

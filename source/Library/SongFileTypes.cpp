@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "Core/SmallExtension.h"
+
 namespace {
 
 using Texts = std::span<const std::string_view>;
@@ -49,4 +51,8 @@ const TypeRow& RowOf(SDB_SongFile type) {
 std::string_view SongFileLogWord(SDB_SongFile type) { return RowOf(type).logWord; }
 std::string_view SongFileExtension(SDB_SongFile type) { return RowOf(type).extension; }
 Texts SongFileSearchExtensions(SDB_SongFile type) { return RowOf(type).search; }
+bool IsMidiFile(const std::filesystem::path& file) {
+    const std::string extension = SmallExtension(file);
+    return extension == "mid" || extension == "midi" || extension == "kar";
+}
 Types SongFileSearchBases(SDB_SongFile type) { return RowOf(type).bases; }

@@ -1,4 +1,5 @@
 #pragma once
+#include <filesystem>
 #include <span>
 #include <string_view>
 
@@ -10,6 +11,8 @@
 [[nodiscard]] std::string_view SongFileExtension(SDB_SongFile type);
 /** The extensions under which a missing file is looked for, in this order. */
 [[nodiscard]] std::span<const std::string_view> SongFileSearchExtensions(SDB_SongFile type);
+/** By its ending: a file of notes, which the desktop plays. */
+[[nodiscard]] bool IsMidiFile(const std::filesystem::path& file);
 /** The places whose files tell where a missing one may lie, in this order. The cached graphics, which may stand for the
     graphics, are no part of it. */
 [[nodiscard]] std::span<const SDB_SongFile> SongFileSearchBases(SDB_SongFile type);

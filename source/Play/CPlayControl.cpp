@@ -155,6 +155,13 @@ void CPlayControl::PreRollDone(CSongPlay& play, OSErr err) {
     CacheNext();
     if (i_delayedB) i_host.ShowMessage("“" + play.Spec().name + "” starts once it is unpacked");
     TellPlay();
+    if (play.Files().LacksGraphics()) TellLostGraphics(play);   // last: the operator reads it while the song plays
+}
+
+void CPlayControl::TellLostGraphics(const CSongPlay& play) {
+    const std::string name = play.Spec().name;
+    static_cast<void>(LogStep(fnfErr, "wiring up graphics ports", play.Spec().video.GetPath()));
+    ShowAlert("The graphics of “" + name + "” were not found", "The song plays without them.");
 }
 
 bool CPlayControl::MustWait(const CSongPlay& play) const {
@@ -230,7 +237,11 @@ void CPlayControl::SongFailed(CSongPlay& play, OSErr err) {
 }
 
 void CPlayControl::TellFailure(const CSongPlay& play, OSErr err) const {
-    if (CSpooler::IsIgnorable(err) || play.Files().WasTold()) return;
+    if (CSpooler::IsIgnorable(err)) return;
+    if (play.Files().WasTold()) {   // but not of which song it was
+        i_host.ShowMessage("“" + play.Spec().name + "” could not be played");
+        return;
+    }
     if (err == fnfErr)
         ShowAlert(MissingSongText(play.Spec().name), {});
     else

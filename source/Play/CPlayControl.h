@@ -146,6 +146,7 @@ private:
     OSErr PlaySong(const SongPlaySpec& spec, const StartHow& how);
     /** Nothing when there is no such row, or no song in it. */
     [[nodiscard]] std::optional<SongPlaySpec> SpecOf(PlaylistID list, PLItemID item) const;
+    static void TellLostGraphics(const CSongPlay& play);
     void TellFailure(const CSongPlay& play, OSErr err) const;
     /** "Next" and its kin: the song there takes the place of what plays. */
     OSErr StepTo(PLItemID item, bool pausedB = false);

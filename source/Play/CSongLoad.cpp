@@ -7,7 +7,7 @@
 #include "Core/CLog.h"
 #include "Core/CZipArchive.h"
 #include "Core/CZipSongMembers.h"
-#include "Core/SmallExtension.h"
+#include "Library/SongFileTypes.h"
 
 namespace {
 
@@ -17,11 +17,6 @@ constexpr std::uintmax_t kStamp_Gone = static_cast<std::uintmax_t>(-1);
 bool IsThere(const CFileRef& file) {
     std::error_code err;
     return !file.IsEmpty() && std::filesystem::is_regular_file(file.GetPath(), err);
-}
-
-bool IsMidi(const CFileRef& file) {
-    const std::string extension = SmallExtension(file.GetPath());
-    return extension == "mid" || extension == "midi" || extension == "kar";
 }
 
 /** All of a member. What is damaged at its end is given as far as it goes. */
@@ -83,7 +78,7 @@ OSErr CSongLoad::LoadNow(std::unique_ptr<CS_MainThread_AbortProc> completionP) {
     i_graphicsP.reset();
     if (i_movieP) i_movieP->Abort();
     i_movieP = nullptr;
-    i_toldB = false;
+    i_toldB = i_lacksGraphicsB = false;
     if (const OSErr err = Choose(); Failed(err)) return err;
     i_stamps = Stamps();
     if (i_abortedB.load()) return abortErr;
@@ -136,7 +131,7 @@ OSErr CSongLoad::Choose() {
     if (const CFileRef zip = i_spec.zip.IsEmpty() ? CFileRef() : Find(SDB_SongFile_ZIP); !zip.IsEmpty())
         return ChooseFromZip(zip);
     const bool soundlessB = i_spec.audio.IsEmpty();
-    if (i_spec.launchMidiB && IsMidi(soundlessB ? i_spec.video : i_spec.audio))
+    if (i_spec.launchMidiB && IsMidiFile((soundlessB ? i_spec.video : i_spec.audio).GetPath()))
         if (CFileRef given = Find(soundlessB ? SDB_SongFile_VIDEO : SDB_SongFile_AUDIO); !given.IsEmpty()) {
             i_kind = SongKind::kLaunch;
             i_mainFile = std::move(given);
@@ -195,6 +190,7 @@ OSErr CSongLoad::ChooseFromFiles() {
         return LogStep(fnfErr, "looking for a song's files", i_spec.audio.GetPath());
     i_soundFile = sound;
     i_mainFile = picture.IsEmpty() ? sound : picture;
+    i_lacksGraphicsB = picture.IsEmpty() && !i_spec.video.IsEmpty();
     if (!picture.IsEmpty())
         if (const OSErr err = LoadGraphics(picture.GetPath()); Failed(err)) return err;
     i_kind = sound.IsEmpty() ? SongKind::kGraphics : picture.IsEmpty() ? SongKind::kSound : SongKind::kSoundAndGraphics;

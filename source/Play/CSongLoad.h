@@ -53,6 +53,8 @@ public:
     [[nodiscard]] CSubCodeStream_Memory* Graphics() noexcept { return i_graphicsP.get(); }
     /** The picture of kVideo, opened; else null. */
     [[nodiscard]] const Ref<CAS_QuickTimeVideo>& Movie() const noexcept { return i_movieP; }
+    /** It should have graphics, but their file is nowhere: it plays without. */
+    [[nodiscard]] bool LacksGraphics() const noexcept { return i_lacksGraphicsB; }
     /** The song's places with what was found elsewhere than they say; null before the first Load. */
     [[nodiscard]] const CSongFiles* Places() const noexcept { return i_places ? &*i_places : nullptr; }
     /** The movie of kVideo, or the file that kLaunch hands on. */
@@ -93,7 +95,7 @@ private:
     Ref<CAS_AudioRing> i_ringP;
     Ref<CAS_QuickTimeVideo> i_movieP;
     std::vector<Stamp> i_stamps;   // of the files, when they were opened
-    bool i_toldB = false;
+    bool i_toldB = false, i_lacksGraphicsB = false;
     mutable std::mutex i_phaseLock;   // guards i_phase and i_playedB; held for no work
     std::condition_variable i_phaseChanged;
     Phase i_phase = Phase::kNew;

@@ -83,6 +83,11 @@ TEST_F(AddFiles, WhatIsNoSongIsRefused) {
     ASSERT_EQ(i_refused.size(), 4U);
     EXPECT_EQ(i_refused[1].err, fnfErr);
     EXPECT_TRUE(Logged("### Error not added: " + (i_folder / "out/notes.txt").string()));
+    Make("out/Notes.KAR");
+    EXPECT_EQ(Added({"out/Notes.KAR"}), Lines{});
+    EXPECT_EQ(i_refused.at(0).why, RefusedFile::Why::kMidi);
+    ChangeSettings([](LibrarySettings& settings) { settings.launchMidiB = true; });
+    EXPECT_EQ(Added({"out/Notes.KAR"}), Lines{"/Notes: Notes.KAR"});
 }
 
 TEST_F(AddFiles, ALinkBackToAFolderEnds) {

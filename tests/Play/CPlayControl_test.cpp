@@ -81,6 +81,16 @@ TEST_F(PlayTest, TheTrueLengthIsNotedWhenASongWasHeardToItsEnd) {
     EXPECT_EQ(trimmed.Meta().GetInteger("drtn"_key), 4000);
 }
 
+TEST_F(PlayTest, ASongWhoseGraphicsHaveGonePlaysAndTheOperatorIsTold) {
+    const std::filesystem::path graphics = Graphics("a.cdg", 600);
+    Add(Sound("a.wav", 30), graphics);
+    std::filesystem::remove(graphics);
+    ASSERT_EQ(Play(0), noErr);
+    ASSERT_TRUE(RunUntilPlaying());
+    EXPECT_EQ(AlertsSoFar(), Words{"The graphics of “a” were not found"});
+    EXPECT_TRUE(i_controlP->IsPlaying());
+}
+
 /** What is done in which state, and where it leads. */
 TEST_F(PlayTest, EveryOrderInEveryState) {
     for (int n = 0; n < 3; ++n) Add(Sound(std::to_string(n) + ".wav", 30));
