@@ -23,6 +23,7 @@
 #include "Platform/CAudioOutput_SDL.h"
 #include "Platform/CClock.h"
 #include "Platform/CUserInterface_Plain.h"
+#include "Platform/Heap.h"
 #include "Play/CPlayControl.h"
 #include "Play/CPlayHost.h"
 
@@ -214,6 +215,7 @@ private:
 }   // namespace
 
 int main(int argc, char** argv) {
+    ShareHeaps();   // as the programs do
     const double driftT = argc > 1 ? std::atof(argv[1]) : 300;
     const int songs = argc > 2 ? std::atoi(argv[2]) : 200;
     ::setenv("SDL_AUDIODRIVER", "dummy", 1);

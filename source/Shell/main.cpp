@@ -2,11 +2,13 @@
 #include <string>
 #include <vector>
 
+#include "Platform/Heap.h"
 #include "Shell/CGraphicsCard.h"
 #include "Shell/Options.h"
 #include "Shell/Process.h"
 
 int main(int countL, char** wordsZ) {
+    ShareHeaps();
     const auto options = ReadOptions(std::vector<std::string>(wordsZ + 1, wordsZ + countL));
     if (!options.has_value() || options->helpB) {
         (options.has_value() ? std::cout : std::cerr) << kOptions_Usage;
