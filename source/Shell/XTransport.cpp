@@ -294,13 +294,13 @@ void XTransport::PlayChanged() {
 
 void XTransport::ShowSong() {
     CSong* const songP = Number(i_play.CurrentSong()) > 0 ? i_database.GetSong(i_play.CurrentSong()) : nullptr;
-    if (songP == nullptr) {
-        i_titleP->SetText(tr("Nothing plays"));
-        i_artistP->SetText({});
-    } else {
+    if (songP != nullptr)
         i_titleP->SetText(QtText(songP->Name()));
-        i_artistP->SetText(QtText(songP->Meta().GetString("arts"_key)));
-    }
+    else if (const CSongPlay* const playP = i_play.Current(); playP != nullptr)   // it has left the library
+        i_titleP->SetText(QtText(playP->Spec().name));
+    else
+        i_titleP->SetText(tr("Nothing plays"));
+    i_artistP->SetText(songP == nullptr ? QString() : QtText(songP->Meta().GetString("arts"_key)));
     i_artistP->setAccessibleName(tr("Artist"));
 }
 
