@@ -14,7 +14,7 @@ CT_ReadCover::CT_ReadCover(std::filesystem::path file, std::shared_ptr<CCoverArt
 
 OSErr CT_ReadCover::Operate(OSErr) {
     OSErr err = noErr;
-    i_cover = ReadCover(i_file, kCover_Most, err);
+    i_cover = ReadCover(CFileRef(i_file), kCover_Most, err);
     return LogStep(err, "reading the cover", i_file);
 }
 

@@ -66,8 +66,7 @@ int LargestStream(const AVFormatContext& format) {
     return bestIndex;
 }
 
-ImageFrame DecodeFirst(AVFormatContext& format, int streamIndex) {
-    const AVCodecParameters& parameters = *format.streams[streamIndex]->codecpar;
+ImageFrame DecodePicture(const AVCodecParameters& parameters, const AVPacket& packet) {
     const AVCodec* decoderP = avcodec_find_decoder(parameters.codec_id);
     if (decoderP == nullptr) return nullptr;
     const std::unique_ptr<AVCodecContext, CodecFree> codec(avcodec_alloc_context3(decoderP));
@@ -76,17 +75,18 @@ ImageFrame DecodeFirst(AVFormatContext& format, int streamIndex) {
     codec->thread_count = 1;
     if (avcodec_open2(codec.get(), decoderP, nullptr) < 0) return nullptr;
 
-    const std::unique_ptr<AVPacket, PacketFree> packet(av_packet_alloc());
     ImageFrame frame(av_frame_alloc());
-    if (packet == nullptr || frame == nullptr) return nullptr;
+    if (frame == nullptr || avcodec_send_packet(codec.get(), &packet) < 0) return nullptr;
+    (void)avcodec_send_packet(codec.get(), nullptr);   // one picture is all there is: flush
+    return avcodec_receive_frame(codec.get(), frame.get()) >= 0 ? std::move(frame) : nullptr;
+}
+
+ImageFrame DecodeFirst(AVFormatContext& format, int streamIndex) {
+    const std::unique_ptr<AVPacket, PacketFree> packet(av_packet_alloc());
+    if (packet == nullptr) return nullptr;
     while (av_read_frame(&format, packet.get()) >= 0) {
-        const bool wantedB = packet->stream_index == streamIndex;
-        const bool sentB = wantedB && avcodec_send_packet(codec.get(), packet.get()) >= 0;
+        if (packet->stream_index == streamIndex) return DecodePicture(*format.streams[streamIndex]->codecpar, *packet);
         av_packet_unref(packet.get());
-        if (!wantedB) continue;
-        if (!sentB) return nullptr;
-        (void)avcodec_send_packet(codec.get(), nullptr);   // one picture is all there is: flush
-        return avcodec_receive_frame(codec.get(), frame.get()) >= 0 ? std::move(frame) : nullptr;
     }
     return nullptr;
 }

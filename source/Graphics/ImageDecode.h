@@ -4,8 +4,10 @@
 
 #include "Graphics/COffscreen.h"
 
+struct AVCodecParameters;
 struct AVFormatContext;
 struct AVFrame;
+struct AVPacket;
 
 /** The steps from an image file to pixels, by FFmpeg. Any thread. */
 struct ImageFormatClose {
@@ -22,7 +24,9 @@ using ImageFrame = std::unique_ptr<AVFrame, ImageFrameFree>;
 [[nodiscard]] ImageFormat OpenImage(const std::filesystem::path& file, const char* formatsZ);
 /** The stream with the most pixels by the file's directory, where 0 stands for 256 and more; -1 for none. */
 [[nodiscard]] int LargestStream(const AVFormatContext& format);
-/** The first frame of the stream; null when there is none, or more than COffscreen::kMaxPixels are in it. */
+/** The picture in a packet; null when there is none, or more than COffscreen::kMaxPixels are in it. */
+[[nodiscard]] ImageFrame DecodePicture(const AVCodecParameters& parameters, const AVPacket& packet);
+/** The first picture of the stream. */
 [[nodiscard]] ImageFrame DecodeFirst(AVFormatContext& format, int streamIndex);
 /** The frame in that size, depth 32, colours multiplied with their alpha; null and `err` on failure. */
 [[nodiscard]] std::unique_ptr<COffscreen> PixelsOf(const AVFrame& frame, int width, int height, OSErr& err);

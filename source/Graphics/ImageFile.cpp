@@ -7,16 +7,17 @@ extern "C" {
 }
 
 #include <cstdlib>
+#include <span>
 #include <string_view>
 
+#include "Audio/CMediaFormat.h"
+#include "Audio/SongSource.h"
 #include "Graphics/CGraphicsPort.h"
 #include "Graphics/ImageDecode.h"
 
 namespace {
 
-constexpr const char* kImageFormatsZ = "png_pipe,jpeg_pipe,webp_pipe,bmp_pipe,tiff_pipe,gif,apng";
-/** Those that can have a cover inside. */
-constexpr const char* kCoverFormatsZ = "mp3,flac,ogg,mov,mp4,m4a,asf,aac,aiff,wav,matroska,webm";
+constexpr const char* kFormatsZ = "png_pipe,jpeg_pipe,webp_pipe,bmp_pipe,tiff_pipe,gif,apng";
 
 /** How a camera was held, by the numbers of its files: 3 upside down, 6 to be turned right, 8 to be turned left. */
 int CameraTurn(const AVFrame& frame) {
@@ -40,10 +41,9 @@ std::unique_ptr<COffscreen> Upright(std::unique_ptr<COffscreen> picture, int tur
     return turned;
 }
 
-/** The first picture of the stream, upright, in the size that fits. */
-std::unique_ptr<COffscreen> ReadStream(AVFormatContext& format, int streamIndex, const Rect& most, OSErr& err) {
+/** Upright, in the size that fits. */
+std::unique_ptr<COffscreen> Shape(const ImageFrame& frame, const Rect& most, OSErr& err) {
     err = paramErr;
-    const ImageFrame frame = DecodeFirst(format, streamIndex);
     if (frame == nullptr || frame->width <= 0 || frame->height <= 0) return nullptr;
 
     const int turn = CameraTurn(*frame);
@@ -58,38 +58,37 @@ std::unique_ptr<COffscreen> ReadStream(AVFormatContext& format, int streamIndex,
     return picture;
 }
 
-/** Of the pictures inside the file, the one that says so, else the first; -1 for none. */
-int CoverStream(const AVFormatContext& format) {
-    int found = -1;
-    for (unsigned n = 0; n < format.nb_streams; ++n) {
-        const AVStream& stream = *format.streams[n];
-        if ((stream.disposition & AV_DISPOSITION_ATTACHED_PIC) == 0) continue;
-        const AVDictionaryEntry* const kindP = av_dict_get(stream.metadata, "comment", nullptr, 0);
-        if (kindP != nullptr && std::string_view(kindP->value) == "Cover (front)") return static_cast<int>(n);
-        if (found < 0) found = static_cast<int>(n);
+/** Of the pictures inside the file, the one that says so, else the first; null for none. */
+const AVStream* FindCover(const AVFormatContext& format) {
+    const AVStream* foundP = nullptr;
+    for (const AVStream* const streamP : std::span(format.streams, format.nb_streams)) {
+        if ((streamP->disposition & AV_DISPOSITION_ATTACHED_PIC) == 0) continue;
+        const AVDictionaryEntry* const kindP = av_dict_get(streamP->metadata, "comment", nullptr, 0);
+        if (kindP != nullptr && std::string_view(kindP->value) == "Cover (front)") return streamP;
+        if (foundP == nullptr) foundP = streamP;
     }
-    return found;
-}
-
-bool IsThere(const std::filesystem::path& file) {
-    std::error_code ignored;
-    return std::filesystem::is_regular_file(file, ignored);
+    return foundP;
 }
 
 }   // namespace
 
 std::unique_ptr<COffscreen> ReadImageFile(const std::filesystem::path& file, const Rect& most, OSErr& err) {
-    err = IsThere(file) ? paramErr : fnfErr;
+    std::error_code ignored;
+    err = std::filesystem::is_regular_file(file, ignored) ? paramErr : fnfErr;
     if (err == fnfErr) return nullptr;
-    const ImageFormat format = OpenImage(file, kImageFormatsZ);
+    const ImageFormat format = OpenImage(file, kFormatsZ);
     const int streamIndex = format == nullptr ? -1 : LargestStream(*format);
-    return streamIndex < 0 ? nullptr : ReadStream(*format, streamIndex, most, err);
+    return streamIndex < 0 ? nullptr : Shape(DecodeFirst(*format, streamIndex), most, err);
 }
 
-std::unique_ptr<COffscreen> ReadCover(const std::filesystem::path& file, const Rect& most, OSErr& err) {
-    err = IsThere(file) ? noErr : fnfErr;
-    if (err == fnfErr) return nullptr;
-    const ImageFormat format = OpenImage(file, kCoverFormatsZ);
-    const int streamIndex = format == nullptr ? -1 : CoverStream(*format);
-    return streamIndex < 0 ? nullptr : ReadStream(*format, streamIndex, most, err);
+std::unique_ptr<COffscreen> ReadCover(const CFileRef& file, const Rect& most, OSErr& err) {
+    SongBytes song;
+    std::unique_ptr<CByteSource> bytesP;
+    CMediaFormat format(MediaKind::kSound);   // the cover is in its directory; only the sound would be read
+    err = FindSongBytes(file, MediaKind::kSound, song);
+    if (!Failed(err)) err = song.make(bytesP);
+    if (!Failed(err)) err = format.Open(*bytesP, song.extension);
+    if (err == paramErr) err = noErr;   // it is no song
+    const AVStream* const coverP = Failed(err) || format.Format() == nullptr ? nullptr : FindCover(*format.Format());
+    return coverP == nullptr ? nullptr : Shape(DecodePicture(*coverP->codecpar, coverP->attached_pic), most, err);
 }

@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "Core/CFileRef.h"
 #include "Graphics/COffscreen.h"
 
 /** The picture of an image file (PNG, JPEG, WebP, BMP, TIFF, GIF: the first frame), depth 32, opaque, what is clear in
@@ -11,6 +12,6 @@
 [[nodiscard]] std::unique_ptr<COffscreen> ReadImageFile(const std::filesystem::path& file, const Rect& most,
                                                         OSErr& err);
 
-/** The picture that a sound or movie file has inside, its front cover if there are several; the rest as above. Null and
-   noErr when there is none. */
-[[nodiscard]] std::unique_ptr<COffscreen> ReadCover(const std::filesystem::path& file, const Rect& most, OSErr& err);
+/** The picture inside a song's sound file, or inside the sound in its zip: the front cover if there are several. Shaped
+   as above; a worker's, too. Null and noErr when there is none. */
+[[nodiscard]] std::unique_ptr<COffscreen> ReadCover(const CFileRef& file, const Rect& most, OSErr& err);

@@ -56,7 +56,7 @@ TEST_F(ImageFileTest, ReadsTheFormatsOfPictures) {
 }
 
 TEST_F(ImageFileTest, FindsTheCoverInsideASong) {
-    const fs::path front = Make("front.png"), back = i_folder / "back.png";
+    const fs::path front = Make("front.png");
     const auto run = [this](const std::string& words, const std::string& name) {
         const std::string command =
             "cd '" + i_folder.string() + "' && ffmpeg -v error -y -nostdin " + words + " " + name;
@@ -76,10 +76,13 @@ TEST_F(ImageFileTest, FindsTheCoverInsideASong) {
         {run(twoPictures, "two.mp3"), true},     {run(onePicture + " -c:a flac", "one.flac"), true},
         {run(onePicture, "one.m4a"), true},      {i_folder / "tone.wav", false},
         {run("-i tone.wav", "none.mp3"), false}, {front, false},
+        {i_folder / "two.zip", true},
     };
+    const std::string zip = "cd '" + i_folder.string() + "' && python3 -m zipfile -c two.zip two.mp3";
+    ASSERT_EQ(std::system(zip.c_str()), 0);
     for (const auto& c : kCases) {
         OSErr err = paramErr;
-        const auto cover = ReadCover(c.file, {0, 0, 20, 32}, err);
+        const auto cover = ReadCover(CFileRef(c.file), {0, 0, 20, 32}, err);
         ASSERT_EQ(err, noErr) << c.file;
         ASSERT_EQ(cover != nullptr, c.coverB) << c.file;
         if (cover == nullptr) continue;
@@ -88,8 +91,8 @@ TEST_F(ImageFileTest, FindsTheCoverInsideASong) {
     }
     fs::resize_file(i_folder / "two.mp3", 700);   // in the middle of the pictures
     OSErr err = noErr;
-    EXPECT_EQ(ReadCover(i_folder / "two.mp3", kMost, err), nullptr);
-    EXPECT_EQ(ReadCover(i_folder / "gone.mp3", kMost, err), nullptr);
+    EXPECT_EQ(ReadCover(CFileRef(i_folder / "two.mp3"), kMost, err), nullptr);
+    EXPECT_EQ(ReadCover(CFileRef(i_folder / "gone.mp3"), kMost, err), nullptr);
     EXPECT_EQ(err, fnfErr);
 }
 
