@@ -40,8 +40,9 @@ PLItemID CPlayPlace::After(CPlayList::Step step, CPlayList::AtEnd end) const {
     if (i_before == SDB_kNoItem) return listP->GetNextID(kBeyond, step, end);
     if (step == CPlayList::Step::kForward) return listP->GetNextID(i_before, step, end);
     const std::vector<PLItemID>& ids = listP->GetSortedList();
-    const auto behind = std::ranges::find(ids, i_before) + 1;   // it is there: see RowsLeave
-    return listP->GetNextID(behind == ids.end() ? kBeyond : *behind, step, end);
+    const auto before = std::ranges::find(ids, i_before);
+    const bool lastB = before == ids.end() || before + 1 == ids.end();
+    return listP->GetNextID(lastB ? kBeyond : before[1], step, end);
 }
 
 bool CPlayPlace::IsLast() const {
