@@ -234,6 +234,8 @@ constexpr PrefRow kPreferences[] = {
     Typed("Video Window Opacity", CFType::kFloat),   // 0.1 to 1.0, which it is without
     Typed("4x3 aspect ratio", CFType::kBool),   // "16x9 aspect ratio" goes before it
     Typed("Add Files Folder", CFType::kString),
+    Typed("Look (0=desktop, 1=dark, 2=light)", CFType::kInteger),
+    Typed("Video Drawing (0=automatic, 1=processor, 2=OpenGL)", CFType::kInteger),
     Typed("Break Picture", CFType::kString),   // the path of what the video windows show between songs
     Typed("Ignore CD+G Ripping errors (You'll just get black video)", CFType::kBool),
     Typed("Update while typing", CFType::kBool),

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QFormLayout>
 #include <QLabel>
@@ -67,7 +68,7 @@ void XPreferencePage::Add(std::span<const PreferenceRow> rows) {
         const PrefRow* const knownP = FindPreference(row.keyZ);
         switch (knownP == nullptr ? CFType::kBool : knownP->type) {
             case CFType::kInteger:
-                AddNumber(row, true);
+                row.choices.empty() ? AddNumber(row, true) : AddChoice(row);
                 break;
             case CFType::kFloat:
                 AddNumber(row, false);
@@ -119,6 +120,20 @@ void XPreferencePage::AddSwitch(const PreferenceRow& row) {
         boxP->setChecked(i_prefs.GetBool(row.keyZ, row.onB));
     });
     connect(boxP, &QCheckBox::toggled, this, [this, keyZ = row.keyZ](bool onB) { i_prefs.Set(keyZ, CCFValue(onB)); });
+}
+
+void XPreferencePage::AddChoice(const PreferenceRow& row) {
+    auto* const boxP = new QComboBox;
+    boxP->setObjectName(row.keyZ);
+    for (const char* const choiceZ : row.choices) boxP->addItem(choiceZ);
+    boxP->setAccessibleDescription(row.wordsZ != nullptr ? row.wordsZ : row.keyZ);
+    AddWidget(LabelOf(row), boxP, row.wordsZ);
+    OnShow([this, boxP, row] {
+        const QSignalBlocker quiet(boxP);
+        boxP->setCurrentIndex(std::clamp<int>(i_prefs.GetLong(row.keyZ, 0), 0, boxP->count() - 1));
+    });
+    connect(boxP, &QComboBox::currentIndexChanged, this,
+            [this, keyZ = row.keyZ](int choice) { i_prefs.Set(keyZ, CCFValue(choice)); });
 }
 
 void XPreferencePage::AddNumber(const PreferenceRow& row, bool wholeB) {

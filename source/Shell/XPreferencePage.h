@@ -18,6 +18,7 @@ struct PreferenceRow {
     int decimals = 0;
     const char* unitZ = "";
     bool onB = false;               // a switch that is not stored
+    std::span<const char* const> choices = {};   // words for the numbers from 0 on
 };
 
 /** A page of settings made from a table, and what its maker adds. What is set holds at once; what somebody else set is
@@ -39,6 +40,7 @@ public:
 
 private:
     void AddSwitch(const PreferenceRow& row);
+    void AddChoice(const PreferenceRow& row);
     void AddNumber(const PreferenceRow& row, bool wholeB);
     void AddText(const PreferenceRow& row);
 

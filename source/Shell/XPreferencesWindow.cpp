@@ -53,8 +53,10 @@ constexpr PreferenceRow kVideoDuring[] = {
     {"Bring Video Window to front when playing"},
     {"Hide on pause"},
 };
+constexpr const char* kDrawings[] = {"The graphics card, if there is one", "The processor", "OpenGL"};
 constexpr PreferenceRow kVideoPicture[] = {
     {"Use hq4x upscaling (fast computers only)", nullptr, "Smooth letters on a large screen; from the next song on."},
+    {.keyZ = CGraphicsCard::kPreferenceZ, .labelZ = "Drawn by", .wordsZ = "From the next start on.", .choices = kDrawings},
 };
 
 constexpr PreferenceRow kSound[] = {
@@ -81,6 +83,12 @@ constexpr PreferenceRow kLibrary[] = {
     {"Warn if there is a possibly corrupted MP3"},
     {.labelZ = "Cache"},
     {"Number of cached songs", "Songs kept at hand", "Their graphics lie unpacked in the cache folder.", 0, 10000},
+};
+
+constexpr const char* kLooks[] = {"Like the desktop", "Dark", "Light"};
+constexpr PreferenceRow kLook[] = {
+    {.keyZ = XLook::kPreferenceZ, .labelZ = "Look", .wordsZ = "Of the windows; not of the pictures.", .choices = kLooks},
+    {"Browser Font Size", "Text of the lists", "In points.", 8, 32, 1, 1, 0, " pt"},
 };
 
 constexpr const char* kShape_Wide = "16x9 aspect ratio";
@@ -151,16 +159,6 @@ void XPreferencesWindow::MakeVideo() {
         i_prefs.Set(kShape_Narrow, CCFValue(shape == 1));
     });
     page.Add(kVideoPicture);
-    auto* const drawingP = new QComboBox;
-    drawingP->addItems({tr("The graphics card, if there is one"), tr("The processor"), tr("OpenGL")});
-    drawingP->setAccessibleDescription(tr("What scales the pictures, from the next start on"));
-    page.AddWidget(tr("Drawn by"), drawingP, "From the next start on.");
-    page.OnShow([this, drawingP] {
-        const QSignalBlocker quiet(drawingP);
-        drawingP->setCurrentIndex(std::clamp<int>(i_prefs.GetLong(CGraphicsCard::kPreferenceZ, 0), 0, 2));
-    });
-    connect(drawingP, &QComboBox::currentIndexChanged, this,
-            [this](int choice) { i_prefs.Set(CGraphicsCard::kPreferenceZ, CCFValue(choice)); });
 
     page.AddHeading(tr("Between songs"));
     auto* const nameP = new XElidedLabel;
@@ -205,22 +203,10 @@ void XPreferencesWindow::MakeSound() {
 
 void XPreferencesWindow::MakeLook() {
     XPreferencePage& page = *MakePage(tr("Look"));
-    auto* const lookP = new QComboBox;
-    lookP->addItems({tr("Like the desktop"), tr("Dark"), tr("Light")});
-    lookP->setAccessibleDescription(tr("Dark or light windows"));
-    page.AddWidget(tr("Look"), lookP);
-    page.OnShow([this, lookP] {
-        const QSignalBlocker quiet(lookP);
-        lookP->setCurrentIndex(std::clamp<int>(i_prefs.GetLong(XLook::kPreferenceZ, 0), 0, 2));
-    });
-    connect(lookP, &QComboBox::currentIndexChanged, this, [this](int choice) {
-        i_prefs.Set(XLook::kPreferenceZ, CCFValue(choice));
+    page.Add(kLook);
+    connect(page.findChild<QComboBox*>(XLook::kPreferenceZ), &QComboBox::currentIndexChanged, this, [](int choice) {
         if (XLook* const xP = XLook::Get(); xP != nullptr) xP->Choose(static_cast<XLook::Choice>(choice));
     });
-    constexpr PreferenceRow kFont[] = {
-        {"Browser Font Size", "Text of the lists", "In points.", 8, 32, 1, 1, 0, " pt"},
-    };
-    page.Add(kFont);
 }
 
 void XPreferencesWindow::MakeKeys() {

@@ -427,12 +427,19 @@ TEST_F(BrowserTest, PreferencesHoldAtOnce) {
         boxP->setValue(n.shown);
         EXPECT_NEAR(i_prefs.Get(n.keyZ)->Number().value_or(0), n.stored, 1e-6) << n.keyZ;
     }
+    const char* const choices[] = {"Look (0=desktop, 1=dark, 2=light)",
+                                   "Video Drawing (0=automatic, 1=processor, 2=OpenGL)"};
+    for (const char* const keyZ : choices) {
+        window.findChild<QComboBox*>(keyZ)->setCurrentIndex(2);
+        EXPECT_EQ(i_prefs.GetLong(keyZ, 0), 2) << keyZ;
+    }
     i_windowP->FollowPreferences();
     EXPECT_EQ(Find<XSongTable>().font().pointSize(), 20);
     EXPECT_GE(Find<XSongTable>().rowHeight(0), QFontMetrics(Find<XSongTable>().font()).height());
     const XPreferencesWindow next(i_prefs, i_play, i_windowP->Actions(), nullptr);
     for (const QCheckBox* const boxP : next.findChildren<QCheckBox*>())
         EXPECT_EQ(boxP->isChecked(), i_prefs.GetBool(boxP->objectName().toStdString())) << boxP->text().toStdString();
+    for (const char* const keyZ : choices) EXPECT_EQ(next.findChild<QComboBox*>(keyZ)->currentIndex(), 2) << keyZ;
     for (const auto& n : numbers) EXPECT_NEAR(next.findChild<QDoubleSpinBox*>(n.keyZ)->value(), n.shown, 1e-6) << n.keyZ;
 }
 
