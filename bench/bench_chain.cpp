@@ -16,33 +16,19 @@
 #include <string>
 #include <vector>
 
+#include "BenchClock.h"
+#include "BenchHost.h"
 #include "Audio/CAS_AudioRing.h"
 #include "Audio/CAS_Memory.h"
 #include "Audio/CAS_SpoolRec.h"
 #include "Audio/SampleForms.h"
-#include "Core/CThreadHost.h"
 #include "Core/CThreadManager.h"
-#include "Platform/CMainLoop_Plain.h"
 
 namespace {
 
 using Samples = std::vector<std::int16_t>;
 constexpr int kRounds = 5;
 constexpr std::size_t kBlock = 2048 * 2;
-
-class BenchHost final : public CThreadHost {
-public:
-    BenchHost() { Install(this); }
-    ~BenchHost() override { Install(nullptr); }
-    CMainLoop& MainLoop() override { return i_loop; }
-    bool HasMainWindow() const override { return true; }
-    bool IsAppReady() const override { return true; }
-
-private:
-    CMainLoop_Plain i_loop;
-};
-
-double NowT() { return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count(); }
 
 /** Chords over noise: something for the engine to look for. */
 Samples Music(std::size_t frames) {
@@ -74,19 +60,19 @@ Run Chain(const Samples& samples) {
     Samples out;
     out.reserve(samples.size());
     Run run;
-    const double startT = NowT();
+    const double startT = Now();
     std::uint64_t sizeL = 0;
     if (Failed(Start(sourceP, ringP, false)) || Failed(ringP->Open(false, sizeL))) return {};
     for (;;) {
-        const double blockT = NowT();
+        const double blockT = Now();
         std::size_t gotL = 0;
         if (Failed(ringP->Read(std::as_writable_bytes(std::span(block)), gotL))) break;
         const std::size_t countL = gotL / sizeof(float);
         out.resize(out.size() + countL);
         FloatToInteger(std::span(block).first(countL), std::span(out).last(countL));
-        run.worstBlockT = std::max(run.worstBlockT, NowT() - blockT);
+        run.worstBlockT = std::max(run.worstBlockT, Now() - blockT);
     }
-    run.allT = NowT() - startT;
+    run.allT = Now() - startT;
     run.frames = out.size() / 2;
     ringP->Abort();
     if (Failed(ringP->WaitPumped())) return run;   // aborted: its end
@@ -117,9 +103,9 @@ Run Changing(const Samples& samples) {
     for (std::size_t frames = 1; frames > 0; run.frames += frames) {
         if (Failed(engine.Set(static_cast<int>(random() % 13) - 6, 0.8 + static_cast<double>(random() % 41) / 100)))
             break;
-        const double startT = NowT();
+        const double startT = Now();
         if (Failed(engine.Render(block, frames, source))) break;
-        const double tookT = NowT() - startT;
+        const double tookT = Now() - startT;
         run.allT += tookT;
         run.worstBlockT = std::max(run.worstBlockT, tookT);
     }
@@ -142,7 +128,7 @@ double Bare(const Samples& samples) {
             FloatToInteger(std::span(buffer).first(frames * 2), std::span(out).last(frames * 2));
         }
     };
-    const double startT = NowT();
+    const double startT = Now();
     for (std::size_t at = 0; at < samples.size(); at += kProgram_Samples) {
         const auto part = std::span(samples).subspan(at, std::min(kProgram_Samples, samples.size() - at));
         IntegerToFloat(part, buffer);
@@ -151,7 +137,7 @@ double Bare(const Samples& samples) {
     }
     engine.flush();
     receive();
-    return NowT() - startT;
+    return Now() - startT;
 }
 
 void WriteWav(const std::filesystem::path& file, const Samples& samples) {
@@ -164,8 +150,8 @@ void WriteWav(const std::filesystem::path& file, const Samples& samples) {
 }
 
 double Program(const std::string& command) {
-    const double startT = NowT();
-    return std::system(command.c_str()) == 0 ? NowT() - startT : -1;
+    const double startT = Now();
+    return std::system(command.c_str()) == 0 ? Now() - startT : -1;
 }
 
 }   // namespace

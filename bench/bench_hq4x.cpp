@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "BenchClock.h"
 #include "../tests/Graphics/TestFrames.h"
 #include "Graphics/CHq4x.h"
 
@@ -15,7 +16,6 @@ namespace {
 
 constexpr int kFrames = 200;
 
-double Now() { return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count(); }
 
 /** Seconds of the ffmpeg program over `frames` frames of the file; negative when it fails. */
 double FfmpegSeconds(const std::filesystem::path& file, int frames) {

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "BenchClock.h"
 #include "Audio/CAS_AudioRing.h"
 #include "Audio/CAS_SpoolRec.h"
 #include "Audio/SongSource.h"
@@ -34,13 +35,6 @@ void Tell(const char* whatZ, std::vector<double> seconds) {
     std::ranges::sort(seconds);
     std::printf("%-44s median %6.1f ms, worst %6.1f ms\n", whatZ, seconds[seconds.size() / 2] * 1e3,
                 seconds.back() * 1e3);
-}
-
-long ResidentKilobytes() {
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);)
-        if (line.starts_with("VmRSS:")) return std::strtol(line.c_str() + 6, nullptr, 10);
-    return 0;
 }
 
 /** A ring whose first block is there, open for its reader. */

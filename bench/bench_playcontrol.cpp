@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "BenchClock.h"
 #include "Cli/CCliHost.h"
 #include "Core/CCFPrefDictionary.h"
 #include "Graphics/CGraphicsPorts.h"
@@ -29,7 +30,6 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
 constexpr int kBench_Rounds = 20;
 
 void Must(bool doneB, const char* whatZ) {
@@ -38,21 +38,6 @@ void Must(bool doneB, const char* whatZ) {
     std::exit(1);
 }
 
-double Now() { return std::chrono::duration<double>(Clock::now().time_since_epoch()).count(); }
-
-/** Seconds that this thread has worked. */
-double Worked() {
-    timespec now{};
-    Must(::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now) == 0, "no clock of the thread");
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
-
-long ResidentKilobytes() {
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);)
-        if (line.starts_with("VmRSS:")) return std::strtol(line.c_str() + 6, nullptr, 10);
-    return 0;
-}
 
 /** The dummy driver, which notes when it was first given sound. */
 class NotingOutput final : public CAudioOutput {
@@ -77,15 +62,6 @@ public:
 private:
     CAudioOutput_SDL i_output;
     std::atomic<double>& i_firstT;
-};
-
-/** The machine's clock, so many times as fast. */
-class FastClock final : public CClock {
-public:
-    FastClock() { Install(this); }
-    ~FastClock() override { Install(nullptr); }
-    double AbsoluteT() const override { return SteadyT(); }
-    double SteadyT() const override { return 50 * Now(); }
 };
 
 class Bench final : private CSongDatabaseHost, private CPlayHost {
@@ -170,7 +146,7 @@ public:
     }
 
     void Many(const std::string& audio, const std::string& video, int songs) {
-        const FastClock clock;
+        const FastClock clock(50);
         i_speed = 1;
         i_preferences.Set("Audio Output Device", CCFValue(SuperString("fast")));
         i_preferences.Set("Stop between tracks", CCFValue(false));

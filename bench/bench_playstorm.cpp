@@ -20,6 +20,7 @@
 #include <string>
 #include <vector>
 
+#include "BenchClock.h"
 #include "Cli/CCliHost.h"
 #include "Core/AlertHook.h"
 #include "Core/CCFPrefDictionary.h"
@@ -29,6 +30,7 @@
 #include "Platform/CAudioOutput_Null.h"
 #include "Platform/CClock.h"
 #include "Platform/CUserInterface_Plain.h"
+#include "Platform/Heap.h"
 #include "Play/CPlayControl.h"
 #include "Play/CPlayHost.h"
 #include "Play/CPlayWatcher.h"
@@ -36,40 +38,11 @@
 namespace {
 
 namespace fs = std::filesystem;
-using Clock = std::chrono::steady_clock;
 
-double Now() { return std::chrono::duration<double>(Clock::now().time_since_epoch()).count(); }
-
-/** Seconds that this thread has worked. */
-double Worked() {
-    timespec now{};
-    return ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now) != 0
-               ? 0
-               : static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
-
-long ResidentKilobytes() {
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);)
-        if (line.starts_with("VmRSS:")) return std::strtol(line.c_str() + 6, nullptr, 10);
-    return 0;
-}
 
 std::ptrdiff_t CountIn(const char* folderZ) {
     return std::distance(fs::directory_iterator(folderZ), fs::directory_iterator());
 }
-
-/** The machine's clock, so many times as fast. */
-class FastClock final : public CClock {
-public:
-    explicit FastClock(double speed) : i_speed(speed) { Install(this); }
-    ~FastClock() override { Install(nullptr); }
-    double AbsoluteT() const override { return SteadyT(); }
-    double SteadyT() const override { return i_speed * Now(); }
-
-private:
-    const double i_speed;
-};
 
 /** What befalls the one device of the storm. */
 struct Device {
@@ -489,6 +462,7 @@ bool MakeFiles(const fs::path& folder) {
 }   // namespace
 
 int main(int argc, char** argv) {
+    ShareHeaps();   // as the programs do
     const auto number = [&](int n, long otherwise) { return argc > n ? std::atol(argv[n]) : otherwise; };
     const auto seed = static_cast<unsigned>(number(1, 1));
     const int orders = static_cast<int>(number(2, 1000)), rounds = static_cast<int>(number(3, 4));

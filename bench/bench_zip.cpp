@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "BenchClock.h"
 #include "Core/CByteSource_Zip.h"
 #include "Core/CZipArchive.h"
 #include "Core/CZipSongMembers.h"
@@ -24,7 +25,6 @@ namespace {
 namespace fs = std::filesystem;
 constexpr int kRounds = 9;   // the best counts: others use the machine too
 
-double Now() { return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count(); }
 
 [[noreturn]] void Stop(const char* whyZ) {
     std::printf("%s\n", whyZ);
