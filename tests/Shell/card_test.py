@@ -13,6 +13,8 @@ import time
 
 from PIL import Image, ImageChops, ImageStat
 
+from xserver import x_server
+
 SKIPPED = 77
 DRAWING = "Video Drawing (0=automatic, 1=processor, 2=OpenGL)"
 CASES = (   # the choice, what the environment adds, what the log must say
@@ -71,18 +73,9 @@ def main():
         cells = Image.new("RGB", (16, 9))
         cells.putdata([tuple(colours.randrange(256) for _ in range(3)) for _ in range(16 * 9)])
         cells.resize((320, 180), Image.Resampling.NEAREST).save(picture)
-        shown, write = os.pipe()
-        server = subprocess.Popen(["Xvfb", "-displayfd", str(write), "-noreset", "-screen", "0", "2400x900x24"],
-                                  pass_fds=[write], stderr=subprocess.DEVNULL)
-        try:
-            os.close(write)
-            display = ":" + os.read(shown, 16).decode().strip()
-            env = dict(os.environ, DISPLAY=display, QT_QPA_PLATFORM="xcb", XDG_RUNTIME_DIR=root, SDL_AUDIODRIVER="dummy")
+        with x_server("2400x900x24", root) as env:
             seen = [photograph(sys.argv[1], root, picture, choice, {**env, **more}, logged)
                     for choice, more, logged in CASES]
-        finally:
-            server.terminate()
-            server.wait(10)
     for other in seen[1:]:
         if other.size != seen[0].size:
             sys.exit(f"{other.size} instead of {seen[0].size}")

@@ -11,6 +11,8 @@ import sys
 import tempfile
 import time
 
+from xserver import x_server
+
 SKIPPED = 77
 RIGHT = ["xrandr", "--setmonitor", "right", "1024/270x768/203+1280+0", "none"]
 WINDOW = (1400, 100, 500, 400)   # on the right display: left, top, width, height
@@ -53,6 +55,12 @@ class Desktop:
                 sys.exit("a key was not heard")
             time.sleep(0.05)
 
+    def press(self, key):
+        """In the video window itself."""
+        window = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", r"^Vopla Video( —| -|$)"], env=self.env,
+                                capture_output=True, text=True, check=True).stdout.split()[0]
+        subprocess.run(["xdotool", "windowfocus", "--sync", window, "key", key], env=self.env, check=True)
+
     def quit(self):
         self.process.send_signal(signal.SIGTERM)
         self.process.wait(30)
@@ -67,13 +75,7 @@ def main():
     if not all(shutil.which(tool) for tool in tools):
         return SKIPPED
     with tempfile.TemporaryDirectory() as root:
-        shown, write = os.pipe()
-        server = subprocess.Popen(["Xvfb", "-displayfd", str(write), "-noreset", "-screen", "0", "2304x800x24"],
-                                  pass_fds=[write], stderr=subprocess.DEVNULL)
-        try:
-            os.close(write)
-            display = ":" + os.read(shown, 16).decode().strip()
-            env = dict(os.environ, DISPLAY=display, QT_QPA_PLATFORM="xcb", XDG_RUNTIME_DIR=root, SDL_AUDIODRIVER="dummy")
+        with x_server("2304x800x24", root) as env:
             xrandr = lambda *words: subprocess.run(words, env=env, check=True, capture_output=True)
             xrandr("xrandr", "--setmonitor", "left", "1280/338x800/211+0+0", "screen")
             xrandr(*RIGHT)
@@ -106,10 +108,11 @@ def main():
             desktop.expect("there at last", lambda place: place == FULL)
             for _ in range(10):
                 desktop.toggle()
+            desktop.press("Escape")
+            desktop.expect("after Escape", lambda place: place[2:] == WINDOW[2:])
+            desktop.press("f")
+            desktop.expect("after F", lambda place: place == FULL)
             desktop.quit()
-        finally:
-            server.terminate()
-            server.wait(10)
     return 0
 
 
