@@ -17,6 +17,7 @@
 #include "Core/CAlerts.h"
 #include "Core/CLog.h"
 #include "Core/CMainThreadProc.h"
+#include "Graphics/CArtworkPort.h"
 #include "Graphics/CGraphics.h"
 #include "Graphics/COffscreen.h"
 #include "Graphics/Png.h"
@@ -541,6 +542,42 @@ TEST_F(AppTest, ThePictureOfTheBreakFollowsItsPreference) {
     ASSERT_TRUE(RunUntil(app, [&] { return failures() == 2; }));
     for (int n = 0; n < 3; ++n) app.RunLoopPass();
     EXPECT_TRUE(i_ui.alerts.empty()) << "at the start only the log is told";
+}
+
+TEST_F(AppTest, ThePreviewShowsTheCoverOfASongWithoutAPicture) {
+    COffscreen picture;
+    ASSERT_EQ(picture.Create({0, 0, 20, 40}, 32), noErr);
+    ASSERT_EQ(picture.Fill32(picture.bounds(), 0xFF336699), noErr);
+    ASSERT_EQ(WritePng(picture, i_folder / "a.png"), noErr);
+    const fs::path song = i_folder / "a.mp3";
+    const std::string make = "ffmpeg -v error -nostdin -f lavfi -i sine=d=30 -i '" + (i_folder / "a.png").string() +
+                             "' -map 0 -map 1 -c:v copy '" + song.string() + "'";
+    ASSERT_EQ(std::system(make.c_str()), 0);
+    Screen pane{1};
+    CArtworkPort preview(pane);
+    Windows windows;
+    windows.Ports().Enter(preview);
+    {
+        CApp app({.loop = i_loop, .ui = i_ui, .windows = windows, .resources = MakeSetup().resources, .prefs = MakeSetup().prefs});
+        app.Prefs().Set("Audio Output Device", CCFValue(SuperString("dummy")));
+        CSong* const songP = app.Database().CreateSong();
+        songP->Meta().SetSongFile("Sfs0"_key, {.status = SDB_SongFileStatus_REFERENCE, .ref = CFileRef(song)});
+        const PLItemID item = app.Database().AddSongToLibrary(*songP);
+        const auto shown = [&] {
+            pane.pictureP = nullptr;
+            preview.Redraw();
+            return pane.pictureP;
+        };
+        ASSERT_EQ(app.Play().Play(kPlaylistID_Library, item), noErr);
+        ASSERT_TRUE(RunUntil(app, [&] { return shown() != nullptr; }));
+        EXPECT_EQ(shown()->PixelAt(39, 19), 0xFF336699U);
+        windows.screen.pictureP = nullptr;
+        windows.screen.port.Redraw();
+        EXPECT_EQ(windows.screen.pictureP, nullptr) << "the room does not see it";
+        app.Play().Stop();
+        ASSERT_TRUE(RunUntil(app, [&] { return shown() == nullptr; }));
+    }
+    windows.Ports().Leave(preview);
 }
 
 TEST_F(AppTest, AProcPostedBeforeTheWindowStandsRunsInItsOrder) {

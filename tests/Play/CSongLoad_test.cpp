@@ -23,6 +23,7 @@ TEST_F(PlayTest, FilesThatAreGoneAndNoSongsAtAllAreTold) {
         EXPECT_TRUE(AlertsSoFar().back().starts_with(c.alertZ)) << AlertsSoFar().back();
         EXPECT_EQ(AlertsSoFar().size(), static_cast<std::size_t>(&c - cases) + 1);   // one each
     }
+    EXPECT_EQ(i_messages, Words{"“bad” could not be played"});   // its alert does not know the name
     EXPECT_EQ(i_controlP->Play(i_listP->ID(), PLItemID{99}), fnfErr);
     EXPECT_EQ(i_controlP->Play(PlaylistID{4711}, Row(0)), fnfErr);
 }
