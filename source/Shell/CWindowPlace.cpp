@@ -96,12 +96,16 @@ void CWindowPlace::SetNormal(const QRect& wanted) {
 }
 
 void CWindowPlace::SetNormalBeside(const QWidget& other) {
-    for (const QScreen* const screenP : QGuiApplication::screens()) {
-        if (screenP == other.screen()) continue;
-        QRect place(QPoint(), i_window.size().boundedTo(screenP->availableSize()));
-        place.moveCenter(screenP->availableGeometry().center());
-        return SetNormal(place);
-    }
+    const QList<QScreen*> screens = QGuiApplication::screens();
+    const auto found = std::ranges::find_if(screens, [&other](const QScreen* screenP) { return screenP != other.screen(); });
+    const bool aloneB = found == screens.end();
+    const QRect room = (aloneB ? other.screen() : *found)->availableGeometry();
+    QRect place(QPoint(), i_window.size().boundedTo(room.size()));
+    if (aloneB)
+        place.moveBottomRight(room.bottomRight());
+    else
+        place.moveCenter(room.center());
+    SetNormal(place);
 }
 
 QRect CWindowPlace::Normal() const {

@@ -19,8 +19,8 @@ public:
     /** Moves the window to `wanted`, the area of its content, or near the middle of a display when nobody could see it
         there. */
     void SetNormal(const QRect& wanted);
-    /** For a window that has no place yet: in the middle of the first display but that of `other`. Nothing happens when
-        there is one display alone. */
+    /** For a window that has no place yet: in the middle of the first display but that of `other`; in the lower right
+        corner of the only one, where it looks out from behind `other`. */
     void SetNormalBeside(const QWidget& other);
     /** The place to remember: the one that is wanted, also while it cannot be had or the window is in full screen. */
     [[nodiscard]] QRect Normal() const;

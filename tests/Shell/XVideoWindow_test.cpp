@@ -105,6 +105,14 @@ TEST_F(XVideoWindowTest, TheColourThatIsLeftOutShowsTheBackground) {
     EXPECT_EQ(Seen().pixel(25, 25), i_picture.pixels.PixelAt(25, 25));
 }
 
+TEST_F(XVideoWindowTest, OnTheOnlyDisplayItLooksOutBehindTheOther) {
+    const QWidget other;   // in the upper left corner, and in front
+    i_window.resize(300, 216);
+    i_window.Place().SetNormalBeside(other);
+    EXPECT_EQ(i_window.geometry().size(), QSize(300, 216));
+    EXPECT_EQ(i_window.geometry().bottomRight(), other.screen()->availableGeometry().bottomRight());
+}
+
 TEST_F(XVideoWindowTest, ADoubleClickChangesTheFullScreen) {
     Show(300, 216);
     const QRect before = i_window.Place().Normal();
