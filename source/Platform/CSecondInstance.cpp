@@ -20,7 +20,7 @@
 namespace {
 
 constexpr unsigned char kTaken = 1;
-constexpr int kStart_Tries = 1000;   // 5 ms apart: as long as a send may take
+constexpr int kStart_TriesASecond = 200;
 
 /** FNV-1a, 64 bits: short, steady over runs and machines. A collision would join two libraries, at odds of 2^-64. */
 std::string HashName(std::string_view text) {
@@ -129,7 +129,7 @@ void CSecondInstance::Handle::Close() {
 CSecondInstance::CSecondInstance(std::filesystem::path folder, const std::filesystem::path& root)
     : i_folder(std::move(folder)), i_base(i_folder / ("vopla-" + HashName(RootName(root)))) {}
 
-CSecondInstance::~CSecondInstance() { Stop(); }
+CSecondInstance::~CSecondInstance() { StopListening(); }
 
 int CSecondInstance::MakeFolder() const {
     std::error_code err;
@@ -176,9 +176,9 @@ CSecondInstance::Role CSecondInstance::Start(std::string_view text) {
         i_errnoL = errno;
         return Role::kFailed;
     }
-    const double untilT = CClock::Get().SteadyT() + kSend_Seconds;
-    for (int tries = 0; tries < kStart_Tries; ++tries) {
+    for (int tries = 0; tries < static_cast<int>(kLeaving_Seconds) * kStart_TriesASecond; ++tries) {
         i_errnoL = TakeLock();
+        i_heldB = false;
         if (i_errnoL == 0) {
             i_errnoL = OpenSocket();
             if (i_errnoL == 0) return Role::kFirst;
@@ -186,14 +186,15 @@ CSecondInstance::Role CSecondInstance::Start(std::string_view text) {
             return Role::kFailed;
         }
         if (i_errnoL != EWOULDBLOCK) return Role::kFailed;
-        i_errnoL = Send(text, untilT);
+        i_heldB = true;
+        i_errnoL = Send(text, CClock::Get().SteadyT() + kSend_Seconds);
         if (i_errnoL == 0) return Role::kSecond;
         // The first may be between its lock and its socket, or just leaving: look again, who is first, until the time
         // is up.
         if (i_errnoL != ENOENT && i_errnoL != ECONNREFUSED && i_errnoL != EPIPE && i_errnoL != ECONNRESET &&
             i_errnoL != EAGAIN)
             return Role::kFailed;
-        const struct timespec pause = {0, 5'000'000};
+        const struct timespec pause = {0, 1'000'000'000 / kStart_TriesASecond};
         ::nanosleep(&pause, nullptr);
     }
     return Role::kFailed;
@@ -230,12 +231,11 @@ void CSecondInstance::Listen(Received received) {
     i_thread = std::thread(&CSecondInstance::Serve, this);
 }
 
-void CSecondInstance::Stop() {
+void CSecondInstance::StopListening() {
     i_stopWrite.Close();
     if (i_thread.joinable()) i_thread.join();
     if (i_listener) ::unlink(SocketFile().c_str());   // while the lock is still ours
     i_listener.Close();
-    i_lock.Close();
 }
 
 void CSecondInstance::Serve() {

@@ -14,7 +14,8 @@
     Wire     u32 length, big-endian, then as many bytes of UTF-8; the answer is one byte, 1 for taken. Sockets are
              for this user alone (mode 0600), and the other end's user is asked for, too.
     Threads  Start, Listen and Stop on one thread; `received` is called on a thread of this object.
-    Owner    the process, for its whole life. Destruction stops listening and lets the next start be the first.
+    Owner    the process, for its whole life. StopListening stands at the beginning of its end: a start from then on waits
+             until this goes, and is the first then.
     Errors   errno values; a message that is too long, cut off or slow is dropped, and the listener goes on. */
 class CSecondInstance {
 public:
@@ -27,21 +28,26 @@ public:
     CSecondInstance(const CSecondInstance&) = delete;
     CSecondInstance& operator=(const CSecondInstance&) = delete;
 
-    /** Becomes the first instance, or sends `text` to the one that is. Waits at most `kSend_Seconds`.
+    /** Becomes the first instance, or sends `text` to the one that is. Waits at most `kSend_Seconds` for an answer, and
+        `kLeaving_Seconds` for one that is on its way out.
         kFirst: the socket is there and messages queue up in it until Listen.
         kSecond: the text was taken. kFailed: neither; LastErrno says why (E2BIG for a text that is too long). */
     [[nodiscard]] Role Start(std::string_view text);
     /** After kFirst: from now on `received` is called for each text. */
     void Listen(Received received);
-    void Stop();
+    /** Nothing is received any more; the lock stays. */
+    void StopListening();
 
     [[nodiscard]] int LastErrno() const { return i_errnoL; }
+    /** After kFailed: another has the lock, and this must not be a second first one. */
+    [[nodiscard]] bool IsHeld() const { return i_heldB; }
     [[nodiscard]] std::filesystem::path SocketFile() const { return i_base.string() + ".socket"; }
     [[nodiscard]] std::filesystem::path LockFile() const { return i_base.string() + ".lock"; }
 
     static constexpr std::size_t kText_MaxBytes = 64 * 1024;
     static constexpr double kSend_Seconds = 5.0;
     static constexpr double kReceive_Seconds = 2.0;
+    static constexpr double kLeaving_Seconds = 60.0;
 
 private:
     class Handle {
@@ -71,6 +77,7 @@ private:
     std::filesystem::path i_folder;
     std::filesystem::path i_base;   // without extension
     int i_errnoL = 0;
+    bool i_heldB = false;
     Handle i_lock, i_listener, i_folderHandle;
     Handle i_stopRead, i_stopWrite;   // a pipe; its end wakes the thread
     Received i_received;

@@ -54,7 +54,7 @@ int RunApplication(const AppSetup& setup, CSecondInstance& instance, const Launc
         LogF("### Error %s", fault.what());
         std::cerr << "vopla: " << fault.what() << '\n';
     }
-    instance.Stop();   // its thread holds the application
+    instance.StopListening();   // its thread holds the application; the lock is given up behind the last save
     application.ShutDown();
     return result;
 }
@@ -101,9 +101,12 @@ int RunProcess(const Options& options, int& countL, char** wordsZ) {
     switch (instance.Start(LaunchText(options.files))) {
         case CSecondInstance::Role::kSecond: return 0;
         case CSecondInstance::Role::kFailed:
+            if (instance.IsHeld() || instance.LastErrno() == E2BIG) {   // two on one library would write over each other
+                std::cerr << "vopla: another Vopla has this library, and did not answer: "
+                          << ErrorText(instance.LastErrno()) << '\n';
+                return 1;
+            }
             std::cerr << "vopla: no second instance check: " << ErrorText(instance.LastErrno()) << '\n';
-            // Another host is there but did not answer: two on one library would write over each other.
-            if (instance.LastErrno() == ETIMEDOUT || instance.LastErrno() == E2BIG) return 1;
             break;   // the check itself is impossible here: a show can do without
         case CSecondInstance::Role::kFirst: break;
     }

@@ -1,5 +1,7 @@
 #include "Platform/CSecondInstance.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -12,6 +14,7 @@
 #include <condition_variable>
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <mutex>
 #include <thread>
 
@@ -116,6 +119,21 @@ TEST_F(SecondInstanceTest, OfManyStartsAtOnceExactlyOneIsFirst) {
         EXPECT_EQ(std::ranges::count(roles, Role::kSecond), kStarts - 1) << round;
         EXPECT_EQ(inbox.WaitFor(kStarts - 1).size(), static_cast<std::size_t>(kStarts - 1));
     }
+}
+
+TEST_F(SecondInstanceTest, OneThatLeavesKeepsItsPlaceUntilItHasGone) {
+    auto firstP = std::make_unique<CSecondInstance>(i_folder, "/root");
+    ASSERT_EQ(firstP->Start("x"), Role::kFirst);
+    Inbox inbox;
+    firstP->Listen(inbox.Taker());
+    firstP->StopListening();
+    const int handle = ::open(firstP->LockFile().c_str(), O_RDWR | O_CLOEXEC);
+    EXPECT_NE(::flock(handle, LOCK_EX | LOCK_NB), 0) << "it may still save";
+    ::close(handle);
+    CSecondInstance second(i_folder, "/root");
+    auto role = std::async(std::launch::async, [&] { return second.Start("x"); });
+    firstP.reset();
+    EXPECT_EQ(role.get(), Role::kFirst);
 }
 
 TEST_F(SecondInstanceTest, WhatACrashLeftIsCleanedUp) {
