@@ -96,7 +96,10 @@ OSErr CMainThreadProc::Post() {
     bool nowhereB = false;
     const bool postedB = CThreadHost::With([&](CThreadHost& host) {
         const bool windowB = host.HasMainWindow();
-        if (!windowB && !host.IsAppReady()) return host.PostEvents().AddCall([ticketP] { (void)ticketP->Run(); });
+        if (!windowB && !host.IsAppReady()) {
+            host.PostEvents().AddCall([ticketP] { (void)ticketP->Run(); });
+            return host.MainLoop().Wake();
+        }
         nowhereB = !windowB;
         host.MainLoop().Post([ticketP] { (void)ticketP->Run(); });   // its caller gets the status
     });

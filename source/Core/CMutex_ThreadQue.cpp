@@ -152,8 +152,8 @@ void CMutex_ThreadQue::Quit(bool waitB) {
     if (!waitB || !AssertWords(!OnOwnThread(), "a queue waits for its own end")) return;
     WaitFinished();
     if (!IsLoopThread()) return;
-    // What finishes itself later may be on its way to this thread: a bounded chance for it.
-    for (int passes = 2 * Running(); passes > 0 && Running() > 0; --passes) PumpTurn(WaitMode::kMain_EventLoop);
+    // The end of what finishes itself later may lie ready for this thread; nobody waits for more.
+    for (int passes = 2 * Running(); passes > 0 && Running() > 0; --passes) (void)PumpLimited();
 }
 
 void CMutex_ThreadQue::WaitFinished() {

@@ -97,6 +97,7 @@ ForkID CThreadManager::Fork(ForkKind kind, ForkEntry entry, ForkCompletion compl
             // Its status is in the record; a thread has nobody to hand it to.
             (void)ThreadWrapper(forkP);
             forkP->endedB.store(true, std::memory_order_release);
+            CThreadHost::With([](CThreadHost& host) { host.MainLoop().Wake(); });   // who waits for it looks now
         });
         return forkP->id;
     } catch (const std::system_error& thrown) {

@@ -4,9 +4,11 @@
 #include "Core/APP_TimerForkData.h"
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
+#include "Core/CThreadHost.h"
 #include "Core/CThreadManager.h"
 #include "Core/ThreadInfo.h"
 #include "Core/WaitMode.h"
+#include "Core/WaitUntil.h"
 #include "Platform/CClock.h"
 
 namespace {
@@ -22,17 +24,33 @@ std::string NameOf(const ForkRecord& fork) {
 
 bool IsNoKill(const std::string& name) { return name.starts_with(kFork_NoKillZ); }
 
-/** Waits until `doneB` or the time of the fork's name is over; the name is asked each round. */
+/** Waits until `doneB`, for `mostT()` seconds at the most. The main thread is woken by each thread that ends and by each
+    call that comes; another looks each turn. */
+template <class Done, class Most>
+void WaitForEnd(const Done& doneB, const Most& mostT) {
+    const double startT = CClock::Get().SteadyT();
+    while (!doneB()) {
+        const double leftT = mostT() - (CClock::Get().SteadyT() - startT);
+        if (leftT <= 0) return;
+        if (IsLoopThread() && CThreadHost::Get() != nullptr)
+            WaitUntil(doneB, leftT);
+        else
+            WaitOneTurn();
+    }
+}
+
+/** The same for the time of the fork's name, which is asked each round. */
 template <class Done>
 void WaitForFork(const ForkRecord& fork, const Done& doneB) {
-    const double startT = CClock::Get().SteadyT();
-    while (!doneB() && CClock::Get().SteadyT() - startT < (IsNoKill(NameOf(fork)) ? kKill_NoKillT : kKill_WaitT))
-        WaitOneTurn();
+    WaitForEnd(doneB, [&fork] { return IsNoKill(NameOf(fork)) ? kKill_NoKillT : kKill_WaitT; });
 }
 
 void EraseRecord(ForkRecord& fork) {
-    const CMutex::Scope guard(*fork.mapP);
-    fork.mapP->i_forks.erase(fork.id);
+    {
+        const CMutex::Scope guard(*fork.mapP);
+        fork.mapP->i_forks.erase(fork.id);
+    }
+    if (!IsLoopThread()) CThreadHost::With([](CThreadHost& host) { host.MainLoop().Wake(); });   // it may wait for this
 }
 
 std::thread TakeThread(ForkRecord& fork) {
@@ -172,8 +190,7 @@ void CThreadManager::KillAll() {
         const CMutex::Scope guard(*i_forksP);
         return i_forksP->i_forks.empty();
     };
-    for (const double startT = CClock::Get().SteadyT(); !emptyB() && CClock::Get().SteadyT() - startT < kKill_WaitT;)
-        WaitOneTurn();
+    WaitForEnd(emptyB, [] { return kKill_WaitT; });
     std::vector<std::shared_ptr<ForkRecord>> last;
     {
         const CMutex::Scope guard(*i_forksP);

@@ -8,7 +8,9 @@
 CSongZipper::CSongZipper(CSongDatabase& database, std::shared_ptr<CBusySongs> busyRef)
     : i_database(database), i_busyRef(std::move(busyRef)) {}
 
-CSongZipper::~CSongZipper() {
+CSongZipper::~CSongZipper() { Quit(); }
+
+void CSongZipper::Quit() {
     AbortAll();
     i_queue.Quit(true);
 }

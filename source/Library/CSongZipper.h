@@ -21,6 +21,8 @@ public:
     /** Ends the zip of this song, whether it runs or waits. */
     void Abort(SongID song);
     void AbortAll();
+    /** Ends all zips, and the thread; nothing is zipped any more. Waits for its last lines. */
+    void Quit();
 
 private:
     using Running = std::map<std::int32_t, std::shared_ptr<CSongZip>>;

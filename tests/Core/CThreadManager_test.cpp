@@ -15,6 +15,7 @@ protected:
             : i_thread([&clock, stepT, this] {
                   while (!i_stopB) {
                       clock.Advance(stepT);
+                      CThreadHost::With([](CThreadHost& host) { host.MainLoop().Wake(); });   // as a real one would
                       std::this_thread::sleep_for(std::chrono::milliseconds(1));
                   }
               }) {}
