@@ -3,13 +3,13 @@
 #include "App/CAppLibrary.h"
 #include "App/CAppPlay.h"
 #include "App/CAppQuit.h"
+#include "App/CAppSaves.h"
 #include "App/CAppStartUp.h"
 #include "App/CAppWindows.h"
 #include "App/CBreakScreen.h"
 #include "App/CCoverArt.h"
 #include "App/CScopedInitializing.h"
 #include "App/CTaskList.h"
-#include "App/SaveRules.h"
 #include "App/ScopedValue.h"
 #include "Core/Assertions.h"
 #include "Core/CAlerts.h"
@@ -17,7 +17,6 @@
 #include "Core/CFolderKinds.h"
 #include "Core/CLog.h"
 #include "Core/CPreferences.h"
-#include "Core/CSafeSave.h"
 #include "App/IdleTimers.h"
 #include "Core/CThreadManager.h"
 #include "Library/CMetaManager.h"
@@ -32,7 +31,7 @@ namespace {
 
 constexpr double kIdleGraphics_T = 1.0 / 30.0;
 constexpr double kIdleTasks_T = 0.25;
-constexpr double kSaveTimer_T = 2.0;
+constexpr double kSaveTimer_T = 2.0;   // of the user's rest
 // Whatever there is to do wakes the loop; cooperative threads alone wait for their turn.
 constexpr double kRunLoop_WakeT = 0.05;
 constexpr double kRunLoop_RestT = 0.25;
@@ -47,8 +46,6 @@ class ThreadCrashReporter final : public ScopedCrashReporter {
 }   // namespace
 
 std::string CApp::DisplayName() { return std::string(kApp_ProductName) + " " + kApp_Version; }
-
-std::string CApp::GetVersionString() { return DisplayName() + " " + kApp_Version; }
 
 CApp::CApp(const AppSetup& setup)
     : i_setup(setup),
@@ -126,36 +123,13 @@ void CApp::SetDirty(bool dirtyB) {
     }
     if (dirtyB && !AssertWords(!NoMoreSaves(), "!gApp->i_no_more_savesB.Get()")) return;
     if (i_library) i_library->SetDirty(dirtyB);
+    if (i_saves && dirtyB) i_saves->NoteChange();
     if (!i_timers.empty()) i_timers.front()->SetFireInterval(dirtyB ? kSaveTimer_T : kTimer_Off);
 }
 
-OSErr CApp::FireSaveTimer(CT_Timer& timer) {
-    const SaveState state{.databaseDirtyB = i_library->IsDirty(),
-                          .addingToLibraryB = i_library->IsAddingToLibrary(),
-                          .initializingB = IsInitializing(),
-                          .idleGraphicsB = i_idleGraphicsB,
-                          .resizingWindowB = i_resizing_windB,
-                          .shutdownB = IsShutdown()};
-    if (const auto refusal = RefuseSave(state); refusal.has_value()) {
-        LogF("Not saving because: %s is %s\n", refusal->nameZ, refusal->valueZ);
-        if (!state.databaseDirtyB) timer.SetFireInterval(kTimer_Off);
-        return timerKeepErr;
-    }
-    // A save that failed leaves the target dirty and the timer armed: it is tried again after the next idle seconds.
-    const OSErr err = FirstOf(i_library->Save(false), SavePreferences());
-    if (Failed(err)) i_library->SetDirty(true);
-    if (!Failed(err)) timer.SetFireInterval(kTimer_Off);
-    return timerKeepErr;
-}
-
-OSErr CApp::SavePreferences() {
-    const OSErr err = i_prefs->Save();
-    // Told once, then tried again in silence until it works: a full disk must not bury the show under dialogs.
-    if (!Failed(err))
-        i_saveErrorToldB = false;
-    else if (!std::exchange(i_saveErrorToldB, true))
-        return TellSaveError(err, CFileRef(i_setup.prefs.file));
-    return err;
+void CApp::FireSaveTimer(CT_Timer& timer) {
+    i_saves->UserRests();
+    if (!i_library->IsDirty()) timer.SetFireInterval(kTimer_Off);
 }
 
 void CApp::FireVideoRefresh() {
@@ -164,11 +138,15 @@ void CApp::FireVideoRefresh() {
 }
 
 void CApp::FireIdle() {
-    if (i_library) i_library->Idle();
+    if (!IsAppReady()) return;
+    i_saves->LookForLate();
+    i_library->Idle();
+    if (const bool playingB = IsSongPlaying(); std::exchange(i_displayOnB, playingB) != playingB)
+        Windows().KeepDisplayOn(playingB);
 }
 
 void CApp::FireNoSleep() {
-    if (IsSongPlaying()) Windows().KeepDisplayOn();
+    if (IsSongPlaying()) Windows().KeepDisplayOn(true);
 }
 
 void CApp::IdleGraphics(const char* /*whoZ*/, bool forcedB) {

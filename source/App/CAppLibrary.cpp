@@ -57,7 +57,7 @@ OSErr CAppLibrary::Load(LibraryPlaces places) {
         i_app.Ui().Alert("The library is in use by another program.", places.root.GetPath().string());
         return err;
     }
-    i_store = std::make_unique<CLibraryStore>(i_database, std::move(places));
+    i_store = std::make_unique<CLibraryStore>(i_database, std::move(places), &i_backOff);
     return i_store->LoadLibrary();
 }
 
@@ -77,10 +77,11 @@ void CAppLibrary::Idle() {
     if (Failed(CT_FindMissing::StartBelow(i_database, std::move(changed)))) Log("### Error looking for missing songs");
 }
 
-OSErr CAppLibrary::Save(bool fullB) {
+OSErr CAppLibrary::Save(bool lastB) {
     i_othersDirtyB = false;
     if (!i_store || !i_database.IsDirty()) return noErr;   // the preferences are saved by who asks
-    return i_store->SaveLibrary(fullB ? SaveForce::kAll : SaveForce::kDirty);
+    if (lastB) i_backOff.NoteSuccess();                    // the last one of the evening does not wait
+    return i_store->SaveLibrary(SaveForce::kDirty);
 }
 
 OSErr CAppLibrary::RenameListFile(const CPlayList& list, const SuperString& newName) {

@@ -1,5 +1,6 @@
 #pragma once
 #include "App/CSaveTarget.h"
+#include "Core/CBackOff.h"
 #include "Library/CLibraryCommands.h"
 #include "Library/CLibraryLock.h"
 #include "Library/CLibraryStore.h"
@@ -52,13 +53,16 @@ public:
     void SetDirty(bool dirtyB) override { i_othersDirtyB = dirtyB; }
     /** The database asks the same. */
     [[nodiscard]] bool IsSaving() const override { return i_store != nullptr && i_store->IsSaving(); }
-    OSErr Save(bool fullB) override;
+    OSErr Save(bool lastB) override;
+    /** After a save that failed, of the library or of what is saved beside it. */
+    [[nodiscard]] CBackOff& BackOff() noexcept { return i_backOff; }
 
 private:
     CApp& i_app;
     CLibraryLock i_lock;
     CSongDatabase i_database;
     CLibraryCommands i_commands;
+    CBackOff i_backOff;
     std::unique_ptr<CLibraryStore> i_store;   // before the database goes
     bool i_othersDirtyB = false;              // what is saved beside the library: the preferences
     CMountTable i_mounts;

@@ -5,6 +5,8 @@
 #include "App/CCoverArt.h"
 #include "App/CAppLibrary.h"
 #include "App/CAppPlay.h"
+#include "App/CAppSaves.h"
+#include "App/CQuitSave.h"
 #include "App/ScopedValue.h"
 #include "Audio/CSpoolPump.h"
 #include "Core/CAlerts.h"
@@ -13,7 +15,7 @@
 #include "Core/CPreferences.h"
 #include "Core/CT_Timer.h"
 #include "Core/CThreadManager.h"
-#include "Core/WaitMode.h"
+#include "Core/WaitUntil.h"
 #include "Library/CMetaManager.h"
 #include "Platform/CUserInterface.h"
 
@@ -34,7 +36,7 @@ const CAppQuit::Stage CAppQuit::kStages[] = {
     {"Remove Timers", &CAppQuit::RemoveTimers},
     {"removing music store manager", &CAppQuit::NotYet},
     {"closing prefs", &CAppQuit::ClosePreferences},
-    {"Delete zipper", &CAppQuit::NotYet},
+    {"Delete zipper", &CAppQuit::DeleteZipper},
     {"Delete LAME", &CAppQuit::NotYet},
     {"closing QuickTime", &CAppQuit::NotYet},
     {"Release icons", &CAppQuit::NotYet},
@@ -88,29 +90,20 @@ void CAppQuit::PurgeCache() {
 }
 
 void CAppQuit::WaitForPurge() {
-    constexpr int kTurns = 80;   // ten seconds: what is left goes after the next night
-    for (int n = 0; n < kTurns && *i_purgingRef; ++n) Wait(0.125);
+    constexpr double kMostT = 10;   // what is left goes after the next night
+    WaitUntil([this] { return !*i_purgingRef; }, kMostT);
 }
 
 void CAppQuit::AbortLibraryTasks() {
     if (!i_app.i_library) return;
     i_app.LibraryCommands().StopWork();
     // What was added is saved; a disc that does not answer is not waited for.
-    constexpr int kTurns = 16;
-    for (int n = 0; n < kTurns && i_app.Database().IsAddingToLibrary(); ++n) Wait(0.25);
+    constexpr double kMostT = 4;
+    WaitUntil([this] { return !i_app.Database().IsAddingToLibrary(); }, kMostT);
 }
 
 void CAppQuit::SaveDatabase() {
-    if (i_app.i_library) {
-        CAppLibrary& library = *i_app.i_library;
-        const auto wait = [&library] {
-            while (library.IsSaving()) Wait(0.25);
-        };
-        wait();                             // one that fails leaves the library dirty
-        library.Database().FlushChanges();  // what was edited a moment ago has not made it dirty yet
-        if (library.IsDirty() && Failed(library.Save(true))) Log("### Error saving the database at quit");
-        wait();
-    }
+    if (i_app.i_saves) CQuitSave(i_app).Run();
     i_app.i_no_more_savesB.store(true);
 }
 
@@ -141,6 +134,11 @@ void CAppQuit::ClosePreferences() {
     CLog::Get().SetSwitch(LogSwitch::kLogging, true);
     i_app.i_prefs.reset();
     CLog::Get().SetSwitch(LogSwitch::kLogging, masterB);
+}
+
+/** Its queue has a thread: it goes while there is somebody to end it. */
+void CAppQuit::DeleteZipper() {
+    if (i_app.i_library) i_app.LibraryCommands().Zipper().Quit();
 }
 
 void CAppQuit::DeleteMetaManager() { i_app.i_metaManager.reset(); }

@@ -32,6 +32,7 @@ private:
     void HideWindows();
     void RemoveTimers();
     void ClosePreferences();
+    void DeleteZipper();
     void DeleteMetaManager();
     void DeleteAlertQueue();
     void DeleteThreadManager();

@@ -7,7 +7,9 @@
 #include "App/CCoverArt.h"
 #include "App/CAppLibrary.h"
 #include "App/CAppPlay.h"
+#include "App/CAppSaves.h"
 #include "App/CScopedInitializing.h"
+#include "App/MemoryWarning.h"
 #include "App/SystemFacts.h"
 #include "Audio/CSpoolPump.h"
 #include "Core/CAlerts.h"
@@ -20,6 +22,7 @@
 #include "Core/ThreadInfo.h"
 #include "Graphics/CHq4x.h"
 #include "Library/CMetaManager.h"
+#include "Platform/CClock.h"
 #include "Platform/CFolders.h"
 #include "Platform/CMainLoop.h"
 
@@ -119,12 +122,13 @@ void CAppStartUp::CreateMetaManager() {
     MetaSetup setup;
     setup.traits.showSingerIDB = i_app.Prefs().GetBool("Show Singer ID");
     setup.moveArticlesB = i_app.Prefs().GetBool(kPref_MoveArticles);
-    setup.software = CApp::GetVersionString();
+    setup.software = CApp::DisplayName();
     i_app.i_metaManager = std::make_unique<CMetaManager>(std::move(setup));
 }
 
 void CAppStartUp::CreateDatabase() {
     i_app.i_library = std::make_unique<CAppLibrary>(i_app);
+    i_app.i_saves = std::make_unique<CAppSaves>(i_app);
     i_app.i_play = std::make_unique<CAppPlay>(i_app);
 }
 
@@ -139,7 +143,7 @@ void CAppStartUp::LogHeadline() {
 }
 
 void CAppStartUp::LogSystemFacts() {
-    Log(CApp::GetVersionString());
+    Log(CApp::DisplayName());
     LogF("Date/Time:     %s\n", LocalTimeText().c_str());
     for (const std::string& line : SystemFactLines()) Log(line);
 }
@@ -168,10 +172,19 @@ void CAppStartUp::OpenProgress() {
 
 void CAppStartUp::LoadDatabase() {
     CFileRef root;
-    if (!FindMusicFolder(root)) return;
-    if (const OSErr err = i_app.Folders().Hold(FolderKind::kDatabase, root); Failed(err)) return;
-    const OSErr err = i_app.i_library->Load({root, i_app.Prefs().MusicFolder(), i_app.Prefs().CacheFolder()});
+    if (!FindMusicFolder(root)) {
+        i_app.i_startFailure = "The music folder, which holds the library, was not found.";
+        return;
+    }
+    OSErr err = i_app.Folders().Hold(FolderKind::kDatabase, root);
+    if (!Failed(err)) err = i_app.i_library->Load({root, i_app.Prefs().MusicFolder(), i_app.Prefs().CacheFolder()});
     i_app.i_libraryLoadedB = !Failed(LogStep(err, "loading the library"));
+    if (i_app.i_libraryLoadedB) return;
+    const CLibraryStore* const storeP = i_app.i_library->Store();   // null: another program has the lock
+    const std::string why = storeP == nullptr          ? "it is in use by another program"
+                            : storeP->Report().tooNewB ? "a later version of Vopla made it"
+                                                       : ErrorText(err);
+    i_app.i_startFailure = "The library in “" + root.GetPath().string() + "” was not opened: " + why;
 }
 
 /** The root of the library, or false when the user would rather quit. */
@@ -237,6 +250,19 @@ void CAppStartUp::MarkReady() {
     i_app.SetStatus("Ready!");
     i_app.i_appReadyB.store(true, std::memory_order_release);
     i_app.i_alerts->AppReady();
-    if (i_app.i_libraryLoadedB) i_app.i_library->AfterStart();
+    if (i_app.i_libraryLoadedB) {
+        i_app.i_library->AfterStart();
+        WarnOfMemory();
+    }
     Log("Ready!");
+}
+
+void CAppStartUp::WarnOfMemory() {
+    constexpr std::string_view kToldKey = "Date of last RAM warning";
+    const auto freeL = FreeMemory();
+    const CFDate now{CClock::Get().AbsoluteT()};
+    const auto warning = freeL ? MemoryWarning(*freeL, i_app.Prefs().GetDate(kToldKey), now) : std::nullopt;
+    if (!warning) return;
+    i_app.Prefs().Set(kToldKey, CCFValue(now));
+    CAlerts::Queue("Your computer is short of memory.", *warning);   // the start is not held up by it
 }

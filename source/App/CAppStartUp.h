@@ -48,6 +48,7 @@ private:
     void FlushEvents();
     void SortLibrary();
     void MarkReady();
+    void WarnOfMemory();
 
     void Say(std::string_view words);
 

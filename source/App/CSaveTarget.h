@@ -11,6 +11,6 @@ public:
     [[nodiscard]] virtual bool IsAddingToLibrary() const { return false; }
     /** True while a worker still writes; the quit waits for it. */
     [[nodiscard]] virtual bool IsSaving() const { return false; }
-    /** `fullB`: everything, also what has not changed. */
-    virtual OSErr Save(bool fullB) = 0;
+    /** Writes what has changed, on a worker. `lastB`: now, whatever failed a moment ago. */
+    virtual OSErr Save(bool lastB) = 0;
 };

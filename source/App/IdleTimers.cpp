@@ -11,7 +11,10 @@ void CT_IdleTimer_Save::SetFireInterval(double seconds) {
     CT_Timer::SetFireInterval(seconds);
 }
 
-OSErr CT_IdleTimer_Save::Timer() { return i_app.FireSaveTimer(*this); }
+OSErr CT_IdleTimer_Save::Timer() {
+    i_app.FireSaveTimer(*this);
+    return timerKeepErr;
+}
 
 CT_Timer_LogTime::CT_Timer_LogTime() : CT_Timer("idle timer log Time", 900.0) {}
 

@@ -6,8 +6,7 @@ class CApp;
 // The five timers of the application, one line of work each; what they do stands in CApp. Made at the start-up, on the main
 // thread; the map of forks owns them.
 
-/** Saves library and preferences after 2 idle seconds. Off until something is dirty; a further change does not put the
-    save off, so that a KJ who never stops editing is saved as well. */
+/** Saves library and preferences after 2 idle seconds. Off until something is dirty. */
 class CT_IdleTimer_Save final : public CT_Timer {
 public:
     explicit CT_IdleTimer_Save(CApp& app);
@@ -25,7 +24,7 @@ public:
     OSErr Timer() override;
 };
 
-/** Keeps the display on while a song plays and nobody touches the machine. */
+/** While a song plays and nobody touches the machine: the display is kept on, should nothing do so any more. */
 class CT_IdleTimer_NoSleep final : public CT_Timer {
 public:
     explicit CT_IdleTimer_NoSleep(CApp& app);

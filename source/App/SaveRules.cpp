@@ -6,10 +6,10 @@ std::optional<SaveRefusal> RefuseSave(const SaveState& state) {
         SaveRefusal words;
     } kRules[] = {
         {!state.databaseDirtyB, {"gApp->i_db->IsDirty()", "FALSE"}},
-        {state.addingToLibraryB, {"gApp->i_db->IsAddingToLibrary()", "TRUE"}},
+        {state.addingToLibraryB && !state.lateB, {"gApp->i_db->IsAddingToLibrary()", "TRUE"}},
         {state.initializingB, {"gApp->IsInitializing()", "TRUE"}},
-        {!state.idleGraphicsB, {"gApp->i_idleGraphicsB", "FALSE"}},
-        {state.resizingWindowB, {"gApp->i_resizing_windB", "TRUE"}},
+        {!state.idleGraphicsB && !state.lateB, {"gApp->i_idleGraphicsB", "FALSE"}},
+        {state.resizingWindowB && !state.lateB, {"gApp->i_resizing_windB", "TRUE"}},
         {state.shutdownB, {"gApp->IsShutdown()", "TRUE"}},
     };
     for (const auto& rule : kRules)

@@ -9,6 +9,7 @@ struct SaveState {
     bool idleGraphicsB = true;
     bool resizingWindowB = false;
     bool shutdownB = false;
+    bool lateB = false;   // a change has waited for seconds
 };
 
 /** Why not: the condition and its value, as the log names them. */
@@ -17,5 +18,5 @@ struct SaveRefusal {
     const char* valueZ;
 };
 
-/** Nothing when the save may happen. */
+/** Nothing when the save may happen. What only makes a better moment of a later one does not stop a late save. */
 [[nodiscard]] std::optional<SaveRefusal> RefuseSave(const SaveState& state);

@@ -1,5 +1,7 @@
 #include "App/TVoplaApp.h"
 
+#include <iostream>
+
 #include "Core/CAlerts.h"
 #include "Core/CLog.h"
 #include "Core/CMainThreadProc.h"
@@ -56,7 +58,10 @@ void TVoplaApp::StartUp() {
 }
 
 int TVoplaApp::Run(const LaunchFiles& files) {
-    if (!i_app->IsLibraryLoaded()) return 1;   // the user would rather quit, or was told why it cannot be
+    if (!i_app->IsLibraryLoaded()) {   // the user would rather quit, or was told why it cannot be
+        std::cerr << "vopla: " << i_app->StartFailure() << '\n';
+        return 1;
+    }
     const CMainLoop::TimerID heartbeat = i_setup.loop.SetTimer(0, kHeartbeat_Milliseconds, [] {});
     i_earlyFiles.insert(i_earlyFiles.end(), files.begin(), files.end());   // the later wish plays
     OpenFiles(std::exchange(i_earlyFiles, {}));
@@ -69,6 +74,7 @@ int TVoplaApp::Run(const LaunchFiles& files) {
 }
 
 void TVoplaApp::ShutDown() {
+    if (i_quitWantedB && i_app != nullptr) i_app->QuitWithoutAsking();
     i_app.reset();
     i_initLevelL = 0;
 }
@@ -77,6 +83,7 @@ void TVoplaApp::RequestQuit(QuitAsk ask) {
     i_setup.loop.Post([this, ask] {
         if (ask == QuitAsk::kNobody) {   // also one that came during the start-up or under a question
             i_quitWantedB = true;
+            if (gApp != nullptr) gApp->QuitWithoutAsking();
             i_setup.ui.DismissDialogs();
             return;
         }

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <iostream>
 #include <mutex>
 #include <unistd.h>
 
@@ -137,8 +138,8 @@ void MessageAlert(std::string_view message, std::string_view detail) {
         CAlerts::Queue(message, detail);
         return;
     }
-    // Dies on this thread alone, so it outlives the dialog.
-    if (CAlerts* const alertsP = Use().alertsP; alertsP != nullptr)
+    // Dies on this thread alone, so it outlives the dialog. Nothing holds up a quit: what must be answered there is asked.
+    if (CAlerts* const alertsP = Use().alertsP; alertsP != nullptr && !(gApp != nullptr && gApp->IsShutdown()))
         alertsP->ShowNow(std::string(message), std::string(detail));
 }
 
@@ -151,7 +152,8 @@ namespace {
 [[noreturn]] void ShowAndEnd(std::string_view message) {
     MessageAlert(message);
     CLog::Get().Close();
-    std::_Exit(0);
+    std::cerr << "vopla: " << message << std::endl;   // for who started it without a screen
+    std::_Exit(1);
 }
 
 /** Shows the last alert of the process where it can be shown. */

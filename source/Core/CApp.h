@@ -17,6 +17,7 @@ class CAlerts;
 class CAppLibrary;
 class CLibraryCommands;
 class CAppPlay;
+class CAppSaves;
 class CAppWindows;
 class CBreakScreen;
 class CCoverArt;
@@ -80,14 +81,14 @@ public:
     [[nodiscard]] CLibraryCommands& LibraryCommands();
     /** False when the load was refused: no window was shown, and nothing is ever saved. */
     [[nodiscard]] bool IsLibraryLoaded() const { return i_libraryLoadedB; }
+    /** Why it was refused, in one line. */
+    [[nodiscard]] const std::string& StartFailure() const { return i_startFailure; }
     /** What plays, and how. As long as Database. */
     [[nodiscard]] CPlayControl& Play();
-    /** "Vopla" and the version, the name in titles. */
+    /** "Vopla" and the version: the name in titles, and of the program in files. */
     [[nodiscard]] static std::string DisplayName();
-    /** The display name, a blank, and the version again. */
-    [[nodiscard]] static std::string GetVersionString();
 
-    /** Something has changed: the save comes 2 idle seconds after the first change. Any thread. */
+    /** Something has changed: the save comes by the rules of CAppSaves. Any thread. */
     void SetDirty(bool dirtyB);
     /** Keeps the picture and the task list alive in a long operation of the main thread; costs one clock read when its
         time has not come. Does nothing on a preemptive thread. */
@@ -111,6 +112,8 @@ public:
 
     /** True when the user lets the application quit; sets the shutdown flag and stops the song then. */
     [[nodiscard]] bool PrepareToQuit(bool askB = true);
+    /** The system ends the program: from now on nobody is asked anything. */
+    void QuitWithoutAsking() { i_quitAsksB = false; }
     /** May the song that plays be interrupted? Mode 3 always asks, 1 and 2 ask when the preferences say so. */
     [[nodiscard]] bool ConfirmManualSongChange(long modeL);
 
@@ -128,7 +131,7 @@ public:
     void SetStatus(std::string_view text);
 
     // What the idle timers do when they fire.
-    [[nodiscard]] OSErr FireSaveTimer(CT_Timer& timer);
+    void FireSaveTimer(CT_Timer& timer);
     void FireVideoRefresh();
     void FireIdle();
     void FireNoSleep();
@@ -136,6 +139,8 @@ public:
 private:
     friend class CAppStartUp;
     friend class CAppQuit;
+    friend class CAppSaves;
+    friend class CQuitSave;
     friend class CScopedInitializing;
 
     void ShowWindowsAsSaved();
@@ -143,7 +148,6 @@ private:
     [[nodiscard]] std::vector<WindowRecord> WindowRecords() const;
     [[nodiscard]] CCFDictionary FullScreenKeys() const;
     [[nodiscard]] bool AskToInterrupt();
-    OSErr SavePreferences();
     void HandlePostEvent(PostEventKind kind);
     void FollowPreferences();
 
@@ -159,14 +163,17 @@ private:
     std::unique_ptr<CAlerts> i_alerts;
     std::unique_ptr<CMetaManager> i_metaManager;   // made before the library, gone after it
     std::unique_ptr<CAppLibrary> i_library;
-    std::unique_ptr<CAppPlay> i_play;   // lives within the library
+    std::unique_ptr<CAppSaves> i_saves;   // lives within the library
+    std::unique_ptr<CAppPlay> i_play;     // the same
     std::unique_ptr<CBreakScreen> i_break;   // while there are windows to see it
     std::unique_ptr<CCoverArt> i_covers;     // the same
     std::unique_ptr<CProgressView> i_curScope;   // start-up and quit only
     bool i_libraryLoadedB = false;               // not refused by the user, nor by another program that has it
+    std::string i_startFailure;
     std::optional<std::vector<WindowRecord>> i_recordsAtQuit;
     CCFDictionary i_fullScreenAtQuit;
-    bool i_saveErrorToldB = false;
+    bool i_displayOnB = false;   // as the windows were told
+    bool i_quitAsksB = true;   // somebody is there to answer at the quit
     bool i_idleGraphicsB = true;
     bool i_resizing_windB = false;
     std::atomic<bool> i_appReadyB{false};

@@ -73,6 +73,7 @@ CCFDictionary CPreferences::Load() {
     CCFDictionary content;
     Log("loading prefs file");
     i_loadErr = ReadDictionary(i_files.file, content);
+    if (!Failed(i_loadErr)) i_written.Set(content);
     if (i_loadErr == fnfErr && !i_files.oldFile.empty()) {
         i_loadErr = ReadDictionary(i_files.oldFile, content);
         // The old file stays where it is, so a broken one is lost by nothing that is saved here.
@@ -140,33 +141,41 @@ OSErr CPreferences::MoveAside() {
 }
 
 OSErr CPreferences::Save() {
+    const std::optional<CCFDictionary> content = Gather();
+    return content ? Write(*content) : noErr;
+}
+
+std::optional<CCFDictionary> CPreferences::Gather() {
+    if (i_options.windows)
+        for (const WindowRecord& window : i_options.windows()) {
+            (void)Store(RectangleKey(window.name), CCFDictionary{{"top", window.topS},
+                                                                 {"left", window.leftS},
+                                                                 {"bottom", window.bottomS},
+                                                                 {"right", window.rightS}});
+            (void)Store(VisibleKey(window.name), window.visibleB);
+        }
+    if (i_options.atSave)
+        for (const auto& [key, value] : i_options.atSave()) (void)Store(key, value);
+    for (const PrefRow& row : PreferenceTable())
+        if (row.rule == PrefRule::kAtSave && !Has(row.key)) (void)Store(row.key, row.Default({}));
+    (void)Store("Prefs file version (do not change!)", 2);
+    CCFDictionary content = Snapshot();
+    if (i_written.With([&](const auto& written) { return written == content; })) return std::nullopt;
+    return content;
+}
+
+OSErr CPreferences::Write(const CCFDictionary& content) {
     const std::scoped_lock guard(i_saveLock);
     Log("Starting: Saving Preferences");
     const auto write = [&]() -> OSErr {
         if (i_keepAsideB)
             if (const OSErr err = MoveAside(); Failed(err)) return err;
-        if (i_options.windows)
-            for (const WindowRecord& window : i_options.windows()) {
-                (void)Store(RectangleKey(window.name), CCFDictionary{{"top", window.topS},
-                                                                     {"left", window.leftS},
-                                                                     {"bottom", window.bottomS},
-                                                                     {"right", window.rightS}});
-                (void)Store(VisibleKey(window.name), window.visibleB);
-            }
-        if (i_options.atSave)
-            for (const auto& [key, value] : i_options.atSave()) (void)Store(key, value);
-        for (const PrefRow& row : PreferenceTable())
-            if (row.rule == PrefRule::kAtSave && !Has(row.key)) (void)Store(row.key, row.Default({}));
-        (void)Store("Prefs file version (do not change!)", 2);
-        i_dirtyB.store(false,
-                       std::memory_order_relaxed);   // before the snapshot: what is set from here on is dirty again
         std::string text;
-        if (const OSErr err = LogStep(WritePropertyList(Snapshot(), text), "creating xml data"); Failed(err))
-            return err;
+        if (const OSErr err = LogStep(WritePropertyList(content, text), "creating xml data"); Failed(err)) return err;
         return i_options.replace(i_files.file, std::as_bytes(std::span(text)));
     };
     const OSErr err = write();
-    if (Failed(err)) i_dirtyB.store(true, std::memory_order_relaxed);
+    if (!Failed(err)) i_written.Set(content);
     Log(Failed(err) ? "!!Failed!! Saving Preferences" : "Done: Saving Preferences");
     return err;
 }
@@ -200,6 +209,5 @@ void CPreferences::OnStored(std::string_view key, const CCFValue& value) {
 }
 
 void CPreferences::OnChanged() {
-    i_dirtyB.store(true, std::memory_order_relaxed);
     if (i_options.onDirty) i_options.onDirty();
 }

@@ -1,11 +1,12 @@
 #pragma once
-#include <atomic>
 #include <filesystem>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 #include "Core/CCFPrefDictionary.h"
+#include "Core/CMutex.h"
 #include "Core/ReplaceFile.h"
 
 /** Where the preferences are: the file, and the name that it had in older versions, read when the first is missing. */
@@ -28,17 +29,17 @@ struct PrefsOptions {
     std::filesystem::path musicFolder = {}, cacheFolder = {};
     /** The factory columns, a property list; without the file there are none. */
     std::filesystem::path defaultColumns = {};
-    /** What is known only now: asked on the saving thread, without a lock, at each save. */
+    /** What is known only now: asked by Gather, without a lock. */
     std::function<std::vector<WindowRecord>()> windows = {};
     std::function<CCFDictionary()> atSave = {};
     /** Something is to be saved: called by whoever set it, without a lock. */
     std::function<void()> onDirty = {};
-    bool saveAtEndB = true;   // the destructor saves
+    bool saveAtEndB = true;   // the destructor saves what has changed
 };
 
 /** The settings of the program: one property list with the keys of PreferenceTable, kept as a person may have edited
     it. Keys that the table does not know stay in the file; a value of a wrong type gives way to the default.
-    Threads  any may read and ask; the constructor, Save and the destructor on one thread at a time.
+    Threads  any may read and ask; the constructor, Gather, Save and the destructor on one thread at a time; Write on any.
     Errors   the show goes on with defaults when the file cannot be read. The first save moves such a file beside, so
              that it is never written over; while that fails, saves fail too. */
 class CPreferences final : public CCFPrefDictionary {
@@ -49,9 +50,12 @@ public:
 
     /** How the reading of the file ended; fnfErr is the first start. */
     OSErr LoadStatus() const noexcept { return i_loadErr; }
-    /** Writes the file. After a failure the next save tries again. */
+    /** Writes the file when something has changed. After a failure the next save tries again. */
     OSErr Save();
-    [[nodiscard]] bool IsDirty() const noexcept { return i_dirtyB.load(std::memory_order_relaxed); }
+    /** What a save has to write; nothing when the file holds it all. */
+    [[nodiscard]] std::optional<CCFDictionary> Gather();
+    /** Writes what was gathered. One at a time; this object outlives it. */
+    OSErr Write(const CCFDictionary& content);
 
     /** The stored place of a window, and whether it was visible; nothing when none is stored. */
     [[nodiscard]] std::optional<WindowRecord> Window(const std::string& name) const;
@@ -77,7 +81,7 @@ private:
     PrefsFiles i_files;
     PrefsOptions i_options;
     OSErr i_loadErr = noErr;
-    std::atomic<bool> i_dirtyB{false};
-    std::mutex i_saveLock;       // one save at a time; held over the writing, never by a reader
+    std::mutex i_saveLock;       // one save at a time; held over the writing
     bool i_keepAsideB = false;   // the file did not read and stands still in its place; guarded by i_saveLock
+    CMutexT<std::optional<CCFDictionary>> i_written;   // what the file holds, where that is known
 };

@@ -220,6 +220,7 @@ constexpr PrefRow kPreferences[] = {
     AtSave("Singers Twirled Down", CFType::kBool),
     AtSave("Mailer preference has been set", CFType::kBool),
     AtSave("Use Apple Mail", CFType::kBool),
+    Typed("Date of last RAM warning", CFType::kDate),
     Typed("Date and time of last crash report", CFType::kDate),   // at save too, once there has been one
     AtSave("Selected Pref Resource ID", CFType::kInteger, 0),
 

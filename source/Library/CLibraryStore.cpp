@@ -6,17 +6,15 @@
 #include "Core/FSError.h"
 #include "Core/FSrObjects.h"
 #include "Core/WaitMode.h"
+#include "Core/WaitUntil.h"
 #include "Library/CLibraryRebuild.h"
 #include "Library/COrphanSearch.h"
 #include "Library/CT_Preemtive_SaveSongs.h"
 #include "Library/CT_SDB_WritePList.h"
 #include "Library/LibraryDialogs.h"
 #include "Library/LibraryImage.h"
-#include "Platform/CClock.h"
 
 namespace {
-
-constexpr double kRetry_FirstT = 2.0, kRetry_MostT = 60.0;
 
 bool IsThere(const CFileRef& file) {
     bool thereB = false;
@@ -25,11 +23,12 @@ bool IsThere(const CFileRef& file) {
 
 }   // namespace
 
-CLibraryStore::CLibraryStore(CSongDatabase& database, LibraryPlaces places)
+CLibraryStore::CLibraryStore(CSongDatabase& database, LibraryPlaces places, CBackOff* backOffP)
     : i_database(database),
       i_places(std::move(places)),
       i_selfRef(std::make_shared<CLibraryStore*>(this)),
-      i_songs(std::make_shared<CSongStore>(database, i_places)) {
+      i_songs(std::make_shared<CSongStore>(database, i_places)),
+      i_backOff(backOffP == nullptr ? i_ownBackOff : *backOffP) {
     i_database.AddWatcher(*this);
 }
 
@@ -106,7 +105,7 @@ void CLibraryStore::BeginChanges() {
 
 OSErr CLibraryStore::Refuse(SaveForce force) const {
     if (i_report.tooNewB) return opWrErr;   // the user was told at the load
-    if (force == SaveForce::kDirty && CClock::Get().SteadyT() < i_retryAtT) return queueNotDoneErr;
+    if (force == SaveForce::kDirty && !i_backOff.IsOver()) return queueNotDoneErr;
     return noErr;
 }
 
@@ -146,6 +145,39 @@ OSErr CLibraryStore::SaveLibraryNow(SaveForce force) {
     return i_lastErr;
 }
 
+/** Writes a whole save in one go. */
+class CLibraryStore::CT_SaveCopy final : public CT_Preemptive {
+public:
+    CT_SaveCopy(std::shared_ptr<CLibrarySave> saveRef, std::shared_ptr<bool> doneRef)
+        : CT_Preemptive("No Kill: saving a copy"), i_saveRef(std::move(saveRef)), i_doneRef(std::move(doneRef)) {}
+
+protected:
+    OSErr Operate(OSErr) override {
+        i_saveRef->RunSongs();
+        i_saveRef->RunLists();
+        return i_saveRef->Err();
+    }
+    OSErr Completion(OSErr err) override {
+        *i_doneRef = true;
+        return err;
+    }
+
+private:
+    const std::shared_ptr<CLibrarySave> i_saveRef;
+    const std::shared_ptr<bool> i_doneRef;   // the main thread's
+};
+
+OSErr CLibraryStore::SaveCopy(const CFileRef& folder) {
+    if (const OSErr err = FSrMakeFolders(folder.GetPath()); Failed(err)) return err;
+    // A store of its own knows no files: every list gets one of its name there.
+    CLibraryStore copy(i_database, {folder, i_places.musicFolder, i_places.cacheFolder});
+    const auto saveRef = copy.Gather(SaveForce::kAll);
+    const auto doneRef = std::make_shared<bool>(false);
+    if (CT_Preemptive::Start(std::make_unique<CT_SaveCopy>(saveRef, doneRef)) == 0) return abortErr;
+    WaitUntil([&] { return *doneRef; });
+    return saveRef->Err();
+}
+
 void CLibraryStore::Saved(const std::shared_ptr<CLibrarySave>& saveRef) {
     i_saveRef.reset();
     NoteWritten(*saveRef);
@@ -154,7 +186,7 @@ void CLibraryStore::Saved(const std::shared_ptr<CLibrarySave>& saveRef) {
         NoteFailure(*saveRef);
     } else {
         i_toldB = false;
-        i_retryAtT = i_retryT = 0;
+        i_backOff.NoteSuccess();
     }
     for (const auto& [list, name] : std::exchange(i_renames, {}))
         if (const OSErr err = RenameNow(list, name); Failed(err))   // the list has its name; the file finds it later
@@ -163,8 +195,7 @@ void CLibraryStore::Saved(const std::shared_ptr<CLibrarySave>& saveRef) {
 }
 
 void CLibraryStore::NoteFailure(const CLibrarySave& save) {
-    i_retryT = std::clamp(i_retryT * 2, kRetry_FirstT, kRetry_MostT);
-    i_retryAtT = CClock::Get().SteadyT() + i_retryT;
+    i_backOff.NoteFailure();
     i_database.SetDirty(true, "the last save failed");
     if (std::exchange(i_toldB, true)) return;
     if (save.FailedToDelete())

@@ -2,6 +2,7 @@
 #include <map>
 #include <memory>
 
+#include "Core/CBackOff.h"
 #include "Library/CLibraryLoader.h"
 #include "Library/CLibrarySave.h"
 #include "Library/CListWatcher.h"
@@ -16,11 +17,11 @@ enum class SaveForce : bool {
     Threads  main; the writing runs on a worker, one save at a time.
     Owner    whoever owns the database, which outlives it. The folder must be there; it is never made here, so that a
    disc that went away is not written beside. Errors   a save that failed leaves the old files whole and the database
-   dirty, is told by one alert until one succeeds, and is tried again at the next call, later and later, after a minute
-   at most. */
+   dirty, is told by one alert until one succeeds, and is tried again as CBackOff says. */
 class CLibraryStore final : private CListWatcher {
 public:
-    CLibraryStore(CSongDatabase& database, LibraryPlaces places);
+    /** `backOffP`: who saves other things beside the library shares it; it outlives this. Null: one of its own. */
+    CLibraryStore(CSongDatabase& database, LibraryPlaces places, CBackOff* backOffP = nullptr);
     /** Waits for a save that runs. */
     ~CLibraryStore() override;
     CLibraryStore(const CLibraryStore&) = delete;
@@ -28,6 +29,7 @@ public:
 
     /** Into an empty database, once. As CLibraryLoader for errors. */
     OSErr LoadLibrary();
+    [[nodiscard]] const CFileRef& Root() const noexcept { return i_places.root; }
     [[nodiscard]] const LibraryReport& Report() const noexcept { return i_report; }
     /** Once dirty marks count: the load may have found what must be saved; songs that a damaged file lost are looked
        for in the music folder. */
@@ -42,6 +44,9 @@ public:
     OSErr SaveLibrary(SaveForce force);
     /** The same here and now; how it ended. For programs without a main loop, and tests. */
     OSErr SaveLibraryNow(SaveForce force);
+    /** Writes all of it into `folder`, as a library of its own; on a worker, the main thread pumps. The library here and
+        what is known of it stay as they are. */
+    OSErr SaveCopy(const CFileRef& folder);
     [[nodiscard]] bool IsSaving() const noexcept { return i_saveRef != nullptr; }
     /** How the last save ended. */
     [[nodiscard]] OSErr LastSaveErr() const noexcept { return i_lastErr; }
@@ -73,6 +78,7 @@ private:
     void NoteFailure(const CLibrarySave& save);
     OSErr RenameNow(PlaylistID list, const SuperString& newName);
     void MarkAllWritten();
+    class CT_SaveCopy;
 
     CSongDatabase& i_database;
     const LibraryPlaces i_places;
@@ -96,5 +102,6 @@ private:
     bool i_againB = false;                                       // another one was asked for meanwhile
     OSErr i_lastErr = noErr;
     bool i_toldB = false;   // of the failures since the last success
-    double i_retryAtT = 0, i_retryT = 0;
+    CBackOff i_ownBackOff;
+    CBackOff& i_backOff;
 };

@@ -5,6 +5,7 @@
 #include "Core/CLog.h"
 #include "Library/CSongDatabase.h"
 #include "Library/MakeSongOfFiles.h"
+#include "Platform/CClock.h"
 
 namespace {
 
@@ -14,6 +15,7 @@ constexpr std::size_t kLookUp_Block = 512;   // songs under one lock
 // In one call: the main thread is not held up.
 constexpr std::size_t kMake_Block = 100;       // songs that are made
 constexpr std::size_t kEnter_Block = 20'000;   // songs that enter the library's list; each block may have it sorted again
+constexpr double kEnter_EveryT = 2;            // in the course of it: what was made is saved soon
 
 }   // namespace
 
@@ -38,7 +40,8 @@ CT_AddFiles::CT_AddFiles(CSongDatabase& database, std::vector<std::filesystem::p
       i_paths(std::move(paths)),
       i_done(std::move(done)),
       i_nextID(database.PeekNextID()),
-      i_adding(database) {}
+      i_enterAtT(CClock::Get().SteadyT() + kEnter_EveryT),
+      i_adding(std::in_place, database) {}
 
 OSErr CT_AddFiles::Operate(OSErr err) {
     if (Failed(err)) return err;
@@ -74,8 +77,11 @@ OSErr CT_AddFiles::EnterSongs(std::size_t mostL) {
     const auto databaseRef = i_databaseRef.lock();
     if (databaseRef == nullptr || *databaseRef == nullptr) return abortErr;
     const auto block = std::span<const SongID>(i_fresh).subspan(i_enteredL, std::min(mostL, i_fresh.size() - i_enteredL));
+    i_enterAtT = CClock::Get().SteadyT() + kEnter_EveryT;
+    if (block.empty()) return noErr;
     (void)(*databaseRef)->AddSongsToLibrary(block);
     i_enteredL += block.size();
+    (*databaseRef)->SetDirty(true, "songs added");
     return noErr;
 }
 
@@ -107,9 +113,9 @@ OSErr CT_AddFiles::Completion(OSErr err) {
     i_added.newL = i_fresh.size();
     i_added.refused = std::move(i_found.refused);
     LogF("Added: %lu", static_cast<unsigned long>(i_added.newL));
-    if (!i_fresh.empty()) database.SetDirty(true, "songs added");
     // Afterwards: a disc may take ten milliseconds a file, and the songs can be played meanwhile.
     database.Lengths().Find(i_fresh);
+    i_adding.reset();   // whoever is told may take his time
     i_done(err, i_added);
     return err;
 }
@@ -136,5 +142,5 @@ OSErr CT_AddFiles::MakeSongs(std::span<const SongFileSet> sets) {
         if (i_answered.insert(Number(id)).second) i_added.songs.push_back(id);
     }
     i_nextID = database.PeekNextID();
-    return noErr;
+    return CClock::Get().SteadyT() < i_enterAtT ? noErr : EnterSongs(kEnter_Block);
 }

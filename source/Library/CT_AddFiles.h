@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
@@ -13,7 +14,8 @@
 #include "Library/CSongDatabase.h"
 
 /** Reads the disc for AddFilesToLibrary, looks up what the library has already, and has the songs made on the main
-   thread, a block at a time. A task that is cancelled leaves the songs that were made. */
+   thread, a block at a time. What was made is saved in the course of it. A task that is cancelled leaves the songs that
+   were made. */
 class CT_AddFiles final : public CT_Preemptive {
 public:
     using Done = std::function<void(OSErr err, const AddedFiles& added)>;
@@ -48,5 +50,6 @@ private:
     std::unordered_set<std::int32_t> i_answered;   // the songs of i_added
     std::vector<SongID> i_fresh;
     std::size_t i_enteredL = 0;   // of i_fresh, that stand in the library's list
-    CSongDatabase::Adding i_adding;   // no save meanwhile
+    double i_enterAtT;            // then those that were made meanwhile enter it, and are saved
+    std::optional<CSongDatabase::Adding> i_adding;   // until all are in
 };

@@ -4,6 +4,7 @@
 #include <QCheckBox>
 #include <QDesktopServices>
 #include <QDialogButtonBox>
+#include <QDrag>
 #include <QFileDialog>
 #include <QLabel>
 #include <QListWidget>
@@ -109,6 +110,9 @@ bool CUserInterface_Qt::OpenPage(std::string_view url) { return QDesktopServices
 void CUserInterface_Qt::Beep() { QApplication::beep(); }
 
 void CUserInterface_Qt::DismissDialogs() {
+    QDrag::cancel();
+    while (QWidget* const popupP = QApplication::activePopupWidget())   // a menu runs a loop of its own
+        if (!popupP->close()) break;
     for (QWidget* const windowP : QApplication::topLevelWidgets())
         if (auto* const dialogP = qobject_cast<QDialog*>(windowP); dialogP != nullptr && dialogP->isVisible())
             dialogP->reject();

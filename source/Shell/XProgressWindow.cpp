@@ -1,6 +1,8 @@
 #include "Shell/XProgressWindow.h"
 
 #include <QCloseEvent>
+#include <QCoreApplication>
+#include <QDialog>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QLinearGradient>
@@ -45,8 +47,16 @@ XProgressWindow::XProgressWindow(std::string_view title)
 
     if (const QScreen* screenP = QGuiApplication::primaryScreen(); screenP != nullptr)
         move(screenP->availableGeometry().center() - rect().center());
+    QCoreApplication::instance()->installEventFilter(this);
     show();
     Redraw();
+}
+
+bool XProgressWindow::eventFilter(QObject* watchedP, QEvent* eventP) {
+    if (eventP->type() == QEvent::Show || eventP->type() == QEvent::Hide)
+        if (auto* const dialogP = qobject_cast<QDialog*>(watchedP); dialogP != nullptr && dialogP->isWindow())
+            setVisible(eventP->type() == QEvent::Hide);
+    return false;
 }
 
 void XProgressWindow::SetText(std::string_view text) {

@@ -6,7 +6,8 @@
 class QLabel;
 class QProgressBar;
 
-/** The splash with its progress line: at start, at quit, and for long tasks. Stays on top, takes no focus.
+/** The splash with its progress line: at start, at quit, and for long tasks. Stays on top, takes no focus, and steps aside
+    while a dialog wants an answer.
     Threads  main. */
 class XProgressWindow final : public QWidget, public CProgressView {
     Q_OBJECT
@@ -20,6 +21,7 @@ public:
 protected:
     void paintEvent(QPaintEvent* eventP) override;
     void closeEvent(QCloseEvent* eventP) override;   // a task is not ended by closing its window
+    bool eventFilter(QObject* watchedP, QEvent* eventP) override;
 
 private:
     QLabel* i_textP;         // children, owned by Qt

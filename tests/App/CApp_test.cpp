@@ -9,13 +9,13 @@
 #include <sstream>
 #include <thread>
 
-#include "App/CAppWindows_None.h"
+#include "App/AppTest.h"
 #include "App/CSaveTarget.h"
+#include "App/MemoryWarning.h"
 #include "App/SaveRules.h"
 #include "App/TVoplaApp.h"
 #include "Core/Assertions.h"
 #include "Core/CAlerts.h"
-#include "Core/CLog.h"
 #include "Core/CMainThreadProc.h"
 #include "Graphics/CArtworkPort.h"
 #include "Graphics/CGraphics.h"
@@ -25,53 +25,10 @@
 #include "Library/CMetaManager.h"
 #include "Library/CSongDatabase.h"
 #include "Platform/CClock.h"
-#include "Platform/CFolders.h"
-#include "Platform/CMainLoop_Plain.h"
 #include "Platform/CUserInterface_Plain.h"
-#include "Platform/CUserInterface_Scripted.h"
 #include "Play/CPlayControl.h"
 
 namespace {
-
-namespace fs = std::filesystem;
-
-/** A root of its own, a plain loop, a user who was told what to answer. */
-class AppTest : public testing::Test {
-protected:
-    void SetUp() override {
-        std::string pattern = (fs::temp_directory_path() / "app-XXXXXX").string();
-        i_folder = ::mkdtemp(pattern.data());
-        CFolders::SetRoot(i_folder);
-        CLog::Get().SetFile(i_folder / "log.txt");
-    }
-    void TearDown() override {
-        CLog::Get().SetFile({});
-        CLog::Get().SetLive(false);
-        CFolders::SetRoot({});
-        fs::remove_all(i_folder);
-    }
-    AppSetup MakeSetup() {
-        return {.loop = i_loop, .ui = i_ui, .windows = i_windows, .resources = fs::path(VOPLA_SOURCE_DIR) / "resources",
-                .prefs = PrefsFilesFor(i_folder / "config")};
-    }
-    std::string LogText() const {
-        std::stringstream all;
-        all << std::ifstream(i_folder / "log.txt").rdbuf();
-        return all.str();
-    }
-    /** Passes of the loop until `done`, for 20 seconds at most. */
-    template <class Done>
-    static bool RunUntil(CApp& app, Done&& done) {
-        const double untilT = CClock::Get().SteadyT() + 20;
-        while (!done() && CClock::Get().SteadyT() < untilT) app.RunLoopPass();
-        return done();
-    }
-
-    fs::path i_folder;
-    CMainLoop_Plain i_loop;
-    CUserInterface_Scripted i_ui;
-    CAppWindows_None i_windows;
-};
 
 TEST_F(AppTest, StartsAndQuitsInTheToldOrder) {
     { const CApp app(MakeSetup()); }
@@ -99,7 +56,7 @@ TEST_F(AppTest, TheMetaManagerFollowsThePreferences) {
     {
         CApp app(MakeSetup());
         ASSERT_NE(s_MetaManagerP, nullptr);
-        EXPECT_EQ(s_MetaManagerP->Software(), CApp::GetVersionString());
+        EXPECT_EQ(s_MetaManagerP->Software(), CApp::DisplayName());
         EXPECT_TRUE(s_MetaManagerP->MovesArticles());
         EXPECT_FALSE(s_MetaManagerP->GetTraits("siID"_key).Has(kKeyFlag_Column));
         app.Prefs().Set("Move 'The' to end of Artits title", CCFValue(false));
@@ -115,7 +72,7 @@ TEST_F(AppTest, TheMetaManagerFollowsThePreferences) {
 TEST_F(AppTest, WithoutItsFolderItDoesNotStart) {
     AppSetup setup = MakeSetup();
     setup.resources = i_folder / "nowhere";
-    EXPECT_EXIT({ const CApp app(setup); }, testing::ExitedWithCode(0), "");
+    EXPECT_EXIT({ const CApp app(setup); }, testing::ExitedWithCode(1), "vopla: Could not get app bundle");
 }
 
 TEST_F(AppTest, AMissingMusicFolderIsAskedFor) {
@@ -150,6 +107,23 @@ TEST(SaveRules, TheFirstThatDoesNotHoldIsNamed) {
         EXPECT_STREQ(refusal->nameZ, c.nameZ);
         EXPECT_STREQ(refusal->valueZ, c.valueZ);
     }
+    SaveState late{.databaseDirtyB = true, .addingToLibraryB = true, .idleGraphicsB = false, .resizingWindowB = true, .lateB = true};
+    EXPECT_FALSE(RefuseSave(late).has_value()) << "no state holds a save up for long";
+    late.shutdownB = true;
+    EXPECT_TRUE(RefuseSave(late).has_value());
+}
+
+TEST_F(AppTest, TooLittleMemoryIsToldOnceADay) {
+    const CFDate now{1000 * 86400.0}, anHourAgo{now.absoluteT - 3600}, twoDaysAgo{now.absoluteT - 2 * 86400}, toCome{now.absoluteT + 9e6};
+    const struct { std::uint64_t freeL; CFDate told; bool warnedB; } kCases[] = {
+        {kMemory_Wanted, {}, false}, {kMemory_Wanted - 1, {}, true},         {0, anHourAgo, false},
+        {0, twoDaysAgo, true},       {kMemory_Wanted - 1, toCome, true},
+    };
+    for (const auto& c : kCases) EXPECT_EQ(MemoryWarning(c.freeL, c.told, now).has_value(), c.warnedB) << c.freeL;
+    std::ofstream(i_folder / "facts") << "MemTotal:  24 kB\nMemFree:   7 kB\nMemAvailable:  2048 kB\n";
+    EXPECT_EQ(FreeMemory(i_folder / "facts"), 2U << 20);
+    EXPECT_FALSE(FreeMemory(i_folder / "none").has_value());
+    EXPECT_TRUE(FreeMemory().has_value());
 }
 
 TEST_F(AppTest, WhatTheQuitSavedIsThereAtTheNextStart) {
@@ -378,7 +352,7 @@ TEST_F(AppTest, AFatalAlertOfAThreadIsShownBeforeTheEnd) {
             const std::jthread thread([] { FatalAlert("no way on"); });
             for (;;) app.RunLoopPass();
         },
-        testing::ExitedWithCode(0), "alert: no way on");
+        testing::ExitedWithCode(1), "alert: no way on");
 }
 
 TEST_F(AppTest, AFailedAssertionIsShownOnceAndTheShowGoesOn) {
@@ -444,7 +418,8 @@ public:
         return found == places.end() ? std::nullopt : std::optional(found->second);
     }
     void SetStatus(std::string_view) override {}
-    void KeepDisplayOn() override {}
+    void KeepDisplayOn(bool neededB) override { displayB = neededB; }
+    bool displayB = false;
     std::map<WindowKind, Place> places;
     Screen screen{0};
 };

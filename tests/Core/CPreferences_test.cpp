@@ -204,14 +204,14 @@ TEST_F(PrefsTest, AFolderInPlaceOfTheFileAndAFullDisk) {
     prefs.Set("Number of undos", 5);
     EXPECT_EQ(dirtyL, 1);
     EXPECT_TRUE(Failed(prefs.Save()));   // the folder
-    EXPECT_TRUE(prefs.IsDirty());
+    EXPECT_TRUE(prefs.Gather().has_value());
     std::filesystem::remove_all(i_files.file);
     EXPECT_EQ(prefs.Save(), dskFulErr);
-    EXPECT_TRUE(prefs.IsDirty());
+    EXPECT_TRUE(prefs.Gather().has_value());
     EXPECT_FALSE(std::filesystem::exists(i_files.file));
     diskErr = noErr;
     EXPECT_EQ(prefs.Save(), noErr);
-    EXPECT_FALSE(prefs.IsDirty());
+    EXPECT_FALSE(prefs.Gather().has_value());
     EXPECT_EQ(OnDisk().GetInteger("Number of undos"), 5);
 }
 

@@ -72,6 +72,28 @@ TEST_F(AddFiles, PairsAreOneSongWhateverWasChosenOfThem) {
     EXPECT_FALSE(i_databaseP->IsAddingToLibrary());
 }
 
+TEST_F(AddFiles, WhatIsMadeIsInTheLibraryInTheCourseOfItAndWhoIsToldHoldsNothingUp) {
+    constexpr int kFiles = 350;
+    for (int n = 0; n < kFiles; ++n) Make("out/" + std::to_string(n) + ".mp3");
+    struct Watcher final : CListWatcher {
+        void ItemsChanged(PlaylistID, ListMessage, std::span<const PLItemID> items) override {
+            blocks.push_back(items.size());
+        }
+        std::vector<std::size_t> blocks;
+    } watcher;
+    i_databaseP->AddWatcher(watcher);
+    std::optional<bool> addingB;
+    ASSERT_EQ(AddFilesToLibrary(*i_databaseP, std::vector<Path>{i_folder / "out"},
+                                [&](const AddedFiles&) { addingB = i_databaseP->IsAddingToLibrary(); }),
+              noErr);
+    i_clock.Advance(3);   // it takes its time
+    ASSERT_TRUE(RunUntil([&] { return addingB.has_value(); }));
+    EXPECT_FALSE(*addingB);
+    EXPECT_EQ(watcher.blocks, (std::vector<std::size_t>{100, 250}));
+    EXPECT_TRUE(i_databaseP->IsDirty());
+    i_databaseP->RemoveWatcher(watcher);
+}
+
 TEST_F(AddFiles, WhatIsNoSongIsRefused) {
     Make("out/notes.txt");
     Make("out/broken.zip", "PK no zip");

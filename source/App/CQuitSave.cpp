@@ -1,0 +1,91 @@
+#include "App/CQuitSave.h"
+
+#include <algorithm>
+#include <iostream>
+#include <utility>
+
+#include "App/CAppLibrary.h"
+#include "App/CAppSaves.h"
+#include "App/LocalTime.h"
+#include "Core/CApp.h"
+#include "Core/CLog.h"
+#include "Core/FSrObjects.h"
+#include "Core/WaitUntil.h"
+#include "Platform/CFolders.h"
+#include "Platform/CUserInterface.h"
+
+void CQuitSave::Run() {
+    const OSErr first = SaveOnce();
+    for (OSErr err = first; Failed(err); err = SaveOnce()) {
+        Log("### Error saving the database at quit");
+        switch (i_app.i_quitAsksB ? Ask(err) : Wish::kQuit) {
+            case Wish::kTryAgain:
+                continue;
+            case Wish::kElsewhere:
+                if (CopyElsewhere()) return;
+                continue;
+            case Wish::kQuit:
+                return CopyBesideLog();
+        }
+    }
+}
+
+OSErr CQuitSave::SaveOnce() {
+    CAppLibrary& library = *i_app.i_library;
+    const auto written = [this] { return !i_app.i_saves->IsWriting(); };
+    WaitUntil(written);                  // one that fails leaves the library dirty
+    library.Database().FlushChanges();   // what was edited a moment ago has not made it dirty yet
+    if (library.Store() == nullptr || !library.Database().IsDirty()) return noErr;
+    if (const OSErr err = library.Save(true); Failed(err)) return err;
+    WaitUntil(written);
+    return library.Database().IsDirty() ? FirstOf(library.Store()->LastSaveErr(), abortErr) : noErr;
+}
+
+CQuitSave::Wish CQuitSave::Ask(OSErr err) {
+    const CFileRef root = i_app.i_library->Store()->Root();
+    Question question;
+    question.title = "Your library could not be saved";
+    question.text =
+        "The changes that you made could not be written to “" + root.GetPath().string() + "”.\n" + ErrorText(err) +
+        "\n\nYou can try again, for instance after making room on the disk, or write a whole copy of the library "
+        "into another folder. If you quit all the same, Vopla writes a copy beside its log, in “" +
+        CLog::Get().File().parent_path().string() + "”." + std::exchange(i_copyFailure, {});
+    question.buttons = {"Try Again", "Save a Copy Elsewhere…", "Quit All the Same"};
+    question.defaultIndex = static_cast<std::size_t>(Wish::kTryAgain);
+    question.safeIndex = static_cast<std::size_t>(Wish::kQuit);
+    return static_cast<Wish>(i_app.Ui().Ask(question).buttonIndex);
+}
+
+CFileRef CQuitSave::NewFolderIn(const CFileRef& parent) const {
+    constexpr std::size_t kToTheSecond = 19;   // of "2024-02-29 12:00:01 +0100"
+    std::string name = "Vopla library " + LocalTimeText().substr(0, kToTheSecond);
+    std::ranges::replace(name, ':', '.');   // some discs refuse it
+    std::string unique = name;
+    static_cast<void>(FSrMakeUniqueName(parent, name, unique));
+    return CFileRef(parent, unique);
+}
+
+bool CQuitSave::CopyElsewhere() {
+    const auto chosen = i_app.Ui().ChooseFolder("Where shall the copy of your library be written?");
+    if (!chosen) return false;
+    const CFileRef folder = NewFolderIn(CFileRef(*chosen));
+    if (const OSErr err = i_app.i_library->Store()->SaveCopy(folder);
+        Failed(LogStep(err, "saving a copy", folder.GetPath()))) {
+        i_copyFailure = "\n\nThe copy could not be written to “" + folder.GetPath().string() + "”: " + ErrorText(err);
+        return false;
+    }
+    LogF("A copy of the library was saved as <%s>", folder.GetPath().c_str());
+    return true;
+}
+
+void CQuitSave::CopyBesideLog() {
+    const CFileRef folder = NewFolderIn(CFileRef(CLog::Get().File().parent_path()));
+    const OSErr err =
+        LogStep(i_app.i_library->Store()->SaveCopy(folder), "saving a copy beside the log", folder.GetPath());
+    const std::string told =
+        Failed(err) ? "The library could not be saved, nor a copy of it in “" + folder.GetPath().string() +
+                          "”: " + ErrorText(err)
+                    : "The library could not be saved. A whole copy of it is in “" + folder.GetPath().string() + "”.";
+    Log(told);
+    std::cerr << "vopla: " << told << '\n';
+}

@@ -1,0 +1,30 @@
+#pragma once
+#include <string>
+
+#include "Core/CFileRef.h"
+
+class CApp;
+
+/** The last save of the evening. What cannot be written is asked about: try again, write a copy elsewhere, or quit, which
+    leaves a copy beside the log; that is what happens where nobody answers, too.
+    Threads  main; pumps while workers write.
+    Errors   told in the log; what was left beside the log, on the error stream as well. */
+class CQuitSave {
+public:
+    explicit CQuitSave(CApp& app) : i_app(app) {}
+    void Run();
+
+private:
+    enum class Wish : unsigned char { kTryAgain, kElsewhere, kQuit };
+
+    /** noErr when nothing is left to be written. */
+    [[nodiscard]] OSErr SaveOnce();
+    [[nodiscard]] Wish Ask(OSErr err);
+    /** False when there is no copy: the user changed his mind, or is told why by the next question. */
+    [[nodiscard]] bool CopyElsewhere();
+    void CopyBesideLog();
+    [[nodiscard]] CFileRef NewFolderIn(const CFileRef& parent) const;
+
+    CApp& i_app;
+    std::string i_copyFailure;
+};
