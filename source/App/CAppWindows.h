@@ -50,8 +50,8 @@ public:
     virtual void SetDirtyMark(bool /*dirtyB*/) {}
     /** The list of tasks (CApp::Tasks) has changed: it is told again once the rows have been asked for. */
     virtual void TasksChanged() {}
-    /** Tells the desktop that the display is needed: no screen saver during a song. */
-    virtual void KeepDisplayOn() = 0;
+    /** A song plays: the display must not sleep. Told again and again; what holds already goes on. */
+    virtual void KeepDisplayOn(bool neededB) = 0;
 
     /** The ports of the windows that exist: what songs are wired to. */
     [[nodiscard]] CGraphicsPorts& Ports() noexcept { return i_ports; }

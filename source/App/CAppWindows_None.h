@@ -18,7 +18,7 @@ public:
     void SetPlace(WindowKind, const Place&) override {}
     std::optional<Place> PlaceOf(WindowKind) const override { return std::nullopt; }
     void SetStatus(std::string_view) override {}
-    void KeepDisplayOn() override {}
+    void KeepDisplayOn(bool) override {}
 
 private:
     COffscreen i_pixels;

@@ -2,11 +2,11 @@
 
 #include <QApplication>
 #include <QDBusConnection>
-#include <QDBusMessage>
 #include <QWidget>
 
 #include "App/CTaskList.h"
 #include "Core/CApp.h"
+#include "Shell/CSleepInhibitor.h"
 #include "Shell/CWindowPlace.h"
 #include "Shell/QtText.h"
 #include "Shell/VideoWindowMenu.h"
@@ -20,7 +20,9 @@ namespace {
 constexpr int kTasks_Milliseconds = 100;   // the eye follows no faster
 }
 
-CAppWindows_Qt::CAppWindows_Qt(std::function<void()> askToQuit) : i_askToQuit(std::move(askToQuit)) {
+CAppWindows_Qt::CAppWindows_Qt(std::function<void()> askToQuit)
+    : i_askToQuit(std::move(askToQuit)),
+      i_inhibitorP(std::make_unique<CSleepInhibitor>(QDBusConnection::sessionBus(), QDBusConnection::systemBus())) {
     i_tasksLook.setSingleShot(true);
     i_tasksLook.setInterval(kTasks_Milliseconds);
     QObject::connect(&i_tasksLook, &QTimer::timeout, &i_tasksLook, [this] { ShowTasks(); });
@@ -277,9 +279,4 @@ void CAppWindows_Qt::SetDirtyMark(bool dirtyB) {
     if (XBrowserWindow* const windowP = Browser(); windowP != nullptr) windowP->setWindowModified(dirtyB);
 }
 
-void CAppWindows_Qt::KeepDisplayOn() {
-    // Every desktop's screen saver listens to this name; one that does not is no error.
-    auto message = QDBusMessage::createMethodCall("org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver",
-                                                  "org.freedesktop.ScreenSaver", "SimulateUserActivity");
-    if (QDBusConnection::sessionBus().isConnected()) QDBusConnection::sessionBus().call(message, QDBus::NoBlock);
-}
+void CAppWindows_Qt::KeepDisplayOn(bool neededB) { i_inhibitorP->Want(neededB); }

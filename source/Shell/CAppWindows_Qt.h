@@ -8,6 +8,7 @@
 #include "App/CAppWindows.h"
 #include "Shell/CGraphicsCard.h"
 
+class CSleepInhibitor;
 class CWindowPlace;
 class QWidget;
 class XBrowserWindow;
@@ -40,7 +41,7 @@ public:
     void DeselectSongs() override;
     void SetDirtyMark(bool dirtyB) override;
     void TasksChanged() override;
-    void KeepDisplayOn() override;
+    void KeepDisplayOn(bool neededB) override;
 
 private:
     [[nodiscard]] QWidget* Find(WindowKind kind) const;
@@ -58,6 +59,7 @@ private:
     [[nodiscard]] static CWindowPlace& PlaceFor(QWidget& window);
 
     std::function<void()> i_askToQuit;
+    const std::unique_ptr<CSleepInhibitor> i_inhibitorP;
     std::map<WindowKind, std::unique_ptr<QWidget>> i_windows;
     CGraphicsCard i_card;
     QPointer<QWidget> i_selectedP;   // gets the keys when i_activate fires
