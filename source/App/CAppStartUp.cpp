@@ -19,6 +19,7 @@
 #include "Core/CFolderKinds.h"
 #include "Core/CThreadManager.h"
 #include "Core/FSrFolders.h"
+#include "Core/FaultText.h"
 #include "Core/ThreadInfo.h"
 #include "Graphics/CHq4x.h"
 #include "Library/CMetaManager.h"
@@ -199,7 +200,7 @@ bool CAppStartUp::FindMusicFolder(CFileRef& root) {
         Question question;
         question.title = "“" + name + "” folder not found";
         question.text = "There was a problem locating your “" + name +
-                        "” folder.  Is it perhaps an alias to an offline volume? (" + ErrorText(err) + ")";
+                        "” folder.  Is it perhaps an alias to an offline volume? " + FaultText(err, FaultOf::kFolder, root.GetPath().string());
         question.buttons = {"Quit", "Try again", "Find it"};
         question.defaultIndex = kTryAgain;
         question.safeIndex = kQuit;   // nobody in front: it must not ask for ever

@@ -5,6 +5,7 @@
 #include "Core/CAlerts.h"
 #include "Core/CApp.h"
 #include "Core/CLog.h"
+#include "Core/FaultText.h"
 #include "Graphics/CAS_QuickTimeVideo.h"
 #include "Graphics/CBreakOverlay.h"
 #include "Graphics/CGraphicsPorts.h"
@@ -45,7 +46,7 @@ void CBreakScreen::Take(const std::filesystem::path& file, BreakPicture picture,
     if (picture.movieP != nullptr) overlay = std::make_unique<CBreakOverlay>(std::move(picture.movieP));
     Show(std::move(overlay));
     if (Failed(LogStep(err, "reading the break picture", file)) && i_tellB)
-        MessageAlert("The break picture could not be read: " + file.filename().string(), ErrorText(err));
+        MessageAlert("The break picture could not be read: " + file.filename().string(), FaultText(err, file));
 }
 
 void CBreakScreen::Show(std::unique_ptr<CBreakOverlay> overlay) {

@@ -5,6 +5,7 @@
 #include "Core/CAlerts.h"
 #include "Core/CLog.h"
 #include "Core/CMainThreadProc.h"
+#include "Core/FaultText.h"
 #include "Core/WaitMode.h"
 #include "Library/AddFilesToLibrary.h"
 #include "Library/CSongDatabase.h"
@@ -113,18 +114,17 @@ void TVoplaApp::OnSecondInstance(const LaunchFiles& files) {
 void TVoplaApp::OpenFiles(const LaunchFiles& files) {
     if (files.empty() || i_app == nullptr || i_app->IsInitializing() || i_app->IsShutdown()) return;
     if (!i_app->ConfirmManualSongChange(1)) return;
-    const auto tell = [name = files.front()](const std::string& why) {
-        MessageAlert("The file could not be played: " + name, why);
-    };
-    const auto play = [this, tell](const AddedFiles& added) {
+    const std::string& name = files.front();
+    const auto tell = [name](const std::string& why) { MessageAlert("The file could not be played: " + name, why); };
+    const auto play = [this, name, tell](const AddedFiles& added) {
         if (i_app == nullptr || i_app->IsShutdown()) return;   // it came while the application went
         if (added.songs.empty())                               // what plays goes on
-            return tell(added.refused.empty() ? ErrorText(fnfErr) : added.refused.front().Reason());
+            return tell(added.refused.empty() ? FaultText(fnfErr, name) : added.refused.front().Reason());
         const CSong* const songP = i_app->Database().GetSong(added.songs.front());
         if (songP != nullptr && Failed(i_app->Play().Play(kPlaylistID_Library, songP->LibraryItem())))
             LogF("not played: %s", songP->Name().UTF8().c_str());   // told by the control
         if (!added.refused.empty()) MessageAlert("Some files could not be added.", added.RefusedText());
     };
     if (const OSErr err = AddFilesToLibrary(i_app->Database(), {files.begin(), files.end()}, play); Failed(err))
-        tell(ErrorText(err));
+        tell(FaultText(err, name));
 }

@@ -6,6 +6,7 @@
 #include "Audio/CT_AudioRender.h"
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
+#include "Core/FaultText.h"
 
 namespace {
 constexpr double kRender_LookT = 0.005;   // how often a ring that was late is looked at
@@ -23,12 +24,13 @@ CAudioUnit& CAudioUnitChain::AddUnit(const char* nameZ, OSType type, OSType subt
 OSErr CAudioUnitChain::Open(const std::string& device, const AudioBlocks& blocks) {
     const OSErr err = LogStep(i_output.Open(device, blocks), "opening the audio output " + device);
     if (err == fnfErr)
-        ShowAlert("There was a problem initializing audio output, you may want to quit and re-run", {});
+        ShowAlert("There was a problem initializing audio output, you may want to quit and re-run",
+                  FaultText(err, FaultOf::kSoundOutput, device));
     else if (Failed(err))
         ShowAlert(
             "There was a problem initializing audio output, check your audio output device. Are your speakers plugged "
             "in?",
-            ErrorText(err));
+            FaultText(err, FaultOf::kSoundOutput, device));
     if (Failed(err)) return err;
     i_openB = true;
     i_device = device;

@@ -59,7 +59,7 @@ int Render(const CliContext& context, std::span<const std::string> given) {
         sourceFramesL = sourceP->GetTotal() / 2;
         return renderErr;
     });
-    if (Failed(err)) return CliFail(context, err, words->files[0]);
+    if (Failed(err)) return CliFailFile(context, err, words->files[0]);
     context.out << "{\"frames\":" << framesL << ",\"source_frames\":" << sourceFramesL << "}\n";
     return 0;
 }
@@ -81,7 +81,7 @@ int AutoCue(const CliContext& context, std::span<const std::string> given) {
         const OSErr loadErr = parts.loadP->Load(nullptr);
         return Failed(loadErr) ? loadErr : CSongSound(parts).FindStart(settings, start300);
     });
-    if (Failed(err)) return CliFail(context, err, words->files[0]);
+    if (Failed(err)) return CliFailFile(context, err, words->files[0]);
     context.out << "{\"start300\":" << start300 << "}\n";
     return 0;
 }
@@ -120,7 +120,7 @@ int MeasureLoudness(const CliContext& context, std::span<const std::string> give
         const OSErr sourceErr = MakeSongSource(CFileRef(words->files[0]), sourceP);
         return Failed(sourceErr) ? sourceErr : Measure(*sourceP, loudness);
     });
-    if (Failed(err)) return CliFail(context, err, words->files[0]);
+    if (Failed(err)) return CliFailFile(context, err, words->files[0]);
     context.out << "{\"lufs\":" << Decibels(loudness.lufs) << ",\"peak_db\":" << Decibels(loudness.peakDB)
                 << ",\"gain_db\":" << Decibels(loudness.GainDB()) << "}\n";
     return 0;

@@ -126,10 +126,10 @@ int Frame(const CliContext& context, std::span<const std::string> words) {
     CSubCodeStream_File stream;
     OSErr err = stream.Open(options->file);
     if (!Failed(err) && stream.LengthUnits() == 0) err = eofErr;
-    if (Failed(err)) return CliFail(context, err, options->file.string());
+    if (Failed(err)) return CliFailFile(context, err, options->file);
 
     const std::unique_ptr<CGraphics> graphics = CGraphics::Make(options->channelMask, Upscaler(options->hq4xB), err);
-    if (!graphics) return CliFail(context, err, "graphics");
+    if (!graphics) return CliFailStep(context, err, "making the picture");
     const double time300 = std::floor(options->atSeconds * kSubCodePacketsPerSecond + 0.5);
     const std::size_t inFileL = (stream.LengthUnits() + kSubCodePacket_Units - 1) / kSubCodePacket_Units;
     const std::size_t countL = time300 < static_cast<double>(inFileL) ? static_cast<std::size_t>(time300) : inFileL;
@@ -137,7 +137,7 @@ int Frame(const CliContext& context, std::span<const std::string> words) {
         err = graphics->Advance(&stream, countL, false, false);
     else
         graphics->ExecutePackets({}, false, false);
-    if (Failed(err)) return CliFail(context, err, options->file.string());
+    if (Failed(err)) return CliFailFile(context, err, options->file);
 
     const CPixels& picture = graphics->Picture();
     Rect part = picture.bounds();
@@ -146,7 +146,7 @@ int Frame(const CliContext& context, std::span<const std::string> words) {
         part = MakeRect(kCDGVisible_Area.left * scale, kCDGVisible_Area.top * scale, kCDGVisible_Area.Width() * scale,
                         kCDGVisible_Area.Height() * scale);
     }
-    if (err = WritePng(picture, part, options->out); Failed(err)) return CliFail(context, err, options->out.string());
+    if (err = WritePng(picture, part, options->out); Failed(err)) return CliFailFile(context, err, options->out);
     context.out << "{\"time300\":" << static_cast<std::int64_t>(time300) << ",\"width\":" << part.Width()
                 << ",\"height\":" << part.Height() << ",\"sha256\":\"" << SHA256(picture, part) << "\"}\n";
     return 0;
@@ -158,7 +158,7 @@ int Info(const CliContext& context, std::span<const std::string> words) {
     CSubCodeStream_File stream;
     OSErr err = stream.Open(*file);
     if (!Failed(err) && stream.LengthUnits() == 0) err = eofErr;
-    if (Failed(err)) return CliFail(context, err, file->string());
+    if (Failed(err)) return CliFailFile(context, err, *file);
 
     static constexpr std::array<std::uint8_t, 9> kKnown{1, 2, 6, 20, 24, 28, 30, 31, 38};
     std::array<std::size_t, 64> counts{};
@@ -166,7 +166,7 @@ int Info(const CliContext& context, std::span<const std::string> words) {
     for (SubCodeRead got; got.err == noErr;) {   // a part at a time: no file is too long
         std::vector<SubCodePacket> part(8192);
         got = stream.Read({part.data()->bytes.data(), part.size() * kSubCodePacket_Bytes});
-        if (Failed(got.err) && got.err != eofErr) return CliFail(context, got.err, file->string());
+        if (Failed(got.err) && got.err != eofErr) return CliFailFile(context, got.err, *file);
         part.resize((got.unitsL + kSubCodePacket_Units - 1) / kSubCodePacket_Units);
         packetsL += part.size();
         for (SubCodePacket& packet : part) {
@@ -194,9 +194,9 @@ int Bench(const CliContext& context, std::span<const std::string> words) {
     if (!file) return CliUsage(context, kCdg_Usage_Bench);
     std::vector<SubCodePacket> packets;
     OSErr err = LoadPackets(*file, packets);
-    if (Failed(err)) return CliFail(context, err, file->string());
+    if (Failed(err)) return CliFailFile(context, err, *file);
     const std::unique_ptr<CGraphics> graphics = CGraphics::Make(0xFFFF, {}, err);
-    if (!graphics) return CliFail(context, err, "graphics");
+    if (!graphics) return CliFailStep(context, err, "making the picture");
     CCDGDecoder decoder = graphics->Decoder();   // runs over the same planes, without the screen
 
     using Clock = std::chrono::steady_clock;

@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "Core/CLog.h"
 #include "Core/CPreferences.h"
+#include "Core/FaultText.h"
 #include "Core/JSONWriter.h"
 
 namespace {
@@ -37,10 +37,18 @@ std::filesystem::path PrefsFolder(const CliContext& context) {
 }   // namespace
 
 int CliFail(const CliContext& context, OSErr status, std::string_view text) {
-    std::string line = std::string(text) + ": " + ErrorText(status);
+    std::string line(text);
     if (!context.jsonB) line += " (" + std::to_string(Number(status)) + ")";
     Tell(context, status, line);
     return 1;
+}
+
+int CliFailFile(const CliContext& context, OSErr status, const std::filesystem::path& file) {
+    return CliFail(context, status, file.string() + ": " + FaultWords(status, file));
+}
+
+int CliFailStep(const CliContext& context, OSErr status, std::string_view step) {
+    return CliFail(context, status, std::string(step) + ": " + FaultWords(status, FaultOf::kStep));
 }
 
 int CliUsage(const CliContext& context, std::string_view text) {

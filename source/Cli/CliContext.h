@@ -17,8 +17,12 @@ struct CliContext {
     std::ostream& err;
 };
 
-/** Tells a failure in one line, or in one JSON object with --json; the exit status, 1. */
+/** Tells a failure in one line, or in one JSON object with --json; the exit status, 1. `text` says all of it. */
 int CliFail(const CliContext& context, OSErr status, std::string_view text);
+/** The failure of a file: its name, what is wrong with it and what can be done. */
+int CliFailFile(const CliContext& context, OSErr status, const std::filesystem::path& file);
+/** The failure of a step that no single file is named for. */
+int CliFailStep(const CliContext& context, OSErr status, std::string_view step);
 /** The same for words that the command does not understand; the exit status, 2. */
 int CliUsage(const CliContext& context, std::string_view text);
 /** Something to know beside the answer, in one line on the error stream; the status stays. */

@@ -8,6 +8,7 @@
 #include "Cli/CCliLibrary.h"
 #include "Cli/CliSong.h"
 #include "Core/FSrObjects.h"
+#include "Core/FaultText.h"
 #include "Core/JSONWriter.h"
 #include "Core/WaitMode.h"
 #include "Library/AddFilesToLibrary.h"
@@ -23,7 +24,9 @@ constexpr std::string_view kLibrary_Usage =
 using Words = std::span<const std::string>;
 
 int CannotLoad(const CliContext& context, const CCliLibrary& library, OSErr err) {
-    return CliFail(context, err, "no library in " + library.Places().root.GetPath().string());
+    const std::filesystem::path& root = library.Places().root.GetPath();
+    if (err == fnfErr) return CliFail(context, err, "no library in " + root.string());
+    return CliFail(context, err, root.string() + ": the library cannot be read: " + FaultWords(err, FaultOf::kFolder));
 }
 
 int InUse(const CliContext& context, OSErr err) {
@@ -80,7 +83,7 @@ int Set(const CliContext& context, Words words) {
     std::string fault;
     if (const OSErr err = SetSongValue(*songP, library.Places(), words[1], words[2], fault); Failed(err))
         return CliFail(context, err, fault);
-    if (const OSErr err = library.Save(); Failed(err)) return CliFail(context, err, "saving the library");
+    if (const OSErr err = library.Save(); Failed(err)) return CliFailStep(context, err, "saving the library");
     Print(context, *songP);
     return 0;
 }
@@ -125,7 +128,7 @@ int Rebuild(const CliContext& context, Words) {
     database.Lengths().FindAll();
     while (database.Lengths().IsBusy()) WaitOneTurn();
     if (const OSErr err = library.Save(SaveForce::kAll); Failed(err))
-        return CliFail(context, err, "saving the library");
+        return CliFailStep(context, err, "saving the library");
     if (context.jsonB)
         context.out << "{\"songs\":" << songsL << ",\"new\":" << songsL - beforeL << ",\"refused\":" << refused.size()
                     << "}\n";
@@ -151,14 +154,14 @@ int Restore(const CliContext& context, Words words) {
     const LibraryPlaces places = CliLibraryPlaces(context);
     CLibraryBackup backup(places.root);
     std::vector<CFileRef> copies;
-    if (const OSErr err = backup.List(copies); Failed(err)) return CliFail(context, err, "reading the kept copies");
+    if (const OSErr err = backup.List(copies); Failed(err)) return CliFailStep(context, err, "reading the kept copies");
     if (words.empty()) return PrintCopies(context, copies), 0;
     const auto it = std::ranges::find(copies, words[0], &CFileRef::GetName);
     if (it == copies.end()) return CliFail(context, fnfErr, "no copy " + words[0]);
     CLibraryLock lock;
     if (const OSErr err = lock.Take(places.root); Failed(err)) return InUse(context, err);
     if (const OSErr err = backup.Restore(*it); Failed(err))
-        return CliFail(context, err, "restoring " + words[0] + "; the library is as it was");
+        return CliFailStep(context, err, "restoring " + words[0] + "; the library is as it was");
     if (context.jsonB)
         context.out << "{\"restored\":" << JSONString(words[0]) << "}\n";
     else

@@ -1,13 +1,16 @@
 #include "Cli/CliPlay.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "Cli/CCliHost.h"
 #include "Cli/CliAudio.h"
 #include "Core/CPreferences.h"
+#include "Core/FaultText.h"
 #include "Graphics/CGraphicsPorts.h"
 #include "Library/AddFilesToLibrary.h"
 #include "Library/CMetaManager.h"
+#include "Platform/CAudioOutput.h"
 #include "Platform/CClock.h"
 #include "Platform/CUserInterface_Plain.h"
 #include "Play/CPlayControl.h"
@@ -45,15 +48,15 @@ public:
     int Run(const std::vector<std::string>& files, double mostT) {
         CPlayList& list = i_databaseP->AddPlaylist(kSourceDB_PLAYLIST, "play");
         for (const std::string& file : files)
-            if (const OSErr err = Add(list, file); Failed(err)) return CliFail(i_context, err, file);
+            if (const int status = Add(list, file); status != 0) return status;
         if (const OSErr err = i_controlP->Play(list.ID(), list.GetSortedList().front()); Failed(err))
-            return CliFail(i_context, err, files.front());
+            return CliFailFile(i_context, err, files.front());
         int status = 0;
         for (const PLItemID last = list.GetSortedList().back();;) {
             RunSong(mostT);
             const bool idleB = i_controlP->State() == PlayState::kIdle;
             if (const OSErr err = i_controlP->PlayErr(); Failed(err))
-                status = CliFail(i_context, err, i_name);   // the others play all the same
+                status = CliFailFile(i_context, err, i_file);   // the others play all the same
             else if (!idleB && i_endedB)
                 continue;   // the next one has begun
             else if (!idleB)
@@ -68,11 +71,12 @@ public:
     }
 
 private:
-    OSErr Add(CPlayList& list, const std::string& file) {
+    int Add(CPlayList& list, const std::string& file) {
         const std::filesystem::path paths[] = {file};
         std::vector<RefusedFile> refused;
         const std::vector<SongID> songs = AddFilesToLibrary(*i_databaseP, paths, &refused);
-        if (songs.empty()) return refused.empty() ? fnfErr : refused.front().err;
+        if (songs.empty() && refused.empty()) return CliFail(i_context, fnfErr, file + ": There is no song in it.");
+        if (songs.empty()) return CliFail(i_context, refused.front().err, file + ": " + refused.front().Reason());
         for (const SongID id : songs) {
             CSongMeta& meta = i_databaseP->GetSong(id)->Meta();
             meta.SetInteger("PICH"_key, std::lround(i_sound.pitch));
@@ -80,7 +84,7 @@ private:
             meta.SetInteger("vChn"_key, static_cast<int>(i_sound.vocal));
             list.AddItem({.target = id});
         }
-        return noErr;
+        return 0;
     }
 
     /** Until this song is over, or was heard for `mostT` seconds. */
@@ -119,7 +123,10 @@ private:
     }
 
     void PlayChanged() override {
-        if (const CSongPlay* const playP = i_controlP->Current(); playP != nullptr) i_name = playP->Spec().name;
+        const CSongPlay* const playP = i_controlP->Current();
+        if (playP == nullptr) return;
+        const SongPlaySpec& spec = playP->Spec();
+        i_file = (!spec.zip.IsEmpty() ? spec.zip : !spec.audio.IsEmpty() ? spec.audio : spec.video).GetPath();
     }
     CSongDatabase& Database() override { return *i_databaseP; }
     CCFPrefDictionary& Preferences() override { return i_preferences; }
@@ -141,10 +148,19 @@ private:
     std::unique_ptr<CSongDatabase> i_databaseP;
     std::unique_ptr<CPlayControl> i_controlP;
     bool i_endedB = false;   // it was heard out
-    std::string i_name;      // of the song that plays, or was the last to
+    std::filesystem::path i_file;   // the first one of the song that plays, or was the last to
     long i_songsL = 0, i_audio300 = 0, i_packetsL = 0;
     std::uint64_t i_lateL = 0;
 };
+
+/** Whether there is such a sound output; told when not. */
+bool HasOutput(const CliContext& context, const std::string& name) {
+    const AudioOutputChoice choice = MakeAudioOutput(name);
+    const std::vector<std::string> names = choice.outputP->DeviceNames();
+    if (choice.device == kAudioOutput_Default || std::ranges::find(names, choice.device) != names.end()) return true;
+    static_cast<void>(CliFail(context, fnfErr, name + ": " + FaultWords(fnfErr, FaultOf::kSoundOutput)));
+    return false;
+}
 
 }   // namespace
 
@@ -160,6 +176,7 @@ int RunPlay(const CliContext& context, std::span<const std::string> given) {
         mostT = *seconds;
     }
     if (!sound) return CliUsage(context, kPlay_Usage);
+    if (const std::string* nameP = words->Value("--output"); nameP != nullptr && !HasOutput(context, *nameP)) return 1;
     CCliHost host;
     return PlayRun(context, host, *words, *sound).Run(words->files, mostT);
 }

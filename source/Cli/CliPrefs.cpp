@@ -77,7 +77,7 @@ int Set(const CliContext& context, CPreferences& prefs, const std::string& key, 
     if (!value)
         return CliFail(context, paramErr, "\"" + word + "\" is no value of type " + std::string(CFTypeName(type)));
     prefs.Set(key, *value);
-    if (const OSErr err = prefs.Save(); Failed(err)) return CliFail(context, err, "saving the preferences");
+    if (const OSErr err = prefs.Save(); Failed(err)) return CliFailStep(context, err, "saving the preferences");
     Print(context, key, *value);
     return 0;
 }

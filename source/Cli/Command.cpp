@@ -84,11 +84,11 @@ int RunCommand(std::span<const std::string> words, std::ostream& out, std::ostre
     try {
         status = row->run(context, words.subspan(1));
     } catch (const std::bad_alloc&) {
-        return CliFail(context, memFullErr, words.front());
+        return CliFailStep(context, memFullErr, words.front());
     } catch (const std::exception& fault) {
         return CliFail(context, paramErr, fault.what());
     }
     // An answer that was lost on its way, on a full disk say, is no success.
-    if (!out.flush() && status == 0) return CliFail(context, ioErr, "writing the answer");
+    if (!out.flush() && status == 0) return CliFailStep(context, ioErr, "writing the answer");
     return status;
 }

@@ -50,7 +50,7 @@ OSErr CDataFork::Open(const CFileRef& file, FileAccess access, bool tracedB) {
     const int err = calls.Look(i_handle, info);
     const FileKind wanted = access == FileAccess::kFolder ? FileKind::kFolder : FileKind::kFile;
     if (err == 0 && info.kind == wanted) return noErr;
-    const OSErr status = err != 0 ? Told(err, "fstat") : Told(info.kind == FileKind::kFolder ? EISDIR : EINVAL, "open");
+    const OSErr status = err != 0 ? Told(err, "fstat") : Told(info.kind == FileKind::kFolder ? EISDIR : ENOTSUP, "open");
     calls.Close(std::exchange(i_handle, -1));
     return status;
 }

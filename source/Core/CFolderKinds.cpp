@@ -5,6 +5,7 @@
 #include "Core/FSrFolders.h"
 #include "Core/FSrMove.h"
 #include "Core/FSrObjects.h"
+#include "Core/FaultText.h"
 #include "Platform/CFolders.h"
 
 namespace {
@@ -49,8 +50,8 @@ void MoveOldPlugins(const CFileRef& to) {
         CFileRef plugin(from, name);
         if (const OSErr err = FSrMoveFile(plugin, to); Failed(err))
             ShowAlert(
-                "There was an error moving “" + name + "” into the folder “" + to.GetName() + "”: " + ErrorText(err),
-                plugin.GetPath().string());
+                "There was an error moving “" + name + "” into the folder “" + to.GetName() + "”",
+                FaultText(err, plugin.GetPath()));
     }
 }
 

@@ -10,6 +10,7 @@
 #include "Core/FSrCopy.h"
 #include "Core/FSrFolders.h"
 #include "Core/FSrObjects.h"
+#include "Core/FaultText.h"
 
 namespace {
 
@@ -219,6 +220,6 @@ OSErr SafeSavePropertyList(const CFileRef& file, const std::function<OSErr(std::
 
 OSErr TellSaveError(OSErr err, const CFileRef& file) {
     if (!Failed(err) || err == alreadyReportedErr || err == abortErr || err == userCanceledErr) return err;
-    ShowAlert("There was an error saving the file “" + file.GetName() + "”", ErrorText(err));
+    ShowAlert("There was an error saving the file “" + file.GetName() + "”", FaultText(err, file.GetPath()));
     return alreadyReportedErr;
 }

@@ -10,6 +10,7 @@
 #include "Core/FSrCopy.h"
 #include "Core/FSrObjects.h"
 #include "Core/FSrTrash.h"
+#include "Core/FaultText.h"
 #include "Platform/CFolders.h"
 
 namespace {
@@ -147,7 +148,7 @@ OSErr FSrWriteTest(const CFileRef& folder) {
     if (!Failed(err)) return noErr;
     ShowAlert("Vopla requires write access to the folder <" + folder.GetPath().string() +
                   ">, you must fix this for Vopla to function correctly.",
-              ErrorText(err));
+              FaultText(err, FaultOf::kFolder, folder.GetPath().string()));
     return LogStep(err, "write test", folder.GetPath());
 }
 

@@ -197,5 +197,5 @@ OSErr FSrSyncFolder(const CFileRef& folder) {
     if (const OSErr err = handle.Open(folder, FileAccess::kFolder); Failed(err)) return err;
     const OSErr err = handle.Sync();
     // Some file systems have no sync for folders: they answer EINVAL, and there is nothing more to be done.
-    return FirstOf(err == paramErr ? noErr : err, handle.Close());
+    return FirstOf(Number(err) == EINVAL ? noErr : err, handle.Close());
 }

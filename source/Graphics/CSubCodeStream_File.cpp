@@ -7,24 +7,8 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "Core/FSError.h"
 #include "Graphics/CDGConstants.h"
-
-namespace {
-OSErr FromErrno(int number) {
-    switch (number) {
-        case ENOENT:
-        case ENOTDIR:
-            return fnfErr;
-        case EACCES:
-        case EPERM:
-            return permErr;
-        case ENOMEM:
-            return memFullErr;
-        default:
-            return ioErr;
-    }
-}
-}   // namespace
 
 CSubCodeStream_File::~CSubCodeStream_File() {
     if (i_descriptor >= 0) ::close(i_descriptor);
@@ -34,9 +18,9 @@ OSErr CSubCodeStream_File::Open(const std::filesystem::path& file) {
     if (i_descriptor >= 0) return paramErr;
     // O_NONBLOCK: a pipe of that name must not hold the main thread.
     i_descriptor = ::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (i_descriptor < 0) return FromErrno(errno);
+    if (i_descriptor < 0) return MapErrno(errno);
     struct stat about {};
-    if (::fstat(i_descriptor, &about) != 0) return FromErrno(errno);
+    if (::fstat(i_descriptor, &about) != 0) return MapErrno(errno);
     if (!S_ISREG(about.st_mode)) return paramErr;
     i_lengthL = about.st_size < 0 ? 0 : static_cast<std::size_t>(about.st_size) / kSubCodeUnit_Bytes;
     return noErr;
@@ -51,7 +35,7 @@ SubCodeRead CSubCodeStream_File::Read(std::span<std::uint8_t> bytes) {
         const ssize_t got =
             ::pread(i_descriptor, bytes.data() + gotL, takenL - gotL, static_cast<off_t>(startL + gotL));
         if (got < 0 && errno == EINTR) continue;
-        if (got < 0) return {0, FromErrno(errno)};
+        if (got < 0) return {0, MapErrno(errno)};
         if (got == 0) break;
         gotL += static_cast<std::size_t>(got);
     }

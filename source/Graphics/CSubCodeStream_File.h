@@ -12,7 +12,7 @@ public:
     CSubCodeStream_File(const CSubCodeStream_File&) = delete;
     CSubCodeStream_File& operator=(const CSubCodeStream_File&) = delete;
 
-    /** Once. fnfErr, permErr, paramErr for what is no regular file, ioErr. An empty file is an empty stream. */
+    /** Once. fnfErr, afpAccessDenied, paramErr for what is no regular file, ioErr. An empty file is an empty stream. */
     OSErr Open(const std::filesystem::path& file);
     /** Whole units at the time of Open; bytes behind the last one are not seen. */
     [[nodiscard]] std::size_t LengthUnits() const { return i_lengthL; }

@@ -11,6 +11,7 @@
 #include "Core/CZipWriter.h"
 #include "Core/FSError.h"
 #include "Core/FSrObjects.h"
+#include "Core/FaultText.h"
 #include "Library/BackupNames.h"
 #include "Library/CLibraryRestore.h"
 
@@ -61,7 +62,8 @@ OSErr CLibraryBackup::KeepOnce() {
     static_cast<void>(LogStep(err, "keeping a copy of the library", i_root.GetPath()));
     if ((Failed(err) || !leftOut.empty()) && !std::exchange(i_toldB, true))
         ShowAlert("No whole copy of the library could be kept before it is saved.",
-                  Failed(err) ? ErrorText(err) : leftOut.front().string());
+                  Failed(err) ? FaultText(err, FaultOf::kFolder, i_root.GetPath().string())
+                              : "“" + leftOut.front().string() + "” cannot be read.");
     if (Failed(err)) return err;
     i_keptB = true;
     static_cast<void>(LogStep(Prune(), "removing old copies of the library", i_root.GetPath()));

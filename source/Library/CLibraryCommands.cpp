@@ -5,6 +5,7 @@
 
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
+#include "Core/FaultText.h"
 #include "Core/ThreadInfo.h"
 #include "Core/WaitMode.h"
 #include "Library/CSongDatabase.h"
@@ -187,7 +188,7 @@ OSErr CLibraryCommands::FindMissing(std::span<const SongID> songs, Done done) {
 
 CLibraryCommands::Done CLibraryCommands::Telling(const char* wordsZ, Done done) {
     return [&ui = i_ui, wordsZ, done = std::move(done)](OSErr err) {
-        if (Failed(err) && err != userCanceledErr && err != abortErr) ui.Alert(wordsZ, ErrorText(err));
+        if (Failed(err) && err != userCanceledErr && err != abortErr) ui.Alert(wordsZ, FaultText(err, FaultOf::kStep, {}));
         if (done) done(err);
     };
 }

@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "Core/CLog.h"
+#include "Core/FaultText.h"
 #include "Core/ThreadInfo.h"
 #include "Library/CLoadingScope.h"
 #include "Library/CReportXMLErr.h"
@@ -35,7 +36,7 @@ OSErr CLibraryLoader::Load(LibraryFileMap& files, LibraryReport& report) {
     report.wholeB = i_songs.IsWhole();
     for (const UnreadFile& file : image.unread) {
         report.damaged.push_back(file.file);
-        report.problems.push_back(file.file.GetPath().string() + ": " + ErrorText(file.err));
+        report.problems.push_back(FaultText(file.err, file.file.GetPath()));
         CReportXMLErr::Report(i_database.Host(), file.file, file.err);
     }
     if (Failed(i_songsErr) && i_songsErr != fnfErr)

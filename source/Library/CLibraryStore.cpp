@@ -5,6 +5,7 @@
 #include "Core/CSafeSave.h"
 #include "Core/FSError.h"
 #include "Core/FSrObjects.h"
+#include "Core/FaultText.h"
 #include "Core/WaitMode.h"
 #include "Core/WaitUntil.h"
 #include "Library/CLibraryRebuild.h"
@@ -94,7 +95,7 @@ void CLibraryStore::BeginChanges() {
         // Said now, before a night's work, and not again at each save: those are tried until one succeeds.
         i_toldB = true;
         ShowAlert("Your library cannot be written.",
-                  ErrorText(err) + "\n" + i_places.root.GetPath().string() +
+                  FaultText(err, FaultOf::kFolder, i_places.root.GetPath().string()) +
                       "\nWhat you change is kept in memory, and saved as soon as the folder can be written.");
         return;
     }
@@ -201,7 +202,7 @@ void CLibraryStore::NoteFailure(const CLibrarySave& save) {
     if (save.FailedToDelete())
         ShowAlert("The playlist file “" + save.FailedFile().GetName() + "” could not be deleted.", kDelete_HintZ);
     else if (save.FailedFile().GetName() == "Songs.vlb")
-        ShowAlert("Error attempting to save database!", ErrorText(save.Err()));
+        ShowAlert("Error attempting to save database!", FaultText(save.Err(), save.FailedFile().GetPath()));
     else
         (void)TellSaveError(save.Err(), save.FailedFile());
 }

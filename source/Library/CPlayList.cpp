@@ -5,6 +5,7 @@
 #include "Core/AlertHook.h"
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
+#include "Core/FaultText.h"
 #include "Core/SizeForms.h"
 #include "Core/ThreadInfo.h"
 #include "Library/CMetaManager.h"
@@ -34,7 +35,7 @@ OSErr CPlayList::Rename(const SuperString& name) {
     if (i_sourceType == kSourceDB_PLAYLIST || i_sourceType == kSourceDB_VENUE) {
         if (const OSErr err = i_database.Host().RenameListFile(*this, title); Failed(err)) {
             const std::string words =
-                "Error renaming <" + i_name.UTF8() + "> in the file system! (" + ErrorText(err) + ")";
+                "Error renaming <" + i_name.UTF8() + "> in the file system! (" + FaultText(err, FaultOf::kFile, i_name.UTF8()) + ")";
             Log(words);
             ShowAlert(words, "");
             return err;

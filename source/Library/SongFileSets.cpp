@@ -9,6 +9,7 @@
 #include "Core/CZipSongMembers.h"
 #include "Core/FSError.h"
 #include "Core/FSrObjects.h"
+#include "Core/FaultText.h"
 #include "Core/SmallExtension.h"
 #include "Core/SuperString.h"
 #include "Library/CSongFileSearch.h"
@@ -19,14 +20,9 @@ namespace {
 using Path = std::filesystem::path;
 constexpr int kFolders_Deep = 64;   // links may run in circles
 
-bool HoldsSong(const Path& zip, OSErr& err) {
-    CZipArchive archive;
-    err = archive.Open(CFileRef(zip));
-    if (Failed(err)) return false;
+bool HoldsSong(const CZipArchive& archive) {
     const CZipSongMembers song = CZipSongMembers::Choose(archive.Members());
-    if (song.audio || song.graphics || song.video) return true;
-    err = paramErr;
-    return false;
+    return song.audio || song.graphics || song.video;
 }
 
 /** The files of one folder that share a base name, by what they are to a song. */
@@ -53,7 +49,7 @@ public:
         if (info.kind == FileKind::kFolder) return TakeOnce(path, 0);
         i_groups.clear();
         if (info.kind != FileKind::kFile || !AddToGroup(path))
-            return Refuse(path, paramErr, IsMidiFile(path) ? RefusedFile::Why::kMidi : RefusedFile::Why::kErr);
+            return Refuse(path, paramErr, IsMidiFile(path) ? RefusedFile::Why::kMidi : RefusedFile::Why::kNoSong);
         MakeSets();
     }
 
@@ -123,8 +119,9 @@ private:
     }
 
     void MakeZip(const Path& zip) {
-        OSErr err = noErr;
-        if (!HoldsSong(zip, err)) return Refuse(zip, err);
+        CZipArchive archive;
+        if (const OSErr err = archive.Open(CFileRef(zip)); Failed(err)) return Refuse(zip, err);
+        if (!HoldsSong(archive)) return Refuse(zip, paramErr, RefusedFile::Why::kNoSong);
         Add({.audio = {}, .video = {}, .zip = CFileRef(zip), .base = {}});
     }
 
@@ -170,6 +167,20 @@ private:
 };
 
 }   // namespace
+
+std::string RefusedFile::Reason() const {
+    switch (why) {
+        case Why::kNoSong:
+            return "There is no song in it.";
+        case Why::kNoSound:
+            return "Its sound was not found. Put the sound file of the same name beside it.";
+        case Why::kMidi:
+            return "MIDI files are songs only with the preference “Launch Midi Files”.";
+        case Why::kErr:
+            break;
+    }
+    return FaultWords(err, path);
+}
 
 SongFileSets SongFileSets::Gather(std::span<const Path> paths, const SongFileRules& rules,
                                   const std::function<bool()>& cancelled) {

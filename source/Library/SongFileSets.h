@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "Core/CFileRef.h"
-#include "Core/CLog.h"
+#include "Platform/OSErr.h"
 
 /** The files of one song, as they were found on the disc: a pair, a zip, a video, or sound alone. */
 struct SongFileSet {
@@ -22,14 +22,10 @@ struct SongFileSet {
 struct RefusedFile {
     std::filesystem::path path;
     OSErr err = noErr;
-    enum class Why { kErr, kNoSound, kMidi } why = Why::kErr;   // kNoSound: of graphics, which are there themselves
+    enum class Why { kErr, kNoSong, kNoSound, kMidi } why = Why::kErr;   // kNoSound: of graphics, which are there
 
-    /** For people: paramErr says no more than that. */
-    [[nodiscard]] std::string Reason() const {
-        if (why == Why::kNoSound) return "Its sound was not found";
-        if (why == Why::kMidi) return "MIDI files are songs only with the preference “Launch Midi Files”";
-        return err == paramErr ? "There is no song in it" : ErrorText(err);
-    }
+    /** For people, without the file's name. */
+    [[nodiscard]] std::string Reason() const;
 };
 
 /** What is a song. */

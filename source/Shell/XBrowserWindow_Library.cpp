@@ -6,6 +6,7 @@
 #include "Core/CAlerts.h"
 #include "Core/CLog.h"
 #include "Core/CPreferences.h"
+#include "Core/FaultText.h"
 #include "Library/AddFilesToLibrary.h"
 #include "Library/CLibraryCommands.h"
 #include "Platform/CFolders.h"
@@ -65,7 +66,7 @@ void XBrowserWindow::AddFiles(const QStringList& paths, PlaylistID list, RowInde
             // Last: it waits for the user, and the window may have gone by then.
             if (!added.refused.empty()) MessageAlert("Some files could not be added.", added.RefusedText());
         });
-    if (Failed(err)) MessageAlert("The files could not be added.", ErrorText(err));
+    if (Failed(err)) MessageAlert("The files could not be added.", FaultText(err, FaultOf::kStep, {}));
 }
 
 void XBrowserWindow::ShowAdded(SongID song) {
@@ -175,5 +176,5 @@ void XBrowserWindow::EnableSongs() {
 void XBrowserWindow::TellFailure(OSErr err) {
     // What the user did not want is no failure, and a list that may not be changed says so by its menu.
     if (Failed(err) && err != userCanceledErr && err != paramErr)
-        MessageAlert("That could not be done for all songs.", ErrorText(err));
+        MessageAlert("That could not be done for all songs.", FaultText(err, FaultOf::kStep, {}));
 }

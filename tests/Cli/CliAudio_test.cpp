@@ -127,22 +127,33 @@ TEST_F(CliAudio, Failures) {
     std::ofstream(Path("bad.zip")) << "PK\3\4 and then nothing";
     const std::string tone = Make(kTone_Z, "tone.wav");
     std::filesystem::create_directories(i_folder / "taken.wav" / "inside");   // fails when the file takes its name
+    std::filesystem::create_symlink("loop.mp3", Path("loop.mp3"));
+    const std::string longName = Path(std::string(300, 'x') + ".mp3");
     const struct {
         std::vector<std::string> words;
         int status;
+        std::string said = {};   // of the failure
     } cases[] = {
         {{"audio", "render", tone, "--out", Path("taken.wav")}, 1},
-        {{"play", tone, "--output", "no such device"}, 1},
+        {{"play", tone, "--output", "no such device"}, 1, "no such device: The sound output is not there. "},
         {{"audio"}, 2},
         {{"audio", "render", Path("bad.mp3")}, 2},
         {{"audio", "render", Path("bad.mp3"), "--out", Path("o.wav"), "--pitch", "x"}, 2},
         {{"audio", "render", Path("bad.mp3"), "--out", Path("o.wav"), "--tempo", "0"}, 2},
         {{"audio", "render", Path("bad.mp3"), "--out", Path("o.txt")}, 2},
-        {{"audio", "render", Path("bad.mp3"), "--out", Path("o.wav")}, 1},
-        {{"audio", "render", Path("bad.zip"), "--out", Path("o.wav")}, 1},
-        {{"audio", "render", Path("none.mp3"), "--out", Path("o.wav")}, 1},
-        {{"audio", "autocue", Path("none.mp3")}, 1},
-        {{"play", Path("none.mp3"), "--output", "dummy"}, 1},
+        {{"audio", "render", Path("bad.mp3"), "--out", Path("o.wav")},
+         1,
+         Path("bad.mp3") + ": The file is damaged, or it is no MP3 file. "},
+        {{"audio", "render", Path("bad.zip"), "--out", Path("o.wav")}, 1, Path("bad.zip") + ": The zip is damaged"},
+        {{"audio", "render", Path("none.mp3"), "--out", Path("o.wav")}, 1, Path("none.mp3") + ": File Not Found. "},
+        {{"audio", "autocue", Path("none.mp3")}, 1, Path("none.mp3") + ": File Not Found. "},
+        {{"audio", "autocue", Path("loop.mp3")}, 1, Path("loop.mp3") + ": Too many levels of symbolic links"},
+        {{"cdg", "info", Path("loop.mp3")}, 1, Path("loop.mp3") + ": Too many levels of symbolic links"},
+        {{"cdg", "info", longName}, 1, longName + ": File name too long. "},
+        {{"play", longName}, 1, longName + ": File name too long. "},
+        {{"play", Path("none.mp3"), "--output", "dummy"}, 1, Path("none.mp3") + ": File Not Found. "},
+        {{"play", Path("bad.mp3"), "--output", "dummy"}, 1, Path("bad.mp3") + ": The file is damaged, or it is no MP3"},
+        {{"play", Path("bad.zip"), "--output", "dummy"}, 1, Path("bad.zip") + ": The zip is damaged"},
         {{"play", "--seconds", "1"}, 2},
         {{"play", Path("bad.mp3"), "--seconds", "-1"}, 2},
     };
@@ -150,7 +161,7 @@ TEST_F(CliAudio, Failures) {
         const CliRun run = Run(c.words);
         EXPECT_EQ(run.status, c.status) << testing::PrintToString(c.words) << run.err;
         EXPECT_EQ(run.out, "");
-        EXPECT_TRUE(run.err.starts_with("{\"error\":")) << run.err;
+        EXPECT_TRUE(run.err.starts_with("{\"error\":\"" + c.said)) << run.err;
     }
     EXPECT_FALSE(std::filesystem::exists(Path("o.wav")));
     const CliRun evening = Run({"play", tone, Path("bad.mp3"), tone, "--seconds", "0.1", "--output", "dummy"});

@@ -369,7 +369,7 @@ TEST_F(CLibraryStoreTest, AFolderThatCannotBeWrittenIsToldOnceAndAllIsKept) {
     ASSERT_EQ(s_alerts, (std::vector<std::string>{"Your library cannot be written."}));
     (void)NewSong("new");
     for (int round = 0; round < 3; ++round) {
-        EXPECT_EQ(i_storeP->SaveLibraryNow(SaveForce::kDirty), permissionsError);
+        EXPECT_EQ(i_storeP->SaveLibraryNow(SaveForce::kDirty), static_cast<OSErr>(EROFS));
         EXPECT_TRUE(i_databaseP->IsDirty());
         i_clock.Advance(9);
     }
