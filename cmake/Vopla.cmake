@@ -46,7 +46,7 @@ function(vopla_tests name)
     if(NOT files)
         return()
     endif()
-    add_executable(${name} ${files})
+    add_executable(${name} ${files} ${PROJECT_SOURCE_DIR}/tests/UseTheLocale.cpp)
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
     target_link_libraries(${name} PRIVATE ${T_USES} ${T_LIBS} GTest::gmock_main GTest::gtest)
     target_compile_definitions(${name} PRIVATE VOPLA_SOURCE_DIR="${PROJECT_SOURCE_DIR}"

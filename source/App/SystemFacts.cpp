@@ -1,13 +1,16 @@
 #include "App/SystemFacts.h"
 
+#include <sys/utsname.h>
+#include <unistd.h>
 #include <array>
 #include <clocale>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <string_view>
-#include <sys/utsname.h>
-#include <unistd.h>
+
+#include "Core/NumberForms.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -29,14 +32,9 @@ std::string ValueOf(const std::filesystem::path& file, std::string_view key) {
 }
 
 std::string ClockSpeed() {
-    double megahertz = 0;
-    if (std::sscanf(ValueOf("/proc/cpuinfo", "cpu MHz").c_str(), "%lf", &megahertz) != 1) return "unknown";
-    std::array<char, 32> text{};
-    if (megahertz < 1000.0)
-        std::snprintf(text.data(), text.size(), "%d MHz", static_cast<int>(megahertz));
-    else
-        std::snprintf(text.data(), text.size(), "%.2f GHz", megahertz / 1000.0);
-    return text.data();
+    const std::optional<double> megahertz = ReadPersonsNumber(ValueOf("/proc/cpuinfo", "cpu MHz"));
+    if (!megahertz) return "unknown";
+    return *megahertz < 1000.0 ? FixedText(*megahertz, 0) + " MHz" : FixedText(*megahertz / 1000.0, 2) + " GHz";
 }
 
 std::string TotalMemory() {

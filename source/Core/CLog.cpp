@@ -1,13 +1,13 @@
 #include "Core/CLog.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
-#include <fcntl.h>
 #include <memory>
 #include <mutex>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 
@@ -63,9 +63,7 @@ struct CLog::File_ {
     }
 };
 
-CLog::CLog() : i_fileP(new File_) {
-    SetSwitch(LogSwitch::kLogging, true);
-}
+CLog::CLog() : i_fileP(new File_) { SetSwitch(LogSwitch::kLogging, true); }
 
 CLog& CLog::Get() {
     static CLog* const s_logP = new CLog;
@@ -118,8 +116,13 @@ void LogF(const char* formatZ, ...) {
     if (!CLog::Get().IsOn(LogSwitch::kLogging)) return;
     std::va_list arguments;
     va_start(arguments, formatZ);
+    // Numbers stand in the log with a point, whatever the user's language; the toolkit has set that one for the
+    // process.
+    static const locale_t s_plain = ::newlocale(LC_NUMERIC_MASK, "C", nullptr);
+    const locale_t before = ::uselocale(s_plain);
     char* textZ = nullptr;
     const int lengthL = ::vasprintf(&textZ, formatZ, arguments);
+    ::uselocale(before);
     va_end(arguments);
     if (lengthL < 0) return;
     const std::unique_ptr<char, decltype(&std::free)> owner(textZ, &std::free);
@@ -131,7 +134,9 @@ void LogIf(LogSwitch which, std::string_view text) {
 }
 
 OSErr LogStep(OSErr err, std::string_view step) {
-    if (Failed(err)) LogF("### Error %.*s: %d (%s)", static_cast<int>(step.size()), step.data(), Number(err), ErrorText(err).c_str());
+    if (Failed(err))
+        LogF("### Error %.*s: %d (%s)", static_cast<int>(step.size()), step.data(), Number(err),
+             ErrorText(err).c_str());
     return err;
 }
 

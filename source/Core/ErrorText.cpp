@@ -1,4 +1,3 @@
-#include <array>
 #include <cstring>
 
 #include "Core/CLog.h"
@@ -40,7 +39,6 @@ std::string ErrorText(int codeL) {
     for (const auto& row : kError_Texts)
         if (row.codeL == codeL) return row.textZ;
     if (codeL < 0) return "Mac OS error";
-    std::array<char, 128> buffer{};
-    const std::string text = ::strerror_r(codeL, buffer.data(), buffer.size());
-    return text.starts_with("Unknown error") ? "Unknown error" : text;
+    const char* const textZ = ::strerrordesc_np(codeL);   // the system's words, in the language of all others here
+    return textZ == nullptr ? "Unknown error" : textZ;
 }

@@ -1,8 +1,8 @@
 #include "Core/SizeForms.h"
 
 #include <array>
-#include <cmath>
-#include <cstdio>
+
+#include "Core/NumberForms.h"
 
 SuperString SizeText(std::uint64_t bytesL) {
     constexpr std::array<const char*, 7> kUnits = {"bytes", "KB", "MB", "GB", "TB", "PB", "EB"};
@@ -10,11 +10,8 @@ SuperString SizeText(std::uint64_t bytesL) {
     auto value = static_cast<double>(bytesL);
     std::size_t unit = 0;
     for (; value >= 1024.0 && unit + 1 < kUnits.size(); ++unit) value /= 1024.0;
-    std::array<char, 64> buffer{};
-    std::snprintf(buffer.data(), buffer.size(), "%.1f", value);
-    std::string text = buffer.data();
-    if (text.ends_with(".0")) text.resize(text.size() - 2);
-    return text + " " + kUnits[unit];
+    const std::string text = FixedText(value, 1);
+    return (text.ends_with(".0") ? text.substr(0, text.size() - 2) : ShownNumber(value, 1)) + " " + kUnits[unit];
 }
 
 SuperString DurationText(double secondsT) {
@@ -43,7 +40,6 @@ SuperString CDFrameText(std::int64_t framesL) {
     if (framesL < 0) framesL = 0;
     const std::int64_t wholeL = framesL / kFrames_Second;
     const double secondsF = static_cast<double>(framesL % kFrames_Second) / 75.0 + static_cast<double>(wholeL % 60);
-    std::array<char, 64> buffer{};
-    std::snprintf(buffer.data(), buffer.size(), "%.2ld:%.3f", static_cast<long>(wholeL / 60), secondsF);
-    return buffer.data();
+    const std::string minutes = std::to_string(wholeL / 60);
+    return std::string(minutes.size() < 2 ? "0" : "") + minutes + ":" + ShownNumber(secondsF, 3);
 }

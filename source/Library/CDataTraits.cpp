@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <limits>
 
 #include "Core/Assertions.h"
 #include "Core/DateForms.h"
+#include "Core/NumberForms.h"
 
 namespace {
 
@@ -59,6 +59,8 @@ CDataTraits::CDataTraits(const MetaKeyRow& row, std::uint16_t indexS, const Trai
       i_defaultText(row.defaultTextZ),
       i_defaultL(row.defaultL),
       i_defaultF(row.defaultF),
+      i_leastF(row.leastF),
+      i_mostF(row.mostF),
       i_default(DefaultOf(row)) {
     constexpr std::int16_t kLargerBy = 4;
     if ((row.extras & kRow_LargeTitle) != 0) i_titleFontS = static_cast<std::int16_t>(setup.smallFontS + kLargerBy);
@@ -113,17 +115,15 @@ SuperString CDataTraits::Display(const CMetaValue& value) const {
             return kBoolWords[static_cast<std::size_t>(value.Bool()) % kBoolWords.size()];
         case ValType::ValType_INTEGER:
             return Has(kKeyFlag_Popup) ? GetMenuItemText(value.Integer()) : IntegerToDisplay(value.Integer());
-        case ValType::ValType_FLOAT: {
-            std::array<char, 512> text{};   // the largest number has 309 digits before the point
-            std::snprintf(text.data(), text.size(), "%.2f", value.Float());
-            return text.data();
-        }
+        case ValType::ValType_FLOAT:
+            return ShownNumber(value.Float(), 2);
         case ValType::ValType_DATE:
             return PrintDate(value.Date(), DateForm::kDay);
         case ValType::ValType_SONGFILE:
             return value.FilePath();
         default:
-            return i_defaultText;
+            return Type() == ValType::ValType_FLOAT && i_defaultF != 0 ? SuperString(ShownNumber(i_defaultF, 2))
+                                                                       : i_defaultText;
     }
 }
 

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "Core/Assertions.h"
+#include "Core/NumberForms.h"
 #include "Library/CMeta.h"
 #include "Library/CMetaManager.h"
 #include "Library/TempoSteps.h"
@@ -16,13 +17,12 @@ constexpr std::string_view kMixedText = "--";   // what the browser shows for a 
 constexpr MetaKey kKey_Artist = "arts"_key, kKey_Tempo = "TMPO"_key;
 
 /** The number at the front of `text`, as in "3/12" or "1999 (remastered)"; nothing when there is none. */
-template <class T>
-std::optional<T> LeadingNumber(std::string_view text) {
+std::optional<std::int64_t> LeadingNumber(std::string_view text) {
     const std::size_t begin = text.find_first_not_of(" \t\r\n");
     if (begin == std::string_view::npos) return std::nullopt;
     text.remove_prefix(begin);
     if (text.starts_with('+')) text.remove_prefix(1);   // from_chars knows only the minus
-    T value{};
+    std::int64_t value = 0;
     const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
     if (result.ec != std::errc()) return std::nullopt;
     return value;
@@ -86,12 +86,12 @@ bool CMeta::SetString(MetaKey key, std::string_view text) {
             break;
         case ValType::ValType_INTEGER: {
             if (text.empty()) return RemoveValue(key);
-            const auto number = LeadingNumber<std::int64_t>(text);
+            const auto number = LeadingNumber(text);
             return number && SetInteger(key, *number);
         }
         case ValType::ValType_FLOAT: {
             if (text.empty()) return RemoveValue(key);
-            const auto number = LeadingNumber<double>(text);
+            const auto number = ReadPersonsNumber(text);
             return number && SetFloat(key, *number);
         }
         default:
@@ -132,7 +132,10 @@ bool CMeta::SetInteger(MetaKey key, std::int64_t value) {
 
 bool CMeta::SetFloat(MetaKey key, double value) {
     if (!MaySet(key) || !std::isfinite(value)) return false;
-    if (key == kKey_Tempo) value = QuantizedTempo(static_cast<float>(value));
+    if (key == kKey_Tempo)
+        value = QuantizedTempo(static_cast<float>(value));   // the nearest that there is
+    else if (!i_manager.GetTraits(key).IsLegalFloat(value))
+        return false;
     return SetValue(key, CMetaValue(value));
 }
 

@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <string>
 
+#include "Core/NumberForms.h"
+
 namespace {
 
 using LongLong = long long;
@@ -28,12 +30,13 @@ SuperString TimeCodeText(std::int64_t milliseconds) {
     const auto thousandths = static_cast<LongLong>(size % 1000), seconds = static_cast<LongLong>(size / 1000 % 60);
     const auto minutes = static_cast<LongLong>(size / 60'000 % 60), hours = static_cast<LongLong>(size / 3'600'000);
     const char* signZ = milliseconds < 0 ? "-" : "";
+    const char* const markZ = DecimalMark().c_str();
     std::array<char, 64> text{};
     if (hours > 0)
-        std::snprintf(text.data(), text.size(), "%s%lld:%02lld:%02lld.%03lld", signZ, hours, minutes, seconds,
+        std::snprintf(text.data(), text.size(), "%s%lld:%02lld:%02lld%s%03lld", signZ, hours, minutes, seconds, markZ,
                       thousandths);
     else
-        std::snprintf(text.data(), text.size(), "%s%lld:%02lld.%03lld", signZ, minutes, seconds, thousandths);
+        std::snprintf(text.data(), text.size(), "%s%lld:%02lld%s%03lld", signZ, minutes, seconds, markZ, thousandths);
     return text.data();
 }
 
@@ -54,7 +57,7 @@ std::optional<std::int64_t> ParseTimeCode(std::string_view text) {
         text.remove_prefix(1);
     }
     std::int64_t thousandths = 0;
-    if (text.starts_with('.')) {
+    if (text.starts_with('.') || text.starts_with(',')) {
         text.remove_prefix(1);
         std::string digits(text.substr(0, 3));   // finer than a thousandth is dropped
         if (!TakeDigits(text, kMostDigits)) return std::nullopt;

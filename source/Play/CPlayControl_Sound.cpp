@@ -1,8 +1,8 @@
 #include <cmath>
-#include <cstdio>
 
 #include "Audio/CTimePitch.h"
 #include "Core/CCFPrefDictionary.h"
+#include "Core/NumberForms.h"
 #include "Play/CPictureDelays.h"
 #include "Play/CPlayControl.h"
 #include "Play/CPlayHost.h"
@@ -19,10 +19,8 @@ constexpr const char* kPref_Device = "Audio Output Device";
 
 long As300ths(double seconds) { return static_cast<long>(std::floor(seconds * kPerSecond + 0.5)); }
 
-std::string SlipText(const char* formatZ, long slip300) {
-    char text[80];
-    const int sizeL = std::snprintf(text, sizeof text, formatZ, static_cast<double>(slip300) / kPerSecond);
-    return {text, static_cast<std::size_t>(std::max(sizeL, 0))};
+std::string SlipText(const char* wordsZ, long slip300) {
+    return std::string(wordsZ) + ": " + ShownNumber(static_cast<double>(slip300) / kPerSecond, 1) + " seconds";
 }
 
 }   // namespace
@@ -115,10 +113,10 @@ std::string CPlayControl::SetGlobalSlip300(long slip300) {
     return text;
 }
 
-std::string CPlayControl::SongSlipText() const { return SlipText("Song Sync Slip: %.1f seconds", As300ths(i_slipT)); }
+std::string CPlayControl::SongSlipText() const { return SlipText("Song Sync Slip", As300ths(i_slipT)); }
 
 std::string CPlayControl::GlobalSlipText() const {
-    return SlipText("Global Sync Slip: %.1f seconds", i_host.Preferences().GetLong(kPref_Slip, 0));
+    return SlipText("Global Sync Slip", i_host.Preferences().GetLong(kPref_Slip, 0));
 }
 
 void CPlayControl::SetPictureDelay(long milliseconds) {

@@ -1,5 +1,6 @@
 #include "Shell/SongCells.h"
 
+#include "Core/NumberForms.h"
 #include "Library/CDataTraits_Menus.h"
 #include "Library/CMeta_PLItem.h"
 #include "Library/CMetaManager.h"
@@ -76,10 +77,9 @@ bool SetCell(CSongDatabase& database, CPlayList& list, PLItemID item, MetaKey ke
     }
     const SuperString typed = traits.ToDisplayFromString(SuperString(value.toString().toStdString()));
     if (rowB && traits.Type() == ValType::ValType_FLOAT) {
-        bool numberB = false;
-        double number = value.toString().toDouble(&numberB);
-        if (!numberB) return false;
-        if (key == "TMPO"_key) number = QuantizedTempo(static_cast<float>(number));
+        const std::optional<double> typedF = ReadWholePersonsNumber(value.toString().toStdString());
+        if (!typedF) return false;
+        const double number = key == "TMPO"_key ? QuantizedTempo(static_cast<float>(*typedF)) : *typedF;
         return list.SetRowValue(item, key, CMetaValue(number));
     }
     return songP->Meta().SetString(key, typed);

@@ -3,7 +3,6 @@
 #include <cmath>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDoubleSpinBox>
 #include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -13,6 +12,7 @@
 #include "Core/CPreferences.h"
 #include "Core/PreferenceTable.h"
 #include "Shell/QtText.h"
+#include "Shell/XNumberBox.h"
 
 namespace {
 
@@ -137,7 +137,7 @@ void XPreferencePage::AddChoice(const PreferenceRow& row) {
 }
 
 void XPreferencePage::AddNumber(const PreferenceRow& row, bool wholeB) {
-    auto* const boxP = new QDoubleSpinBox;
+    auto* const boxP = new XNumberBox;
     boxP->setObjectName(row.keyZ);
     boxP->setDecimals(row.decimals);
     boxP->setRange(row.low, row.high);

@@ -64,13 +64,21 @@ TEST_F(LogTest, AFolderInPlaceOfTheFileLeavesItOff) {
     std::filesystem::remove(i_file);
     CLog::Get().Close();
     Log("somewhere");
+    LogF("%.2f s", 1.5);   // whatever the locale of the process
+    EXPECT_NE(Read(i_file).find("1.50 s"), std::string::npos);
     EXPECT_NE(Read(i_file).find("somewhere"), std::string::npos);
 }
 
 TEST(ErrorText, TableErrnoAndFallbacks) {
-    const struct { int codeL; const char* textZ; } kCases[] = {
-        {0, "Success"}, {-34, "Disk is full"}, {-30393, "Network Timeout"}, {2, "No such file or directory"},
-        {-12345, "Mac OS error"}, {99999, "Unknown error"}};
+    const struct {
+        int codeL;
+        const char* textZ;
+    } kCases[] = {{0, "Success"},
+                  {-34, "Disk is full"},
+                  {-30393, "Network Timeout"},
+                  {2, "No such file or directory"},
+                  {-12345, "Mac OS error"},
+                  {99999, "Unknown error"}};
     for (const auto& c : kCases) EXPECT_EQ(ErrorText(c.codeL), c.textZ) << c.codeL;
 }
 

@@ -20,7 +20,7 @@ TEST(FaultText, SaysOfEveryStatusWhatIsWrongAndWhatCanBeDone) {
             EXPECT_TRUE(text.starts_with("“the thing”: ")) << text;
             EXPECT_TRUE(text.ends_with(" (" + std::to_string(Number(err)) + ")")) << text;
             EXPECT_GE(std::ranges::count(text, '.'), 2) << text;   // a sentence for each of the two
-            if (Number(err) > 0) EXPECT_NE(text.find(::strerror(errnoL)), std::string::npos) << text;
+            if (Number(err) > 0) EXPECT_NE(text.find(::strerrordesc_np(errnoL)), std::string::npos) << text;
         }
     const struct {
         OSErr err;
@@ -36,7 +36,8 @@ TEST(FaultText, SaysOfEveryStatusWhatIsWrongAndWhatCanBeDone) {
         {paramErr, "/a/b.mp4", "“/a/b.mp4”: The file is damaged, or it is no movie "},
         {static_cast<OSErr>(-12345), "", "Something failed that has no name here. "},
     };
-    for (const auto& c : kCases) EXPECT_TRUE(FaultText(c.err, c.fileZ).starts_with(c.wordsZ)) << FaultText(c.err, c.fileZ);
+    for (const auto& c : kCases)
+        EXPECT_TRUE(FaultText(c.err, c.fileZ).starts_with(c.wordsZ)) << FaultText(c.err, c.fileZ);
 }
 
 }   // namespace

@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "Core/NumberForms.h"
 #include "Library/MetaTest.h"
 #include "Library/TempoSteps.h"
 #include "Library/TimeCode.h"
@@ -116,6 +117,12 @@ TEST_F(CDataTraitsTest, NumbersReadAsPeopleReadThem) {
     EXPECT_EQ(shown("Duet"_key, BoolValueType::kMix), "mix");
     EXPECT_EQ(i_manager.GetTraits("TMPO"_key).Display({}), "1.00");
     EXPECT_EQ(i_manager.GetTraits("tsng"_key).Display({}), "0");
+    SetDecimalMark(",");   // the form of the user is shown
+    EXPECT_EQ(shown("Slip"_key, 1.005), "1,00");
+    EXPECT_EQ(shown("SIZE"_key, 3'500'000), "3,3 MB");
+    EXPECT_EQ(i_manager.GetTraits("TMPO"_key).Display({}), "1,00");
+    EXPECT_EQ(TimeCodeText(83450), "1:23,450");
+    SetDecimalMark(".");
     EXPECT_EQ(i_manager.GetTraits("Tsrt"_key).ToDisplayFromString("1:23.45"), "83450");
     EXPECT_EQ(i_manager.GetTraits("Tsrt"_key).ToDisplayFromString("soon"), "soon");
     EXPECT_EQ(i_manager.GetTraits("trak"_key).ToDisplayFromString("1:23.45"), "1:23.45");
@@ -126,25 +133,10 @@ TEST(TimeCode, ReadsWhatPeopleType) {
         const char* textZ;
         std::int64_t milliseconds;   // -1: no time code
     } kCases[] = {
-        {"0", 0},
-        {"83.45", 83450},
-        {"1:23", 83000},
-        {" 1:23.4567 ", 83456},
-        {"1:02:03.5", 3723500},
-        {"90:00", 5400000},
-        {"1:60", -1},
-        {"1:2:60", -1},
-        {"1:2:3:4", -1},
-        {"", -1},
-        {":", -1},
-        {"1:", -1},
-        {"1.", -1},
-        {"1,5", -1},
-        {"-0:01", -1000},
-        {"--1", -1},
-        {"x", -1},
-        {"9999999999", -1},
-        {"1.5x", -1},
+        {"0", 0},           {"83.45", 83450}, {"1:23", 83000}, {" 1:23.4567 ", 83456}, {"1:02:03.5", 3723500},
+        {"90:00", 5400000}, {"1:60", -1},     {"1:2:60", -1},  {"1:2:3:4", -1},        {"", -1},
+        {":", -1},          {"1:", -1},       {"1.", -1},      {"1,5", 1500},          {"1:23,450", 83450},
+        {"-0:01", -1000},   {"--1", -1},      {"x", -1},       {"9999999999", -1},     {"1.5x", -1},
     };
     for (const auto& c : kCases) {
         if (c.milliseconds == -1)

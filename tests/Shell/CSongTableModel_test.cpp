@@ -2,10 +2,13 @@
 
 #include <QtCore/QMimeData>
 #include <QtTest/QAbstractItemModelTester>
+#include <QtTest/QTest>
 #include <random>
 
+#include "Core/NumberForms.h"
 #include "Library/ListTest.h"
 #include "Shell/QtApp.h"
+#include "Shell/XNumberBox.h"
 
 namespace {
 
@@ -187,6 +190,39 @@ TEST_F(SongTableModel, EditsWhatItsKeyAllows) {
     EXPECT_TRUE(model.setData(model.index(0, 3), Qt::Checked, Qt::CheckStateRole));
     EXPECT_EQ(song.Meta().GetBool("Duet"_key), BoolValueType::kTrue);
     EXPECT_EQ(model.data(model.index(0, 3), Qt::CheckStateRole).toInt(), Qt::Checked);
+
+    // A tempo in the user's form, in a row and in the song: shown, and taken again as it is shown.
+    SetDecimalMark(",");
+    model.SetColumns({"TMPO"_key});
+    for (const PlaylistID where : {list.ID(), kPlaylistID_Library}) {
+        i_databaseP->AddSongsToLibrary(std::vector{song.GetSongID()});
+        model.SetList(where);
+        ASSERT_NO_FATAL_FAILURE(SettleAll(model));
+        for (const char* const typedZ : {"1,1", "1.1", " 1,10 "}) {
+            (void)model.setData(model.index(0, 0), "1,00", Qt::EditRole);
+            EXPECT_TRUE(model.setData(model.index(0, 0), typedZ, Qt::EditRole)) << typedZ;
+            EXPECT_EQ(model.data(model.index(0, 0), Qt::EditRole).toString(), "1,10") << typedZ;
+        }
+        EXPECT_FALSE(model.setData(model.index(0, 0), "fast", Qt::EditRole));
+        EXPECT_EQ(model.data(model.index(0, 0), Qt::DisplayRole).toString(), "1,10");
+    }
+    EXPECT_NEAR(song.Meta().GetFloat("TMPO"_key), 1.1, 1e-9);
+    SetDecimalMark(".");
+}
+
+TEST(XNumberBox, TakesAPointAndAComma) {
+    (void)App();
+    for (const QLocale::Language language : {QLocale::German, QLocale::English})
+        for (const char* const typedZ : {"2,5", "2.5"}) {
+            XNumberBox box;
+            box.setLocale(QLocale(language));
+            box.setDecimals(2);
+            box.setValue(1);
+            box.selectAll();
+            QTest::keyClicks(&box, typedZ);
+            QTest::keyClick(&box, Qt::Key_Return);
+            EXPECT_EQ(box.value(), 2.5) << typedZ << language;
+        }
 }
 
 /** Rows are dragged by id: to another list a copy, within their own order a move, into the library nowhere. */
