@@ -2,6 +2,7 @@
 
 #include <iostream>
 
+#include "App/PreferenceRequest.h"
 #include "Core/CAlerts.h"
 #include "Core/CLog.h"
 #include "Core/CMainThreadProc.h"
@@ -9,9 +10,9 @@
 #include "Core/WaitMode.h"
 #include "Library/AddFilesToLibrary.h"
 #include "Library/CSongDatabase.h"
-#include "Play/CPlayControl.h"
 #include "Platform/CMainLoop.h"
 #include "Platform/CUserInterface.h"
+#include "Play/CPlayControl.h"
 
 TVoplaApp* gVoplaApp = nullptr;
 
@@ -109,6 +110,15 @@ void TVoplaApp::OnSecondInstance(const LaunchFiles& files) {
         for (const std::string& file : files) Log(file);
         OpenFiles(files);
     });
+}
+
+std::string TVoplaApp::OnRequest(std::string_view request) {
+    const auto deed = [this, request = std::string(request)] {
+        const bool readyB = i_app != nullptr && i_app->IsAppReady() && !i_app->IsShutdown();
+        if (!readyB) return PreferenceAnswerText(opWrErr, "the host that runs is just starting or ending: try again");
+        return AnswerPreferenceRequest(request, i_app->Prefs());
+    };
+    return i_requests.Answer(deed, PreferenceAnswerText(opWrErr, "the host that runs is busy: try again"));
 }
 
 void TVoplaApp::OpenFiles(const LaunchFiles& files) {

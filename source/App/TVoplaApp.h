@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "App/CHostRequests.h"
 #include "Core/CApp.h"
 
 /** What a start of the program is to open: absolute paths, the first of them to be played. */
@@ -16,7 +17,7 @@ using LaunchFiles = std::vector<std::string>;
 enum class QuitAsk : bool { kNobody, kUser };
 
 /** The application object of events and windows: brings `CApp` up, runs the loop, takes it down.
-    Threads  main, but RequestQuit and OnSecondInstance (any). */
+    Threads  main, but RequestQuit and OnSecondInstance (any), and OnRequest. */
 class TVoplaApp {
 public:
     explicit TVoplaApp(const AppSetup& setup);
@@ -35,12 +36,17 @@ public:
     void RequestQuit(QuitAsk ask);
     /** What a second start sent: none is told to the user. */
     void OnSecondInstance(const LaunchFiles& files);
+    /** What the command line asks (PreferenceRequest.h): the answer, which the main thread makes. Not on that one. */
+    [[nodiscard]] std::string OnRequest(std::string_view request);
+    /** Before the thread of the requests is ended: who waits for an answer gets none. */
+    void EndRequests() { i_requests.End(); }
 
 private:
     /** Adds them to the library and plays the first that is a song. */
     void OpenFiles(const LaunchFiles& files);
 
     AppSetup i_setup;
+    CHostRequests i_requests{i_setup.loop};
     std::unique_ptr<CApp> i_app;
     long i_initLevelL = 0;
     LaunchFiles i_earlyFiles;   // sent by a second start before the application was up

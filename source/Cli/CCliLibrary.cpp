@@ -1,6 +1,7 @@
 #include "Cli/CCliLibrary.h"
 
 #include "Core/CPreferences.h"
+#include "Core/FaultText.h"
 #include "Core/FSrObjects.h"
 #include "Platform/CFolders.h"
 
@@ -31,10 +32,13 @@ LibraryPlaces CliLibraryPlaces(const CliContext& context) {
 CCliLibrary::CCliLibrary(const CliContext& context)
     : i_context(context), i_places(CliLibraryPlaces(context)), i_database(i_above) {}
 
-OSErr CCliLibrary::IsThere() const {
-    bool thereB = false;
-    const OSErr err = FSrFolderExists(i_places.root, thereB);
-    return Failed(err) || thereB ? err : fnfErr;
+int CliInUse(const CliContext& context, OSErr err) {
+    return CliFail(context, err, "the library is in use: quit the program that has it, then try again");
+}
+
+int CCliLibrary::Take() {
+    const OSErr err = i_lock.Take(i_places.root);
+    return Failed(err) ? CliInUse(i_context, err) : 0;
 }
 
 OSErr CCliLibrary::Load() {
@@ -44,6 +48,44 @@ OSErr CCliLibrary::Load() {
     if (Failed(err)) return err;
     i_store->AfterStart();
     return IsEmpty() ? fnfErr : noErr;
+}
+
+int CCliLibrary::CannotLoad(OSErr err) const {
+    const std::filesystem::path& root = i_places.root.GetPath();
+    if (i_store != nullptr && i_store->Report().tooNewB)
+        return CliFail(i_context, err, root.string() + ": the library is of a later Vopla: update this program");
+    if (err == fnfErr) return CliFail(i_context, err, "no library in " + root.string());
+    return CliFail(i_context, err, root.string() + ": " + FaultWords(err, FaultOf::kFolder));
+}
+
+int CCliLibrary::LoadToRead() {
+    const OSErr err = Load();
+    return Failed(err) ? CannotLoad(err) : 0;
+}
+
+int CCliLibrary::TellUnread() const {
+    const OSErr err = i_store->Report().err;
+    if (!Failed(err)) return 0;
+    const std::string folder = i_places.root.GetPath().string();
+    return CliFail(
+        i_context, err,
+        folder + ": the library cannot be read whole: `library check` tells more, `library restore` has copies");
+}
+
+int CCliLibrary::TakeWhole() {
+    bool thereB = false;
+    if (const OSErr err = FSrFolderExists(i_places.root, thereB); Failed(err)) return CannotLoad(err);
+    if (!thereB) return CannotLoad(fnfErr);
+    if (const int status = Take(); status != 0) return status;
+    if (const OSErr err = Load(); Failed(err)) return CannotLoad(err);
+    return TellUnread();
+}
+
+int CCliLibrary::TakeToMend() {
+    if (const OSErr err = FSrMakeFolders(i_places.root.GetPath()); Failed(err)) return CannotLoad(err);
+    if (const int status = Take(); status != 0) return status;
+    const OSErr err = Load();
+    return Failed(err) && !IsEmpty() ? CannotLoad(err) : 0;
 }
 
 OSErr CCliLibrary::Save(SaveForce force) {

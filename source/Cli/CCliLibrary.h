@@ -11,24 +11,33 @@
 /** The library that a command works on: where it is, the lock on it, and its database.
     Threads  main.
     Owner    the command, for its own length; one at a time.
-    Errors   statuses; what a load could not read is told on the error stream, and does not stop a command. */
+    Errors   statuses; what a load could not read is told on the error stream. */
 class CCliLibrary {
 public:
     explicit CCliLibrary(const CliContext& context);
 
     [[nodiscard]] const LibraryPlaces& Places() const noexcept { return i_places; }
-    /** fnfErr when there is no such folder. */
-    [[nodiscard]] OSErr IsThere() const;
-    /** Before anything is changed. opWrErr: a host has the library. */
-    OSErr Take() { return i_lock.Take(i_places.root); }
-    /** fnfErr when the folder holds no library; the database is an empty one then. */
-    OSErr Load();
+    /** To look at it: what can be read is there. The exit status, told: 1 without a library. */
+    int LoadToRead();
+    /** After an answer from what could be read: the exit status, 1, told, when that was not all. */
+    [[nodiscard]] int TellUnread() const;
+    /** To change it: the exit status, told. 1 while a host has it, and when it cannot be read whole, since a save would
+        leave out the rest. */
+    int TakeWhole();
+    /** To mend it, whatever it is like: 1, told, only while a host has it or when no folder can be made. */
+    int TakeToMend();
+
     [[nodiscard]] bool IsEmpty() const { return i_store == nullptr || i_store->Report().emptyB; }
     [[nodiscard]] CSongDatabase& Database() noexcept { return i_database; }
     /** What was changed, through the save of the application. */
     OSErr Save(SaveForce force = SaveForce::kDirty);
 
 private:
+    int Take();
+    /** fnfErr when the folder holds no library; the database is an empty one then. */
+    OSErr Load();
+    int CannotLoad(OSErr err) const;
+
     const CliContext& i_context;
     const LibraryPlaces i_places;
     CLibraryLock i_lock;
@@ -39,5 +48,7 @@ private:
     std::unique_ptr<CLibraryStore> i_store;   // goes before the database
 };
 
+/** The exit status: a host has the library. */
+int CliInUse(const CliContext& context, OSErr err);
 /** Where the library of a command lies; nothing is made. */
 [[nodiscard]] LibraryPlaces CliLibraryPlaces(const CliContext& context);

@@ -1,7 +1,5 @@
 #include "Cli/CliAudio.h"
 
-#include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <iomanip>
 #include <sstream>
@@ -13,21 +11,13 @@
 #include "Audio/CLoudness.h"
 #include "Audio/SongSource.h"
 #include "Cli/CCliHost.h"
+#include "Cli/CliCommand.h"
 #include "Core/CPreferences.h"
 #include "Core/SmallExtension.h"
 #include "Library/CSongFiles.h"
 #include "Play/CSongSound.h"
 
 namespace {
-
-constexpr std::string_view kAudio_Usage_Render =
-    "usage: audio render FILE --out FILE.wav|.mp3|.m4a|.flac [--pitch N] [--tempo X] [--volume V] [--gain DB] [--vocal "
-    "0|1|2|3]";
-constexpr std::string_view kAudio_Usage_AutoCue = "usage: audio autocue FILE";
-constexpr std::string_view kAudio_Usage_Loudness = "usage: audio loudness FILE";
-constexpr std::string_view kAudio_Usage = "usage: audio render|autocue|loudness FILE ...";
-
-constexpr double kMost_GainDB = 60;
 
 Ref<CSpooler> MakeSink(const CFileRef& file) {
     const std::string extension = SmallExtension(file.GetPath());
@@ -36,54 +26,6 @@ Ref<CSpooler> MakeSink(const CFileRef& file) {
     if (extension == "m4a") return MakeRef<CAS_QuickTimeAudioWriter>(file, EncodedForm::kM4A);
     if (extension == "flac") return MakeRef<CAS_QuickTimeAudioWriter>(file, EncodedForm::kFLAC);
     return nullptr;
-}
-
-int Render(const CliContext& context, std::span<const std::string> given) {
-    const auto words = CliWords::Read(given, {"--out", "--pitch", "--tempo", "--volume", "--gain", "--vocal"});
-    const std::string* outP = words ? words->Value("--out") : nullptr;
-    if (outP == nullptr || outP->empty() || words->files.size() != 1) return CliUsage(context, kAudio_Usage_Render);
-    const auto sound = ReadSongSound(*words);
-    if (!sound) return CliUsage(context, kAudio_Usage_Render);
-
-    CCliHost host;
-    const Ref<CSpooler> sinkP = MakeSink(CFileRef(*outP));
-    if (!sinkP) return CliUsage(context, kAudio_Usage_Render);
-    std::uint64_t framesL = 0, sourceFramesL = 0;
-    const OSErr err = host.OnTask([&] {
-        Ref<CSpooler> sourceP;
-        if (const OSErr sourceErr = MakeSongSource(CFileRef(words->files[0]), sourceP); Failed(sourceErr))
-            return sourceErr;
-        CSongRender render(sourceP, sinkP);
-        const OSErr renderErr = render.Run(*sound);
-        framesL = render.Frames();
-        sourceFramesL = sourceP->GetTotal() / 2;
-        return renderErr;
-    });
-    if (Failed(err)) return CliFailFile(context, err, words->files[0]);
-    context.out << "{\"frames\":" << framesL << ",\"source_frames\":" << sourceFramesL << "}\n";
-    return 0;
-}
-
-int AutoCue(const CliContext& context, std::span<const std::string> given) {
-    const auto words = CliWords::Read(given, {});
-    if (!words || words->files.size() != 1) return CliUsage(context, kAudio_Usage_AutoCue);
-    CCliHost host;
-    const AudioPlayerSettings settings = AudioPlayerSettings::Read(*CliPreferences(context));
-    long start300 = 0;
-    const OSErr err = host.OnTask([&] {
-        const CFileRef file(words->files[0]);
-        SongPlayParts parts;
-        const bool zipB = IsZipFile(file);
-        (zipB ? parts.spec.zip : parts.spec.audio) = file;
-        parts.spec.placesRef = std::make_shared<CSongFiles>(zipB ? SDB_SongFile_ZIP : SDB_SongFile_AUDIO, file);
-        parts.spec.name = parts.spec.placesRef->Name();
-        parts.loadP = MakeRef<CSongLoad>(parts.spec);
-        const OSErr loadErr = parts.loadP->Load(nullptr);
-        return Failed(loadErr) ? loadErr : CSongSound(parts).FindStart(settings, start300);
-    });
-    if (Failed(err)) return CliFailFile(context, err, words->files[0]);
-    context.out << "{\"start300\":" << start300 << "}\n";
-    return 0;
 }
 
 /** JSON has no infinity: silence is null. */
@@ -110,53 +52,69 @@ OSErr Measure(CSpooler& source, Loudness& loudness) {
     return FirstOf(err, meter.Result(loudness));
 }
 
-int MeasureLoudness(const CliContext& context, std::span<const std::string> given) {
-    const auto words = CliWords::Read(given, {});
-    if (!words || words->files.size() != 1) return CliUsage(context, kAudio_Usage_Loudness);
+}   // namespace
+
+SongSound SongSoundOf(const CliWords& words) {
+    SongSound sound;
+    sound.pitch = words.Number("--pitch", sound.pitch);
+    sound.tempo = words.Number("--tempo", sound.tempo);
+    sound.volumeF = words.Number("--volume", sound.volumeF);
+    sound.gainF = static_cast<float>(std::pow(10.0, words.Number("--gain", 0.0) / 20));
+    sound.vocal = static_cast<VocalMode>(words.Number("--vocal", 0));
+    return sound;
+}
+
+int RenderAudio(const CliCall& call) {
+    const std::string& file = call.words.arguments[0];
+    CCliHost host;
+    const Ref<CSpooler> sinkP = MakeSink(CFileRef(*call.words.Text("--out")));
+    if (!sinkP) return call.Usage("the name of what is made must end in .wav, .mp3, .m4a or .flac");
+    std::uint64_t framesL = 0, sourceFramesL = 0;
+    const OSErr err = host.OnTask([&] {
+        Ref<CSpooler> sourceP;
+        if (const OSErr sourceErr = MakeSongSource(CFileRef(file), sourceP); Failed(sourceErr)) return sourceErr;
+        CSongRender render(sourceP, sinkP);
+        const OSErr renderErr = render.Run(SongSoundOf(call.words));
+        framesL = render.Frames();
+        sourceFramesL = sourceP->GetTotal() / 2;
+        return renderErr;
+    });
+    if (Failed(err)) return CliFailFile(call.context, err, file);
+    call.context.out << "{\"frames\":" << framesL << ",\"source_frames\":" << sourceFramesL << "}\n";
+    return 0;
+}
+
+int FindAutoCue(const CliCall& call) {
+    CCliHost host;
+    const CFileRef file(call.words.arguments[0]);
+    const AudioPlayerSettings settings = AudioPlayerSettings::Read(*CliPreferences(call.context));
+    long start300 = 0;
+    const OSErr err = host.OnTask([&] {
+        SongPlayParts parts;
+        const bool zipB = IsZipFile(file);
+        (zipB ? parts.spec.zip : parts.spec.audio) = file;
+        parts.spec.placesRef = std::make_shared<CSongFiles>(zipB ? SDB_SongFile_ZIP : SDB_SongFile_AUDIO, file);
+        parts.spec.name = parts.spec.placesRef->Name();
+        parts.loadP = MakeRef<CSongLoad>(parts.spec);
+        const OSErr loadErr = parts.loadP->Load(nullptr);
+        return Failed(loadErr) ? loadErr : CSongSound(parts).FindStart(settings, start300);
+    });
+    if (Failed(err)) return CliFailFile(call.context, err, file.GetPath());
+    call.context.out << "{\"start300\":" << start300 << "}\n";
+    return 0;
+}
+
+int MeasureLoudness(const CliCall& call) {
+    const std::string& file = call.words.arguments[0];
     CCliHost host;
     Loudness loudness;
     const OSErr err = host.OnTask([&] {
         Ref<CSpooler> sourceP;
-        const OSErr sourceErr = MakeSongSource(CFileRef(words->files[0]), sourceP);
+        const OSErr sourceErr = MakeSongSource(CFileRef(file), sourceP);
         return Failed(sourceErr) ? sourceErr : Measure(*sourceP, loudness);
     });
-    if (Failed(err)) return CliFailFile(context, err, words->files[0]);
-    context.out << "{\"lufs\":" << Decibels(loudness.lufs) << ",\"peak_db\":" << Decibels(loudness.peakDB)
-                << ",\"gain_db\":" << Decibels(loudness.GainDB()) << "}\n";
+    if (Failed(err)) return CliFailFile(call.context, err, file);
+    call.context.out << "{\"lufs\":" << Decibels(loudness.lufs) << ",\"peak_db\":" << Decibels(loudness.peakDB)
+                     << ",\"gain_db\":" << Decibels(loudness.GainDB()) << "}\n";
     return 0;
-}
-
-}   // namespace
-
-std::optional<SongSound> ReadSongSound(const CliWords& words) {
-    SongSound sound;
-    const auto take = [&words](std::string_view option, auto& to, auto isGood) {
-        const std::string* textP = words.Value(option);
-        if (textP == nullptr) return true;
-        const auto value = ReadNumber<std::remove_reference_t<decltype(to)>>(*textP);
-        if (!value || !isGood(*value)) return false;
-        to = *value;
-        return true;
-    };
-    int vocalL = 0;
-    double gainDB = 0;
-    if (!take("--pitch", sound.pitch, [](double v) { return std::abs(v) <= kTimePitch_MostPitch; }) ||
-        !take("--tempo", sound.tempo,
-              [](double v) { return v >= kTimePitch_LeastTempo && v <= kTimePitch_MostTempo; }) ||
-        !take("--volume", sound.volumeF, [](float v) { return v >= 0 && std::isfinite(v); }) ||
-        !take("--gain", gainDB, [](double v) { return std::abs(v) <= kMost_GainDB; }) ||
-        !take("--vocal", vocalL, [](int v) { return v >= 0 && v <= 3; }))
-        return {};
-    sound.gainF = static_cast<float>(std::pow(10.0, gainDB / 20));
-    sound.vocal = static_cast<VocalMode>(vocalL);
-    return sound;
-}
-
-int RunAudio(const CliContext& context, std::span<const std::string> words) {
-    if (words.empty()) return CliUsage(context, kAudio_Usage);
-    const auto rest = words.subspan(1);
-    if (words[0] == "render") return Render(context, rest);
-    if (words[0] == "autocue") return AutoCue(context, rest);
-    if (words[0] == "loudness") return MeasureLoudness(context, rest);
-    return CliUsage(context, kAudio_Usage);
 }

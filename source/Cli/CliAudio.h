@@ -1,14 +1,15 @@
 #pragma once
-#include <optional>
-#include <span>
-#include <string>
-
 #include "Audio/CSongRender.h"
-#include "Cli/CliContext.h"
-#include "Cli/CliWords.h"
 
-/** `audio render`, `audio autocue` and `audio loudness`. */
-int RunAudio(const CliContext& context, std::span<const std::string> words);
+struct CliCall;
+struct CliWords;
 
-/** The options --pitch, --tempo, --volume and --vocal; nothing when one does not read as it should. */
-[[nodiscard]] std::optional<SongSound> ReadSongSound(const CliWords& words);
+/** `audio render`. */
+int RenderAudio(const CliCall& call);
+/** `audio autocue`. */
+int FindAutoCue(const CliCall& call);
+/** `audio loudness`. */
+int MeasureLoudness(const CliCall& call);
+
+/** The options --pitch, --tempo, --volume, --gain and --vocal, which were checked by the table. */
+[[nodiscard]] SongSound SongSoundOf(const CliWords& words);

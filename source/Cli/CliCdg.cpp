@@ -8,11 +8,10 @@
 #include <cmath>
 #include <iomanip>
 #include <memory>
-#include <optional>
 #include <sstream>
 #include <vector>
 
-#include "Cli/CliWords.h"
+#include "Cli/CliCommand.h"
 #include "Graphics/CGraphics.h"
 #include "Graphics/CHq4x.h"
 #include "Graphics/CSubCodeStream_File.h"
@@ -20,13 +19,8 @@
 #include "Graphics/Png.h"
 
 namespace {
-constexpr std::string_view kCdg_Usage_Frame =
-    "usage: cdg frame FILE --at SECONDS --out PNG [--visible] [--hq4x] [--channels MASK]";
-/** Times up to here have exact packet numbers. */
-constexpr double kMost_Seconds = 9007199254740992.0 / kSubCodePacketsPerSecond;
-constexpr std::string_view kCdg_Usage_Info = "usage: cdg info FILE";
-constexpr std::string_view kCdg_Usage_Bench = "usage: cdg bench FILE";
-constexpr std::string_view kCdg_Usage = "usage: cdg frame|info|bench FILE ...";
+
+constexpr int kChannels_Shown = 3;   // the first two, as the host shows a song
 
 /** The shortest text that reads back as the same number. */
 std::string NumberText(double value) {
@@ -34,60 +28,11 @@ std::string NumberText(double value) {
     return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
 }
 
-/** What `cdg frame` was asked for. */
-struct FrameOptions {
-    std::filesystem::path file, out;
-    double atSeconds = -1;
-    bool visibleB = false, hq4xB = false;
-    std::uint16_t channelMask = 0xFFFF;
-};
-
-std::optional<FrameOptions> ReadFrameOptions(std::span<const std::string> words) {
-    FrameOptions options;
-    bool plainB = false;   // behind "--" a file's name may begin with "-"
-    for (std::size_t n = 0; n < words.size(); ++n) {
-        const std::string& word = words[n];
-        const auto value = [&]() -> std::string { return n + 1 < words.size() ? words[++n] : std::string(); };
-        if (plainB || !word.starts_with('-')) {
-            if (!options.file.empty()) return {};
-            options.file = word;
-        } else if (word == "--") {
-            plainB = true;
-        } else if (word == "--visible") {
-            options.visibleB = true;
-        } else if (word == "--hq4x") {
-            options.hq4xB = true;
-        } else if (word == "--out") {
-            options.out = value();
-        } else if (word == "--at") {
-            const std::optional<double> at = ReadNumber<double>(value());
-            if (!at || !(*at >= 0 && *at <= kMost_Seconds)) return {};
-            options.atSeconds = *at;
-        } else if (word == "--channels") {
-            const std::optional<std::uint16_t> mask = ReadNumber<std::uint16_t>(value());
-            if (!mask) return {};
-            options.channelMask = *mask;
-        } else {
-            return {};
-        }
-    }
-    if (options.file.empty() || options.out.empty() || options.atSeconds < 0) return {};
-    return options;
-}
-
 GraphicsUpscaler Upscaler(bool hq4xB) {
     if (!hq4xB) return {};
     return [filter = std::make_shared<CHq4x>()](const CPixels& source, CPixels& dest) {
         return filter->Scale(source, dest);
     };
-}
-
-/** The only file of `info` and `bench`. */
-std::optional<std::filesystem::path> ReadFileWord(std::span<const std::string> words) {
-    const bool plainB = !words.empty() && words[0] == "--";
-    if (plainB) words = words.subspan(1);
-    if (words.size() != 1 || words[0].empty() || (!plainB && words[0].starts_with('-'))) return {};
-    return words[0];
 }
 
 /** The file as packets, the last one filled up with zeros; eofErr for a file without any. */
@@ -117,48 +62,51 @@ std::string SHA256(const CPixels& pixels, const Rect& part) {
     return text.str();
 }
 
-int Frame(const CliContext& context, std::span<const std::string> words) {
-    const std::optional<FrameOptions> options = ReadFrameOptions(words);
-    if (!options) return CliUsage(context, kCdg_Usage_Frame);
-    std::error_code fault;   // one of them missing: they are not the same
-    if (std::filesystem::equivalent(options->file, options->out, fault))
-        return CliUsage(context, "cdg frame: the picture would take the place of the song");
-    CSubCodeStream_File stream;
-    OSErr err = stream.Open(options->file);
-    if (!Failed(err) && stream.LengthUnits() == 0) err = eofErr;
-    if (Failed(err)) return CliFailFile(context, err, options->file);
+}   // namespace
 
-    const std::unique_ptr<CGraphics> graphics = CGraphics::Make(options->channelMask, Upscaler(options->hq4xB), err);
+int MakeCdgFrame(const CliCall& call) {
+    const CliContext& context = call.context;
+    const std::filesystem::path file(call.words.arguments[0]), out(*call.words.Text("--out"));
+    std::error_code fault;   // one of them missing: they are not the same
+    if (std::filesystem::equivalent(file, out, fault))
+        return call.Usage("the picture would take the place of the song");
+    CSubCodeStream_File stream;
+    OSErr err = stream.Open(file);
+    if (!Failed(err) && stream.LengthUnits() == 0) err = eofErr;
+    if (Failed(err)) return CliFailFile(context, err, file);
+
+    const auto channels = static_cast<std::uint16_t>(call.words.Number("--channels", kChannels_Shown));
+    const std::unique_ptr<CGraphics> graphics = CGraphics::Make(channels, Upscaler(call.words.Has("--hq4x")), err);
     if (!graphics) return CliFailStep(context, err, "making the picture");
-    const double time300 = std::floor(options->atSeconds * kSubCodePacketsPerSecond + 0.5);
+    const double time300 = std::floor(call.words.Number("--at", 0.0) * kSubCodePacketsPerSecond + 0.5);
     const std::size_t inFileL = (stream.LengthUnits() + kSubCodePacket_Units - 1) / kSubCodePacket_Units;
     const std::size_t countL = time300 < static_cast<double>(inFileL) ? static_cast<std::size_t>(time300) : inFileL;
     if (countL > 0)
         err = graphics->Advance(&stream, countL, false, false);
     else
         graphics->ExecutePackets({}, false, false);
-    if (Failed(err)) return CliFailFile(context, err, options->file);
+    if (Failed(err)) return CliFailFile(context, err, file);
 
     const CPixels& picture = graphics->Picture();
     Rect part = picture.bounds();
-    if (options->visibleB) {
+    if (call.words.Has("--visible")) {
         const int scale = part.Width() / kCDGPlane_Area.Width();
         part = MakeRect(kCDGVisible_Area.left * scale, kCDGVisible_Area.top * scale, kCDGVisible_Area.Width() * scale,
                         kCDGVisible_Area.Height() * scale);
     }
-    if (err = WritePng(picture, part, options->out); Failed(err)) return CliFailFile(context, err, options->out);
+    if (err = WritePng(picture, part, out); Failed(err)) return CliFailFile(context, err, out);
     context.out << "{\"time300\":" << static_cast<std::int64_t>(time300) << ",\"width\":" << part.Width()
                 << ",\"height\":" << part.Height() << ",\"sha256\":\"" << SHA256(picture, part) << "\"}\n";
     return 0;
 }
 
-int Info(const CliContext& context, std::span<const std::string> words) {
-    const std::optional<std::filesystem::path> file = ReadFileWord(words);
-    if (!file) return CliUsage(context, kCdg_Usage_Info);
+int ShowCdgInfo(const CliCall& call) {
+    const CliContext& context = call.context;
+    const std::filesystem::path file(call.words.arguments[0]);
     CSubCodeStream_File stream;
-    OSErr err = stream.Open(*file);
+    OSErr err = stream.Open(file);
     if (!Failed(err) && stream.LengthUnits() == 0) err = eofErr;
-    if (Failed(err)) return CliFailFile(context, err, *file);
+    if (Failed(err)) return CliFailFile(context, err, file);
 
     static constexpr std::array<std::uint8_t, 9> kKnown{1, 2, 6, 20, 24, 28, 30, 31, 38};
     std::array<std::size_t, 64> counts{};
@@ -166,7 +114,7 @@ int Info(const CliContext& context, std::span<const std::string> words) {
     for (SubCodeRead got; got.err == noErr;) {   // a part at a time: no file is too long
         std::vector<SubCodePacket> part(8192);
         got = stream.Read({part.data()->bytes.data(), part.size() * kSubCodePacket_Bytes});
-        if (Failed(got.err) && got.err != eofErr) return CliFailFile(context, got.err, *file);
+        if (Failed(got.err) && got.err != eofErr) return CliFailFile(context, got.err, file);
         part.resize((got.unitsL + kSubCodePacket_Units - 1) / kSubCodePacket_Units);
         packetsL += part.size();
         for (SubCodePacket& packet : part) {
@@ -189,12 +137,12 @@ int Info(const CliContext& context, std::span<const std::string> words) {
     return 0;
 }
 
-int Bench(const CliContext& context, std::span<const std::string> words) {
-    const std::optional<std::filesystem::path> file = ReadFileWord(words);
-    if (!file) return CliUsage(context, kCdg_Usage_Bench);
+int BenchCdg(const CliCall& call) {
+    const CliContext& context = call.context;
+    const std::filesystem::path file(call.words.arguments[0]);
     std::vector<SubCodePacket> packets;
-    OSErr err = LoadPackets(*file, packets);
-    if (Failed(err)) return CliFailFile(context, err, *file);
+    OSErr err = LoadPackets(file, packets);
+    if (Failed(err)) return CliFailFile(context, err, file);
     const std::unique_ptr<CGraphics> graphics = CGraphics::Make(0xFFFF, {}, err);
     if (!graphics) return CliFailStep(context, err, "making the picture");
     CCDGDecoder decoder = graphics->Decoder();   // runs over the same planes, without the screen
@@ -215,18 +163,4 @@ int Bench(const CliContext& context, std::span<const std::string> words) {
     context.out << "{\"packets\":" << doneL << ",\"seconds\":" << seconds << ",\"packets_per_second\":" << std::fixed
                 << std::setprecision(0) << static_cast<double>(doneL) / seconds << "}\n";
     return 0;
-}
-
-struct CdgCommand {
-    std::string_view name;
-    int (*run)(const CliContext&, std::span<const std::string>);
-};
-constexpr CdgCommand kCdg_Commands[] = {{"frame", Frame}, {"info", Info}, {"bench", Bench}};
-}   // namespace
-
-int RunCdg(const CliContext& context, std::span<const std::string> words) {
-    if (!words.empty())
-        for (const CdgCommand& command : kCdg_Commands)
-            if (command.name == words[0]) return command.run(context, words.subspan(1));
-    return CliUsage(context, kCdg_Usage);
 }

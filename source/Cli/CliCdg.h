@@ -1,8 +1,14 @@
 #pragma once
-#include <span>
-#include <string>
+#include "Graphics/CDGConstants.h"
 
-#include "Cli/CliContext.h"
+struct CliCall;
 
-/** `cdg frame`, `cdg info` and `cdg bench`; `words` begins behind "cdg". The exit status. */
-int RunCdg(const CliContext& context, std::span<const std::string> words);
+/** Times up to here have exact packet numbers. */
+inline constexpr double kCdg_MostSeconds = 9007199254740992.0 / kSubCodePacketsPerSecond;
+
+/** `cdg frame`. */
+int MakeCdgFrame(const CliCall& call);
+/** `cdg info`. */
+int ShowCdgInfo(const CliCall& call);
+/** `cdg bench`. */
+int BenchCdg(const CliCall& call);

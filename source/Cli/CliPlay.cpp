@@ -5,6 +5,7 @@
 
 #include "Cli/CCliHost.h"
 #include "Cli/CliAudio.h"
+#include "Cli/CliCommand.h"
 #include "Core/CPreferences.h"
 #include "Core/FaultText.h"
 #include "Graphics/CGraphicsPorts.h"
@@ -19,9 +20,6 @@
 
 namespace {
 
-constexpr std::string_view kPlay_Usage =
-    "usage: play FILE... [--seconds N] [--output dummy|disk:PATH|NAME] [--pitch N] [--tempo X] [--volume V] [--gain "
-    "DB] [--vocal M]";
 constexpr double kLine_T = 0.25;
 constexpr double kTick_T = 1.0 / 15.0;
 
@@ -32,7 +30,7 @@ public:
         : i_context(context), i_host(host), i_sound(sound) {
         const std::unique_ptr<CPreferences> storedP = CliPreferences(context);
         for (const auto& [key, value] : storedP->Snapshot()) i_preferences.Set(key, value);
-        if (const std::string* outputP = words.Value("--output"))
+        if (const std::string* outputP = words.Text("--output"))
             i_preferences.Set("Audio Output Device", CCFValue(SuperString(*outputP)));
         for (const char* const offZ : {"Stop between tracks", "Pause between tracks"})
             i_preferences.Set(offZ, CCFValue(false));
@@ -147,7 +145,7 @@ private:
     CMetaManager i_metaManager;
     std::unique_ptr<CSongDatabase> i_databaseP;
     std::unique_ptr<CPlayControl> i_controlP;
-    bool i_endedB = false;   // it was heard out
+    bool i_endedB = false;          // it was heard out
     std::filesystem::path i_file;   // the first one of the song that plays, or was the last to
     long i_songsL = 0, i_audio300 = 0, i_packetsL = 0;
     std::uint64_t i_lateL = 0;
@@ -164,19 +162,10 @@ bool HasOutput(const CliContext& context, const std::string& name) {
 
 }   // namespace
 
-int RunPlay(const CliContext& context, std::span<const std::string> given) {
-    const auto words =
-        CliWords::Read(given, {"--seconds", "--output", "--pitch", "--tempo", "--volume", "--gain", "--vocal"});
-    if (!words || words->files.empty()) return CliUsage(context, kPlay_Usage);
-    const auto sound = ReadSongSound(*words);
-    double mostT = HUGE_VAL;
-    if (const std::string* secondsP = words->Value("--seconds")) {
-        const auto seconds = ReadNumber<double>(*secondsP);
-        if (!seconds || !(*seconds >= 0)) return CliUsage(context, kPlay_Usage);
-        mostT = *seconds;
-    }
-    if (!sound) return CliUsage(context, kPlay_Usage);
-    if (const std::string* nameP = words->Value("--output"); nameP != nullptr && !HasOutput(context, *nameP)) return 1;
+int PlaySongs(const CliCall& call) {
+    const std::string* const outputP = call.words.Text("--output");
+    if (outputP != nullptr && !HasOutput(call.context, *outputP)) return 1;
     CCliHost host;
-    return PlayRun(context, host, *words, *sound).Run(words->files, mostT);
+    PlayRun run(call.context, host, call.words, SongSoundOf(call.words));
+    return run.Run(call.words.arguments, call.words.Number("--seconds", HUGE_VAL));
 }

@@ -1,9 +1,13 @@
 #pragma once
-#include <span>
-#include <string>
 
-#include "Cli/CliContext.h"
+struct CliCall;
 
-/** `prefs get KEY`, `prefs set KEY VALUE`, `prefs list`: the preferences file of the root, or of the user without one.
-    The exit status. */
-int RunPrefs(const CliContext& context, std::span<const std::string> words);
+// The settings of the root, or of the user without one. While a host runs on them it is asked, and takes what is set:
+// it would write over a change of its file.
+
+/** `prefs get KEY`. */
+int GetPreference(const CliCall& call);
+/** `prefs set KEY VALUE`. */
+int SetPreference(const CliCall& call);
+/** `prefs list`. */
+int ListPreferences(const CliCall& call);

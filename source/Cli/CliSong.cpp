@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "Cli/CliWords.h"
 #include "Core/JSONWriter.h"
 #include "Core/PropertyListDate.h"
 #include "Core/UTF8.h"
@@ -18,7 +19,8 @@ constexpr std::string_view kCleared = "--";
 std::string FloatJSON(double value) {
     std::array<char, 32> digits{};
     const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), static_cast<float>(value));
-    return std::isfinite(value) ? std::string(digits.data(), result.ptr) : "null";
+    if (std::isfinite(static_cast<float>(value))) return {digits.data(), result.ptr};
+    return CopyToJSON(CCFValue(value));   // of an old file
 }
 
 std::string ValueJSON(const CMetaValue& value) {
@@ -68,18 +70,33 @@ bool IsUTF8(std::string_view text) {
     return true;
 }
 
-template <class Number_>
-std::optional<Number_> WholeNumber(const std::string& text) {
-    Number_ number{};
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (result.ec != std::errc() || result.ptr != text.data() + text.size()) return std::nullopt;
-    return number;
-}
-
 std::optional<MetaKey> KnownKey(const std::string& text) {
     const auto& keys = MetaManager().Keys();
     const auto it = std::ranges::find_if(keys, [&](MetaKey key) { return MetaKeyText(key) == text; });
     return it == keys.end() ? std::nullopt : std::optional(*it);
+}
+
+/** Why a person does not set this key of a song; empty when he may. */
+std::string WhyNotSet(const CDataTraits& traits) {
+    constexpr MetaKey kGiven[] = {CM_Key_SONG_ID, CM_Key_PLAYLIST_ID, CM_Key_SORT_INDEX, "piIx"_key, "stIx"_key};
+    constexpr MetaKey kSingers[] = {"SNGR"_key, "nick"_key, "PSNT"_key, "sgKJ"_key, "SmsB"_key, "SmsN"_key,
+                                    "SmsC"_key, "SmsR"_key, "SNmS"_key, "siID"_key, "sPLI"_key, "Spas"_key};
+    constexpr MetaKey kStores[] = {"StrN"_key, "sURL"_key};
+    const MetaKey key = traits.Key();
+    if (std::ranges::find(kGiven, key) != std::end(kGiven)) return "is given by the library";
+    if (std::ranges::find(kSingers, key) != std::end(kSingers)) return "belongs to singers, not to songs";
+    if (std::ranges::find(kStores, key) != std::end(kStores)) return "belongs to stores, not to songs";
+    if (key == "Msng"_key) return "is found out from the disc, not set";
+    if (traits.Has(kKeyFlag_Hidden)) return "is kept by the program itself, not set by hand";
+    return {};
+}
+
+/** "0.5 is not legal for Slip (from -3600 to 3600)". */
+std::string IllegalWords(const std::string& text, const CDataTraits& traits) {
+    std::string words = text + " is not legal for " + MetaKeyText(traits.Key());
+    if (traits.Type() == ValType::ValType_FLOAT)
+        words += " (from " + FloatJSON(traits.LeastFloat()) + " to " + FloatJSON(traits.MostFloat()) + ")";
+    return words;
 }
 
 /** False when the text is no value of the key's kind; a song's file is told by its path. */
@@ -97,19 +114,21 @@ bool SetByKind(CSong& song, const LibraryPlaces& places, const CDataTraits& trai
             meta.SetBool(key, text == "true");
             return true;
         case ValType::ValType_INTEGER: {
-            const auto number = WholeNumber<std::int32_t>(text);
+            const auto number = ReadNumber<std::int32_t>(text);
             if (!number) return false;
-            if (!traits.IsLegal(*number)) {
-                fault = text + " is not legal for " + MetaKeyText(key);
-                return true;
-            }
-            meta.SetInteger(key, *number);
+            if (traits.Usable(*number) == *number)
+                meta.SetInteger(key, *number);
+            else
+                fault = IllegalWords(text, traits);
             return true;
         }
         case ValType::ValType_FLOAT: {
-            const auto number = WholeNumber<double>(text);
+            const auto number = ReadNumber<double>(text);
             if (!number || !std::isfinite(*number)) return false;
-            meta.SetFloat(key, *number);
+            if (traits.IsLegalFloat(*number))
+                meta.SetFloat(key, *number);
+            else
+                fault = IllegalWords(text, traits);
             return true;
         }
         case ValType::ValType_DATE: {
@@ -168,16 +187,15 @@ OSErr SetSongValue(CSong& song, const LibraryPlaces& places, const std::string& 
         fault = "no such key: " + keyText;
         return fnfErr;
     }
-    const bool toldB = *key == CM_Key_SONG_ID || *key == CM_Key_PLAYLIST_ID || *key == CM_Key_SORT_INDEX;
-    if (toldB) {
-        fault = keyText + " is given by the library";
+    const CDataTraits& traits = MetaManager().GetTraits(*key);
+    if (const std::string why = WhyNotSet(traits); !why.empty()) {
+        fault = keyText + " " + why;
         return paramErr;
     }
     if (text.empty() || text == kCleared) {
         song.Meta().RemoveValue(*key);
         return noErr;
     }
-    const CDataTraits& traits = MetaManager().GetTraits(*key);
     if (!SetByKind(song, places, traits, text, fault)) fault = "\"" + text + "\" is no value for " + keyText;
     return fault.empty() ? noErr : paramErr;
 }

@@ -2,13 +2,11 @@
 #include <charconv>
 #include <map>
 #include <optional>
-#include <set>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
-/** The whole of `text` as a number. */
+/** The whole of `text` as a number, in the form that no language changes. */
 template <typename Number_>
 [[nodiscard]] std::optional<Number_> ReadNumber(std::string_view text) {
     Number_ value{};
@@ -17,14 +15,18 @@ template <typename Number_>
     return value;
 }
 
-/** The words of a sub-command, taken apart: options with a value, and the rest. Behind "--" a word may begin with "-".
- */
+/** The words behind a command, taken apart and checked by its row of the table. */
 struct CliWords {
-    std::map<std::string, std::string, std::less<>> values;
-    std::vector<std::string> files;
+    std::map<std::string, std::string, std::less<>> values;   // of the options that were given; of a switch empty
+    std::vector<std::string> arguments;
 
-    /** Nothing when an option is not among `options`, stands twice, or has no value. */
-    [[nodiscard]] static std::optional<CliWords> Read(std::span<const std::string> words,
-                                                      const std::set<std::string_view>& options);
-    [[nodiscard]] const std::string* Value(std::string_view option) const;
+    [[nodiscard]] bool Has(std::string_view option) const { return values.contains(option); }
+    /** Null without the option. */
+    [[nodiscard]] const std::string* Text(std::string_view option) const;
+    /** For options of numbers. */
+    template <typename Number_>
+    [[nodiscard]] Number_ Number(std::string_view option, Number_ without) const {
+        const std::string* const textP = Text(option);
+        return textP == nullptr ? without : ReadNumber<Number_>(*textP).value_or(without);
+    }
 };

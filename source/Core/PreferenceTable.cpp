@@ -39,6 +39,7 @@ constexpr PrefRow AtSave(std::string_view key, CFType type, std::int64_t default
     return {key, type, PrefRule::kAtSave, false, defaultL};
 }
 constexpr PrefRow Typed(std::string_view key, CFType type) { return {key, type, PrefRule::kTypeOnly}; }
+constexpr PrefRow Folder(std::string_view key) { return {key, CFType::kDictionary, PrefRule::kFolder}; }
 
 constexpr PrefRow kPreferences[] = {
     // Fixed at each start.
@@ -206,10 +207,12 @@ constexpr PrefRow kPreferences[] = {
     // Dictionaries.
     Computed("MediaStream Defauts", CFType::kDictionary, &MediaStreamDefaults),
     Typed("Global Song Sync Slip (300ths)", CFType::kInteger),
-    Typed("Music Library Location", CFType::kDictionary),
-    Typed("Cache Folder Location", CFType::kDictionary),
+    Folder("Music Library Location"),
+    Folder("Cache Folder Location"),
     Typed("Default Columns", CFType::kDictionary),
     Typed("Picture Delays (ms)", CFType::kDictionary),   // by the name of the audio output
+    Typed("Key Map", CFType::kDictionary),               // by the command's id, what is not the factory's
+    Typed("Browser Columns", CFType::kDictionary),       // of the library's list
 
     // Written only at save.
     AtSave("Prefs file version (do not change!)", CFType::kInteger, 2),
@@ -233,8 +236,13 @@ constexpr PrefRow kPreferences[] = {
     Typed("Full Screen Display", CFType::kString),   // by the name that the system gives it; empty: the window's own
     Typed("Full Screen2 Display", CFType::kString),
     Typed("Video Window Opacity", CFType::kFloat),   // 0.1 to 1.0, which it is without
-    Typed("4x3 aspect ratio", CFType::kBool),   // "16x9 aspect ratio" goes before it
+    Typed("4x3 aspect ratio", CFType::kBool),        // "16x9 aspect ratio" goes before it
     Typed("Add Files Folder", CFType::kString),
+    Typed("Audio Output Device", CFType::kString),   // by its name; empty: the system's choice
+    Typed("Launch Midi Files", CFType::kBool),
+    Typed("Save Library at Start", CFType::kBool),   // all of it anew, whatever has changed
+    Typed("Date Added Field *really* Updated", CFType::kBool),
+    Typed("Warn if there is a problem updating meta", CFType::kBool),   // on without it
     Typed("Look (0=desktop, 1=dark, 2=light)", CFType::kInteger),
     Typed("Video Drawing (0=automatic, 1=processor, 2=OpenGL)", CFType::kInteger),
     Typed("Break Picture", CFType::kString),   // the path of what the video windows show between songs

@@ -10,6 +10,7 @@ enum class PrefRule {
     kAtSave,     // only when the file is written
     kFixed,      // at every start, whatever the file says
     kTypeOnly,   // never: the getter's default argument serves until somebody sets it
+    kFolder,     // as kTypeOnly: a reference to a folder, which a person names by its path
 };
 
 /** One preference: its key, its type, its default. */

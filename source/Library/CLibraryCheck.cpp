@@ -7,6 +7,7 @@
 #include "Core/FSrObjects.h"
 #include "Library/CSongFileReader.h"
 #include "Library/SDB_ForEach_LoadLibrary.h"
+#include "Library/SingerAccounts.h"
 #include "Library/SourceType.h"
 
 namespace {
@@ -146,16 +147,20 @@ void CLibraryCheck::CheckSingers(const LibraryImage& image) {
         for (const SingerFolder& folder : venue.singers) {
             if (folder.singer)
                 folders.push_back(*folder.singer);
-            else
+            else if (!folder.lists.empty() && AccountOf(folder, venue.together) == venue.together.end())
                 Problem("a singer's folder without an account: " + folder.folder.GetName());
         }
         for (const SingerRecord& singer : MergeSingers(std::move(folders), venue.together)) CheckSinger(singer);
     }
-    i_found.singersL = i_singers.size();
+    i_found.singersL = i_singers.size() + i_newSingersL;
 }
 
 void CLibraryCheck::CheckSinger(const SingerRecord& singer) {
-    const std::string name = singer.meta.GetString("name").UTF8();
+    const std::string name = NameOf(singer).UTF8();
+    if (singer.ID() == 0) {   // gets one at the load
+        ++i_newSingersL;
+        return;
+    }
     const auto [it, newB] = i_singers.emplace(singer.ID(), name);
     if (!newB)
         Problem("singers " + Quoted(it->second) + " and " + Quoted(name) + " have the same id " +
@@ -166,7 +171,9 @@ void CLibraryCheck::CheckSinger(const SingerRecord& singer) {
 void CLibraryCheck::CheckList(const PlaylistRecord& list) {
     const std::string name = list.Name().UTF8();
     const auto [it, newB] = i_lists.emplace(list.ID(), name);
-    if (!newB)
+    if (list.ID() == 0)
+        Problem("list " + Quoted(name) + " has no id, and gets one at the next load");
+    else if (!newB)
         Problem("lists " + Quoted(it->second) + " and " + Quoted(name) + " have the same id " +
                 std::to_string(list.ID()));
     Note(list.ID(), ListWords(name, list.ID()));

@@ -52,4 +52,5 @@ private:
     std::string i_highest;          // whose it is
     std::size_t i_aboveL = 0;
     std::map<std::uint32_t, std::string> i_lists, i_singers;   // names by id
+    std::size_t i_newSingersL = 0;                             // who have no id yet
 };

@@ -34,7 +34,9 @@ OSErr CLibraryLoader::Load(LibraryFileMap& files, LibraryReport& report) {
     report.storesB = image.storesB;
     if (const OSErr err = AskIfTooNew(image); Failed(err)) return err;
     report.wholeB = i_songs.IsWhole();
+    report.err = FirstOf(i_songsErr, walked == fnfErr ? noErr : walked);
     for (const UnreadFile& file : image.unread) {
+        report.err = FirstOf(report.err, file.err);
         report.damaged.push_back(file.file);
         report.problems.push_back(FaultText(file.err, file.file.GetPath()));
         CReportXMLErr::Report(i_database.Host(), file.file, file.err);

@@ -9,6 +9,7 @@
 struct LibraryReport {
     std::vector<std::string> problems;   // what was damaged, missing or there twice, one a line
     std::vector<CFileRef> damaged;       // files that are never written over: set aside first
+    OSErr err = noErr;                   // the first reason why something could not be read; fnfErr: no songs' file
     std::string dirtyReason;             // why the library must be saved; empty: it is as its files have it
     bool tooNewB = false;                // of a later program: it is never saved
     bool emptyB = false;                 // there was no library

@@ -3,12 +3,9 @@
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
 #include "Library/CDupeSinger.h"
+#include "Library/SingerAccounts.h"
 
 namespace {
-
-SuperString NameOf(const SingerRecord& record) {
-    return record.meta.GetString(record.meta.Has("SNGR") ? "SNGR" : "name");
-}
 
 bool IsListOf(const PlaylistFile& file, SingerList which, PlaylistID wanted) {
     const SourceType type = SourceTypeOf(which);
@@ -34,15 +31,7 @@ void CSingerLoader::LoadVenue(VenueFolder& venue) {
 }
 
 void CSingerLoader::LoadFolder(CPlayList& venue, SingerFolder& folder, std::vector<SingerRecord>& together) {
-    const auto isHis = [&](const SingerRecord& record) {
-        if (folder.singer) return record.ID() != 0 && record.ID() == folder.singer->ID();
-        return NameOf(record) == SuperString(folder.folder.GetName()) ||
-               std::ranges::any_of(folder.lists, [&](const PlaylistFile& list) {
-                   const std::uint32_t id = list.record.ID();
-                   return id != 0 && (id == record.tonightID || id == record.favoritesID || id == record.historyID);
-               });
-    };
-    const auto it = std::ranges::find_if(together, isHis);
+    const auto it = AccountOf(folder, together);
     if (!folder.singer && it == together.end() && folder.lists.empty()) return;   // an empty folder
     SingerRecord record;
     if (folder.singer)

@@ -20,6 +20,7 @@
 namespace {
 
 constexpr unsigned char kTaken = 1;
+constexpr char kQuestion = 1;   // in front of a text: no path begins with it
 constexpr int kStart_TriesASecond = 200;
 
 /** FNV-1a, 64 bits: short, steady over runs and machines. A collision would join two libraries, at odds of 2^-64. */
@@ -104,6 +105,23 @@ int NewSocket() { return ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NON
 
 int Bind(int handle, const struct sockaddr_un& address) {
     return ::bind(handle, reinterpret_cast<const struct sockaddr*>(&address), sizeof address) == 0 ? 0 : errno;
+}
+
+std::string LengthOf(std::string_view text) {
+    std::string bytes;
+    for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(text.size() >> shift & 255U);
+    return bytes;
+}
+
+/** A length and as many bytes, in time, or an errno; EMSGSIZE for more than `mostL`. */
+int ReceiveText(int handle, std::string& text, std::size_t mostL, double untilT) {
+    std::array<char, 4> header{};
+    if (const int err = ReceiveAll(handle, header.data(), header.size(), untilT); err != 0) return err;
+    std::uint32_t sizeL = 0;
+    for (const char c : header) sizeL = sizeL << 8 | static_cast<unsigned char>(c);
+    if (sizeL > mostL) return EMSGSIZE;
+    text.resize(sizeL);
+    return ReceiveAll(handle, text.data(), text.size(), untilT);
 }
 
 bool OfThisUser(int connection) {
@@ -200,7 +218,21 @@ CSecondInstance::Role CSecondInstance::Start(std::string_view text) {
     return Role::kFailed;
 }
 
-int CSecondInstance::Send(std::string_view text, double untilT) const {
+bool CSecondInstance::IsLocked() const {
+    const Handle lock{::open(LockFile().c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW)};
+    return lock && ::flock(lock.Number(), LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+}
+
+int CSecondInstance::Ask(std::string_view question, std::string& answer) {
+    if (question.size() >= kText_MaxBytes) return E2BIG;
+    i_folderHandle = Handle{::open(i_folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)};
+    if (!i_folderHandle) return errno;
+    const int err = Send(kQuestion + std::string(question), CClock::Get().SteadyT() + kSend_Seconds, &answer);
+    const bool nobodyB = err == ENOENT || err == ECONNREFUSED;
+    return nobodyB ? (IsLocked() ? EBUSY : ENOENT) : err;
+}
+
+int CSecondInstance::Send(std::string_view text, double untilT, std::string* answerP) const {
     struct sockaddr_un address;
     if (const int err = Address(SocketFile(), i_folderHandle.Number(), address); err != 0) return err;
     const Handle connection{NewSocket()};
@@ -208,17 +240,14 @@ int CSecondInstance::Send(std::string_view text, double untilT) const {
     if (::connect(connection.Number(), reinterpret_cast<const struct sockaddr*>(&address), sizeof address) != 0)
         return errno;
     if (!OfThisUser(connection.Number())) return EACCES;
-    const auto sizeL = static_cast<std::uint32_t>(text.size());
-    std::string message;
-    for (int shift = 24; shift >= 0; shift -= 8) message += static_cast<char>(sizeL >> shift & 255U);
-    message += text;
-    if (const int err = SendAll(connection.Number(), message, untilT); err != 0) return err;
+    if (const int err = SendAll(connection.Number(), LengthOf(text) + std::string(text), untilT); err != 0) return err;
     char answer = 0;
     if (const int err = ReceiveAll(connection.Number(), &answer, 1, untilT); err != 0) return err;
-    return answer == static_cast<char>(kTaken) ? 0 : EPROTO;
+    if (answer != static_cast<char>(kTaken)) return EPROTO;
+    return answerP == nullptr ? 0 : ReceiveText(connection.Number(), *answerP, kAnswer_MaxBytes, untilT);
 }
 
-void CSecondInstance::Listen(Received received) {
+void CSecondInstance::Listen(Received received, Asked asked) {
     if (!i_listener || i_thread.joinable()) return;
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) != 0) {
@@ -228,6 +257,7 @@ void CSecondInstance::Listen(Received received) {
     i_stopRead = Handle{ends[0]};
     i_stopWrite = Handle{ends[1]};
     i_received = std::move(received);
+    i_asked = std::move(asked);
     i_thread = std::thread(&CSecondInstance::Serve, this);
 }
 
@@ -252,20 +282,19 @@ void CSecondInstance::Serve() {
             continue;
         }
         std::string text;
-        if (Receive(connection.Number(), text)) i_received(std::move(text));
+        if (Receive(connection.Number(), text) && !text.starts_with(kQuestion)) i_received(std::move(text));
     }
 }
 
 bool CSecondInstance::Receive(int connection, std::string& text) const {
     const double untilT = CClock::Get().SteadyT() + kReceive_Seconds;
-    std::array<char, 4> header{};
-    if (!OfThisUser(connection) || ReceiveAll(connection, header.data(), header.size(), untilT) != 0) return false;
-    std::uint32_t sizeL = 0;
-    for (const char c : header) sizeL = sizeL << 8 | static_cast<unsigned char>(c);
-    if (sizeL > kText_MaxBytes) return false;
-    text.resize(sizeL);
-    if (ReceiveAll(connection, text.data(), text.size(), untilT) != 0) return false;
-    // Answered before the text is acted upon: the sender must not wait for an import.
-    const char answer = static_cast<char>(kTaken);
-    return SendAll(connection, {&answer, 1}, untilT) == 0;
+    if (!OfThisUser(connection) || ReceiveText(connection, text, kText_MaxBytes, untilT) != 0) return false;
+    // A plain text is answered before it is acted upon: the sender must not wait for an import.
+    std::string answer(1, static_cast<char>(kTaken));
+    if (text.starts_with(kQuestion)) {
+        const std::string told = i_asked ? i_asked(std::string_view(text).substr(1)) : std::string();
+        if (told.size() > kAnswer_MaxBytes) return false;
+        answer += LengthOf(told) + told;
+    }
+    return SendAll(connection, answer, CClock::Get().SteadyT() + kReceive_Seconds) == 0;
 }

@@ -1,17 +1,20 @@
 #include "Shell/Process.h"
 
+#include <unistd.h>
 #include <cerrno>
+#include <clocale>
 #include <cstdlib>
 #include <iostream>
 #include <QApplication>
+#include <QLocale>
 #include <QSurfaceFormat>
-#include <unistd.h>
 
 #include "App/CAppWindows_None.h"
 #include "App/TVoplaApp.h"
 #include "Core/CCrashReporter.h"
 #include "Core/CLog.h"
 #include "Core/CThreadManager.h"
+#include "Core/NumberForms.h"
 #include "Core/SuperString.h"
 #include "Platform/CFolders.h"
 #include "Platform/CMainLoop_Plain.h"
@@ -30,7 +33,8 @@ std::filesystem::path FindResources() {
     const std::filesystem::path program = CFolders::Program();
     for (const char* const placeZ : {"resources", "../share/vopla", "../../../../resources"}) {
         std::error_code err;
-        if (const auto found = program / placeZ; std::filesystem::is_directory(found, err)) return found.lexically_normal();
+        if (const auto found = program / placeZ; std::filesystem::is_directory(found, err))
+            return found.lexically_normal();
     }
     return {};
 }
@@ -45,7 +49,8 @@ int RunApplication(const AppSetup& setup, CSecondInstance& instance, const Launc
     TVoplaApp application(setup);
     const CSignalWatch watch([&application] { application.RequestQuit(QuitAsk::kNobody); });
     // A second start is answered at once, however long this one takes: it must never become a second host.
-    instance.Listen([&application](const std::string& text) { application.OnSecondInstance(LaunchFilesOf(text)); });
+    instance.Listen([&application](const std::string& text) { application.OnSecondInstance(LaunchFilesOf(text)); },
+                    [&application](std::string_view request) { return application.OnRequest(request); });
     int result = 1;
     try {
         application.StartUp();
@@ -54,6 +59,7 @@ int RunApplication(const AppSetup& setup, CSecondInstance& instance, const Launc
         LogF("### Error %s", fault.what());
         std::cerr << "vopla: " << fault.what() << '\n';
     }
+    application.EndRequests();
     instance.StopListening();   // its thread holds the application; the lock is given up behind the last save
     application.ShutDown();
     return result;
@@ -63,8 +69,12 @@ int RunHeadless(const Options& options, CSecondInstance& instance, bool cleanB) 
     CMainLoop_Plain loop;
     CUserInterface_Plain ui([](std::string_view line) { Log(line); });
     CAppWindows_None windows;
-    return RunApplication({.loop = loop, .ui = ui, .windows = windows, .resources = FindResources(),
-                           .prefs = PrefsFilesFor(CFolders::Config() / kApp_ProductName), .lastQuitCleanB = cleanB},
+    return RunApplication({.loop = loop,
+                           .ui = ui,
+                           .windows = windows,
+                           .resources = FindResources(),
+                           .prefs = PrefsFilesFor(CFolders::Config() / kApp_ProductName),
+                           .lastQuitCleanB = cleanB},
                           instance, options.files);
 }
 
@@ -74,6 +84,9 @@ int RunDesktop(const Options& options, CSecondInstance& instance, bool cleanB, i
     format.setSwapInterval(0);
     QSurfaceFormat::setDefaultFormat(format);
     QApplication qt(countL, wordsZ);
+    // It has taken the user's locale for the whole process: numbers of libraries, and of ours, keep the form of files.
+    std::setlocale(LC_NUMERIC, "C");
+    SetDecimalMark(QLocale().decimalPoint().toStdString());
     QApplication::setQuitOnLastWindowClosed(false);
     const XLook look;
     CMainLoop_Qt loop;
@@ -81,8 +94,12 @@ int RunDesktop(const Options& options, CSecondInstance& instance, bool cleanB, i
     CAppWindows_Qt windows([] {
         if (gVoplaApp != nullptr) gVoplaApp->RequestQuit(QuitAsk::kUser);
     });
-    return RunApplication({.loop = loop, .ui = ui, .windows = windows, .resources = FindResources(),
-                           .prefs = PrefsFilesFor(CFolders::Config() / kApp_ProductName), .lastQuitCleanB = cleanB},
+    return RunApplication({.loop = loop,
+                           .ui = ui,
+                           .windows = windows,
+                           .resources = FindResources(),
+                           .prefs = PrefsFilesFor(CFolders::Config() / kApp_ProductName),
+                           .lastQuitCleanB = cleanB},
                           instance, options.files);
 }
 
@@ -99,7 +116,8 @@ int RunProcess(const Options& options, int& countL, char** wordsZ) {
 
     CSecondInstance instance(CFolders::Runtime() / "vopla", CFolders::Root());
     switch (instance.Start(LaunchText(options.files))) {
-        case CSecondInstance::Role::kSecond: return 0;
+        case CSecondInstance::Role::kSecond:
+            return 0;
         case CSecondInstance::Role::kFailed:
             if (instance.IsHeld() || instance.LastErrno() == E2BIG) {   // two on one library would write over each other
                 std::cerr << "vopla: another Vopla has this library, and did not answer: "
@@ -108,7 +126,8 @@ int RunProcess(const Options& options, int& countL, char** wordsZ) {
             }
             std::cerr << "vopla: no second instance check: " << ErrorText(instance.LastErrno()) << '\n';
             break;   // the check itself is impossible here: a show can do without
-        case CSecondInstance::Role::kFirst: break;
+        case CSecondInstance::Role::kFirst:
+            break;
     }
 
     int result = 1;

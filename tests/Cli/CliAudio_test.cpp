@@ -25,9 +25,7 @@ protected:
 
     CliRun Run(std::vector<std::string> words) const {
         words.insert(words.begin(), {"--root", (i_folder / "root").string(), "--json"});
-        std::ostringstream out, err;
-        const int status = RunCommand(words, out, err);
-        return {status, out.str(), err.str()};
+        return RunCli(words);
     }
     [[nodiscard]] std::string Path(const std::string& name) const { return (i_folder / name).string(); }
     /** `arguments` of the ffmpeg program, up to the name of what it makes. */
@@ -166,7 +164,8 @@ TEST_F(CliAudio, Failures) {
     EXPECT_FALSE(std::filesystem::exists(Path("o.wav")));
     const CliRun evening = Run({"play", tone, Path("bad.mp3"), tone, "--seconds", "0.1", "--output", "dummy"});
     EXPECT_EQ(evening.status, 1);
-    EXPECT_NE(evening.out.find("{\"state\":\"total\",\"songs\":2,"), std::string::npos) << evening.out;   // the last played too
+    EXPECT_NE(evening.out.find("{\"state\":\"total\",\"songs\":2,"), std::string::npos)
+        << evening.out;   // the last played too
 }
 
 }   // namespace

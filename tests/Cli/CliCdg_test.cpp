@@ -9,7 +9,7 @@
 #include "Graphics/CSubChannels.h"
 
 namespace {
-CliRun Cdg(const std::vector<std::string>& words) { return RunCli(&RunCdg, {}, true, words); }
+CliRun Cdg(const std::vector<std::string>& words) { return RunCli("cdg", {}, true, words); }
 
 class CliCdg : public testing::Test {
 protected:
@@ -36,9 +36,10 @@ TEST_F(CliCdg, CountsAfterCorrection) {
         Write(Text(preset) + Text(damaged) + Text(noise) + Text({}) + std::string("\x09\x3F\0\0", 4));
     const CliRun run = Cdg({"info", file});
     EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.out,
-              "{\"packets\":5,\"seconds\":0.016666666666666666,\"instructions\":{\"1\":2,\"2\":0,\"6\":0,\"20\":0,\"24\":0,"
-              "\"28\":0,\"30\":0,\"31\":0,\"38\":0},\"other\":1,\"corrected\":1,\"dropped\":1}\n");
+    EXPECT_EQ(
+        run.out,
+        "{\"packets\":5,\"seconds\":0.016666666666666666,\"instructions\":{\"1\":2,\"2\":0,\"6\":0,\"20\":0,\"24\":0,"
+        "\"28\":0,\"30\":0,\"31\":0,\"38\":0},\"other\":1,\"corrected\":1,\"dropped\":1}\n");
 }
 
 TEST_F(CliCdg, WritesTheFrameOfAMoment) {
@@ -57,6 +58,15 @@ TEST_F(CliCdg, WritesTheFrameOfAMoment) {
     const CliRun large = Cdg({"frame", file, "--at", "0", "--hq4x", "--out", png});
     EXPECT_THAT(large.out, testing::HasSubstr("\"width\":1200,\"height\":864,"));
     EXPECT_GT(std::filesystem::file_size(png), 100U);
+    // A tile of channel 8: not shown, as the host does not, unless it is asked for.
+    SubCodePacket tile;
+    tile.bytes = {9, 6, 0, 0, 0x20, 0x01};
+    for (std::size_t n = 8; n < 20; ++n) tile.bytes[n] = 0x3F;
+    red.bytes[6] = 0x3C;
+    const std::string other = Write(Text(red) + Text(tile));
+    const std::string plain = Cdg({"frame", other, "--at", "1", "--out", png}).out;
+    EXPECT_EQ(plain, Cdg({"frame", other, "--at", "1", "--out", png, "--channels", "3"}).out);
+    EXPECT_NE(plain, Cdg({"frame", other, "--at", "1", "--out", png, "--channels", "65535"}).out);
 }
 
 TEST_F(CliCdg, TellsBadFilesAndWords) {

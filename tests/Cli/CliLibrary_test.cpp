@@ -8,6 +8,7 @@
 #include "Core/CLog.h"
 #include "Core/TempFolder.h"
 #include "Library/CLibraryLock.h"
+#include "Library/MetaKeyTable.h"
 #include "Platform/CFolders.h"
 
 namespace {
@@ -24,7 +25,7 @@ protected:
     ~CliLibrary() override { CFolders::SetRoot({}); }
     fs::path Lib() const { return i_root.Path() / "Music/Vopla"; }
     CliRun Library(const std::vector<std::string>& words, bool jsonB = true) const {
-        return RunCli(&RunLibrary, i_root.Path(), jsonB, words);
+        return RunCli("library", i_root.Path(), jsonB, words);
     }
     /** What python prints. */
     std::string Python(const std::string& program, const std::string& words) const {
@@ -102,6 +103,11 @@ TEST_F(CliLibrary, WrongValuesAndWordsChangeNothing) {
         const char* errorZ;
     } kCases[] = {
         {{"set", "17", "colr", "12"}, 1, "12 is not legal for colr"},
+        {{"set", "17", "PICH", "99"}, 1, "99 is not legal for PICH"},
+        {{"set", "17", "vChn", "255"}, 1, "255 is not legal for vChn"},
+        {{"set", "17", "Slip", "1e308"}, 1, "1e308 is not legal for Slip (from -3600 to 3600)"},
+        {{"set", "17", "TMPO", "9"}, 1, "9 is not legal for TMPO (from 0.25 to 2.55)"},
+        {{"set", "17", "volm", "--", "-1"}, 1, "-1 is not legal for volm (from 0 to 100)"},
         {{"set", "17", "rtng", "6 0"}, 1, "is no value for rtng"},
         {{"set", "17", "rtng", "99999999999"}, 1, "is no value for rtng"},
         {{"set", "17", "TMPO", "nan"}, 1, "is no value for TMPO"},
@@ -130,8 +136,72 @@ TEST_F(CliLibrary, WrongValuesAndWordsChangeNothing) {
         EXPECT_EQ(run.out, "") << c.errorZ;
     }
     EXPECT_TRUE(Bytes(Lib() / "Songs.vlb") == before);
+    EXPECT_FALSE(fs::exists(Lib() / "Songs Meta.xml"));
     fs::remove_all(Lib());
     EXPECT_EQ(Library({"list"}).status, 1);
+}
+
+/** A key is kept, or refused with a word of why: none is taken and forgotten. */
+TEST_F(CliLibrary, EachKeyIsKeptOrRefused) {
+    std::size_t keptL = 0;
+    for (const MetaKeyRow& row : MetaKeyTable()) {
+        const std::string key = MetaKeyText(row.key);
+        const std::string value = row.type == ValType::ValType_BOOL       ? "true"
+                                  : row.type == ValType::ValType_INTEGER  ? "1"
+                                  : row.type == ValType::ValType_FLOAT    ? "1.5"
+                                  : row.type == ValType::ValType_DATE     ? "2024-02-29T12:00:00Z"
+                                  : row.type == ValType::ValType_SONGFILE ? "/a/b.mp3"
+                                                                          : "text";
+        const CliRun set = Library({"set", "17", key, value});
+        const std::string shown = Library({"show", "17"}).out;
+        if (set.status == 0) {
+            ++keptL;
+            EXPECT_EQ(shown, set.out) << key;   // by a process of its own, so to say
+            EXPECT_NE(shown.find("\"" + key + "\":"), std::string::npos) << key << shown;
+        } else {
+            EXPECT_NE(set.err.find("\"error\":\"" + key + " "), std::string::npos) << key << set.err;
+        }
+    }
+    EXPECT_GT(keptL, 45U);
+    for (const char* const keyZ : {"siID", "Spas", "Msng", "mPip"})
+        EXPECT_EQ(Library({"set", "17", keyZ, "1"}).status, 1);
+}
+
+TEST_F(CliLibrary, OneThatCannotBeReadWholeIsListedAndNotChanged) {
+    const std::string songs = Bytes(Lib() / "Songs.vlb");
+    const struct {
+        const char* fileZ;
+        std::size_t keptL;
+        long linesL;
+    } kCuts[] = {{"Songs.vlb", songs.size() - 7, 199}, {"Songs.vlb", 3, 0}, {"Library.xml", 100, 200}};
+    for (const auto& c : kCuts) {
+        const std::string whole = Bytes(Lib() / c.fileZ);
+        std::ofstream(Lib() / c.fileZ, std::ios::binary) << whole.substr(0, c.keptL);
+        const CliRun list = Library({"list"});
+        EXPECT_EQ(list.status, 1) << c.fileZ;
+        EXPECT_EQ(std::ranges::count(list.out, '\n'), c.linesL);
+        EXPECT_NE(list.err.find("the library cannot be read whole"), std::string::npos) << list.err;
+        EXPECT_EQ(Library({"set", "17", "name", "x"}).status, 1);
+        EXPECT_EQ(Bytes(Lib() / c.fileZ), whole.substr(0, c.keptL));
+        std::ofstream(Lib() / c.fileZ, std::ios::binary) << whole;
+    }
+}
+
+TEST_F(CliLibrary, ACheckKnowsTheSingersOfOneFile) {
+    const fs::path venue = Lib() / "Venues" / "Bar";
+    fs::create_directories(venue / "Ann");
+    fs::create_directories(venue / "empty");
+    const fs::path script = i_root.Path() / "singers.py";
+    std::ofstream(script)
+        << "import plistlib, sys\nv = sys.argv[1]\n"
+           "plistlib.dump({'Singers': [{'Singer': {'SNGR': n}} for n in ('Ann', 'Bob', '')]}, open(v + '/Singers.xml', "
+           "'wb'))\n"
+           "plistlib.dump({'Name': '', 'Playlist ID': 150000, 'Playlist Type': 9, 'Playlist Items': []}, "
+           "open(v + '/Ann/Tonight.xml', 'wb'))\n";
+    Python(script.string(), "'" + venue.string() + "'");
+    Edit("lib[\"Next item ID (don't change this!!)\"] = 150001");
+    const CliRun run = Library({"check", "--no-files"});
+    EXPECT_EQ(run.out, "{\"songs\":200,\"playlists\":3,\"singers\":3,\"problems\":[]}\n");
 }
 
 TEST_F(CliLibrary, OneThatIsInUseIsReadAlone) {

@@ -2,16 +2,20 @@
 
 #include <algorithm>
 
-#include "Cli/CliName.h"
+#include "App/PreferenceRequest.h"
 #include "Cli/CliRun.h"
 #include "Core/CLog.h"
+#include "Core/CPreferences.h"
+#include "Core/PreferenceTable.h"
 #include "Core/TempFolder.h"
+#include "Platform/CFolders.h"
+#include "Platform/CSecondInstance.h"
 
 namespace {
 
 TEST(CliPrefs, GetSetAndList) {
     const TempFolder root;
-    const auto prefs = [&](const std::vector<std::string>& words) { return RunCli(&RunPrefs, root.Path(), true, words); };
+    const auto prefs = [&](const std::vector<std::string>& words) { return RunCli("prefs", root.Path(), true, words); };
     EXPECT_EQ(prefs({"get", "Web server port number"}).out,
               "{\"key\":\"Web server port number\",\"type\":\"integer\",\"value\":80}\n");
     EXPECT_FALSE(std::filesystem::exists(root / "config"));   // asking writes nothing
@@ -65,21 +69,65 @@ TEST(CliPrefs, Failures) {
         {{}, 2, "\"status\":-50}"},
     };
     for (const auto& c : kCases) {
-        const CliRun json = RunCli(&RunPrefs, root.Path(), true, c.words);
+        const CliRun json = RunCli("prefs", root.Path(), true, c.words);
         EXPECT_EQ(json.status, c.status) << json.err;
         EXPECT_NE(json.err.find(c.statusText), std::string::npos) << json.err;
-        const CliRun plain = RunCli(&RunPrefs, root.Path(), false, c.words);
+        const CliRun plain = RunCli("prefs", root.Path(), false, c.words);
         EXPECT_EQ(std::ranges::count(plain.err, '\n'), 1) << plain.err;
         EXPECT_EQ(plain.out, "");
     }
     EXPECT_FALSE(std::filesystem::exists(root / "config"));
     std::filesystem::create_directories(root / "config/Vopla/Vopla X Preferences.plist");
-    EXPECT_EQ(RunCli(&RunPrefs, root.Path(), false, {"set", "Number of undos", "5"}).status, 1);
-    EXPECT_EQ(RunCli(&RunPrefs, root.Path(), false, {"get", "Number of undos"}).status, 0);
+    EXPECT_EQ(RunCli("prefs", root.Path(), false, {"set", "Number of undos", "5"}).status, 1);
+    EXPECT_EQ(RunCli("prefs", root.Path(), false, {"get", "Number of undos"}).status, 0);
+}
+
+TEST(CliPrefs, AHostThatRunsIsAskedAndTold) {
+    const TempFolder root;
+    CFolders::SetRoot(root.Path());
+    const auto prefs = [&](const std::vector<std::string>& words) { return RunCli("prefs", root.Path(), true, words); };
+    CPreferences hosts(PrefsFilesFor(root / "config/Vopla"), {.saveAtEndB = false});
+    CSecondInstance host(root / "run/vopla", root.Path());
+    ASSERT_EQ(host.Start({}), CSecondInstance::Role::kFirst);
+    host.Listen([](const std::string&) {},
+                [&hosts](std::string_view request) { return AnswerPreferenceRequest(request, hosts); });
+    const CliRun set = prefs({"set", "Number of undos", "5"});
+    EXPECT_EQ(set.status, 0) << set.err;
+    EXPECT_EQ(hosts.GetLong("Number of undos"), 5);
+    EXPECT_EQ(prefs({"get", "Number of undos"}).out, set.out);
+    EXPECT_NE(prefs({"list"}).out.find(set.out), std::string::npos);
+    EXPECT_EQ(prefs({"set", "Music Library Location", root.Path().string()}).status, 0);
+    EXPECT_EQ(hosts.MusicFolder(), root.Path());
+    EXPECT_EQ(prefs({"set", "Number of undos", "many"}).status, 1);
+    EXPECT_FALSE(std::filesystem::exists(root / "config"));   // it is the host that writes
+    // One that has the lock and does not listen: nothing is set behind its back.
+    std::filesystem::remove(host.SocketFile());
+    EXPECT_NE(prefs({"set", "Number of undos", "6"}).err.find("the host that runs does not answer"), std::string::npos);
+    EXPECT_EQ(prefs({"get", "Number of undos"}).status, 0);
+    host.Stop();
+    EXPECT_EQ(prefs({"set", "Number of undos", "6"}).status, 0);
+    EXPECT_TRUE(std::filesystem::exists(root / "config"));
+    CFolders::SetRoot({});
+}
+
+TEST(CliPrefs, EveryKeyOfTheProgramCanBeSet) {
+    const TempFolder root;
+    for (const PrefRow& row : PreferenceTable()) {
+        const bool folderB = row.rule == PrefRule::kFolder;
+        const bool wordsB = folderB || (row.type != CFType::kDictionary && row.rule != PrefRule::kFixed);
+        const std::string value = folderB                       ? root.Path().string()
+                                  : row.type == CFType::kDate   ? "2024-02-29T12:00:00Z"
+                                  : row.type == CFType::kString ? "text"
+                                                                : "1";
+        const CliRun set = RunCli("prefs", root.Path(), true, {"set", std::string(row.key), value});
+        EXPECT_EQ(set.status, wordsB ? 0 : 1) << row.key << set.err;
+        if (wordsB)
+            EXPECT_EQ(RunCli("prefs", root.Path(), true, {"get", std::string(row.key)}).out, set.out) << row.key;
+    }
 }
 
 TEST(CliName, Conform) {
-    const auto name = [](const std::vector<std::string>& words) { return RunCli(&RunName, {}, false, words); };
+    const auto name = [](const std::vector<std::string>& words) { return RunCli("name", {}, false, words); };
     EXPECT_EQ(name({"conform", "the WIND and \"the\" inxs"}).out, "{\"text\":\"The Wind and \\\"The\\\" INXS\"}\n");
     EXPECT_EQ(name({"conform", "--", "-nsync"}).out, "{\"text\":\"'N Sync\"}\n");
     for (const auto& bad :

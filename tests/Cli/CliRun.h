@@ -1,23 +1,31 @@
 #pragma once
 #include <filesystem>
-#include <span>
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include "Cli/CliContext.h"
+#include "Cli/Command.h"
 
-/** What a sub-command answered. */
+/** What a command line answered. */
 struct CliRun {
     int status = 0;
     std::string out, err;
 };
 
-/** Runs one sub-command as the program does. */
-inline CliRun RunCli(int (*command)(const CliContext&, std::span<const std::string>), const std::filesystem::path& root,
-                     bool jsonB, const std::vector<std::string>& words) {
+/** Runs one command line as the program does. */
+inline CliRun RunCli(const std::vector<std::string>& words) {
     std::ostringstream out, err;
-    const CliContext context{root, jsonB, out, err};
-    const int status = command(context, words);
+    const int status = RunCommand(words, out, err);
     return {status, out.str(), err.str()};
+}
+
+/** The same on a root, with the words of one group behind its name. */
+inline CliRun RunCli(const std::string& group, const std::filesystem::path& root, bool jsonB,
+                     std::vector<std::string> words) {
+    std::vector<std::string> before;
+    if (!root.empty()) before = {"--root", root.string()};
+    if (jsonB) before.push_back("--json");
+    before.push_back(group);
+    words.insert(words.begin(), before.begin(), before.end());
+    return RunCli(words);
 }
