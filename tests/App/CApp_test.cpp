@@ -3,6 +3,7 @@
 #include <deque>
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <gtest/gtest.h>
 #include <iostream>
 #include <map>
@@ -12,6 +13,7 @@
 #include "App/AppTest.h"
 #include "App/CSaveTarget.h"
 #include "App/MemoryWarning.h"
+#include "App/PreferenceRequest.h"
 #include "App/SaveRules.h"
 #include "App/TVoplaApp.h"
 #include "Core/Assertions.h"
@@ -440,6 +442,25 @@ TEST_F(AppTest, WindowsComeBackWhereTheyStood) {
     EXPECT_TRUE(video.visibleB);
     EXPECT_TRUE(video.fullScreenB);
     EXPECT_FALSE(windows.places[PREF_Wind_TASKS].visibleB);
+}
+
+TEST_F(AppTest, TheCommandLineSetsAPreference) {
+    Windows windows;
+    TVoplaApp application(
+        {.loop = i_loop, .ui = i_ui, .windows = windows, .resources = MakeSetup().resources, .prefs = MakeSetup().prefs});
+    application.StartUp();
+    const auto ask = [&application](const std::string& request) {
+        return std::async(std::launch::async,
+                          [&application, request] { return ReadPreferenceAnswer(application.OnRequest(request)); });
+    };
+    auto set = ask(PreferenceRequest_Set("Number of undos", "5"));
+    EXPECT_TRUE(RunUntil(*gApp, [&] { return set.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }));
+    EXPECT_EQ(set.get().err, noErr);
+    EXPECT_EQ(gApp->Prefs().GetLong("Number of undos"), 5);
+    auto late = ask(PreferenceRequest_All());   // nobody comes to it: the thread that waits must not hold up the quit
+    application.EndRequests();
+    EXPECT_EQ(late.get().err, opWrErr);
+    application.ShutDown();
 }
 
 TEST_F(AppTest, ASecondFilePlaysAndABadOneLeavesTheFirst) {
