@@ -10,6 +10,7 @@
 #include "Core/PropertyListDate.h"
 #include "Core/UTF8.h"
 #include "Library/CMetaManager.h"
+#include "Library/FloatBounds.h"
 
 namespace {
 
@@ -93,9 +94,10 @@ std::string WhyNotSet(const CDataTraits& traits) {
 
 /** "0.5 is not legal for Slip (from -3600 to 3600)". */
 std::string IllegalWords(const std::string& text, const CDataTraits& traits) {
+    const FloatBounds bounds = BoundsOf(traits.Key());
     std::string words = text + " is not legal for " + MetaKeyText(traits.Key());
     if (traits.Type() == ValType::ValType_FLOAT)
-        words += " (from " + FloatJSON(traits.LeastFloat()) + " to " + FloatJSON(traits.MostFloat()) + ")";
+        words += " (from " + FloatJSON(bounds.least) + " to " + FloatJSON(bounds.most) + ")";
     return words;
 }
 
@@ -125,7 +127,7 @@ bool SetByKind(CSong& song, const LibraryPlaces& places, const CDataTraits& trai
         case ValType::ValType_FLOAT: {
             const auto number = ReadNumber<double>(text);
             if (!number || !std::isfinite(*number)) return false;
-            if (traits.IsLegalFloat(*number))
+            if (BoundsOf(key).Holds(*number))
                 meta.SetFloat(key, *number);
             else
                 fault = IllegalWords(text, traits);

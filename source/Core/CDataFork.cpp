@@ -50,7 +50,8 @@ OSErr CDataFork::Open(const CFileRef& file, FileAccess access, bool tracedB) {
     const int err = calls.Look(i_handle, info);
     const FileKind wanted = access == FileAccess::kFolder ? FileKind::kFolder : FileKind::kFile;
     if (err == 0 && info.kind == wanted) return noErr;
-    const OSErr status = err != 0 ? Told(err, "fstat") : Told(info.kind == FileKind::kFolder ? EISDIR : ENOTSUP, "open");
+    OSErr status = Told(err != 0 ? err : info.kind == FileKind::kFolder ? EISDIR : EINVAL, "open");
+    if (err == 0 && info.kind != FileKind::kFolder) status = paramErr;   // a pipe, or a file where a folder was meant
     calls.Close(std::exchange(i_handle, -1));
     return status;
 }

@@ -87,8 +87,8 @@ OSErr ParsePreference(const CCFPrefDictionary& prefs, const std::string& key, co
         fault = "no such preference: " + key;
         return fnfErr;
     }
-    if (rowP != nullptr && rowP->rule == PrefRule::kFixed) {
-        fault = key + " is the same at every start and cannot be set";
+    if (rowP != nullptr && (rowP->rule == PrefRule::kFixed || key.ends_with("(do not change!)"))) {
+        fault = key + " is the program's own and cannot be set";
         return paramErr;
     }
     if (rowP != nullptr && rowP->rule == PrefRule::kFolder) return FolderOf(text, value, fault);

@@ -59,8 +59,6 @@ CDataTraits::CDataTraits(const MetaKeyRow& row, std::uint16_t indexS, const Trai
       i_defaultText(row.defaultTextZ),
       i_defaultL(row.defaultL),
       i_defaultF(row.defaultF),
-      i_leastF(row.leastF),
-      i_mostF(row.mostF),
       i_default(DefaultOf(row)) {
     constexpr std::int16_t kLargerBy = 4;
     if ((row.extras & kRow_LargeTitle) != 0) i_titleFontS = static_cast<std::int16_t>(setup.smallFontS + kLargerBy);

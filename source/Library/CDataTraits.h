@@ -54,10 +54,6 @@ public:
     /** For integer keys. */
     [[nodiscard]] virtual bool IsLegal(long value) const;
     [[nodiscard]] virtual long Legalize(long value) const;
-    /** For keys of floats: within the bounds of the table. */
-    [[nodiscard]] bool IsLegalFloat(double value) const noexcept { return value >= i_leastF && value <= i_mostF; }
-    [[nodiscard]] double LeastFloat() const noexcept { return i_leastF; }
-    [[nodiscard]] double MostFloat() const noexcept { return i_mostF; }
     /** What a person typed, in the form that the setters parse. */
     [[nodiscard]] virtual SuperString ToDisplayFromString(const SuperString& text) const { return text; }
     [[nodiscard]] std::int32_t GetDefaultInteger() const noexcept { return i_defaultL; }
@@ -96,7 +92,7 @@ private:
     bool i_sharedB;
     SuperString i_title, i_defaultText;
     std::int32_t i_defaultL;
-    double i_defaultF, i_leastF, i_mostF;
+    double i_defaultF;
     CMetaValue i_default;
     std::vector<SuperString> i_menuTexts;
 };

@@ -6,6 +6,7 @@
 #include "Core/NumberForms.h"
 #include "Library/CMeta.h"
 #include "Library/CMetaManager.h"
+#include "Library/FloatBounds.h"
 #include "Library/TempoSteps.h"
 #include "Library/TitleText.h"
 
@@ -134,7 +135,7 @@ bool CMeta::SetFloat(MetaKey key, double value) {
     if (!MaySet(key) || !std::isfinite(value)) return false;
     if (key == kKey_Tempo)
         value = QuantizedTempo(static_cast<float>(value));   // the nearest that there is
-    else if (!i_manager.GetTraits(key).IsLegalFloat(value))
+    else if (!BoundsOf(key).Holds(value))
         return false;
     return SetValue(key, CMetaValue(value));
 }

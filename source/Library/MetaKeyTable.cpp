@@ -10,7 +10,7 @@ using enum Justification;
 
 // clang-format off
 constexpr MetaKeyRow kMetaKeys[] = {
-    // key       class                title                      kind              property            flags  min  max   initial, justified, extras, default text, integer, float, its bounds
+    // key       class                title                      kind              property            flags  min  max   initial, justified, extras, default text, integer, float
     {"name"_key,  kPlain,              "Song Name",               ValType_STRING,   kProperty_Text,     0x73,  80,  500,  120, kDefault, kRow_LargeTitle},
     {"arts"_key,  kPlain,              "Artist",                  ValType_STRING,   kProperty_Text,     0x73,  80,  500,  0, kDefault, kRow_Shared},
     {"albm"_key,  kPlain,              "Album",                   ValType_STRING,   kProperty_Text,     0x73,  80,  500,  120, kDefault, kRow_Shared},
@@ -38,8 +38,8 @@ constexpr MetaKeyRow kMetaKeys[] = {
     {"bRat"_key,  kPlain,              "Bit Rate",                ValType_STRING,   kProperty_Text,     0x83,  90,  100,  0, kDefault, kRow_Shared},
     {"aDur"_key,  kPlain,              "Actual Duration",         ValType_STRING,   kProperty_Text,     0x81,  80,  300,  100},
     {"cBak"_key,  kPlain,              "Background",              ValType_STRING,   kProperty_Text,     0x80,  60,  150,  100, kDefault, kRow_Shared},
-    {"volm"_key,  kPlain,              "Volume",                  ValType_FLOAT,    kProperty_Text,     0x81,  50,  200,  0, kDefault, 0, "-", 0, 0, 0, 100},
-    {"TMPO"_key,  kPlain,              "Tempo",                   ValType_FLOAT,    kProperty_Text,     0x11,  50,  200,  0, kDefault, 0, "1.00", 0, 1.0, 0.25, 2.55},
+    {"volm"_key,  kPlain,              "Volume",                  ValType_FLOAT,    kProperty_Text,     0x81,  50,  200,  0, kDefault, 0, "-"},
+    {"TMPO"_key,  kPlain,              "Tempo",                   ValType_FLOAT,    kProperty_Text,     0x11,  50,  200,  0, kDefault, 0, "1.00", 0, 1.0},
     {"rtng"_key,  kPlain,              "Rating",                  ValType_INTEGER,  kProperty_Custom,   0x10,  89,  89,   0, kDefault, kRow_Mutable, "", 255},
     {"tsng"_key,  kPlain,              "# Sung",                  ValType_INTEGER,  kProperty_Text,     0x11,  70,  70,   0, kRight, 0, "0"},
     {"Frmt"_key,  kPlain,              "Format",                  ValType_STRING,   kProperty_Text,     0x12,  80,  80,   0, kDefault, kRow_Shared},
@@ -72,7 +72,7 @@ constexpr MetaKeyRow kMetaKeys[] = {
     {"vChn"_key,  kVocalChannelPop,    "Lead Vocal Channel",      ValType_INTEGER,  kProperty_Popup,    0x14,  150, 240,  150},
     {"PICH"_key,  kPitchPop,           "Pitch",                   ValType_INTEGER,  kProperty_Popup,    0x14,  80,  200,  80},
     {"colr"_key,  kLabelPop,           "Label",                   ValType_INTEGER,  kProperty_Custom,   0x86,  42,  150,  42},
-    {"Slip"_key,  kPlain,              "Slip",                    ValType_FLOAT,    kProperty_Custom,   0x81,  70,  150,  70, kLeft, 0, "", 0, 0, -3600, 3600},
+    {"Slip"_key,  kPlain,              "Slip",                    ValType_FLOAT,    kProperty_Custom,   0x81,  70,  150,  70, kLeft},
     {"gChn"_key,  kGraphicChannelsPop, "Graphic Channels",        ValType_INTEGER,  kProperty_Popup,    0x14,  120, 240,  120, kDefault, 0, "", 3},
     {"drtn"_key,  kDuration,           "Duration",                ValType_INTEGER,  kProperty_Text,     0x10,  80,  150,  80, kRight},
     {"strt"_key,  kStart,              "* CD Block Start",        ValType_INTEGER,  kProperty_Text,     0x510, 80,  150,  80, kRight},

@@ -43,7 +43,6 @@ struct MetaKeyRow {
     const char* defaultTextZ = "";
     std::int32_t defaultL = 0;
     double defaultF = 0;
-    double leastF = -1e15, mostF = 1e15;   // of a key of floats
 };
 
 /** The keys known from the start in the order in which their traits are made: first those of `SubclassKeys`, then those

@@ -1,6 +1,8 @@
 #include "Cli/CliPrefs.h"
 
 #include <algorithm>
+#include <optional>
+#include <set>
 
 #include "App/PreferenceRequest.h"
 #include "Cli/CliRun.h"
@@ -87,9 +89,9 @@ TEST(CliPrefs, AHostThatRunsIsAskedAndTold) {
     CFolders::SetRoot(root.Path());
     const auto prefs = [&](const std::vector<std::string>& words) { return RunCli("prefs", root.Path(), true, words); };
     CPreferences hosts(PrefsFilesFor(root / "config/Vopla"), {.saveAtEndB = false});
-    CSecondInstance host(root / "run/vopla", root.Path());
-    ASSERT_EQ(host.Start({}), CSecondInstance::Role::kFirst);
-    host.Listen([](const std::string&) {},
+    std::optional<CSecondInstance> host(std::in_place, root / "run/vopla", root.Path());
+    ASSERT_EQ(host->Start({}), CSecondInstance::Role::kFirst);
+    host->Listen([](const std::string&) {},
                 [&hosts](std::string_view request) { return AnswerPreferenceRequest(request, hosts); });
     const CliRun set = prefs({"set", "Number of undos", "5"});
     EXPECT_EQ(set.status, 0) << set.err;
@@ -101,10 +103,10 @@ TEST(CliPrefs, AHostThatRunsIsAskedAndTold) {
     EXPECT_EQ(prefs({"set", "Number of undos", "many"}).status, 1);
     EXPECT_FALSE(std::filesystem::exists(root / "config"));   // it is the host that writes
     // One that has the lock and does not listen: nothing is set behind its back.
-    std::filesystem::remove(host.SocketFile());
+    std::filesystem::remove(host->SocketFile());
     EXPECT_NE(prefs({"set", "Number of undos", "6"}).err.find("the host that runs does not answer"), std::string::npos);
     EXPECT_EQ(prefs({"get", "Number of undos"}).status, 0);
-    host.Stop();
+    host.reset();
     EXPECT_EQ(prefs({"set", "Number of undos", "6"}).status, 0);
     EXPECT_TRUE(std::filesystem::exists(root / "config"));
     CFolders::SetRoot({});
@@ -112,16 +114,19 @@ TEST(CliPrefs, AHostThatRunsIsAskedAndTold) {
 
 TEST(CliPrefs, EveryKeyOfTheProgramCanBeSet) {
     const TempFolder root;
+    // What the next load makes something else of, as it must.
+    const std::set<std::string_view> kCorrected{"Messenger Rotation Template", "reset expander pref to OFF on startup"};
     for (const PrefRow& row : PreferenceTable()) {
         const bool folderB = row.rule == PrefRule::kFolder;
-        const bool wordsB = folderB || (row.type != CFType::kDictionary && row.rule != PrefRule::kFixed);
+        const bool ownB = row.rule == PrefRule::kFixed || row.key == "Prefs file version (do not change!)";
+        const bool wordsB = folderB || (row.type != CFType::kDictionary && !ownB);
         const std::string value = folderB                       ? root.Path().string()
                                   : row.type == CFType::kDate   ? "2024-02-29T12:00:00Z"
                                   : row.type == CFType::kString ? "text"
                                                                 : "1";
         const CliRun set = RunCli("prefs", root.Path(), true, {"set", std::string(row.key), value});
         EXPECT_EQ(set.status, wordsB ? 0 : 1) << row.key << set.err;
-        if (wordsB)
+        if (wordsB && !kCorrected.contains(row.key))
             EXPECT_EQ(RunCli("prefs", root.Path(), true, {"get", std::string(row.key)}).out, set.out) << row.key;
     }
 }

@@ -77,7 +77,7 @@ TEST(Command, WrongUseIsToldInOneLine) {
         {{"library", "set", "17", "PICH", "-3"}, "\"-3\" begins with \"-\": put it behind \"--\""},
         {{"name", "conform", "-x"}, "\"-x\" begins with \"-\": put it behind \"--\""},
         {{"library", "list", "--root"}, "usage: library list"},
-        {{"library", "list", "--root", "--json"}, "--root wants a value"},
+        {{"library", "list", "--root", "--no-files"}, "--root wants a value"},
         {{"library", "list", "--root", ""}, "--root: wants a folder"},
         {{"library", "show", "17", "18"},
          "library show: The following argument was not expected: 18; usage: library show ID"},
