@@ -6,6 +6,7 @@
 #include "Core/CLog.h"
 #include "Core/WaitMode.h"
 #include "Library/CT_FindMissing.h"
+#include "Play/CPlayControl.h"
 
 namespace {
 constexpr int kLock_Tries = 500;   // turns of 0.01 s
@@ -24,6 +25,12 @@ void CAppLibrary::DirtyChanged(bool dirtyB) {
 }
 
 void CAppLibrary::StopPlayback() { i_app.StopCurrentSong(); }
+
+bool CAppLibrary::IsPlaying(PlaylistID list, PLItemID item) {
+    if (!IsReady()) return false;   // there is no play control yet, or any more
+    const CPlayControl& play = i_app.Play();
+    return play.State() != PlayState::kIdle && play.CurrentList() == list && play.CurrentItem() == item;
+}
 
 void CAppLibrary::SongCached() {
     i_purgeAgainB = std::exchange(i_purgesB, true);   // one after the other

@@ -36,6 +36,7 @@ public:
     void DirtyChanged(bool dirtyB) override;
     OSErr RenameListFile(const CPlayList& list, const SuperString& newName) override;
     void StopPlayback() override;
+    [[nodiscard]] bool IsPlaying(PlaylistID list, PLItemID item) override;
     void SongCached() override;
     Answer Ask(const Question& question) override;
     void AskLater(const Question& question, std::function<void(const Answer&)> answered) override;

@@ -20,7 +20,7 @@ private:
     CCFPrefDictionary& Preferences() override;
     CUserInterface& Ui() override;
     [[nodiscard]] bool IsQuitting() const override;
-    [[nodiscard]] bool PlaysSilent() const override { return true; }
+    [[nodiscard]] bool PlaysOnAnyDevice() const override { return true; }
     CGraphicsPorts& Ports() override;
     [[nodiscard]] bool IsUnpacking(SongID song) override;
     void NoteDrawn() override;

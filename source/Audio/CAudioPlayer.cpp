@@ -33,7 +33,7 @@ CAudioPlayer::CAudioPlayer(const AudioPlayerParts& parts, const AudioPlayerSetti
     : i_parts(parts),
       i_settings(settings),
       i_spoolP(parts.song.AudioSpool()),
-      i_chain(parts.output),
+      i_chain(parts.output, parts.newsP),
       i_fadeIn(kFade_Frames),
       i_floats(settings.Blocks().framesL * kChannels) {
     for (std::size_t n = 0; n < kFade_Frames; ++n) {

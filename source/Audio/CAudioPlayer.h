@@ -22,6 +22,7 @@ struct AudioPlayerParts {
     CAudioSong& song;
     CAudioOutput& output;
     const AudioLevel& level;
+    CDeviceNews* newsP = nullptr;   // any device will do, and it is told there; null: the one that is asked for
 };
 
 /** Feeds the output with the sound of one song, by a render thread of its own. A pause and what the song lacks are

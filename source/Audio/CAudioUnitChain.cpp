@@ -7,9 +7,11 @@
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
+#include "Platform/CClock.h"
 
 namespace {
 constexpr double kRender_LookT = 0.005;   // how often a ring that was late is looked at
+constexpr double kDevice_LookT = 1;       // how often a device is looked for while there is none
 }
 
 CAudioUnitChain::~CAudioUnitChain() {
@@ -22,7 +24,9 @@ CAudioUnit& CAudioUnitChain::AddUnit(const char* nameZ, OSType type, OSType subt
 }
 
 OSErr CAudioUnitChain::Open(const std::string& device, const AudioBlocks& blocks) {
-    const OSErr err = LogStep(i_output.Open(device, blocks), "opening the audio output " + device);
+    i_wanted = i_device = device;
+    const OSErr err = LogStep(i_anyB ? i_output.OpenAny(device, blocks, i_device) : i_output.Open(device, blocks),
+                              "opening the audio output " + device);
     if (err == fnfErr)
         ShowAlert("There was a problem initializing audio output, you may want to quit and re-run",
                   FaultText(err, FaultOf::kSoundOutput, device));
@@ -32,8 +36,14 @@ OSErr CAudioUnitChain::Open(const std::string& device, const AudioBlocks& blocks
             "in?",
             FaultText(err, FaultOf::kSoundOutput, device));
     if (Failed(err)) return err;
+    if (IsElsewhere()) {
+        LogF("audio output: \"%s\" is not there, \"%s\" plays", device.c_str(), i_device.c_str());
+        i_news.Missing(device, i_device);
+    } else {
+        i_news.Plays(device);
+    }
     i_openB = true;
-    i_device = device;
+    i_lookT = CClock::Get().SteadyT() + kDevice_LookT;
     i_blockFramesL = blocks.framesL;
     i_roomL = blocks.framesL * blocks.countL;
     i_block.resize(blocks.framesL * kAudioOutput_Channels);
@@ -65,7 +75,7 @@ void CAudioUnitChain::Close() {
 void CAudioUnitChain::RenderLoop() noexcept {
     OSErr err = noErr;
     while (!Failed(err) && !i_stopB.load()) {
-        if (i_output.IsLost()) TendDevice();
+        if (i_output.IsLost() || IsElsewhere()) TendDevice();
         if (i_output.Room() < i_blockFramesL)
             i_output.WaitForRoom(i_blockFramesL, i_sleepT);
         else if (const double restT = RestT(); restT > 0)
@@ -91,14 +101,15 @@ OSErr CAudioUnitChain::RenderOne() noexcept {
 }
 
 void CAudioUnitChain::TendDevice() {
-    if (i_goneB && !i_output.NewDevice()) return;
+    const bool goneB = i_output.IsLost() && !i_device.empty();   // just now
+    const bool dueB = i_output.IsLost() && CClock::Get().SteadyT() >= i_lookT;
+    if (!i_output.NewDevice() && !goneB && !dueB) return;
     std::string device;
     const bool movedB = !Failed(i_output.Recover(device));
-    if (movedB) LogF("audio output: from \"%s\" to \"%s\"", i_device.c_str(), device.c_str());
-    if (!i_goneB)
-        ShowAlert("The audio output “" + i_device + "” has gone.",
-                  movedB ? "The song goes on with “" + device + "”."
-                         : "The song goes on without sound until an output is plugged in.");
-    i_goneB = !movedB;
-    if (movedB) i_device = device;
+    i_lookT = CClock::Get().SteadyT() + kDevice_LookT;
+    if (!movedB && !goneB) return i_news.Missing(i_wanted, i_device);   // as it was; who has asked again hears so
+    const std::string before = std::exchange(i_device, device);
+    LogF("audio output: from \"%s\" to \"%s\"", before.c_str(), device.c_str());
+    if (goneB) i_news.Gone(before, i_wanted, device);
+    if (!IsElsewhere()) i_news.Plays(i_wanted);
 }

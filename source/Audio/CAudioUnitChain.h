@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Audio/CAudioUnit.h"
+#include "Audio/CDeviceNews.h"
 #include "Core/CSemaphore.h"
 #include "Platform/CAudioOutput.h"
 
@@ -30,12 +31,16 @@ protected:
 };
 
 /** The units between a player and the output, and the thread that keeps the output fed (CT_AudioRender). It sleeps
-   until there is room for a block and is woken when there is; told to stop, it stops at once. A device that goes away
-   is replaced here, on the render thread: there is no sound then that it could hold up. Threads  made, opened, started
-   and stopped on one; RenderLoop on its own. Owner    CAudioPlayer; the output is the caller's. */
+    until there is room for a block and is woken when there is; told to stop, it stops at once. A device that goes away is
+    replaced here, on the render thread, and looked for each second while there is none: there is no sound then that it
+    could hold up. One that plays in the place of another gives way when that one comes.
+    Threads  made, opened, started and stopped on one; RenderLoop on its own.
+    Owner    CAudioPlayer; the output and the news are the caller's. */
 class CAudioUnitChain {
 public:
-    explicit CAudioUnitChain(CAudioOutput& output) : i_output(output) {}
+    /** `newsP`: any device will do, and what is news of it is known there; null: the one that is asked for. */
+    CAudioUnitChain(CAudioOutput& output, CDeviceNews* newsP)
+        : i_output(output), i_anyB(newsP != nullptr), i_news(newsP != nullptr ? *newsP : i_ownNews) {}
     ~CAudioUnitChain();
     CAudioUnitChain(const CAudioUnitChain&) = delete;
     CAudioUnitChain& operator=(const CAudioUnitChain&) = delete;
@@ -43,7 +48,7 @@ public:
     CAudioUnit& AddUnit(const char* nameZ, OSType type, OSType subtype);
     [[nodiscard]] const std::vector<std::unique_ptr<CAudioUnit>>& Units() const noexcept { return i_units; }
 
-    /** Opens the output; a failure is told to the user. */
+    /** Opens the output; a failure is told to the user, as is another device. */
     OSErr Open(const std::string& device, const AudioBlocks& blocks);
     OSErr StartRendering(CAudioRenderer& renderer, double sleepT);
     /** Comes back when the thread no longer touches the renderer; the main thread keeps its timers going. */
@@ -65,10 +70,15 @@ private:
     /** Seconds that the next block is better left for; 0: it is due. */
     [[nodiscard]] double RestT() const noexcept;
     void TendDevice();
+    [[nodiscard]] bool IsElsewhere() const noexcept { return i_device != i_wanted; }
 
     CAudioOutput& i_output;
+    const bool i_anyB;
+    CDeviceNews i_ownNews;
+    CDeviceNews& i_news;
     std::vector<std::unique_ptr<CAudioUnit>> i_units;
-    std::string i_device;   // that plays now
+    std::string i_wanted;   // the device that was asked for,
+    std::string i_device;   // and the one that plays now; empty for none. The render thread's while it runs
     bool i_openB = false;
     std::vector<std::int16_t> i_block;   // fixed while rendering
     std::size_t i_blockFramesL = 0;
@@ -79,6 +89,6 @@ private:
     std::atomic<OSErr> i_result{noErr};
     bool i_renderingB = false;   // a thread was started and not waited for
     bool i_begunB = false;       // a block was rendered; the render thread's
-    bool i_goneB = false;        // told: there is no device; the render thread's
+    double i_lookT = 0;          // without a device: before this none is looked for; the render thread's
     CSemaphore i_stopped{"audio render stopped"};
 };

@@ -16,7 +16,6 @@
 #include "Platform/CUserInterface_Plain.h"
 #include "Play/CPlayControl.h"
 #include "Play/CPlayHost.h"
-#include "Play/CPlayWatcher.h"
 
 namespace {
 
@@ -24,7 +23,7 @@ constexpr double kLine_T = 0.25;
 constexpr double kTick_T = 1.0 / 15.0;
 
 /** Plays the songs of some files, one after the other, over a library that nobody keeps. */
-class PlayRun final : private CSongDatabaseHost, private CPlayHost, private CPlayWatcher {
+class PlayRun final : private CSongDatabaseHost, private CPlayHost {
 public:
     PlayRun(const CliContext& context, CCliHost& host, const CliWords& words, const SongSound& sound)
         : i_context(context), i_host(host), i_sound(sound) {
@@ -37,7 +36,6 @@ public:
         i_preferences.Set("Stop at playlist end", CCFValue(true));
         i_databaseP = std::make_unique<CSongDatabase>(static_cast<CSongDatabaseHost&>(*this));
         i_controlP = std::make_unique<CPlayControl>(static_cast<CPlayHost&>(*this));
-        i_controlP->AddWatcher(*this);
         i_controlP->SetVolume(sound.volumeF);
     }
     ~PlayRun() override { i_controlP.reset(); }
@@ -49,23 +47,18 @@ public:
             if (const int status = Add(list, file); status != 0) return status;
         if (const OSErr err = i_controlP->Play(list.ID(), list.GetSortedList().front()); Failed(err))
             return CliFailFile(i_context, err, files.front());
-        int status = 0;
         for (const PLItemID last = list.GetSortedList().back();;) {
             RunSong(mostT);
             const bool idleB = i_controlP->State() == PlayState::kIdle;
-            if (const OSErr err = i_controlP->PlayErr(); Failed(err))
-                status = CliFailFile(i_context, err, i_file);   // the others play all the same
-            else if (!idleB && i_endedB)
-                continue;   // the next one has begun
-            else if (!idleB)
-                Tell("stopped", *i_controlP->Current());
+            if (!idleB && i_endedB) continue;   // the next one has begun
+            if (!idleB) Tell("stopped", *i_controlP->Current());
             if (i_controlP->CurrentItem() == last || Failed(i_controlP->PlayNext())) break;
         }
         i_controlP->Stop();
-        if (status != 0 && i_songsL == 0) return status;   // the error is all there is to tell
+        if (i_status != 0 && i_songsL == 0) return i_status;   // the error is all there is to tell
         i_context.out << "{\"state\":\"total\",\"songs\":" << i_songsL << ",\"audio300\":" << i_audio300
                       << ",\"packets\":" << i_packetsL << ",\"frames_late\":" << i_lateL << "}\n";
-        return status;
+        return i_status;
     }
 
 private:
@@ -120,12 +113,6 @@ private:
         i_lateL += play.FramesLate();
     }
 
-    void PlayChanged() override {
-        const CSongPlay* const playP = i_controlP->Current();
-        if (playP == nullptr) return;
-        const SongPlaySpec& spec = playP->Spec();
-        i_file = (!spec.zip.IsEmpty() ? spec.zip : !spec.audio.IsEmpty() ? spec.audio : spec.video).GetPath();
-    }
     CSongDatabase& Database() override { return *i_databaseP; }
     CCFPrefDictionary& Preferences() override { return i_preferences; }
     CUserInterface& Ui() override { return i_ui; }
@@ -133,6 +120,12 @@ private:
     float GainOf(SongID) override { return i_sound.gainF; }
     void SongEnded(const CSongPlay& play) override {
         Tell("ended", play);
+        i_endedB = true;
+    }
+    void SongFailed(const CSongPlay& play, OSErr err) override {
+        const SongPlaySpec& spec = play.Spec();
+        const CFileRef& file = !spec.zip.IsEmpty() ? spec.zip : !spec.audio.IsEmpty() ? spec.audio : spec.video;
+        i_status = CliFailFile(i_context, err, file.GetPath());   // the others play all the same
         i_endedB = true;
     }
 
@@ -145,8 +138,8 @@ private:
     CMetaManager i_metaManager;
     std::unique_ptr<CSongDatabase> i_databaseP;
     std::unique_ptr<CPlayControl> i_controlP;
-    bool i_endedB = false;          // it was heard out
-    std::filesystem::path i_file;   // the first one of the song that plays, or was the last to
+    bool i_endedB = false;   // it was heard out, or has failed
+    int i_status = 0;        // 1 once a song has failed
     long i_songsL = 0, i_audio300 = 0, i_packetsL = 0;
     std::uint64_t i_lateL = 0;
 };

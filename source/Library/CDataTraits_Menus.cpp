@@ -32,8 +32,8 @@ SuperString CDataTraits_VocalChannelPop::GetMenuItemText(long value) const {
 }
 long CDataTraits_VocalChannelPop::Legalize(long value) const { return value == -1 || value == 255 ? 0 : value; }
 
-long CDataTraits_PitchPop::ValueToMenuIndex(long value) const { return Minus(kMost, value); }
-long CDataTraits_PitchPop::MenuIndexToValue(long index) const { return index == 0 ? kNone : Minus(kMost, index); }
+long CDataTraits_PitchPop::ValueToMenuIndex(long value) const { return Minus(kMost + 1, value); }
+long CDataTraits_PitchPop::MenuIndexToValue(long index) const { return index == 0 ? kNone : Minus(kMost + 1, index); }
 SuperString CDataTraits_PitchPop::GetMenuItemText(long value) const {
     if (value == kNone) return "None";
     return (value > 0 ? "+" : "") + std::to_string(value);

@@ -16,10 +16,10 @@ public:
     [[nodiscard]] long Legalize(long value) const override;
 };
 
-/** Semitones, -7 to 7. 255 says that none is set, which is 0 to those who play. */
+/** Semitones, -12 to 12, from the highest down. 255 says that none is set, which is 0 to those who play. */
 class CDataTraits_PitchPop final : public CDataTraits {
 public:
-    static constexpr long kNone = 255, kMost = 7;
+    static constexpr long kNone = 255, kMost = 12;
     using CDataTraits::CDataTraits;
     [[nodiscard]] long ValueToMenuIndex(long value) const override;
     [[nodiscard]] long MenuIndexToValue(long index) const override;

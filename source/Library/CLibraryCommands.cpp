@@ -51,8 +51,11 @@ bool CLibraryCommands::Confirm(LibraryDialog dialog, const std::string& detail) 
     return i_ui.Ask(LibraryQuestion(dialog, detail)).buttonIndex == kAnswer_Do;
 }
 
-bool CLibraryCommands::StopIfPlaying(std::span<const SongID> songs) {
-    if (std::ranges::find(songs, i_database.PlayingSong()) == songs.end()) return true;
+bool CLibraryCommands::HasPlaying(std::span<const SongID> songs) const {
+    return std::ranges::find(songs, i_database.PlayingSong()) != songs.end();
+}
+
+bool CLibraryCommands::StopPlaying() {
     if (!Confirm(LibraryDialog::kDeletePlaying)) return false;
     i_database.Host().StopPlayback();
     return true;
@@ -84,7 +87,7 @@ OSErr CLibraryCommands::RemoveSongs(const std::vector<SongID>& songs, const std:
 OSErr CLibraryCommands::RemoveFromLibrary(const SDB_Selection& selection) {
     const std::vector<SongID> songs = SongsOf(selection);
     if (songs.empty()) return noErr;
-    if (!Confirm(LibraryDialog::kRemoveFromLibrary) || !StopIfPlaying(songs)) return userCanceledErr;
+    if (!Confirm(LibraryDialog::kRemoveFromLibrary) || (HasPlaying(songs) && !StopPlaying())) return userCanceledErr;
     return RemoveSongs(songs, "Remove from Library");
 }
 
@@ -99,7 +102,7 @@ OSErr CLibraryCommands::RemoveDuplicates(const SDB_Selection& selection) {
 OSErr CLibraryCommands::TrashOriginals(const SDB_Selection& selection, Done done) {
     std::vector<SongID> songs = SongsOf(selection);
     if (songs.empty()) return noErr;
-    if (!Confirm(LibraryDialog::kTrashOriginals) || !StopIfPlaying(songs)) return userCanceledErr;
+    if (!Confirm(LibraryDialog::kTrashOriginals) || (HasPlaying(songs) && !StopPlaying())) return userCanceledErr;
     Log("Moving songs to trash");
     return CT_TrashSongs::Start(i_database, std::move(songs),
                                 Telling("Some files could not be moved to the trash.", std::move(done)));
@@ -112,7 +115,9 @@ OSErr CLibraryCommands::DeleteTracks(const SDB_Selection& selection) {
     if (list == kPlaylistID_Library) return RemoveFromLibrary(selection);
     if (!listP->IsModifyable()) return paramErr;
     const std::vector<PLItemID> items = selection.Items();
-    if (!StopIfPlaying(SongsOf(selection))) return userCanceledErr;
+    const auto playsB = [&](PLItemID item) { return i_database.Host().IsPlaying(list, item); };
+    const bool songB = HasPlaying(SongsOf(selection));   // another row of it may go, and the song plays on
+    if (songB && std::ranges::any_of(items, playsB) && !StopPlaying()) return userCanceledErr;
     const std::unique_ptr<CProgressView> progressP = i_ui.OpenProgress("Delete Tracks");
     WaitForSorts(*progressP);
     progressP->SetText("Clearing Playlist");

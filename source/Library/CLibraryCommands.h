@@ -66,8 +66,9 @@ private:
     [[nodiscard]] Done Telling(const char* wordsZ, Done done);
     [[nodiscard]] std::vector<SongID> Those(std::span<const SongID> songs, bool (*wantedP)(const CSong& song)) const;
     [[nodiscard]] bool Confirm(LibraryDialog dialog, const std::string& detail = {});
-    /** Asks when the playing song is among them, and stops it; false when it shall play on. */
-    [[nodiscard]] bool StopIfPlaying(std::span<const SongID> songs);
+    [[nodiscard]] bool HasPlaying(std::span<const SongID> songs) const;
+    /** Asks, and stops what plays; false when it shall play on. */
+    [[nodiscard]] bool StopPlaying();
     /** The songs of the rows, told as what they are. */
     [[nodiscard]] std::vector<SongID> SongsOf(const SDB_Selection& selection) const;
     void WaitForSorts(CProgressView& progress) const;

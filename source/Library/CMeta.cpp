@@ -2,6 +2,7 @@
 
 #include "Core/Assertions.h"
 #include "Library/CMetaManager.h"
+#include "Library/CMeta_PLItem.h"
 
 CMeta::CMeta(MetaLevel level) : i_manager(MetaManager()), i_serial(i_manager.Register(*this)), i_level(level) {}
 
@@ -146,7 +147,9 @@ bool CMeta::SetValue(MetaKey key, CMetaValue value, bool forceB) {
 }
 
 bool CMeta::Store(CDataTraits& traits, CMetaValue value, bool forceB) {
-    if (traits.IsDefault(value)) return Remove(traits);   // no default is ever stored
+    // No default is ever stored, but where it stands against another value: a row's own pitch of 0 is not its song's of 3.
+    const bool ofRowB = i_level == MetaLevel::kRow && value && CMeta_PLItem::IsTuningKey(traits.Key());
+    if (!ofRowB && traits.IsDefault(value)) return Remove(traits);
     const std::uint16_t keyIndex = traits.Index();
     if (!forceB && i_slots.TypeOf(keyIndex) == value.Type() && i_slots.Get(keyIndex) == value) return false;
     i_slots.Put(keyIndex, value);   // in the same place: an object of it sees the new value

@@ -3,8 +3,7 @@
 #include "Core/Assertions.h"
 
 bool CMeta_PLItem::IsRowKey(MetaKey key) {
-    static constexpr MetaKey kRow_Keys[] = {"PLME"_key, "PICH"_key, "TMPO"_key};
-    return std::ranges::find(kRow_Keys, key) != std::end(kRow_Keys);
+    return key == "PLME"_key || IsTuningKey(key);
 }
 
 void CMeta_PLItem::CheckSetter(MetaKey key) const {

@@ -9,8 +9,10 @@ public:
     CMeta_PLItem() : CMeta(MetaLevel::kRow) {}
     ~CMeta_PLItem() override { Retire(); }
 
-    /** A value of this key, when a row has one, hides the song's. */
+    /** A row may have a value of this key; whether its list goes by it says CPlayList::KeepsInRow. */
     [[nodiscard]] static bool IsRowKey(MetaKey key);
+    /** Pitch and tempo. */
+    [[nodiscard]] static bool IsTuningKey(MetaKey key) { return key == "PICH"_key || key == "TMPO"_key; }
     /** What its list's file has of the row and this program has no key for: written again as it is. Set at the load. */
     [[nodiscard]] const CCFDictionary& OtherKeys() const noexcept { return i_otherKeys; }
     void SetOtherKeys(CCFDictionary keys) { i_otherKeys = std::move(keys); }

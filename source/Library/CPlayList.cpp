@@ -167,7 +167,18 @@ void CPlayList::ItemChanged(ListMessage message, std::span<const PLItemID> items
     i_database.Tell([&](CListWatcher& watcher) { watcher.ItemsChanged(i_playlistID, message, items); });
 }
 
-CRowValues CPlayList::Values() const { return {i_list, i_database.Songs(), i_database.SingerValues(), i_playlistID}; }
+CRowValues CPlayList::Values() const {
+    return {i_list, i_database.Songs(), i_database.SingerValues(), i_playlistID, TunesRows()};
+}
+
+bool CPlayList::TunesRows() const {
+    return i_playlistID != kPlaylistID_Library && i_database.Settings()->tuneRowsB;
+}
+
+bool CPlayList::KeepsInRow(MetaKey key) const {
+    if (CMeta_PLItem::IsTuningKey(key)) return TunesRows();
+    return CMeta_PLItem::IsRowKey(key) && i_playlistID != kPlaylistID_Library;
+}
 
 // ---- What the songs last together ----
 

@@ -76,7 +76,11 @@ public:
     /** Writes the row numbers into the rows now, rather than when somebody asks. */
     void UpdateIndices() { (void)i_list->UpdateIndices(); }
     [[nodiscard]] CMetaValue ValueOf(PLItemID item, MetaKey key) const;
-    /** A value of the row's own, integers made legal; true when it changed. */
+    /** What the rows show, for any thread. */
+    [[nodiscard]] CRowValues Values() const;
+    /** A value of this key that is set in this list is the row's own; else it is its song's, in all lists. */
+    [[nodiscard]] bool KeepsInRow(MetaKey key) const;
+    /** A value of the row's own, integers made legal; true when it changed. For keys that KeepsInRow. */
     bool SetRowValue(PLItemID item, MetaKey key, CMetaValue value);
     /** What its songs last together, in 300ths, as it was summed up last. When rows or durations have changed since,
        this starts a task that does it anew, and watchers hear of its end (DurationChanged). */
@@ -128,7 +132,7 @@ private:
     void Touch(std::string_view reason);
     void ItemChanged(ListMessage message, std::span<const PLItemID> items);
     void DurationIsStale();
-    [[nodiscard]] CRowValues Values() const;
+    [[nodiscard]] bool TunesRows() const;
     [[nodiscard]] SortJob MakeJob(SortSpec spec) const;
     void StartSort(SortSpec spec);
     /** After a block: at once, or when the present task is done. */

@@ -38,7 +38,8 @@ std::vector<CMetaValue> CRowValues::Column(std::span<const PLRow> rows, MetaKey 
         for (std::size_t n = 0; n < rows.size(); ++n)
             if (rows[n].target.type == SDB_kPLItem_SINGER)
                 values[n] = i_singersRef->Value(SingerID{rows[n].target.idL}, key);
-    if (CMeta_PLItem::IsRowKey(key) && i_listRef->HasRowValues())
+    const bool ownB = CMeta_PLItem::IsRowKey(key) && (i_tunesB || !CMeta_PLItem::IsTuningKey(key));
+    if (ownB && i_listRef->HasRowValues())
         for (std::size_t n = 0; n < rows.size(); ++n)
             if (CMetaValue own = i_listRef->RowValue(rows[n].id, rows[n].stampL, key)) values[n] = std::move(own);
     return values;

@@ -32,6 +32,8 @@ public:
     /** The singer who says that this list is his; SDB_kUninitializedID when nobody does. */
     [[nodiscard]] virtual SingerID FindListOwner(PlaylistID /*list*/) { return SingerID{SDB_kUninitializedID}; }
     virtual void StopPlayback() {}
+    /** That row plays: not another one of its song. */
+    [[nodiscard]] virtual bool IsPlaying(PlaylistID /*list*/, PLItemID /*item*/) { return false; }
     /** A file came into the cache, which may be above its limits now. */
     virtual void SongCached() {}
     /** A save runs: what it names must not go from the disc meanwhile. */

@@ -14,6 +14,7 @@ LibrarySettings ReadLibrarySettings(const CPreferences& prefs) {
     settings.pushWaitT = static_cast<double>(std::max(0, prefs.GetLong("Seconds to wait after edit to push meta", 10)));
     settings.requireAudioB = prefs.GetBool("Require Audio (no naked CDG files)", true);
     settings.launchMidiB = prefs.GetBool("Launch Midi Files", settings.launchMidiB);
+    settings.tuneRowsB = !prefs.GetBool("Remember pitch / tempo in all playlists", true);
     settings.warnNamesB = prefs.GetBool("Warn if there is a problem updating meta", true);
     settings.warnMP3B = prefs.GetBool("Warn if there is a possibly corrupted MP3", true);
     settings.cachedSongsL = std::max(0L, static_cast<long>(prefs.GetLong("Number of cached songs", 25)));

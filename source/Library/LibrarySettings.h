@@ -18,6 +18,7 @@ struct LibrarySettings {
     double pushWaitT = 10;       // so many seconds after the last edit
     bool requireAudioB = true;   // graphics without sound are no song
     bool launchMidiB = false;    // files of notes are
+    bool tuneRowsB = false;      // a row of a list has its own pitch and tempo, rather than its song for all of them
     bool warnNamesB = true, warnMP3B = true;
     long cachedSongsL = 25, cachedImagesL = 1;
 

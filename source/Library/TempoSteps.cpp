@@ -30,6 +30,15 @@ double QuantizedTempo(float tempo) noexcept {
     return TempoOfStep(static_cast<int>(std::lround(steps)));
 }
 
+double SteppedTempo(double now, int steps, double percent) noexcept {
+    const double step = std::isfinite(percent) ? std::clamp(percent / 100.0, 0.01, 1.0) : 0.01;
+    double place = (now - 1.0) / step;
+    // What lies between two steps goes to the next one in that direction.
+    const bool onGridB = std::abs(place - std::round(place)) * step < 0.0051;
+    place = onGridB ? std::round(place) : steps > 0 ? std::floor(place) : std::ceil(place);
+    return QuantizedTempo(static_cast<float>(1.0 + (place + steps) * step));
+}
+
 std::uint8_t TempoByte(double tempo) noexcept {
     if (std::isnan(tempo)) return 100;
     return static_cast<std::uint8_t>(std::clamp(tempo * 100.0, 0.0, static_cast<double>(kTempo_MostStep)));

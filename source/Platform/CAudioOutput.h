@@ -39,6 +39,12 @@ public:
 
     /** Starts the device; room for `blocks` is made here, and nowhere else. */
     virtual OSErr Open(std::string_view device, const AudioBlocks& blocks) = 0;
+    /** The same without a failure for want of the device: the system's choice in its place, else none. Without any, the
+        output is lost from the start. `got` is set to the name of what was opened, empty for none. */
+    virtual OSErr OpenAny(std::string_view device, const AudioBlocks& blocks, std::string& got) {
+        got = device;
+        return Open(device, blocks);
+    }
     /** Ends at once; frames not yet played are dropped. */
     virtual void Close() = 0;
 
@@ -62,11 +68,13 @@ public:
 
     /** The device has gone. Frames are still taken at its pace, and heard by nobody, so that the show goes on. */
     [[nodiscard]] virtual bool IsLost() const { return false; }
-    /** After a loss: opens the device of Open again, else the system's choice. What is queued stays. `device` is set to
-        the name. ioErr: there is none; worth another try when NewDevice says so. Takes a while. */
+    /** Opens the device of Open or OpenAny; after a loss the system's choice, too. What is queued stays, and what plays
+        goes on when there is nothing better. `device` is set to the name. ioErr: no such device is there. Takes a while. */
     virtual OSErr Recover(std::string& /*device*/) { return ioErr; }
-    /** True once after a device came to the machine. */
+    /** True once after a device came to the machine, or LookAgain. */
     [[nodiscard]] virtual bool NewDevice() { return false; }
+    /** As if a device had come. Any thread, while it is open. */
+    virtual void LookAgain() {}
 };
 
 /** An output and the name to open it with. */

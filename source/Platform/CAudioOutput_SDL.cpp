@@ -3,6 +3,7 @@
 #include <SDL.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <mutex>
 
@@ -35,6 +36,21 @@ std::vector<std::string> NamesNow() {
 
 constexpr std::size_t kSample_Bytes = sizeof(std::int16_t) * kAudioOutput_Channels;
 
+constexpr std::size_t kFade_Frames = 441;
+constexpr double kFade_MostT = 0.2;   // a device that takes nothing for so long is not waited for
+
+/** All of `stereo`, along a straight line: it is short, and follows or comes before silence. */
+void Fade(std::span<std::int16_t> stereo, bool inB) noexcept {
+    const auto countL = static_cast<std::int32_t>(stereo.size() / kAudioOutput_Channels);
+    for (std::int32_t n = 0; n < countL; ++n) {
+        const std::int32_t part = inB ? n : countL - 1 - n;
+        for (std::size_t side = 0; side < kAudioOutput_Channels; ++side) {
+            std::int16_t& sample = stereo[static_cast<std::size_t>(n) * kAudioOutput_Channels + side];
+            sample = static_cast<std::int16_t>(sample * part / countL);
+        }
+    }
+}
+
 /** The callback takes half a block at a time or less, so that a block becomes free in two steps, not two at once. */
 std::uint16_t CallbackFrames(std::size_t blockFramesL) {
     std::size_t framesL = 64;
@@ -51,13 +67,22 @@ struct CAudioOutput_SDL::Calls {
         const auto wantedL = static_cast<std::size_t>(bytesL) / kSample_Bytes;
         const std::uint64_t playedL = self.i_playedL.load(std::memory_order_relaxed);
         const std::uint64_t queuedL = self.i_queuedL.load(std::memory_order_acquire);
-        const auto takenL = static_cast<std::size_t>(std::min<std::uint64_t>(wantedL, queuedL - playedL));
+        const Leaving leaving = self.i_leaving.load(std::memory_order_acquire);
+        const std::uint64_t mayL = leaving == Leaving::kNo      ? wantedL
+                                   : leaving == Leaving::kAsked ? std::min(wantedL, kFade_Frames)
+                                                                : 0;
+        const auto takenL = static_cast<std::size_t>(std::min<std::uint64_t>(mayL, queuedL - playedL));
         for (std::size_t doneL = 0; doneL < takenL;) {
             const auto at = static_cast<std::size_t>((playedL + doneL) % self.i_roomL);
             const std::size_t partL = std::min(takenL - doneL, self.i_roomL - at);
             std::memcpy(streamP + doneL * kSample_Bytes, &self.i_ring[at * kAudioOutput_Channels],
                         partL * kSample_Bytes);
             doneL += partL;
+        }
+        if (leaving == Leaving::kAsked) {
+            Fade({reinterpret_cast<std::int16_t*>(streamP), takenL * kAudioOutput_Channels}, false);
+            self.i_leaving.store(Leaving::kDone, std::memory_order_release);
+            self.i_wake.Signal();
         }
         std::memset(streamP + takenL * kSample_Bytes, 0, static_cast<std::size_t>(bytesL) - takenL * kSample_Bytes);
         if (queuedL > 0 && takenL < wantedL) self.i_lateL.fetch_add(wantedL - takenL, std::memory_order_relaxed);
@@ -68,7 +93,7 @@ struct CAudioOutput_SDL::Calls {
     static int SDLCALL Watch(void* dataP, SDL_Event* eventP) {
         auto& self = *static_cast<CAudioOutput_SDL*>(dataP);
         if (eventP->adevice.iscapture != 0) return 0;
-        if (eventP->type == SDL_AUDIODEVICEADDED) self.i_newDeviceB.store(true, std::memory_order_release);
+        if (eventP->type == SDL_AUDIODEVICEADDED) self.LookAgain();
         if (eventP->type == SDL_AUDIODEVICEREMOVED) {
             const std::uint32_t id = self.i_watchedID.load(std::memory_order_acquire);
             if (id != 0 && eventP->adevice.which == id) self.i_lostB.store(true, std::memory_order_release);
@@ -100,14 +125,15 @@ std::vector<std::string> CAudioOutput_SDL::DeviceNames() {
     return names;
 }
 
-OSErr CAudioOutput_SDL::Open(std::string_view device, const AudioBlocks& blocks) {
-    Close();
+bool CAudioOutput_SDL::BeginSubsystem() {
+    i_subsystemB = StartAudio();
+    if (i_subsystemB) SDL_AddEventWatch(&Calls::Watch, this);
+    return i_subsystemB;
+}
+
+OSErr CAudioOutput_SDL::Prepare(std::string_view device, const AudioBlocks& blocks) {
     if (blocks.framesL == 0 || blocks.countL == 0) return paramErr;
-    const ThreadsShare share;
-    const std::lock_guard guard(SDLLock());
-    if (!StartAudio()) return fnfErr;
-    i_subsystemB = true;
-    i_device = device;
+    i_device = device.empty() ? kAudioOutput_Default : device;
     i_blockFramesL = blocks.framesL;
     i_roomL = blocks.framesL * blocks.countL;
     i_ring.assign(i_roomL * kAudioOutput_Channels, 0);
@@ -116,18 +142,38 @@ OSErr CAudioOutput_SDL::Open(std::string_view device, const AudioBlocks& blocks)
     i_lateL = 0;
     i_lostB = false;
     i_newDeviceB = false;
-    SDL_AddEventWatch(&Calls::Watch, this);
+    i_paceF = 0;
+    i_openB = true;
+    return noErr;
+}
+
+OSErr CAudioOutput_SDL::Open(std::string_view device, const AudioBlocks& blocks) {
+    Close();
+    const ThreadsShare share;
+    const std::lock_guard guard(SDLLock());
+    if (const OSErr err = Prepare(device, blocks); Failed(err)) return err;
     std::uint32_t id = 0;
-    if (const OSErr err = OpenDevice(i_device, id); Failed(err)) {
+    const OSErr err = BeginSubsystem() ? OpenDevice(i_device, id) : fnfErr;
+    if (Failed(err))
         CloseDevice();
-        return err;
-    }
-    Start(id);
+    else
+        Start(id);
+    return err;
+}
+
+OSErr CAudioOutput_SDL::OpenAny(std::string_view device, const AudioBlocks& blocks, std::string& got) {
+    Close();
+    const ThreadsShare share;
+    const std::lock_guard guard(SDLLock());
+    if (const OSErr err = Prepare(device, blocks); Failed(err)) return err;
+    got.clear();
+    if (BeginSubsystem() && StartAnyOf({i_device, std::string(kAudioOutput_Default)}, got)) return noErr;
+    i_lostB.store(true, std::memory_order_release);   // the writer keeps the pace
     return noErr;
 }
 
 OSErr CAudioOutput_SDL::OpenDevice(const std::string& device, std::uint32_t& id) {
-    const bool defaultB = device.empty() || device == kAudioOutput_Default;
+    const bool defaultB = device == kAudioOutput_Default;
     if (!defaultB) {
         const std::vector<std::string> names = NamesNow();
         if (std::find(names.begin(), names.end(), device) == names.end()) return fnfErr;
@@ -146,7 +192,9 @@ OSErr CAudioOutput_SDL::OpenDevice(const std::string& device, std::uint32_t& id)
 void CAudioOutput_SDL::Start(std::uint32_t id) {
     // A new device calls nobody back before it is started: the old one is gone by then, and one at a time takes from
     // the ring. Where there is no new one, the old goes on taking, which keeps the pace of the show.
+    if (!IsLost()) FadeOut();
     Stop();
+    FadeQueuedIn();
     i_deviceID = id;
     i_lostB.store(false, std::memory_order_release);
     i_watchedID.store(id, std::memory_order_release);
@@ -155,42 +203,81 @@ void CAudioOutput_SDL::Start(std::uint32_t id) {
     SDL_PauseAudioDevice(id, 0);
 }
 
+void CAudioOutput_SDL::FadeOut() {
+    if (i_deviceID == 0) return;
+    i_leaving.store(Leaving::kAsked, std::memory_order_release);
+    const double untilT = CClock::Get().SteadyT() + kFade_MostT;
+    while (i_leaving.load(std::memory_order_acquire) != Leaving::kDone && CClock::Get().SteadyT() < untilT)
+        i_wake.Wait(kFade_MostT);
+}
+
+void CAudioOutput_SDL::FadeQueuedIn() {
+    const std::uint64_t playedL = i_playedL.load(std::memory_order_acquire);
+    const std::uint64_t waitingL = i_queuedL.load(std::memory_order_relaxed) - playedL;
+    if (playedL == 0) return;   // nothing was heard yet: it begins as it is
+    std::array<std::int16_t, kFade_Frames * kAudioOutput_Channels> faded{};
+    const auto countL = static_cast<std::size_t>(std::min<std::uint64_t>(waitingL, kFade_Frames));
+    const auto at = [&](std::size_t n) {
+        return (static_cast<std::size_t>((playedL + n / kAudioOutput_Channels) % i_roomL)) * kAudioOutput_Channels +
+               n % kAudioOutput_Channels;
+    };
+    const std::span<std::int16_t> part = std::span(faded).first(countL * kAudioOutput_Channels);
+    for (std::size_t n = 0; n < part.size(); ++n) part[n] = i_ring[at(n)];
+    Fade(part, true);
+    for (std::size_t n = 0; n < part.size(); ++n) i_ring[at(n)] = part[n];
+}
+
 void CAudioOutput_SDL::Stop() {
     i_watchedID.store(0, std::memory_order_release);
     if (i_deviceID != 0) SDL_CloseAudioDevice(i_deviceID);   // waits for the callback
     i_deviceID = 0;
+    i_leaving.store(Leaving::kNo, std::memory_order_release);
 }
 
 void CAudioOutput_SDL::CloseDevice() {
-    SDL_DelEventWatch(&Calls::Watch, this);   // waits for one that runs
+    if (i_subsystemB) SDL_DelEventWatch(&Calls::Watch, this);   // waits for one that runs
     Stop();
     if (i_subsystemB) SDL_QuitSubSystem(SDL_INIT_AUDIO);
-    i_subsystemB = false;
+    i_openB = i_subsystemB = false;
 }
 
 void CAudioOutput_SDL::Close() {
-    if (!i_subsystemB) return;
+    if (!i_openB) return;
     const std::lock_guard guard(SDLLock());
     CloseDevice();
 }
 
-OSErr CAudioOutput_SDL::Recover(std::string& device) {
-    if (!i_subsystemB) return ioErr;
-    const std::lock_guard guard(SDLLock());
-    const std::string names[] = {i_device, std::string(kAudioOutput_Default)};
-    // The lost device stays until another one is open. Some drivers know one device only: then it goes first.
-    for (const bool closeFirstB : {false, true}) {
-        if (closeFirstB) Stop();
-        for (const std::string& name : names) {
-            std::uint32_t id = 0;
-            if (Failed(OpenDevice(name, id))) continue;
-            Start(id);
-            device = name.empty() ? std::string(kAudioOutput_Default) : name;
-            return noErr;
-        }
-        if (!closeFirstB && SDL_GetNumAudioDevices(0) > 1) break;   // no such driver: the old one goes on taking
+bool CAudioOutput_SDL::StartAnyOf(const std::vector<std::string>& names, std::string& got) {
+    for (const std::string& name : names) {
+        std::uint32_t id = 0;
+        if (Failed(OpenDevice(name, id))) continue;
+        Start(id);
+        got = name;
+        return true;
     }
-    return ioErr;
+    return false;
+}
+
+OSErr CAudioOutput_SDL::Recover(std::string& device) {
+    if (!i_openB) return ioErr;
+    const ThreadsShare share;
+    const std::lock_guard guard(SDLLock());
+    std::vector<std::string> names{i_device};
+    if (!IsLost()) {   // it plays elsewhere, and goes on there when this one is not back
+        return i_subsystemB && StartAnyOf(names, device) ? noErr : ioErr;
+    }
+    names.emplace_back(kAudioOutput_Default);
+    // The lost device stays until another one is open.
+    if (i_subsystemB && StartAnyOf(names, device)) return noErr;
+    // Some drivers know one device only, and what has lost its sound server finds nothing any more: all anew.
+    CloseDevice();
+    i_openB = true;
+    return BeginSubsystem() && StartAnyOf(names, device) ? noErr : ioErr;
+}
+
+void CAudioOutput_SDL::LookAgain() {
+    i_newDeviceB.store(true, std::memory_order_release);
+    i_wake.Signal();
 }
 
 OSErr CAudioOutput_SDL::Queue(std::span<const std::int16_t> stereo) {

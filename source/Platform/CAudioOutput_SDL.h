@@ -16,6 +16,7 @@ public:
 
     std::vector<std::string> DeviceNames() override;
     OSErr Open(std::string_view device, const AudioBlocks& blocks) override;
+    OSErr OpenAny(std::string_view device, const AudioBlocks& blocks, std::string& got) override;
     void Close() override;
     OSErr Queue(std::span<const std::int16_t> stereo) override;
     [[nodiscard]] std::size_t Room() const override;
@@ -27,24 +28,35 @@ public:
     [[nodiscard]] bool IsLost() const override { return i_lostB.load(std::memory_order_acquire); }
     OSErr Recover(std::string& device) override;
     [[nodiscard]] bool NewDevice() override { return i_newDeviceB.exchange(false, std::memory_order_acq_rel); }
+    void LookAgain() override;
 
 private:
     struct Calls;   // what SDL calls back
+    OSErr Prepare(std::string_view device, const AudioBlocks& blocks);
+    bool BeginSubsystem();
     OSErr OpenDevice(const std::string& device, std::uint32_t& id);
+    /** The first of the devices of `names` that opens takes over. */
+    bool StartAnyOf(const std::vector<std::string>& names, std::string& got);
     void Start(std::uint32_t id);
+    /** What plays gives way without a click. */
+    void FadeOut();
+    /** What is queued begins in the middle of a wave. */
+    void FadeQueuedIn();
     void Stop();
     void CloseDevice();
 
-    std::string i_device;   // as given to Open
+    std::string i_device;   // as it was asked for
     std::size_t i_blockFramesL = 0;
     std::vector<std::int16_t> i_ring;            // fixed while a device is open
     std::size_t i_roomL = 0;                     // frames of the ring
     std::uint32_t i_deviceID = 0;                // SDL's number, 0 for none; the writer's
     std::atomic<std::uint32_t> i_watchedID{0};   // the same, for the watch
-    bool i_subsystemB = false;
+    bool i_openB = false, i_subsystemB = false;   // the second is not there where SDL finds no sound system at all
     double i_paceF = 0;   // parts of a frame that are due while there is no device; the writer's
     CWakeSignal i_wake;
     std::atomic<bool> i_lostB{false}, i_newDeviceB{false};
+    enum class Leaving : int { kNo, kAsked, kDone };
+    std::atomic<Leaving> i_leaving{Leaving::kNo};   // kAsked by the writer, the rest by the callback
     alignas(64) std::atomic<std::uint64_t> i_queuedL{0};   // frames since Open; only Queue adds
     alignas(64) std::atomic<std::uint64_t> i_playedL{0};   // only the callback adds, or the writer without a device
     std::atomic<std::uint64_t> i_lateL{0};

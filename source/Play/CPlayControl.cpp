@@ -20,12 +20,12 @@
 namespace {
 
 constexpr SongID kNoSong{SDB_kUninitializedID};
-/** Back within this of the start is the row before, later it is a rewind. */
-constexpr long kRewind_300ths = 2 * 300;
 /** Lengths so near to each other are one: they are counted by different roads. */
 constexpr long kSameLength_300ths = 3;
 /** A list that changes all the time is not looked through more often. */
 constexpr double kNextLook_T = 1;
+/** So many songs in a row that cannot be played are no accident of theirs: the list stops. */
+constexpr int kFailures_Most = 3;
 /** What lies ready stays so long after a stop; then it must not hold a disc that is to be taken out. */
 constexpr double kNextKept_T = 30;
 
@@ -64,18 +64,11 @@ OSErr CPlayControl::Play(const SDB_Selection& selection) {
     return userCanceledErr;
 }
 
-OSErr CPlayControl::Play(PlaylistID list, PLItemID item) { return PlayRow(list, item, {}); }
+OSErr CPlayControl::Play(PlaylistID list, PLItemID item) { return PlayRow(list, item, {.handB = true}); }
 
 std::optional<SongPlaySpec> CPlayControl::SpecOf(PlaylistID list, PLItemID item) const {
-    CPlayList* const listP = i_host.Database().GetPlayList(list);
-    if (listP == nullptr || Number(item) <= 0) return {};
-    CPlayListItem* const itemP = listP->GetIndPLItem(item);
-    CSong* const songP = itemP == nullptr ? nullptr : i_host.Database().GetSong(itemP->GetSongID());
-    if (songP == nullptr) return {};
-    SongPlaySpec spec = ReadSongPlaySpec(*songP, itemP->Meta(), i_host.Preferences());
-    spec.gainF = i_host.GainOf(spec.song);
-    spec.list = list;
-    spec.item = item;
+    std::optional<SongPlaySpec> spec = ReadRowPlaySpec(i_host.Database(), list, item, i_host.Preferences());
+    if (spec) spec->gainF = i_host.GainOf(spec->song);
     return spec;
 }
 
@@ -88,6 +81,7 @@ OSErr CPlayControl::PlayRow(PlaylistID list, PLItemID item, const StartHow& how)
     }
     if (i_playP && !how.stepB && CurrentSong() != spec->song)
         Log("WARNING****  A case where the previous song wasn't stopped!");
+    if (how.handB) KeepInterrupted();
     i_place.Set(list, item);
     return PlaySong(*spec, how);
 }
@@ -97,6 +91,11 @@ OSErr CPlayControl::PlaySong(const SongPlaySpec& spec, const StartHow& how) {
     ChooseOutput();
     i_startPausedB = how.pausedB;
     i_wish = how.wish;
+    i_overB = false;
+    i_ofListB = how.ofListB;
+    if (how.handB) i_failedL = 0;
+    i_songLevelF = how.levelF;
+    if (!i_songLevelF && spec.volumeF > 0) i_songLevelF = spec.volumeF;
     i_lastErr = noErr;
     i_pitchS = static_cast<int>(spec.pitch);
     i_tempo = spec.tempo;
@@ -110,7 +109,7 @@ OSErr CPlayControl::PlaySong(const SongPlaySpec& spec, const StartHow& how) {
                         .settings = AudioPlayerSettings::Read(preferences),
                         .autoCueB = preferences.GetBool("Auto-cue", true),
                         .hq4xB = preferences.GetBool("Use hq4x upscaling (fast computers only)"),
-                        .orSilentB = i_host.PlaysSilent(),
+                        .anyDeviceB = i_host.PlaysOnAnyDevice(),
                         .pictureDelayL = PictureDelay(),
                         .startAt300 = how.at300};
     CSongPlayOwner& owner = *this;
@@ -149,19 +148,28 @@ void CPlayControl::PreRollDone(CSongPlay& play, OSErr err) {
         SeekTo300(wish->time300);
     else if (wish)
         Seek(wish->position);
+    i_outputP->Level().gainF = Volume();   // the song before has let the output go: it does not hear of it
+    i_beganT = CClock::Get().SteadyT();
     play.SetPaused(i_startPausedB || i_delayedB);
     if (!play.Spec().launch.IsEmpty()) (void)Failed(LaunchFile(play.Spec().launch));   // logged; the song plays on
-    if (play.Spec().volumeF > 0) SetVolume(play.Spec().volumeF);
     CacheNext();
     if (i_delayedB) i_host.ShowMessage("“" + play.Spec().name + "” starts once it is unpacked");
     TellPlay();
-    if (play.Files().LacksGraphics()) TellLostGraphics(play);   // last: the operator reads it while the song plays
+    if (Failed(play.Files().GraphicsErr())) TellLostGraphics(play);   // last: the operator reads it while the song plays
 }
 
 void CPlayControl::TellLostGraphics(const CSongPlay& play) {
-    const std::string name = play.Spec().name;
-    static_cast<void>(LogStep(fnfErr, "wiring up graphics ports", play.Spec().video.GetPath()));
-    ShowAlert("The graphics of “" + name + "” were not found", "The song plays without them.");
+    const CSongLoad& files = play.Files();
+    const bool foundB = !files.GraphicsFile().IsEmpty();
+    const std::filesystem::path& path = (foundB ? files.GraphicsFile() : play.Spec().video).GetPath();
+    static_cast<void>(LogStep(fnfErr, "wiring up graphics ports", path));
+    std::string why;
+    if (files.GraphicsErr() == eofErr)
+        why = "There are none in this file:\n";
+    else if (foundB)
+        why = ErrorText(files.GraphicsErr()) + ":\n";
+    ShowAlert("The graphics of “" + play.Spec().name + "” were not found",
+              why + path.string() + "\nThe song plays without them.");
 }
 
 bool CPlayControl::MustWait(const CSongPlay& play) const {
@@ -185,6 +193,11 @@ void CPlayControl::ListRemoved(PlaylistID list) {
 
 void CPlayControl::ItemsChanged(PlaylistID list, ListMessage, std::span<const PLItemID>) {
     if (list == i_place.ListID()) i_nextStaleB = true;
+}
+
+void CPlayControl::ItemsLeave(PlaylistID list, std::span<const PLItemID> items) {
+    i_place.RowsLeave(list, items);
+    i_interrupted.RowsLeave(list, items);
 }
 
 void CPlayControl::SortChanged(PlaylistID list, const SortSpec&, bool startedB) {
@@ -217,7 +230,10 @@ void CPlayControl::EndCurrent(std::string next) {
 }
 
 void CPlayControl::Stop() {
-    if (i_host.IsQuitting()) i_next.Drop();
+    if (i_host.IsQuitting())
+        i_next.Drop();
+    else
+        KeepInterrupted();
     EndShow();
 }
 
@@ -227,46 +243,78 @@ void CPlayControl::EndShow() {
     i_nextLookT = CClock::Get().SteadyT() + kNextKept_T;
     if (Ports().Port(CGraphicsPort::kScreen_VIDEO) != nullptr) Ports().ApplyRule(WindowRule(), PlayMode::kStop);
     TellPlay();
+    if (std::exchange(i_songLevelF, {})) TellSettings();
 }
 
 void CPlayControl::SongFailed(CSongPlay& play, OSErr err) {
     const Ref<CSongPlay> playP(&play);   // its end must not come before ours
-    i_lastErr = err;
-    EndShow();
-    TellFailure(play, err);   // last: the operator may begin another song before he has read it
+    i_overB = true;
+    const bool heardB = play.State() == PlayState::kPlaying;
+    const PLItemID here = i_place.Item();
+    std::string then;
+    // A song that the operator has started himself, and that cannot begin, leaves the choice to him.
+    bool onB = false;
+    if (heardB || i_ofListB) {
+        if (++i_failedL >= kFailures_Most)
+            then = "The list has stopped here: several songs in a row could not be played.";
+        else
+            onB = GoOn();
+    }
+    if (!onB && i_playP.Get() == &play) EndShow();
+    i_lastErr = onB ? i_lastErr : err;
+    if (onB && i_playP && i_place.Item() != here) then = "The list goes on with “" + i_playP->Spec().name + "”.";
+    i_host.SongFailed(play, err);
+    TellFailure(play, err, then);   // last: the operator may begin another song before he has read it
 }
 
-void CPlayControl::TellFailure(const CSongPlay& play, OSErr err) const {
-    if (CSpooler::IsIgnorable(err)) return;
-    if (play.Files().WasTold()) {   // but not of which song it was
-        i_host.ShowMessage("“" + play.Spec().name + "” could not be played");
-        return;
-    }
-    if (err == fnfErr)
-        ShowAlert(MissingSongText(play.Spec().name), {});
-    else
-        ShowAlert("The song “" + play.Spec().name + "” could not be played", ErrorText(err));
+void CPlayControl::TellFailure(const CSongPlay& play, OSErr err, const std::string& then) const {
+    if (err == abortErr || err == userCanceledErr) return;
+    const std::string& name = play.Spec().name;
+    std::string message = "The song “" + name + "” could not be played", why = ErrorText(err);
+    if (play.LacksPlayer() && Number(err) >= -1)
+        why =
+            "This audio file is not (yet?) compatible with modern CoreAudio.  If you can play it with iTunes, you might "
+            "try re-encoding it. ";
+    else if (err == fnfErr)
+        message = MissingSongText(name), why = "Its files are not where the library says, nor near there.";
+    else if (err == paramErr)
+        why = "The file is damaged, or of a kind that is not known.";
+    const std::filesystem::path& path = play.Files().FailedFile().GetPath();
+    std::string detail = path.empty() ? why : why + "\n" + path.string();
+    if (!then.empty()) detail += "\n" + then;
+    ShowAlert(message, detail);
 }
 
 void CPlayControl::SongEnded(CSongPlay& play) {
     const Ref<CSongPlay> playP(&play);
     if (i_host.IsQuitting()) return;
+    i_overB = true;
+    i_failedL = 0;
     i_host.SongEnded(play);
     NoteLength(play);
     FinishSong(play);
     Log("Going to next song");
+    if (!GoOn() && i_playP.Get() == &play) EndShow();   // and nobody began another song while an alert stood
+}
+
+bool CPlayControl::GoOn() {
+    const Ref<CSongPlay> beforeP = i_playP;
     const CCFPrefDictionary& preferences = i_host.Preferences();
-    const PlayNextState state{.stopBetweenTracksB = preferences.GetBool("Stop between tracks"),
-                              .hasPlaylistB = i_place.List() != nullptr,
-                              .stopAtPlaylistEndB = preferences.GetBool("Stop at playlist end"),
-                              .lastOfSelectionB = i_place.IsLast()};
-    PLItemID next = SDB_kNoItem;
-    if (ChoosePlayNext(state) == PlayNextCommand::kNext) {
-        next = i_place.Next(CPlayList::AtEnd::kStop);
-        if (!i_playP) return;   // the list has stopped the show
+    const StartHow how{.pausedB = preferences.GetBool("Pause between tracks"), .ofListB = true};
+    for (const PLItemID from = i_place.Item();;) {
+        const PlayNextState state{.stopBetweenTracksB = preferences.GetBool("Stop between tracks"),
+                                  .hasPlaylistB = i_place.List() != nullptr,
+                                  .stopAtPlaylistEndB = preferences.GetBool("Stop at playlist end"),
+                                  .lastOfSelectionB = i_place.IsLast()};
+        if (ChoosePlayNext(state) != PlayNextCommand::kNext) return false;
+        const PLItemID next = i_place.Next(CPlayList::AtEnd::kStop);
+        if (!i_playP) return true;   // the list has stopped the show
+        if (next == SDB_kNoItem || (next == from && i_failedL > 0)) return false;   // all round, and nothing can be played
+        const OSErr err = StepTo(next, how);
+        if (!Failed(err) || i_playP.Get() != beforeP.Get()) return true;   // also one that was begun while an alert stood
+        if (err != fnfErr || ++i_failedL >= kFailures_Most) return false;
+        i_place.Set(i_place.ListID(), next);   // a row whose song is nowhere
     }
-    const bool overB = next == SDB_kNoItem || Failed(StepTo(next, preferences.GetBool("Pause between tracks")));
-    if (overB && i_playP.Get() == &play) EndShow();   // and nobody began another song while an alert stood
 }
 
 void CPlayControl::NoteLength(const CSongPlay& play) const {
@@ -284,79 +332,6 @@ void CPlayControl::FinishSong(const CSongPlay& play) {
         songP->Meta().SetInteger("tsng"_key, songP->Meta().GetInteger("tsng"_key) + 1);
         songP->Meta().SetDate("Date"_key, CFDate{CClock::Get().AbsoluteT()});
     }
-}
-
-// ---- Steps ----
-
-OSErr CPlayControl::StepTo(PLItemID item, bool pausedB) {
-    return PlayRow(i_place.ListID(), item, {.pausedB = pausedB, .stepB = true});
-}
-
-OSErr CPlayControl::PlayNext() {
-    if (i_place.List() == nullptr) return paramErr;
-    Log("PlayPrevNext called: Next");
-    Log("Going to next song");
-    const PLItemID item = i_place.Next(CPlayList::AtEnd::kIgnore);
-    if (item == SDB_kNoItem) return fnfErr;
-    const Ref<CSongPlay> beforeP = i_playP;
-    const bool heardB = beforeP && 2 * CurTime300() > EndTime300() && EndTime300() > 0;
-    const OSErr err = StepTo(item);
-    if (heardB && i_playP.Get() != beforeP.Get()) FinishSong(*beforeP);
-    if (!Failed(err) && i_playP) i_host.ShowMessage("Next: " + i_playP->Spec().name);   // no watcher has stopped it
-    return err;
-}
-
-OSErr CPlayControl::PlayPrevious() {
-    CPlayList* const listP = i_place.List();
-    if (listP == nullptr) return paramErr;
-    Log("PlayPrevNext called: Previous");
-    const bool rotationB = IsRotation(listP->Type());
-    const bool pastB = i_playP && CurTime300() > i_playP->Spec().trimStart300 + kRewind_300ths;
-    const bool ofShowB = rotationB || listP->Type() == kSourceDB_SINGER_PL_TONIGHT;
-    if (i_playP && (listP->Count() <= 1 || (!ofShowB && pastB))) {
-        Rewind();
-        return noErr;
-    }
-    if (rotationB && i_place.IsFirst() && listP->PendingSkips() == 0) {
-        i_host.ShowMessage("Can't skip back to previous rotation");
-        return paramErr;
-    }
-    const PLItemID item = i_place.Previous();
-    if (item == SDB_kNoItem) return fnfErr;
-    const OSErr err = StepTo(item);
-    if (!Failed(err) && i_playP) i_host.ShowMessage("Previous: " + i_playP->Spec().name);
-    return err;
-}
-
-void CPlayControl::Rewind() {
-    if (!i_playP) return;
-    const std::string text = "Rewind: " + i_playP->Spec().name;
-    Log(text);
-    i_host.ShowMessage(text);
-    SeekTo300(i_playP->Spec().trimStart300);
-}
-
-void CPlayControl::Seek(double position) {
-    position = position >= 0 ? std::min(position, 1.0) : 0;   // what is no number is the start
-    if (State() == PlayState::kStarting)
-        i_wish = Wish{.position = position};
-    else
-        SeekTo300(static_cast<long>(position * static_cast<double>(EndTime300())));
-}
-
-void CPlayControl::SeekTo300(long time300) {
-    if (State() == PlayState::kStarting)
-        i_wish = Wish{.time300 = std::max(time300, 0L)};
-    else if (i_playP)
-        i_playP->SeekTo300(std::clamp(time300, 0L, std::max(EndTime300(), 0L)));
-}
-
-void CPlayControl::SetPaused(bool pausedB) {
-    if (!i_playP || pausedB == IsPaused()) return;
-    i_startPausedB = pausedB;
-    i_delayedB = false;
-    i_playP->SetPaused(pausedB);
-    TellPlay();
 }
 
 // ---- Questions ----
@@ -388,6 +363,7 @@ void CPlayControl::VideoIdle(bool forcedB) {
         else if (i_nextStaleB && State() == PlayState::kPlaying)
             CacheNext();
     }
+    if (i_interrupted.HasRunOut()) TellGoBack();
     if (const Ref<CSongPlay> playP = i_playP) playP->Tick(forcedB);
 }
 
@@ -413,4 +389,8 @@ void CPlayControl::TellPlay() {
 
 void CPlayControl::TellSettings() {
     Tell([](CPlayWatcher& watcher) { watcher.SettingsChanged(); });
+}
+
+void CPlayControl::TellGoBack() {
+    Tell([](CPlayWatcher& watcher) { watcher.GoBackChanged(); });
 }

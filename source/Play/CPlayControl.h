@@ -7,6 +7,7 @@
 #include "Audio/CVolumeStage.h"
 #include "Library/CListWatcher.h"
 #include "Library/CSongDatabase.h"
+#include "Play/CInterruptedSong.h"
 #include "Play/CNextSong.h"
 #include "Play/CPlayingSong.h"
 #include "Play/CPlayPlace.h"
@@ -43,6 +44,10 @@ public:
     OSErr PlayPrevious();
     /** To the trim start, or the very start. */
     void Rewind();
+    /** The song that was cut off by hand in the last half minute; nothing when there is none. */
+    [[nodiscard]] std::optional<GoBackOffer> InterruptedSong() const { return i_interrupted.Offer(); }
+    /** It plays on from there, as it sounded, whatever plays now. fnfErr when there is none. */
+    OSErr GoBack();
     /** A song that still starts will begin there, whatever its music's start is. */
     void Seek(double position);
     void SeekTo300(long time300);
@@ -65,17 +70,18 @@ public:
     [[nodiscard]] const CSongPlay* Current() const noexcept { return i_playP.Get(); }
 
     // ---- How it sounds ----
-    /** Semitones, -12 to 12; kept with the song or the row. */
+    /** Semitones, -12 to 12; kept with the song, or with the row where its list has values of its own. */
     OSErr SetPitch(int semitones);
     [[nodiscard]] int Pitch() const noexcept { return i_pitchS; }
-    /** 0.25 to 4. */
+    /** 0.25 to 2.55, in hundredths. */
     OSErr SetTempo(double tempo);
     /** By so many steps of "Tempo change increment (percent)". */
     OSErr StepTempo(int steps);
     [[nodiscard]] double Tempo() const noexcept { return i_tempo; }
-    /** 0 to 1, for every song. */
+    /** 0 to 1: of what plays, and of every song that has no level of its own. */
     void SetVolume(float volumeF);
-    [[nodiscard]] float Volume() const noexcept { return i_volumeF; }
+    /** What is heard: the song's own level while it plays, else the transport's. */
+    [[nodiscard]] float Volume() const noexcept { return i_songLevelF.value_or(i_volumeF); }
     void SetMute(bool mutedB);
     [[nodiscard]] bool IsMuted() const noexcept { return i_mutedB; }
     /** Of the song that plays. */
@@ -122,7 +128,7 @@ private:
     void NoteDrawn() override;
     // Of the lists: the song that comes next may be another one now.
     void ListRemoved(PlaylistID list) override;
-    void ItemsLeave(PlaylistID list, std::span<const PLItemID> items) override { i_place.RowsLeave(list, items); }
+    void ItemsLeave(PlaylistID list, std::span<const PLItemID> items) override;
     void ItemsChanged(PlaylistID list, ListMessage message, std::span<const PLItemID> items) override;
     void SortChanged(PlaylistID list, const SortSpec& spec, bool startedB) override;
 
@@ -137,8 +143,11 @@ private:
     struct StartHow {
         bool pausedB = false;
         bool stepB = false;   // the song before gives way to it
+        bool handB = false;   // the operator wants it now: what plays is cut off
+        bool ofListB = false;   // if it fails, the row after it is meant
         long at300 = -1;      // from there rather than from the music's start
         std::optional<Wish> wish = {};
+        std::optional<float> levelF = {};   // rather than the song's own, or the transport's
     };
     /** fnfErr, told, and all stays as it is: no such row, or no song in it. */
     OSErr PlayRow(PlaylistID list, PLItemID item, const StartHow& how);
@@ -147,9 +156,15 @@ private:
     /** Nothing when there is no such row, or no song in it. */
     [[nodiscard]] std::optional<SongPlaySpec> SpecOf(PlaylistID list, PLItemID item) const;
     static void TellLostGraphics(const CSongPlay& play);
-    void TellFailure(const CSongPlay& play, OSErr err) const;
+    void TellFailure(const CSongPlay& play, OSErr err, const std::string& then) const;
+    /** The next row that has a song begins, as the preferences say of the end of a song. False when none does. */
+    bool GoOn();
     /** "Next" and its kin: the song there takes the place of what plays. */
-    OSErr StepTo(PLItemID item, bool pausedB = false);
+    OSErr StepTo(PLItemID item, const StartHow& how);
+    /** What plays, as it sounds now: of its own files, as its row may have left the list, its song the library. */
+    [[nodiscard]] SongPlaySpec SpecAsNow() const;
+    /** What plays is about to be cut off by hand. */
+    void KeepInterrupted(bool wentBackB = false);
     /** `next` is the name of the song that takes its place. */
     void EndCurrent(std::string next = {});
     /** Nothing follows: the windows go by their rule. */
@@ -170,6 +185,7 @@ private:
     void Tell(Say&& say);
     void TellPlay();
     void TellSettings();
+    void TellGoBack();
 
     CPlayHost& i_host;
     const std::shared_ptr<CPlayControl*> i_selfRef;
@@ -184,10 +200,16 @@ private:
     bool i_delayedB = false;       // it stands paused until its zip is unpacked, or the operator lets it go
     std::optional<Wish> i_wish;    // where it is to begin, as the operator said while it starts
     CPlayPlace i_place;
+    double i_beganT = 0;     // i_playP has played since
+    bool i_overB = false;    // it was sung to its end
+    CInterruptedSong i_interrupted;
     OSErr i_lastErr = noErr;
+    bool i_ofListB = false;   // if i_playP fails, the list goes on
+    int i_failedL = 0;        // songs in a row that could not be played
     int i_pitchS = 0;
     double i_tempo = 1;
-    float i_volumeF = 1;
+    float i_volumeF = 1;                 // the transport's level
+    std::optional<float> i_songLevelF;   // the other one that i_playP has
     bool i_mutedB = false;
     VocalMode i_vocal = VocalMode::kBoth;
     double i_slipT = 0;   // of the song that plays

@@ -3,6 +3,7 @@
 #include "Audio/CTimePitch.h"
 #include "Core/CCFPrefDictionary.h"
 #include "Core/NumberForms.h"
+#include "Library/TempoSteps.h"
 #include "Play/CPictureDelays.h"
 #include "Play/CPlayControl.h"
 #include "Play/CPlayHost.h"
@@ -30,15 +31,17 @@ float CPlayControl::ReadVolume(CPlayHost& host) {
 }
 
 void CPlayControl::KeepValue(MetaKey key, double value) {
-    const bool ofSongB = i_host.Preferences().GetBool("Remember pitch / tempo in all playlists", true);
-    const CMetaValue asInteger(static_cast<std::int32_t>(value));
-    if (CSong* const songP = ofSongB ? i_host.Database().GetSong(CurrentSong()) : nullptr) {
-        if (key == "TMPO"_key)
+    CPlayList* const listP = i_place.List();
+    const bool tempoB = key == "TMPO"_key;
+    if (listP != nullptr && listP->KeepsInRow(key)) {
+        if (i_place.Item() == SDB_kNoItem) return;   // the row has left, and its value with it
+        listP->SetRowValue(i_place.Item(), key,
+                           tempoB ? CMetaValue(value) : CMetaValue(static_cast<std::int32_t>(value)));
+    } else if (CSong* const songP = i_host.Database().GetSong(CurrentSong())) {
+        if (tempoB)
             songP->Meta().SetFloat(key, value);
         else
             songP->Meta().SetInteger(key, static_cast<std::int64_t>(value));
-    } else if (CPlayList* const listP = i_place.List(); listP != nullptr && i_place.Item() != SDB_kNoItem) {
-        listP->SetRowValue(i_place.Item(), key, key == "TMPO"_key ? CMetaValue(value) : asInteger);
     }
 }
 
@@ -52,7 +55,8 @@ OSErr CPlayControl::SetPitch(int semitones) {
 }
 
 OSErr CPlayControl::SetTempo(double tempo) {
-    if (!i_playP || !(tempo >= kTimePitch_LeastTempo && tempo <= kTimePitch_MostTempo)) return paramErr;
+    if (!i_playP || !(tempo >= kTimePitch_LeastTempo && tempo <= TempoOfStep(kTempo_MostStep))) return paramErr;
+    tempo = QuantizedTempo(static_cast<float>(tempo));   // what is heard is what is kept, and 1.0 is 1.0
     if (const OSErr err = i_playP->SetPitchTempo(i_pitchS, tempo); Failed(err)) return err;
     i_tempo = tempo;
     KeepValue("TMPO"_key, tempo);
@@ -62,12 +66,13 @@ OSErr CPlayControl::SetTempo(double tempo) {
 
 OSErr CPlayControl::StepTempo(int steps) {
     const double percent = i_host.Preferences().GetFloat("Tempo change increment (percent)", 5.0);
-    return SetTempo(i_tempo + steps * percent / 100);
+    return SetTempo(SteppedTempo(i_tempo, steps, percent));
 }
 
 void CPlayControl::SetVolume(float volumeF) {
     if (std::isnan(volumeF)) return;
     i_volumeF = std::clamp(volumeF, 0.0F, 1.0F);
+    i_songLevelF.reset();
     i_outputP->Level().gainF = i_volumeF;
     i_host.Preferences().Set(kPref_Volume, CCFValue(std::lround(i_volumeF * 100)));
     TellSettings();
@@ -147,18 +152,16 @@ OSErr CPlayControl::AskOutputDevices(std::function<void(const std::vector<std::s
 OSErr CPlayControl::SetOutputDevice(const std::string& name) {
     i_host.Preferences().Set(kPref_Device, CCFValue(SuperString(name)));
     TellSettings();
+    if (WantedDevice() == i_device) i_outputP->LookAgain();   // it may not be the one that plays
     if (!i_playP || WantedDevice() == i_device) return noErr;
-    // As it sounds now, and of its own files: its row may have left the list meanwhile, its song the library.
-    SongPlaySpec spec = i_playP->Spec();
-    spec.pitch = i_pitchS;
-    spec.tempo = i_tempo;
-    spec.vocal = i_vocal;
-    spec.slipT = i_slipT;
-    StartHow how{.pausedB = IsPaused() && !i_delayedB, .wish = i_wish};   // what waits for its zip goes on waiting
+    SongPlaySpec spec = SpecAsNow();
+    StartHow how{.pausedB = IsPaused() && !i_delayedB,   // what waits for its zip goes on waiting
+                 .ofListB = i_ofListB,
+                 .wish = i_wish,
+                 .levelF = i_songLevelF};
     if (State() == PlayState::kPlaying) {
         how.at300 = CurTime300();
-        spec.volumeF = 0;   // it was set, and its companion was opened
-        spec.launch = {};
+        spec.launch = {};   // it was opened
     }
     return PlaySong(spec, how);
 }

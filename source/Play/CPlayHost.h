@@ -22,8 +22,9 @@ public:
     /** A new output for the device of this name, not yet opened. */
     [[nodiscard]] virtual AudioOutputChoice MakeOutput(const std::string& device) { return MakeAudioOutput(device); }
 
-    /** A song whose output cannot be opened is shown without its sound, rather than not at all. */
-    [[nodiscard]] virtual bool PlaysSilent() const { return false; }
+    /** A song whose device is not there plays through another one, without any at the pace that its sound would have;
+        else it cannot be played. */
+    [[nodiscard]] virtual bool PlaysOnAnyDevice() const { return false; }
     /** Where songs show their picture. */
     [[nodiscard]] virtual CGraphicsPorts& Ports() = 0;
     /** Its zip is being unpacked right now. */
@@ -32,6 +33,8 @@ public:
     [[nodiscard]] virtual float GainOf(SongID /*song*/) { return 1; }
     /** A song was sung to its end; the next one comes after this. */
     virtual void SongEnded(const CSongPlay& /*play*/) {}
+    /** A song could not be played, or not to its end; what comes next, if anything, has begun, and the user is told. */
+    virtual void SongFailed(const CSongPlay& /*play*/, OSErr /*err*/) {}
     /** A picture was drawn now. */
     virtual void NoteDrawn() {}
     /** A line for the room: what was skipped, how far the picture slips. */

@@ -25,3 +25,9 @@ void CPlayOutput::Replace(AudioOutputChoice choice) {
     const std::scoped_lock guard(i_lock);
     std::swap(i_next, choice);   // what was there, never opened, goes after the lock is left
 }
+
+void CPlayOutput::LookAgain() {
+    i_news.Forget();
+    const std::scoped_lock guard(i_lock);
+    if (i_takenB) i_now.outputP->LookAgain();
+}

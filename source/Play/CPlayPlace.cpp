@@ -17,7 +17,7 @@ void CPlayPlace::Set(PlaylistID list, PLItemID item) {
 }
 
 CPlayList* CPlayPlace::List() const {
-    return Number(i_listID) == SDB_kUninitializedID ? nullptr : i_database.GetPlayList(i_listID);
+    return Number(i_listID) == SDB_kUninitializedID ? nullptr : i_databaseP->GetPlayList(i_listID);
 }
 
 void CPlayPlace::RowsLeave(PlaylistID list, std::span<const PLItemID> items) {

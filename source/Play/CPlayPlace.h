@@ -6,10 +6,12 @@
 class CSongDatabase;
 
 /** Where the show stands: the row that plays, in its list. The id of a row that has left is soon another row's, so it
-   is forgotten at once; the place is then behind the row that stood before it. Threads  main. Owner    CPlayControl. */
+    is forgotten at once; the place is then behind the row that stood before it. A copy is a place of its own.
+    Threads  main.
+    Owner    CPlayControl, and the song that it may go back to. */
 class CPlayPlace {
 public:
-    explicit CPlayPlace(CSongDatabase& database) : i_database(database) {}
+    explicit CPlayPlace(CSongDatabase& database) : i_databaseP(&database) {}
     void Set(PlaylistID list, PLItemID item);
     /** Rows are about to leave their list; sorted by id. */
     void RowsLeave(PlaylistID list, std::span<const PLItemID> items);
@@ -29,7 +31,7 @@ public:
 private:
     [[nodiscard]] PLItemID After(CPlayList::Step step, CPlayList::AtEnd end) const;
 
-    CSongDatabase& i_database;
+    CSongDatabase* i_databaseP;   // outlives it
     PlaylistID i_listID{SDB_kUninitializedID};
     PLItemID i_item = SDB_kNoItem;
     bool i_leftB = false;              // the row has left

@@ -9,4 +9,6 @@ public:
     virtual void PlayChanged() {}
     /** Pitch, tempo, volume, mute, vocal mode or the device. */
     virtual void SettingsChanged() {}
+    /** A song that was cut off by hand can be had back (CPlayControl::InterruptedSong), or another one, or none. */
+    virtual void GoBackChanged() {}
 };

@@ -7,6 +7,7 @@
 #include "Core/CLog.h"
 #include "Core/CZipArchive.h"
 #include "Core/CZipSongMembers.h"
+#include "Graphics/CountDrawnPackets.h"
 #include "Library/SongFileTypes.h"
 
 namespace {
@@ -62,7 +63,6 @@ OSErr CSongLoad::Load(std::unique_ptr<CS_MainThread_AbortProc> completionP, Load
         (void)AssertWords(!i_ringP, "i_cache_audP == NULL");
         (void)AssertWords(i_graphicsP == nullptr && !i_movieP, "i_cache_vidP == NULL");
     }
-    SetQuiet(what == LoadFor::kLater);
     OSErr err = noErr;
     if (!loadedB || HasBroken() || WereReplaced()) err = LoadNow(std::move(completionP));
     const std::scoped_lock guard(i_phaseLock);
@@ -78,7 +78,9 @@ OSErr CSongLoad::LoadNow(std::unique_ptr<CS_MainThread_AbortProc> completionP) {
     i_graphicsP.reset();
     if (i_movieP) i_movieP->Abort();
     i_movieP = nullptr;
-    i_toldB = i_lacksGraphicsB = false;
+    i_graphicsErr = noErr;
+    i_graphicsFile = {};
+    i_drawnL = 0;
     if (const OSErr err = Choose(); Failed(err)) return err;
     i_stamps = Stamps();
     if (i_abortedB.load()) return abortErr;
@@ -120,9 +122,10 @@ bool CSongLoad::HasBroken() const {
     return i_soundP && (brokenB(i_soundP->Err()) || brokenB(i_ringP->Err()));
 }
 
-void CSongLoad::SetQuiet(bool quietB) {
-    i_quietB.store(quietB);
-    if (i_soundP) i_soundP->SetQuiet(quietB);
+const CFileRef& CSongLoad::FailedFile() const noexcept {
+    for (const CFileRef* const fileP : {&i_soundFile, &i_mainFile, &i_spec.zip, &i_spec.audio})
+        if (!fileP->IsEmpty()) return *fileP;
+    return i_spec.video;
 }
 
 OSErr CSongLoad::Choose() {
@@ -146,14 +149,12 @@ OSErr CSongLoad::ChooseFromZip(const CFileRef& file) {
     const CZipSongMembers chosen = CZipSongMembers::Choose(zip.Members());
     i_soundFile = i_mainFile = file;
     if (chosen.graphics) {
-        std::vector<std::uint8_t> bytes;
-        if (const OSErr err = LogStep(ReadMember(file, zip.Members()[*chosen.graphics], i_abortedB, bytes),
-                                      "reading the graphics in the zip", file.GetPath());
-            Failed(err))
-            return err;
-        i_graphicsP = std::make_unique<CSubCodeStream_Memory>(bytes);
-        if (!chosen.audio && i_spec.requireAudioB) return LogStep(fnfErr, "no sound in the zip", file.GetPath());
-        i_kind = chosen.audio ? SongKind::kSoundAndGraphics : SongKind::kGraphics;
+        if (const OSErr err = LoadGraphics(file, zip.Members()[*chosen.graphics]); Failed(err)) return err;
+        if (!chosen.audio && (i_spec.requireAudioB || i_graphicsP == nullptr))
+            return LogStep(fnfErr, "no sound in the zip", file.GetPath());
+        i_kind = !chosen.audio   ? SongKind::kGraphics
+                 : i_graphicsP != nullptr ? SongKind::kSoundAndGraphics
+                                          : SongKind::kSound;
         return noErr;
     }
     if (chosen.video)
@@ -190,10 +191,14 @@ OSErr CSongLoad::ChooseFromFiles() {
         return LogStep(fnfErr, "looking for a song's files", i_spec.audio.GetPath());
     i_soundFile = sound;
     i_mainFile = picture.IsEmpty() ? sound : picture;
-    i_lacksGraphicsB = picture.IsEmpty() && !i_spec.video.IsEmpty();
+    if (picture.IsEmpty() && !i_spec.video.IsEmpty())
+        i_graphicsErr = LogStep(fnfErr, "looking for the graphics", i_spec.video.GetPath());
     if (!picture.IsEmpty())
-        if (const OSErr err = LoadGraphics(picture.GetPath()); Failed(err)) return err;
-    i_kind = sound.IsEmpty() ? SongKind::kGraphics : picture.IsEmpty() ? SongKind::kSound : SongKind::kSoundAndGraphics;
+        if (const OSErr err = LoadGraphics(picture); Failed(err)) return err;
+    if (sound.IsEmpty() && i_graphicsP == nullptr) return i_graphicsErr;   // nothing is left
+    i_kind = sound.IsEmpty()          ? SongKind::kGraphics
+             : i_graphicsP == nullptr ? SongKind::kSound
+                                      : SongKind::kSoundAndGraphics;
     return noErr;
 }
 
@@ -209,20 +214,40 @@ OSErr CSongLoad::LoadMovie() {
     return noErr;
 }
 
-OSErr CSongLoad::LoadGraphics(const std::filesystem::path& file) {
+OSErr CSongLoad::LoadGraphics(const CFileRef& file) {
+    i_graphicsFile = file;
     i_graphicsP = std::make_unique<CSubCodeStream_Memory>();
-    return LogStep(i_graphicsP->LoadFile(file, [this] { return i_abortedB.load(); }), "reading graphics", file);
+    return KeepGraphics(i_graphicsP->LoadFile(file.GetPath(), [this] { return i_abortedB.load(); }));
+}
+
+OSErr CSongLoad::LoadGraphics(const CFileRef& zip, const CZipMember& member) {
+    i_graphicsFile = zip;
+    std::vector<std::uint8_t> bytes;
+    const OSErr err = ReadMember(zip, member, i_abortedB, bytes);
+    i_graphicsP = std::make_unique<CSubCodeStream_Memory>(bytes);
+    return KeepGraphics(err);
+}
+
+OSErr CSongLoad::KeepGraphics(OSErr err) {
+    if (!Failed(err)) {
+        i_drawnL = static_cast<long>(
+            CountDrawnPackets(i_graphicsP->Bytes(), i_spec.channels, [this] { return i_abortedB.load(); }));
+        if (i_drawnL == 0) err = eofErr;
+    }
+    if (i_abortedB.load()) return abortErr;
+    i_graphicsErr = LogStep(err, "reading graphics", i_graphicsFile.GetPath());
+    if (Failed(err)) i_graphicsP.reset();
+    return noErr;
 }
 
 OSErr CSongLoad::StartSound(std::unique_ptr<CS_MainThread_AbortProc> completionP) {
     if (const OSErr err = MakeSongSource(i_soundFile, i_soundP); Failed(err)) return err;
-    i_soundP->SetQuiet(i_quietB.load());
+    i_soundP->SetQuiet(true);   // who plays it tells
     i_ringP = MakeAudioRing();
     LogF("Fill Ring Buffer: Audio Out: %s", i_ringP->TrackedName().c_str());
     if (completionP) i_ringP->SetCompletion(true, completionP.release());
     i_abortable.Set(i_ringP);
     if (i_abortedB.load()) i_ringP->Abort();   // an Abort that came just before found nothing
     const OSErr err = Start(i_soundP, i_ringP, false);
-    i_toldB = Failed(err) && !CSpooler::IsIgnorable(err) && !i_quietB.load();
     return err == eofErr ? noErr : err;   // a song without sound is silence of its length
 }

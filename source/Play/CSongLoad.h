@@ -15,6 +15,8 @@
 #include "Library/CSongFiles.h"
 #include "Play/SongPlaySpec.h"
 
+struct CZipMember;
+
 /** What a song turned out to be made of. */
 enum class SongKind { kNone, kSoundAndGraphics, kSound, kGraphics, kVideo, kLaunch };
 
@@ -26,8 +28,8 @@ enum class LoadFor { kPlay, kLater };
     Threads  Load on workers: the second one waits for the first, and takes what it has unless the files are others by
              now, or it broke meanwhile; for later after a play it does nothing. Abort on any; the rest after Load.
     Owner    Ref. Its end, or Abort, ends the pump.
-    Errors   fnfErr: there is no file, or not enough of them. The spools' own errors were told to the user, but not
-             those of a song that is loaded for later: its play loads it again, and tells. */
+    Errors   fnfErr: there is no file, or not enough of them; else those of files and spools. None is told to the user
+             here: whoever plays the song knows its name, and what the show does then. */
 class CSongLoad final : public RefCounted {
 public:
     explicit CSongLoad(SongPlaySpec spec) : i_spec(std::move(spec)) {}
@@ -43,8 +45,8 @@ public:
         const std::scoped_lock guard(i_phaseLock);
         return i_phase == Phase::kLoaded;
     }
-    /** The user heard of the failure already. */
-    [[nodiscard]] bool WasTold() const noexcept { return i_toldB; }
+    /** The file that failed, as far as is known; else the one that its place says. */
+    [[nodiscard]] const CFileRef& FailedFile() const noexcept;
     [[nodiscard]] const SongPlaySpec& Spec() const noexcept { return i_spec; }
     [[nodiscard]] SongKind Kind() const noexcept { return i_kind; }
     /** Null for graphics alone. */
@@ -53,8 +55,13 @@ public:
     [[nodiscard]] CSubCodeStream_Memory* Graphics() noexcept { return i_graphicsP.get(); }
     /** The picture of kVideo, opened; else null. */
     [[nodiscard]] const Ref<CAS_QuickTimeVideo>& Movie() const noexcept { return i_movieP; }
-    /** It should have graphics, but their file is nowhere: it plays without. */
-    [[nodiscard]] bool LacksGraphics() const noexcept { return i_lacksGraphicsB; }
+    /** It should have graphics, and plays without: fnfErr, they are nowhere; eofErr, there are none in their file; else
+        why that could not be read. noErr: it has what it should have. */
+    OSErr GraphicsErr() const noexcept { return i_graphicsErr; }
+    /** The packets of its graphics up to the last that draws; 0 without. */
+    [[nodiscard]] long DrawnPackets() const noexcept { return i_drawnL; }
+    /** The graphics, or the zip that they are in; empty for a movie, and without. */
+    [[nodiscard]] const CFileRef& GraphicsFile() const noexcept { return i_graphicsFile; }
     /** The song's places with what was found elsewhere than they say; null before the first Load. */
     [[nodiscard]] const CSongFiles* Places() const noexcept { return i_places ? &*i_places : nullptr; }
     /** The movie of kVideo, or the file that kLaunch hands on. */
@@ -76,12 +83,14 @@ private:
     [[nodiscard]] std::vector<Stamp> Stamps() const;
     [[nodiscard]] bool WereReplaced() const;
     [[nodiscard]] bool HasBroken() const;
-    void SetQuiet(bool quietB);
     OSErr Choose();
     OSErr ChooseFromZip(const CFileRef& file);
     OSErr ChooseFromFiles();
     OSErr LoadMovie();
-    OSErr LoadGraphics(const std::filesystem::path& file);
+    /** A song without them, or with bad ones, plays all the same. abortErr. */
+    OSErr LoadGraphics(const CFileRef& file);
+    OSErr LoadGraphics(const CFileRef& zip, const CZipMember& member);
+    OSErr KeepGraphics(OSErr err);
     OSErr StartSound(std::unique_ptr<CS_MainThread_AbortProc> completionP);
     /** Where the place says, or where it lies by now. Empty for nowhere. */
     [[nodiscard]] CFileRef Find(SDB_SongFile type);
@@ -89,18 +98,19 @@ private:
     const SongPlaySpec i_spec;
     std::optional<CSongFiles> i_places;
     SongKind i_kind = SongKind::kNone;
-    CFileRef i_mainFile, i_soundFile;
+    CFileRef i_mainFile, i_soundFile, i_graphicsFile;
     std::unique_ptr<CSubCodeStream_Memory> i_graphicsP;
     Ref<CSpooler> i_soundP;   // that is pumped into the ring
     Ref<CAS_AudioRing> i_ringP;
     Ref<CAS_QuickTimeVideo> i_movieP;
     std::vector<Stamp> i_stamps;   // of the files, when they were opened
-    bool i_toldB = false, i_lacksGraphicsB = false;
+    OSErr i_graphicsErr = noErr;
+    long i_drawnL = 0;
     mutable std::mutex i_phaseLock;   // guards i_phase and i_playedB; held for no work
     std::condition_variable i_phaseChanged;
     Phase i_phase = Phase::kNew;
     bool i_playedB = false;   // a play has asked for it: who loads ahead comes too late
-    std::atomic<bool> i_abortedB{false}, i_quietB{false};
+    std::atomic<bool> i_abortedB{false};
     CMutexT<Ref<CAS_AudioRing>> i_abortable;   // what Abort ends while Load is under way
     CMutexT<Ref<CAS_QuickTimeVideo>> i_abortableMovie;
 };

@@ -1,5 +1,6 @@
 #include "Play/CSongPicture.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "Core/CLog.h"
@@ -103,7 +104,10 @@ long CSongPicture::SyncSlip300() const {
 
 bool CSongPicture::IsAtEnd() const {
     const long end300 = i_parts.spec.trimEnd300;
-    return end300 > i_parts.spec.trimStart300 && Time300() >= end300;
+    if (end300 > i_parts.spec.trimStart300) return Time300() >= end300;
+    // What lies behind the last packet that draws keeps nobody waiting once the sound is over.
+    return i_graphicsP && !i_pausedB && i_parts.loadP->Graphics() != nullptr && Packets() >= i_parts.loadP->DrawnPackets() &&
+           i_owner.IsSoundOver();
 }
 
 /** The pictures of a movie go on where its sound is shorter. */
@@ -128,8 +132,8 @@ long CSongPicture::Packets() const {
 
 MovieCounts CSongPicture::Pictures() const { return i_movieP ? i_movieP->Movie().Counts() : MovieCounts{}; }
 
-long CSongPicture::Length300() const {
+long CSongPicture::End300() const {
     if (i_movieP) return i_movieP->Movie().Length300();
-    const CSubCodeStream_Memory* streamP = i_parts.loadP->Graphics();
-    return streamP == nullptr ? 0 : static_cast<long>(streamP->LengthUnits() / kSubCodePacket_Units);
+    const long drawnL = i_parts.loadP->DrawnPackets();
+    return drawnL == 0 ? 0 : std::max(0L, drawnL - static_cast<long>(i_clock.StartSync()) - SyncSlip300());
 }

@@ -60,8 +60,8 @@ public:
     [[nodiscard]] long Packets() const;
     /** What became of the pictures of a video song. */
     [[nodiscard]] MovieCounts Pictures() const;
-    /** Of the graphics; 0 without. */
-    [[nodiscard]] long Length300() const;
+    /** Until the last packet that draws, or the end of the movie, with the slip; 0 without a picture. */
+    [[nodiscard]] long End300() const;
     [[nodiscard]] const CGraphics* Graphics() const noexcept { return i_graphicsP.get(); }
 
 private:

@@ -1,5 +1,7 @@
 #include "Play/CSongPlay.h"
 
+#include <algorithm>
+
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
 #include "Core/ThreadInfo.h"
@@ -166,13 +168,15 @@ void CSongPlay::SetVocalMode(VocalMode mode) {
 long CSongPlay::EndTime300() const {
     if (State() != PlayState::kPlaying) return 0;
     if (Spec().trimEnd300 > Spec().trimStart300) return Spec().trimEnd300;
-    return i_sound.HasSound() ? i_sound.Length300() : i_picture.Length300();
+    return std::max(i_sound.Length300(), i_picture.End300());
 }
 
 long CSongPlay::HeardLength300() const {
-    const bool wholeB = State() == PlayState::kPlaying && HasPlayer() && i_sound.Player()->IsHeardOut() &&
-                        !Failed(i_sound.Player()->Result()) && !Failed(PlayErr());
-    return wholeB ? i_sound.Length300() : 0;
+    if (State() != PlayState::kPlaying || Failed(PlayErr())) return 0;
+    const CAudioPlayer* const playerP = i_sound.Player();
+    const bool heardB = playerP == nullptr || (playerP->IsHeardOut() && !Failed(playerP->Result()));
+    const long drawnL = Files().DrawnPackets();
+    return heardB && i_picture.Packets() >= drawnL ? std::max(i_sound.Length300(), drawnL) : 0;
 }
 
 long CSongPlay::Heard300() const {

@@ -51,9 +51,10 @@ public:
     }
     /** Where the song is. */
     [[nodiscard]] long CurTime300() const noexcept { return i_picture.Time300(); }
-    /** Its end: the mark, else that of the sound, else of the graphics. */
+    /** Its end: the mark, else that of sound or picture, the later one. */
     [[nodiscard]] long EndTime300() const;
-    /** Of all of its sound, to the last sample; 0 before it was heard to its end, and where that came early. */
+    /** What it lasted, to the last sample and the last packet that draws; 0 before it was heard to its end, and where
+        that came early. */
     [[nodiscard]] long HeardLength300() const;
     /** What is heard now; 0 without sound. */
     [[nodiscard]] long Heard300() const;
@@ -61,6 +62,8 @@ public:
     [[nodiscard]] MovieCounts Pictures() const { return i_picture.Pictures(); }
     [[nodiscard]] std::uint64_t FramesLate() const;
     OSErr PlayErr() const noexcept { return i_sound.Err(); }
+    /** Its files were opened, but no player could be made of them. */
+    [[nodiscard]] bool LacksPlayer() const noexcept { return i_sound.LacksPlayer(); }
     [[nodiscard]] const CGraphics* Graphics() const noexcept { return i_picture.Graphics(); }
 
 private:

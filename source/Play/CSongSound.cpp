@@ -1,7 +1,6 @@
 #include "Play/CSongSound.h"
 
 #include "Audio/CAutoCue.h"
-#include "Core/AlertHook.h"
 #include "Core/CLog.h"
 
 namespace {
@@ -41,20 +40,13 @@ OSErr CSongSound::MakePlayer() {
     CPlayOutput& output = *i_parts.outputP;
     AudioPlayerSettings settings = i_parts.settings;
     settings.device = output.Device();
-    const auto make = [&](CAudioOutput& with) {
-        return CAudioPlayer::Create({.song = *this, .output = with, .level = output.Level()}, settings, i_playerP);
-    };
-    OSErr err = make(output.Output());
-    if (Failed(err) && i_parts.orSilentB && !Failed(Err()) && !i_stopB.load()) {   // told: it is the device
-        settings.device = kAudioOutput_Default;
-        err = make(output.Silence());
-    }
+    const OSErr err = CAudioPlayer::Create({.song = *this,
+                                            .output = output.Output(),
+                                            .level = output.Level(),
+                                            .newsP = i_parts.anyDeviceB ? &output.News() : nullptr},
+                                           settings, i_playerP);
     if (Failed(err)) {
-        if (Number(err) >= -1 && err != alreadyReportedErr)
-            ShowAlert(
-                "This audio file is not (yet?) compatible with modern CoreAudio.  If you can play it with iTunes, you "
-                "might try re-encoding it. ",
-                {});
+        i_lacksPlayerB.store(true);
         return err;
     }
     if (const OSErr pitchErr =

@@ -52,6 +52,8 @@ public:
     [[nodiscard]] bool IsStopped() const noexcept { return i_stopB.load(); }
     void SetState(long state) noexcept { i_state.store(state); }
     [[nodiscard]] long State() const noexcept { return i_state.load(); }
+    /** Its files were opened, but no player could be made of them. */
+    [[nodiscard]] bool LacksPlayer() const noexcept { return i_lacksPlayerB.load(); }
     /** Keeps the first. */
     void SetErr(OSErr err) noexcept;
     OSErr Err() const noexcept { return i_err.load(); }
@@ -73,7 +75,7 @@ private:
     const SongPlayParts& i_parts;
     std::atomic<long> i_state{0};
     std::atomic<OSErr> i_err{noErr};
-    std::atomic<bool> i_stopB{false}, i_seekingFlagB{false};
+    std::atomic<bool> i_stopB{false}, i_seekingFlagB{false}, i_lacksPlayerB{false};
 
     std::mutex i_workLock;     // guards the two below; nothing is waited for under it
     bool i_workingB = false;   // a worker has the player and the spools

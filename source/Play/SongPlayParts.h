@@ -11,7 +11,7 @@ struct SongPlayParts {
     AudioPlayerSettings settings;
     bool autoCueB = true;
     bool hq4xB = false;
-    bool orSilentB = false;   // without a device the picture plays, at the pace that the sound would have
+    bool anyDeviceB = false;   // CPlayHost::PlaysOnAnyDevice
     long pictureDelayL = 0;   // milliseconds: CPictureDelays
     long startAt300 = -1;     // from there rather than from where the music begins; -1: no
 };

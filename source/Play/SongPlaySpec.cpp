@@ -5,9 +5,9 @@
 
 #include "Audio/CTimePitch.h"
 #include "Core/CCFPrefDictionary.h"
-#include "Library/CMeta_PLItem.h"
-#include "Library/CSong.h"
+#include "Library/CDataTraits_Menus.h"
 #include "Library/CSongDatabase.h"
+#include "Library/TempoSteps.h"
 
 namespace {
 
@@ -23,9 +23,20 @@ float VolumeOf(double value) {
     return static_cast<float>(std::min(value > 1 ? value / 100 : value, 1.0));
 }
 
+double PitchOf(const CMetaValue& value) {
+    constexpr double kMost = kTimePitch_MostPitch;
+    const double pitch = value ? value.Integer() : 0;
+    return pitch == CDataTraits_PitchPop::kNone ? 0 : std::clamp(pitch, -kMost, kMost);
+}
+
+double TempoOf(const CMetaValue& value) {
+    const double tempo = value ? QuantizedTempo(static_cast<float>(value.Float())) : 1.0;
+    return tempo > 0 ? std::clamp(tempo, kTimePitch_LeastTempo, kTimePitch_MostTempo) : 1.0;
+}
+
 }   // namespace
 
-SongPlaySpec ReadSongPlaySpec(CSong& song, CMeta_PLItem* rowMetaP, const CCFPrefDictionary& preferences) {
+SongPlaySpec ReadSongPlaySpec(CSong& song, const CCFPrefDictionary& preferences) {
     CSongMeta& meta = song.Meta();
     SongPlaySpec spec;
     spec.song = song.GetSongID();
@@ -39,12 +50,8 @@ SongPlaySpec ReadSongPlaySpec(CSong& song, CMeta_PLItem* rowMetaP, const CCFPref
     spec.launch = placesRef->Ref(SDB_SongFile_LAUNCH);
     spec.placesRef = placesRef;
 
-    const bool ofSongB = rowMetaP == nullptr || preferences.GetBool("Remember pitch / tempo in all playlists", true);
-    CMeta& tuned = ofSongB ? static_cast<CMeta&>(meta) : static_cast<CMeta&>(*rowMetaP);
-    spec.pitch = std::clamp<double>(tuned.GetInteger("PICH"_key), -kTimePitch_MostPitch, kTimePitch_MostPitch);
-    const double tempo = tuned.GetFloat("TMPO"_key);
-    spec.tempo = tempo > 0 ? std::clamp(tempo, kTimePitch_LeastTempo, kTimePitch_MostTempo) : 1.0;
-
+    spec.pitch = PitchOf(meta.Stored("PICH"_key));
+    spec.tempo = TempoOf(meta.Stored("TMPO"_key));
     spec.vocal = VocalOf(meta.GetInteger("vChn"_key));
     spec.slipT = meta.GetFloat("Slip"_key);
     spec.trimStart300 = std::max(0, meta.GetInteger("Tsrt"_key));
@@ -54,5 +61,20 @@ SongPlaySpec ReadSongPlaySpec(CSong& song, CMeta_PLItem* rowMetaP, const CCFPref
     spec.channels = static_cast<std::uint16_t>(meta.GetInteger("gChn"_key));
     spec.requireAudioB = preferences.GetBool("Require Audio (no naked CDG files)", true);
     spec.launchMidiB = preferences.GetBool("Launch Midi Files");
+    return spec;
+}
+
+std::optional<SongPlaySpec> ReadRowPlaySpec(CSongDatabase& database, PlaylistID list, PLItemID item,
+                                            const CCFPrefDictionary& preferences) {
+    CPlayList* const listP = database.GetPlayList(list);
+    if (listP == nullptr || Number(item) <= 0) return {};
+    CPlayListItem* const itemP = listP->GetIndPLItem(item);
+    CSong* const songP = itemP == nullptr ? nullptr : database.GetSong(itemP->GetSongID());
+    if (songP == nullptr) return {};
+    SongPlaySpec spec = ReadSongPlaySpec(*songP, preferences);
+    spec.list = list;
+    spec.item = item;
+    spec.pitch = PitchOf(listP->ValueOf(item, "PICH"_key));
+    spec.tempo = TempoOf(listP->ValueOf(item, "TMPO"_key));
     return spec;
 }

@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "Audio/CVolumeStage.h"
@@ -8,8 +9,8 @@
 #include "Library/LibraryIDs.h"
 
 class CCFPrefDictionary;
-class CMeta_PLItem;
 class CSong;
+class CSongDatabase;
 class CSongFiles;
 
 /** All that is needed of a song to play it, at one moment: what prepares it on its own thread touches no model. */
@@ -33,5 +34,8 @@ struct SongPlaySpec {
     bool launchMidiB = false;
 };
 
-/** Main thread; no look at the disc. `rowMetaP` holds the row's own pitch and tempo, if it has any. */
-[[nodiscard]] SongPlaySpec ReadSongPlaySpec(CSong& song, CMeta_PLItem* rowMetaP, const CCFPrefDictionary& preferences);
+/** Main thread; no look at the disc. Pitch and tempo are the song's. */
+[[nodiscard]] SongPlaySpec ReadSongPlaySpec(CSong& song, const CCFPrefDictionary& preferences);
+/** Of a row of a list: with the pitch and the tempo that the list shows. Nothing when it has no song. */
+[[nodiscard]] std::optional<SongPlaySpec> ReadRowPlaySpec(CSongDatabase& database, PlaylistID list, PLItemID item,
+                                                          const CCFPrefDictionary& preferences);

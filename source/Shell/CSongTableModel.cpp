@@ -78,8 +78,7 @@ void CSongTableModel::Look() {
     i_found.clear();
     i_firstPieceB = true;
     i_lookAgainB = false;
-    FilterJob job{i_filter, ShownOrder(), listP->Items(),
-                  CRowValues(listP->Items(), i_database.Songs(), i_database.SingerValues(), i_list)};
+    FilterJob job{i_filter, ShownOrder(), listP->Items(), listP->Values()};
     if (CT_FilterRows::Start(std::make_unique<CT_FilterRows>(std::move(job), i_resultRef)) == 0)
         i_resultRef = nullptr;   // no thread can be had: the rows of before stay
     emit StateChanged();
@@ -347,7 +346,7 @@ bool CSongTableModel::setData(const QModelIndex& index, const QVariant& value, i
     const PLItemID item = ItemAt(index.row());
     if (listP == nullptr || item == SDB_kNoItem || (role != Qt::EditRole && role != Qt::CheckStateRole)) return false;
     const MetaKey key = i_columns[static_cast<std::size_t>(index.column())];
-    if (!SetCell(i_database, *listP, item, key, value, i_list != kPlaylistID_Library)) return false;
+    if (!SetCell(i_database, *listP, item, key, value)) return false;
     emit dataChanged(index, index);
     return true;
 }

@@ -14,6 +14,8 @@ constexpr CommandRow kCommands[] = {
     {kStop, kPlaying, kEverywhere, "stop", "Stop", "Ends the song", "Ctrl+."},
     {kNext, kPlaying, kEverywhere, "next", "Next Song", "Plays the next song of the list", "Ctrl+Right"},
     {kPrevious, kPlaying, kEverywhere, "previous", "Previous Song", "Plays the song before this one", "Ctrl+Left"},
+    {kGoBack, kPlaying, kEverywhere, "go-back", "Go Back",
+     "Plays the song on that was cut off by hand, for half a minute after that", "Ctrl+B"},
     {kRewind, kPlaying, kEverywhere, "rewind", "Rewind", "Back to the start of the song", "Ctrl+R"},
     {kSeekBack, kPlaying, kEverywhere, "seek-back", "Back 5 Seconds", "Goes back in the song", "Left"},
     {kSeekForward, kPlaying, kEverywhere, "seek-forward", "Forward 5 Seconds", "Goes forward in the song", "Right"},

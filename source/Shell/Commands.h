@@ -9,6 +9,7 @@ enum class Command : std::uint8_t {
     kStop,
     kNext,
     kPrevious,
+    kGoBack,
     kRewind,
     kSeekBack,
     kSeekForward,

@@ -2,7 +2,6 @@
 
 #include "Core/NumberForms.h"
 #include "Library/CDataTraits_Menus.h"
-#include "Library/CMeta_PLItem.h"
 #include "Library/CMetaManager.h"
 #include "Library/TempoSteps.h"
 #include "Shell/QtText.h"
@@ -57,14 +56,14 @@ QVariant CellEdit(const CPlayList& list, PLItemID item, MetaKey key) {
     return QtText(traits.Display(value));
 }
 
-bool SetCell(CSongDatabase& database, CPlayList& list, PLItemID item, MetaKey key, const QVariant& value, bool inRowB) {
+bool SetCell(CSongDatabase& database, CPlayList& list, PLItemID item, MetaKey key, const QVariant& value) {
     CDataTraits& traits = MetaManager().GetTraits(key);
     if (!IsEditable(traits)) return false;
     const auto row = list.Items()->Get(item);
     if (!row || row->target.type != SDB_kPLItem_SONG) return false;
     CSong* const songP = database.GetSong(SongID{row->target.idL});
     if (songP == nullptr) return false;
-    const bool rowB = inRowB && CMeta_PLItem::IsRowKey(key);
+    const bool rowB = list.KeepsInRow(key);
     if (IsCheckBox(traits)) {
         const bool onB = value.toInt() != Qt::Unchecked;
         if (rowB) return list.SetRowValue(item, key, CMetaValue(onB ? BoolValueType::kTrue : BoolValueType::kFalse));

@@ -22,6 +22,6 @@ struct MenuItem {
 [[nodiscard]] QString CellText(const CPlayList& list, PLItemID item, MetaKey key);
 /** What an editor starts with: text, number of a menu, or Qt::CheckState. */
 [[nodiscard]] QVariant CellEdit(const CPlayList& list, PLItemID item, MetaKey key);
-/** Takes what a person typed or chose; true when something changed. A value of the row's own stays with the row when
-    `inRowB`, else it is the song's. */
-bool SetCell(CSongDatabase& database, CPlayList& list, PLItemID item, MetaKey key, const QVariant& value, bool inRowB);
+/** Takes what a person typed or chose, for the row where its list keeps such a value, else for its song; true when
+    something changed. */
+bool SetCell(CSongDatabase& database, CPlayList& list, PLItemID item, MetaKey key, const QVariant& value);

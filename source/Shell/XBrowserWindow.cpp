@@ -218,7 +218,7 @@ void XBrowserWindow::MakeMenus() {
     add(tr("&Songs"), {kPlaySelected, kEditCell, kLine, kFind, kShowPlaying, kUserOrder, kLine, kReveal, kConformNames,
                        kZip, kUnzip, kLine, kFindMissing, kLocateMissing, kLine, kRemoveFromList, kRemoveFromLibrary,
                        kTrashOriginals});
-    add(tr("&Play"), {kPlayPause, kStop, kRewind, kLine, kPrevious, kNext, kLine, kSeekBack, kSeekForward, kSeekBackFar,
+    add(tr("&Play"), {kPlayPause, kStop, kRewind, kLine, kPrevious, kNext, kGoBack, kLine, kSeekBack, kSeekForward, kSeekBackFar,
                       kSeekForwardFar});
     add(tr("S&ound"), {kVolumeUp, kVolumeDown, kMute, kLine, kPitchUp, kPitchDown, kPitchReset, kLine, kTempoUp,
                        kTempoDown, kTempoReset, kLine, kVocalNext});
@@ -399,6 +399,7 @@ void XBrowserWindow::PlayTold() {
 void XBrowserWindow::PlayItem(PLItemID item, long confirmModeL) {
     if (item == SDB_kNoItem || !i_setup.mayInterrupt(confirmModeL)) return;
     if (CPlayList* const listP = i_model->List(); listP != nullptr) listP->SetSelectedItem(item);
+    i_begunItem = item;
     (void)i_setup.play.Play(i_model->ListID(), item);   // tells its own failure
 }
 
@@ -410,10 +411,16 @@ void XBrowserWindow::PlaySelected(long confirmModeL) {
 }
 
 void XBrowserWindow::PlayOrPause() {
-    if (i_setup.play.State() == PlayState::kIdle)
-        PlaySelected(0);
+    CPlayControl& play = i_setup.play;
+    if (play.State() != PlayState::kIdle) return play.TogglePause();
+    // Where a list has stopped at a song that failed, the cursor still stands at the row that the show began with: what is
+    // meant is the row where it stands now.
+    const bool failedB = Failed(play.PlayErr()) && play.CurrentItem() != SDB_kNoItem &&
+                         play.CurrentList() == i_model->ListID() && i_tableP->CurrentItem() == i_begunItem;
+    if (failedB)
+        (void)play.Play(play.CurrentList(), play.CurrentItem());
     else
-        i_setup.play.TogglePause();
+        PlaySelected(0);
 }
 
 void XBrowserWindow::ShowPreferences() {

@@ -106,6 +106,7 @@ private:
     std::unique_ptr<XActions> i_actions;
     std::unique_ptr<CSongTableModel> i_model;
     QTimer i_resizeEnd, i_typing;
+    PLItemID i_begunItem = SDB_kNoItem;   // the row that was last played from the table
     // Children.
     XTransport* i_transportP = nullptr;
     XSourceList* i_sourcesP = nullptr;

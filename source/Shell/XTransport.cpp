@@ -94,6 +94,7 @@ XTransport::XTransport(CPlayControl& play, CSongDatabase& database, XActions& ac
     i_play.AddWatcher(*this);
     PlayChanged();
     SettingsChanged();
+    GoBackChanged();
 }
 
 XTransport::~XTransport() { i_play.RemoveWatcher(*this); }
@@ -217,6 +218,7 @@ void XTransport::Connect() {
         {Command::kStop, [this] { if (i_mayInterrupt()) i_play.Stop(); }},
         {Command::kNext, [this] { if (i_mayInterrupt()) (void)i_play.PlayNext(); }},
         {Command::kPrevious, [this] { if (i_mayInterrupt()) (void)i_play.PlayPrevious(); }},
+        {Command::kGoBack, [this] { (void)i_play.GoBack(); }},   // never asks: a singer waits
         {Command::kRewind, [this] { i_play.Rewind(); }},
         {Command::kSeekBack, [seekBy] { seekBy(-5); }},
         {Command::kSeekForward, [seekBy] { seekBy(5); }},
@@ -315,6 +317,10 @@ void XTransport::SettingsChanged() {
     i_vocalP->setCurrentIndex(std::max(0, i_vocalP->findData(static_cast<int>(i_play.Vocal()))));
     i_muteP->setIcon(Icon(i_play.IsMuted() ? IconKind::kMuted : IconKind::kVolume));
     i_muteP->setAccessibleName(i_play.IsMuted() ? tr("Sound on") : tr("Mute"));
+}
+
+void XTransport::GoBackChanged() {
+    i_actions.Get(Command::kGoBack).setEnabled(i_play.InterruptedSong().has_value());
 }
 
 void XTransport::ShowSlip() {

@@ -41,6 +41,7 @@ signals:
 private:
     void PlayChanged() override;
     void SettingsChanged() override;
+    void GoBackChanged() override;
     void ShowTime();
     void ShowDigits(long time300, long end300);
     void ShowSong();

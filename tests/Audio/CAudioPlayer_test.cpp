@@ -143,13 +143,11 @@ TEST_F(CAudioPlayer_test, WithoutAnyDeviceTheShowGoesOnInSilence) {
     i_output.i_otherB = false;
     i_output.i_lostB = true;
     ASSERT_TRUE(Play([&] { return i_playerP->HeardFrame() > 50000; }));
-    EXPECT_EQ(i_output.i_recoveries, 1);   // tried once, not at each block
+    EXPECT_LE(i_output.i_recoveries, 3);   // each second, not at each block
     EXPECT_EQ(AlertsSoFar().size(), 1U);
     i_output.i_otherB = true;
-    i_output.i_newB = true;
     ASSERT_TRUE(Play([&] { return !i_output.IsLost(); }));
     EXPECT_EQ(AlertsSoFar().size(), 1U);
-    EXPECT_EQ(i_output.i_recoveries, 2);
 }
 
 TEST_F(CAudioPlayer_test, ParametersMayChangeAllTheTime) {

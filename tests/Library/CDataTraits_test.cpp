@@ -15,7 +15,7 @@ constexpr struct {
     MetaKey key;
     long value, index;
 } kValueToIndex[] = {
-    {"vChn"_key, 0, 1},   {"vChn"_key, 3, 4},   {"PICH"_key, 0, 7},  {"PICH"_key, 6, 1},      {"PICH"_key, -7, 14},
+    {"vChn"_key, 0, 1},   {"vChn"_key, 3, 4},   {"PICH"_key, 0, 13}, {"PICH"_key, 12, 1},     {"PICH"_key, -12, 25},
     {"colr"_key, 0, 1},   {"colr"_key, 1, 3},   {"colr"_key, 7, 9},  {"gChn"_key, 3, 1},      {"gChn"_key, 5, 2},
     {"gChn"_key, 1, 0},   {"gChn"_key, 0, 0},   {"gChn"_key, -5, 0}, {"gChn"_key, 65535, 15}, {"SmsC"_key, 0, 1},
     {"SmsR"_key, 11, 12}, {"trak"_key, 11, 11},
@@ -24,7 +24,7 @@ constexpr struct {
     MetaKey key;
     long index, value;
 } kIndexToValue[] = {
-    {"vChn"_key, 1, 0},   {"vChn"_key, 4, 3},      {"PICH"_key, 0, 255}, {"PICH"_key, 7, 0},      {"PICH"_key, 14, -7},
+    {"vChn"_key, 1, 0},   {"vChn"_key, 4, 3},      {"PICH"_key, 0, 255}, {"PICH"_key, 1, 12},     {"PICH"_key, 25, -12},
     {"colr"_key, 1, 0},   {"colr"_key, 3, 1},      {"colr"_key, 9, 7},   {"gChn"_key, 2, 5},      {"gChn"_key, 1, 3},
     {"gChn"_key, 0, 1},   {"gChn"_key, 15, 32769}, {"gChn"_key, -1, 1},  {"gChn"_key, 99, 32769}, {"SmsC"_key, 1, 0},
     {"SmsR"_key, 12, 11}, {"trak"_key, 11, 11},
@@ -38,8 +38,8 @@ constexpr struct {
 } kLegal[] = {
     {"vChn"_key, -1, false, 0, 0},    {"vChn"_key, 255, true, 0, 0},  {"vChn"_key, 0, true, 0, 0},
     {"vChn"_key, 3, true, 3, 3},      {"vChn"_key, -2, false, -2, 0}, {"PICH"_key, 255, false, 0, 0},
-    {"PICH"_key, -1, true, -1, -1},   {"PICH"_key, 7, true, 7, 7},    {"PICH"_key, 8, true, 7, 7},
-    {"PICH"_key, -999, true, -7, -7}, {"colr"_key, 7, true, 7, 7},    {"colr"_key, 8, false, 0, 0},
+    {"PICH"_key, -1, true, -1, -1},   {"PICH"_key, 12, true, 12, 12}, {"PICH"_key, 13, true, 12, 12},
+    {"PICH"_key, -999, true, -12, -12}, {"colr"_key, 7, true, 7, 7},    {"colr"_key, 8, false, 0, 0},
     {"colr"_key, -1, false, 0, 0},    {"gChn"_key, 1, false, 0, 3},   {"gChn"_key, 0, false, 0, 3},
     {"gChn"_key, 2, true, 2, 2},      {"gChn"_key, -4, false, 0, 3},  {"SmsC"_key, 0, true, 0, 0},
     {"SmsC"_key, -1, false, 0, 0},    {"SmsR"_key, 5, true, 5, 5},    {"drtn"_key, -9, true, -9, -9},
@@ -162,6 +162,18 @@ TEST(TempoSteps, EachByteOfAFileComesBack) {
         EXPECT_EQ(QuantizedTempo(static_cast<float>(tempo) - 0.0049F), tempo);
     }
     EXPECT_EQ(TempoOfStep(100), 1.0);
+    // As many steps back lead back, whatever the hundredths cut off.
+    for (const double percent : {0.1, 1.0, 1.5, 2.5, 5.0, 7.0})
+        for (const int stepsL : {1, 3, 7, 12}) {
+            double there = 1.0;
+            for (int n = 0; n < stepsL; ++n) there = SteppedTempo(there, 1, percent);
+            EXPECT_NEAR(there, 1.0 + stepsL * std::max(percent, 1.0) / 100, 0.0051);
+            for (int n = 0; n < 2 * stepsL; ++n) there = SteppedTempo(there, -1, percent);
+            for (int n = 0; n < stepsL; ++n) there = SteppedTempo(there, 1, percent);
+            EXPECT_EQ(there, 1.0) << percent << " by " << stepsL;
+        }
+    EXPECT_NEAR(SteppedTempo(1.13, 1, 5.0), 1.15, 1e-6);
+    EXPECT_NEAR(SteppedTempo(1.13, -1, 5.0), 1.10, 1e-6);
     EXPECT_EQ(QuantizedTempo(7.0F), TempoOfStep(255));
     EXPECT_EQ(QuantizedTempo(-1.0F), 0.0);
     EXPECT_EQ(QuantizedTempo(std::numeric_limits<float>::quiet_NaN()), 1.0);

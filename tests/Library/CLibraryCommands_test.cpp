@@ -83,9 +83,18 @@ TEST_F(LibraryCommands, TracksLeaveTheirListAlone) {
     (void)Select({&one});
     CPlayList& list = UserList();
     SDB_Selection selection(&list);
+    const PLItemID plays = Add(list, Number(one.GetSongID()));
     selection.SetItems({Add(list, Number(one.GetSongID()))});
-    EXPECT_EQ(i_commandsP->DeleteTracks(selection), noErr);
+    i_databaseP->SetPlayingSong(one.GetSongID());
+    i_above.i_playingItem = plays;
+    EXPECT_EQ(i_commandsP->DeleteTracks(selection), noErr);   // another row of the song that plays
     EXPECT_TRUE(i_above.i_ui.questions.empty());
+    selection.SetItems({plays});
+    EXPECT_EQ(i_commandsP->DeleteTracks(selection), userCanceledErr);
+    EXPECT_EQ(i_above.i_stopsL, 0);
+    Yes();
+    EXPECT_EQ(i_commandsP->DeleteTracks(selection), noErr);
+    EXPECT_EQ(i_above.i_stopsL, 1);
     EXPECT_EQ(list.Count(), 0U);
     EXPECT_EQ(i_databaseP->Library().Count(), 1U);
     for (const char* lineZ : {"Converting Playlist selection to Library selection…", "Clearing Playlist"})

@@ -66,7 +66,7 @@ constexpr struct {
     {"TMPO"_key, "1.15", "1e99", true, "TMPO=2.55"},
     {"PICH"_key, "", "-1", true, "PICH=-1"},
     {"PICH"_key, "3", "255", true, ""},
-    {"PICH"_key, "", "40", true, "PICH=+7"},
+    {"PICH"_key, "", "40", true, "PICH=+12"},
     {"gChn"_key, "5", "0", true, ""},
     {"gChn"_key, "", "3", false, ""},
     {"gChn"_key, "", "5", true, "gChn=Channel 2"},

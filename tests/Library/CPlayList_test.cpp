@@ -184,8 +184,16 @@ TEST_F(PlayList, RowsHaveValuesOfTheirOwn) {
     CPlayList& list = UserList();
     const PLItemID one = list.AddItem({song.GetSongID()}), other = list.AddItem({song.GetSongID()});
     EXPECT_TRUE(list.SetRowValue(one, "PICH"_key, CMetaValue(-2)));
+    EXPECT_EQ(list.ValueOf(one, "PICH"_key).Integer(), 1);   // what plays is the song's, so that is what is shown
+    EXPECT_FALSE(list.KeepsInRow("PICH"_key));
+    EXPECT_TRUE(list.KeepsInRow("PLME"_key));
+    i_databaseP->SetSettings({.tuneRowsB = true});
+    EXPECT_TRUE(list.KeepsInRow("PICH"_key));
+    EXPECT_FALSE(i_databaseP->Library().KeepsInRow("PICH"_key));
     EXPECT_EQ(list.ValueOf(one, "PICH"_key).Integer(), -2);
     EXPECT_EQ(list.ValueOf(other, "PICH"_key).Integer(), 1);
+    EXPECT_TRUE(list.SetRowValue(one, "PICH"_key, CMetaValue(0)));   // not its song's
+    EXPECT_EQ(list.ValueOf(one, "PICH"_key).Integer(), 0);
     EXPECT_EQ(list.ValueOf(one, "name"_key).Text(), "A");
     EXPECT_EQ(list.ValueOf(other, "stIx"_key).Integer(), 2);
     EXPECT_EQ(list.GetIndPLItem(other)->Meta(), nullptr);

@@ -19,7 +19,7 @@ TEST_F(SongRecordMeta, WhatWasLoadedIsWrittenAgain) {
     record.size = 3'000'000'000;
     record.rating = 80;
     record.vocalChannel = 2;
-    record.pitch = -1;
+    record.pitch = -12;
     record.tempo = 29;
     record.year = 1984;
     record.graphicChannels = 5;
@@ -34,7 +34,7 @@ TEST_F(SongRecordMeta, WhatWasLoadedIsWrittenAgain) {
     record.Text(SongText::kVideoPath) = "/elsewhere/a.cdg";
     CMeta song;
     i_forms.Load(record, song);
-    EXPECT_EQ(song.Stored("PICH"_key).Integer(), -1);
+    EXPECT_EQ(song.Stored("PICH"_key).Integer(), -12);
     EXPECT_EQ(song.Stored("Sfs0"_key).FilePath(), "/music/Artist/caf\xe9.mp3");
     EXPECT_EQ(song.Stored("Sfs0"_key).FileStatus(), SDB_SongFileStatus_MUSIC);
     EXPECT_EQ(song.Stored("Sfs1"_key).FileStatus(), SDB_SongFileStatus_REFERENCE);

@@ -19,6 +19,7 @@ public:
     }
     SingerID FindListOwner(PlaylistID) override { return i_owner; }
     void StopPlayback() override { ++i_stopsL; }
+    bool IsPlaying(PlaylistID, PLItemID item) override { return item == i_playingItem; }
     void SongCached() override { ++i_cachedL; }
     bool IsSaving() const override { return i_savingB; }
     bool MayDelete(SongID song) override { return song != i_playing; }
@@ -36,6 +37,7 @@ public:
     OSErr i_renameErr = noErr;
     SingerID i_owner{SDB_kUninitializedID};
     SongID i_playing{0};
+    PLItemID i_playingItem = SDB_kNoItem;
     long i_stopsL = 0, i_cachedL = 0;
 };
 

@@ -204,6 +204,23 @@ TEST_F(CAudioOutput_SDL_test, TellsWhenThereIsNothingToPlayOn) {
     ::setenv("SDL_AUDIODRIVER", "no such driver", 1);
     EXPECT_EQ(output.Open("", {}), fnfErr);
     EXPECT_EQ(output.DeviceNames(), std::vector<std::string>{"System Default"});
+    // A song plays all the same, at its pace, until there is something.
+    ASSERT_EQ(output.OpenAny("Interface", {.framesL = 512, .countL = 2}, device), noErr);
+    EXPECT_EQ(device, "");
+    EXPECT_TRUE(output.IsLost());
+    ASSERT_EQ(output.Queue(Numbered(1000)), noErr);
+    while (output.FramesPlayed() < 1000) output.Rest(5.0 / 1000);
+    EXPECT_EQ(output.Recover(device), ioErr);
+    ::setenv("SDL_AUDIODRIVER", "dummy", 1);
+    ASSERT_EQ(output.Recover(device), noErr);
+    EXPECT_EQ(device, "System Default");
+    EXPECT_FALSE(output.IsLost());
+    ASSERT_EQ(output.Queue(Numbered(512)), noErr);
+    EXPECT_TRUE(Soon([&] { return output.FramesPlayed() == 1512; }));
+    EXPECT_EQ(output.Recover(device), ioErr);   // the one that was chosen is not back: this one plays on
+    EXPECT_FALSE(output.IsLost());
+    ASSERT_EQ(output.OpenAny("Interface", {.framesL = 512, .countL = 2}, device), noErr);
+    EXPECT_EQ(device, "System Default");
 }
 
 TEST(CAudioOutput_SDL_Disk, TheSamplesArriveUnaltered) {

@@ -45,9 +45,106 @@ TEST_F(PlayTest, ByHandTheEndOfTheListIsNone) {
     EXPECT_EQ(i_messages.back(), "Previous: c");
 }
 
+/** The list goes on behind songs that fail, and they are told of; three in a row end it, and there it stands. */
+TEST_F(PlayTest, AListGoesOnBehindWhatCannotBePlayed) {
+    const auto good = [&](const std::string& name) { Add(Sound(name + ".wav", 0.3)); };
+    const auto junk = [&](const std::string& name) {
+        std::ofstream(i_folder / (name + ".mp3")) << std::string(20000, 'x');
+        Add(i_folder / (name + ".mp3"));
+    };
+    good("a");
+    Add(i_folder / "missing.wav");
+    junk("junk");
+    good("b");
+    for (const char* const nameZ : {"x", "y", "z"}) junk(nameZ);
+    good("c");
+    ASSERT_EQ(Play(0), noErr);
+    ASSERT_TRUE(RunUntilIdle());
+    EXPECT_EQ(i_sung, (Words{"a", "b"}));
+    EXPECT_EQ(i_failed, (Words{"missing", "junk", "x", "y", "z"}));
+    EXPECT_EQ(AlertsSoFar(),
+              (Words{"Could not find the song “missing”", "The song “junk” could not be played",
+                     "The song “x” could not be played", "The song “y” could not be played",
+                     "The song “z” could not be played"}));
+    for (std::size_t n = 0; n < 5; ++n) EXPECT_NE(Details()[n].find((i_folder / i_failed[n]).string()), std::string::npos) << n;
+    EXPECT_NE(Details()[1].find("The list goes on with “b”."), std::string::npos) << Details()[1];
+    EXPECT_NE(Details()[4].find("The list has stopped here"), std::string::npos) << Details()[4];
+    EXPECT_EQ(i_controlP->CurrentItem(), Row(6));   // there the operator may try again, or go on
+    EXPECT_NE(i_controlP->PlayErr(), noErr);
+
+    // What the operator starts himself stays where it fails, unless it is the next one that he asks for.
+    ASSERT_EQ(Play(2), noErr);
+    ASSERT_TRUE(RunUntilIdle());
+    EXPECT_EQ(i_controlP->CurrentItem(), Row(2));
+    EXPECT_EQ(i_failed.size(), 6U);
+    i_preferences.Set("Stop at playlist end", CCFValue(true));
+    ASSERT_TRUE(Starts(0));
+    ASSERT_EQ(i_controlP->PlayNext(), noErr);
+    ASSERT_TRUE(RunUntil([&] { return i_sung.size() == 3; }));
+    EXPECT_EQ(i_sung.back(), "b");
+    // A song that breaks off is as good as over.
+    Add(Sound("cut.wav", 24));
+    good("d");
+    ASSERT_TRUE(Starts(8));
+    std::filesystem::resize_file(i_folder / "cut.wav", 1'000'000);
+    ASSERT_TRUE(RunUntilIdle());
+    EXPECT_EQ(i_failed.back(), "cut");
+    EXPECT_EQ(i_sung.back(), "d");
+}
+
+/** What a hand has cut off plays on where it was, as it sounded, for half a minute; what ended by itself does not. */
+TEST_F(PlayTest, WhatAHandHasCutOffCanBeHadBack) {
+    for (const char* const nameZ : {"a", "b", "c"}) Add(Sound(std::string(nameZ) + ".wav", 600));
+    const std::pair<const char*, std::function<OSErr()>> cuts[] = {
+        {"another row", [&] { return Play(2); }},
+        {"its own row", [&] { return Play(1); }},
+        {"next", [&] { return i_controlP->PlayNext(); }},
+        {"previous", [&] { return i_controlP->Rewind(), i_controlP->PlayPrevious(); }},
+        {"stop", [&] { return i_controlP->Stop(), noErr; }},
+    };
+    for (const auto& [nameZ, cut] : cuts) {
+        SCOPED_TRACE(nameZ);
+        const bool rewoundB = std::string(nameZ) == "previous";
+        ASSERT_TRUE(Starts(1));
+        EXPECT_EQ(i_controlP->SetPitch(-3), noErr);
+        EXPECT_EQ(i_controlP->SetTempo(1.1), noErr);
+        i_controlP->SetVolume(0.5F);
+        i_controlP->SeekTo300(90000);
+        RunFor(6);
+        i_offers.clear();
+        ASSERT_EQ(cut(), noErr);
+        ASSERT_TRUE(i_controlP->InterruptedSong());
+        const long at300 = i_controlP->InterruptedSong()->place300;
+        EXPECT_GE(at300, rewoundB ? 0 : 90000);
+        i_controlP->SetVolume(0.8F);
+        RunFor(1);
+        if (i_controlP->State() != kIdle) ASSERT_EQ(Play(0), noErr);   // a second stray press takes nothing away
+        ASSERT_EQ(i_controlP->GoBack(), noErr);
+        ASSERT_TRUE(RunUntilPlaying());
+        EXPECT_EQ(i_controlP->Current()->Spec().name, "b");
+        EXPECT_EQ(i_controlP->CurrentItem(), Row(1));
+        EXPECT_GE(i_controlP->CurTime300(), at300);
+        EXPECT_LT(i_controlP->CurTime300(), at300 + 1500);
+        EXPECT_FALSE(i_controlP->IsPaused());
+        EXPECT_EQ(i_controlP->Pitch(), -3);
+        EXPECT_NEAR(i_controlP->Tempo(), 1.1, 1e-6);
+        EXPECT_FLOAT_EQ(i_controlP->Volume(), 0.5F);
+        EXPECT_EQ(i_offers, (Words{"b", ""}));
+        EXPECT_EQ(i_controlP->GoBack(), fnfErr);
+    }
+    i_offers.clear();
+    RunFor(6);
+    ASSERT_TRUE(Starts(0));
+    EXPECT_TRUE(RunUntil([&] { return i_offers == Words{"b", ""}; }));   // the half minute is over
+    EXPECT_FALSE(i_controlP->InterruptedSong());
+    i_controlP->Seek(1);
+    ASSERT_TRUE(RunUntil([&] { return i_sung.size() == 1; }));
+    EXPECT_FALSE(i_controlP->InterruptedSong());
+}
+
 /** The id of a row that has left is the next new row's. */
 TEST_F(PlayTest, ARowThatLeavesWhileItPlaysIsNotTakenForAnother) {
-    i_preferences.Set("Remember pitch / tempo in all playlists", CCFValue(false));
+    TuneRows();
     const std::filesystem::path sound = Sound("song.wav", 60);
     const struct {
         std::size_t plays;

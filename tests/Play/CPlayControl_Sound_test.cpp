@@ -15,23 +15,31 @@ TEST_F(PlayTest, SettingsReachTheSoundAndAreKept) {
     EXPECT_NEAR(i_controlP->Tempo(), 1.1, 1e-6);
     EXPECT_EQ(i_controlP->Vocal(), VocalMode::kLeftOnly);
     ASSERT_TRUE(RunUntilPlaying());
-    EXPECT_FLOAT_EQ(i_controlP->Volume(), 0.4F);
-    EXPECT_EQ(i_preferences.GetLong("Current Volume (0-100)"), 40);
-
     const int settingsL = i_settingsL;
-    EXPECT_EQ(i_controlP->SetPitch(5), noErr);
+    EXPECT_EQ(i_controlP->SetPitch(12), noErr);
     EXPECT_EQ(i_controlP->SetTempo(0.9), noErr);
     EXPECT_EQ(i_controlP->SetPitch(13), paramErr);
     EXPECT_EQ(i_controlP->SetTempo(0), paramErr);
+    EXPECT_EQ(i_controlP->SetTempo(2.6), paramErr);   // no song could keep it
     EXPECT_EQ(i_settingsL, settingsL + 2);
-    EXPECT_EQ(song.Meta().GetInteger("PICH"_key), 5);
+    EXPECT_EQ(song.Meta().GetInteger("PICH"_key), 12);
     EXPECT_NEAR(song.Meta().GetFloat("TMPO"_key), 0.9, 1e-6);
+    i_preferences.Set("Tempo change increment (percent)", CCFValue(2.5));
+    EXPECT_EQ(i_controlP->SetTempo(1), noErr);
+    for (const int step : {1, 1, 1, 1, -1, -1, -1, -1}) EXPECT_EQ(i_controlP->StepTempo(step), noErr);
+    EXPECT_EQ(i_controlP->Tempo(), 1.0);
 
-    i_preferences.Set("Remember pitch / tempo in all playlists", CCFValue(false));
-    EXPECT_EQ(i_controlP->SetPitch(-7), noErr);   // of this row alone
-    EXPECT_EQ(song.Meta().GetInteger("PICH"_key), 5);
+    // What a row shows is what plays: its song's, unless rows have values of their own.
+    i_listP->SetRowValue(Row(0), "PICH"_key, CMetaValue(-7));
+    ASSERT_EQ(Play(0), noErr);
+    EXPECT_EQ(i_controlP->Pitch(), 12);
+    TuneRows();
     ASSERT_EQ(Play(0), noErr);
     EXPECT_EQ(i_controlP->Pitch(), -7);
+    EXPECT_NEAR(i_listP->ValueOf(Row(0), "TMPO"_key).Float(), i_controlP->Tempo(), 1e-6);
+    EXPECT_EQ(i_controlP->SetPitch(-8), noErr);   // of this row alone
+    EXPECT_EQ(song.Meta().GetInteger("PICH"_key), 12);
+    EXPECT_EQ(i_listP->ValueOf(Row(0), "PICH"_key).Integer(), -8);
     ASSERT_TRUE(RunUntilPlaying());
     // On another output the song goes on as the operator has set it.
     i_controlP->SetVolume(0.7F);
@@ -44,6 +52,36 @@ TEST_F(PlayTest, SettingsReachTheSoundAndAreKept) {
     EXPECT_TRUE(i_controlP->IsMuted());
     i_controlP->SetVolume(7);
     EXPECT_EQ(i_controlP->Volume(), 1);
+}
+
+/** A song's own level is there with its first sample, and for no song behind it. */
+TEST_F(PlayTest, EachSongBeginsAtItsOwnLevelOrTheTransports) {
+    i_device.keepB = true;
+    i_controlP->SetVolume(0.8F);
+    Add(Sound("own.wav", 1)).Meta().SetFloat("volm"_key, 0.25);
+    Add(Sound("plain.wav", 1));
+    Add(Sound("again.wav", 1)).Meta().SetFloat("volm"_key, 50);
+    i_preferences.Set("Stop at playlist end", CCFValue(true));
+    ASSERT_EQ(Play(0), noErr);
+    EXPECT_FLOAT_EQ(i_controlP->Volume(), 0.25F);
+    ASSERT_TRUE(RunUntilIdle());
+    EXPECT_FLOAT_EQ(i_controlP->Volume(), 0.8F);
+    EXPECT_EQ(i_preferences.GetLong("Current Volume (0-100)"), 80);
+    ASSERT_EQ(i_sung.size(), 3U);
+    ASSERT_TRUE(RunUntilOutputIsFree());
+    const auto songs = i_device.Songs();
+    ASSERT_EQ(songs.size(), 3U);
+    constexpr long kPeaks[] = {2048, 6554, 4096};   // of 0x2000
+    for (std::size_t n = 0; n < 3; ++n) {
+        const auto first = std::ranges::find_if(songs[n], [](std::int16_t sample) { return sample != 0; });
+        ASSERT_NE(first, songs[n].end());
+        EXPECT_NEAR(*first, kPeaks[n], 1) << n;
+        EXPECT_NEAR(std::ranges::max(songs[n]), kPeaks[n], 1) << n;
+    }
+    ASSERT_TRUE(Starts(2));
+    i_controlP->SetVolume(0.6F);   // by hand: the transport's from now on
+    ASSERT_TRUE(Starts(1));
+    EXPECT_FLOAT_EQ(i_controlP->Volume(), 0.6F);
 }
 
 TEST_F(PlayTest, TheSlipIsToldInSecondsAndKept) {

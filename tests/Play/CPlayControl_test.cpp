@@ -81,14 +81,57 @@ TEST_F(PlayTest, TheTrueLengthIsNotedWhenASongWasHeardToItsEnd) {
     EXPECT_EQ(trimmed.Meta().GetInteger("drtn"_key), 4000);
 }
 
-TEST_F(PlayTest, ASongWhoseGraphicsHaveGonePlaysAndTheOperatorIsTold) {
-    const std::filesystem::path graphics = Graphics("a.cdg", 600);
-    Add(Sound("a.wav", 30), graphics);
-    std::filesystem::remove(graphics);
-    ASSERT_EQ(Play(0), noErr);
-    ASSERT_TRUE(RunUntilPlaying());
-    EXPECT_EQ(AlertsSoFar(), Words{"The graphics of “a” were not found"});
-    EXPECT_TRUE(i_controlP->IsPlaying());
+TEST_F(PlayTest, ASongWithoutGraphicsThatCanBeSeenPlaysAndTheOperatorIsTold) {
+    Add(Sound("gone.wav", 30), i_folder / "gone.cdg");
+    Add(Sound("empty.wav", 30), Graphics("empty.cdg", 0));
+    Add(Sound("padding.wav", 30), i_folder / "padding.cdg");
+    std::ofstream(i_folder / "padding.cdg") << std::string(24 * 600, 0);
+    Add(Sound("black.wav", 30), Graphics("black.cdg", 600)).Meta().SetInteger("gChn"_key, 4);   // not what is drawn on
+    Add(Sound("folder.wav", 30), i_folder / "folder.cdg");
+    std::filesystem::create_directory(i_folder / "folder.cdg");
+    Words told;
+    for (std::size_t row = 0; row < 5; ++row) {
+        ASSERT_TRUE(Starts(row));
+        const std::string name = i_controlP->Current()->Spec().name;
+        told.push_back("The graphics of “" + name + "” were not found");
+        EXPECT_EQ(AlertsSoFar(), told);
+        EXPECT_NE(Details().back().find((i_folder / (name + ".cdg")).string()), std::string::npos);
+        EXPECT_EQ(i_controlP->Current()->Graphics(), nullptr);
+        EXPECT_TRUE(i_controlP->IsPlaying());
+    }
+}
+
+/** Silence under a picture that still changes is part of the song, padding is not. */
+TEST_F(PlayTest, ASongEndsWithItsSoundOrWithTheLastThatIsDrawn) {
+    i_preferences.Set("Stop between tracks", CCFValue(true));
+    const auto padded = [&](const std::string& name, std::size_t drawnL) {
+        const std::filesystem::path file = Graphics(name, drawnL);
+        std::ofstream(file, std::ios::binary | std::ios::app) << std::string(24 * 90000, 0);
+        return file;
+    };
+    const struct {
+        double soundT;
+        std::size_t drawnL;
+        double slipT;
+        long end300;
+    } cases[] = {{1, 1800, 0, 1800}, {1, 1800, 2, 1200}, {1, 1800, -1, 2100}, {6, 300, 0, 1800}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.drawnL << " packets, " << c.soundT << " s");
+        const std::string name = std::to_string(&c - cases);
+        CSong& song = Add(Sound(name + ".wav", c.soundT), padded(name + ".cdg", c.drawnL));
+        song.Meta().SetFloat("Slip"_key, c.slipT);
+        ASSERT_TRUE(Starts(static_cast<std::size_t>(&c - cases)));
+        EXPECT_EQ(i_controlP->EndTime300(), c.end300);
+        long last300 = 0;
+        ASSERT_TRUE(RunUntil([&] {
+            if (i_controlP->State() == kPlaying) last300 = i_controlP->CurTime300();
+            return i_controlP->State() == kIdle;
+        }));
+        EXPECT_GE(last300, c.end300 - 100);
+        EXPECT_LT(last300, c.end300 + 60000);   // long before the padding ends
+        EXPECT_EQ(song.Meta().GetInteger("drtn"_key), 1800);
+    }
+    EXPECT_EQ(i_sung.size(), std::size(cases));
 }
 
 /** What is done in which state, and where it leads. */

@@ -154,4 +154,46 @@ TEST_F(PlayDeviceTest, ADeviceThatVanishesAndComesBackPlaysOnWhereTheWordsAre) {
     EXPECT_EQ(i_controlP->PlayErr(), noErr);
 }
 
+/** The device that was chosen, else another, else a clock that looks for one; each piece of news once. */
+TEST_F(PlayDeviceTest, ASongPlaysOnWhatIsThereAndGoesBackToWhatWasChosen) {
+    const auto plays = [&](const std::string& name) { return RunUntil([&] { return i_device.plays.Get() == name; }); };
+    i_anyDeviceB = true;
+    Add(Sound("a.wav", 600), Graphics("a.cdg", 180000));
+    i_device.namedB = false;
+    EXPECT_EQ(i_controlP->SetOutputDevice("Interface"), noErr);
+    for (int songs = 0; songs < 2; ++songs) {
+        ASSERT_TRUE(Starts(0));
+        EXPECT_TRUE(plays("System Default"));
+    }
+    EXPECT_EQ(AlertsSoFar(), Words{"The audio output “Interface” is not there."});
+    EXPECT_EQ(i_controlP->SetOutputDevice("Interface"), noErr);   // asked for again: looked for, and answered
+    ASSERT_TRUE(RunUntil([&] { return AlertsSoFar().size() == 2; }));
+    EXPECT_EQ(i_device.looksL, 1);
+    i_device.namedB = i_device.newB = true;   // it comes
+    EXPECT_TRUE(plays("Interface"));
+
+    i_device.namedB = false;   // and goes, in the middle of the song
+    i_device.lostB = true;
+    EXPECT_TRUE(plays("System Default"));
+    ASSERT_TRUE(Starts(0));
+    EXPECT_EQ(AlertsSoFar().size(), 3U) << testing::PrintToString(AlertsSoFar());
+    EXPECT_EQ(AlertsSoFar().back(), "The audio output “Interface” has gone.");
+    i_device.otherB = false;   // nor is there any other
+    i_device.lostB = true;
+    EXPECT_TRUE(plays(""));
+    ASSERT_TRUE(Starts(0));
+    const long at300 = i_controlP->CurTime300();
+    const int looksL = i_device.looksL;
+    const double sinceT = CClock::Get().SteadyT();
+    EXPECT_TRUE(RunUntil([&] {   // the words go on, and each second it is looked for one
+        return i_controlP->CurTime300() > at300 + 900 && i_device.looksL >= looksL + 2;
+    }));
+    EXPECT_LE(i_device.looksL - looksL, CClock::Get().SteadyT() - sinceT + 2);
+    EXPECT_EQ(AlertsSoFar().size(), 4U) << testing::PrintToString(AlertsSoFar());
+    i_device.otherB = true;   // no event tells of it
+    EXPECT_TRUE(plays("System Default"));
+    EXPECT_EQ(i_controlP->PlayErr(), noErr);
+    EXPECT_EQ(i_controlP->State(), kPlaying);
+}
+
 }   // namespace

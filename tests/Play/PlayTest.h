@@ -39,7 +39,18 @@ struct ScriptedDevice {
     std::atomic<bool> shutB{false};   // opening, and coming back, waits
     std::atomic<OSErr> openErr{noErr};
     std::atomic<bool> lostB{false}, otherB{true}, newB{false};   // it was pulled out; another one is there; one came
-    std::atomic<int> openedL{0};
+    std::atomic<bool> namedB{true};   // the device that was chosen by its name is there
+    std::atomic<int> openedL{0}, looksL{0};
+    CMutexT<std::string> plays;       // the name of what was opened; empty for none
+    std::atomic<bool> keepB{false};   // what is heard
+
+    /** The samples of each song, from its opening of the device. */
+    std::vector<std::vector<std::int16_t>> Songs() const {
+        const std::scoped_lock guard(lock);
+        return songs;
+    }
+    mutable std::mutex lock;
+    std::vector<std::vector<std::int16_t>> songs;
 
     void WaitAtGate() const {
         while (shutB) std::this_thread::sleep_for(std::chrono::milliseconds(1));
@@ -54,15 +65,37 @@ public:
         i_device.WaitAtGate();
         if (Failed(i_device.openErr.load())) return i_device.openErr;
         EXPECT_EQ(++i_device.openedL, 1) << "two songs in one output";
+        const std::scoped_lock guard(i_device.lock);
+        i_device.songs.emplace_back();
         return CAudioOutput_Null::Open("", blocks);
+    }
+    OSErr Deliver(std::span<const std::int16_t> stereo) override {
+        const std::scoped_lock guard(i_device.lock);
+        if (i_device.keepB) i_device.songs.back().insert(i_device.songs.back().end(), stereo.begin(), stereo.end());
+        return noErr;
     }
     void Close() override {
         --i_device.openedL;
         CAudioOutput_Null::Close();
     }
     [[nodiscard]] bool IsLost() const override { return i_device.lostB; }
+    OSErr OpenAny(std::string_view device, const AudioBlocks& blocks, std::string& got) override {
+        i_wanted = device;
+        if (const OSErr err = Open(device, blocks); Failed(err)) return err;
+        got = Found();
+        i_device.lostB = got.empty();
+        return noErr;
+    }
+    void LookAgain() override { i_device.newB = true, Wake(); }
     OSErr Recover(std::string& device) override {
+        ++i_device.looksL;
         i_device.WaitAtGate();
+        if (!i_wanted.empty()) {
+            if (!i_device.lostB && !i_device.namedB) return ioErr;
+            device = Found();
+            i_device.lostB = device.empty();
+            return device.empty() ? ioErr : noErr;
+        }
         if (!i_device.otherB) return ioErr;
         device = "Other";
         i_device.lostB = false;
@@ -71,7 +104,15 @@ public:
     [[nodiscard]] bool NewDevice() override { return i_device.newB.exchange(false); }
 
 private:
+    [[nodiscard]] std::string Found() const {
+        const bool namedB = i_device.namedB && i_wanted != kAudioOutput_Default;
+        const std::string found(namedB ? i_wanted : i_device.otherB ? std::string(kAudioOutput_Default) : "");
+        i_device.plays.Set(found);
+        return found;
+    }
+
     ScriptedDevice& i_device;
+    std::string i_wanted;   // where any device will do
 };
 
 using Words = std::vector<std::string>;
@@ -85,9 +126,11 @@ protected:
         CLog::Get().SetFile(i_folder / "log.txt");
         CLog::Get().SetLive(true);
         Alerts().clear();
-        SetAlertHook([](std::string_view message, std::string_view) {
+        Details().clear();
+        SetAlertHook([](std::string_view message, std::string_view detail) {
             const std::scoped_lock guard(AlertLock());
             Alerts().push_back(std::string(message));
+            Details().push_back(std::string(detail));
         });
         i_managerP = std::make_unique<CThreadManager>();
         i_databaseP = std::make_unique<CSongDatabase>(static_cast<CSongDatabaseHost&>(*this));
@@ -123,17 +166,18 @@ protected:
         for (std::uint32_t n = 0; n < framesL; ++n) put(n < silentL ? 0U : n % 100 < 50 ? 0x20002000U : 0xE000E000U);
         return i_folder / name;
     }
-    /** So many packets of graphics, tiles that differ. */
+    /** So many packets of graphics: a white colour, and tiles that differ. */
     std::filesystem::path Graphics(const std::string& name, std::size_t packetsL) const {
         std::ofstream out(i_folder / name, std::ios::binary);
         for (std::size_t n = 0; n < packetsL; ++n) {
             std::array<char, 24> packet{};
             packet[0] = 9;
-            packet[1] = 6;
+            packet[1] = n == 0 ? 30 : 6;
             packet[5] = 1;
             packet[6] = static_cast<char>(n % 18);
             packet[7] = static_cast<char>(n / 18 % 50);
             for (std::size_t row = 8; row < 20; ++row) packet[row] = static_cast<char>((n + row) % 64);
+            if (n == 0) packet[6] = packet[7] = 63;
             out.write(packet.data(), packet.size());
         }
         return i_folder / name;
@@ -149,6 +193,12 @@ protected:
         song.Meta().SetString("name"_key, (audio.empty() ? video : audio).stem().string());
         i_listP->AddItem({.target = song.GetSongID()});
         return song;
+    }
+    /** "Remember pitch / tempo in all playlists" is off. */
+    void TuneRows() {
+        LibrarySettings settings = *i_databaseP->Settings();
+        settings.tuneRowsB = true;
+        i_databaseP->SetSettings(std::move(settings));
     }
     [[nodiscard]] PLItemID Row(std::size_t n) const { return i_listP->GetSortedList().at(n); }
     OSErr Play(std::size_t row) { return i_controlP->Play(i_listP->ID(), Row(row)); }
@@ -198,6 +248,11 @@ protected:
         static Words s_alerts;
         return s_alerts;
     }
+    /** What stands below each of them. */
+    static Words& Details() {
+        static Words s_details;
+        return s_details;
+    }
     static Words AlertsSoFar() {
         const std::scoped_lock guard(AlertLock());
         return Alerts();
@@ -212,13 +267,16 @@ protected:
         return {std::make_unique<GatedOutput>(i_device), device};
     }
     CGraphicsPorts& Ports() override { return i_ports; }
+    bool PlaysOnAnyDevice() const override { return i_anyDeviceB; }
     bool IsUnpacking(SongID song) override { return song == i_unpacking; }
     void ShowMessage(std::string_view text) override { i_messages.emplace_back(text); }
     void Deselect() override { i_deselectedB = true; }
+    void SongFailed(const CSongPlay& play, OSErr) override { i_failed.push_back(play.Spec().name); }
     void SongEnded(const CSongPlay& play) override { i_sung.push_back(play.Spec().name); }
     void StopPlayback() override { i_controlP->Stop(); }
     void PlayChanged() override { i_states.push_back(i_controlP->State()); }
     void SettingsChanged() override { ++i_settingsL; }
+    void GoBackChanged() override { i_offers.push_back(i_controlP->InterruptedSong() ? i_controlP->InterruptedSong()->name : ""); }
 
     std::filesystem::path i_folder;
     FastClock i_clock;
@@ -229,8 +287,8 @@ protected:
     CGraphicsPorts i_ports;
     ScriptedDevice i_device;
     SongID i_unpacking{SDB_kUninitializedID};
-    bool i_quittingB = false, i_deselectedB = false;
-    Words i_messages, i_sung;
+    bool i_quittingB = false, i_deselectedB = false, i_anyDeviceB = false;
+    Words i_messages, i_sung, i_failed, i_offers;
     std::vector<PlayState> i_states;
     int i_settingsL = 0;
     std::unique_ptr<CThreadManager> i_managerP;

@@ -184,9 +184,16 @@ TEST_F(SongTableModel, EditsWhatItsKeyAllows) {
     EXPECT_EQ(song.Name(), "new");
     EXPECT_FALSE(model.index(0, 1).flags().testFlag(Qt::ItemIsEditable));   // the duration is the file's
     EXPECT_FALSE(model.setData(model.index(0, 1), "1:00", Qt::EditRole));
+    EXPECT_TRUE(model.setData(model.index(0, 2), 12, Qt::EditRole));   // the song's, which is what plays
+    EXPECT_EQ(song.Meta().GetInteger("PICH"_key), 12);
+    i_databaseP->SetSettings({.tuneRowsB = true});
     EXPECT_TRUE(model.setData(model.index(0, 2), 3, Qt::EditRole));   // of this singer, in this row
     EXPECT_EQ(list.ValueOf(item, "PICH"_key).Integer(), 3);
-    EXPECT_FALSE(song.Meta().Has("PICH"_key));
+    EXPECT_EQ(song.Meta().GetInteger("PICH"_key), 12);
+    const std::vector<MenuItem> pitches = MenuItemsOf(MetaManager().GetTraits("PICH"_key));
+    ASSERT_EQ(pitches.size(), 25U);
+    EXPECT_EQ(pitches.front().text, "+12");
+    EXPECT_EQ(pitches.back().value, -12);
     EXPECT_TRUE(model.setData(model.index(0, 3), Qt::Checked, Qt::CheckStateRole));
     EXPECT_EQ(song.Meta().GetBool("Duet"_key), BoolValueType::kTrue);
     EXPECT_EQ(model.data(model.index(0, 3), Qt::CheckStateRole).toInt(), Qt::Checked);

@@ -1,0 +1,44 @@
+#pragma once
+#include <optional>
+
+#include "Play/CPlayPlace.h"
+#include "Play/SongPlaySpec.h"
+
+/** What the operator is offered: the name of the song, and where it stood, in 300ths. */
+struct GoBackOffer {
+    std::string name;
+    long place300 = 0;
+};
+
+/** The song that a hand has cut off, as it sounded then: a stray press takes it from its singer, and half a minute is
+    there to give it back.
+    Units    300ths of the song; the half minute is CClock's.
+    Threads  main.
+    Owner    CPlayControl. */
+class CInterruptedSong {
+public:
+    static constexpr double kKept_T = 30;
+
+    struct Song {
+        SongPlaySpec spec;
+        CPlayPlace place;
+        long at300 = 0;
+        float levelF = 1;
+        bool pausedB = false;
+    };
+
+    void Keep(Song song);
+    /** Nothing is kept afterwards. */
+    [[nodiscard]] std::optional<Song> Take();
+    [[nodiscard]] bool IsKept() const;
+    /** Nothing, once the time is over. */
+    [[nodiscard]] std::optional<GoBackOffer> Offer() const;
+    /** True once after the time has run out: the offer has gone. */
+    [[nodiscard]] bool HasRunOut();
+    /** Its row is about to leave the list, as one of those. */
+    void RowsLeave(PlaylistID list, std::span<const PLItemID> items);
+
+private:
+    std::optional<Song> i_song;
+    double i_untilT = 0;
+};
