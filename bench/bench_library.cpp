@@ -16,6 +16,7 @@
 #include "Library/CLibraryStore.h"
 #include "Library/CMetaManager.h"
 #include "Library/CSongDatabase.h"
+#include "Library/CSongFileKeeper.h"
 
 namespace {
 
@@ -98,6 +99,13 @@ void Measure(BenchHost& host, const CFileRef& folder) {
         "turns "
         "%.2f and %.2f ms\n",
         saveT, editT, startT, turns.longestT, turns.secondT);
+
+    const auto keeperRef = database.FileKeeper();
+    const auto ask = [&] {
+        return Milliseconds([&] { (void)keeperRef->MayTouch(song.FileRef(SDB_SongFile_AUDIO), song.GetSongID()); });
+    };
+    const double firstT = ask(), nextT = ask();
+    std::printf("  may a file be touched %8.0f ms at first, then %.3f ms\n", firstT, nextT);
 
     CPlayList* listP = nullptr;
     for (CPlayList* const oneP : database.PlayLists())

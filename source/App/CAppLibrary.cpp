@@ -1,5 +1,7 @@
 #include "App/CAppLibrary.h"
 
+#include <algorithm>
+
 #include "App/CAppWindows.h"
 #include "Core/CAlerts.h"
 #include "Core/CApp.h"
@@ -7,6 +9,7 @@
 #include "Core/WaitMode.h"
 #include "Library/CT_FindMissing.h"
 #include "Play/CPlayControl.h"
+#include "Platform/CClock.h"
 
 namespace {
 constexpr int kLock_Tries = 500;   // turns of 0.01 s
@@ -77,7 +80,20 @@ void CAppLibrary::AfterStart() {
     i_database.Lengths().FindAll();
 }
 
+/** A disc that takes long is asked seldom: a twentieth of the time at the most goes into it. */
+void CAppLibrary::LookForMarked() {
+    constexpr double kAgain_T = 10, kShare = 20;
+    const double nowT = CClock::Get().SteadyT();
+    if (i_looksB || nowT < i_lookAtT || i_database.IsLoading() || i_database.MissingSongs().empty()) return;
+    i_looksB = !Failed(CT_FindMissing::StartMarked(i_database, [this, nowT](OSErr) {
+        const double endT = CClock::Get().SteadyT();
+        i_looksB = false;
+        i_lookAtT = endT + std::max(kAgain_T, kShare * (endT - nowT));
+    }));
+}
+
 void CAppLibrary::Idle() {
+    LookForMarked();
     std::vector<CFileRef::Path> changed = i_mounts.Changed();
     if (changed.empty() || i_database.Songs()->Count() == 0) return;
     for (const CFileRef::Path& folder : changed) LogF("A volume came or went: %s", folder.c_str());

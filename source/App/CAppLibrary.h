@@ -28,7 +28,7 @@ public:
     [[nodiscard]] CLibraryStore* Store() noexcept { return i_store.get(); }
     /** The application is ready, and the library was loaded: what the load found to be saved becomes dirty. */
     void AfterStart();
-    /** Twice a second: a disc that came or went makes songs found or missing. */
+    /** Twice a second: a disc that came or went makes songs found or missing, and so do files that are back. */
     void Idle();
 
     // What the database asks.
@@ -67,5 +67,9 @@ private:
     std::unique_ptr<CLibraryStore> i_store;   // before the database goes
     bool i_othersDirtyB = false;              // what is saved beside the library: the preferences
     CMountTable i_mounts;
+    void LookForMarked();
+
+    bool i_looksB = false;   // whether what is missing is back,
+    double i_lookAtT = 0;    // and when again
     bool i_purgesB = false, i_purgeAgainB = false;
 };

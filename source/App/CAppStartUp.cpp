@@ -24,6 +24,7 @@
 #include "Graphics/CHq4x.h"
 #include "Library/CMetaManager.h"
 #include "Platform/CClock.h"
+#include "Library/SongFolders.h"
 #include "Platform/CFolders.h"
 #include "Platform/CMainLoop.h"
 
@@ -102,7 +103,7 @@ void CAppStartUp::CreateThreadManager() {
 
 void CAppStartUp::LoadPreferences() {
     PrefsOptions options;
-    options.musicFolder = CFolders::Music() / "Vopla Music";
+    options.musicFolder = DefaultMusicFolder(CFolders::Music() / "Vopla");
     options.cacheFolder = CFolders::Cache() / "Vopla";
     std::error_code err;   // the columns come with the browser: until then there is no such file
     if (const auto columns = i_app.i_setup.resources / "Default Columns.plist"; std::filesystem::exists(columns, err))

@@ -3,6 +3,7 @@
 #include "Core/CPreferences.h"
 #include "Core/FaultText.h"
 #include "Core/FSrObjects.h"
+#include "Library/SongFolders.h"
 #include "Platform/CFolders.h"
 
 namespace {
@@ -23,14 +24,19 @@ LibraryPlaces CliLibraryPlaces(const CliContext& context) {
     places.root = CFileRef(itselfB ? std::filesystem::absolute(context.root) : CFolders::Music() / "Vopla");
     const auto prefs = CliPreferences(context);
     places.musicFolder = prefs->MusicFolder();
-    if (places.musicFolder.empty()) places.musicFolder = places.root.GetPath().parent_path() / "Vopla Music";
+    if (places.musicFolder.empty()) places.musicFolder = DefaultMusicFolder(places.root.GetPath());
     places.cacheFolder = prefs->CacheFolder();
     if (places.cacheFolder.empty()) places.cacheFolder = CFolders::Cache() / "Vopla";
     return places;
 }
 
 CCliLibrary::CCliLibrary(const CliContext& context)
-    : i_context(context), i_places(CliLibraryPlaces(context)), i_database(i_above) {}
+    : i_context(context), i_places(CliLibraryPlaces(context)), i_database(i_above) {
+    LibrarySettings settings = *i_database.Settings();
+    settings.musicFolder = i_places.musicFolder;
+    settings.cacheFolder = i_places.cacheFolder;
+    i_database.SetSettings(std::move(settings));
+}
 
 int CliInUse(const CliContext& context, OSErr err) {
     return CliFail(context, err, "the library is in use: quit the program that has it, then try again");
@@ -86,6 +92,11 @@ int CCliLibrary::TakeToMend() {
     if (const int status = Take(); status != 0) return status;
     const OSErr err = Load();
     return Failed(err) && !IsEmpty() ? CannotLoad(err) : 0;
+}
+
+void CCliLibrary::MarkMissing(std::span<const SongID> songs) {
+    for (const SongID id : songs)
+        if (auto files = CSongFiles::Of(i_database, id)) i_database.GetSong(id)->SetMissing(!files->IsReachable());
 }
 
 OSErr CCliLibrary::Save(SaveForce force) {

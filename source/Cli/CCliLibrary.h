@@ -26,6 +26,8 @@ public:
     int TakeWhole();
     /** To mend it, whatever it is like: 1, told, only while a host has it or when no folder can be made. */
     int TakeToMend();
+    /** Looks at the disc, and marks the songs whose files are not there ("Msng"). */
+    void MarkMissing(std::span<const SongID> songs);
 
     [[nodiscard]] bool IsEmpty() const { return i_store == nullptr || i_store->Report().emptyB; }
     [[nodiscard]] CSongDatabase& Database() noexcept { return i_database; }

@@ -10,6 +10,7 @@
 #include "Library/AddFilesToLibrary.h"
 #include "Library/CLibraryBackup.h"
 #include "Library/CLibraryCheck.h"
+#include "Library/MakeSongOfFiles.h"
 
 namespace {
 
@@ -43,6 +44,7 @@ int ListSongs(const CliCall& call) {
     CSongDatabase& database = call.libraryP->Database();
     std::vector<SongID> ids = database.Songs()->Ids();
     std::ranges::sort(ids);
+    call.libraryP->MarkMissing(ids);
     for (const SongID id : ids) {
         CSong& song = *database.GetSong(id);
         call.context.out << (call.context.jsonB ? SongJSON(song) : SongLine(song)) << "\n";
@@ -54,6 +56,8 @@ int ShowSong(const CliCall& call) {
     const std::string& word = call.words.arguments[0];
     CSong* const songP = FindSong(*call.libraryP, word);
     if (songP == nullptr) return CliFail(call.context, fnfErr, "no song " + word);
+    const SongID id = songP->GetSongID();
+    call.libraryP->MarkMissing(std::span(&id, 1));
     Print(call.context, *songP);
     return 0;
 }
@@ -65,6 +69,8 @@ int SetSong(const CliCall& call) {
     std::string fault;
     if (const OSErr err = SetSongValue(*songP, call.libraryP->Places(), words[1], words[2], fault); Failed(err))
         return CliFail(call.context, err, fault);
+    const SongID id = songP->GetSongID();
+    call.libraryP->MarkMissing(std::span(&id, 1));
     if (const OSErr err = call.libraryP->Save(); Failed(err))
         return CliFailStep(call.context, err, "saving the library");
     Print(call.context, *songP);
@@ -104,7 +110,9 @@ int RebuildLibrary(const CliCall& call) {
     // Without a library the load itself has looked through the folders.
     const std::size_t beforeL = library.IsEmpty() ? 0 : database.Songs()->Count();
     std::vector<RefusedFile> refused;
-    static_cast<void>(AddFilesToLibrary(database, folders, &refused));
+    static_cast<void>(AddFilesToLibrary(database, folders, &refused, [&database](const SongFileSet& set) {
+        return MakeSongOfFiles(database, set, DateAdded::kFile);   // they were there already
+    }));
     const std::size_t songsL = database.Songs()->Count();
     database.Lengths().FindAll();
     while (database.Lengths().IsBusy()) WaitOneTurn();

@@ -11,6 +11,7 @@
 #include "Core/UTF8.h"
 #include "Library/CMetaManager.h"
 #include "Library/FloatBounds.h"
+#include "Library/SongFileFacts.h"
 
 namespace {
 
@@ -24,7 +25,8 @@ std::string FloatJSON(double value) {
     return CopyToJSON(CCFValue(value));   // of an old file
 }
 
-std::string ValueJSON(const CMetaValue& value) {
+std::string ValueJSON(const CMetaValue& value, MetaKey key) {
+    if (key == "SIZE"_key) return std::to_string(SizeOfStored(value.Integer()));
     switch (value.Type()) {
         case ValType::ValType_STRING:
             return JSONString(value.Text());
@@ -157,7 +159,7 @@ std::string SongJSON(CSong& song) {
     for (const MetaEntry& entry : InOrder(song)) {
         json += ',';
         AppendJSONString(MetaKeyText(entry.key), json);
-        json += ':' + ValueJSON(entry.value);
+        json += ':' + ValueJSON(entry.value, entry.key);
     }
     return json + "}";
 }
@@ -178,6 +180,7 @@ std::string SongLine(CSong& song) {
                        "\t" + song.Name().UTF8();
     if (const CMetaValue length = song.Meta().Stored("drtn"_key))
         line += "\t" + MetaManager().GetTraits("drtn"_key).Display(length).UTF8();
+    if (song.Meta().Stored("Msng"_key).Bool() == BoolValueType::kTrue) line += "\tmissing";
     std::ranges::replace(line, '\n', ' ');
     return line;
 }

@@ -31,6 +31,21 @@ OSErr LookFor(const CFileRef& file, FileKind kind, bool& existsB) {
     return err;
 }
 
+/** On a disc that does not tell capitals the new name finds the file itself, and a plain rename does nothing. EEXIST, and
+    the old name, for two links to one file. */
+int RenameCapitals(const CFileRef::Path& from, const CFileRef::Path& to) {
+    std::string between;
+    const std::string wanted = to.stem().string() + " (renaming)" + to.extension().string();
+    if (Failed(FSrMakeUniqueName(CFileRef(from.parent_path()), wanted, between))) return EEXIST;
+    const CFileRef::Path aside = from.parent_path() / between;
+    if (const int err = Calls().RenameNew(from, aside); err != 0) return err;
+    const int err = Calls().RenameNew(aside, to);
+    if (err == 0) return 0;
+    if (const int back = Calls().RenameNew(aside, from); back != 0)
+        LogF("### Error %s could not get its name back: it is called %s", from.c_str(), aside.c_str());
+    return err;
+}
+
 OSErr DeleteTree(const CFileRef::Path& path, int depth) {
     FileInfo info;
     if (const int err = Calls().Look(path, false, info); err != 0) return FSError(err, "stat", path);
@@ -132,9 +147,17 @@ OSErr FSrRename(CFileRef& file, std::string_view newName) {
     if (const OSErr err = FSrCheckName(newName); Failed(err)) return err;
     CFileRef::Path to = file.GetPath().parent_path() / newName;
     if (to == file.GetPath()) return noErr;
-    if (const int err = Calls().RenameNew(file.GetPath(), to); err != 0) return FSError(err, "rename", file.GetPath());
+    int err = Calls().RenameNew(file.GetPath(), to);
+    if (err == EEXIST && FSrIsSameFile(file, CFileRef(to))) err = RenameCapitals(file.GetPath(), to);
+    if (err != 0) return FSError(err, "rename", file.GetPath());
     file.SetPath(std::move(to));
     return noErr;
+}
+
+bool FSrIsSameFile(const CFileRef& one, const CFileRef& other) {
+    FileInfo first, second;
+    return Calls().Look(one.GetPath(), false, first) == 0 && Calls().Look(other.GetPath(), false, second) == 0 &&
+           first.deviceL == second.deviceL && first.inodeL == second.inodeL;
 }
 
 OSErr FSrDelete(const CFileRef& file) { return file.IsEmpty() ? errFSMissingName : DeleteTree(file.GetPath(), 0); }
@@ -161,7 +184,7 @@ OSErr FSrOnSameVolume(const CFileRef& one, const CFileRef& other, bool& sameB) {
     return noErr;
 }
 
-OSErr FSrMakeUniqueName(const CFileRef& folder, std::string_view name, std::string& unique) {
+OSErr FSrMakeUniqueName(const CFileRef& folder, std::string_view name, std::string& unique, const CFileRef& self) {
     if (const OSErr err = FSrCheckName(name); Failed(err)) return err;
     const CFileRef::Path whole(name);
     for (int n = 1; n < kUnique_Most; ++n) {
@@ -179,7 +202,7 @@ OSErr FSrMakeUniqueName(const CFileRef& folder, std::string_view name, std::stri
         }
         bool existsB = true;
         if (const OSErr err = FSrObjectExists(CFileRef(folder, tried), existsB); Failed(err)) return err;
-        if (existsB) continue;
+        if (existsB && (self.IsEmpty() || !FSrIsSameFile(self, CFileRef(folder, tried)))) continue;
         unique = std::move(tried);
         return noErr;
     }

@@ -26,7 +26,8 @@ OSErr FSrFindOrCreateFolder(const CFileRef& parent, std::string_view name, CFile
 OSErr FSrCreateFolder(const CFileRef& parent, std::string_view name, CFileRef& folder);
 /** The folder and all that is missing above it; `mode` for each new one. */
 OSErr FSrMakeFolders(const CFileRef::Path& folder, std::uint32_t mode = 0777);
-/** In its folder; dupFNErr when the name is taken. `file` has the new name afterwards. */
+/** In its folder; dupFNErr when the name is taken, but by the file itself, in other capitals on a disc that does not tell
+    them. `file` has the new name afterwards. */
 OSErr FSrRename(CFileRef& file, std::string_view newName);
 /** A file, link, or folder with all that is in it; links are not followed. fnfErr when missing. */
 OSErr FSrDelete(const CFileRef& file);
@@ -34,8 +35,11 @@ OSErr FSrDelete(const CFileRef& file);
 OSErr FSrOnSameVolume(const CFileRef& one, const CFileRef& other, bool& sameB);
 /** The number of the volume that holds `path`, or its nearest folder that is there. */
 OSErr FSrVolume(const CFileRef::Path& path, std::uint64_t& device);
-/** `name` when it is free in `folder`, else "name 2.ext" and so on. Somebody else may take it in the meantime. */
-OSErr FSrMakeUniqueName(const CFileRef& folder, std::string_view name, std::string& unique);
+/** Both paths lead to one file. */
+[[nodiscard]] bool FSrIsSameFile(const CFileRef& one, const CFileRef& other);
+/** `name` when it is free in `folder`, or names `self`, else "name 2.ext" and so on. Somebody else may take it in the
+    meantime. */
+OSErr FSrMakeUniqueName(const CFileRef& folder, std::string_view name, std::string& unique, const CFileRef& self = {});
 /** The names in a folder, sorted. */
 OSErr FSrList(const CFileRef& folder, std::vector<std::string>& names);
 /** Brings the names of a folder down to the disc. */

@@ -15,14 +15,15 @@ std::string AddedFiles::RefusedText() const {
 }
 
 OSErr AddFilesToLibrary(CSongDatabase& database, std::vector<std::filesystem::path> paths,
-                        std::function<void(const AddedFiles&)> done) {
+                        std::function<void(const AddedFiles&)> done, MakeSong make) {
     auto taskP = std::make_unique<CT_AddFiles>(
         database, std::move(paths), [done = std::move(done)](OSErr, const AddedFiles& added) { done(added); });
+    taskP->AskFirst(std::move(make));
     return CT_Preemptive::Start(std::move(taskP)) == 0 ? abortErr : noErr;
 }
 
 std::vector<SongID> AddFilesToLibrary(CSongDatabase& database, std::span<const std::filesystem::path> paths,
-                                      std::vector<RefusedFile>* refusedP) {
+                                      std::vector<RefusedFile>* refusedP, MakeSong make) {
     struct Outcome {
         AddedFiles added;
         bool doneB = false;
@@ -33,6 +34,7 @@ std::vector<SongID> AddFilesToLibrary(CSongDatabase& database, std::span<const s
                                                    outcomeRef->added = added;
                                                    outcomeRef->doneB = true;
                                                });
+    taskP->AskFirst(std::move(make));
     if (CT_Preemptive::Start(std::move(taskP)) == 0) return {};
     while (!outcomeRef->doneB) WaitOneTurn();
     if (refusedP != nullptr) *refusedP = outcomeRef->added.refused;

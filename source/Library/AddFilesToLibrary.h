@@ -7,6 +7,7 @@
 #include "Library/LibraryIDs.h"
 #include "Library/SongFileSets.h"
 
+class CSong;
 class CSongDatabase;
 
 /** The songs of what was added, in the order of the files; a file that the library had already is answered by its song.
@@ -20,13 +21,17 @@ struct AddedFiles {
     [[nodiscard]] std::string RefusedText() const;
 };
 
+/** Makes the song of new files; null: somebody else shall. */
+using MakeSong = std::function<CSong*(const SongFileSet& set)>;
+
 /** Adds files and folders to the library as they lie: sound with its graphics, zips, videos; named after the file. The
     disc is read by a task.
     Threads  main. `done` runs there later, unless the database has gone.
-    Errors   abortErr when no task can be started: `done` is not called then. */
+    Errors   abortErr when no task can be started: `done` is not called then.
+    `make`, where there is one, is asked first for the song of new files; null from it makes one named after them. */
 OSErr AddFilesToLibrary(CSongDatabase& database, std::vector<std::filesystem::path> paths,
-                        std::function<void(const AddedFiles&)> done);
+                        std::function<void(const AddedFiles&)> done, MakeSong make = {});
 
 /** The same, and waits for it, pumping timers and paint meanwhile: for the command line. */
 std::vector<SongID> AddFilesToLibrary(CSongDatabase& database, std::span<const std::filesystem::path> paths,
-                                      std::vector<RefusedFile>* refusedP = nullptr);
+                                      std::vector<RefusedFile>* refusedP = nullptr, MakeSong make = {});

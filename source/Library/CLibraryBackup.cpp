@@ -14,6 +14,7 @@
 #include "Core/FaultText.h"
 #include "Library/BackupNames.h"
 #include "Library/CLibraryRestore.h"
+#include "Library/LibraryImage.h"
 
 namespace {
 
@@ -29,7 +30,10 @@ OSErr Collect(const CFileRef& root, const CFileRef::Path& below, std::vector<CFi
         FileInfo info;
         if (CFileCalls::Get().Look(root.GetPath() / path, false, info) != 0) continue;
         if (info.kind == FileKind::kFile && IsLibraryFile(path)) files.push_back(path);
-        if (info.kind != FileKind::kFolder) continue;
+        // The music folder may lie in the root: what stands there beside songs is theirs.
+        constexpr std::string_view kFolders[] = {kStr_PLAYLISTS_FOLDER, kStr_VENUES_FOLDER, kStr_STORES_FOLDER};
+        const bool oursB = !below.empty() || std::ranges::find(kFolders, name) != std::end(kFolders);
+        if (info.kind != FileKind::kFolder || !oursB) continue;
         if (const OSErr err = Collect(root, path, files); Failed(err)) return err;
     }
     return noErr;

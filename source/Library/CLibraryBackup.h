@@ -7,8 +7,8 @@
 /** Dated copies of the library's files, so that no fault of a save, of this program or of the user's costs a library:
     one zip before the first write of a run, the last ten of them, in a folder that the loading of the library passes
     over.
-    Holds    "Songs.vlb" and every property list below the library root (BackupNames); not the SQL store, which has
-             journals of its own.
+    Holds    "Songs.vlb" and every property list of the library root, its lists, venues and stores (BackupNames); not
+             the SQL store, which has journals of its own.
     Threads  one at a time, a worker: the time is that of packing the files.
     Errors   statuses, logged. A copy that could not be made leaves none behind, and is told by one alert; the save goes
              on without it, since what is damaged is set aside by itself. */

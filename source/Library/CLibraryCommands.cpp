@@ -14,6 +14,7 @@
 #include "Library/CT_PurgeCache.h"
 #include "Library/CT_TrashSongs.h"
 #include "Library/CT_UnzipSongs.h"
+#include "Library/SongFileTypes.h"
 #include "Library/ZipSongs.h"
 
 namespace {
@@ -93,6 +94,10 @@ OSErr CLibraryCommands::RemoveFromLibrary(const SDB_Selection& selection) {
 
 OSErr CLibraryCommands::RemoveDuplicates(const SDB_Selection& selection) {
     if (selection.List() != &i_database.Library()) return paramErr;
+    if (i_database.DuplicatesIn(selection).empty()) {
+        i_ui.Alert("There are no duplicates.", "Each of these songs has one row in the library.");
+        return noErr;
+    }
     if (!Confirm(LibraryDialog::kRemoveDuplicates)) return userCanceledErr;
     const std::unique_ptr<CProgressView> progressP = i_ui.OpenProgress("Remove Duplicates");
     WaitForSorts(*progressP);
@@ -193,7 +198,8 @@ OSErr CLibraryCommands::FindMissing(std::span<const SongID> songs, Done done) {
 
 CLibraryCommands::Done CLibraryCommands::Telling(const char* wordsZ, Done done) {
     return [&ui = i_ui, wordsZ, done = std::move(done)](OSErr err) {
-        if (Failed(err) && err != userCanceledErr && err != abortErr) ui.Alert(wordsZ, FaultText(err, FaultOf::kStep, {}));
+        const bool wishedB = err == userCanceledErr || err == abortErr || err == alreadyReportedErr;
+        if (Failed(err) && !wishedB) ui.Alert(wordsZ, FaultText(err, FaultOf::kStep, {}));
         if (done) done(err);
     };
 }
@@ -208,7 +214,8 @@ std::vector<SongID> CLibraryCommands::Those(std::span<const SongID> songs, bool 
 bool CLibraryCommands::CanZip(const CSong& song) {
     return song.GetStatus(SDB_SongFile_ZIP) == SDB_SongFileStatus_NONE &&
            song.GetStatus(SDB_SongFile_AUDIO) != SDB_SongFileStatus_NONE &&
-           song.GetStatus(SDB_SongFile_VIDEO) != SDB_SongFileStatus_NONE;
+           song.GetStatus(SDB_SongFile_VIDEO) != SDB_SongFileStatus_NONE &&
+           !IsMovieFile(song.FileRef(SDB_SongFile_VIDEO).GetPath());
 }
 
 bool CLibraryCommands::CanUnzip(const CSong& song) {

@@ -26,7 +26,7 @@ public:
 
     /** The songs of these rows leave all lists and the library; their files stay. */
     OSErr RemoveFromLibrary(const SDB_Selection& selection);
-    /** Rows of the library's list alone. */
+    /** Of these rows of the library's list those whose song has another row there. */
     OSErr RemoveDuplicates(const SDB_Selection& selection);
     /** The owned files go to the trash, the songs from all lists. */
     OSErr TrashOriginals(const SDB_Selection& selection, Done done = {});

@@ -1,8 +1,10 @@
 #include "Library/CLibraryLoader.h"
 
+#include <algorithm>
 #include <limits>
 #include <thread>
 
+#include "Core/AlertHook.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
 #include "Core/ThreadInfo.h"
@@ -10,6 +12,7 @@
 #include "Library/CReportXMLErr.h"
 #include "Library/CScopedClock.h"
 #include "Library/CSongFileReader.h"
+#include "Library/LibraryFileName.h"
 #include "Library/SDB_ForEach_LoadLibrary.h"
 
 namespace {
@@ -45,6 +48,7 @@ OSErr CLibraryLoader::Load(LibraryFileMap& files, LibraryReport& report) {
         Problem("the songs could not all be read: " + ErrorText(i_songsErr));
     report.emptyB =
         i_songsErr == fnfErr && !image.index && image.lists.empty() && image.venues.empty() && image.unread.empty();
+    MendSongs();
     if (Failed(walked) && walked != fnfErr) Problem("the library's folder could not be read: " + ErrorText(walked));
 
     CPlaylistLoader loader(i_database);
@@ -89,6 +93,44 @@ OSErr CLibraryLoader::AskIfTooNew(const LibraryImage& image) {
     return i_database.Host().Ask(question).buttonIndex == 1 ? noErr : userCanceledErr;
 }
 
+/** Damage is told before anything else is asked. What a whole copy has is added to what could be read: nothing is written
+    over, since the damaged file is set aside by the first save, and the lists stay those of now. */
+void CLibraryLoader::MendSongs() {
+    const bool goneB = i_songsErr == fnfErr && !i_reportP->emptyB;
+    if (!goneB && !i_songs.AreSongsDamaged()) return;
+    constexpr const char* kKeptZ =
+        "\nThe damaged file stays beside the new one, with “damaged” and the date in its name.";
+    const std::size_t readL = i_database.Songs()->Count();
+    const std::string text = std::string("“Songs.vlb”, the file with the songs of your library, is ") +
+                             (goneB ? "missing.  " : "damaged.  ") + std::to_string(readL) +
+                             (readL == 1 ? " song" : " songs") + " could be read.";
+    i_database.Host().ShowProgress("Looking for a whole copy of the library…");
+    auto keptRef = std::make_shared<CKeptSongs>();
+    const OSErr found = keptRef->Find(i_places.root);
+    if (goneB && (Failed(found) || keptRef->Count() == 0)) return;   // there never was one
+    i_changedB = true;
+    if (Failed(found)) {
+        Problem("no whole copy of the songs was found");
+        ShowAlert("Your library is damaged.",
+                  text + "  There is no whole copy of it.  Files of the music folder that no "
+                                                     "song names are taken in again." + kKeptZ);
+        return;
+    }
+    enum Button : std::size_t { kBringBack, kGoOn };
+    Question question;
+    question.title = "Your library is damaged.";
+    question.text = text + "  A whole copy of " + keptRef->Date() + " has " + std::to_string(keptRef->Count()) +
+                    ".  Shall the songs that are missing come back from it?" + (goneB ? "" : kKeptZ);
+    question.buttons = {"Bring Back", "Go On Without"};
+    Problem(question.text);
+    if (i_database.Host().Ask(question).buttonIndex == kGoOn) {
+        i_reportP->keptRef = std::move(keptRef);
+        return;
+    }
+    Problem(std::to_string(i_songs.LoadMissing(*keptRef)) + " songs came back from " +
+            keptRef->Copy().GetPath().string());
+}
+
 void CLibraryLoader::LoadIndex(LibraryImage& image) {
     if (!image.index) return;
     LibraryIndex& index = *image.index;
@@ -121,6 +163,10 @@ void CLibraryLoader::NoteIDs(const LibraryImage& image) {
 
 void CLibraryLoader::LoadLists(LibraryImage& image, CPlaylistLoader& loader, LibraryFileMap& files) {
     std::size_t doneL = 0;
+    // Of two files with one id the one under its list's name is no copy.
+    std::ranges::stable_partition(image.lists, [](const PlaylistFile& file) {
+        return file.file.GetPath().stem() == LibraryFileName(file.record.Name());
+    });
     for (const PlaylistFile& file : image.lists) {
         i_database.Host().ShowSteps(++doneL, image.lists.size());
         const std::int64_t number = file.record.Type();

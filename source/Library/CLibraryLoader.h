@@ -2,6 +2,7 @@
 #include <string>
 #include <vector>
 
+#include "Library/CKeptSongs.h"
 #include "Library/CSingerLoader.h"
 #include "Library/CSongStore.h"
 
@@ -14,6 +15,7 @@ struct LibraryReport {
     bool tooNewB = false;                // of a later program: it is never saved
     bool emptyB = false;                 // there was no library
     bool wholeB = true;                  // every song of the files was read
+    std::shared_ptr<const CKeptSongs> keptRef;   // a copy that knows songs which were not brought back from it
     bool storesB = false;                // there is a folder of music stores
 };
 
@@ -31,6 +33,7 @@ public:
 private:
     OSErr Read(LibraryImage& image);
     OSErr AskIfTooNew(const LibraryImage& image);
+    void MendSongs();
     void NoteIDs(const LibraryImage& image);
     void LoadIndex(LibraryImage& image);
     void LoadLists(LibraryImage& image, CPlaylistLoader& loader, LibraryFileMap& files);

@@ -44,7 +44,7 @@ std::size_t CLibraryRebuild::Run() {
     std::vector<SongID> songs;
     for (const SongFileSet& set : sets) {
         i_database.Host().ShowSteps(songs.size(), sets.size());
-        if (const CSong* const songP = MakeSongOfFiles(i_database, set)) songs.push_back(songP->GetSongID());
+        if (const CSong* const songP = MakeSongOfFiles(i_database, set, DateAdded::kFile)) songs.push_back(songP->GetSongID());
     }
     (void)i_database.AddSongsToLibrary(songs);
     LogF("Songs found: %zu", songs.size());

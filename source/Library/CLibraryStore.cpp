@@ -9,6 +9,7 @@
 #include "Core/WaitMode.h"
 #include "Core/WaitUntil.h"
 #include "Library/CLibraryRebuild.h"
+#include "Library/CLostSongs.h"
 #include "Library/COrphanSearch.h"
 #include "Library/CT_Preemtive_SaveSongs.h"
 #include "Library/CT_SDB_WritePList.h"
@@ -71,7 +72,12 @@ void CLibraryStore::MarkAllWritten() {
 void CLibraryStore::AfterStart() {
     if (!i_report.dirtyReason.empty()) i_database.SetDirty(true, i_report.dirtyReason);
     const bool lostB = !i_report.wholeB && !i_report.emptyB && !i_report.tooNewB;
-    if (lostB && Failed(COrphanSearch::Start(i_database, i_places.musicFolder))) Log("### Error finding orphans");
+    if (!lostB) return;
+    std::shared_ptr<CLostSongs> lostRef;
+    if (const auto keptRef = std::exchange(i_report.keptRef, nullptr))
+        lostRef = std::make_shared<CLostSongs>(i_database, i_songs, *keptRef);
+    if (Failed(COrphanSearch::Start(i_database, i_places.musicFolder, std::move(lostRef))))
+        Log("### Error finding orphans");
 }
 
 /** The folder that was loaded, by its own number: where a disc was taken away there is none, or that below it. A folder

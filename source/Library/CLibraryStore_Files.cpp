@@ -43,7 +43,7 @@ OSErr CLibraryStore::RenameNow(PlaylistID list, const SuperString& newName) {
     const std::string wanted = LibraryFileName(newName) + (venueB ? "" : std::string(kExtension));
     if (wanted == file.GetName()) return noErr;
     std::string unique;
-    if (const OSErr err = FSrMakeUniqueName(file.GetParent(), wanted, unique); Failed(err)) return err;
+    if (const OSErr err = FSrMakeUniqueName(file.GetParent(), wanted, unique, file); Failed(err)) return err;
     if (const OSErr err = FSrRename(file, unique); Failed(err)) return err == fnfErr ? noErr : err;
     if (venueB) Follow({before, file.GetPath()});
     return noErr;

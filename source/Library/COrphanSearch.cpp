@@ -1,8 +1,12 @@
 #include "Library/COrphanSearch.h"
 
+#include <algorithm>
+
 #include "Core/CLog.h"
 #include "Library/AddFilesToLibrary.h"
+#include "Library/CLostSongs.h"
 #include "Library/CSongDatabase.h"
+#include "Library/MakeSongOfFiles.h"
 
 namespace {
 
@@ -15,23 +19,34 @@ CPlayList& OrphanList(CSongDatabase& database) {
 
 }   // namespace
 
-OSErr COrphanSearch::Start(CSongDatabase& database, const std::filesystem::path& musicFolder) {
+OSErr COrphanSearch::Start(CSongDatabase& database, const std::filesystem::path& musicFolder,
+                           std::shared_ptr<CLostSongs> lostRef) {
     Log("Finding Orphans");
     const std::int32_t firstNew = database.PeekNextID();
-    return AddFilesToLibrary(database, {musicFolder}, [&database, firstNew](const AddedFiles& added) {
+    const auto end = [&database, firstNew](const AddedFiles& added) {
         std::vector<PLNewItem> rows;
         for (const SongID song : added.songs)
             if (Number(song) >= firstNew) rows.push_back({song});
-        LogF("Orphans found: %zu", rows.size());
-        if (rows.empty()) return;
+        const std::size_t backL = added.newL - std::min(added.newL, rows.size());
+        LogF("Orphans found: %zu, lost songs: %zu", rows.size(), backL);
+        if (added.newL == 0) return;
         Question question;
-        question.title = COrphanSearch::kList_Name;
-        question.text = std::to_string(rows.size()) +
-                        " songs lay in your music folder and in no playlist.  They are in "
-                        "the Library again, and in the playlist “Orphaned Songs”.";
+        question.title = kList_Name;
+        if (!rows.empty())
+            question.text = std::to_string(rows.size()) +
+                            " songs lay in your music folder and in no playlist.  They are in the Library again, and in "
+                            "the playlist “Orphaned Songs”.";
+        if (backL != 0)
+            question.text += (rows.empty() ? "" : "\n") + std::to_string(backL) +
+                             " songs that were lost were found in your music folder.  They are in their playlists again.";
         question.buttons = {"OK"};
-        (void)OrphanList(database).AddItemVec(std::move(rows));
+        if (!rows.empty()) (void)OrphanList(database).AddItemVec(std::move(rows));
         database.SetDirty(true, "scanned for orphans");
         database.Host().AskLater(question, [](const Answer&) {});
-    });
+    };
+    const auto make = [&database, lostRef](const SongFileSet& set) {
+        CSong* const songP = lostRef ? lostRef->Make(set) : nullptr;
+        return songP != nullptr ? songP : MakeSongOfFiles(database, set, DateAdded::kFile);
+    };
+    return AddFilesToLibrary(database, {musicFolder}, end, make);
 }

@@ -11,6 +11,7 @@
 #include "Library/CMetaManager.h"
 #include "Library/CSongDatabase.h"
 #include "Library/CT_SumDurations.h"
+#include "Library/SongFileFacts.h"
 #include "Library/TitleText.h"
 
 CPlayList::CPlayList(CSongDatabase& database, SourceType type, const SuperString& name, PlaylistID id)
@@ -216,7 +217,7 @@ std::string CPlayList::GetSummary() const {
     std::uint64_t bytesL = 0;
     for (const CMetaValue& value : values.Column(rows, "drtn"_key)) durationT += std::max(value.Integer(), 0) / 300.0;
     for (const CMetaValue& value : values.Column(rows, "SIZE"_key))
-        bytesL += static_cast<std::uint64_t>(std::max(value.Integer(), 0));
+        bytesL += SizeOfStored(value.Integer());
     const char* wordZ = i_sourceType == kSourceDB_VENUE          ? "Singers"
                         : i_sourceType == kSourceDB_MUSIC_STORES ? "Music Stores"
                                                                  : "Songs";

@@ -7,10 +7,12 @@
 #include <string>
 
 #include "Library/CTextRanker.h"
+#include "Library/SongFileFacts.h"
 
 namespace {
 
 using Ranks = std::vector<std::uint64_t>;
+constexpr MetaKey kKey_Size = "SIZE"_key;
 
 /** A number in the order of the doubles; all NaN are one, after the others. */
 std::uint64_t OrderedBits(double value) {
@@ -46,7 +48,8 @@ Ranks TextRanks(std::span<const CMetaValue> values) {
 }
 
 /** The place of a value that is no text; 0 for none and for what has no order. */
-std::uint64_t PlaceOf(const CMetaValue& value) {
+std::uint64_t PlaceOf(const CMetaValue& value, MetaKey key) {
+    if (key == kKey_Size && value) return std::uint64_t{SizeOfStored(value.Integer())} + 1;
     switch (value.Type()) {
         case ValType::ValType_BOOL:
             return value.Bool() == BoolValueType::kTrue ? 1 : value.Bool() == BoolValueType::kMix ? 2 : 3;
@@ -71,6 +74,9 @@ int CompareValues(const CMetaValue& a, const CMetaValue& b, const MetaSortKey& b
     int order = 0;
     if (!a != !b)
         order = !a ? -1 : 1;
+    else if (a && by.key == kKey_Size)
+        order = static_cast<int>(SizeOfStored(a.Integer()) > SizeOfStored(b.Integer())) -
+                static_cast<int>(SizeOfStored(a.Integer()) < SizeOfStored(b.Integer()));
     else if (a)
         order = a.IsLessThan(b) ? -1 : b.IsLessThan(a) ? 1 : 0;
     if (IsChecksFirst(by.key)) order = -order;
@@ -86,7 +92,7 @@ void CRowSorter::AddColumn(const MetaSortKey& by, std::span<const CMetaValue> va
         ranks = TextRanks(values);
     } else {
         ranks.reserve(values.size());
-        for (const CMetaValue& value : values) ranks.push_back(PlaceOf(value));
+        for (const CMetaValue& value : values) ranks.push_back(PlaceOf(value, by.key));
         if (std::ranges::max(ranks) >> 34 != 0) MakeDense(ranks);   // doubles
     }
     const std::uint64_t most = std::ranges::max(ranks);

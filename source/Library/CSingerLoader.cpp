@@ -1,5 +1,8 @@
 #include "Library/CSingerLoader.h"
 
+#include <algorithm>
+#include <array>
+
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
 #include "Library/CDupeSinger.h"
@@ -7,11 +10,39 @@
 
 namespace {
 
-bool IsListOf(const PlaylistFile& file, SingerList which, PlaylistID wanted) {
+SuperString NameOf(const SingerRecord& record) {
+    return record.meta.GetString(record.meta.Has("SNGR") ? "SNGR" : "name");
+}
+
+/** How surely a file is this list of a singer: his account names its id, else its file has the list's name, else it says
+    to be of the kind. A copy that some program made of a file has its id too. 0 for a file that is another list. */
+int SurenessOf(const PlaylistFile& file, SingerList which, PlaylistID wanted) {
     const SourceType type = SourceTypeOf(which);
-    return file.record.Type() == static_cast<std::int64_t>(type) ||
-           (Number(wanted) > 0 && PlaylistIDOf(file.record.ID()) == wanted) ||
-           file.file.GetName() == std::string(GetSourceName(type)) + ".xml";
+    const bool idB = Number(wanted) > 0 && PlaylistIDOf(file.record.ID()) == wanted;
+    const bool nameB = file.file.GetName() == std::string(GetSourceName(type)) + ".xml";
+    const bool typeB = file.record.Type() == static_cast<std::int64_t>(type);
+    return (idB ? 4 : 0) + (nameB ? 2 : 0) + (typeB ? 1 : 0);
+}
+
+/** The files of a singer's three lists, the surest first; they leave `lists`. */
+std::array<std::optional<PlaylistFile>, kSingerLists.size()> TakeOwnLists(const CSinger& singer,
+                                                                          std::vector<PlaylistFile>& lists) {
+    std::array<std::optional<PlaylistFile>, kSingerLists.size()> own;
+    for (;;) {
+        int best = 0;
+        std::size_t bestList = 0, bestFile = 0;
+        for (std::size_t n = 0; n < own.size(); ++n)
+            for (std::size_t at = 0; !own[n] && at < lists.size(); ++at) {
+                const int sure = SurenessOf(lists[at], kSingerLists[n], singer.List(kSingerLists[n]));
+                if (sure <= best) continue;
+                best = sure;
+                bestList = n;
+                bestFile = at;
+            }
+        if (best == 0) return own;
+        own[bestList] = std::move(lists[bestFile]);
+        lists.erase(lists.begin() + static_cast<std::ptrdiff_t>(bestFile));
+    }
 }
 
 }   // namespace
@@ -19,7 +50,11 @@ bool IsListOf(const PlaylistFile& file, SingerList which, PlaylistID wanted) {
 void CSingerLoader::LoadVenue(VenueFolder& venue) {
     CPlayList& list = i_database.AddPlaylist(kSourceDB_VENUE, SuperString(venue.folder.GetName()));
     i_files.venues[list.ID()] = venue.folder;
-    for (SingerFolder& folder : venue.singers)   // those with an account first: their ids and lists are theirs
+    // A folder under its singer's name before a copy of it; those with an account first: their ids and lists are theirs.
+    std::ranges::stable_partition(venue.singers, [](const SingerFolder& folder) {
+        return folder.singer && NameOf(*folder.singer) == SuperString(folder.folder.GetName());
+    });
+    for (SingerFolder& folder : venue.singers)
         if (folder.singer) LoadFolder(list, folder, venue.together);
     for (SingerFolder& folder : venue.singers)
         if (!folder.singer) LoadFolder(list, folder, venue.together);
@@ -80,17 +115,16 @@ void CSingerLoader::LoadLists(CSinger& singer, std::vector<PlaylistFile> lists) 
     const auto take = [&](const PlaylistFile& file, SourceType type) {
         CPlayList* const listP = i_lists.Load(file.record, type);
         if (listP == nullptr) return kPlaylistID_New;
-        listP->SetSinger(singer.GetSingerID());
+        if (IsSingerList(type)) listP->SetSinger(singer.GetSingerID());
         i_files.lists[listP->ID()] = file.file;
         if (listP->ID() != PlaylistIDOf(file.record.ID())) i_changedB = true;
         return listP->ID();
     };
-    for (const SingerList which : kSingerLists) {
-        const auto it = std::ranges::find_if(
-            lists, [&](const PlaylistFile& file) { return IsListOf(file, which, singer.List(which)); });
-        if (it != lists.end()) {
-            singer.SetList(which, take(*it, SourceTypeOf(which)));
-            lists.erase(it);
+    const auto own = TakeOwnLists(singer, lists);
+    for (std::size_t n = 0; n < own.size(); ++n) {
+        const SingerList which = kSingerLists[n];
+        if (own[n]) {
+            singer.SetList(which, take(*own[n], SourceTypeOf(which)));
             continue;
         }
         Problem(std::string("the list ") + GetSourceName(SourceTypeOf(which)) + " of “" + singer.Name().UTF8() +
@@ -99,7 +133,21 @@ void CSingerLoader::LoadLists(CSinger& singer, std::vector<PlaylistFile> lists) 
         const bool freeB = Number(id) > 0 && i_database.GetPlayList(id) == nullptr;
         (void)i_database.AddSingerList(singer, which, freeB ? id : kPlaylistID_New);
     }
-    for (const PlaylistFile& file : lists) (void)take(file, kSourceDB_SINGER_PL_OTHER);
+    for (const PlaylistFile& file : lists) TakeLeftOver(singer, file, take);
+}
+
+/** A list more than a singer has, which another program left there perhaps: nothing shows it but as a playlist. */
+void CSingerLoader::TakeLeftOver(CSinger& singer, const PlaylistFile& file, const TakeList& take) {
+    const bool knownB = file.record.Type() == static_cast<std::int64_t>(kSourceDB_SINGER_PL_OTHER) ||
+                        file.record.Type() == static_cast<std::int64_t>(kSourceDB_PLAYLIST);
+    if (knownB) return (void)take(file, static_cast<SourceType>(file.record.Type()));
+    const std::string name = singer.Name().UTF8() + ": " + file.file.GetPath().stem().string();
+    PlaylistFile named = file;
+    named.record.keys.Set("Name", SuperString(name));
+    (void)take(named, kSourceDB_PLAYLIST);
+    const std::string words = "“" + singer.Name().UTF8() + "” has one list too many.  It is the playlist “" + name + "”.";
+    Problem(words);
+    ShowAlert(words, file.file.GetPath().string());
 }
 
 void CSingerLoader::Problem(std::string words) {

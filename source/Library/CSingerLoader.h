@@ -1,4 +1,5 @@
 #pragma once
+#include <functional>
 #include <map>
 #include <string>
 
@@ -12,7 +13,7 @@ struct LibraryFileMap {
 };
 
 /** Makes the singers of the venues, and their lists. A singer's own folder wins over "Singers.xml"; one whose
-    "Singer.xml" is missing gets a new account, a list that is missing is made again; the second of two singers with one
+    "Singer.xml" is missing gets a new account, a list that is missing is made again, one too many becomes a user playlist; the second of two singers with one
     id is left out, and his files stay as they are. Within a CLoadingScope.
     Threads  main. */
 class CSingerLoader {
@@ -29,6 +30,8 @@ private:
     void LoadSinger(CPlayList& venue, const SingerRecord& record, const CFileRef& folder,
                     std::vector<PlaylistFile> lists);
     void LoadLists(CSinger& singer, std::vector<PlaylistFile> lists);
+    using TakeList = std::function<PlaylistID(const PlaylistFile& file, SourceType type)>;
+    void TakeLeftOver(CSinger& singer, const PlaylistFile& file, const TakeList& take);
     [[nodiscard]] SingerRecord NewAccount(const SingerFolder& folder);
     void Problem(std::string words);
 

@@ -14,8 +14,10 @@ CSongMeta::CSongMeta(CSongDatabase* databaseP, SongID id) : i_databaseP(database
     Load(std::span(&entry, 1));
 }
 
-void CSongMeta::OnChanged(MetaKey key, const CMetaValue&) {
-    if (i_databaseP == nullptr || Manager().GetTraits(key).Has(kKeyFlag_Hidden)) return;
+void CSongMeta::OnChanged(MetaKey key, const CMetaValue& value) {
+    if (i_databaseP == nullptr) return;
+    if (value.Type() == ValType::ValType_SONGFILE) i_databaseP->NoteFile(i_id, value);
+    if (Manager().GetTraits(key).Has(kKeyFlag_Hidden)) return;
     i_databaseP->QueueChange(i_id, key);
     if (key == kDuration) i_databaseP->QueueChange(i_id, kActualDuration);   // which follows from it
 }

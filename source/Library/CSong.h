@@ -62,7 +62,7 @@ public:
     /** Finds the file of a place on the disc and notes where it was found. Reads the disc: for the main thread only
        where the song is wanted now; a worker asks CSongFiles. */
     OSErr GetFile(SDB_SongFile type, CFileRef& file, CSongFiles::TryCached tryCached = CSongFiles::TryCached::kNo);
-    /** "Msng", as a look at the disc found it. A mark of this run: not saved, and no change of the library. */
+    /** "Msng", as a look at the disc found it. No change of the library: the next save has it. */
     void SetMissing(bool missingB);
 
 private:

@@ -8,6 +8,7 @@
 #include "Core/CThreadManager.h"
 #include "Core/ThreadInfo.h"
 #include "Library/CPushMetaTimer.h"
+#include "Library/CSongFileKeeper.h"
 #include "Library/CT_ConformNames.h"
 #include "Library/CT_SongChanges.h"
 
@@ -125,6 +126,33 @@ void CSongDatabase::SongsLeaveLibrary(CPlayList& library, std::span<const PLItem
             }
 }
 
+std::shared_ptr<CSongFileKeeper> CSongDatabase::FileKeeper() {
+    const auto freshRef = std::make_shared<CSongFileKeeper>(i_songsRef, Settings());
+    return i_keeper.With([&](std::weak_ptr<CSongFileKeeper>& keeper) {
+        std::shared_ptr<CSongFileKeeper> keeperRef = keeper.lock();
+        if (!keeperRef) keeper = keeperRef = freshRef;
+        return keeperRef;
+    });
+}
+
+void CSongDatabase::NoteFile(SongID song, const CMetaValue& file) const {
+    const auto keeperRef = i_keeper.Get().lock();
+    if (keeperRef && file) keeperRef->Note(song, file.FilePath());
+}
+
+void CSongDatabase::NoteMissing(SongID song, bool missingB) {
+    if (missingB)
+        i_missing.insert(Number(song));
+    else
+        i_missing.erase(Number(song));
+}
+
+std::vector<SongID> CSongDatabase::MissingSongs() const {
+    std::vector<SongID> songs;
+    for (const std::int32_t id : i_missing) songs.push_back(SongID{id});
+    return songs;
+}
+
 void CSongDatabase::SetSettings(LibrarySettings settings) {
     i_settings.Set(std::make_shared<const LibrarySettings>(std::move(settings)));
 }
@@ -228,12 +256,26 @@ OSErr CSongDatabase::RemoveFromLibrary(std::span<const SongID> songs) {
     Log("Removing Songs from Library");
     err = FirstOf(err, Library().RemoveItems(Library().Items()->FindAll(isGone)));
     Log("Deleting Songs from Database");
-    for (const SongID id : songs) (void)i_songsRef->Take(id);
+    for (const SongID id : songs) {
+        (void)i_songsRef->Take(id);
+        i_missing.erase(Number(id));
+    }
     ++i_songsRevisionL;
     SetDirty(true, "songs removed");
     return err;
 }
 
 OSErr CSongDatabase::RemoveDuplicates(const SDB_Selection& selection) {
-    return selection.List() == i_libraryP ? Library().RemoveItems(selection) : paramErr;
+    return selection.List() == i_libraryP ? Library().RemoveItems(DuplicatesIn(selection)) : paramErr;
+}
+
+std::vector<PLItemID> CSongDatabase::DuplicatesIn(const SDB_Selection& selection) const {
+    std::vector<PLItemID> items;
+    if (selection.List() != i_libraryP || i_secondRowsL == 0) return items;
+    for (const PLItemID item : selection.Items())
+        if (const auto row = i_libraryP->Items()->Get(item); row && row->target.type == SDB_kPLItem_SONG)
+            if (const CSong* const songP = i_songsRef->Find(SongID{row->target.idL});
+                songP != nullptr && songP->LibraryItem() != SDB_kNoItem && songP->LibraryItem() != item)
+                items.push_back(item);
+    return items;
 }

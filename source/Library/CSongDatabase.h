@@ -20,6 +20,8 @@
 #include "Library/LibrarySettings.h"
 #include "Platform/CUserInterface.h"
 
+class CSongFileKeeper;
+
 /** What the library asks of those above it. Main thread; outlives the database. */
 class CSongDatabaseHost {
 public:
@@ -111,6 +113,15 @@ public:
         return i_singerValuesRef;
     }
 
+    /** Who keeps the files of songs that other songs name: the one whom a task uses already, else a new one. */
+    [[nodiscard]] std::shared_ptr<CSongFileKeeper> FileKeeper();
+    /** A place of the song names another file now. Any thread; under a CMeta's lock too. */
+    void NoteFile(SongID song, const CMetaValue& file) const;
+
+    /** The song's files are away, or back. Main thread. */
+    void NoteMissing(SongID song, bool missingB);
+    [[nodiscard]] std::vector<SongID> MissingSongs() const;
+
     /** What holds of the preferences now. Any thread; SetSettings main. */
     [[nodiscard]] std::shared_ptr<const LibrarySettings> Settings() const { return i_settings.Get(); }
     void SetSettings(LibrarySettings settings);
@@ -194,7 +205,9 @@ public:
     /** Takes all references to these songs out of all lists, then the songs out of the library; files stay.
        userCanceledErr when one may not go, which is asked before anything is changed. */
     OSErr RemoveFromLibrary(std::span<const SongID> songs);
-    /** Rows of the library's list alone: the songs stay where they are in other lists. */
+    /** Of these rows of the library's list those whose song has another row there. */
+    [[nodiscard]] std::vector<PLItemID> DuplicatesIn(const SDB_Selection& selection) const;
+    /** Takes them out: the songs stay where they are in other lists. */
     OSErr RemoveDuplicates(const SDB_Selection& selection);
 
     // ---- Changes ----
@@ -256,6 +269,7 @@ private:
         0;   // rows of the library's list whose song has another one; too many rather than too few
     CMutexT<std::int32_t> i_nextID{Number(kPlaylistID_Library) + 1};
     CMutexT<std::shared_ptr<const LibrarySettings>> i_settings{std::make_shared<const LibrarySettings>()};
+    CMutexT<std::weak_ptr<CSongFileKeeper>> i_keeper;   // while a task works on files
     CMutexT<SongID> i_songP{SongID{0}};
     const std::shared_ptr<std::atomic<bool>> i_stoppingRef = std::make_shared<std::atomic<bool>>(false);
     std::atomic<long> i_batchesL{0};
@@ -269,6 +283,6 @@ private:
     bool i_reasonToldB = false;
     CSongWarnings i_warnings{*this};
     CSongLengths i_lengths{*this};
-    std::set<std::int32_t> i_renameLater;
+    std::set<std::int32_t> i_renameLater, i_missing;
     std::vector<CListWatcher*> i_watchers;   // not owned
 };

@@ -1,9 +1,14 @@
 #include "Library/CSongFileSearch.h"
 
+#include <algorithm>
+#include <vector>
+
 #include "Core/CLog.h"
 #include "Core/FSrObjects.h"
 #include "Core/SuperString.h"
 #include "Library/SongFileTypes.h"
+#include "Library/WindowsPath.h"
+#include "Platform/CMountTable.h"
 
 namespace {
 
@@ -82,22 +87,42 @@ CSong_PathModder::CSong_PathModder(CFileRef::Path musicFolder)
     : CFSPathModder({}, musicFolder), i_music(std::move(musicFolder)) {}
 
 bool CSong_PathModder::operator()(CFileRef& ref) const {
-    std::string text = ref.GetPath().string();
+    const std::string given = ref.GetPath().string();
     if (i_music.empty() || IsThere(ref)) return false;
-    // A library of another system: its separators are ours, unless ours are there too.
-    if (text.find('/') == std::string::npos) std::ranges::replace(text, '\\', '/');
-    const auto move = [&](const CFileRef::Path& place) {
-        if (!IsThere(CFileRef(place))) return false;
-        ref.SetPath(place);
-        return true;
+    const auto move = [&](const CFileRef::Path& root, const CFileRef::Path& tail) {
+        const auto place = FindIgnoringCase(root, tail);
+        if (place) ref.SetPath(*place);
+        return place.has_value();
     };
+    // A library of another system: its separators are ours, unless ours are there too.
+    const bool windowsB = IsWindowsPath(given);
+    std::string text = given;
+    if (windowsB || text.find('/') == std::string::npos) text = "/" + WindowsTail(text);
+    // What is relative stands in the music folder by now, perhaps with other separators and capitals.
+    if (IsInside(ref.GetPath(), i_music)) {
+        const std::string tail = ref.GetPath().lexically_relative(i_music).string();
+        if (move(i_music, tail) || move(i_music, WindowsTail(tail))) return true;
+    }
     for (const std::string_view old : {"/Vopla/Vopla Music/", "/Vopla Music/"})
-        if (const std::size_t at = text.rfind(old);
-            at != std::string::npos && move(i_music / text.substr(at + old.size())))
+        if (const std::size_t at = text.rfind(old); at != std::string::npos && move(i_music, text.substr(at + old.size())))
             return true;
     constexpr std::string_view kRoot = "/Vopla/";
-    const std::size_t at = text.rfind(kRoot);
-    if (at == std::string::npos) return false;
-    const std::string tail = text.substr(at + kRoot.size());
-    return move(i_music / tail) || move(i_music.parent_path() / tail);
+    if (const std::size_t at = text.rfind(kRoot); at != std::string::npos) {
+        const std::string tail = text.substr(at + kRoot.size());
+        if (move(i_music, tail) || move(i_music.parent_path(), tail)) return true;
+    }
+    return windowsB && MoveByTail(text.substr(1), move);
+}
+
+/** The longest end of a path that is there: in the music folder, beside it, or on a volume. Of a name alone only the
+    music folder is asked. */
+bool CSong_PathModder::MoveByTail(std::string tail, const Move& move) const {
+    std::vector<CFileRef::Path> roots = {i_music, i_music.parent_path()};
+    for (CFileRef::Path& volume : CMountTable().Volumes()) roots.push_back(std::move(volume));
+    for (;;) {
+        const std::size_t slash = tail.find('/');
+        if (slash == std::string::npos) return move(i_music, tail);
+        if (std::ranges::any_of(roots, [&](const CFileRef::Path& root) { return move(root, tail); })) return true;
+        tail.erase(0, slash + 1);
+    }
 }

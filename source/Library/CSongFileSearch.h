@@ -1,4 +1,5 @@
 #pragma once
+#include <functional>
 #include <string_view>
 
 #include "Core/CFileRef.h"
@@ -19,7 +20,8 @@ private:
     std::string i_songName;
 };
 
-/** Gives a file that is no more where it was its place in the present music folder, when there is one. */
+/** Gives a file that is no more where it was its place in the present music folder, when there is one; one of a library
+    from Windows also its place on a volume, in whatever capitals. */
 class CSong_PathModder final : public CFSPathModder {
 public:
     explicit CSong_PathModder(CFileRef::Path musicFolder);
@@ -27,5 +29,8 @@ public:
     bool operator()(CFileRef& ref) const override;
 
 private:
+    using Move = std::function<bool(const CFileRef::Path& root, const CFileRef::Path& tail)>;
+    [[nodiscard]] bool MoveByTail(std::string tail, const Move& move) const;
+
     CFileRef::Path i_music;
 };

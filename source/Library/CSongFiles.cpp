@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "Core/CZipSongMembers.h"
 #include "Core/FSrObjects.h"
 #include "Library/CSong.h"
 #include "Library/CSongDatabase.h"
@@ -55,6 +54,7 @@ OSErr CSongFiles::GetOwnFile(SDB_SongFile type, CFileRef& file) {
 }
 
 OSErr CSongFiles::Search(SDB_SongFile type, CFileRef& file) {
+    if (type == SDB_SongFile_AUDIO && IsWholeMovie()) return fnfErr;
     const CSongFileSearch search(i_name);
     // The name that the missing file had may be another one than that of the files beside it.
     const std::string ownName = At(type).ref.GetPath().stem().string();
@@ -77,15 +77,24 @@ void CSongFiles::Found(SDB_SongFile type, const CFileRef& file) {
     place = {i_settingsRef->Status().Of(type, file.GetPath()), file};
 }
 
+bool CSongFiles::IsWholeMovie() const {
+    return At(SDB_SongFile_AUDIO).ref.IsEmpty() && !At(SDB_SongFile_VIDEO).ref.IsEmpty() &&
+           IsMovieFile(At(SDB_SongFile_VIDEO).ref.GetPath());
+}
+
 bool CSongFiles::IsReachable() {
     CFileRef file;
     if (!Failed(GetFile(SDB_SongFile_ZIP, file))) return true;
-    const bool audioB = !Failed(GetFile(SDB_SongFile_AUDIO, file));
-    const bool videoB = !Failed(GetFile(SDB_SongFile_VIDEO, file));
-    if (audioB && videoB) return true;
     // Sound alone and a video with its own sound are whole songs; graphics alone are half of one.
-    if (audioB) return Status(SDB_SongFile_VIDEO) == SDB_SongFileStatus_NONE;
-    return videoB && Status(SDB_SongFile_AUDIO) == SDB_SongFileStatus_NONE && ZipSongKindsOf(file.GetName()).videoB;
+    const bool soundAloneB = Status(SDB_SongFile_VIDEO) == SDB_SongFileStatus_NONE;
+    if (!soundAloneB && Failed(GetFile(SDB_SongFile_VIDEO, file))) return false;
+    return IsWholeMovie() || !Failed(GetFile(SDB_SongFile_AUDIO, file));
+}
+
+OSErr CSongFiles::FindSoundOfSilentMovie(CFileRef& file) const {
+    CFileRef movie = At(SDB_SongFile_VIDEO).ref;
+    if (!IsWholeMovie() || Failed(movie.Resolve())) return fnfErr;
+    return CSongFileSearch(i_name).Find(movie, SDB_SongFile_AUDIO, {}, file);
 }
 
 void CSongFiles::Store(CSong& song) const {

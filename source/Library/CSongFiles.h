@@ -36,6 +36,9 @@ public:
 
     /** Finds the file of a place; kYes lets cached graphics stand for the graphics. fnfErr when it is nowhere. */
     OSErr GetFile(SDB_SongFile type, CFileRef& file, TryCached tryCached = TryCached::kNo);
+    /** A movie that turned out to have no sound has it beside itself, under its own name. The song's place stays empty:
+        the file may be another song. */
+    OSErr FindSoundOfSilentMovie(CFileRef& file) const;
     /** The zip is there, or all that the song has of sound and graphics. */
     [[nodiscard]] bool IsReachable();
     /** Puts into the song's places what was found elsewhere than they say; a place that says something else by now is
@@ -51,6 +54,8 @@ private:
     }
     /** The file of the place itself, moved or not. */
     OSErr GetOwnFile(SDB_SongFile type, CFileRef& file);
+    /** A movie in a song without another sound: what lies beside it by its name is none of the song's. */
+    [[nodiscard]] bool IsWholeMovie() const;
     OSErr Search(SDB_SongFile type, CFileRef& file);
     void Found(SDB_SongFile type, const CFileRef& file);
 

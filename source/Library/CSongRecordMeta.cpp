@@ -38,6 +38,20 @@ Field Fitting(std::int32_t value) {
     return fitsB ? static_cast<Field>(value) : Field{0};
 }
 
+/** Four characters, the last ones blanks perhaps, which nobody sees: "MP3" is "MP3 ". */
+bool IsFormat(std::string_view text, OSType& code) {
+    constexpr std::size_t kCode_Length = 4;
+    std::string four(text);
+    if (!four.empty() && four.size() < kCode_Length && four.back() != ' ') four.resize(kCode_Length, ' ');
+    return !Failed(SuperString(four).ToOSType(code));
+}
+
+std::string WithoutBlanks(std::string text) {
+    const std::size_t last = text.find_last_not_of(' ');
+    if (last != std::string::npos) text.resize(last + 1);
+    return text;
+}
+
 std::uint16_t PipFlags(std::int32_t pip) {
     return pip == 2 ? kSongFlag_Pip2 : pip == 3 ? kSongFlag_Pip3 : pip == 4 ? kSongFlag_Pip4 : std::uint16_t{0};
 }
@@ -109,7 +123,8 @@ void CSongRecordMeta::Load(const SongRecord& record, CMeta& song) {
     for (const std::int32_t pip : {2, 3, 4})
         if ((record.flags & PipFlags(pip)) != 0) putNumber("mPip"_key, pip);
     if (record.format != SongRecord::kNoFormat)
-        put("Frmt"_key, CMetaValue(CMetaText::Interned(SuperString::FromOSType(record.format))));
+        put("Frmt"_key, CMetaValue(CMetaText::Interned(WithoutBlanks(SuperString::FromOSType(record.format).UTF8()))));
+    if ((record.flags & kSongFlag_Missing) != 0) put("Msng"_key, CMetaValue(BoolValueType::kTrue));
     if (const auto date = SongDateOf(record.date)) put("Date"_key, CMetaValue(*date));
     if (const auto date = UnpackDateAdded(record.dateAdded)) put("DAdd"_key, CMetaValue(*date));
     for (const PathField& field : kPaths) LoadPath(field, record);
@@ -149,15 +164,17 @@ SongRecord CSongRecordMeta::Make(std::uint32_t songID, const CMeta& song, CCFDic
     record.flags = PipFlags(stored.Integer("mPip"_key));
     OSType format = 0;
     const CMetaValue& formatText = stored["Frmt"_key];
-    if (formatText && !Failed(SuperString(formatText.Text()).ToOSType(format))) record.format = format;
+    if (formatText && IsFormat(formatText.Text(), format)) record.format = format;
     if (const CMetaValue& date = stored["Date"_key]) record.date = StoredSongDate(date.Date());
     if (const CMetaValue& date = stored["DAdd"_key]) record.dateAdded = PackDateAdded(date.Date());
     for (const PathField& field : kPaths) {
         const CMetaValue& value = stored[SongFileKey(field.type)];
         if (value) record.Text(field.text) = StoredPath(field, value, record.flags);
     }
-    const bool wholeB = !record.Text(SongText::kAudioPath).empty() && !record.Text(SongText::kVideoPath).empty();
-    if (!wholeB && record.Text(SongText::kZipPath).empty()) record.flags |= kSongFlag_Missing;
+    const bool placeB = std::ranges::any_of(
+        std::array{SongText::kAudioPath, SongText::kVideoPath, SongText::kZipPath},
+        [&record](SongText which) { return !record.Text(which).empty(); });
+    if (!placeB || stored["Msng"_key].Bool() == BoolValueType::kTrue) record.flags |= kSongFlag_Missing;
     rest = Rest(song);
     return record;
 }
@@ -206,7 +223,7 @@ bool CSongRecordMeta::IsHeld(MetaKey key, const CMetaValue& value) {
             return in(2, 4);
         case static_cast<std::uint32_t>("Frmt"_key): {
             OSType format = 0;
-            return !Failed(SuperString(value.Text()).ToOSType(format));
+            return IsFormat(value.Text(), format);
         }
         default:
             return false;

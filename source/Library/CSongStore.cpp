@@ -4,6 +4,7 @@
 
 #include "Core/CLog.h"
 #include "Core/FSrObjects.h"
+#include "Library/CKeptSongs.h"
 #include "Library/CLibraryRestore.h"
 #include "Library/CLoadingScope.h"
 #include "Library/CScopedClock.h"
@@ -43,6 +44,7 @@ OSErr CSongStore::Load() {
     if (err == fnfErr) err = LoadXML(meta);
     i_wholeB = !Failed(err);
     i_songsDamagedB = Failed(err) && err != fnfErr;
+    if (!i_wholeB) i_restOfLost = std::move(meta);
     return err == fnfErr || !i_metaDamagedB ? err : FirstOf(err, metaErr);
 }
 
@@ -70,6 +72,7 @@ OSErr CSongStore::LoadRecords(SongDictionaries& meta) {
             if (songP == nullptr) continue;
         }
         i_forms.Load(record, songP->Meta());
+        if ((record.flags & kSongFlag_Missing) != 0) i_database.NoteMissing(songP->GetSongID(), true);
         LoadRest(record.songID, meta, songP->Meta());
     }
     return reader.Finish();
@@ -80,6 +83,28 @@ void CSongStore::LoadRest(std::uint32_t id, SongDictionaries& meta, CMeta& song)
     if (it == meta.end()) return;
     i_forms.LoadRest(it->second, song);
     meta.erase(it);   // a second song of the id has none
+}
+
+std::size_t CSongStore::LoadMissing(const CKeptSongs& kept) {
+    const CLoadingScope loading(i_database);
+    std::size_t madeL = 0;
+    const OSErr err = kept.ForEach([&](const SongRecord& record) {
+        if (MakeLost(record) != nullptr) ++madeL;
+    });
+    if (Failed(err)) (void)LogStep(err, "bringing songs back", kept.Copy().GetPath());
+    LogF("Songs brought back from %s: %zu", kept.Copy().GetPath().c_str(), madeL);
+    return madeL;
+}
+
+CSong* CSongStore::MakeLost(const SongRecord& record) {
+    const bool idB = record.songID <= static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max());
+    const SongID id{idB ? static_cast<std::int32_t>(record.songID) : 0};
+    if (Number(id) <= 0 || i_database.WithSong(id, [](CSong&) {})) return nullptr;
+    CSong* const songP = i_database.CreateSong(id);
+    if (songP == nullptr) return nullptr;
+    i_forms.Load(record, songP->Meta());
+    LoadRest(record.songID, i_restOfLost, songP->Meta());
+    return songP;
 }
 
 /** The old form; the next save writes the new one, which is read first from then on. */

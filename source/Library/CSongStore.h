@@ -5,6 +5,8 @@
 #include "Library/CSongRecordMeta.h"
 #include "Library/LibraryFiles.h"
 
+class CKeptSongs;
+class CSong;
 class CSongDatabase;
 
 /** Where a library lies, and what its songs' files are measured by. */
@@ -26,6 +28,11 @@ public:
     /** Makes the songs, from "Songs.vlb", else from "Songs.xml". fnfErr: there is no library here. Any other failure: the songs that could be read are there;
         see IsTooNew. A song whose id is taken gets a new one. */
     OSErr Load();
+    /** A songs' file that could not be read whole: what a copy has and the database has not. How many songs that were. */
+    std::size_t LoadMissing(const CKeptSongs& kept);
+    /** A song of a copy, under its id. Null when that is taken. */
+    CSong* MakeLost(const SongRecord& record);
+    [[nodiscard]] bool AreSongsDamaged() const noexcept { return i_songsDamagedB && !IsTooNew(); }
     /** The file is a later program's: the user chooses whether to quit (TooNewText). */
     [[nodiscard]] bool IsTooNew() const noexcept { return !i_tooNew.Empty(); }
     [[nodiscard]] const SuperString& TooNewText() const noexcept { return i_tooNew; }
@@ -53,6 +60,7 @@ private:
     const LibraryPlaces i_places;
     CSongRecordMeta i_forms;
     CLibraryBackup i_backup;
+    SongDictionaries i_restOfLost;   // what "Songs Meta.xml" has of songs that were not read
     SuperString i_tooNew;
     std::uint8_t i_flags = 0;   // of the header: kept
     bool i_songsDamagedB = false, i_metaDamagedB = false, i_olderB = false, i_wholeB = false;

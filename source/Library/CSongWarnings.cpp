@@ -17,7 +17,7 @@ struct WarningRow {
 constexpr WarningRow kWarnings[] = {
     {"* Songs Not Renamed", "Error Renaming Songs",
      "One or more of your song files could not be renamed after their songs.  The songs still play: only the names on "
-     "your disk are the old ones.  Perhaps the disk is full or write protected, or another program holds the files.  "
+     "your disk are the old ones.  Perhaps the disk is full or write protected, another program holds the files, or another song uses them too.  "
      "The songs are in the playlist “* Songs Not Renamed”.",
      "Warn if there is a problem updating meta", &LibrarySettings::warnNamesB},
     {"* Possibly Corrupted MP3", "Corrupted MP3 File",

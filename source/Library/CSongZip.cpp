@@ -2,11 +2,12 @@
 
 #include "Core/CLog.h"
 #include "Core/FSError.h"
-#include "Core/FSrMove.h"
 #include "Core/FSrObjects.h"
+#include "Core/SmallExtension.h"
 #include "Library/CallOnDatabase.h"
 #include "Library/CSongDatabase.h"
 #include "Library/FileSystemName.h"
+#include "Library/SongFileTypes.h"
 #include "Library/SongFolders.h"
 
 namespace {
@@ -86,12 +87,16 @@ OSErr CSongZip::Prepare() {
         FileInfo info;
         const OSErr err = FSrCheckFile(i_files->Ref(type), info);
         if (Failed(LogStep(err, "zipping", i_files->Ref(type).GetPath()))) return err;
+        if (const OSErr kept = i_world.keeperRef->MayTouch(i_files->Ref(type), i_song); Failed(kept)) return kept;
     }
+    if (IsMovieFile(i_files->Ref(SDB_SongFile_VIDEO).GetPath()))
+        return LogStep(paramErr, "zipping: a movie is whole by itself", i_files->Name());
     if (!i_files->Ref(SDB_SongFile_ZIP).IsEmpty()) {
         if (i_oldZip == OldZip::kRefuse) return LogStep(paramErr, "zipping: it is zipped");
         CFileRef old = i_files->Ref(SDB_SongFile_ZIP);
         FileInfo info;
-        if (!Failed(FSrCheckFile(old, info))) i_oldZipFile = old;
+        const bool thereB = !Failed(FSrCheckFile(old, info));
+        if (thereB && !Failed(i_world.keeperRef->MayTouch(old, i_song))) i_oldZipFile = old;
     }
     OSErr err = VerifyAudio(i_files->Ref(SDB_SongFile_AUDIO));
     if (Failed(LogStep(err, "verifying before copying meta", i_files->Ref(SDB_SongFile_AUDIO).GetPath()))) {
@@ -136,8 +141,7 @@ OSErr CSongZip::Pack() {
 OSErr CSongZip::PlaceZip() {
     bool sameB = false;
     if (!i_oldZipFile.IsEmpty() && !Failed(FSrOnSameVolume(i_oldZipFile, i_zip, sameB)) && sameB) {
-        const OSErr err =
-            FSError(CFileCalls::Get().Exchange(i_zip.GetPath(), i_oldZipFile.GetPath()), "exchange", i_zip.GetPath());
+        const OSErr err = i_world.keeperRef->Exchange(i_zip, i_oldZipFile, i_song);
         if (!Failed(err)) {
             i_exchangedB = true;
             i_zip = i_oldZipFile;
@@ -151,7 +155,7 @@ OSErr CSongZip::PlaceZip() {
         return err;
     std::string name;
     OSErr err = FSrMakeUniqueName(folder, i_zip.GetName(), name);
-    if (!Failed(err)) err = FSrMoveFile(i_zip, folder, name);
+    if (!Failed(err)) err = i_world.keeperRef->Move(i_zip, folder, name, i_song);
     return LogStep(err, "moving ZIP file from temp to music folder", i_zip.GetPath());
 }
 
@@ -167,25 +171,30 @@ void CSongZip::UndoPlace() {
 }
 
 void CSongZip::PutAway() {
+    // A song that came to name one of them meanwhile keeps it; this one has its zip.
+    const auto gone = [](OSErr err) { return err == alreadyReportedErr ? noErr : err; };
     std::vector<CSong_ZipCompletion::Place> places;
     CFileRef video = i_files->Ref(SDB_SongFile_VIDEO), cached;
     const bool cachedB = !Failed(i_files->GetFile(SDB_SongFile_VIDEO_CACHE, cached));
     OSErr err = noErr;
     if (i_files->Status(SDB_SongFile_VIDEO) == SDB_SongFileStatus_MUSIC) {
         CFileRef cache;
-        if (cachedB) {
-            err = LogStep(FSrDelete(video), "deleting CDG file", video.GetPath());
+        const std::string name = CacheFileName(i_song, i_files->Name(), SDB_SongFile_VIDEO_CACHE);
+        if (cachedB || SmallExtension(video.GetPath()) != SmallExtension(name)) {   // the cache has no other graphics
+            err = gone(LogStep(i_world.keeperRef->Delete(video, i_song), "deleting CDG file", video.GetPath()));
         } else if (err = GetSongRoot(*i_world.settingsRef, SongRoot::kCache, cache); !Failed(err)) {
-            err = FSrMoveFile(video, cache, CacheFileName(i_song, i_files->Name(), SDB_SongFile_VIDEO_CACHE));
+            err = i_world.keeperRef->Move(video, cache, name, i_song);
             if (!Failed(LogStep(err, "moving CDG file back to cache folder", video.GetPath())))
                 places.push_back({SDB_SongFile_VIDEO_CACHE, video});
+            err = gone(err);
         }
     }
     // What could not be put away stays the song's: nobody else knows of it.
     if (!Failed(err)) places.push_back({SDB_SongFile_VIDEO, CFileRef()});
     const CFileRef& audio = i_files->Ref(SDB_SongFile_AUDIO);
-    err = i_files->Status(SDB_SongFile_AUDIO) == SDB_SongFileStatus_MUSIC ? FSrDelete(audio) : noErr;
-    if (!Failed(LogStep(err, "deleting MP3 file (it was zipped)", audio.GetPath())))
+    err = noErr;
+    if (i_files->Status(SDB_SongFile_AUDIO) == SDB_SongFileStatus_MUSIC) err = i_world.keeperRef->Delete(audio, i_song);
+    if (!Failed(LogStep(gone(err), "deleting MP3 file (it was zipped)", audio.GetPath())))
         places.push_back({SDB_SongFile_AUDIO, CFileRef()});
     if (const OSErr told = Tell(std::move(places)); Failed(told)) (void)LogStep(told, "telling the song of its zip");
 }

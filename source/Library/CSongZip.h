@@ -11,6 +11,7 @@
 #include "Library/CBusySongs.h"
 #include "Library/CRowValues.h"
 #include "Library/CSong_ZipCompletion.h"
+#include "Library/CSongFileKeeper.h"
 #include "Library/CSongFiles.h"
 #include "Library/VerifyFiles.h"
 
@@ -20,13 +21,15 @@ struct SongFileWorld {
     std::shared_ptr<CMutex_SongMap> songsRef;
     std::shared_ptr<const LibrarySettings> settingsRef;
     std::shared_ptr<CBusySongs> busyRef;
+    std::shared_ptr<CSongFileKeeper> keeperRef;
 };
 /** A zip that the song has already is put in its place, or refused. */
 enum class OldZip : bool { kRefuse, kReplace };
 
 /** Packs the sound and the graphics of one song into a zip, which then takes their place. Until the zip was read back
    and lies where it belongs the originals are not touched; whatever fails, or is aborted, leaves them and removes the
-    temporary folder. A referenced original stays on its disc.
+    temporary folder. A referenced original stays on its disc. A movie is whole by itself and is not packed, nor is a file
+   that another song names (alreadyReportedErr).
     Threads  Run on a worker; Abort any.
     Owner    CSongZipper. */
 class CSongZip {

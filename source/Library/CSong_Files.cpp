@@ -51,6 +51,7 @@ void CSong::SetMissing(bool missingB) {
     else
         i_meta.RemoveValue("Msng"_key);
     i_meta.SetDirty(wasDirtyB);
+    if (i_meta.Database() != nullptr) i_meta.Database()->NoteMissing(i_id, missingB);
 }
 
 SuperString CSong::GetSongName(SongNameFormat format, SongNameUse use) const {

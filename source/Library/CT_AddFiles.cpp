@@ -132,7 +132,8 @@ OSErr CT_AddFiles::MakeSongs(std::span<const SongFileSet> sets) {
     for (const SongFileSet& set : sets) {
         SongID id = SongOf(set);
         if (Number(id) == 0) {
-            CSong* const songP = MakeSongOfFiles(database, set);
+            CSong* songP = i_make ? i_make(set) : nullptr;
+            if (songP == nullptr) songP = MakeSongOfFiles(database, set);
             if (songP == nullptr) return paramErr;   // there are no more ids
             id = songP->GetSongID();
             for (const CFileRef* fileP : {&set.audio, &set.video, &set.zip})

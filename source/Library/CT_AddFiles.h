@@ -23,6 +23,9 @@ public:
     /** Main thread. */
     CT_AddFiles(CSongDatabase& database, std::vector<std::filesystem::path> paths, Done done);
 
+    /** Before the start: who makes the songs of new files that are known to him. */
+    void AskFirst(MakeSong make) { i_make = std::move(make); }
+
 protected:
     OSErr Operate(OSErr err) override;
     OSErr Completion(OSErr err) override;
@@ -43,6 +46,7 @@ private:
     std::shared_ptr<const std::atomic<bool>> i_stoppingRef;
     std::vector<std::filesystem::path> i_paths;
     Done i_done;
+    MakeSong i_make;
     SongFileSets i_found;
     std::unordered_map<std::string, SongID> i_owners;   // of the files found; id 0 while nobody has them
     std::int32_t i_nextID;                              // songs from here on came after the look-up

@@ -15,7 +15,7 @@ OSErr CT_ConformNames::Start(CSongDatabase& database, std::vector<SongID> songs,
 }
 
 CT_ConformNames::CT_ConformNames(CSongDatabase& database, std::vector<SongID> songs, Done done)
-    : CT_OnSongs("conform names", database, std::move(songs), std::move(done)) {}
+    : CT_OnSongs("conform names", database, std::move(songs), std::move(done)), i_keeperRef(database.FileKeeper()) {}
 
 OSErr CT_ConformNames::OnSong(CSongFiles& files) {
     const SongID id = files.Song();
@@ -39,7 +39,7 @@ OSErr CT_ConformNames::OnSong(CSongFiles& files) {
         Log("$$ contains unknowns");
         return noErr;
     }
-    const SongRename renamed = SongRename::Run(files, FileSystemName(name->text));
+    const SongRename renamed = SongRename::Run(*i_keeperRef, files, FileSystemName(name->text));
     if (Failed(renamed.err)) LogF("could not rename song: %s\n", files.Name().c_str());
     if (!Failed(renamed.err) && renamed.moved.empty()) return noErr;
     return OnMain("renamed song", [&](CSongDatabase& database) {

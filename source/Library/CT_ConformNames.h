@@ -1,4 +1,5 @@
 #pragma once
+#include "Library/CSongFileKeeper.h"
 #include "Library/CT_OnSongs.h"
 
 /** Renames the owned files of songs after their songs, by the preference "Conform song name template". A name with
@@ -12,4 +13,6 @@ public:
 private:
     CT_ConformNames(CSongDatabase& database, std::vector<SongID> songs, Done done);
     OSErr OnSong(CSongFiles& files) override;
+
+    const std::shared_ptr<CSongFileKeeper> i_keeperRef;
 };

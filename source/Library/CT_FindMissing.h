@@ -1,4 +1,5 @@
 #pragma once
+#include "Library/CSongFileKeeper.h"
 #include "Library/CT_OnSongs.h"
 
 /** Looks whether the files of these songs can be reached, and marks those that cannot ("Msng"). A file that is found in
@@ -10,10 +11,13 @@ public:
     /** A volume came or went at these folders: looks at the songs that have a file below one of them, and at those that
         are missing. As Start. */
     static OSErr StartBelow(CSongDatabase& database, std::vector<CFileRef::Path> folders, Done done = {});
+    /** Looks whether songs that are marked as missing are back; shown to nobody. As Start. */
+    static OSErr StartMarked(CSongDatabase& database, Done done);
 
 private:
     CT_FindMissing(CSongDatabase& database, std::vector<SongID> songs, Done done);
     [[nodiscard]] bool IsConcerned(const CSongFiles& files) const;
+    [[nodiscard]] bool HasBorrowedSound(const CSongFiles& files);
     OSErr OnSong(CSongFiles& files) override;
     OSErr AtEnd(OSErr err) override;
     /** Tells the songs at once what was seen. */
@@ -21,8 +25,9 @@ private:
 
     struct Seen {
         CSongFiles files;
-        bool missingB;
+        bool missingB, borrowedB;
     };
+    const std::shared_ptr<CSongFileKeeper> i_keeperRef;
     std::vector<CFileRef::Path> i_below;   // none: everywhere
     std::vector<Seen> i_seen;              // what differs from what the songs said at the start of their block
 };

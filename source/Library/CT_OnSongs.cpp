@@ -19,7 +19,7 @@ OSErr CT_OnSongs::OnMain(const char* nameZ, const std::function<OSErr(CSongDatab
 
 OSErr CT_OnSongs::Operate(OSErr err) {
     if (Failed(err)) return err;
-    (void)CThreadHost::With([&](CThreadHost& host) { i_viewP = host.OpenTask(Name()); });
+    if (!i_quietB) (void)CThreadHost::With([&](CThreadHost& host) { i_viewP = host.OpenTask(Name()); });
     long doneL = 0;
     for (const SongID song : i_songs) {
         if (IsCancelled()) err = userCanceledErr;

@@ -29,6 +29,8 @@ protected:
     OSErr OnMain(const char* nameZ, const std::function<OSErr(CSongDatabase& database)>& work);
     /** The user wants its end, or the program ends. */
     [[nodiscard]] bool IsCancelled() const;
+    /** Before the start: nobody asked for this task, so that it is not shown. */
+    void BeQuiet() noexcept { i_quietB = true; }
     void ShowText(const std::string& text) {
         if (i_viewP) i_viewP->SetText(text);
     }
@@ -44,5 +46,6 @@ private:
     std::shared_ptr<const std::atomic<bool>> i_stoppingRef;
     std::vector<SongID> i_songs;
     Done i_done;
+    bool i_quietB = false;
     std::unique_ptr<CTaskView> i_viewP;
 };

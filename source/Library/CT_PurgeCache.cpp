@@ -29,7 +29,8 @@ CacheFile KindOf(const CFileRef::Path& file) {
 OSErr CT_PurgeCache::Start(CSongDatabase& database, std::shared_ptr<CBusySongs> busyRef,
                            std::function<void(OSErr err)> done) {
     std::unique_ptr<CT_Preemptive> taskP(
-        new CT_PurgeCache({database.Self(), database.Songs(), database.Settings(), std::move(busyRef)},
+        new CT_PurgeCache({database.Self(), database.Songs(), database.Settings(), std::move(busyRef),
+                           database.FileKeeper()},
                           database.PlayingSong(), std::move(done)));
     return CT_Preemptive::Start(std::move(taskP)) == 0 ? abortErr : noErr;
 }
@@ -90,6 +91,8 @@ OSErr CT_PurgeCache::List(std::vector<Item>& songs, std::vector<Item>& images, s
         ++filesL;
         // The halves of a song have one id whatever became of its name between them.
         const SongID song = kind == CacheFile::kSong ? SongOfCacheFile(name) : SongID{0};
+        // A folder that holds more than the cache: what is not called as ours are, or what a song lives by, stays.
+        if (kind == CacheFile::kSong && Number(song) == 0) continue;
         const std::string base =
             Number(song) != 0 ? std::to_string(Number(song)) + " " : file.GetPath().stem().string();
         Item& item = items[{kind, base}];
@@ -132,7 +135,8 @@ OSErr CT_PurgeCache::Delete(const std::vector<Item>& items) {
         });
         if (err == opWrErr) continue;
         if (Failed(err)) return err;
-        for (const CFileRef& file : item.files) err = FirstOf(err, FSrPurge(file, PurgePlace::kCache));
+        for (const CFileRef& file : item.files)
+            if (i_world.keeperRef->IsCacheOf(file, item.song)) err = FirstOf(err, FSrPurge(file, PurgePlace::kCache));
         first = FirstOf(first, err);
     }
     return first;

@@ -59,11 +59,7 @@ OSErr FindSongLength(CSongFiles& files, std::uint32_t& length300) {
     CFileRef file;
     if (!files.Ref(SDB_SongFile_ZIP).IsEmpty() && !Failed(files.GetFile(SDB_SongFile_ZIP, file)))
         return LengthOfZip(file, length300);
-    const CFileRef& picture = files.Ref(SDB_SongFile_VIDEO);
-    const ZipSongKinds kinds = picture.IsEmpty() ? ZipSongKinds() : ZipSongKindsOf(picture.GetName());
-    // What sounds beside a movie by the same name is another song.
-    const bool movieB = kinds.videoB && !kinds.graphicsB && files.Ref(SDB_SongFile_AUDIO).IsEmpty();
-    if (!movieB && !Failed(files.GetFile(SDB_SongFile_AUDIO, file))) return LengthOfFile(file, length300);
+    if (!Failed(files.GetFile(SDB_SongFile_AUDIO, file))) return LengthOfFile(file, length300);
     if (!files.Ref(SDB_SongFile_AUDIO).IsEmpty()) return fnfErr;   // half of a song has not its length
     const OSErr err = files.GetFile(SDB_SongFile_VIDEO, file, CSongFiles::TryCached::kYes);
     return Failed(err) ? err : LengthOfFile(file, length300);

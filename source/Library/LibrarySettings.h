@@ -3,6 +3,7 @@
 #include <string>
 
 #include "Library/CSongStatus.h"
+#include "Library/WindowsPath.h"
 
 class CPreferences;
 
@@ -23,9 +24,11 @@ struct LibrarySettings {
     long cachedSongsL = 25, cachedImagesL = 1;
 
     [[nodiscard]] CSongStatus Status() const { return {musicFolder, cacheFolder}; }
-    /** A path as the library's files may keep it, relative to the music folder, as a whole one. */
+    /** A path as the library's files may keep it, relative to the music folder, as a whole one. One of another system
+        stays as it is. */
     [[nodiscard]] Path Whole(const Path& path) const {
-        return path.empty() || path.has_root_directory() ? path : musicFolder / path;
+        const bool wholeB = path.empty() || path.has_root_directory() || IsWindowsPath(path.native());
+        return wholeB ? path : musicFolder / path;
     }
 };
 

@@ -4,7 +4,7 @@
 #include "Library/FileTitle.h"
 #include "Library/SongFileSets.h"
 
-CSong* MakeSongOfFiles(CSongDatabase& database, const SongFileSet& set) {
+CSong* MakeSongOfFiles(CSongDatabase& database, const SongFileSet& set, DateAdded date) {
     CSong* const songP = database.CreateSong();
     if (songP == nullptr) return nullptr;
     const FileTitle title = FileTitle::Of(set.base);
@@ -12,6 +12,7 @@ CSong* MakeSongOfFiles(CSongDatabase& database, const SongFileSet& set) {
     songP->Meta().SetString("arts"_key, title.artist);
     songP->Meta().SetString("albm"_key, title.album);
     songP->Meta().SetInteger("trak"_key, title.trackL);
+    SetSongFacts(songP->Meta(), set.facts, date);
     (void)songP->SetFile(SDB_SongFile_AUDIO, set.audio);   // a new song has no disc to defend
     (void)songP->SetFile(SDB_SongFile_VIDEO, set.video);
     (void)songP->SetFile(SDB_SongFile_ZIP, set.zip);

@@ -6,12 +6,15 @@
 #include <vector>
 
 #include "Core/CFileRef.h"
+#include "Core/CLog.h"
+#include "Library/SongFileFacts.h"
 #include "Platform/OSErr.h"
 
 /** The files of one song, as they were found on the disc: a pair, a zip, a video, or sound alone. */
 struct SongFileSet {
     CFileRef audio, video, zip;
     std::string base;   // the name that they share
+    SongFileFacts facts{};
 
     friend bool operator==(const SongFileSet& a, const SongFileSet& b) {
         return a.audio.GetPath() == b.audio.GetPath() && a.video.GetPath() == b.video.GetPath() &&

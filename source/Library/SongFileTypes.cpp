@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "Core/CZipSongMembers.h"
 #include "Core/SmallExtension.h"
 
 namespace {
@@ -51,6 +52,10 @@ const TypeRow& RowOf(SDB_SongFile type) {
 std::string_view SongFileLogWord(SDB_SongFile type) { return RowOf(type).logWord; }
 std::string_view SongFileExtension(SDB_SongFile type) { return RowOf(type).extension; }
 Texts SongFileSearchExtensions(SDB_SongFile type) { return RowOf(type).search; }
+bool IsMovieFile(const std::filesystem::path& file) {
+    const ZipSongKinds kinds = ZipSongKindsOf(file.filename().string());
+    return kinds.videoB && !kinds.graphicsB;
+}
 bool IsMidiFile(const std::filesystem::path& file) {
     const std::string extension = SmallExtension(file);
     return extension == "mid" || extension == "midi" || extension == "kar";

@@ -23,6 +23,16 @@ OSErr FindOrCreate(const CFileRef& parent, std::string_view name, const std::str
 
 }   // namespace
 
+CFileRef::Path DefaultMusicFolder(const CFileRef::Path& root) {
+    constexpr const char* kMusic_Name = "Vopla Music";
+    const auto isFolder = [](const CFileRef::Path& path) {
+        bool thereB = false;
+        return !Failed(FSrFolderExists(CFileRef(path), thereB)) && thereB;
+    };
+    const CFileRef::Path inside = root / kMusic_Name, beside = root.parent_path() / kMusic_Name;
+    return !isFolder(inside) && isFolder(beside) ? beside : inside;
+}
+
 OSErr GetSongRoot(const LibrarySettings& settings, SongRoot root, CFileRef& folder) {
     const auto make = [&](const LibrarySettings::Path& path, const char* stepZ) {
         const OSErr err = path.empty() ? fnfErr : FSrMakeFolders(path);

@@ -9,6 +9,10 @@ enum class SongRoot : unsigned char {
     kPocket   // songs to be carried away; beside the music folder
 };
 
+/** Where the music lies as long as no preference says otherwise: "Vopla Music" in the library's root. One that stands
+    beside the root, where it once was, stays in use. */
+[[nodiscard]] CFileRef::Path DefaultMusicFolder(const CFileRef::Path& root);
+
 /** The root's folder; made when missing. */
 OSErr GetSongRoot(const LibrarySettings& settings, SongRoot root, CFileRef& folder);
 

@@ -35,13 +35,14 @@ std::vector<Step> StepsFor(const CSongFiles& files, const std::string& base, int
 }
 
 /** Renames them all, or puts back those that were. */
-OSErr Apply(const std::vector<Step>& steps, std::vector<std::pair<SDB_SongFile, CFileRef>>& moved) {
+OSErr Apply(CSongFileKeeper& keeper, SongID song, const std::vector<Step>& steps,
+            std::vector<std::pair<SDB_SongFile, CFileRef>>& moved) {
     std::vector<std::pair<const Step*, CFileRef>> done;
     OSErr err = noErr;
     for (const Step& step : steps) {
         CFileRef file = step.from;
         if (file.GetName() == step.newName) continue;
-        err = FSrRename(file, step.newName);
+        err = keeper.Rename(file, step.newName, song);
         if (Failed(err)) break;
         done.emplace_back(&step, file);
     }
@@ -56,17 +57,17 @@ OSErr Apply(const std::vector<Step>& steps, std::vector<std::pair<SDB_SongFile, 
 
 }   // namespace
 
-SongRename SongRename::Run(const CSongFiles& files, const std::string& base) {
+SongRename SongRename::Run(CSongFileKeeper& keeper, const CSongFiles& files, const std::string& base) {
     SongRename result;
     for (int numberL = 1; numberL < kNumbers_Most; ++numberL) {
         const std::vector<Step> steps = StepsFor(files, base, numberL);
         const bool takenB = std::ranges::any_of(steps, [](const Step& step) {
+            const CFileRef wanted(step.from.GetParent(), step.newName);
             bool existsB = false;
-            const bool ownB = step.from.GetName() == step.newName;
-            return !ownB && !Failed(FSrObjectExists(CFileRef(step.from.GetParent(), step.newName), existsB)) && existsB;
+            return !Failed(FSrObjectExists(wanted, existsB)) && existsB && !FSrIsSameFile(step.from, wanted);   // in other capitals on a disc that does not tell them
         });
         if (takenB) continue;
-        result.err = Apply(steps, result.moved);
+        result.err = Apply(keeper, files.Song(), steps, result.moved);
         // Somebody else made one of the names since we looked: the next number, unless something could not go back.
         if (result.err != dupFNErr || !result.moved.empty()) return result;
     }

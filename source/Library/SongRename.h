@@ -3,7 +3,7 @@
 #include <utility>
 #include <vector>
 
-#include "Library/CSongFiles.h"
+#include "Library/CSongFileKeeper.h"
 
 /** How a song's files were renamed. */
 struct SongRename {
@@ -13,6 +13,7 @@ struct SongRename {
 
     /** Gives the files that the program owns (sound, graphics, zip, side-car, project) one base name, each in its
        folder and with its extension: all, or none. A base that is taken in any of the folders gets a number. Threads  a
-       worker. Never replaces a file. */
-    [[nodiscard]] static SongRename Run(const CSongFiles& files, const std::string& base);
+       worker. Never replaces a file. A song of which another one names a file keeps all of its names
+       (alreadyReportedErr). */
+    [[nodiscard]] static SongRename Run(CSongFileKeeper& keeper, const CSongFiles& files, const std::string& base);
 };

@@ -13,8 +13,8 @@ namespace {
 /** What the songs of one command share. It goes with the last of them, also when the queue drops them. */
 class ZipBatch {
 public:
-    ZipBatch(std::weak_ptr<CSongDatabase*> databaseRef, std::size_t countL, std::function<void(OSErr err)> done)
-        : i_databaseRef(std::move(databaseRef)), i_countL(static_cast<long>(countL)), i_done(std::move(done)) {
+    ZipBatch(CSongDatabase& database, std::size_t countL, std::function<void(OSErr err)> done)
+        : i_databaseRef(database.Self()), i_keeperRef(database.FileKeeper()), i_countL(static_cast<long>(countL)), i_done(std::move(done)) {
         (void)CThreadHost::With([this](CThreadHost& host) { i_viewP = host.OpenTask("Zip songs"); });
         ShowSteps(i_viewP.get(), 0);
     }
@@ -39,6 +39,7 @@ public:
         ShowSteps(viewP.get(), endedL);
         if (endedL < i_countL) return;
         viewP.reset();   // gone before the end is told
+        i_keeperRef->Tell();
         (void)CThreadHost::With([&](CThreadHost& host) {
             host.MainLoop().Post([databaseRef = i_databaseRef, done = std::move(i_done), err] {
                 const auto aliveRef = databaseRef.lock();
@@ -55,6 +56,7 @@ private:
     }
 
     const std::weak_ptr<CSongDatabase*> i_databaseRef;   // locked on the main thread alone
+    const std::shared_ptr<CSongFileKeeper> i_keeperRef;
     const long i_countL;
     std::function<void(OSErr err)> i_done;   // taken by the last
     std::mutex i_lock;                       // guards the rest
@@ -68,7 +70,7 @@ private:
 OSErr ZipSongs(CSongDatabase& database, CSongZipper& zipper, std::vector<SongID> songs,
                std::function<void(OSErr err)> done) {
     if (songs.empty()) return paramErr;
-    const auto batchRef = std::make_shared<ZipBatch>(database.Self(), songs.size(), std::move(done));
+    const auto batchRef = std::make_shared<ZipBatch>(database, songs.size(), std::move(done));
     batchRef->OnCancel([&zipper, databaseRef = database.Self(), songs] {
         const auto aliveRef = databaseRef.lock();   // the zipper lives with it
         if (aliveRef == nullptr || *aliveRef == nullptr) return;

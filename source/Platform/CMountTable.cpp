@@ -51,3 +51,12 @@ std::vector<CMountTable::Path> CMountTable::Changed() {
         if (changed.empty() || changed.back() != folder) changed.emplace_back(folder);
     return changed;
 }
+
+std::vector<CMountTable::Path> CMountTable::Volumes() const {
+    std::ifstream in(i_file, std::ios::binary);
+    std::vector<Path> volumes;
+    for (const auto& [folder, volume] : Parse(std::string{std::istreambuf_iterator<char>(in), {}}))
+        for (const std::string_view top : {"/media/", "/run/media/", "/mnt/"})
+            if (folder.starts_with(top)) volumes.emplace_back(folder);
+    return volumes;
+}

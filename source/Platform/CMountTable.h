@@ -16,6 +16,8 @@ public:
     /** The folders at which something else is mounted than at the last call, or nothing any more. None at the first
        call, or when the list cannot be read. */
     [[nodiscard]] std::vector<Path> Changed();
+    /** Where the desktop, or the user, has mounted discs. Any thread. */
+    [[nodiscard]] std::vector<Path> Volumes() const;
 
 private:
     using Mounts = std::set<std::pair<std::string, std::string>>;   // folder, number of its volume

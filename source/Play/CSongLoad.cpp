@@ -86,9 +86,10 @@ OSErr CSongLoad::LoadNow(std::unique_ptr<CS_MainThread_AbortProc> completionP) {
     if (i_abortedB.load()) return abortErr;
     if (i_kind == SongKind::kVideo) {
         if (const OSErr err = LoadMovie(); Failed(err)) return err;
-        if (i_movieP && i_movieP->Facts().soundB && i_spec.audio.IsEmpty()) {
-            i_soundFile = i_mainFile;   // what sounds beside it by the same name is another song
-            i_stamps.back() = i_stamps.front();
+        CFileRef beside;
+        if (i_movieP && !i_movieP->Facts().soundB && !Failed(i_places->FindSoundOfSilentMovie(beside))) {
+            i_soundFile = std::move(beside);
+            i_stamps = Stamps();
         }
     }
     const bool silentB = i_kind == SongKind::kLaunch || i_kind == SongKind::kGraphics ||

@@ -72,6 +72,8 @@ constexpr CommandRow kCommands[] = {
      "Puts the files of the selected zips into a folder; the songs keep their zips", ""},
     {kConformNames, kSongs, kInSongs, "conform-names", "Conform Names",
      "Names the files of the selected songs after them", ""},
+    {kRemoveDuplicates, kSongs, kBrowser, "remove-duplicates", "Remove Duplicates…",
+     "Of a song that stands in the library twice one row stays: of the selected rows, or of all", ""},
     {kFindMissing, kSongs, kBrowser, "find-missing", "Find Missing",
      "Looks for the files of the selected songs, or of all, and marks what is missing", ""},
     {kLocateMissing, kSongs, kInSongs, "locate-missing", "Locate Files…",

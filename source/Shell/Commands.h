@@ -45,6 +45,7 @@ enum class Command : std::uint8_t {
     kZip,
     kUnzip,
     kConformNames,
+    kRemoveDuplicates,
     kFindMissing,
     kLocateMissing,
     kShowPlaying,

@@ -216,7 +216,7 @@ void XBrowserWindow::MakeMenus() {
         tr("&File"), {kOpenFiles, kOpenFolder, kLine, kNewList, kRenameList, kDeleteList, kLine, kPreferences, kLine});
     fileP->addAction(&i_actions->Get(kQuit));
     add(tr("&Songs"), {kPlaySelected, kEditCell, kLine, kFind, kShowPlaying, kUserOrder, kLine, kReveal, kConformNames,
-                       kZip, kUnzip, kLine, kFindMissing, kLocateMissing, kLine, kRemoveFromList, kRemoveFromLibrary,
+                       kZip, kUnzip, kLine, kFindMissing, kLocateMissing, kRemoveDuplicates, kLine, kRemoveFromList, kRemoveFromLibrary,
                        kTrashOriginals});
     add(tr("&Play"), {kPlayPause, kStop, kRewind, kLine, kPrevious, kNext, kGoBack, kLine, kSeekBack, kSeekForward, kSeekBackFar,
                       kSeekForwardFar});

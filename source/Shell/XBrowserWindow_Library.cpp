@@ -128,6 +128,14 @@ void XBrowserWindow::ConnectFiles() {
         return commands.ConformNames(songs, told(tr("The files have the names of their songs.")));
     });
     onSongs(kLocateMissing, [&commands](const Songs& songs) { return commands.LocateMissing(songs.front()); });
+    i_actions->On(kRemoveDuplicates, [this, &commands] {
+        SDB_Selection rows = Selected();
+        if (rows.List() != &i_setup.database.Library() || rows.Items().size() < 2) {
+            rows = SDB_Selection(&i_setup.database.Library());
+            rows.SetItems(i_setup.database.Library().Items()->UserOrder());
+        }
+        TellFailure(commands.RemoveDuplicates(rows));
+    });
     // One row is where the cursor happens to be; who selects several means them.
     i_actions->On(kFindMissing, [this, &commands, told] {
         const std::vector<SongID> songs = i_setup.database.SongsOf(Selected());
@@ -164,6 +172,7 @@ void XBrowserWindow::EnableSongs() {
         {kZip, zipB || moreB},
         {kUnzip, unzipB || moreB},
         {kLocateMissing, missingB && rowsL == 1},
+        {kRemoveDuplicates, listP == &i_setup.database.Library() && listP->Count() > 1},
         {kFindMissing, i_setup.database.Library().Count() > 0},
         {kRemoveFromList, removeB},
         {kRemoveFromLibrary, anyB},

@@ -1,6 +1,8 @@
 #include "Library/AddFilesToLibrary.h"
 
+#include "Library/CLibraryRebuild.h"
 #include "Library/FileTitle.h"
+#include "Library/SongFileFacts.h"
 #include "Library/SongFileTest.h"
 
 namespace {
@@ -92,6 +94,38 @@ TEST_F(AddFiles, WhatIsMadeIsInTheLibraryInTheCourseOfItAndWhoIsToldHoldsNothing
     EXPECT_EQ(watcher.blocks, (std::vector<std::size_t>{100, 250}));
     EXPECT_TRUE(i_databaseP->IsDirty());
     i_databaseP->RemoveWatcher(watcher);
+}
+
+TEST_F(AddFiles, SizeFormatAndDayAreNoted) {
+    const CFDate day{700'000'000};   // in 2023
+    const auto age = [&](const Path& file) {
+        std::filesystem::last_write_time(file, std::chrono::file_clock::from_sys(
+                                                   std::chrono::sys_seconds(std::chrono::seconds(1'678'307'200))));
+    };
+    age(Make("out/One.mp3", "12345"));
+    age(Make("out/One.cdg", "678"));
+    std::filesystem::resize_file(Make("out/Big.mp4"), 3ULL << 30);   // a hole
+    age(i_folder / "out/Big.mp4");
+    const auto facts = [](CSongDatabase& database) {
+        std::string lines;
+        for (const SongID id : database.Songs()->Ids()) {
+            CMeta& meta = database.GetSong(id)->Meta();
+            lines += std::to_string(SizeOfStored(meta.GetInteger("SIZE"_key))) + " " + meta.GetString("Frmt"_key).UTF8() + "|";
+        }
+        return lines;
+    };
+    const double before = static_cast<double>(std::time(nullptr)) - 978307200;
+    (void)Added({"out/One.cdg", "out/Big.mp4"});
+    const std::string seen = facts(*i_databaseP);
+    EXPECT_TRUE(seen.find("8 MP3|") != std::string::npos && seen.find("3221225472 MP4|") != std::string::npos) << seen;
+    for (const SongID id : i_databaseP->Songs()->Ids())
+        EXPECT_GE(i_databaseP->GetSong(id)->Meta().GetDate("DAdd"_key)->absoluteT, before);
+    // A library that is made of what lies there: the files' own dates.
+    TestDatabaseHost host;
+    CSongDatabase other(host);
+    ASSERT_EQ(CLibraryRebuild(other, i_folder / "out").Run(), 2U);
+    EXPECT_EQ(facts(other).size(), seen.size());
+    for (const SongID id : other.Songs()->Ids()) EXPECT_EQ(other.GetSong(id)->Meta().GetDate("DAdd"_key), day);
 }
 
 TEST_F(AddFiles, WhatIsNoSongIsRefused) {

@@ -102,10 +102,13 @@ TEST_F(LibraryCommands, TracksLeaveTheirListAlone) {
     // Two rows of one song, of which one goes.
     const PLItemID twice = i_databaseP->Library().AddItem({one.GetSongID()});
     SDB_Selection duplicate(&i_databaseP->Library());
-    duplicate.SetItems({twice});
+    duplicate.SetItems({one.LibraryItem(), twice});
     Yes();
     EXPECT_EQ(i_commandsP->RemoveDuplicates(duplicate), noErr);
-    EXPECT_EQ(i_databaseP->Library().Count(), 1U);
+    EXPECT_EQ(i_databaseP->Library().Items()->UserOrder(), std::vector{one.LibraryItem()});
+    EXPECT_EQ(i_commandsP->RemoveDuplicates(duplicate), noErr);   // there is nothing left to ask for
+    EXPECT_EQ(i_above.i_ui.questions.size(), 1U);
+    i_above.i_ui.alerts.clear();
     EXPECT_EQ(i_commandsP->DeletePlaylist(list.ID()), userCanceledErr);
     Yes();
     EXPECT_EQ(i_commandsP->DeletePlaylist(list.ID()), noErr);

@@ -241,6 +241,35 @@ TEST_F(CLibraryStoreTest, WhatIsWrongWithIdsAndAccountsIsMended) {
     EXPECT_TRUE(other.database.Facts().otherKeys.Has("Further key"));
 }
 
+/** Copies that a synchronising disc makes of files in use: they have the ids of the true ones, and come before them. */
+TEST_F(CLibraryStoreTest, CopiesOfListsDoNotTakeTheirPlaces) {
+    MakeLibrary();
+    Save();
+    const fs::path ann = Lib("Venues/Zum Löwen/Ann");
+    const auto copy = [](const fs::path& from, const fs::path& to, const char* fromZ, const char* toZ) {
+        std::string text = Bytes(from);
+        if (const std::size_t at = text.find(fromZ); at != std::string::npos)
+            text.replace(at, std::strlen(fromZ), toZ);
+        std::ofstream(to, std::ios::binary) << text;
+    };
+    copy(ann / "Tonight.xml", ann / "Tonight (conflict copy).xml", "<integer>4</integer>", "<integer>2</integer>");
+    copy(ann / "History.xml", ann / "Another.xml", "<integer>11</integer>", "<integer>700</integer>");   // of its kind
+    fs::copy(ann, Lib("Venues/Zum Löwen/An Ann"), fs::copy_options::recursive);
+    copy(Lib("Playlists/A_B: _c._.xml"), Lib("Playlists/ (conflict copy).xml"), "A/B: *c.", "stale");
+    s_alerts.clear();
+    const Loaded loaded(i_places);
+    const CSinger& singer = *loaded.database.GetSinger(SingerID{8});
+    EXPECT_EQ(loaded.storeP->Files().singers.at(SingerID{8}).GetName(), "Ann");
+    EXPECT_EQ(Songs(*loaded.database.GetPlayList(singer.List(SingerList::kTonight))), std::vector<std::int32_t>{4});
+    EXPECT_EQ(singer.List(SingerList::kHistory), PlaylistID{11});
+    EXPECT_EQ(loaded.database.GetPlayList(PlaylistID{5})->Name(), "A/B: *c.");
+    std::set<std::string> names;
+    for (const CPlayList* const listP : loaded.database.PlayLists())
+        if (listP->Type() == kSourceDB_PLAYLIST) names.insert(listP->Name().UTF8());
+    EXPECT_TRUE(names.contains("Ann: Tonight (conflict copy)") && names.contains("Ann: Another"));
+    EXPECT_EQ(s_alerts.size(), 2U);
+}
+
 TEST_F(CLibraryStoreTest, OnlyWhatHasChangedIsWritten) {
     MakeLibrary();
     Save();
@@ -460,6 +489,74 @@ TEST_F(CLibraryStoreTest, WithoutALibraryItIsMadeFromTheFolders) {
     ASSERT_TRUE(RunUntil([&] { return list() != nullptr && list()->Count() != 0; }));
     EXPECT_EQ(list()->Name(), SuperString("Orphaned Songs"));
     EXPECT_EQ(list()->Count(), 1U);
+}
+
+/** A songs' file that is cut, or gone: told before all else, with a whole copy; what the user answers loses nothing. */
+TEST_F(CLibraryStoreTest, ADamagedSongsFileIsMendedFromAWholeCopy) {
+    LibrarySettings settings;
+    settings.musicFolder = i_root / "music";
+    fs::create_directories(i_root / "music");
+    i_databaseP->SetSettings(settings);
+    MakeLibrary();
+    std::vector<SongID> songs;   // each is found again by another way
+    for (const char* nameZ : {"At its place", "By its file", "By its title", "Gone"}) {
+        CSong& song = Song(nameZ, "Singer");
+        song.Meta().SetString("SUBg"_key, "kept");
+        (void)song.SetFile(SDB_SongFile_AUDIO, CFileRef(i_root / "music" / (std::string(nameZ) + ".mp3")));
+        (void)i_databaseP->AddSongToLibrary(song);
+        songs.push_back(song.GetSongID());
+    }
+    CPlayList& list = i_databaseP->AddPlaylist(kSourceDB_PLAYLIST, "Mine");
+    for (const SongID song : songs) Add(list, Number(song));
+    Save();
+    ASSERT_EQ(CLibraryBackup(i_places.root).KeepOnce(), noErr);
+    std::ofstream(Lib("~Backups/Library 2099-01-01 00.00.00.000.zip")) << "a newer copy, which is no zip";
+    const std::string whole = Bytes(Lib("Songs.vlb"));
+    fs::create_directories(i_root / "music/moved");
+    for (const char* nameZ : {"At its place.mp3", "moved/By its file.mp3", "Singer - By its title.mp3", "New.mp3"})
+        std::ofstream(i_root / "music" / nameZ) << nameZ;
+    const std::string before = Show(*i_databaseP);
+    fs::copy(Lib(""), i_root / "kept", fs::copy_options::recursive);
+    for (const bool bringB : {true, false})
+        for (const bool goneB : {false, true}) {
+            SCOPED_TRACE(testing::Message() << bringB << goneB);
+            fs::remove_all(Lib(""));
+            fs::copy(i_root / "kept", Lib(""), fs::copy_options::recursive);
+            const std::string cut = whole.substr(0, 300);
+            std::ofstream(Lib("Songs.vlb"), std::ios::binary) << cut;
+            if (goneB) fs::remove(Lib("Songs.vlb"));
+            TestDatabaseHost host;
+            host.i_ui.answers = {Answer{bringB ? 0U : 1U, false}};
+            CSongDatabase database(host);
+            database.SetSettings(settings);
+            CLibraryStore store(database, i_places);
+            ASSERT_EQ(store.LoadLibrary(), noErr);
+            ASSERT_EQ(host.i_ui.questions.size(), 1U);
+            const Question& asked = host.i_ui.questions[0];
+            EXPECT_EQ(asked.title, "Your library is damaged.");
+            EXPECT_NE(asked.text.find(goneB ? "missing" : "stays beside the new one"), std::string::npos) << asked.text;
+            EXPECT_NE(asked.text.find(" has 7."), std::string::npos) << asked.text;
+            EXPECT_EQ(asked.safeIndex, 0U);   // which loses nothing either
+            if (bringB) {
+                EXPECT_EQ(Show(database), before);
+                EXPECT_EQ(database.GetSong(songs[1])->Meta().GetString("SUBg"_key), "kept");
+            }
+            store.AfterStart();
+            ASSERT_TRUE(RunUntil([&] { return host.i_ui.questions.size() == 2U; }));
+            if (!bringB) {
+                for (std::size_t n = 0; n < 3; ++n) {
+                    const CSong* const songP = database.GetSong(songs[n]);
+                    ASSERT_NE(songP, nullptr) << n;
+                    EXPECT_TRUE(fs::exists(songP->FileRef(SDB_SongFile_AUDIO).GetPath())) << n;
+                }
+                EXPECT_EQ(database.GetSong(songs[3]), nullptr);
+            }
+            ASSERT_EQ(store.SaveLibraryNow(SaveForce::kDirty), noErr);
+            bool keptB = goneB;
+            for (const auto& entry : fs::directory_iterator(Lib("")))
+                keptB = keptB || (entry.path().string().find("(damaged ") != std::string::npos && Bytes(entry.path()) == cut);
+            EXPECT_TRUE(keptB);
+        }
 }
 
 TEST_F(CLibraryStoreTest, ASaveRunsBesideEditsSortsAndReaders) {

@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "Library/ListTest.h"
+#include "Library/SongFileFacts.h"
 
 namespace {
 
@@ -278,6 +279,8 @@ TEST_F(PlayList, TheSummary) {
     list.AddItem({song.GetSongID()});
     list.AddItem({song.GetSongID()});
     EXPECT_EQ(list.GetSummary(), "2 Songs, 3 Minutes, 6 MB");
+    song.Meta().SetInteger("SIZE"_key, StoredSize(3ULL << 30));   // more than 31 bits
+    EXPECT_EQ(list.GetSummary(), "2 Songs, 3 Minutes, 6 GB");
     EXPECT_EQ(i_databaseP->AddPlaylist(kSourceDB_VENUE, "Bar").GetSummary(), "0 Singers");
 }
 

@@ -26,7 +26,7 @@ TEST_F(SongRecordMeta, WhatWasLoadedIsWrittenAgain) {
     record.format = FourCC("MP3 ");
     record.start = 75;
     record.dateAdded = PackDateAdded(CFDate{700'000'000});
-    record.flags = kSongFlag_Pip3 | kSongFlag_AudioRelative;
+    record.flags = kSongFlag_Pip3 | kSongFlag_AudioRelative | kSongFlag_Missing;
     record.Text(SongText::kName) = "Ёлочка";
     record.Text(SongText::kArtist) = "Artist";
     record.Text(SongText::kComment) = "c";
@@ -55,7 +55,11 @@ TEST_F(SongRecordMeta, ASongWithoutValuesHasThoseThatMeanNone) {
     EXPECT_EQ(record, expected);
     CMeta again;
     i_forms.Load(record, again);
-    EXPECT_TRUE(again.AllStored().empty());
+    EXPECT_EQ(again.AllStored().size(), 1U);
+    EXPECT_EQ(again.Stored("Msng"_key).Bool(), BoolValueType::kTrue);
+    CMeta sound;   // which is a whole song
+    sound.SetSongFile("Sfs0"_key, {SDB_SongFileStatus_REFERENCE, CFileRef("/elsewhere/a.mp3")});
+    EXPECT_EQ(i_forms.Make(1, sound, none).flags, 0);
 }
 
 TEST_F(SongRecordMeta, NothingClimbsOutOfTheMusicFolder) {

@@ -10,15 +10,7 @@ namespace {
 class SongZip : public SongFileTest {
 protected:
     SongZip() {
-        // Another program makes the sound: a tenth of a second, once.
-        static const std::string s_sound = [this] {
-            (void)Python(i_folder / "sound.wav",
-                         "import wave, struct\nw = wave.open(z, 'wb'); w.setnchannels(2); w.setsampwidth(2); "
-                         "w.setframerate(44100)\nw.writeframes(b''.join(struct.pack('<hh', n * 7 % 30000, -n) for n in "
-                         "range(4410)))");
-            return Read(i_folder / "sound.wav");
-        }();
-        i_sound = s_sound;
+        i_sound = Sound();
         i_picture = std::string(9600, 'g');
     }
     CSong& Pair(const Path& folder, const std::string& base = "file") {
@@ -28,7 +20,10 @@ protected:
         EXPECT_EQ(song.SetFile(SDB_SongFile_VIDEO, CFileRef(Make(folder / (base + ".cdg"), i_picture))), noErr);
         return song;
     }
-    SongFileWorld World() { return {i_databaseP->Self(), i_databaseP->Songs(), i_databaseP->Settings(), i_busyRef}; }
+    SongFileWorld World() {
+        return {i_databaseP->Self(), i_databaseP->Songs(), i_databaseP->Settings(), i_busyRef,
+                i_databaseP->FileKeeper()};
+    }
     /** Here, where the main thread answers itself. */
     OSErr Zip(SongID song, OldZip oldZip = OldZip::kRefuse) { return CSongZip(World(), song, oldZip).Run(); }
     /** What a zip holds, as another program reads it. */

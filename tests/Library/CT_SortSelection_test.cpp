@@ -5,6 +5,7 @@
 
 #include "Library/CRowSorter.h"
 #include "Library/ListTest.h"
+#include "Library/SongFileFacts.h"
 
 class SortSelection : public ListTest {
 protected:
@@ -71,6 +72,15 @@ TEST_F(SortSelection, WhatHasNoValueComesFirstAndTiesGoBySlot) {
     EXPECT_EQ(list.GetSortedList(), Items({5, 4, 3, 2, 1}));
     list.SetSort({{"stIx"_key}}, CPlayList::SortWait::kYes);
     EXPECT_EQ(list.GetSortedList(), Items({5, 1, 2, 3, 4}));
+    // Sizes of more than 2 GB, whose numbers have no room for a sign; rows one by one, then all.
+    for (int n = 1; n < 5; ++n)
+        i_databaseP->GetSong(SongID{list.Items()->Get(PLItemID{n})->target.idL})
+            ->Meta()
+            .SetInteger("SIZE"_key, StoredSize(std::array<std::uint64_t, 4>{3ULL << 30, 5, 1ULL << 40, 1U << 31}[n - 1U]));
+    list.SetSort({{"SIZE"_key}}, CPlayList::SortWait::kYes);
+    EXPECT_EQ(list.GetSortedList(), Items({5, 2, 4, 1, 3}));
+    list.AddItem({SongID{list.Items()->Get(PLItemID{4})->target.idL}});
+    EXPECT_EQ(list.GetSortedList(), Items({5, 2, 4, 6, 1, 3}));
 }
 
 TEST_F(SortSelection, TickedBoxesOfTheseTwoColumnsComeFirst) {

@@ -65,6 +65,17 @@ protected:
         EXPECT_EQ(std::system(command.c_str()), 0) << Read(out);
         return Read(out);
     }
+    /** Another program makes the sound: a tenth of a second, once. */
+    std::string Sound() const {
+        static const std::string s_sound = [this] {
+            (void)Python(i_folder / "sound.wav",
+                         "import wave, struct\nw = wave.open(z, 'wb'); w.setnchannels(2); w.setsampwidth(2); "
+                         "w.setframerate(44100)\nw.writeframes(b''.join(struct.pack('<hh', n * 7 % 30000, -n) for n in "
+                         "range(4410)))");
+            return Read(i_folder / "sound.wav");
+        }();
+        return s_sound;
+    }
     CSong& PairIn(const Path& folder, const std::string& base, std::string_view name, std::string_view artist) {
         CSong& song = Song(name, artist);
         EXPECT_EQ(song.SetFile(SDB_SongFile_AUDIO, CFileRef(Make(folder / (base + ".mp3")))), noErr);

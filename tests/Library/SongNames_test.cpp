@@ -1,3 +1,4 @@
+#include "Core/FSrObjects.h"
 #include "Library/CT_ConformNames.h"
 #include "Library/CT_FindMissing.h"
 #include "Library/FileSystemName.h"
@@ -6,6 +7,7 @@
 #include "Library/SongName.h"
 #include "Library/SongRename.h"
 #include "Platform/CFileCalls_Faults.h"
+#include "Platform/CFileCalls_Linux.h"
 
 namespace {
 
@@ -156,9 +158,29 @@ TEST_F(SongNames, AFileIsFoundWhereTheLibraryMoved) {
     EXPECT_EQ(song.GetFile(SDB_SongFile_VIDEO, file), noErr);
     EXPECT_EQ(file.GetPath(), i_folder / "Music/Artist/a.cdg");
     EXPECT_EQ(MissingSongText("A"), "Could not find the song “A”");
-    // A path as a file of the library has it.
-    song.SetFileRef(SDB_SongFile_AUDIO, SDB_SongFileStatus_MUSIC, CFileRef(Path("Artist/a.mp3")));
-    EXPECT_EQ(song.GetFile(SDB_SongFile_AUDIO, file), noErr);
+    // A path as a file of the library has it; those of another system are kept until their files are found.
+    const struct {
+        const char* pathZ;
+        SDB_SongFileStatus status;
+        bool foundB;
+    } paths[] = {{"Artist/a.mp3", SDB_SongFileStatus_MUSIC, true},
+                 {"Artist\\A.MP3", SDB_SongFileStatus_MUSIC, true},
+                 {"D:\\Karaoke\\artist\\a.mp3", SDB_SongFileStatus_REFERENCE, true},
+                 {"d:/Karaoke/Vopla Music/Artist/a.mp3", SDB_SongFileStatus_REFERENCE, true},
+                 {"\\\\server\\share\\ARTIST\\a.mp3", SDB_SongFileStatus_REFERENCE, true},
+                 {"\\Artist\\a.mp3", SDB_SongFileStatus_REFERENCE, true},
+                 {"D:\\iTunes\\b.mp3", SDB_SongFileStatus_ITUNES, false},
+                 {"D:\\Other\\a.mp3", SDB_SongFileStatus_REFERENCE, false}};   // a name alone is no file of an artist
+    for (const auto& [pathZ, status, foundB] : paths) {
+        SCOPED_TRACE(pathZ);
+        CSong& other = Song("B");
+        ASSERT_EQ(other.SetFile(SDB_SongFile_AUDIO, CFileRef(Path(pathZ))), noErr);
+        EXPECT_EQ(other.GetStatus(SDB_SongFile_AUDIO), status);
+        EXPECT_EQ(other.GetFile(SDB_SongFile_AUDIO, file), foundB ? noErr : fnfErr);
+        const Path now = other.FileRef(SDB_SongFile_AUDIO).GetPath();
+        EXPECT_EQ(i_databaseP->Settings()->Whole(now), foundB ? i_folder / "Music/Artist/a.mp3" : Path(pathZ));
+        EXPECT_EQ(other.GetStatus(SDB_SongFile_AUDIO), foundB ? SDB_SongFileStatus_MUSIC : status);
+    }
 }
 
 TEST_F(SongNames, WhatWasFoundIsNothingToAPlaceThatSaysSomethingElseByNow) {
@@ -233,6 +255,14 @@ TEST_F(SongNames, MissingSongsAreMarkedAndFoundAgain) {
     EXPECT_FALSE(missingBelow("ou"));
     EXPECT_TRUE(missingBelow("out"));
     std::filesystem::rename(i_folder / "away", i_folder / "out");
+    EXPECT_EQ(i_databaseP->MissingSongs().size(), 4U);
+    bool markedB = false;
+    EXPECT_EQ(CT_FindMissing::StartMarked(*i_databaseP, [&](OSErr) { markedB = true; }), noErr);
+    EXPECT_TRUE(RunUntil([&] { return markedB; }));
+    EXPECT_EQ(i_databaseP->MissingSongs(), std::vector{empty.GetSongID()});
+    std::filesystem::remove(i_folder / "out/pair.cdg");
+    EXPECT_TRUE(missingBelow("out"));
+    Make("out/pair.cdg");
     EXPECT_FALSE(missingBelow("elsewhere"));   // one that is missing may be anywhere
     i_databaseP->SetDirty(false);
     (void)pair.SetFile(SDB_SongFile_VIDEO, CFileRef(i_folder / "nowhere/pair.cdg"));
@@ -267,7 +297,7 @@ TEST_F(SongRenames, AllOrNoneWhateverFails) {
             if (std::string_view(callZ) == "rename new" && ++renamesL == failingL) faults.FailAt(n, EIO);
         });
         CFileCalls::Install(&faults);
-        const SongRename renamed = SongRename::Run(FilesOf(song), "New");
+        const SongRename renamed = SongRename::Run(*i_databaseP->FileKeeper(), FilesOf(song), "New");
         EndFaults();
         if (!Failed(renamed.err)) break;
         ++failuresL;
@@ -287,7 +317,7 @@ TEST_F(SongRenames, WhatCannotGoBackIsTold) {
         if (std::string_view(callZ) == "rename new" && ++renamesL == 2) faults.FailFrom(n, EIO);
     });
     CFileCalls::Install(&faults);
-    const SongRename renamed = SongRename::Run(FilesOf(song), "New");
+    const SongRename renamed = SongRename::Run(*i_databaseP->FileKeeper(), FilesOf(song), "New");
     EndFaults();
     EXPECT_EQ(renamed.err, ioErr);
     ASSERT_EQ(renamed.moved.size(), 1U);
@@ -299,22 +329,65 @@ TEST_F(SongRenames, ATakenNameGetsANumberForAllFiles) {
     Make("Music/New.cdg", "another song's");
     Make("Music/New 2.mp3", "a third one's");
     CSong& song = PairIn("Music", "old", "New", "");
-    EXPECT_EQ(SongRename::Run(FilesOf(song), "New").moved.size(), 2U);
+    EXPECT_EQ(SongRename::Run(*i_databaseP->FileKeeper(), FilesOf(song), "New").moved.size(), 2U);
     EXPECT_EQ(Tree("Music"), "New 2.mp3|New 3.cdg|New 3.mp3|New.cdg");
     EXPECT_EQ(Read(i_folder / "Music/New.cdg"), "another song's");
     (void)song.SetFile(SDB_SongFile_AUDIO, CFileRef(i_folder / "Music/New 3.mp3"));
     (void)song.SetFile(SDB_SongFile_VIDEO, CFileRef(i_folder / "Music/New 3.cdg"));
-    EXPECT_TRUE(SongRename::Run(FilesOf(song), "New").moved.empty());   // it keeps its number
+    EXPECT_TRUE(SongRename::Run(*i_databaseP->FileKeeper(), FilesOf(song), "New").moved.empty());   // it keeps its number
     // A long name is cut alike for all, and what is only referenced keeps its name.
     CSong& other = PairIn("Music", "x", "", "");
     ASSERT_EQ(other.SetFile(SDB_SongFile_PROJECT, CFileRef(Make("out/x.lrc"))), noErr);
     std::string longName;
     for (int n = 0; n < 90; ++n) longName += "歌";
-    const SongRename renamed = SongRename::Run(FilesOf(other), longName);
+    const SongRename renamed = SongRename::Run(*i_databaseP->FileKeeper(), FilesOf(other), longName);
     ASSERT_EQ(renamed.moved.size(), 2U);
     EXPECT_EQ(renamed.moved[0].second.GetPath().stem(), renamed.moved[1].second.GetPath().stem());
     EXPECT_EQ(renamed.moved[0].second.GetName().size(), 253U);
     EXPECT_EQ(Tree("out"), "x.lrc");
+}
+
+/** As a disc that keeps capitals and does not tell them apart. */
+class CFileCalls_NoCase final : public CFileCalls_Linux {
+public:
+    int Look(const Path& path, bool followB, FileInfo& info) override {
+        return CFileCalls_Linux::Look(Real(path), followB, info);
+    }
+    int RenameNew(const Path& from, const Path& to) override {
+        FileInfo info;
+        if (Look(to, false, info) == 0) return EEXIST;   // also when it is `from` itself
+        return CFileCalls_Linux::RenameNew(Real(from), to);
+    }
+
+private:
+    static Path Real(const Path& path) {
+        std::error_code err;
+        for (const auto& entry : std::filesystem::directory_iterator(path.parent_path(), err))
+            if (SuperString(entry.path().filename().string()).Lowercased() ==
+                SuperString(path.filename().string()).Lowercased())
+                return entry.path();
+        return path;
+    }
+};
+
+TEST_F(SongRenames, OtherCapitalsAreTheSameFileOnADiscThatIgnoresThem) {
+    Make("Music/QUEEN.mp3", "another song's");
+    CSong& song = PairIn("Music", "abba", "Abba", "");
+    CFileCalls_NoCase calls;
+    CFileCalls::Install(&calls);
+    const SongRename renamed = SongRename::Run(*i_databaseP->FileKeeper(), FilesOf(song), "Abba");
+    EXPECT_EQ(renamed.err, noErr);
+    EXPECT_EQ(Tree("Music"), "Abba.cdg|Abba.mp3|QUEEN.mp3");
+    for (const auto& [type, file] : renamed.moved) (void)song.SetFile(type, file);
+    std::string unique;
+    EXPECT_EQ(FSrMakeUniqueName(CFileRef(i_folder / "Music"), "ABBA.mp3", unique, song.FileRef(SDB_SongFile_AUDIO)), noErr);
+    EXPECT_EQ(unique, "ABBA.mp3");
+    EXPECT_EQ(SongRename::Run(*i_databaseP->FileKeeper(), FilesOf(song), "Queen").err, noErr);
+    EXPECT_EQ(Tree("Music"), "QUEEN.mp3|Queen 2.cdg|Queen 2.mp3");
+    (void)song.SetFile(SDB_SongFile_AUDIO, CFileRef(i_folder / "Music/Queen 2.mp3"));
+    (void)Song("Other").SetFile(SDB_SongFile_AUDIO, CFileRef(i_folder / "Music/QUEEN 2.MP3"));   // the same one
+    EXPECT_EQ(i_databaseP->FileKeeper()->Delete(song.FileRef(SDB_SongFile_AUDIO), song.GetSongID()), alreadyReportedErr);
+    CFileCalls::Install(nullptr);
 }
 
 TEST_F(SongRenames, TheTaskRenamesWhatIsKnownAndNotWhatPlays) {
