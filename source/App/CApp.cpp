@@ -242,17 +242,14 @@ namespace {
 constexpr struct {
     WindowKind kind;
     const char* nameZ;
-    const char* fullScreenKeyZ;
+    const char *fullScreenKeyZ, *displayKeyZ;   // null: it never fills a display
     bool shownFirstB;   // at the first start, when no place is kept
 } kKept_Windows[] = {
-    {PREF_Wind_BROWSER, "Browser", nullptr, true},
-    {PREF_Wind_VIDEO2, "Video 2", "Full Screen2", false},
-    {PREF_Wind_VIDEO, "Video", "Full Screen", true},
-    {PREF_Wind_TASKS, "Tasks", nullptr, false},
+    {PREF_Wind_BROWSER, "Browser", nullptr, nullptr, true},
+    {PREF_Wind_VIDEO2, "Video 2", "Full Screen2", "Full Screen2 Display", false},
+    {PREF_Wind_VIDEO, "Video", "Full Screen", "Full Screen Display", true},
+    {PREF_Wind_TASKS, "Tasks", nullptr, nullptr, false},
 };
-
-/** The key of the display of a full screen, by the key of that full screen. */
-std::string DisplayKey(const char* fullScreenKeyZ) { return std::string(fullScreenKeyZ) + " Display"; }
 
 }   // namespace
 
@@ -263,7 +260,7 @@ void CApp::ShowWindowsAsSaved() {
             CAppWindows::Place place{record->topS, record->leftS, record->bottomS, record->rightS, record->visibleB};
             if (row.fullScreenKeyZ != nullptr) {
                 place.fullScreenB = Prefs().GetBool(row.fullScreenKeyZ);
-                place.display = Prefs().GetString(DisplayKey(row.fullScreenKeyZ)).UTF8();
+                place.display = Prefs().GetString(row.displayKeyZ).UTF8();
             }
             Windows().SetPlace(row.kind, place);
         }
@@ -279,7 +276,7 @@ CCFDictionary CApp::FullScreenKeys() const {
     for (const auto& row : kKept_Windows)
         if (const auto place = i_setup.windows.PlaceOf(row.kind); place.has_value() && row.fullScreenKeyZ != nullptr) {
             keys.Set(row.fullScreenKeyZ, CCFValue(place->fullScreenB));
-            keys.Set(DisplayKey(row.fullScreenKeyZ), CCFValue(SuperString(place->display)));
+            keys.Set(row.displayKeyZ, CCFValue(SuperString(place->display)));
         }
     return keys;
 }

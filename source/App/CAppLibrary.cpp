@@ -7,6 +7,7 @@
 #include "Core/CApp.h"
 #include "Core/CLog.h"
 #include "Core/WaitMode.h"
+#include "Core/FileURL.h"
 #include "Library/CT_FindMissing.h"
 #include "Play/CPlayControl.h"
 #include "Platform/CClock.h"
@@ -122,7 +123,7 @@ void CAppLibrary::ShowProgress(std::string_view words) { i_app.ShowProgress(word
 void CAppLibrary::ShowSteps(std::size_t doneL, std::size_t totalL) { i_app.ShowProgressSteps(doneL, totalL); }
 
 void CAppLibrary::Reveal(const CFileRef& file) {
-    if (!i_app.Ui().OpenPage("file://" + file.GetParent().GetPath().string()))
+    if (!i_app.Ui().OpenPage(FileURL(file.GetParent().GetPath())))
         Log("### Error nothing shows folders here");
 }
 

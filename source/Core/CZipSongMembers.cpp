@@ -7,10 +7,7 @@
 
 namespace {
 
-constexpr struct {
-    std::string_view ending;
-    ZipSongKinds kinds;
-} kEndings[] = {
+constexpr ZipSongEnding kEndings[] = {
     {".mp3", {.audioB = true}},
     {".wav", {.audioB = true}},
     {".aif", {.audioB = true}},
@@ -108,6 +105,8 @@ private:
 };
 
 }   // namespace
+
+std::span<const ZipSongEnding> ZipSongEndings() noexcept { return kEndings; }
 
 ZipSongKinds ZipSongKindsOf(std::string_view name) {
     const std::string lower = Lower(name);

@@ -13,6 +13,12 @@ struct ZipSongKinds {
 /** By the ending of `name`, in any case. Nothing for what no song has: folders, "__MACOSX/", names that begin with ".".
  */
 [[nodiscard]] ZipSongKinds ZipSongKindsOf(std::string_view name);
+/** An ending of song files, with its point, and what such a file can be. */
+struct ZipSongEnding {
+    std::string_view ending;
+    ZipSongKinds kinds;
+};
+[[nodiscard]] std::span<const ZipSongEnding> ZipSongEndings() noexcept;
 
 /** Which members of a zip are the song, however the members are named and wherever in it they lie. Indexes into the
     members that Choose was given. Pure. */

@@ -24,6 +24,8 @@ struct PrefRow {
     std::string_view defaultText = {};
     /** For a default that depends on the machine or on what is stored already. */
     CCFValue (*computeP)(const CCFDictionary& stored) = nullptr;
+    /** Nobody reads it yet, so it is offered nowhere; tools/check_preferences holds that to the sources. */
+    bool laterB = false;
 
     /** `stored` is what the dictionary holds so far. */
     [[nodiscard]] CCFValue Default(const CCFDictionary& stored) const;

@@ -6,6 +6,7 @@
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
+#include "Core/FileURL.h"
 #include "Core/ThreadInfo.h"
 #include "Core/WaitMode.h"
 #include "Library/CSongDatabase.h"
@@ -20,24 +21,6 @@
 namespace {
 
 constexpr std::size_t kReveal_Unasked = 5;   // so many folders may open without a question
-
-/** A file URL of a folder: what is no plain sign is written by its number. */
-std::string FolderURL(const std::filesystem::path& folder) {
-    constexpr std::string_view kPlain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";
-    std::string url = "file://";
-    for (const char c : folder.native()) {
-        if (kPlain.find(c) != std::string_view::npos) {
-            url += c;
-            continue;
-        }
-        constexpr std::string_view kHex = "0123456789ABCDEF";
-        const auto byte = static_cast<unsigned char>(c);
-        url += '%';
-        url += kHex[byte >> 4U];
-        url += kHex[byte & 15U];
-    }
-    return url;
-}
 
 }   // namespace
 
@@ -113,13 +96,15 @@ OSErr CLibraryCommands::TrashOriginals(const SDB_Selection& selection, Done done
                                 Telling("Some files could not be moved to the trash.", std::move(done)));
 }
 
-OSErr CLibraryCommands::DeleteTracks(const SDB_Selection& selection) {
+OSErr CLibraryCommands::DeleteTracks(const SDB_Selection& selection, WarnLast warnLast) {
     const CPlayList* const listP = selection.List();
     if (listP == nullptr) return paramErr;
     const PlaylistID list = listP->ID();
     if (list == kPlaylistID_Library) return RemoveFromLibrary(selection);
     if (!listP->IsModifyable()) return paramErr;
     const std::vector<PLItemID> items = selection.Items();
+    const bool lastB = warnLast == WarnLast::kYes && items.size() >= listP->Count();
+    if (lastB && !Confirm(LibraryDialog::kLastSong, listP->Name().UTF8())) return userCanceledErr;
     const auto playsB = [&](PLItemID item) { return i_database.Host().IsPlaying(list, item); };
     const bool songB = HasPlaying(SongsOf(selection));   // another row of it may go, and the song plays on
     if (songB && std::ranges::any_of(items, playsB) && !StopPlaying()) return userCanceledErr;
@@ -138,6 +123,30 @@ OSErr CLibraryCommands::DeletePlaylist(PlaylistID list) {
     const OSErr err = i_database.DeletePlaylist(list);
     if (Failed(err)) i_ui.Alert("The playlist “" + name + "” could not be deleted.", kDelete_HintZ);
     return err;
+}
+
+CPlayList* CLibraryCommands::FindNamed(const SuperString& name, PlaylistID except) const {
+    for (CPlayList* const listP : i_database.PlayLists())
+        if (listP->Type() == kSourceDB_PLAYLIST && listP->ID() != except && listP->Name().EqualNoCase(name)) return listP;
+    return nullptr;
+}
+
+OSErr CLibraryCommands::RenamePlaylist(PlaylistID list, const SuperString& name) {
+    if (FindNamed(name, list) != nullptr && !Confirm(LibraryDialog::kSameName, name.UTF8())) return userCanceledErr;
+    CPlayList* const listP = i_database.GetPlayList(list);   // it may have gone meanwhile
+    return listP == nullptr ? fnfErr : listP->Rename(name);
+}
+
+CPlayList& CLibraryCommands::NewPlaylist(const std::string& wish) {
+    const std::string base = wish.empty() ? GetSourceName(kSourceDB_PLAYLIST) : wish;
+    std::string name = base;
+    for (int numberL = 2; FindNamed(SuperString(name)) != nullptr; ++numberL) name = base + " " + std::to_string(numberL);
+    return i_database.AddPlaylist(kSourceDB_PLAYLIST, SuperString(name));
+}
+
+CPlayList& CLibraryCommands::ListNamed(const std::string& name) {
+    CPlayList* const listP = FindNamed(SuperString(name));
+    return listP != nullptr ? *listP : NewPlaylist(name);
 }
 
 OSErr CLibraryCommands::Paste(std::span<const SongID> songs, const CCFDictionary& meta) {
@@ -163,7 +172,7 @@ OSErr CLibraryCommands::Reveal(std::span<const SongID> songs) {
     if (folders.size() > kReveal_Unasked && !Confirm(LibraryDialog::kReveal, std::to_string(songs.size())))
         return userCanceledErr;
     for (const std::filesystem::path& folder : folders)
-        if (!i_ui.OpenPage(FolderURL(folder))) return LogStep(fnfErr, "revealing", folder);
+        if (!i_ui.OpenPage(FileURL(folder))) return LogStep(fnfErr, "revealing", folder);
     return noErr;
 }
 

@@ -30,10 +30,17 @@ public:
     OSErr RemoveDuplicates(const SDB_Selection& selection);
     /** The owned files go to the trash, the songs from all lists. */
     OSErr TrashOriginals(const SDB_Selection& selection, Done done = {});
+    enum class WarnLast : bool { kNo, kYes };
     /** Rows of a playlist leave it; of the library's list, their songs leave the library. Asks when one of them plays,
-       and stops it first. */
-    OSErr DeleteTracks(const SDB_Selection& selection);
+       and stops it first; and, when that is wanted, before a playlist gets empty. */
+    OSErr DeleteTracks(const SDB_Selection& selection, WarnLast warnLast = WarnLast::kNo);
     OSErr DeletePlaylist(PlaylistID list);
+    /** Asks when another list has this name already. */
+    OSErr RenamePlaylist(PlaylistID list, const SuperString& name);
+    /** A new list of the user's: `wish`, the kind's title when that is empty, with a number when another has it. */
+    CPlayList& NewPlaylist(const std::string& wish);
+    /** The user's list of this name, made when there is none. */
+    CPlayList& ListNamed(const std::string& name);
     /** The values of `meta` go into all these songs. */
     OSErr Paste(std::span<const SongID> songs, const CCFDictionary& meta);
     /** Shows the folders of the songs' main files, each once, in the desktop's file manager. */
@@ -62,6 +69,8 @@ public:
     [[nodiscard]] CSongUnpacker& Unpacker() noexcept { return *i_unpackerRef; }
 
 private:
+    /** The user's list that has this name, whatever its capitals; null without. */
+    [[nodiscard]] CPlayList* FindNamed(const SuperString& name, PlaylistID except = PlaylistID{0}) const;
     /** Alerts that what was done with many songs did not go well with all of them; the log names them. */
     [[nodiscard]] Done Telling(const char* wordsZ, Done done);
     [[nodiscard]] std::vector<SongID> Those(std::span<const SongID> songs, bool (*wantedP)(const CSong& song)) const;

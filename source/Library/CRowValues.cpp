@@ -1,5 +1,8 @@
 #include "Library/CRowValues.h"
 
+#include <map>
+
+#include "Library/CMetaManager.h"
 #include "Library/CRowSorter.h"
 
 namespace {
@@ -12,6 +15,25 @@ CMetaValue PlaceValue(const PLRow& row, MetaKey key, PlaylistID list) {
     if (key == "stIx"_key) return CMetaValue(static_cast<std::int32_t>(row.row));
     if (key == CM_Key_PLAYLIST_ID) return CMetaValue(Number(list));
     return {};
+}
+
+/** What is chosen from a menu stands by the words that are shown; pitches are numbers there, too. */
+bool SortsByMenuText(const CDataTraits& traits) {
+    return traits.Has(kKeyFlag_Popup) && traits.Type() == ValType::ValType_INTEGER && traits.Key() != "PICH"_key;
+}
+
+/** What rows are sorted by: the words of a menu in place of its numbers. */
+std::vector<CMetaValue> SortValues(std::vector<CMetaValue> values, MetaKey key) {
+    const CDataTraits& traits = MetaManager().GetTraits(key);
+    if (!SortsByMenuText(traits)) return values;
+    std::map<std::int32_t, CMetaValue> texts;   // a menu has few of them
+    for (CMetaValue& value : values) {
+        if (!value) continue;
+        CMetaValue& text = texts[value.Integer()];
+        if (!text) text = CMetaValue(CMetaText::Of(traits.Display(value).UTF8()));
+        value = text;
+    }
+    return values;
 }
 
 }   // namespace
@@ -47,13 +69,14 @@ std::vector<CMetaValue> CRowValues::Column(std::span<const PLRow> rows, MetaKey 
 
 int CRowValues::Compare(const PLRow& a, const PLRow& b, const SortSpec& spec) const {
     for (const MetaSortKey& by : spec)
-        if (const int order = CompareValues(Value(a, by.key), Value(b, by.key), by); order != 0) return order;
+        if (const int order = CompareValues(SortValues({Value(a, by.key)}, by.key).front(),
+                                           SortValues({Value(b, by.key)}, by.key).front(), by); order != 0) return order;
     return a.id < b.id ? -1 : b.id < a.id ? 1 : 0;
 }
 
 std::vector<PLRow> CRowValues::Sorted(std::span<const PLRow> rows, const SortSpec& spec) const {
     CRowSorter sorter(rows.size());
-    for (const MetaSortKey& by : spec) sorter.AddColumn(by, Column(rows, by.key));
+    for (const MetaSortKey& by : spec) sorter.AddColumn(by, SortValues(Column(rows, by.key), by.key));
     std::vector<PLRow> sorted;
     sorted.reserve(rows.size());
     for (const std::uint32_t n : sorter.Sort()) sorted.push_back(rows[n]);

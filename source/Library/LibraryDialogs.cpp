@@ -28,6 +28,11 @@ constexpr struct {
      "coninue?",
      "Paste"},
     {"Reveal", "Are you sure you want reveal %d songs in the Finder?", "Reveal"},
+    {"Rename List",
+     "There is a list “%s” already.  Two lists of one name are hard to tell apart.  Do you want to use the name twice?",
+     "Use It Twice"},
+    {"Delete Tracks", "These are the last songs of “%s”: the list will be empty.  Are you sure you want to delete them?",
+     "Delete"},
 };
 
 }   // namespace

@@ -11,7 +11,9 @@ enum class LibraryDialog : unsigned char {
     kDeletePlaying,
     kDeletePlaylist,
     kPaste,
-    kReveal
+    kReveal,
+    kSameName,
+    kLastSong
 };
 
 /** The question of a command; "%s" or "%d" of its text becomes `detail`. The safe answer, which is no, comes last. */

@@ -66,6 +66,17 @@ OSErr CPlayControl::Play(const SDB_Selection& selection) {
 
 OSErr CPlayControl::Play(PlaylistID list, PLItemID item) { return PlayRow(list, item, {.handB = true}); }
 
+OSErr CPlayControl::GoOnIn(PlaylistID list, PLItemID item) {
+    const CPlayList* const listP = i_host.Database().GetPlayList(list);
+    const auto row = listP == nullptr ? std::nullopt : listP->Items()->Get(item);
+    if (!row) return fnfErr;
+    if (State() == PlayState::kIdle || row->target != PLTarget(CurrentSong())) return paramErr;
+    i_place.Set(list, item);
+    i_nextStaleB = true;
+    TellPlay();
+    return noErr;
+}
+
 std::optional<SongPlaySpec> CPlayControl::SpecOf(PlaylistID list, PLItemID item) const {
     std::optional<SongPlaySpec> spec = ReadRowPlaySpec(i_host.Database(), list, item, i_host.Preferences());
     if (spec) spec->gainF = i_host.GainOf(spec->song);

@@ -35,6 +35,9 @@ public:
     OSErr Play(const SDB_Selection& selection);
     /** Ends what plays and starts this row. fnfErr: no such list, row or song. */
     OSErr Play(PlaylistID list, PLItemID item);
+    /** The song that plays stands in this row from now on, and what comes next follows it there. fnfErr: no such row;
+        paramErr: another song's, or nothing plays. */
+    OSErr GoOnIn(PlaylistID list, PLItemID item);
     void Stop() override;
     void SetPaused(bool pausedB);
     void TogglePause() { SetPaused(!IsPaused()); }

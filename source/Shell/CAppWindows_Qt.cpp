@@ -1,7 +1,10 @@
 #include "Shell/CAppWindows_Qt.h"
 
+#include <QActionGroup>
 #include <QApplication>
 #include <QDBusConnection>
+#include <QMenu>
+#include <QScreen>
 #include <QWidget>
 
 #include "App/CTaskList.h"
@@ -78,9 +81,12 @@ void CAppWindows_Qt::CreateBrowser() {
                      .mayInterrupt = [](long modeL) { return gApp->ConfirmManualSongChange(modeL); }});
     QObject::connect(window.get(), &XBrowserWindow::CloseAsked, window.get(), [this] { i_askToQuit(); });
     QObject::connect(window.get(), &XBrowserWindow::Resizing, window.get(), &NoteResizing);
+    (void)CWindowPlace::Of(*window);   // also at the first start, when no place is kept
     XActions& actions = window->Actions();
     actions.On(Command::kFullScreen, [this] { ToggleFullScreen(); });
     actions.On(Command::kLeaveFullScreen, [this] { LeaveFullScreen(); });
+    actions.On(Command::kNextDisplay, [this] { NextDisplay(); });
+    QObject::connect(&window->DisplayMenu(), &QMenu::aboutToShow, window.get(), [this] { FillDisplays(); });
     actions.On(Command::kShowVideo, [this] { ToggleVisible(PREF_Wind_VIDEO); });
     actions.On(Command::kShowVideo2, [this] { ToggleVisible(PREF_Wind_VIDEO2); });
     actions.On(Command::kShowTasks, [this] { ToggleVisible(PREF_Wind_TASKS); });
@@ -90,6 +96,7 @@ void CAppWindows_Qt::CreateBrowser() {
 void CAppWindows_Qt::CreateTasks() {
     if (gApp == nullptr) return;
     auto window = std::make_unique<XTasksWindow>(gApp->Tasks());
+    (void)CWindowPlace::Of(*window);
     QObject::connect(window.get(), &XTasksWindow::CloseAsked, window.get(), [this] { Hide(PREF_Wind_TASKS); });
     if (XBrowserWindow* const browserP = Browser(); browserP != nullptr) browserP->Actions().AttachEverywhere(*window);
     i_windows[PREF_Wind_TASKS] = std::move(window);
@@ -137,7 +144,7 @@ void CAppWindows_Qt::CreateVideo(WindowKind kind) {
                      });
     if (XBrowserWindow* const browserP = Browser(); browserP != nullptr) {
         browserP->Actions().AttachEverywhere(*windowP);
-        windowP->Place().SetNormalBeside(*browserP);
+        if (kind == PREF_Wind_VIDEO) windowP->Place().SetNormalBeside(*browserP);
     }
     windowP->SetOpen(kind == PREF_Wind_VIDEO);
     i_windows[kind] = std::move(window);
@@ -145,10 +152,38 @@ void CAppWindows_Qt::CreateVideo(WindowKind kind) {
 
 XBrowserWindow* CAppWindows_Qt::Browser() const { return qobject_cast<XBrowserWindow*>(Find(PREF_Wind_BROWSER)); }
 
+XVideoWindow* CAppWindows_Qt::FrontVideo() const {
+    // From the browser the main one.
+    auto* const windowP = qobject_cast<XVideoWindow*>(QApplication::activeWindow());
+    return windowP != nullptr ? windowP : qobject_cast<XVideoWindow*>(Find(PREF_Wind_VIDEO));
+}
+
+void CAppWindows_Qt::FillDisplays() {
+    QMenu& menu = Browser()->DisplayMenu();
+    qDeleteAll(menu.findChildren<QMenu*>());   // of the last time
+    qDeleteAll(menu.findChildren<QActionGroup*>());
+    menu.clear();
+    if (auto* const windowP = qobject_cast<XVideoWindow*>(Find(PREF_Wind_VIDEO)); windowP != nullptr)
+        FillDisplayMenu(menu, *windowP);
+    auto* const secondP = qobject_cast<XVideoWindow*>(Find(PREF_Wind_VIDEO2));
+    if (secondP != nullptr && secondP->IsOpen())
+        FillDisplayMenu(*menu.addMenu(QCoreApplication::translate("CAppWindows", "&Second Video Window")), *secondP);
+}
+
+void CAppWindows_Qt::NextDisplay() {
+    XVideoWindow* const windowP = FrontVideo();
+    if (windowP == nullptr) return;
+    const QStringList names = CWindowPlace::DisplayNames();
+    if (names.size() < 2) return SetStatus("There is one display alone.");
+    CWindowPlace& place = windowP->Place();
+    const QString now = place.KeptDisplay().isEmpty() ? windowP->screen()->name() : place.KeptDisplay();
+    const QString next = names[(names.indexOf(now) + 1) % names.size()];   // the first one when that is away
+    place.ChooseDisplay(next);
+    SetStatus("The full screen is on " + next.toStdString() + ".");
+}
+
 void CAppWindows_Qt::ToggleFullScreen() {
-    // The one in front; from the browser the main one.
-    auto* windowP = qobject_cast<XVideoWindow*>(QApplication::activeWindow());
-    if (windowP == nullptr) windowP = qobject_cast<XVideoWindow*>(Find(PREF_Wind_VIDEO));
+    XVideoWindow* const windowP = FrontVideo();
     if (windowP == nullptr) return;
     if (windowP->IsFullScreen()) return windowP->SetFullScreen(false);
     windowP->show();
@@ -175,7 +210,8 @@ void CAppWindows_Qt::ToggleVisible(WindowKind kind) {
     if (windowP == nullptr) return;
     if (windowP->isVisible()) return Close(kind);
     Show(kind);
-    Select(kind);
+    if (kind != PREF_Wind_VIDEO2) return Select(kind);
+    Find(kind)->raise();   // it is for the room: the keys stay where they are
 }
 
 void CAppWindows_Qt::Dispose(WindowKind kind) { i_windows.erase(kind); }
@@ -185,7 +221,13 @@ bool CAppWindows_Qt::Exists(WindowKind kind) const { return Find(kind) != nullpt
 void CAppWindows_Qt::Show(WindowKind kind) {
     QWidget* const windowP = Find(kind);
     if (windowP == nullptr) return;
-    if (auto* const videoP = qobject_cast<XVideoWindow*>(windowP); videoP != nullptr) videoP->SetOpen(true);
+    if (auto* const videoP = qobject_cast<XVideoWindow*>(windowP); videoP != nullptr) {
+        videoP->SetOpen(true);
+        const QWidget* const firstP = Find(PREF_Wind_VIDEO);
+        const QWidget* const browserP = Browser();
+        if (kind == PREF_Wind_VIDEO2 && !videoP->Place().HasPlace() && firstP != nullptr && browserP != nullptr)
+            videoP->Place().SetNormalNextTo(*firstP, *browserP);
+    }
     windowP->setVisible(true);
 }
 

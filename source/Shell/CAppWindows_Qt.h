@@ -53,6 +53,9 @@ private:
     void ShowTasks();
     void ToggleFullScreen();
     void LeaveFullScreen();
+    void FillDisplays();
+    void NextDisplay();
+    [[nodiscard]] XVideoWindow* FrontVideo() const;
     void ToggleVisible(WindowKind kind);
     /** It is on another display than the browser window. */
     [[nodiscard]] bool IsBesideBrowser(const QWidget& window) const;

@@ -290,8 +290,9 @@ QVariant CSongTableModel::data(const QModelIndex& index, int role) const {
         case Qt::ToolTipRole:
         case Qt::AccessibleTextRole: {
             const QString text = CellText(*listP, item, key);
-            const bool tellB = key == "name"_key && IsMissingRow(item);
-            const QString told = tellB ? tr("%1: its files are missing").arg(text) : text;
+            const bool nameB = key == "name"_key;
+            if (nameB && role == Qt::AccessibleTextRole && IsPlayingRow(item)) return tr("%1, it plays").arg(text);
+            const QString told = nameB && IsMissingRow(item) ? tr("%1: its files are missing").arg(text) : text;
             return role == Qt::ToolTipRole ? PlainToolTip(told) : told;
         }
         case Qt::EditRole:
@@ -335,9 +336,10 @@ QVariant CSongTableModel::headerData(int section, Qt::Orientation orientation, i
 
 Qt::ItemFlags CSongTableModel::flags(const QModelIndex& index) const {
     if (!index.isValid()) return Qt::ItemIsDropEnabled;
-    const CDataTraits& traits = MetaManager().GetTraits(i_columns[static_cast<std::size_t>(index.column())]);
+    const MetaKey key = i_columns[static_cast<std::size_t>(index.column())];
+    const CDataTraits& traits = MetaManager().GetTraits(key);
     Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDragEnabled | Qt::ItemNeverHasChildren;
-    if (!IsEditable(traits)) return flags;
+    if (!IsEditable(traits) || (i_namesLockedB && key == "name"_key)) return flags;
     return flags | (IsCheckBox(traits) ? Qt::ItemIsUserCheckable : Qt::ItemIsEditable);
 }
 

@@ -30,6 +30,8 @@ public:
     void SetFilter(const CTextFilter& filter);
     [[nodiscard]] bool IsFiltering() const { return !i_filter.IsEmpty(); }
     [[nodiscard]] bool IsLooking() const { return i_resultRef != nullptr; }
+    /** Songs keep their names, whoever clicks on them. */
+    void SetNamesLocked(bool lockedB) { i_namesLockedB = lockedB; }
     /** The row that plays is marked, in its list, and the song in all others. */
     void SetPlaying(PlaylistID list, PLItemID item, SongID song);
 
@@ -111,4 +113,5 @@ private:
     PlaylistID i_playingList{0};
     PLItemID i_playingItem = SDB_kNoItem;
     SongID i_playingSong{0};
+    bool i_namesLockedB = false;
 };

@@ -8,7 +8,10 @@ class QWidget;
 
 /** Where a window stands, over displays that come and go: its place as a window, and the display of its full screen.
     A window whose display is not there stands where it can be seen; it goes back when the display comes, unless the
-   user has moved it meanwhile. Threads  main. Owner    the window, as a member or a child. */
+    user has moved it meanwhile. With its frame it fits what the desktop's panels leave: the frame is known once the
+    window is shown, and looked at then.
+    Threads  main.
+    Owner    the window, as a member or a child. */
 class CWindowPlace final : public QObject {
     Q_OBJECT
 public:
@@ -22,6 +25,11 @@ public:
     /** For a window that has no place yet: in the middle of the first display but that of `other`; in the lower right
         corner of the only one, where it looks out from behind `other`. */
     void SetNormalBeside(const QWidget& other);
+    /** For one of several windows for the room, which has no place yet: on a display that has neither `first` nor
+        `browser`, else in the largest room that `first` leaves beside it, else in the corner of the browser's display. */
+    void SetNormalNextTo(const QWidget& first, const QWidget& browser);
+    /** It was told where to stand. */
+    [[nodiscard]] bool HasPlace() const { return !i_wanted.isNull(); }
     /** The place to remember: the one that is wanted, also while it cannot be had or the window is in full screen. */
     [[nodiscard]] QRect Normal() const;
 
@@ -44,7 +52,11 @@ public:
 signals:
     void FullScreenChanged(bool fullB);
 
+protected:
+    bool eventFilter(QObject* watchedP, QEvent* eventP) override;
+
 private:
+    void FitShown();
     void OnScreenAdded(QScreen* screenP);
     void OnScreenRemoved(QScreen* screenP);
     void Watch(QScreen* screenP);
@@ -58,5 +70,6 @@ private:
     QString i_display;   // chosen by the operator
     QString i_fullOn;    // the display of the full screen that is, or that is awaited
     bool i_fullB = false;
+    bool i_fittedB = false;     // with its frame
     bool i_awaitingB = false;   // goes to full screen when i_fullOn is back
 };

@@ -29,14 +29,15 @@ QAction& AddSwitch(QMenu& menu, const char* textZ, const char* keyZ, bool possib
     return *actionP;
 }
 
-void AddDisplays(QMenu& menu, XVideoWindow& window) {
-    QMenu* const displaysP = menu.addMenu(Words("Full Screen &Display"));
-    auto* const groupP = new QActionGroup(displaysP);
+}   // namespace
+
+void FillDisplayMenu(QMenu& menu, XVideoWindow& window) {
+    auto* const groupP = new QActionGroup(&menu);
     QStringList names = CWindowPlace::DisplayNames();
     const QString chosen = window.Place().Display();
     if (!chosen.isEmpty() && !names.contains(chosen)) names += chosen;   // not there now: still the one that was chosen
     const auto add = [&](const QString& text, const QString& name) {
-        QAction* const actionP = displaysP->addAction(text);
+        QAction* const actionP = menu.addAction(text);
         actionP->setCheckable(true);
         actionP->setChecked(name == chosen);
         groupP->addAction(actionP);
@@ -46,6 +47,8 @@ void AddDisplays(QMenu& menu, XVideoWindow& window) {
     add(Words("Where the window is"), {});
     for (const QString& name : names) add(name, name);
 }
+
+namespace {
 
 void AddShapes(QMenu& menu) {
     constexpr const char* kWide = "16x9 aspect ratio";
@@ -102,7 +105,7 @@ void ShowVideoWindowMenu(XVideoWindow& window, CAppWindows_Qt& windows, const QP
     fullP->setCheckable(true);
     fullP->setChecked(window.IsFullScreen());
     QObject::connect(fullP, &QAction::triggered, &window, [&window](bool onB) { window.SetFullScreen(onB); });
-    AddDisplays(menu, window);
+    FillDisplayMenu(*menu.addMenu(Words("Full Screen &Display")), window);
     QAction* const secondP = menu.addAction(Words("&Second Video Window"));
     secondP->setCheckable(true);
     secondP->setChecked(windows.IsOpen(PREF_Wind_VIDEO2));

@@ -2,9 +2,9 @@
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
+#include <QScreen>
 #include <QSplitter>
 #include <QStatusBar>
 #include <QToolButton>
@@ -15,6 +15,7 @@
 #include "Core/SizeForms.h"
 #include "Library/CMetaManager.h"
 #include "Play/CPlayControl.h"
+#include "Shell/AboutBox.h"
 #include "Shell/ActionButton.h"
 #include "Shell/CSongTableModel.h"
 #include "Shell/QtText.h"
@@ -29,15 +30,22 @@
 #include "Shell/XSourceList.h"
 #include "Shell/XTasksWindow.h"
 #include "Shell/XTransport.h"
+#include "Shell/XValueLabel.h"
 
 namespace {
 
 constexpr const char* kSidebar_PreferenceZ = "Sources Panel Width";
+constexpr const char* kPreview_PreferenceZ = "Show Artwork Panel";
+constexpr const char* kPreviewHeight_PreferenceZ = "Artwork Panel height";
+constexpr const char* kTime_PreferenceZ = "Time display: (0=elapsed, 1=remain)";
 constexpr int kSidebar_Least = 150, kSidebar_Most = 480;
 constexpr int kTyping_Milliseconds = 120;   // a word is typed faster than this
 constexpr int kMessage_Milliseconds = 5000;
 constexpr int kFont_Least = 8, kFont_Most = 32, kFont_MostBeside = 13;   // points
 constexpr int kTasks_Milliseconds = 500;
+/** A small screen at twice the size of its pixels leaves 683 x 350. */
+constexpr QSize kWindow_Least{560, 300}, kWindow_Usual{1180, 760};
+constexpr int kWindow_Low = 520;   // below this height what is not needed gives way to rows
 
 /** What the songs of a list last together: of hours nobody wants the seconds. */
 QString SumText(std::uint64_t duration300) {
@@ -54,8 +62,8 @@ XBrowserWindow::XBrowserWindow(BrowserSetup setup) : i_setup(std::move(setup)) {
     setObjectName("browser");
     setAccessibleName(tr("Vopla"));
     setWindowTitle("Vopla[*]");
-    setMinimumSize(880, 480);
-    resize(1180, 760);
+    setMinimumSize(kWindow_Least);
+    resize(kWindow_Usual.boundedTo(screen()->availableSize()));
 
     i_transportP = new XTransport(i_setup.play, i_setup.database, *i_actions, [this] { return i_setup.mayInterrupt(2); });
     i_splitterP = new QSplitter(Qt::Horizontal);
@@ -82,6 +90,7 @@ XBrowserWindow::XBrowserWindow(BrowserSetup setup) : i_setup(std::move(setup)) {
     ConnectLists();
     ConnectLibrary();
     ConnectFiles();
+    ConnectRows();
     ShowList(kPlaylistID_Library);
     PlayTold();
     FollowPreferences();
@@ -107,7 +116,11 @@ QWidget* XBrowserWindow::MakeSidebar() {
     auto* const columnP = new QVBoxLayout(sidebarP);
     columnP->setContentsMargins(6, 8, 6, 6);
     columnP->setSpacing(6);
-    columnP->addWidget(i_sourcesP, 1);
+    auto* const upperP = new QWidget;
+    auto* const upperColumnP = new QVBoxLayout(upperP);
+    upperColumnP->setContentsMargins(0, 0, 0, 0);
+    upperColumnP->setSpacing(6);
+    upperColumnP->addWidget(i_sourcesP, 1);
     auto* const newP = new QToolButton;
     newP->setDefaultAction(&i_actions->Get(Command::kNewList));
     newP->setIcon(Icon(IconKind::kPlus));
@@ -115,23 +128,44 @@ QWidget* XBrowserWindow::MakeSidebar() {
     newP->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     newP->setAccessibleName(tr("New List"));
     newP->setAccessibleDescription(RowOf(Command::kNewList).toolTipZ);
-    columnP->addWidget(newP);
+    auto* const buttonsP = new QHBoxLayout;
+    buttonsP->setContentsMargins(0, 0, 0, 0);
+    buttonsP->addWidget(newP, 1);
+    upperColumnP->addLayout(buttonsP);
+    i_sideP = new QSplitter(Qt::Vertical);
+    i_sideP->setChildrenCollapsible(false);
+    i_sideP->addWidget(upperP);
+    i_sideP->setStretchFactor(0, 1);
+    connect(i_sideP, &QSplitter::splitterMoved, this, [this] {
+        if (i_previewP != nullptr) i_setup.prefs.Set(kPreviewHeight_PreferenceZ, CCFValue(i_previewP->height()));
+    });
+    columnP->addWidget(i_sideP);
+    i_actions->Get(Command::kShowPreview).setVisible(i_setup.portsP != nullptr);
     if (i_setup.portsP != nullptr) {
-        auto* const previewP = new XPreviewPane(*i_setup.portsP);
+        i_previewP = new XPreviewPane(*i_setup.portsP);
+        i_previewP->setObjectName("preview");
+        i_previewP->setAccessibleName(tr("Preview"));
+        i_previewP->setAccessibleDescription(tr("What the room sees"));
+        i_previewP->hide();
+        i_sideP->addWidget(i_previewP);
+        i_sideP->setStretchFactor(1, 0);
+        auto* const previewP = new QToolButton;
+        QAction& action = i_actions->Get(Command::kShowPreview);
+        action.setIcon(Icon(IconKind::kPicture));
+        action.setIconVisibleInMenu(false);
+        previewP->setDefaultAction(&action);
+        previewP->setIconSize({18, 18});
+        previewP->setToolButtonStyle(Qt::ToolButtonIconOnly);
         previewP->setAccessibleName(tr("Preview"));
-        previewP->setAccessibleDescription(tr("What the room sees"));
-        QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-        policy.setHeightForWidth(true);
-        previewP->setSizePolicy(policy);
-        columnP->addWidget(previewP);
+        previewP->setAccessibleDescription(RowOf(Command::kShowPreview).toolTipZ);
+        buttonsP->addWidget(previewP);
     }
     return sidebarP;
 }
 
 QWidget* XBrowserWindow::MakeSongs() {
-    i_listNameP = new XElidedLabel;
+    i_listNameP = new XElidedLabel(tr("List"));
     i_listNameP->setObjectName("songTitle");
-    i_listNameP->setAccessibleName(tr("List"));
     i_searchP = new QLineEdit;
     i_searchP->setPlaceholderText(tr("Find by song or artist"));
     i_searchP->setClearButtonEnabled(true);
@@ -156,16 +190,16 @@ QWidget* XBrowserWindow::MakeSongs() {
         i_tableP->FillColumnMenu(menu);
         menu.exec(columnsP->mapToGlobal(QPoint(0, columnsP->height())));
     });
-    auto* const barP = new QHBoxLayout;
-    barP->setContentsMargins(14, 8, 10, 8);
-    barP->addWidget(i_listNameP, 1);
-    barP->addWidget(i_searchP, 1);
-    barP->addWidget(columnsP);
+    i_barP = new QHBoxLayout;
+    i_barP->setContentsMargins(14, 8, 10, 8);
+    i_barP->addWidget(i_listNameP, 1);
+    i_barP->addWidget(i_searchP, 1);
+    i_barP->addWidget(columnsP);
     auto* const songsP = new QWidget;
     auto* const columnP = new QVBoxLayout(songsP);
     columnP->setContentsMargins(0, 0, 0, 0);
     columnP->setSpacing(0);
-    columnP->addLayout(barP);
+    columnP->addLayout(i_barP);
     columnP->addWidget(i_tableP, 1);
     return songsP;
 }
@@ -178,8 +212,7 @@ void XBrowserWindow::MakeStatus() {
     i_tasksLast.setSingleShot(true);
     i_tasksLast.setInterval(kTasks_Milliseconds);
     connect(&i_tasksLast, &QTimer::timeout, i_tasksP, &QWidget::show);
-    i_countP = new QLabel;
-    i_countP->setAccessibleName(tr("Count"));
+    i_countP = new XValueLabel(tr("Count"));
     statusBar()->addPermanentWidget(i_tasksP);
     statusBar()->addPermanentWidget(i_countP);
     statusBar()->setSizeGripEnabled(false);
@@ -215,17 +248,20 @@ void XBrowserWindow::MakeMenus() {
     QMenu* const fileP = add(
         tr("&File"), {kOpenFiles, kOpenFolder, kLine, kNewList, kRenameList, kDeleteList, kLine, kPreferences, kLine});
     fileP->addAction(&i_actions->Get(kQuit));
-    add(tr("&Songs"), {kPlaySelected, kEditCell, kLine, kFind, kShowPlaying, kUserOrder, kLine, kReveal, kConformNames,
-                       kZip, kUnzip, kLine, kFindMissing, kLocateMissing, kRemoveDuplicates, kLine, kRemoveFromList, kRemoveFromLibrary,
+    add(tr("&Songs"), {kPlaySelected, kPlayNext, kAddToList, kLine, kCopy, kPaste, kEditCell, kLine, kFind, kShowPlaying,
+                       kShowUserOrder, kUserOrder, kLine, kReveal, kConformNames, kZip, kUnzip, kLine, kFindMissing,
+                       kLocateMissing, kRemoveDuplicates, kLine, kRemoveFromList, kRemoveFromLibrary,
                        kTrashOriginals});
     add(tr("&Play"), {kPlayPause, kStop, kRewind, kLine, kPrevious, kNext, kGoBack, kLine, kSeekBack, kSeekForward, kSeekBackFar,
                       kSeekForwardFar});
     add(tr("S&ound"), {kVolumeUp, kVolumeDown, kMute, kLine, kPitchUp, kPitchDown, kPitchReset, kLine, kTempoUp,
                        kTempoDown, kTempoReset, kLine, kVocalNext});
-    QMenu* const pictureP = add(tr("P&icture"), {kFullScreen, kLeaveFullScreen, kLine});
+    QMenu* const pictureP = add(tr("P&icture"), {kFullScreen, kLeaveFullScreen, kNextDisplay});
+    i_displaysP = pictureP->addMenu(tr("Full Screen &Display"));
+    pictureP->addSeparator();
     FillSlipMenu(*pictureP->addMenu(tr("Sync &Slip")));
-    add(tr("&Window"), {kShowVideo, kShowVideo2, kShowTasks});
-    add(tr("&Help"), {kShortcuts});
+    add(tr("&Window"), {kShowVideo, kShowVideo2, kShowPreview, kShowTasks});
+    add(tr("&Help"), {kShortcuts, kAbout});
 }
 
 void XBrowserWindow::FillSlipMenu(QMenu& menu) {
@@ -249,13 +285,42 @@ void XBrowserWindow::FillSlipMenu(QMenu& menu) {
 
 void XBrowserWindow::FollowPreferences() {
     const int points = std::clamp<int>(i_setup.prefs.GetBrowserFontSize(), kFont_Least, kFont_Most);
-    if (i_tableP->font().pointSize() == points) return;
-    QFont font = i_tableP->font();
-    font.setPointSize(points);
-    i_tableP->SetFont(font);
-    font.setPointSize(std::min(points, kFont_MostBeside));   // the column beside is narrow
-    i_sourcesP->setFont(font);
+    if (i_tableP->font().pointSize() != points) {
+        QFont font = i_tableP->font();
+        font.setPointSize(points);
+        i_tableP->SetFont(font);
+        font.setPointSize(std::min(points, kFont_MostBeside));   // the column beside is narrow
+        i_sourcesP->setFont(font);
+    }
+    const bool namesB = i_setup.prefs.GetBool("Allow Name Editing", true);
+    i_model->SetNamesLocked(!namesB);
+    i_sourcesP->SetNamesLocked(!namesB);
+    EnableList();
+    i_tableP->SetEditWait(i_setup.prefs.GetFloat("Seconds to wait after click to edit", 0.75));
+    i_transportP->SetTimeDisplay(i_setup.prefs.GetLong(kTime_PreferenceZ, 0) == 1);
+    ShowPreview();
 }
+
+void XBrowserWindow::EnableList() {
+    const CPlayList* const listP = i_model->List();
+    const bool ownB = listP != nullptr && listP->Type() == kSourceDB_PLAYLIST;
+    i_actions->Get(Command::kRenameList).setEnabled(ownB && !i_sourcesP->NamesLocked());
+    i_actions->Get(Command::kDeleteList).setEnabled(ownB);
+}
+
+void XBrowserWindow::ShowPreview() {
+    const bool onB = i_setup.prefs.GetBool(kPreview_PreferenceZ);
+    i_actions->Get(Command::kShowPreview).setChecked(onB);
+    const bool shownB = onB && height() >= kWindow_Low;
+    if (i_previewP == nullptr || !isVisible() || shownB == !i_previewP->isHidden()) return;
+    i_previewP->setVisible(shownB);
+    if (!shownB) return;
+    const int all = i_sideP->height();
+    const int own = std::clamp<int>(i_setup.prefs.GetLong(kPreviewHeight_PreferenceZ, 133), i_previewP->minimumHeight(),
+                                    std::max(i_previewP->minimumHeight(), all / 2));
+    i_sideP->setSizes({all - own, own});
+}
+
 
 void XBrowserWindow::SetStatus(const QString& text) { statusBar()->showMessage(text, kMessage_Milliseconds); }
 
@@ -287,11 +352,21 @@ void XBrowserWindow::Connect() {
     });
     i_actions->On(kOpenFiles, [this] { AddFiles(AskForFiles(), i_model->ListID(), SDB_Index_END); });
     i_actions->On(kOpenFolder, [this] { AddFiles(AskForFolder(), i_model->ListID(), SDB_Index_END); });
+    i_actions->Get(kShowPreview).setCheckable(true);
+    i_actions->On(kShowPreview, [this] {
+        i_setup.prefs.Set(kPreview_PreferenceZ, CCFValue(i_actions->Get(kShowPreview).isChecked()));
+        ShowPreview();
+    });
+    i_actions->On(kAbout, [this] { ShowAbout(*this); });
     i_actions->On(kPreferences, [this] { ShowPreferences(); });
     i_actions->On(kShortcuts, [this] { XShortcutSheet(i_keys, this).exec(); });
     i_actions->On(kQuit, [this] { emit CloseAsked(); });
 
     connect(i_transportP, &XTransport::PlayTold, this, &XBrowserWindow::PlayTold);
+    connect(i_transportP, &XTransport::TimeDisplayChosen, this, [this](bool leftB) {
+        i_setup.prefs.Set(kTime_PreferenceZ, CCFValue(leftB ? 1 : 0));
+        i_transportP->SetTimeDisplay(leftB);
+    });
     connect(i_transportP, &XTransport::Message, this, &XBrowserWindow::SetStatus);
     connect(i_transportP, &XTransport::OutputsAsked, this,
             [this](const QPoint& at) { XOutputPanel::PopUp(i_setup.play, i_setup.prefs, *this, at); });
@@ -315,8 +390,11 @@ void XBrowserWindow::ConnectLists() {
     connect(i_sourcesP, &XSourceList::Chosen, this, &XBrowserWindow::ShowList);
     connect(i_sourcesP, &XSourceList::FilesDropped, this, &XBrowserWindow::AddFiles);
     i_actions->On(kNewList, [this] {
-        const PlaylistID list = i_setup.database.AddPlaylist(kSourceDB_PLAYLIST).ID();
+        const PlaylistID list = i_setup.commands.NewPlaylist({}).ID();
         i_sourcesP->EditName(list);
+    });
+    connect(i_sourcesP, &XSourceList::RenameAsked, this, [this](PlaylistID list, const QString& name) {
+        (void)i_setup.commands.RenamePlaylist(list, SuperString(name.toStdString()));   // tells its own failure
     });
     i_actions->On(kOpenList, [this] { GoToSongs(); });
     i_actions->On(kRenameList, [this] { i_sourcesP->EditName(i_sourcesP->Selected()); });
@@ -332,8 +410,7 @@ void XBrowserWindow::ShowList(PlaylistID list) {
         i_model->SetList(list);
     }
     i_listNameP->SetText(QtText(listP->Name()));
-    i_actions->Get(Command::kRenameList).setEnabled(listP->Type() == kSourceDB_PLAYLIST);
-    i_actions->Get(Command::kDeleteList).setEnabled(listP->Type() == kSourceDB_PLAYLIST);
+    EnableList();
     ShowState();
 }
 
@@ -361,7 +438,7 @@ void XBrowserWindow::ShowState() {
     if (duration300 > 0) text += tr(", %1").arg(SumText(duration300));
     if (selectedL > 1) text += tr(", %1 selected").arg(locale.toString(selectedL));
     if (i_model->IsLooking()) text += tr(", looking…");
-    i_countP->setText(text);
+    i_countP->SetValue(text);
     i_listNameP->SetText(QtText(listP->Name()));
     if (listP->IsSorting()) SetStatus(tr("Sorting…"));
     EnableSongs();
@@ -453,6 +530,11 @@ void XBrowserWindow::SavePlaces() {
     if (!i_splitterP->sizes().empty()) i_setup.prefs.Set(kSidebar_PreferenceZ, CCFValue(i_splitterP->sizes().front()));
 }
 
+void XBrowserWindow::showEvent(QShowEvent* eventP) {
+    QMainWindow::showEvent(eventP);
+    QTimer::singleShot(0, this, &XBrowserWindow::ShowPreview);   // its height is told once the others have theirs
+}
+
 void XBrowserWindow::hideEvent(QHideEvent* eventP) {
     SavePlaces();
     QMainWindow::hideEvent(eventP);
@@ -465,6 +547,10 @@ void XBrowserWindow::closeEvent(QCloseEvent* eventP) {
 
 void XBrowserWindow::resizeEvent(QResizeEvent* eventP) {
     QMainWindow::resizeEvent(eventP);
+    const bool lowB = height() < kWindow_Low;
+    i_transportP->SetLow(lowB);
+    ShowPreview();
+    i_barP->setContentsMargins(14, lowB ? 2 : 8, 10, lowB ? 2 : 8);
     if (!i_resizeEnd.isActive()) emit Resizing(true);
     i_resizeEnd.start();
 }

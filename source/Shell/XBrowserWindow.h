@@ -16,8 +16,9 @@ class CPlayControl;
 class CPreferences;
 class CSongTableModel;
 class QAction;
-class QLabel;
+class QBoxLayout;
 class QLineEdit;
+class QMenu;
 class QSplitter;
 class QToolButton;
 class XActions;
@@ -26,6 +27,7 @@ class XPreferencesWindow;
 class XSongTable;
 class XSourceList;
 class XTransport;
+class XValueLabel;
 
 /** What the main window shows and orders about; all outlive it. */
 struct BrowserSetup {
@@ -50,8 +52,10 @@ public:
     void SetStatus(const QString& text);
     /** No song of the list is selected any more. */
     void Deselect();
-    /** The size of the text of the lists. */
+    /** What the preferences say of this window. */
     void FollowPreferences();
+    /** Of the displays of the full screen; filled by who has the video windows, when it opens. */
+    [[nodiscard]] QMenu& DisplayMenu() const { return *i_displaysP; }
     /** What works in the background: a button in the status line while there is anything. */
     void ShowTasks(const std::vector<TaskRow>& rows);
     /** Adds files and folders to the library, and their songs to a list of the user's. */
@@ -64,6 +68,7 @@ signals:
 protected:
     void closeEvent(QCloseEvent* eventP) override;
     void resizeEvent(QResizeEvent* eventP) override;
+    void showEvent(QShowEvent* eventP) override;
     void hideEvent(QHideEvent* eventP) override;
     bool eventFilter(QObject* watchedP, QEvent* eventP) override;
 
@@ -89,6 +94,14 @@ private:
     void PlayOrPause();
     void ConnectLibrary();
     void ConnectFiles();
+    void ConnectRows();
+    void EnableList();
+    void ShowPreview();
+    void PlayNext();
+    void AddToList();
+    void Paste();
+    /** In the user's order; the end of the list where another one is shown, or nothing is selected. */
+    [[nodiscard]] RowIndex RowBehindSelection() const;
     [[nodiscard]] SDB_Selection Selected() const;
     /** The songs' commands can be given when they would do something with one of the rows. */
     void EnableSongs();
@@ -112,10 +125,14 @@ private:
     XSourceList* i_sourcesP = nullptr;
     XSongTable* i_tableP = nullptr;
     QLineEdit* i_searchP = nullptr;
-    QLabel* i_countP = nullptr;
+    XValueLabel* i_countP = nullptr;
     QToolButton* i_tasksP = nullptr;
     QTimer i_tasksLast;   // a task that is soon over is not worth a button
     XElidedLabel* i_listNameP = nullptr;
+    QWidget* i_previewP = nullptr;   // null without a picture to show
+    QMenu* i_displaysP = nullptr;
+    QSplitter* i_sideP = nullptr;    // the lists over the preview
+    QBoxLayout* i_barP = nullptr;    // the list's name and the search
     QSplitter* i_splitterP = nullptr;
     QPointer<XPreferencesWindow> i_preferencesP;
 };

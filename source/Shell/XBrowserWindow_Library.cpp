@@ -7,6 +7,7 @@
 #include "Core/CLog.h"
 #include "Core/CPreferences.h"
 #include "Core/FaultText.h"
+#include "Core/CZipSongMembers.h"
 #include "Library/AddFilesToLibrary.h"
 #include "Library/CLibraryCommands.h"
 #include "Platform/CFolders.h"
@@ -20,7 +21,34 @@
 
 namespace {
 constexpr const char* kAddFrom_PreferenceZ = "Add Files Folder";   // where the user added from the last time
+
+/** What the dialog shows of a folder: files of some kinds, each by its endings in small letters and in capitals. */
+constexpr struct {
+    const char* titleZ;
+    bool zipB, audioB, graphicsB, videoB;
+} kFile_Kinds[] = {
+    {"Songs", true, true, true, true},     {"Sound", false, true, false, false}, {"CD+G graphics", false, false, true, false},
+    {"Videos", false, false, false, true}, {"Zips", true, false, false, false},
+};
+
+QString SongFileFilters(bool midiB) {
+    QStringList filters;
+    for (const auto& kind : kFile_Kinds) {
+        QStringList patterns;
+        const auto add = [&](const QString& ending) { patterns << '*' + ending << '*' + ending.toUpper(); };
+        if (kind.zipB) add(".zip");
+        for (const auto& [ending, kinds] : ZipSongEndings())
+            if ((kind.audioB && kinds.audioB) || (kind.graphicsB && kinds.graphicsB) || (kind.videoB && kinds.videoB))
+                add(QtText(ending));
+        if (kind.audioB && midiB)
+            for (const char* const endingZ : {".mid", ".midi", ".kar"}) add(endingZ);
+        filters << QString("%1 (%2)").arg(kind.titleZ, patterns.join(' '));
+    }
+    filters << QString("%1 (*)").arg(QObject::tr("All files"));
+    return filters.join(";;");
 }
+
+}   // namespace
 
 QString XBrowserWindow::FolderToAddFrom() const {
     const QString kept = QtText(i_setup.prefs.GetString(kAddFrom_PreferenceZ));
@@ -28,7 +56,9 @@ QString XBrowserWindow::FolderToAddFrom() const {
 }
 
 QStringList XBrowserWindow::AskForFiles() {
-    const QStringList files = QFileDialog::getOpenFileNames(this, tr("Add Files"), FolderToAddFrom());
+    const QStringList files = QFileDialog::getOpenFileNames(
+        this, tr("Add Files"), FolderToAddFrom(), SongFileFilters(i_setup.prefs.GetBool("Launch Midi Files")), nullptr,
+        QFileDialog::HideNameFilterDetails);
     if (!files.isEmpty())
         i_setup.prefs.Set(kAddFrom_PreferenceZ, CCFValue(SuperString(QFileInfo(files.front()).path().toStdString())));
     return files;
@@ -93,7 +123,10 @@ void XBrowserWindow::ConnectLibrary() {
             if (const SDB_Selection selection = Selected(); selection.Count() > 0) TellFailure(work(selection));
         };
     };
-    i_actions->On(kRemoveFromList, onSelected([&](const SDB_Selection& rows) { return commands.DeleteTracks(rows); }));
+    i_actions->On(kRemoveFromList, onSelected([&, this](const SDB_Selection& rows) {
+                      const bool warnB = i_setup.prefs.GetBool("warn about deleting last song", true);
+                      return commands.DeleteTracks(rows, CLibraryCommands::WarnLast{warnB});
+                  }));
     i_actions->On(kRemoveFromLibrary,
                   onSelected([&](const SDB_Selection& rows) { return commands.RemoveFromLibrary(rows); }));
     i_actions->On(kTrashOriginals,
@@ -167,6 +200,9 @@ void XBrowserWindow::EnableSongs() {
     const std::pair<Command, bool> states[] = {
         {kPlaySelected, i_model->rowCount() > 0},
         {kEditCell, i_model->rowCount() > 0},
+        {kPlayNext, anyB},
+        {kAddToList, anyB},
+        {kCopy, anyB},
         {kReveal, anyB},
         {kConformNames, anyB && i_setup.database.Settings()->conformNamesB},
         {kZip, zipB || moreB},
@@ -178,6 +214,7 @@ void XBrowserWindow::EnableSongs() {
         {kRemoveFromLibrary, anyB},
         {kTrashOriginals, anyB},
         {kUserOrder, listP != nullptr && listP->Count() > 1},
+        {kShowUserOrder, listP != nullptr && MainKey(listP->Spec()) != "stIx"_key},
     };
     for (const auto& [command, onB] : states) i_actions->Get(command).setEnabled(onB);
 }

@@ -4,13 +4,12 @@
 
 #include "Shell/QtText.h"
 
-XElidedLabel::XElidedLabel() {
-    setTextFormat(Qt::PlainText);
+XElidedLabel::XElidedLabel(const QString& name) : XValueLabel(name) {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
 }
 
 void XElidedLabel::SetText(const QString& text) {
-    setText(text);
+    SetValue(text);
     setToolTip(PlainToolTip(text));
 }
 

@@ -84,6 +84,13 @@ void Draw(QPainter& painter, IconKind kind) {
                 path.lineTo(x, 19);
             }
             return stroke(path);
+        case IconKind::kPicture:
+            painter.setBrush(Qt::NoBrush);
+            painter.setPen(line);
+            painter.drawRoundedRect(QRectF(3.5, 5, 17, 12), 2, 2);
+            path.moveTo(8, 20.5);
+            path.lineTo(16, 20.5);
+            return stroke(path);
         case IconKind::kSearch:
             path.addEllipse(QPointF(10.5, 10.5), 5.5, 5.5);
             path.moveTo(14.8, 14.8);

@@ -15,6 +15,7 @@ enum class IconKind {
     kFullScreen,
     kOutput,
     kColumns,
+    kPicture,
     kSearch,
     kList,
     kLibrary

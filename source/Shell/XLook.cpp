@@ -19,7 +19,7 @@ const XLook::Colors kDark_Colors{.window = QColor(0x1b, 0x1d, 0x24),
                                  .line = QColor(0x3a, 0x3e, 0x4b),
                                  .text = QColor(0xe6, 0xe8, 0xee),
                                  .quiet = QColor(0x9b, 0xa1, 0xb2),
-                                 .accent = QColor(0x5b, 0x8d, 0xef),
+                                 .accent = QColor(0x3b, 0x70, 0xd8),
                                  .accentText = QColor(0xff, 0xff, 0xff),
                                  .playing = QColor(0x5f, 0xd3, 0x9b),
                                  .warning = QColor(0xff, 0x8a, 0x70)};
@@ -32,7 +32,7 @@ const XLook::Colors kLight_Colors{.window = QColor(0xf1, 0xf2, 0xf5),
                                   .quiet = QColor(0x62, 0x68, 0x78),
                                   .accent = QColor(0x2f, 0x66, 0xd0),
                                   .accentText = QColor(0xff, 0xff, 0xff),
-                                  .playing = QColor(0x0f, 0x8a, 0x4f),
+                                  .playing = QColor(0x0b, 0x7a, 0x44),
                                   .warning = QColor(0xc0, 0x3a, 0x1e)};
 
 constexpr const char* kPortal_ServiceZ = "org.freedesktop.portal.Desktop";
@@ -97,6 +97,8 @@ QLabel#warning { color: {warning}; }
 QLabel#songTitle { font-size: 18px; font-weight: 600; }
 QLabel#artist { font-size: 14px; color: {quiet}; }
 QLabel#time { font-size: 32px; font-weight: 600; }
+QLabel#time[low="true"] { font-size: 20px; }
+QLabel#time[chosen="false"] { color: {quiet}; font-weight: 400; }
 QWidget#transport { background: {window}; border-bottom: 1px solid {line}; }
 QWidget#sidebar { background: {window}; }
 QWidget#sidebar QListView { background: {window}; }
@@ -115,7 +117,7 @@ QSlider:focus { border: 1px solid {accent}; border-radius: 6px; }
 QTabWidget::pane { border: none; border-top: 1px solid {line}; }
 QTabBar::tab { padding: 8px 18px; color: {quiet}; border-bottom: 2px solid transparent; background: transparent; }
 QTabBar::tab:selected { color: {text}; border-bottom: 2px solid {accent}; }
-QTabBar::tab:focus { color: {accent}; }
+QTabBar::tab:focus { color: {text}; background: {raised}; }
 QTreeView { background: {field}; alternate-background-color: {stripe}; border: 1px solid {line}; border-radius: 6px;
     selection-background-color: {accent}; selection-color: {accentText}; }
 QTreeView::item { height: 26px; padding: 0 4px; }
@@ -163,7 +165,7 @@ QPalette Palette(const XLook::Colors& colors) {
     palette.setColor(QPalette::HighlightedText, colors.accentText);
     palette.setColor(QPalette::ToolTipBase, colors.raised);
     palette.setColor(QPalette::ToolTipText, colors.text);
-    palette.setColor(QPalette::Link, colors.accent);
+    palette.setColor(QPalette::Link, colors.text);   // underlined
     palette.setColor(QPalette::Mid, colors.line);
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
         palette.setColor(QPalette::Disabled, role, colors.quiet);

@@ -48,7 +48,9 @@ XOutputPanel::XOutputPanel(CPlayControl& play, CPreferences& prefs, QWidget* par
     i_wordsP->setWordWrap(true);
     i_wordsP->setTextFormat(Qt::PlainText);
     auto* const delayRowP = new QHBoxLayout;
-    delayRowP->addWidget(new QLabel(tr("Picture delay")));
+    auto* const delayLabelP = new QLabel(tr("Picture delay"));
+    delayLabelP->setBuddy(i_delayP);
+    delayRowP->addWidget(delayLabelP);
     delayRowP->addStretch();
     delayRowP->addWidget(i_delayP);
     auto* const columnP = new QVBoxLayout(this);

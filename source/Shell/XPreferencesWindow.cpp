@@ -4,7 +4,6 @@
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
 #include <QPushButton>
-#include <QScreen>
 #include <QSignalBlocker>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -13,6 +12,7 @@
 #include "Core/CPreferences.h"
 #include "Play/CPlayControl.h"
 #include "Shell/CGraphicsCard.h"
+#include "Shell/CWindowPlace.h"
 #include "Shell/DisplayAbilities.h"
 #include "Shell/QtText.h"
 #include "Shell/VideoWindowMenu.h"
@@ -78,19 +78,26 @@ constexpr PreferenceRow kLibrary[] = {
     {.labelZ = "Names"},
     {"Move 'The' to end of Artits title", "Sort artists without “The”"},
     {"Diacritic Insensitive Searching", "Find “é” with “e”"},
+    {"Allow Name Editing", "Names can be edited in the lists", "Off: of songs and of lists, whoever clicks on them."},
+    {"Seconds to wait after click to edit", "A second, slow click edits after", nullptr, 0.5, 10, 0.25, 1, 2, " s"},
     {.labelZ = "Warnings"},
     {.keyZ = "Warn if there is a problem updating meta", .onB = true},
     {"Warn if there is a possibly corrupted MP3"},
+    {"warn about deleting last song", "Warn before a list gets empty"},
     {.labelZ = "Cache"},
     {"Number of cached songs", "Songs kept at hand", "Their graphics lie unpacked in the cache folder.", 0, 10000},
 };
 
 constexpr const char* kLooks[] = {"Like the desktop", "Dark", "Light"};
+constexpr const char* kTimes[] = {"How long the song has played", "What is left of it"};
 constexpr PreferenceRow kLook[] = {
     {.keyZ = XLook::kPreferenceZ, .labelZ = "Look", .wordsZ = "Of the windows; not of the pictures.", .choices = kLooks},
+    {"Show Artwork Panel", "Preview", "In the main window: what the room sees, or the cover of the song."},
+    {.keyZ = "Time display: (0=elapsed, 1=remain)", .labelZ = "The time that stands out", .choices = kTimes},
     {"Browser Font Size", "Text of the lists", "In points.", 8, 32, 1, 1, 0, " pt"},
 };
 
+constexpr const char* kPage_PreferenceZ = "Selected Pref Resource ID";
 constexpr const char* kShape_Wide = "16x9 aspect ratio";
 constexpr const char* kShape_Narrow = "4x3 aspect ratio";
 
@@ -116,8 +123,10 @@ XPreferencesWindow::XPreferencesWindow(CPreferences& prefs, CPlayControl& play, 
     columnP->addWidget(i_tabsP, 1);
     columnP->addWidget(buttonsP);
     buttonsP->setContentsMargins(0, 0, 16, 0);
-    const QScreen* const screenP = parentP != nullptr ? parentP->screen() : screen();
-    resize(QSize(720, 640).boundedTo(screenP->availableSize() * 9 / 10));
+    i_tabsP->setCurrentIndex(i_prefs.GetLong(kPage_PreferenceZ, 0));   // where the user was the last time
+    connect(i_tabsP, &QTabWidget::currentChanged, this, [this](int page) { i_prefs.Set(kPage_PreferenceZ, CCFValue(page)); });
+    resize(720, 640);
+    (void)CWindowPlace::Of(*this);   // it fits the display with its frame
 }
 
 XPreferencePage* XPreferencesWindow::MakePage(const QString& title) {

@@ -6,6 +6,7 @@
 #include <QScrollArea>
 #include <QVBoxLayout>
 
+#include "Shell/CWindowPlace.h"
 #include "Shell/XActions.h"
 #include "Shell/XLook.h"
 
@@ -71,4 +72,5 @@ XShortcutSheet::XShortcutSheet(const CKeyMap& keys, QWidget* parentP) : QDialog(
     layoutP->addWidget(scrollP, 1);
     layoutP->addWidget(buttonsP);
     resize(980, 600);
+    (void)CWindowPlace::Of(*this);   // it fits the display with its frame
 }

@@ -13,15 +13,18 @@
 #include "Library/CMetaManager.h"
 #include "Shell/FileDrop.h"
 #include "Shell/QtText.h"
+#include "Shell/SongColumns.h"
 #include "Shell/XActions.h"
 #include "Shell/XLook.h"
 #include "Shell/XSongDelegate.h"
 
 namespace {
 
-constexpr const char* kColumns_PreferenceZ = "Browser Columns";
+constexpr const char* kColumns_PreferenceZ = "Browser Columns";             // of the library
+constexpr const char* kDefaultColumns_PreferenceZ = "Default Columns";   // of lists without any of their own
 constexpr int kColumns_Milliseconds = 1000;   // a drag is over
 constexpr int kRow_Height = 30, kRow_Margin = 12, kTitle_MostPoints = 12;
+constexpr double kEditWait_MostT = 10;   // seconds
 constexpr std::size_t kSelection_MostKept = 10'000;
 constexpr MetaKey kFactory_Columns[] = {"name"_key, "arts"_key, "albm"_key, "trak"_key, "drtn"_key};
 
@@ -30,12 +33,6 @@ int FactoryWidth(MetaKey key, int room) {
     if (key == "arts"_key) return std::max(140, room * 24 / 100);
     if (key == "albm"_key) return std::max(120, room * 18 / 100);
     return std::max<int>(MetaManager().GetTraits(key).InitialWidth(), 60);
-}
-
-bool IsOffered(const CDataTraits& traits) {
-    return !traits.Has(kKeyFlag_Hidden) && traits.Type() != ValType::ValType_NONE &&
-           traits.Type() != ValType::ValType_DICT && !traits.Title().UTF8().starts_with("* ") &&
-           !traits.Title().Empty();
 }
 
 std::optional<MetaKey> KeyOfText(std::string_view text) {
@@ -61,7 +58,11 @@ XSongTable::XSongTable(CSongTableModel& model, CPreferences& prefs, XActions& ac
     setShowGrid(false);
     setWordWrap(false);
     setTabKeyNavigation(false);
-    setEditTriggers(EditKeyPressed | SelectedClicked);
+    setEditTriggers(EditKeyPressed);   // the second, slow click is ours: i_editWait
+    i_editWait.setSingleShot(true);
+    connect(&i_editWait, &QTimer::timeout, this, [this] {
+        if (i_editAt.isValid() && i_editAt == currentIndex() && hasFocus()) edit(i_editAt);
+    });
     setDragEnabled(true);
     setAcceptDrops(true);
     setDropIndicatorShown(true);
@@ -123,10 +124,13 @@ XSongTable::XSongTable(CSongTableModel& model, CPreferences& prefs, XActions& ac
 // ---- Columns ----
 
 void XSongTable::LoadColumns() {
-    // A list without columns of its own is shown with those of the library.
+    // A list without columns of its own has those that the user wants for such lists, else those of the library.
     const CPlayList* const listP = i_model.List();
     CCFDictionary kept = listP == nullptr ? CCFDictionary() : listP->Columns();
-    if (kept.GetArray("Order").empty()) kept = i_prefs.GetDictionary(kColumns_PreferenceZ);
+    const bool libraryB = i_model.ListID() == kPlaylistID_Library;
+    for (const char* const keyZ : {libraryB ? kColumns_PreferenceZ : kDefaultColumns_PreferenceZ,
+                                   libraryB ? kDefaultColumns_PreferenceZ : kColumns_PreferenceZ})
+        if (kept.GetArray("Order").empty()) kept = i_prefs.GetDictionary(keyZ);
     i_columnsOf = i_model.ListID();
     std::vector<MetaKey> columns;
     for (const CCFValue& value : kept.GetArray("Order"))
@@ -202,31 +206,37 @@ void XSongTable::SaveColumns() {
 }
 
 void XSongTable::FillColumnMenu(QMenu& menu) {
-    std::vector<std::pair<QString, MetaKey>> offered;
-    for (const MetaKey key : MetaManager().Keys())
-        if (const CDataTraits& traits = MetaManager().GetTraits(key); IsOffered(traits))
-            offered.emplace_back(QtText(traits.Title()), key);
-    std::ranges::sort(offered, [](const auto& a, const auto& b) { return a.first.localeAwareCompare(b.first) < 0; });
-    for (const auto& [title, key] : offered) {
-        QAction* const actionP = menu.addAction(title);
-        const std::vector<MetaKey>& columns = i_model.Columns();
-        const bool shownB = std::ranges::find(columns, key) != columns.end();
-        actionP->setCheckable(true);
-        actionP->setChecked(shownB);
-        actionP->setEnabled(!shownB || columns.size() > 1);
-        connect(actionP, &QAction::triggered, this, [this, wanted = key](bool onB) {
-            // As they stand in the header: a column that was dragged stays where it is.
-            std::vector<MetaKey> next;
-            for (int place = 0; place < horizontalHeader()->count(); ++place)
-                next.push_back(i_model.Columns()[static_cast<std::size_t>(horizontalHeader()->logicalIndex(place))]);
-            if (onB)
-                next.push_back(wanted);
-            else
-                std::erase(next, wanted);
-            SetColumns(next);
-            SaveColumns();
-        });
+    for (const SongColumnGroup& group : SongColumnGroups()) {
+        const bool firstB = &group == SongColumnGroups().data();   // what most people want is one step nearer
+        QMenu& part = firstB ? menu : *menu.addMenu(tr(group.titleZ));
+        for (const MetaKey key : group.keys) AddColumnAction(part, key);
+        if (firstB) menu.addSeparator();
     }
+    menu.addSeparator();
+    QAction* const newP = menu.addAction(tr("Use These Columns for New Lists"));
+    connect(newP, &QAction::triggered, this, [this] { i_prefs.Set(kDefaultColumns_PreferenceZ, CCFValue(ColumnsNow())); });
+}
+
+void XSongTable::AddColumnAction(QMenu& menu, MetaKey key) {
+    const QString title = QtText(MetaManager().GetTraits(key).Title());
+    QAction* const actionP = menu.addAction(title == "#" ? tr("# (place in the list)") : title);
+    const std::vector<MetaKey>& columns = i_model.Columns();
+    const bool shownB = std::ranges::find(columns, key) != columns.end();
+    actionP->setCheckable(true);
+    actionP->setChecked(shownB);
+    actionP->setEnabled(!shownB || columns.size() > 1);
+    connect(actionP, &QAction::triggered, this, [this, key](bool onB) {
+        // As they stand in the header: a column that was dragged stays where it is.
+        std::vector<MetaKey> next;
+        for (int place = 0; place < horizontalHeader()->count(); ++place)
+            next.push_back(i_model.Columns()[static_cast<std::size_t>(horizontalHeader()->logicalIndex(place))]);
+        if (onB)
+            next.push_back(key);
+        else
+            std::erase(next, key);
+        SetColumns(next);
+        SaveColumns();
+    });
 }
 
 void XSongTable::ShowSortMark() {
@@ -319,11 +329,41 @@ QModelIndex XSongTable::moveCursor(CursorAction action, Qt::KeyboardModifiers mo
 
 // ---- Mouse ----
 
+void XSongTable::SetEditWait(double seconds) {
+    // A double click must have had its time, or it would begin with an editor.
+    const int least = QApplication::doubleClickInterval() + 1;
+    i_editWait.setInterval(std::max(least, static_cast<int>(std::clamp(seconds, 0.0, kEditWait_MostT) * 1000)));
+}
+
+void XSongTable::mousePressEvent(QMouseEvent* eventP) {
+    i_editWait.stop();
+    // A click on the one row that is selected already is meant for what stands in it.
+    const QModelIndex index = indexAt(eventP->pos());
+    const QItemSelection selection = selectionModel()->selection();
+    const bool oneB = selection.size() == 1 && selection.front().height() == 1 && selection.front().contains(index);
+    const bool plainB = eventP->button() == Qt::LeftButton && eventP->modifiers() == Qt::NoModifier;
+    i_editAt = plainB && oneB && hasFocus() && (index.flags() & Qt::ItemIsEditable) ? QPersistentModelIndex(index)
+                                                                                    : QPersistentModelIndex();
+    QTableView::mousePressEvent(eventP);
+}
+
+void XSongTable::mouseReleaseEvent(QMouseEvent* eventP) {
+    QTableView::mouseReleaseEvent(eventP);
+    if (i_editAt.isValid() && i_editAt == indexAt(eventP->pos())) i_editWait.start();
+}
+
 void XSongTable::mouseDoubleClickEvent(QMouseEvent* eventP) {
     // A double click plays; it does not edit.
+    i_editWait.stop();
+    i_editAt = QPersistentModelIndex();
     const QModelIndex index = indexAt(eventP->pos());
     if (eventP->button() != Qt::LeftButton || !index.isValid()) return QTableView::mouseDoubleClickEvent(eventP);
     emit PlayAsked(i_model.ItemAt(index.row()));
+}
+
+void XSongTable::keyPressEvent(QKeyEvent* eventP) {
+    i_editWait.stop();
+    QTableView::keyPressEvent(eventP);
 }
 
 void XSongTable::contextMenuEvent(QContextMenuEvent* eventP) {
@@ -343,13 +383,15 @@ void XSongTable::contextMenuEvent(QContextMenuEvent* eventP) {
             if (i_actions.Get(command).isEnabled()) menu.addAction(&i_actions.Get(command));
         menu.addSeparator();
     };
-    add({kPlaySelected, kEditCell});
+    add({kPlaySelected, kPlayNext, kAddToList});
+    add({kCopy, kPaste, kEditCell});
     add({kReveal, kConformNames, kZip, kUnzip, kLocateMissing});
     add({kRemoveFromList, kRemoveFromLibrary, kTrashOriginals});
     menu.exec(at);
 }
 
 void XSongTable::startDrag(Qt::DropActions actions) {
+    i_editWait.stop();
     const std::vector<PLItemID> items = SelectedItems();
     if (items.empty()) return;
     // Our own picture: that of the toolkit draws every row, and there may be a million.

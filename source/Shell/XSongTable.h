@@ -26,6 +26,9 @@ public:
     void SaveColumns();
     /** Rows are as high as it wants. */
     void SetFont(const QFont& font);
+    /** A click on what is selected edits it after so many seconds. */
+    void SetEditWait(double seconds);
+    [[nodiscard]] bool IsEditComing() const { return i_editWait.isActive(); }
     /** Words in the middle of an empty table. */
     void SetHint(const QString& title, const QString& text);
 
@@ -37,6 +40,9 @@ protected:
     void paintEvent(QPaintEvent* eventP) override;
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
     void contextMenuEvent(QContextMenuEvent* eventP) override;
+    void mousePressEvent(QMouseEvent* eventP) override;
+    void mouseReleaseEvent(QMouseEvent* eventP) override;
+    void keyPressEvent(QKeyEvent* eventP) override;
     void mouseDoubleClickEvent(QMouseEvent* eventP) override;
     void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
     void resizeEvent(QResizeEvent* eventP) override;
@@ -47,6 +53,7 @@ protected:
 
 private:
     void LoadColumns();
+    void AddColumnAction(QMenu& menu, MetaKey key);
     [[nodiscard]] CCFDictionary ColumnsNow() const;
     void ApplyWidths();
     void SetColumns(const std::vector<MetaKey>& columns);
@@ -65,5 +72,7 @@ private:
     PLItemID i_keptCurrent = SDB_kNoItem;
     PlaylistID i_keptList{0};
     int i_keptScroll = 0;
+    QTimer i_editWait;                // after a click on i_editAt
+    QPersistentModelIndex i_editAt;
     QString i_hintTitle, i_hintText;
 };

@@ -36,9 +36,19 @@ public:
         const bool selectedB = option.state.testFlag(QStyle::State_Selected);
         option.text = option.fontMetrics.elidedText(option.text, Qt::ElideRight, option.rect.width() - width - 44);
         option.state &= ~QStyle::State_HasFocus;
+        const bool keysB = selectedB && option.widget != nullptr && option.widget->hasFocus();
+        if (selectedB && !keysB) {   // the list is shown, but the keys go elsewhere
+            option.state &= ~QStyle::State_Selected;
+            painterP->save();
+            painterP->setRenderHint(QPainter::Antialiasing);
+            painterP->setPen(Qt::NoPen);
+            painterP->setBrush(XLook::Now().line);
+            painterP->drawRoundedRect(option.rect, 6, 6);
+            painterP->restore();
+        }
         QStyledItemDelegate::paint(painterP, option, index);
         painterP->setFont(option.font);
-        painterP->setPen(selectedB ? XLook::Now().accentText : XLook::Now().quiet);
+        painterP->setPen(keysB ? XLook::Now().accentText : selectedB ? XLook::Now().text : XLook::Now().quiet);
         painterP->drawText(option.rect.adjusted(0, 0, -10, 0), Qt::AlignVCenter | Qt::AlignRight, count);
     }
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
@@ -114,10 +124,14 @@ void XSourceList::Fill() {
         row.setData(kList_Role, Number(list.ID()));
         row.setData(kCount_Role, static_cast<qlonglong>(list.Count()));
         row.setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDropEnabled |
-                     (list.Type() == kSourceDB_PLAYLIST ? Qt::ItemIsEditable : Qt::NoItemFlags));
+                     (list.Type() == kSourceDB_PLAYLIST && !i_namesLockedB ? Qt::ItemIsEditable : Qt::NoItemFlags));
     }
     Select(i_database.GetPlayList(selected) != nullptr ? selected : kPlaylistID_Library);
     i_fillingB = false;
+}
+
+void XSourceList::SetNamesLocked(bool lockedB) {
+    if (std::exchange(i_namesLockedB, lockedB) != lockedB) Refresh();
 }
 
 PlaylistID XSourceList::Selected() const {
@@ -142,9 +156,8 @@ CPlayList* XSourceList::ListOf(const QListWidgetItem* itemP) const {
 void XSourceList::OnRenamed(QListWidgetItem* itemP) {
     if (i_fillingB) return;
     CPlayList* const listP = ListOf(itemP);
-    if (listP != nullptr && itemP->text() != QtText(listP->Name()))
-        (void)listP->Rename(SuperString(itemP->text().toStdString()));   // tells its own failure
-    Refresh();                                                           // what the list made of it
+    if (listP != nullptr && itemP->text() != QtText(listP->Name())) emit RenameAsked(listP->ID(), itemP->text());
+    Refresh();   // what the list made of it
 }
 
 void XSourceList::ListRemoved(PlaylistID list) {
@@ -186,13 +199,27 @@ void XSourceList::dropEvent(QDropEvent* eventP) {
         (void)CSongTableModel::DropRows(i_database, *eventP->mimeData(), listP->ID(), SDB_Index_END);
 }
 
+QItemSelectionModel::SelectionFlags XSourceList::selectionCommand(const QModelIndex& index, const QEvent*) const {
+    return index.isValid() ? QItemSelectionModel::ClearAndSelect : QItemSelectionModel::NoUpdate;
+}
+
+void XSourceList::focusInEvent(QFocusEvent* eventP) {
+    QListWidget::focusInEvent(eventP);
+    viewport()->update();   // the mark tells where the keys go
+}
+
+void XSourceList::focusOutEvent(QFocusEvent* eventP) {
+    QListWidget::focusOutEvent(eventP);
+    viewport()->update();
+}
+
 void XSourceList::contextMenuEvent(QContextMenuEvent* eventP) {
     QMenu menu;
     menu.addAction(&i_actions.Get(Command::kNewList));
-    if (const QListWidgetItem* const itemP = itemAt(eventP->pos());
-        itemP != nullptr && itemP->flags().testFlag(Qt::ItemIsEditable)) {
-        menu.addAction(&i_actions.Get(Command::kRenameList));
-        menu.addAction(&i_actions.Get(Command::kDeleteList));
-    }
+    const bool keyB = eventP->reason() == QContextMenuEvent::Keyboard;
+    if (const QListWidgetItem* const itemP = keyB ? currentItem() : itemAt(eventP->pos());
+        itemP != nullptr && itemP == currentItem())
+        for (const Command command : {Command::kRenameList, Command::kDeleteList})
+            if (i_actions.Get(command).isEnabled()) menu.addAction(&i_actions.Get(command));
     menu.exec(eventP->globalPos());
 }

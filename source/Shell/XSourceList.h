@@ -17,9 +17,14 @@ public:
     [[nodiscard]] PlaylistID Selected() const;
     void Select(PlaylistID list);
     void EditName(PlaylistID list);
+    /** Lists keep their names. */
+    void SetNamesLocked(bool lockedB);
+    [[nodiscard]] bool NamesLocked() const { return i_namesLockedB; }
 
 signals:
     void Chosen(PlaylistID list);
+    /** The user gave the list this name. */
+    void RenameAsked(PlaylistID list, const QString& name);
     void FilesDropped(const QStringList& paths, PlaylistID list, RowIndex where);
 
 protected:
@@ -28,6 +33,11 @@ protected:
     void dropEvent(QDropEvent* eventP) override;
     void contextMenuEvent(QContextMenuEvent* eventP) override;
     void keyboardSearch(const QString& /*text*/) override {}
+    /** The list that has the keys is always the marked one: Del never means another. */
+    QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index,
+                                                         const QEvent* eventP) const override;
+    void focusInEvent(QFocusEvent* eventP) override;
+    void focusOutEvent(QFocusEvent* eventP) override;
 
 private:
     void ListAdded(PlaylistID /*list*/) override { Refresh(); }
@@ -43,5 +53,5 @@ private:
     CSongDatabase& i_database;
     XActions& i_actions;
     QTimer i_refresh;
-    bool i_fillingB = false;
+    bool i_fillingB = false, i_namesLockedB = false;
 };

@@ -1,5 +1,6 @@
 #include "Shell/XStyle.h"
 
+#include <QAbstractItemView>
 #include <QAbstractSpinBox>
 #include <QEvent>
 #include <QPainter>
@@ -15,6 +16,7 @@ namespace {
 constexpr int kIndicator = 17;     // pixels of a mark
 constexpr int kBox_Height = 30;    // of what opens, or holds a number, at the least
 constexpr qreal kBox_Radius = 6;
+constexpr int kDrop_Width = 2;
 constexpr qreal kDisabled_Opacity = 0.45;
 
 /** A chevron in the middle of `rect`. */
@@ -35,6 +37,25 @@ void DrawBox(QPainter& painter, const QRect& rect, QStyle::State state, const QC
     painter.setPen(focusB ? colors.accent : overB ? colors.quiet : colors.line);
     painter.setBrush(ground);
     painter.drawRoundedRect(QRectF(rect).adjusted(0.5, 0.5, -0.5, -0.5), kBox_Radius, kBox_Radius);
+}
+
+/** Where something that is dragged would go: a line, or a frame, over the whole row and not the cell alone. */
+void DrawDropMark(QPainter& painter, const QStyleOption& option, const QWidget* widgetP) {
+    const auto* const viewP = qobject_cast<const QAbstractItemView*>(widgetP);
+    QRectF rect = option.rect;
+    if (viewP != nullptr) {
+        rect.setLeft(1);
+        rect.setRight(viewP->viewport()->width() - 1);
+    }
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(XLook::Now().accent, kDrop_Width));
+    painter.setBrush(Qt::NoBrush);
+    if (option.rect.height() <= kDrop_Width)
+        painter.drawLine(rect.topLeft(), rect.topRight());
+    else
+        painter.drawRoundedRect(rect, 4, 4);
+    painter.restore();
 }
 
 void DrawMark(QPainter& painter, const QStyleOption& option, bool roundB) {
@@ -72,6 +93,7 @@ XStyle::XStyle() : QProxyStyle(QStyleFactory::create("Fusion")) {}
 void XStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* optionP, QPainter* painterP,
                            const QWidget* widgetP) const {
     if (element == PE_FrameFocusRect && qobject_cast<const QTabBar*>(widgetP) != nullptr) return;   // its colour tells
+    if (element == PE_IndicatorItemViewItemDrop) return DrawDropMark(*painterP, *optionP, widgetP);
     const bool roundB = element == PE_IndicatorRadioButton;
     if (!roundB && element != PE_IndicatorCheckBox && element != PE_FrameFocusRect)
         return QProxyStyle::drawPrimitive(element, optionP, painterP, widgetP);

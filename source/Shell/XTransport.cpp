@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QSignalBlocker>
 #include <QSlider>
+#include <QStyle>
 #include <QToolButton>
 
 #include "Library/CSongDatabase.h"
@@ -17,13 +18,14 @@
 #include "Shell/XIcons.h"
 #include "Shell/XSeekBar.h"
 #include "Shell/XStepper.h"
+#include "Shell/XValueLabel.h"
 
 namespace {
 
 constexpr int kTick_Milliseconds = 100;
 constexpr long k300ths_Second = 300;
 constexpr int kVolume_Step = 5;   // percent
-constexpr int kTime_Width = 150, kVolume_Width = 152;
+constexpr int kTime_Width = 150, kTime_LowWidth = 64, kVolume_Width = 152;
 
 constexpr struct {
     VocalMode mode;
@@ -35,19 +37,20 @@ constexpr struct {
     {VocalMode::kVocalCut, "Vocal cut"},
 };
 
-QLabel* MakeCaption(const QString& text) {
+QLabel* MakeCaption(const QString& text, QWidget* ofP) {
     auto* const labelP = new QLabel(text);
+    labelP->setBuddy(ofP);
     labelP->setObjectName("caption");
     return labelP;
 }
 
-QLabel* MakeTime(Qt::Alignment alignment, const QString& name, const QString& description) {
-    auto* const labelP = new QLabel;
+XValueLabel* MakeTime(Qt::Alignment alignment, const QString& name, const QString& description) {
+    auto* const labelP = new XValueLabel(name);
     labelP->setObjectName("time");
     labelP->setAlignment(alignment | Qt::AlignVCenter);
     labelP->setMinimumWidth(kTime_Width);
-    labelP->setAccessibleName(name);
     labelP->setAccessibleDescription(description);
+    labelP->setToolTip(XTransport::tr("A click lets this time stand out"));
     return labelP;
 }
 
@@ -73,8 +76,8 @@ XTransport::XTransport(CPlayControl& play, CSongDatabase& database, XActions& ac
       i_database(database),
       i_actions(actions),
       i_mayInterrupt(std::move(mayInterrupt)),
-      i_titleP(new XElidedLabel),
-      i_artistP(new XElidedLabel),
+      i_titleP(new XElidedLabel(tr("Song"))),
+      i_artistP(new XElidedLabel(tr("Artist"))),
       i_elapsedP(MakeTime(Qt::AlignLeft, tr("Elapsed"), tr("How long the song has played"))),
       i_leftP(MakeTime(Qt::AlignRight, tr("Remaining"), tr("How long the song will play"))),
       i_seekP(new XSeekBar) {
@@ -82,12 +85,13 @@ XTransport::XTransport(CPlayControl& play, CSongDatabase& database, XActions& ac
     setAttribute(Qt::WA_StyledBackground);
     setAccessibleName(tr("Transport"));
     setAccessibleDescription(tr("What plays, and how it sounds"));
-    auto* const columnP = new QVBoxLayout(this);
-    columnP->setContentsMargins(16, 10, 16, 10);
-    columnP->setSpacing(4);
-    columnP->addWidget(MakeTop());
-    columnP->addWidget(i_seekP);
-    columnP->addWidget(MakeBottom());
+    i_columnP = new QVBoxLayout(this);
+    i_columnP->addWidget(MakeTop());
+    i_columnP->addWidget(i_seekP);
+    i_columnP->addWidget(MakeBottom());
+    Arrange();
+    for (XValueLabel* const timeP : {i_elapsedP, i_leftP}) timeP->installEventFilter(this);
+    SetTimeDisplay(false);
     Connect();
     i_tick.setInterval(kTick_Milliseconds);
     connect(&i_tick, &QTimer::timeout, this, &XTransport::ShowTime);
@@ -122,25 +126,82 @@ QToolButton* XTransport::MakePlay() {
 QWidget* XTransport::MakeTop() {
     i_titleP->setObjectName("songTitle");
     i_titleP->setAlignment(Qt::AlignHCenter | Qt::AlignBottom);
-    i_titleP->setAccessibleName(tr("Song"));
     i_artistP->setObjectName("artist");
     i_artistP->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
-    auto* const namesP = new QVBoxLayout;
+    i_namesP = new QWidget;
+    auto* const namesP = new QVBoxLayout(i_namesP);
+    namesP->setContentsMargins(0, 0, 0, 0);
     namesP->setSpacing(0);
     namesP->addWidget(i_titleP);
     namesP->addWidget(i_artistP);
     auto* const widgetP = new QWidget;
-    auto* const rowP = new QHBoxLayout(widgetP);
-    rowP->setContentsMargins(8, 0, 8, 0);
-    rowP->addWidget(i_elapsedP);
-    rowP->addLayout(namesP, 1);
-    rowP->addWidget(i_leftP);
+    i_topP = new QHBoxLayout(widgetP);
     return widgetP;
+}
+
+void XTransport::SetTimeDisplay(bool leftB) {
+    for (XValueLabel* const timeP : {i_elapsedP, i_leftP}) {
+        timeP->setProperty("chosen", (timeP == i_leftP) == leftB);
+        timeP->style()->polish(timeP);   // the style sheet looks at the property
+    }
+}
+
+bool XTransport::eventFilter(QObject* watchedP, QEvent* eventP) {
+    if (eventP->type() == QEvent::MouseButtonPress) emit TimeDisplayChosen(watchedP == i_leftP);
+    return QWidget::eventFilter(watchedP, eventP);
+}
+
+void XTransport::SetLow(bool lowB) {
+    if (std::exchange(i_lowB, lowB) != lowB) Arrange();
+}
+
+void XTransport::Arrange() {
+    i_columnP->setContentsMargins(16, i_lowB ? 3 : 10, 16, i_lowB ? 3 : 10);
+    i_columnP->setSpacing(i_lowB ? 0 : 4);
+    i_topP->setContentsMargins(i_lowB ? 0 : 8, 0, i_lowB ? 0 : 8, 0);
+    i_artistP->setVisible(!i_lowB);
+    for (XValueLabel* const timeP : {i_elapsedP, i_leftP}) {
+        timeP->setMinimumWidth(i_lowB ? kTime_LowWidth : kTime_Width);
+        timeP->setProperty("low", i_lowB);
+        timeP->style()->polish(timeP);   // the style sheet looks at the property
+    }
+    i_titleP->setAlignment(i_lowB ? Qt::AlignLeft | Qt::AlignVCenter : Qt::AlignHCenter | Qt::AlignBottom);
+    for (QWidget* const partP : std::initializer_list<QWidget*>{i_elapsedP, i_namesP, i_leftP}) i_topP->removeWidget(partP);
+    i_topP->removeWidget(i_seekP);
+    i_columnP->removeWidget(i_seekP);
+    if (i_lowB) {
+        i_topP->addWidget(i_namesP, 2);
+        i_topP->addWidget(i_elapsedP);
+        i_topP->addWidget(i_seekP, 3);
+        i_topP->addWidget(i_leftP);
+    } else {
+        i_topP->addWidget(i_elapsedP);
+        i_topP->addWidget(i_namesP, 1);
+        i_topP->addWidget(i_leftP);
+        i_columnP->insertWidget(1, i_seekP);
+    }
+}
+
+void XTransport::resizeEvent(QResizeEvent* eventP) {
+    QWidget::resizeEvent(eventP);
+    // What gives way first stands first; the menus have its commands.
+    QWidget* const groups[] = {i_slipP, i_vocalGroupP, i_tempoP, i_pitchP};
+    const auto widthOf = [this](const QWidget* groupP) { return groupP->minimumSizeHint().width() + i_bottomP->spacing(); };
+    const QMargins margins = i_columnP->contentsMargins();
+    int room = width() - margins.left() - margins.right() - i_bottomP->minimumSize().width();
+    for (const QWidget* const groupP : groups)
+        if (groupP->isHidden()) room -= widthOf(groupP);
+    for (QWidget* const groupP : groups) {
+        const bool goesB = room < 0;
+        if (goesB) room += widthOf(groupP);
+        groupP->setVisible(!goesB);
+    }
 }
 
 QWidget* XTransport::MakeBottom() {
     auto* const widgetP = new QWidget;
     auto* const rowP = new QHBoxLayout(widgetP);
+    i_bottomP = rowP;
     rowP->setContentsMargins(0, 0, 0, 0);
     rowP->setSpacing(4);
     rowP->addWidget(MakeButton(Command::kRewind, IconKind::kRewind, 40));
@@ -172,7 +233,8 @@ QWidget* XTransport::MakeBottom() {
     i_vocalP->setAccessibleDescription(tr("How the lead vocal is heard"));
     auto* const vocalRowP = new QHBoxLayout;
     vocalRowP->addWidget(i_vocalP);
-    rowP->addWidget(Under(MakeCaption(tr("Vocals")), vocalRowP), 0, Qt::AlignVCenter);
+    i_vocalGroupP = Under(MakeCaption(tr("Vocals"), i_vocalP), vocalRowP);
+    rowP->addWidget(i_vocalGroupP, 0, Qt::AlignVCenter);
     rowP->addItem(MakeGap());
 
     i_volumeP = new QSlider(Qt::Horizontal);
@@ -187,7 +249,7 @@ QWidget* XTransport::MakeBottom() {
     volumeRowP->setSpacing(4);
     volumeRowP->addWidget(i_muteP);
     volumeRowP->addWidget(i_volumeP);
-    QWidget* const volumeGroupP = Under(MakeCaption(tr("Volume")), volumeRowP);
+    QWidget* const volumeGroupP = Under(MakeCaption(tr("Volume"), i_volumeP), volumeRowP);
     volumeGroupP->setMaximumWidth(kVolume_Width);
     rowP->addWidget(volumeGroupP, 1, Qt::AlignVCenter);   // as wide as it may be, where there is room
     rowP->addItem(MakeGap());
@@ -303,7 +365,6 @@ void XTransport::ShowSong() {
     else
         i_titleP->SetText(tr("Nothing plays"));
     i_artistP->SetText(songP == nullptr ? QString() : QtText(songP->Meta().GetString("arts"_key)));
-    i_artistP->setAccessibleName(tr("Artist"));
 }
 
 void XTransport::SettingsChanged() {
@@ -336,8 +397,8 @@ void XTransport::ShowTime() {
 }
 
 void XTransport::ShowDigits(long time300, long end300) {
-    i_elapsedP->setText(TimeText(std::max(0L, time300)));
-    i_leftP->setText(end300 > 0 ? TimeText(std::min(0L, time300 - end300)) : QString());
+    i_elapsedP->SetValue(TimeText(std::max(0L, time300)));
+    i_leftP->SetValue(end300 > 0 ? TimeText(std::min(0L, time300 - end300)) : QString());
 }
 
 QString XTransport::TimeText(long time300) {

@@ -8,20 +8,23 @@
 
 class CPlayControl;
 class CSongDatabase;
+class QBoxLayout;
 class QComboBox;
-class QLabel;
 class QSlider;
 class QToolButton;
 class XActions;
 class XElidedLabel;
 class XSeekBar;
 class XStepper;
+class XValueLabel;
 enum class Command : std::uint8_t;
 enum class IconKind;
 
 /** What plays, how far it is and how it sounds: the panel that a KJ reads across a dark booth. Asks CPlayControl ten
-   times a second while a song runs, and else only when it is told of a change. Threads  main. Goes before its play
-   control. */
+    times a second while a song runs, and else only when it is told of a change. In a narrow window what the menus have,
+    too, gives way, never the volume and the output; in a low one the place in the song stands beside its name.
+    Threads  main.
+    Owner    the main window; goes before its play control. */
 class XTransport final : public QWidget, private CPlayWatcher {
     Q_OBJECT
 public:
@@ -31,12 +34,22 @@ public:
 
     /** "-3:05": with a minus what is left. Hours only where there are some. */
     [[nodiscard]] static QString TimeText(long time300);
+    /** There is little height for it. */
+    void SetLow(bool lowB);
+    /** Which of the two times stands out: what is left, or what has gone. */
+    void SetTimeDisplay(bool leftB);
+
+protected:
+    void resizeEvent(QResizeEvent* eventP) override;
+    bool eventFilter(QObject* watchedP, QEvent* eventP) override;
 
 signals:
     void PlayTold();
     void Message(const QString& text);
     /** The user wants the menu of the sound outputs here. */
     void OutputsAsked(const QPoint& at);
+    /** The user clicked on one of the times. */
+    void TimeDisplayChosen(bool leftB);
 
 private:
     void PlayChanged() override;
@@ -50,6 +63,7 @@ private:
     [[nodiscard]] QToolButton* MakePlay();
     [[nodiscard]] QWidget* MakeTop();
     [[nodiscard]] QWidget* MakeBottom();
+    void Arrange();
     void Connect();
 
     CPlayControl& i_play;
@@ -61,9 +75,13 @@ private:
     // Children.
     XElidedLabel* i_titleP;
     XElidedLabel* i_artistP;
-    QLabel* i_elapsedP;
-    QLabel* i_leftP;
+    XValueLabel* i_elapsedP;
+    XValueLabel* i_leftP;
     XSeekBar* i_seekP;
+    QWidget* i_namesP = nullptr;
+    QBoxLayout *i_columnP = nullptr, *i_topP = nullptr, *i_bottomP = nullptr;
+    QWidget* i_vocalGroupP = nullptr;
+    bool i_lowB = false;
     QToolButton* i_playP = nullptr;
     QToolButton* i_muteP = nullptr;
     XStepper* i_pitchP = nullptr;

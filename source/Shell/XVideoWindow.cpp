@@ -78,7 +78,7 @@ void XVideoWindow::SetAlwaysOnTop(bool onB) {
 void XVideoWindow::ShowAndSelect() {
     show();
     raise();
-    activateWindow();
+    if (i_port.Screen() == CGraphicsPort::kScreen_VIDEO) activateWindow();   // the second one never takes the keys
 }
 
 OSErr XVideoWindow::SetOpacity(float opacity) {

@@ -200,6 +200,32 @@ TEST_F(SortSelection, AnUnexpectedResultIsToldAndChangesNothing) {
     EXPECT_EQ(list.GetSortedList().size(), 10U);
 }
 
+/** By what people see in the cell: words of a menu by the alphabet, pitches as numbers; none before all. */
+TEST_F(SortSelection, MenusStandByTheirWords) {
+    CPlayList& list = UserList();
+    for (const int n : {0, 1, 2, 3, 4, 5, 6, 7}) {
+        CSong& song = Song("song " + std::to_string(n));
+        CMeta& meta = song.Meta();
+        meta.SetInteger("colr"_key, n);
+        meta.SetInteger("vChn"_key, n % 4);
+        meta.SetInteger("PICH"_key, n - 4);
+        list.AddItem({song.GetSongID()});
+    }
+    const auto words = [&](MetaKey key) {
+        list.SetSort({{key, true}}, CPlayList::SortWait::kYes);
+        std::string all;
+        for (const PLItemID id : list.GetSortedList())
+            all += MetaManager().GetTraits(key).Display(list.ValueOf(id, key)).UTF8() + " ";
+        return all;
+    };
+    EXPECT_EQ(words("colr"_key), " Blue Gray Green Orange Purple Red Yellow ");
+    EXPECT_EQ(words("vChn"_key), "  Both Both Left Left Right Right ");
+    EXPECT_EQ(words("PICH"_key), "-4 -3 -2 -1  +1 +2 +3 ");
+    i_databaseP->GetSong(SongID{list.Items()->Get(PLItemID{1})->target.idL})->Meta().SetInteger("colr"_key, 4);
+    i_databaseP->FlushChanges();   // a row that changes finds its place among them
+    EXPECT_EQ(words("colr"_key), "Blue Gray Green Green Orange Purple Red Yellow ");
+}
+
 TEST_F(SortSelection, TheSortThatAFileRemembers) {
     CPlayList& list = UserList();
     const auto keptAs = [&](MetaKey key) {

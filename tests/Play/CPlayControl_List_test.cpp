@@ -142,6 +142,25 @@ TEST_F(PlayTest, WhatAHandHasCutOffCanBeHadBack) {
     EXPECT_FALSE(i_controlP->InterruptedSong());
 }
 
+TEST_F(PlayTest, TheShowGoesOnInAnotherList) {
+    const SongID a = Add(Sound("a.wav", 60)).GetSongID();
+    (void)Add(Sound("b.wav", 60));
+    const SongID c = Add(Sound("c.wav", 60)).GetSongID();
+    CPlayList& other = i_databaseP->AddPlaylist(kSourceDB_PLAYLIST, "other");
+    const PLItemID rowC = other.AddItem({c}), rowA = other.AddItem({a}), next = other.AddItem({c});
+    EXPECT_EQ(i_controlP->GoOnIn(other.ID(), rowA), paramErr);   // nothing plays
+    ASSERT_TRUE(Starts(0));
+    EXPECT_EQ(i_controlP->GoOnIn(other.ID(), rowC), paramErr);   // another song's
+    EXPECT_EQ(i_controlP->GoOnIn(other.ID(), PLItemID{99}), fnfErr);
+    EXPECT_EQ(i_controlP->CurrentList(), i_listP->ID());
+    EXPECT_EQ(i_controlP->GoOnIn(other.ID(), rowA), noErr);
+    EXPECT_EQ(i_controlP->CurrentItem(), rowA);
+    EXPECT_EQ(i_controlP->State(), kPlaying);
+    EXPECT_EQ(i_controlP->PlayNext(), noErr);
+    EXPECT_EQ(i_controlP->CurrentList(), other.ID());
+    EXPECT_EQ(i_controlP->CurrentItem(), next);
+}
+
 /** The id of a row that has left is the next new row's. */
 TEST_F(PlayTest, ARowThatLeavesWhileItPlaysIsNotTakenForAnother) {
     TuneRows();

@@ -105,12 +105,30 @@ TEST_F(XVideoWindowTest, TheColourThatIsLeftOutShowsTheBackground) {
     EXPECT_EQ(Seen().pixel(25, 25), i_picture.pixels.PixelAt(25, 25));
 }
 
-TEST_F(XVideoWindowTest, OnTheOnlyDisplayItLooksOutBehindTheOther) {
+/** The frame counts, once there is one. */
+TEST_F(XVideoWindowTest, OnTheOnlyDisplayItLooksOutBehindTheOtherAndASecondOneStandsBesideIt) {
     const QWidget other;   // in the upper left corner, and in front
+    const QRect area = other.screen()->availableGeometry();
     i_window.resize(300, 216);
     i_window.Place().SetNormalBeside(other);
+    i_window.show();
+    Settle();
+    ASSERT_GT(i_window.frameGeometry().width(), i_window.width());
     EXPECT_EQ(i_window.geometry().size(), QSize(300, 216));
-    EXPECT_EQ(i_window.geometry().bottomRight(), other.screen()->availableGeometry().bottomRight());
+    EXPECT_EQ(i_window.frameGeometry().bottomRight(), area.bottomRight());
+    for (const QRect first : {QRect(area.right() - 310, 40, 300, 216), QRect(20, 20, area.width() - 40, 216),
+                              QRect(10, 10, area.width() - 20, area.height() - 20)}) {
+        i_window.Place().SetNormal(first);
+        Settle();
+        XVideoWindow second(9, i_ports);
+        second.Place().SetNormalNextTo(i_window, other);
+        second.show();
+        Settle();
+        EXPECT_TRUE(area.contains(second.frameGeometry())) << first.width();
+        const bool roomB = first.height() < area.height() - 20;
+        EXPECT_EQ(second.frameGeometry().intersects(i_window.frameGeometry()), !roomB) << first.width();
+        EXPECT_GE(second.width(), 240);
+    }
 }
 
 TEST_F(XVideoWindowTest, ADoubleClickChangesTheFullScreen) {
@@ -146,8 +164,9 @@ TEST_F(XVideoWindowTest, APlaceThatNobodySeesIsKeptUntilTheUserMovesTheWindow) {
     EXPECT_EQ(place.Normal(), QRect(20, 30, 310, 230));
     const QRect huge(40, 50, 90000, 300);   // from a larger display
     place.SetNormal(huge);
-    EXPECT_TRUE(i_window.screen()->availableGeometry().contains(i_window.geometry()));
-    EXPECT_EQ(i_window.geometry().topLeft(), QPoint(0, 50));
+    EXPECT_TRUE(i_window.screen()->availableGeometry().contains(i_window.frameGeometry()));
+    EXPECT_EQ(i_window.frameGeometry().left(), 0);
+    EXPECT_EQ(i_window.geometry().top(), 50);
     EXPECT_EQ(place.Normal(), huge);
 }
 

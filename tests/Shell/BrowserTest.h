@@ -1,0 +1,98 @@
+#pragma once
+#include <semaphore>
+#include <gtest/gtest.h>
+#include <QtTest/QTest>
+#include <QtWidgets/QtWidgets>
+
+#include "Core/CPreferences.h"
+#include "Graphics/CGraphicsPorts.h"
+#include "Library/CLibraryCommands.h"
+#include "Library/ListTest.h"
+#include "Platform/CAudioOutput_Null.h"
+#include "Platform/CUserInterface_Scripted.h"
+#include "Play/CPlayControl.h"
+#include "Play/CPlayHost.h"
+#include "Shell/CSongTableModel.h"
+#include "Shell/QtApp.h"
+#include "Shell/XActions.h"
+#include "Shell/XBrowserWindow.h"
+#include "Shell/XSongTable.h"
+#include "Shell/XSourceList.h"
+
+using Gate = std::counting_semaphore<64>;
+
+/** A machine that does not say which devices it has before it may. */
+class SlowOutput final : public CAudioOutput_Null {
+public:
+    explicit SlowOutput(std::shared_ptr<Gate> gateRef) : i_gateRef(std::move(gateRef)) {}
+    std::vector<std::string> DeviceNames() override {
+        i_gateRef->acquire();
+        return {"System Default", "Loudspeaker", "Television"};
+    }
+
+private:
+    const std::shared_ptr<Gate> i_gateRef;
+};
+
+/** The main window over a library of its own; nothing plays. */
+class BrowserTest : public ListTest, private CPlayHost {
+protected:
+    BrowserTest() : i_prefs(PrefsFilesFor(i_folder), {.saveAtEndB = false}), i_play(*this) {
+        App();
+        for (const char* const nameZ : {"Alpha", "Beta", "Gamma"})
+            i_songs.push_back(Song(nameZ, "Somebody").GetSongID());
+        i_databaseP->AddSongsToLibrary(i_songs);
+        i_commandsP = std::make_unique<CLibraryCommands>(*i_databaseP, i_ui);
+        i_windowP = std::make_unique<XBrowserWindow>(BrowserSetup{
+            .database = *i_databaseP, .play = i_play, .prefs = i_prefs, .commands = *i_commandsP, .portsP = &i_ports});
+        i_windowP->show();
+        i_windowP->activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(i_windowP.get(), 5000));
+    }
+    ~BrowserTest() override {
+        i_gateRef->release(32);   // nobody thinks for ever
+        i_windowP.reset();
+        i_commandsP.reset();
+    }
+
+    template <class Widget>
+    Widget& Find() {
+        auto* const widgetP = i_windowP->findChild<Widget*>();
+        EXPECT_NE(widgetP, nullptr);
+        return *widgetP;
+    }
+    QLineEdit& Search() { return Find<QLineEdit>(); }
+    /** Counts what a command is asked to do, instead of doing it. */
+    void Count(Command command) {
+        QAction& action = i_windowP->Actions().Get(command);
+        action.disconnect(SIGNAL(triggered(bool)));
+        action.setEnabled(true);
+        QObject::connect(&action, &QAction::triggered, i_windowP.get(), [this] { ++i_askedL; });
+    }
+    void Turn() {
+        ASSERT_TRUE(RunUntil([n = 0]() mutable {
+            QApplication::processEvents();
+            return ++n > 3;
+        }));
+    }
+
+    const std::shared_ptr<Gate> i_gateRef = std::make_shared<Gate>(0);   // before each answer of the machine
+    CGraphicsPorts i_ports;
+    CUserInterface_Scripted i_ui;
+    CPreferences i_prefs;
+    std::vector<SongID> i_songs;
+    CPlayControl i_play;
+    std::unique_ptr<CLibraryCommands> i_commandsP;
+    std::unique_ptr<XBrowserWindow> i_windowP;
+    int i_askedL = 0;
+
+private:
+    CSongDatabase& Database() override { return *i_databaseP; }
+    CCFPrefDictionary& Preferences() override { return i_prefs; }
+    CUserInterface& Ui() override { return i_ui; }
+    AudioOutputChoice MakeOutput(const std::string& device) override {
+        return {std::make_unique<SlowOutput>(i_gateRef), device};
+    }
+    CGraphicsPorts& Ports() override { return i_ports; }
+    void Deselect() override { i_windowP->Deselect(); }
+};
