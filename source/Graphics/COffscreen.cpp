@@ -5,9 +5,10 @@
 
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
+#include "Core/ForeignRoom.h"
 
 namespace {
-constexpr std::align_val_t kAlign{64};
+constexpr std::align_val_t kAlign{kForeign_Align};
 }
 
 void COffscreen::Free_::operator()(std::uint8_t* bytesP) const noexcept { ::operator delete(bytesP, kAlign); }
@@ -20,8 +21,9 @@ OSErr COffscreen::Create(const Rect& bounds, short depth, const CPixels* colorsP
     const auto heightL = static_cast<std::size_t>(bounds.Height());
     if (heightL > kMaxPixels / widthL) return LogStep(memFullErr, "Can't allocate Pixel Buffer");
 
-    const std::size_t rowL = (BytesOfRow(bounds.Width(), depth) + 15) / 16 * 16;
-    const std::size_t bytesL = rowL * heightL;   // below 64 M pixels of 16 bytes and their padding: cannot wrap
+    const std::size_t rowL = ForeignRow(BytesOfRow(bounds.Width(), depth));
+    // Below 64 M pixels of 16 bytes and their padding: cannot wrap.
+    const std::size_t bytesL = rowL * heightL + kForeign_Padding;
     std::unique_ptr<std::uint8_t, Free_> memory(
         static_cast<std::uint8_t*>(::operator new(bytesL, kAlign, std::nothrow)));
     if (memory == nullptr) return LogStep(memFullErr, "Can't allocate Pixel Buffer");

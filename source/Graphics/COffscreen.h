@@ -4,9 +4,11 @@
 
 #include "Graphics/CPixels.h"
 
-/** Pixels with memory of their own, all zero at first. Rows are padded to 16 bytes, so that Cairo draws into them and
-   Qt shows them without a copy. Threads  as CPixels. Owner: its creator. Errors   memFullErr and a log line when the
-   memory is not there or the size is past kMaxPixels. */
+/** Pixels with memory of their own, all zero at first, with the room that foreign libraries ask for: the scaler and
+    Cairo draw into them, and Qt shows them without a copy. A row's padding holds anything.
+    Threads  as CPixels.
+    Owner    its creator.
+    Errors   memFullErr and a log line when the memory is not there or the size is past kMaxPixels. */
 class COffscreen final : public CPixels {
 public:
     /** 64 megapixels: far above any screen, and small enough that a broken file cannot eat the machine. */
