@@ -10,6 +10,7 @@
 #include "Core/CFileRef.h"
 #include "Core/CMainThreadProc.h"
 #include "Core/CMutex.h"
+#include "Core/CWatchers.h"
 #include "Library/CListWatcher.h"
 #include "Library/CPlayList.h"
 #include "Library/CRowValues.h"
@@ -140,7 +141,7 @@ public:
         CSongDatabase& i_database;
     };
     [[nodiscard]] bool IsInBatch() const noexcept { return i_batchesL > 0 || i_loadingB; }
-    /** While one lives, files are being added and the save waits; it may outlive the database. Main thread. */
+    /** While one lives, files are being added, and a save can wait a moment; it may outlive the database. Main thread. */
     class Adding {
     public:
         explicit Adding(CSongDatabase& database) : i_databaseRef(database.Self()) { ++database.i_addingL; }
@@ -237,12 +238,11 @@ public:
     /** The files of this song get their name when it has ceased to play. Main thread. */
     void RenameLater(SongID song) { i_renameLater.insert(Number(song)); }
 
-    void AddWatcher(CListWatcher& watcher) { i_watchers.push_back(&watcher); }
-    void RemoveWatcher(CListWatcher& watcher) { std::erase(i_watchers, &watcher); }
+    void AddWatcher(CListWatcher& watcher) { i_watchers.Add(watcher); }
+    void RemoveWatcher(CListWatcher& watcher) { i_watchers.Remove(watcher); }
     template <class Say>
     void Tell(Say&& say) {
-        const std::vector<CListWatcher*> watchers = i_watchers;   // one may take itself out
-        for (CListWatcher* watcherP : watchers) say(*watcherP);
+        i_watchers.Tell(std::forward<Say>(say));
     }
     // By the library's list.
     void SongsEnteredLibrary(CPlayList& library, std::span<const PLItemID> items);
@@ -284,5 +284,5 @@ private:
     CSongWarnings i_warnings{*this};
     CSongLengths i_lengths{*this};
     std::set<std::int32_t> i_renameLater, i_missing;
-    std::vector<CListWatcher*> i_watchers;   // not owned
+    CWatchers<CListWatcher> i_watchers;
 };

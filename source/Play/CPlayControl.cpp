@@ -44,7 +44,7 @@ CPlayControl::CPlayControl(CPlayHost& host)
 CPlayControl::~CPlayControl() {
     *i_selfRef = nullptr;
     i_host.Database().RemoveWatcher(*this);
-    i_watchers.clear();
+    i_watchers.Clear();
     EndCurrent();
 }
 
@@ -387,21 +387,14 @@ void CPlayControl::NoteDrawn() { i_host.NoteDrawn(); }
 
 // ---- Watchers ----
 
-template <class Say>
-void CPlayControl::Tell(Say&& say) {
-    const std::vector<CPlayWatcher*> watchers = i_watchers;
-    for (CPlayWatcher* const watcherP : watchers)
-        if (std::ranges::count(i_watchers, watcherP) > 0) say(*watcherP);   // one may take another out
-}
-
 void CPlayControl::TellPlay() {
-    Tell([](CPlayWatcher& watcher) { watcher.PlayChanged(); });
+    i_watchers.Tell([](CPlayWatcher& watcher) { watcher.PlayChanged(); });
 }
 
 void CPlayControl::TellSettings() {
-    Tell([](CPlayWatcher& watcher) { watcher.SettingsChanged(); });
+    i_watchers.Tell([](CPlayWatcher& watcher) { watcher.SettingsChanged(); });
 }
 
 void CPlayControl::TellGoBack() {
-    Tell([](CPlayWatcher& watcher) { watcher.GoBackChanged(); });
+    i_watchers.Tell([](CPlayWatcher& watcher) { watcher.GoBackChanged(); });
 }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Audio/CVolumeStage.h"
+#include "Core/CWatchers.h"
 #include "Library/CListWatcher.h"
 #include "Library/CSongDatabase.h"
 #include "Play/CInterruptedSong.h"
@@ -109,8 +110,8 @@ public:
     /** A song that plays goes over to it where it stands. */
     OSErr SetOutputDevice(const std::string& name);
 
-    void AddWatcher(CPlayWatcher& watcher) { i_watchers.push_back(&watcher); }
-    void RemoveWatcher(CPlayWatcher& watcher) { std::erase(i_watchers, &watcher); }
+    void AddWatcher(CPlayWatcher& watcher) { i_watchers.Add(watcher); }
+    void RemoveWatcher(CPlayWatcher& watcher) { i_watchers.Remove(watcher); }
 
     /** Draws what is due; the timer of the picture calls it. */
     void VideoIdle(bool forcedB) override;
@@ -184,15 +185,13 @@ private:
     void ChooseOutput();
     [[nodiscard]] static float ReadVolume(CPlayHost& host);
     void KeepValue(MetaKey key, double value);
-    template <class Say>
-    void Tell(Say&& say);
     void TellPlay();
     void TellSettings();
     void TellGoBack();
 
     CPlayHost& i_host;
     const std::shared_ptr<CPlayControl*> i_selfRef;
-    std::vector<CPlayWatcher*> i_watchers;   // not owned
+    CWatchers<CPlayWatcher> i_watchers;
     const Ref<CPlayOutput> i_outputP;
     std::string i_device;     // that i_outputP was given; empty: none yet
     Ref<CSongPlay> i_playP;   // null: idle
