@@ -10,10 +10,6 @@
 
 namespace {
 
-SuperString NameOf(const SingerRecord& record) {
-    return record.meta.GetString(record.meta.Has("SNGR") ? "SNGR" : "name");
-}
-
 /** How surely a file is this list of a singer: his account names its id, else its file has the list's name, else it says
     to be of the kind. A copy that some program made of a file has its id too. 0 for a file that is another list. */
 int SurenessOf(const PlaylistFile& file, SingerList which, PlaylistID wanted) {
