@@ -83,7 +83,7 @@ void CAppLibrary::AfterStart() {
 
 /** A disc that takes long is asked seldom: a twentieth of the time at the most goes into it. */
 void CAppLibrary::LookForMarked() {
-    constexpr double kAgain_T = 10, kShare = 20;
+    static constexpr double kAgain_T = 10, kShare = 20;
     const double nowT = CClock::Get().SteadyT();
     if (i_looksB || nowT < i_lookAtT || i_database.IsLoading() || i_database.MissingSongs().empty()) return;
     i_looksB = !Failed(CT_FindMissing::StartMarked(i_database, [this, nowT](OSErr) {
