@@ -11,6 +11,7 @@
 #include "Platform/CFolders.h"
 #include "Platform/CMainLoop_Plain.h"
 #include "Platform/CUserInterface_Scripted.h"
+#include "Platform/Patience.h"
 
 namespace fs = std::filesystem;
 
@@ -38,10 +39,10 @@ protected:
         all << std::ifstream(i_folder / "log.txt").rdbuf();
         return all.str();
     }
-    /** Passes of the loop until `done`, for 20 seconds at most. */
+    /** Passes of the loop until `done`, as long as a test has patience. */
     template <class Done>
     static bool RunUntil(CApp& app, Done&& done) {
-        const double untilT = CClock::Get().SteadyT() + 20;
+        const double untilT = CClock::Get().SteadyT() + static_cast<double>(kPatience.count());
         while (!done() && CClock::Get().SteadyT() < untilT) app.RunLoopPass();
         return done();
     }

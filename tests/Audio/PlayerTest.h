@@ -10,6 +10,7 @@
 #include "Audio/ChainTest.h"
 #include "Core/AlertHook.h"
 #include "Platform/CAudioOutput_Null.h"
+#include "Platform/Patience.h"
 
 /** An output at the pace of the scripted clock that keeps what it was given, and can lose its device. */
 class TestOutput final : public CAudioOutput_Null {
@@ -121,7 +122,7 @@ protected:
     /** Lets the clock run until `doneB`; false when it does not come. */
     bool Play(const std::function<bool()>& doneB) {
         for (const auto startT = std::chrono::steady_clock::now(); !doneB();) {
-            if (std::chrono::steady_clock::now() - startT > std::chrono::seconds(20)) return false;
+            if (std::chrono::steady_clock::now() - startT > kPatience) return false;
             i_clock.Advance(0.02);
             i_output.Wake();
             std::this_thread::sleep_for(std::chrono::microseconds(100));

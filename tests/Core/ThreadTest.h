@@ -15,6 +15,7 @@
 #include "Core/ThreadInfo.h"
 #include "Platform/CFileCalls.h"
 #include "Platform/CMainLoop_Plain.h"
+#include "Platform/Patience.h"
 #include "Platform/ScriptedClock.h"
 
 /** An application for the thread layer: a plain loop, and flags that a test sets. */
@@ -78,10 +79,10 @@ protected:
         return all.str();
     }
     [[nodiscard]] bool Logged(const std::string& text) const { return LogText().find(text) != std::string::npos; }
-    /** Runs the run loop until `doneB`; false when it does not come in 20 s of real time. */
+    /** Runs the run loop until `doneB`; false when it does not come. */
     bool RunUntil(const std::function<bool()>& doneB) {
         for (const auto startT = std::chrono::steady_clock::now(); !doneB();) {
-            if (std::chrono::steady_clock::now() - startT > std::chrono::seconds(20)) return false;
+            if (std::chrono::steady_clock::now() - startT > kPatience) return false;
             i_host.RunLoopPass();
         }
         return true;

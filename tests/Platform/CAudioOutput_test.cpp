@@ -14,6 +14,7 @@
 #include "Platform/CAudioOutput_Null.h"
 #include "Platform/CAudioOutput_SDL.h"
 #include "Platform/CFileCalls_Faults.h"
+#include "Platform/Patience.h"
 #include "Platform/ScriptedClock.h"
 
 namespace {
@@ -46,11 +47,11 @@ struct Folder {
     std::filesystem::path path;
 };
 
-/** Looks again until `doneB`; false after 20 s of real time. */
+/** Looks again until `doneB`; false when it does not come. */
 template <class Done>
 bool Soon(Done doneB) {
     for (const auto startT = std::chrono::steady_clock::now(); !doneB();)
-        if (std::chrono::steady_clock::now() - startT > std::chrono::seconds(20))
+        if (std::chrono::steady_clock::now() - startT > kPatience)
             return false;
         else
             std::this_thread::sleep_for(std::chrono::milliseconds(1));

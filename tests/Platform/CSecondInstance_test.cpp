@@ -18,6 +18,8 @@
 #include <mutex>
 #include <thread>
 
+#include "Platform/Patience.h"
+
 namespace {
 
 using Role = CSecondInstance::Role;
@@ -35,7 +37,7 @@ public:
     }
     std::vector<std::string> WaitFor(std::size_t count) {
         std::unique_lock guard(i_lock);
-        i_came.wait_for(guard, std::chrono::seconds(20), [&] { return i_texts.size() >= count; });
+        i_came.wait_for(guard, kPatience, [&] { return i_texts.size() >= count; });
         return i_texts;
     }
 

@@ -45,7 +45,7 @@ TEST_F(PlayTest, ASongThatIsSoughtBackBeforeItsEndWasHeardOfPlaysOn) {
             i_controlP->SeekTo300(last300);
             ASSERT_TRUE(RunUntil([&] { return i_controlP->CurTime300() > last300 + 30; }));
             const double endT = CClock::Get().SteadyT() + 10;
-            while (CClock::Get().SteadyT() < endT) i_controlP->VideoIdle(false);   // the end is posted; the loop stands
+            for (; CClock::Get().SteadyT() < endT; PassTime()) i_controlP->VideoIdle(false);   // the end is posted
             const std::size_t sungL = i_sung.size();
             i_controlP->Seek(position);
             if (position == 0) {
@@ -208,12 +208,11 @@ TEST_F(PlayTest, AStopWhileItStartsEndsThePreRollWithoutAWord) {
     i_controlP->Stop();
     EXPECT_EQ(i_controlP->State(), kIdle);
     i_device.shutB = false;
-    RunFor(2);
+    EXPECT_TRUE(RunUntil([&] { return Logged("### there is no playing song to stop"); }));
     EXPECT_TRUE(RunUntilOutputIsFree());
     EXPECT_EQ(i_controlP->State(), kIdle);
     EXPECT_EQ(AlertsSoFar(), Words());
     EXPECT_FALSE(Logged("### no audio player"));
-    EXPECT_TRUE(Logged("### there is no playing song to stop"));
 }
 
 TEST_F(PlayTest, ASongThatIsWantedWhileAnotherStartsWaitsForItAndTheLoopRuns) {

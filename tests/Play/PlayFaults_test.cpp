@@ -15,10 +15,11 @@ public:
     }
     int ReadAt(int handle, std::uint64_t at, std::span<std::byte> to, std::size_t& got) override {
         got = 0;
-        while (i_slowB) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        i_slowB.WaitUntilOpen();
         return i_goneB ? EIO : CFileCalls_Linux::ReadAt(handle, at, to, got);
     }
-    std::atomic<bool> i_goneB{false}, i_slowB{false};   // slow: reading waits
+    std::atomic<bool> i_goneB{false};
+    Gate i_slowB;   // reading waits
 };
 
 struct DiscHolder {

@@ -15,28 +15,47 @@
 #include "Play/CPlayHost.h"
 #include "Play/CPlayWatcher.h"
 
-/** The machine's clock, running faster. */
+/** The clock of a show: `speed` times the machine's, but only while the test turns its loop, and in steps that whoever feeds
+    the device has followed. A machine that is slow, or busy, makes a test longer and nothing else. */
 class FastClock final : public CClock {
 public:
     explicit FastClock(double speed) : i_speed(speed) { Install(this); }
     ~FastClock() override { Install(nullptr); }
     double AbsoluteT() const override { return SteadyT(); }
-    double SteadyT() const override {
-        return i_skippedT + 1000 +
-               i_speed * std::chrono::duration<double>(std::chrono::steady_clock::now() - i_start).count();
-    }
+    double SteadyT() const override { return i_nowT; }
 
-    void Skip(double seconds) { i_skippedT = i_skippedT + seconds; }
+    void Skip(double seconds) { i_nowT = i_nowT + seconds; }
+    /** Main thread. At most so far: a device holds a fifth of a second. */
+    void Step(double most) {
+        const auto now = std::chrono::steady_clock::now();
+        Skip(std::min(most, i_speed * std::chrono::duration<double>(now - i_last).count()));
+        i_last = now;
+    }
 
 private:
     const double i_speed;
-    std::atomic<double> i_skippedT{0};
-    const std::chrono::steady_clock::time_point i_start = std::chrono::steady_clock::now();
+    std::atomic<double> i_nowT{1000};
+    std::chrono::steady_clock::time_point i_last = std::chrono::steady_clock::now();
+};
+
+/** A flag that a thread can wait for. */
+class Gate {
+public:
+    Gate& operator=(bool shutB) {
+        i_shutB = shutB;
+        i_shutB.notify_all();
+        return *this;
+    }
+    operator bool() const { return i_shutB; }
+    void WaitUntilOpen() const { i_shutB.wait(true); }
+
+private:
+    std::atomic<bool> i_shutB{false};
 };
 
 /** What befalls the device of a test. */
 struct ScriptedDevice {
-    std::atomic<bool> shutB{false};   // opening, and coming back, waits
+    Gate shutB;   // opening, and coming back, waits
     std::atomic<OSErr> openErr{noErr};
     std::atomic<bool> lostB{false}, otherB{true}, newB{false};   // it was pulled out; another one is there; one came
     std::atomic<bool> namedB{true};   // the device that was chosen by its name is there
@@ -52,8 +71,29 @@ struct ScriptedDevice {
     mutable std::mutex lock;
     std::vector<std::vector<std::int16_t>> songs;
 
-    void WaitAtGate() const {
-        while (shutB) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    static constexpr double kNobody_T = HUGE_VAL;
+    std::atomic<double> fedT{kNobody_T};   // up to here its feeder has done what there was to do
+    CAudioOutput* fedP = nullptr;   // guarded by lock: whom to wake when the clock has moved
+
+    void WaitAtGate() {
+        fedT = kNobody_T;   // also when it is the feeder who waits
+        shutB.WaitUntilOpen();
+    }
+    [[nodiscard]] bool HasFeeder() const { return fedT != kNobody_T; }
+    [[nodiscard]] bool IsFed() const { return fedT >= CClock::Get().SteadyT(); }
+    void Wake() {
+        const std::scoped_lock guard(lock);
+        if (fedP != nullptr) fedP->Wake();
+    }
+    /** Of the feeder's thread: it has nothing to do until the clock moves; once that thread ends nobody waits for it. */
+    void NoteFed() {
+        struct Leaving {
+            ScriptedDevice* deviceP = nullptr;
+            ~Leaving() { deviceP->fedT = kNobody_T; }
+        };
+        static thread_local Leaving t_leaving;
+        t_leaving.deviceP = this;
+        fedT = CClock::Get().SteadyT();
     }
 };
 
@@ -65,6 +105,7 @@ public:
         i_device.WaitAtGate();
         if (Failed(i_device.openErr.load())) return i_device.openErr;
         EXPECT_EQ(++i_device.openedL, 1) << "two songs in one output";
+        Note(this);
         const std::scoped_lock guard(i_device.lock);
         i_device.songs.emplace_back();
         return CAudioOutput_Null::Open("", blocks);
@@ -75,8 +116,17 @@ public:
         return noErr;
     }
     void Close() override {
+        Note(nullptr);
         --i_device.openedL;
         CAudioOutput_Null::Close();
+    }
+    void WaitForRoom(std::size_t frames, double seconds) override {
+        i_device.NoteFed();
+        CAudioOutput_Null::WaitForRoom(frames, seconds);
+    }
+    void Rest(double seconds) override {
+        i_device.NoteFed();
+        CAudioOutput_Null::Rest(seconds);
     }
     [[nodiscard]] bool IsLost() const override { return i_device.lostB; }
     OSErr OpenAny(std::string_view device, const AudioBlocks& blocks, std::string& got) override {
@@ -109,6 +159,10 @@ private:
         const std::string found(namedB ? i_wanted : i_device.otherB ? std::string(kAudioOutput_Default) : "");
         i_device.plays.Set(found);
         return found;
+    }
+    void Note(CAudioOutput* outputP) {
+        const std::scoped_lock guard(i_device.lock);
+        i_device.fedP = outputP;
     }
 
     ScriptedDevice& i_device;
@@ -204,13 +258,20 @@ protected:
     OSErr Play(std::size_t row) { return i_controlP->Play(i_listP->ID(), Row(row)); }
 
     // ---- Time ----
+    /** The clock alone; the loop stands. */
+    void PassTime() {
+        if (!i_device.IsFed()) return;
+        i_clock.Step(i_device.HasFeeder() ? 0.15 : 1.0);
+        i_device.Wake();
+    }
     void Pass() {
+        PassTime();
         i_host.RunLoopPass();
         i_controlP->VideoIdle(false);
     }
     bool RunUntil(const std::function<bool()>& doneB) {
         for (const auto startT = std::chrono::steady_clock::now(); !doneB(); Pass())
-            if (std::chrono::steady_clock::now() - startT > std::chrono::seconds(30)) return false;
+            if (std::chrono::steady_clock::now() - startT > kPatience) return false;
         return true;
     }
     bool RunUntilPlaying() {
