@@ -5,6 +5,7 @@
 #include <new>
 
 #include "Core/Assertions.h"
+#include "Library/SmallBlocks.h"
 
 namespace {
 
@@ -23,7 +24,7 @@ constexpr std::uint16_t MakeTag(std::uint16_t keyIndex, ValType type, bool marke
 
 CMetaSlots::~CMetaSlots() {
     for (std::size_t n = 0; n < i_countS; ++n) const CMetaValue last(TypeIn(Tags()[n]), Payloads()[n]);
-    ::operator delete(i_blockP);
+    SmallBlocks::Give(i_blockP, (kPayload + kTag) * i_roomS);
 }
 
 std::uint64_t* CMetaSlots::Payloads() const noexcept { return reinterpret_cast<std::uint64_t*>(i_blockP); }
@@ -34,12 +35,12 @@ std::uint16_t* CMetaSlots::Tags() const noexcept {
 void CMetaSlots::Reserve(std::size_t countL) {
     countL = std::min<std::size_t>(countL, kMostKeys);
     if (countL <= i_roomS) return;
-    auto* blockP = static_cast<std::byte*>(::operator new(countL*(kPayload + kTag)));
+    auto* blockP = static_cast<std::byte*>(SmallBlocks::Take(countL * (kPayload + kTag)));
     if (i_countS != 0) {
         std::memcpy(blockP, i_blockP, kPayload * i_countS);
         std::memcpy(blockP + kPayload * countL, Tags(), kTag * i_countS);
     }
-    ::operator delete(i_blockP);
+    SmallBlocks::Give(i_blockP, (kPayload + kTag) * i_roomS);
     i_blockP = blockP;
     i_roomS = static_cast<std::uint16_t>(countL);
 }

@@ -9,6 +9,8 @@
 #include <new>
 #include <vector>
 
+#include "Library/SmallBlocks.h"
+
 /** The allocation of a text: eight bytes, then the text itself. */
 struct CMetaText::Box {
     std::atomic<std::uint32_t> references{1};
@@ -19,13 +21,14 @@ struct CMetaText::Box {
     [[nodiscard]] std::string_view View() const noexcept { return {reinterpret_cast<const char*>(this + 1), sizeL}; }
 
     static Box* Make(std::string_view text, bool interned) {
-        Box* boxP = new (::operator new(sizeof(Box) + text.size())) Box(text.size(), interned);
+        Box* boxP = new (SmallBlocks::Take(sizeof(Box) + text.size())) Box(text.size(), interned);
         std::memcpy(boxP->Bytes(), text.data(), text.size());
         return boxP;
     }
     static void Free(Box* boxP) noexcept {
+        const std::size_t bytesL = sizeof(Box) + boxP->sizeL;
         boxP->~Box();
-        ::operator delete(boxP);
+        SmallBlocks::Give(boxP, bytesL);
     }
     /** Unless the last reference has gone: such a box is on its way out. */
     [[nodiscard]] bool TryRetain() noexcept {

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "Library/CCollation.h"
+#include "Library/SmallBlocks.h"
 
 namespace {
 
@@ -24,14 +25,15 @@ public:
                          std::unique_ptr<const FileIdentity> identity = nullptr) {
         const std::size_t slash = path.rfind('/');
         const std::size_t nameAt = slash == std::string_view::npos ? 0 : slash + 1;
-        return new (::operator new(sizeof(FileBox) + path.size() - nameAt))
+        return new (SmallBlocks::Take(sizeof(FileBox) + path.size() - nameAt))
             FileBox(status, path, nameAt, std::move(identity));
     }
     void Retain() noexcept { i_references.fetch_add(1, std::memory_order_relaxed); }
     void Release() noexcept {
         if (i_references.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+        const std::size_t bytesL = sizeof(FileBox) + i_nameL;
         this->~FileBox();
-        ::operator delete(this);
+        SmallBlocks::Give(this, bytesL);
     }
     [[nodiscard]] SDB_SongFileStatus Status() const noexcept { return i_status; }
     [[nodiscard]] std::string Path() const { return std::string(i_folder.View()).append(Name()); }
