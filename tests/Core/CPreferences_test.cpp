@@ -93,7 +93,7 @@ TEST_F(PrefsTest, FirstStartStoresDefaultsAndSavesThem) {
     EXPECT_TRUE(kept.Has("Current Volume (0-100)"));
     EXPECT_TRUE(kept.GetBool("Auto-cue"));
     for (const PrefRow& row : PreferenceTable())
-        EXPECT_EQ(kept.Has(row.key) || row.rule == PrefRule::kTypeOnly, true) << row.key;
+        EXPECT_EQ(kept.Has(row.key) || row.rule == PrefRule::kTypeOnly || row.rule == PrefRule::kFolder, true) << row.key;
     { const CPreferences again(i_files); }
     EXPECT_EQ(OnDisk(), kept);   // a second start changes nothing
 }
