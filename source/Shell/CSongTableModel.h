@@ -58,6 +58,8 @@ public:
     bool dropMimeData(const QMimeData* dataP, Qt::DropAction action, int row, int column,
                       const QModelIndex& parent) override;
 
+    /** Rows of this list, which may be moved, but not in the order that is shown. */
+    [[nodiscard]] bool IsRefusedBySort(const QMimeData& data) const;
     /** Puts dragged rows of any list in front of row `where` (from 1) of `list`; false when they are no rows, or may
      * not go there. */
     static bool DropRows(CSongDatabase& database, const QMimeData& data, PlaylistID list, RowIndex where);

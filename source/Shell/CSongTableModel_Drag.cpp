@@ -69,6 +69,13 @@ bool CSongTableModel::canDropMimeData(const QMimeData* dataP, Qt::DropAction, in
     return rows->list != i_list || MainKey(listP->Spec()) == kUserOrder;
 }
 
+bool CSongTableModel::IsRefusedBySort(const QMimeData& data) const {
+    const CPlayList* const listP = List();
+    if (listP == nullptr || data.hasUrls() || !listP->IsModifyable() || MainKey(listP->Spec()) == kUserOrder) return false;
+    const auto rows = ReadRows(data);
+    return rows && rows->list == i_list;
+}
+
 bool CSongTableModel::dropMimeData(const QMimeData* dataP, Qt::DropAction action, int row, int column,
                                    const QModelIndex& parent) {
     if (!canDropMimeData(dataP, action, row, column, parent)) return false;

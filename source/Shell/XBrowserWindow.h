@@ -100,6 +100,8 @@ private:
     void PlayNext();
     void AddToList();
     void Paste();
+    /** The list is sorted: says by what, and offers the order in which rows can be moved. */
+    void OfferUserOrder(const QPoint& global);
     /** In the user's order; the end of the list where another one is shown, or nothing is selected. */
     [[nodiscard]] RowIndex RowBehindSelection() const;
     [[nodiscard]] SDB_Selection Selected() const;

@@ -4,6 +4,7 @@
 #include <QMimeData>
 
 #include "Library/CLibraryCommands.h"
+#include "Library/CMetaManager.h"
 #include "Play/CPlayControl.h"
 #include "Shell/CSongTableModel.h"
 #include "Shell/FileDrop.h"
@@ -47,6 +48,7 @@ void XBrowserWindow::ConnectRows() {
             CopyOfRows(i_setup.database, *listP, items, i_model->Columns()).release());   // the clipboard owns it
         SetStatus(items.size() == 1 ? tr("Copied.") : tr("%1 songs copied.").arg(items.size()));
     });
+    connect(i_tableP, &XSongTable::MoveRefused, this, &XBrowserWindow::OfferUserOrder);
     i_actions->On(kPaste, [this] { Paste(); });
     i_actions->On(kShowUserOrder, [this] {
         if (CPlayList* const listP = i_model->List(); listP != nullptr) listP->SetSort({{kUserOrder, true}});
@@ -112,6 +114,17 @@ void XBrowserWindow::AddToList() {
             [this, add](const QString& name) { add(&i_setup.commands.NewPlaylist(name.toStdString())); });
     pickerP->show();
     pickerP->activateWindow();
+}
+
+void XBrowserWindow::OfferUserOrder(const QPoint& global) {
+    const CPlayList* const listP = i_model->List();
+    if (listP == nullptr) return;
+    auto* const menuP = new QMenu(this);
+    menuP->setAttribute(Qt::WA_DeleteOnClose);
+    const QString key = QtText(MetaManager().GetTraits(MainKey(listP->Spec())).Title());
+    menuP->addAction(tr("This list is sorted by “%1”: rows are moved in your own order.").arg(key))->setEnabled(false);
+    menuP->addAction(&i_actions->Get(Command::kShowUserOrder));
+    menuP->popup(global);   // nobody waits for it
 }
 
 RowIndex XBrowserWindow::RowBehindSelection() const {

@@ -419,9 +419,16 @@ void XSongTable::startDrag(Qt::DropActions actions) {
 void XSongTable::dragMoveEvent(QDragMoveEvent* eventP) {
     QTableView::dragMoveEvent(eventP);
     if (eventP->isAccepted() && eventP->mimeData()->hasUrls()) AcceptCopy(*eventP);
+    if (i_model.IsRefusedBySort(*eventP->mimeData())) eventP->accept();   // the drop says why nothing moves
 }
 
 void XSongTable::dropEvent(QDropEvent* eventP) {
+    if (i_model.IsRefusedBySort(*eventP->mimeData())) {
+        setState(NoState);
+        eventP->ignore();
+        emit MoveRefused(viewport()->mapToGlobal(eventP->position().toPoint()));
+        return;
+    }
     const bool filesB = eventP->mimeData()->hasUrls();
     if (filesB && !AcceptCopy(*eventP)) return;
     eventP->ignore();                // or the view would take it for done

@@ -35,6 +35,8 @@ public:
 signals:
     void PlayAsked(PLItemID item);
     void SelectionTold();
+    /** Rows were to be moved in a sorted order, which has no place for that. */
+    void MoveRefused(const QPoint& global);
 
 protected:
     void paintEvent(QPaintEvent* eventP) override;

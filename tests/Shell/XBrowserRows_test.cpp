@@ -83,6 +83,31 @@ TEST_F(RowsTest, RowsAreCopiedAsSongsTextAndFiles) {
     }
 }
 
+TEST_F(RowsTest, ADragInASortedListSaysWhyNothingMoves) {
+    CPlayList& list = UserList();
+    for (const std::size_t n : {2U, 0U, 1U}) list.AddItem({i_songs[n]});
+    list.SetSort({{"name"_key}}, CPlayList::SortWait::kYes);
+    Show(list.ID());
+    auto& table = Find<XSongTable>();
+    const std::unique_ptr<QMimeData> rows(table.model()->mimeData({table.model()->index(2, 0)}));
+    const QPoint at = table.visualRect(table.model()->index(0, 0)).center();
+    QDragEnterEvent enter(at, Qt::MoveAction, rows.get(), Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(table.viewport(), &enter);
+    QDragMoveEvent move(at, Qt::MoveAction, rows.get(), Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(table.viewport(), &move);
+    EXPECT_TRUE(move.isAccepted());   // or no drop would come
+    QDropEvent drop(at, Qt::MoveAction, rows.get(), Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(table.viewport(), &drop);
+    EXPECT_FALSE(drop.isAccepted());
+    EXPECT_EQ(Songs(list), Numbers({2, 0, 1}));
+    auto* const menuP = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_NE(menuP, nullptr);
+    EXPECT_TRUE(menuP->actions().front()->text().contains("sorted by “Song Name”"));
+    menuP->actions().back()->trigger();
+    menuP->close();
+    EXPECT_EQ(MainKey(list.Spec()), "stIx"_key);
+}
+
 TEST_F(RowsTest, NothingPlaysNextWhileNothingPlays) {
     Find<XSongTable>().selectRow(1);
     Do(Command::kPlayNext);
