@@ -194,7 +194,7 @@ TEST_F(SortSelection, AResultForAListOrADatabaseThatHasGone) {
 
 TEST_F(SortSelection, AnUnexpectedResultIsToldAndChangesNothing) {
     CPlayList& list = Mixed(10, 1);
-    const CRowValues values(list.Items(), i_databaseP->Songs(), nullptr, list.ID());
+    const CRowValues values(list.Items(), i_databaseP->Songs(), nullptr, list.ID(), true);
     list.SortCompletion({values, list.Items(), {{"name"_key}}, 0, list.ID(), "List"}, noErr);
     EXPECT_TRUE(Logged("we found that the sort column was not being sorted? (Key count: 1) Please send the log file."));
     EXPECT_EQ(list.GetSortedList().size(), 10U);
