@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr MetaKey kUserOrder = "stIx"_key;
+constexpr MetaKey kMyOrder = "stIx"_key;
 
 std::vector<PLNewItem> RowsOf(const std::vector<SongID>& songs) {
     std::vector<PLNewItem> rows;
@@ -51,7 +51,7 @@ void XBrowserWindow::ConnectRows() {
     connect(i_tableP, &XSongTable::MoveRefused, this, &XBrowserWindow::OfferUserOrder);
     i_actions->On(kPaste, [this] { Paste(); });
     i_actions->On(kShowUserOrder, [this] {
-        if (CPlayList* const listP = i_model->List(); listP != nullptr) listP->SetSort({{kUserOrder, true}});
+        if (CPlayList* const listP = i_model->List(); listP != nullptr) listP->SetSort({{kMyOrder, true}});
     });
 }
 
@@ -66,13 +66,13 @@ void XBrowserWindow::PlayNext() {
         return SetStatus(tr("Nothing plays: %1 plays a song at once.").arg(KeysText(i_keys.KeysOf(Command::kPlaySelected))));
     CPlayList* listP = i_setup.database.GetPlayList(play.CurrentList());
     PLItemID playing = play.CurrentItem();
-    const bool placeB = listP != nullptr && listP->IsModifyable() && MainKey(listP->Spec()) == kUserOrder &&
+    const bool placeB = listP != nullptr && listP->IsModifyable() && MainKey(listP->Spec()) == kMyOrder &&
                         playing != SDB_kNoItem;
     if (!placeB) {
         // The library, and a list in a sorted order, have no place behind a row: the show goes on in a list that has.
         if (Number(play.CurrentSong()) <= 0) return SetStatus(tr("The song that plays is no longer in the library."));
         listP = &i_setup.commands.ListNamed(tr("Play Next").toStdString());
-        listP->SetSort({{kUserOrder, true}});
+        listP->SetSort({{kMyOrder, true}});
         playing = listP->AddItem({play.CurrentSong()});
         if (Failed(play.GoOnIn(listP->ID(), playing))) return;
     }
@@ -130,7 +130,7 @@ void XBrowserWindow::OfferUserOrder(const QPoint& global) {
 RowIndex XBrowserWindow::RowBehindSelection() const {
     const CPlayList* const listP = i_model->List();
     const std::vector<PLItemID> items = i_tableP->SelectedItems();
-    if (listP == nullptr || items.empty() || MainKey(listP->Spec()) != kUserOrder) return SDB_Index_END;
+    if (listP == nullptr || items.empty() || MainKey(listP->Spec()) != kMyOrder) return SDB_Index_END;
     return listP->GetPLI_Index(items.back()) + 1;
 }
 
