@@ -75,6 +75,8 @@ public:
     [[nodiscard]] CAppWindows& Windows() { return i_setup.windows; }
     [[nodiscard]] CFolderKinds& Folders() { return *i_folders; }
     [[nodiscard]] CSaveTarget& SaveTarget();
+    /** When it is saved. As long as Database. */
+    [[nodiscard]] CAppSaves& Saves() { return *i_saves; }
     /** All songs, lists and singers. From the stage "Creating Song Database" to "closing database". */
     [[nodiscard]] CSongDatabase& Database();
     /** The library's commands, for menus. */

@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "App/AppTest.h"
+#include "App/CAppSaves.h"
 #include "App/CSaveTarget.h"
 #include "App/MemoryWarning.h"
 #include "App/PreferenceRequest.h"
@@ -224,7 +225,7 @@ TEST_F(AppTest, AChangedPreferenceIsSavedAfterTwoIdleSeconds) {
     const double startT = CClock::Get().SteadyT();
     app.Prefs().Set("Number of undos", CCFValue(std::int64_t{7}));
     EXPECT_TRUE(app.SaveTarget().IsDirty());
-    ASSERT_TRUE(RunUntil(app, [&] { return !app.SaveTarget().IsDirty(); }));
+    ASSERT_TRUE(RunUntil(app, [&] { return !app.SaveTarget().IsDirty() && !app.Saves().IsWriting(); }));
     EXPECT_GE(CClock::Get().SteadyT() - startT, 1.9);
     EXPECT_NE(LogText().find("Done: Saving Preferences"), std::string::npos);
 }
