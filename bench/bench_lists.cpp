@@ -66,7 +66,7 @@ void Measure(BenchHost& host, std::size_t namesL) {
     // What the sort itself would cost somebody who had the keys of all texts ready.
     std::vector<PLRow> rows;
     rows = list.Items()->RowsBefore(list.Items()->NextStamp());
-    const CRowValues values(list.Items(), database.Songs(), nullptr, list.ID());
+    const CRowValues values(list.Items(), database.Songs(), nullptr, list.ID(), false);
     std::vector<std::pair<std::string, std::string>> keys;
     keys.reserve(rows.size());
     const double preparedT = Milliseconds([&] {

@@ -415,7 +415,7 @@ private:
     CCFPrefDictionary& Preferences() override { return i_preferences; }
     CUserInterface& Ui() override { return i_ui; }
     CGraphicsPorts& Ports() override { return i_ports; }
-    bool PlaysSilent() const override { return true; }
+    bool PlaysOnAnyDevice() const override { return true; }
     bool IsUnpacking(SongID) override { return i_unpackingB; }
     void StopPlayback() override { i_controlP->Stop(); }
     AudioOutputChoice MakeOutput(const std::string& device) override {
