@@ -13,6 +13,7 @@
 #include "Core/CAlerts.h"
 #include "Core/CPreferences.h"
 #include "Core/SizeForms.h"
+#include "Library/CLibraryCommands.h"
 #include "Library/CMetaManager.h"
 #include "Play/CPlayControl.h"
 #include "Shell/AboutBox.h"
