@@ -220,7 +220,7 @@ TEST_F(SortSelection, MenusStandByTheirWords) {
     };
     EXPECT_EQ(words("colr"_key), " Blue Gray Green Orange Purple Red Yellow ");
     EXPECT_EQ(words("vChn"_key), "  Both Both Left Left Right Right ");
-    EXPECT_EQ(words("PICH"_key), "-4 -3 -2 -1  +1 +2 +3 ");
+    EXPECT_EQ(words("PICH"_key), " -4 -3 -2 -1 +1 +2 +3 ");
     i_databaseP->GetSong(SongID{list.Items()->Get(PLItemID{1})->target.idL})->Meta().SetInteger("colr"_key, 4);
     i_databaseP->FlushChanges();   // a row that changes finds its place among them
     EXPECT_EQ(words("colr"_key), "Blue Gray Green Green Orange Purple Red Yellow ");
