@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <cstring>
 #include <fstream>
 
 #include "Core/AlertHook.h"
