@@ -8,6 +8,7 @@
 #include "Core/NumberForms.h"
 #include "Library/ListTest.h"
 #include "Shell/QtApp.h"
+#include "Shell/SongCells.h"
 #include "Shell/XNumberBox.h"
 
 namespace {
