@@ -236,7 +236,7 @@ TEST_F(PlayTest, ATempoThatIsAskedForWhileItStartsIsKept) {
     ASSERT_EQ(Play(0), noErr);
     RunFor(1);
     ASSERT_EQ(i_controlP->State(), kStarting);
-    EXPECT_EQ(i_controlP->SetTempo(4), noErr);
+    EXPECT_EQ(i_controlP->SetTempo(2.5), noErr);
     i_device.shutB = false;
     ASSERT_TRUE(RunUntil([&] { return i_controlP->CurTime300() > 600; }));
     const double beganT = CClock::Get().SteadyT();

@@ -73,7 +73,7 @@ struct ScriptedDevice {
 
     static constexpr double kNobody_T = HUGE_VAL;
     std::atomic<double> fedT{kNobody_T};   // up to here its feeder has done what there was to do
-    CAudioOutput* fedP = nullptr;   // guarded by lock: whom to wake when the clock has moved
+    CAudioOutput* fedP = nullptr;          // guarded by lock: whom to wake when the clock has moved
 
     void WaitAtGate() {
         fedT = kNobody_T;   // also when it is the feeder who waits
@@ -89,7 +89,9 @@ struct ScriptedDevice {
     void NoteFed() {
         struct Leaving {
             ScriptedDevice* deviceP = nullptr;
-            ~Leaving() { deviceP->fedT = kNobody_T; }
+            ~Leaving() {
+                if (deviceP != nullptr) deviceP->fedT = kNobody_T;
+            }
         };
         static thread_local Leaving t_leaving;
         t_leaving.deviceP = this;
