@@ -107,7 +107,7 @@ TEST_F(LibraryCommands, TracksLeaveTheirListAlone) {
     EXPECT_EQ(i_commandsP->RemoveDuplicates(duplicate), noErr);
     EXPECT_EQ(i_databaseP->Library().Items()->UserOrder(), std::vector{one.LibraryItem()});
     EXPECT_EQ(i_commandsP->RemoveDuplicates(duplicate), noErr);   // there is nothing left to ask for
-    EXPECT_EQ(i_above.i_ui.questions.size(), 1U);
+    EXPECT_EQ(i_above.i_ui.questions.size(), 3U);
     i_above.i_ui.alerts.clear();
     EXPECT_EQ(i_commandsP->DeletePlaylist(list.ID()), userCanceledErr);
     Yes();
