@@ -8,6 +8,7 @@
 #include "App/CAppWindows.h"
 #include "App/CBreakScreen.h"
 #include "App/CCoverArt.h"
+#include "App/CNotices.h"
 #include "App/CScopedInitializing.h"
 #include "App/CTaskList.h"
 #include "App/ScopedValue.h"
@@ -52,6 +53,7 @@ CApp::CApp(const AppSetup& setup)
       i_lastIdleGraphicsT(CClock::Get().SteadyT()),
       i_lastIdleTasksT(i_lastIdleGraphicsT),
       i_tasks(std::make_unique<CTaskList>()),
+      i_notices(std::make_unique<CNotices>([this] { Windows().NoticesChanged(); })),
       i_folders(std::make_unique<CFolderKinds>()) {
     gApp = this;
     CLog::Get().SetLive(true);

@@ -50,6 +50,8 @@ public:
     virtual void SetDirtyMark(bool /*dirtyB*/) {}
     /** The list of tasks (CApp::Tasks) has changed: it is told again once the rows have been asked for. */
     virtual void TasksChanged() {}
+    /** Something was told, or read (CApp::Notices). */
+    virtual void NoticesChanged() {}
     /** A song plays: the display must not sleep. Told again and again; what holds already goes on. */
     virtual void KeepDisplayOn(bool neededB) = 0;
 

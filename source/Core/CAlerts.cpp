@@ -92,6 +92,11 @@ void CAlerts::ShowNow(const std::string& message, const std::string& detail) {
         i_ui.Alert(message, detail);
 }
 
+void CAlerts::ShowLast(const std::string& message) {
+    const ScopedNesting nesting;
+    i_ui.AlertAndWait(message, {});
+}
+
 void CAlerts::Add(std::function<void(CAlerts&)> show) {
     const InUse use = Use();
     if (use.queue == nullptr) return;   // no application: the log has it
@@ -150,7 +155,9 @@ void MessageAlert(std::string_view message, long numberL) {
 namespace {
 
 [[noreturn]] void ShowAndEnd(std::string_view message) {
-    MessageAlert(message);
+    LogF("MessageAlert: “%.*s”, “”\n", static_cast<int>(message.size()), message.data());
+    if (CAlerts* const alertsP = IsLoopThread() ? Use().alertsP : nullptr; alertsP != nullptr)
+        alertsP->ShowLast(std::string(message));
     CLog::Get().Close();
     std::cerr << "vopla: " << message << std::endl;   // for who started it without a screen
     std::_Exit(1);

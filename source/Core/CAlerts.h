@@ -22,6 +22,8 @@ public:
 
     /** Main thread: shows it now, or only beeps while the user mutes alerts. */
     void ShowNow(const std::string& message, const std::string& detail);
+    /** Main thread: the last word of the process. */
+    void ShowLast(const std::string& message);
     /** Shown on the main thread later; never waits. */
     static void Queue(std::string_view message, std::string_view detail);
     /** A prepared dialog, asked on the main thread later. `answered` runs there afterwards; it may be empty. */

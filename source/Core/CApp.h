@@ -25,6 +25,7 @@ class CCrashReporter;
 class CFolderKinds;
 class CMainLoop;
 class CMetaManager;
+class CNotices;
 class CPlayControl;
 class CPlayingSong;
 class CProgressView;
@@ -105,6 +106,8 @@ public:
     std::unique_ptr<CTaskView> OpenTask(std::string_view name) override;
     /** What works in the background. Any thread. */
     [[nodiscard]] CTaskList& Tasks() const { return *i_tasks; }
+    /** What was told in this run, where there is a window to read it in. Main thread. */
+    [[nodiscard]] CNotices& Notices() { return *i_notices; }
 
     /** A picture was drawn now: IdleGraphics need not hurry. */
     void NoteGraphicsDrawn();
@@ -159,6 +162,7 @@ private:
     double i_lastIdleGraphicsT;
     double i_lastIdleTasksT;
     const std::unique_ptr<CTaskList> i_tasks;   // before all that may have a task
+    const std::unique_ptr<CNotices> i_notices;
     std::unique_ptr<CFolderKinds> i_folders;
     std::unique_ptr<CThreadManager> i_threads;
     std::unique_ptr<CPreferences> i_prefs;

@@ -38,7 +38,10 @@ public:
 class CUserInterface {
 public:
     virtual ~CUserInterface() = default;
+    /** Tells, and does not wait: beside the show where there is a window for it. */
     virtual void Alert(std::string_view message, std::string_view detail) = 0;
+    /** Tells before there is a window, or as the last word of the process: the user has read it when this returns. */
+    virtual void AlertAndWait(std::string_view message, std::string_view detail) { Alert(message, detail); }
     virtual Answer Ask(const Question& question) = 0;
     [[nodiscard]] virtual std::unique_ptr<CProgressView> OpenProgress(std::string_view title) = 0;
     /** The folder chosen, nothing on cancel. */

@@ -77,6 +77,7 @@ void CAppWindows_Qt::CreateBrowser() {
                      .play = gApp->Play(),
                      .prefs = gApp->Prefs(),
                      .commands = gApp->LibraryCommands(),
+                     .notices = gApp->Notices(),
                      .portsP = &Ports(),
                      .mayInterrupt = [](long modeL) { return gApp->ConfirmManualSongChange(modeL); }});
     QObject::connect(window.get(), &XBrowserWindow::CloseAsked, window.get(), [this] { i_askToQuit(); });
@@ -105,6 +106,10 @@ void CAppWindows_Qt::CreateTasks() {
 
 void CAppWindows_Qt::TasksChanged() {
     if (!i_tasksLook.isActive()) i_tasksLook.start();
+}
+
+void CAppWindows_Qt::NoticesChanged() {
+    if (XBrowserWindow* const browserP = Browser(); browserP != nullptr) browserP->NoticesChanged();
 }
 
 void CAppWindows_Qt::ShowTasks() {

@@ -41,6 +41,7 @@ public:
     void DeselectSongs() override;
     void SetDirtyMark(bool dirtyB) override;
     void TasksChanged() override;
+    void NoticesChanged() override;
     void KeepDisplayOn(bool neededB) override;
 
 private:

@@ -13,6 +13,7 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
+#include "App/CNotices.h"
 #include "Core/CApp.h"
 #include "Platform/CFolders.h"
 #include "Shell/QtText.h"
@@ -41,6 +42,13 @@ QWidget* Front() {
 }   // namespace
 
 void CUserInterface_Qt::Alert(std::string_view message, std::string_view detail) {
+    if (gApp != nullptr && gApp->IsLibraryLoaded() && gApp->HasMainWindow() && !gApp->IsShutdown())
+        gApp->Notices().Add(message, detail);
+    else
+        AlertAndWait(message, detail);
+}
+
+void CUserInterface_Qt::AlertAndWait(std::string_view message, std::string_view detail) {
     QMessageBox box(QMessageBox::Warning, QtText(CApp::DisplayName()), QtText(message), QMessageBox::Ok,
                     Front());
     box.setTextFormat(Qt::PlainText);

@@ -6,6 +6,7 @@
 class CUserInterface_Qt final : public CUserInterface {
 public:
     void Alert(std::string_view message, std::string_view detail) override;
+    void AlertAndWait(std::string_view message, std::string_view detail) override;
     Answer Ask(const Question& question) override;
     std::unique_ptr<CProgressView> OpenProgress(std::string_view title) override;
     std::optional<std::filesystem::path> ChooseFolder(std::string_view prompt) override;

@@ -60,6 +60,8 @@ constexpr CommandRow kCommands[] = {
      "Ctrl+3"},
     {kShowPreview, kPicture, kEverywhere, "show-preview", "Preview",
      "Shows in the main window what the room sees, or the cover of the song", "Ctrl+5"},
+    {kShowNotices, kProgram, kEverywhere, "show-notices", "Notices", "Shows all that was told since the start",
+     "Ctrl+4"},
 
     {kPlaySelected, kSongs, kInSongs, "play-selected", "Play This Song", "Plays the selected row", "Return Enter"},
     {kPlayNext, kSongs, kInSongs, "play-next", "Play Next", "Puts the selected songs behind the one that plays",

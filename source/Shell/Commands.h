@@ -38,6 +38,7 @@ enum class Command : std::uint8_t {
     kShowVideo2,
     kShowTasks,
     kShowPreview,
+    kShowNotices,
     kPlaySelected,
     kPlayNext,
     kAddToList,

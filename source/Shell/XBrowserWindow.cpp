@@ -23,6 +23,8 @@
 #include "Shell/XActions.h"
 #include "Shell/XElidedLabel.h"
 #include "Shell/XIcons.h"
+#include "Shell/XNoticeBar.h"
+#include "Shell/XNoticesWindow.h"
 #include "Shell/XOutputPanel.h"
 #include "Shell/XPreferencesWindow.h"
 #include "Shell/XPreviewPane.h"
@@ -83,6 +85,8 @@ XBrowserWindow::XBrowserWindow(BrowserSetup setup) : i_setup(std::move(setup)) {
     columnP->setSpacing(0);
     columnP->addWidget(i_transportP);
     columnP->addWidget(i_splitterP, 1);
+    i_noticesP = new XNoticeBar(i_setup.notices, *i_actions);
+    columnP->addWidget(i_noticesP);
     setCentralWidget(centralP);
 
     MakeStatus();
@@ -261,7 +265,7 @@ void XBrowserWindow::MakeMenus() {
     i_displaysP = pictureP->addMenu(tr("Full Screen &Display"));
     pictureP->addSeparator();
     FillSlipMenu(*pictureP->addMenu(tr("Sync &Slip")));
-    add(tr("&Window"), {kShowVideo, kShowVideo2, kShowPreview, kShowTasks});
+    add(tr("&Window"), {kShowVideo, kShowVideo2, kShowPreview, kShowTasks, kShowNotices});
     add(tr("&Help"), {kShortcuts, kAbout});
 }
 
@@ -360,6 +364,7 @@ void XBrowserWindow::Connect() {
     });
     i_actions->On(kAbout, [this] { ShowAbout(*this); });
     i_actions->On(kPreferences, [this] { ShowPreferences(); });
+    i_actions->On(kShowNotices, [this] { ShowNotices(); });
     i_actions->On(kShortcuts, [this] { XShortcutSheet(i_keys, this).exec(); });
     i_actions->On(kQuit, [this] { emit CloseAsked(); });
 
@@ -510,6 +515,21 @@ void XBrowserWindow::ShowPreferences() {
     i_preferencesP->show();
     i_preferencesP->raise();
     i_preferencesP->activateWindow();
+}
+
+void XBrowserWindow::NoticesChanged() {
+    i_noticesP->Follow();
+    if (!i_noticeListP.isNull()) i_noticeListP->Follow();
+}
+
+void XBrowserWindow::ShowNotices() {
+    if (i_noticeListP.isNull()) {
+        i_noticeListP = new XNoticesWindow(i_setup.notices, this);
+        i_noticeListP->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    i_noticeListP->show();
+    i_noticeListP->raise();
+    i_noticeListP->activateWindow();
 }
 
 // ---- Window ----

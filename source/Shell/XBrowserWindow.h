@@ -6,6 +6,7 @@
 #include <QPointer>
 #include <QTimer>
 
+#include "App/CNotices.h"
 #include "App/CTaskList.h"
 #include "Library/CSongDatabase.h"
 #include "Shell/CKeyMap.h"
@@ -23,6 +24,8 @@ class QSplitter;
 class QToolButton;
 class XActions;
 class XElidedLabel;
+class XNoticeBar;
+class XNoticesWindow;
 class XPreferencesWindow;
 class XSongTable;
 class XSourceList;
@@ -35,6 +38,7 @@ struct BrowserSetup {
     CPlayControl& play;
     CPreferences& prefs;
     CLibraryCommands& commands;
+    CNotices& notices;
     CGraphicsPorts* portsP = nullptr;                                     // of the preview; null leaves it out
     std::function<bool(long)> mayInterrupt = [](long) { return true; };   // CApp::ConfirmManualSongChange
 };
@@ -58,6 +62,7 @@ public:
     [[nodiscard]] QMenu& DisplayMenu() const { return *i_displaysP; }
     /** What works in the background: a button in the status line while there is anything. */
     void ShowTasks(const std::vector<TaskRow>& rows);
+    void NoticesChanged();
     /** Adds files and folders to the library, and their songs to a list of the user's. */
     void AddFiles(const QStringList& paths, PlaylistID list, RowIndex where);
 
@@ -79,6 +84,7 @@ private:
     void FillSlipMenu(QMenu& menu);
     void MakeStatus();
     void ShowPreferences();
+    void ShowNotices();
     void Connect();
     void ConnectLists();
     void ShowList(PlaylistID list);
@@ -124,6 +130,7 @@ private:
     PLItemID i_begunItem = SDB_kNoItem;   // the row that was last played from the table
     // Children.
     XTransport* i_transportP = nullptr;
+    XNoticeBar* i_noticesP = nullptr;
     XSourceList* i_sourcesP = nullptr;
     XSongTable* i_tableP = nullptr;
     QLineEdit* i_searchP = nullptr;
@@ -137,4 +144,5 @@ private:
     QBoxLayout* i_barP = nullptr;    // the list's name and the search
     QSplitter* i_splitterP = nullptr;
     QPointer<XPreferencesWindow> i_preferencesP;
+    QPointer<XNoticesWindow> i_noticeListP;
 };

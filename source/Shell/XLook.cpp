@@ -126,6 +126,9 @@ QLabel#heading { font-size: 15px; font-weight: 600; }
 QWidget#page { background: {window}; }
 QFrame#popup { background: {raised}; border: 1px solid {line}; }
 QScrollArea { background: {window}; border: none; }
+QFrame#notice { background: {raised}; border-top: 1px solid {line}; }
+QFrame#notice QToolButton { border: 1px solid {line}; padding: 3px 10px; }
+QFrame#notice QToolButton:focus { border: 1px solid {accent}; }
 QToolButton#tasks { color: {text}; padding: 1px 8px; border-radius: 4px; }
 QDialogButtonBox, QMessageBox { dialogbuttonbox-buttons-have-icons: 0; }
 QProgressBar { background: {line}; border: none; border-radius: 4px; }

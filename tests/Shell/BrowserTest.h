@@ -4,11 +4,13 @@
 #include <QtTest/QTest>
 #include <QtWidgets/QtWidgets>
 
+#include "App/CNotices.h"
 #include "Core/CPreferences.h"
 #include "Graphics/CGraphicsPorts.h"
 #include "Library/CLibraryCommands.h"
 #include "Library/ListTest.h"
 #include "Platform/CAudioOutput_Null.h"
+#include "Platform/CClock.h"
 #include "Platform/CUserInterface_Scripted.h"
 #include "Play/CPlayControl.h"
 #include "Play/CPlayHost.h"
@@ -43,8 +45,12 @@ protected:
             i_songs.push_back(Song(nameZ, "Somebody").GetSongID());
         i_databaseP->AddSongsToLibrary(i_songs);
         i_commandsP = std::make_unique<CLibraryCommands>(*i_databaseP, i_ui);
-        i_windowP = std::make_unique<XBrowserWindow>(BrowserSetup{
-            .database = *i_databaseP, .play = i_play, .prefs = i_prefs, .commands = *i_commandsP, .portsP = &i_ports});
+        i_windowP = std::make_unique<XBrowserWindow>(BrowserSetup{.database = *i_databaseP,
+                                                                 .play = i_play,
+                                                                 .prefs = i_prefs,
+                                                                 .commands = *i_commandsP,
+                                                                 .notices = i_notices,
+                                                                 .portsP = &i_ports});
         i_windowP->show();
         i_windowP->activateWindow();
         EXPECT_TRUE(QTest::qWaitForWindowActive(i_windowP.get(), 5000));
@@ -83,6 +89,9 @@ protected:
     std::vector<SongID> i_songs;
     CPlayControl i_play;
     std::unique_ptr<CLibraryCommands> i_commandsP;
+    CNotices i_notices{[this] {
+        if (i_windowP != nullptr) i_windowP->NoticesChanged();
+    }};
     std::unique_ptr<XBrowserWindow> i_windowP;
     int i_askedL = 0;
 

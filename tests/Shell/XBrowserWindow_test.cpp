@@ -1,12 +1,16 @@
 #include "Shell/XBrowserWindow.h"
 
 #include "Shell/BrowserTest.h"
+#include "Shell/XNoticeBar.h"
+#include "Shell/XNoticesWindow.h"
 #include "Shell/XOutputPanel.h"
 #include "Shell/XPreferencesWindow.h"
 #include "Shell/XShortcutSheet.h"
 #include "Shell/XTasksWindow.h"
 
 namespace {
+
+void ExpectNames(QWidget& top);
 
 TEST_F(BrowserTest, OfSeveralSelectedSongsNoneIsPlayed) {
     auto& table = Find<XSongTable>();
@@ -312,6 +316,39 @@ TEST_F(BrowserTest, ATaskIsShownAndEndedByItsButton) {
     window.Follow(tasks.Rows());
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_EQ(window.findChild<QPushButton*>(), nullptr);
+}
+
+/** What is told stays until it is read, takes nothing from who works, and moves no row. */
+TEST_F(BrowserTest, NoticesStandBesideTheShowUntilTheyAreRead) {
+    auto& table = Find<XSongTable>();
+    auto& bar = Find<XNoticeBar>();
+    const auto words = [&] { return bar.isVisible() ? bar.findChild<QLabel*>()->text().toStdString() : "-"; };
+    const auto button = [&](const char* nameZ) { return bar.findChild<QToolButton*>(nameZ); };
+    EXPECT_EQ(words(), "-");
+    table.setFocus();
+    const QPoint row = table.viewport()->mapToGlobal(table.visualRect(table.model()->index(1, 0)).topLeft());
+    i_notices.Add("The disk is full", "<b>/a</b>");
+    i_notices.Add("The song could not be played", "");
+    i_notices.Add("The disk is full", "<b>/a</b>");
+    Turn();
+    EXPECT_EQ(words(), "The disk is full: <b>/a</b> (2 times)");
+    EXPECT_TRUE(table.hasFocus());
+    EXPECT_EQ(table.viewport()->mapToGlobal(table.visualRect(table.model()->index(1, 0)).topLeft()), row);
+    int takenL = 0;
+    i_notices.Offer({"Go Back", [&] { ++takenL; }, CClock::Get().SteadyT() + 3600});
+    EXPECT_EQ(button("offer")->text(), "Go Back");
+    button("offer")->setFocus(Qt::TabFocusReason);
+    QTest::keyClick(button("offer"), Qt::Key_Return);
+    EXPECT_EQ(takenL, 1);
+    EXPECT_EQ(words(), "The disk is full: <b>/a</b> (2 times)");
+    button("read")->click();
+    EXPECT_EQ(words(), "The song could not be played");
+    QTest::keyClick(&table, Qt::Key_4, Qt::ControlModifier);   // all of them, which are read then
+    EXPECT_EQ(words(), "-");
+    auto& list = Find<XNoticesWindow>();
+    EXPECT_FALSE(list.isModal());
+    EXPECT_EQ(list.findChild<QListWidget*>()->count(), 3);
+    ExpectNames(list);
 }
 
 // ---- Preferences ----

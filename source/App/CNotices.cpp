@@ -1,0 +1,85 @@
+#include "App/CNotices.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "Platform/CClock.h"
+
+namespace {
+
+void EndOffer(Notice& notice) {
+    notice.action = {};
+    notice.readB = true;
+}
+
+}   // namespace
+
+NoticeID CNotices::Enter(Notice notice) {
+    notice.id = NoticeID{++i_lastL};
+    notice.toldT = CClock::Get().AbsoluteT();
+    i_notices.push_back(std::move(notice));
+    if (i_notices.size() > kMost) i_notices.pop_front();
+    i_changed();
+    return NoticeID{i_lastL};
+}
+
+NoticeID CNotices::Add(std::string_view words, std::string_view detail) {
+    Notice notice{.words = std::string(words), .detail = std::string(detail)};
+    const auto same = std::ranges::find_if(
+        i_notices, [&](const Notice& n) { return n.words == notice.words && n.detail == notice.detail; });
+    if (same != i_notices.end()) {
+        notice.countL = same->countL + 1;
+        i_notices.erase(same);
+    }
+    return Enter(std::move(notice));
+}
+
+NoticeID CNotices::Offer(NoticeAction action) {
+    std::string words = action.label;
+    return Enter({.words = std::move(words), .action = std::move(action)});
+}
+
+void CNotices::Withdraw(NoticeID id) {
+    Notice* const noticeP = Find(id);
+    if (noticeP == nullptr || !noticeP->action.act) return;
+    EndOffer(*noticeP);
+    i_changed();
+}
+
+void CNotices::Act(NoticeID id) {
+    EndOffers();
+    Notice* const noticeP = Find(id);
+    if (noticeP == nullptr || !noticeP->action.act) return;
+    const std::function<void()> act = noticeP->action.act;
+    EndOffer(*noticeP);
+    i_changed();
+    act();   // last: it may tell something itself
+}
+
+void CNotices::SetRead(NoticeID id) {
+    Notice* const noticeP = Find(id);
+    if (noticeP == nullptr || std::exchange(noticeP->readB, true)) return;
+    i_changed();
+}
+
+void CNotices::SetAllRead() {
+    bool anyB = false;
+    for (Notice& notice : i_notices)
+        if (!notice.action.act) anyB |= !std::exchange(notice.readB, true);
+    if (anyB) i_changed();
+}
+
+const std::deque<Notice>& CNotices::All() {
+    EndOffers();
+    return i_notices;
+}
+
+Notice* CNotices::Find(NoticeID id) {
+    const auto found = std::ranges::find(i_notices, id, &Notice::id);
+    return found == i_notices.end() ? nullptr : &*found;
+}
+
+void CNotices::EndOffers() {
+    for (Notice& notice : i_notices)
+        if (notice.action.act && notice.action.untilT <= CClock::Get().SteadyT()) EndOffer(notice);
+}

@@ -1,0 +1,59 @@
+#pragma once
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <string>
+#include <string_view>
+
+enum class NoticeID : std::uint64_t {};
+
+/** What the user can do about a notice, for a while. */
+struct NoticeAction {
+    std::string label;           // of its button, and all that is said
+    std::function<void()> act;   // main thread
+    double untilT = 0;           // by CClock::SteadyT; from then on it is no longer offered
+};
+
+/** Something that was told, as it stands now. */
+struct Notice {
+    NoticeID id{0};
+    double toldT = 0;   // by CClock::AbsoluteT; the last time, when it came more than once
+    std::string words, detail;
+    long countL = 1;    // how often it came
+    bool readB = false;
+    NoticeAction action = {};   // empty: there is nothing to do
+};
+
+/** What was told to the user in this run: kept until he has read it, and after. Equal ones are counted, not piled up; of
+    more than kMost the eldest goes. Other threads tell by MessageAlert or ShowAlert.
+    Threads  main.
+    Owner    CApp. */
+class CNotices {
+public:
+    static constexpr std::size_t kMost = 200;
+
+    /** `changed` is called after each change, also of a notice's having been read. */
+    explicit CNotices(std::function<void()> changed) : i_changed(std::move(changed)) {}
+
+    NoticeID Add(std::string_view words, std::string_view detail);
+    /** An offer counts as read when it is taken, withdrawn, or its time is over. */
+    NoticeID Offer(NoticeAction action);
+    void Withdraw(NoticeID id);
+    /** Does what the notice offers; nothing when its time is over. */
+    void Act(NoticeID id);
+    void SetRead(NoticeID id);
+    void SetAllRead();
+
+    /** The eldest first. Offers whose time is over have lost their action. */
+    [[nodiscard]] const std::deque<Notice>& All();
+
+private:
+    [[nodiscard]] Notice* Find(NoticeID id);
+    NoticeID Enter(Notice notice);
+    /** What is past its time is offered no more. */
+    void EndOffers();
+
+    const std::function<void()> i_changed;
+    std::deque<Notice> i_notices;
+    std::uint64_t i_lastL = 0;
+};
