@@ -209,32 +209,41 @@ void CApp::SetStatus(std::string_view text) {
     Windows().SetStatus(text);
 }
 
-bool CApp::PrepareToQuit(bool askB) {
-    if (IsShutdown()) return true;
-    if (askB && !ConfirmManualSongChange(3)) return false;
-    i_shutdownB.store(true, std::memory_order_release);
+void CApp::PrepareToQuit() {
+    if (i_shutdownB.exchange(true, std::memory_order_acq_rel)) return;
     StopCurrentSong();
-    return true;
+    Ui().DismissDialogs();
 }
 
-bool CApp::ConfirmManualSongChange(long modeL) {
-    if (!IsSongPlaying()) return true;
-    if (modeL == 3) return AskToInterrupt();
+bool CApp::MustConfirm(long modeL) {
+    if (!IsSongPlaying()) return false;
+    if (modeL == 3) return true;
     const bool alwaysB = Prefs().GetBool("Always confirm manual song changes");
     const bool transportB = Prefs().GetBool("Always confirm manual song changes (transport buttons)", false);
-    const bool askB = alwaysB && (modeL == 1 || (modeL == 2 && transportB));
-    return !askB || AskToInterrupt();
+    return alwaysB && (modeL == 1 || (modeL == 2 && transportB));
 }
 
-bool CApp::AskToInterrupt() {
+void CApp::ConfirmManualSongChange(long modeL, std::function<void()> then) {
+    if (!MustConfirm(modeL)) return then();
+    const SongID song = Play().CurrentSong();
+    Ui().AskThen(InterruptQuestion(), [modeL, song, then = std::move(then)](const Answer& answer) {
+        if (answer.buttonIndex != 0 || gApp == nullptr || gApp->IsShutdown()) return;
+        if (gApp->Play().CurrentSong() == song) return then();
+        gApp->ConfirmManualSongChange(modeL, then);   // another one plays by now, and nobody was asked about that
+    });
+}
+
+Question CApp::InterruptQuestion() {
     Question question;
     question.title = "Are you sure?";
     question.text = "Are you sure you want to interrupt the current song?";
+    if (const CSongPlay* const playP = Play().Current(); playP != nullptr)
+        question.text += "\n\n“" + playP->Spec().name + "” plays.";
     question.buttons = {"Yes", "Cancel"};
+    question.defaultIndex = 1;
     question.safeIndex = 1;
-    return Ui().Ask(question).buttonIndex == 0;
+    return question;
 }
-
 
 void CApp::NoteGraphicsDrawn() { i_lastIdleGraphicsT = CClock::Get().SteadyT(); }
 

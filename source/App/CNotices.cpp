@@ -36,7 +36,7 @@ NoticeID CNotices::Add(std::string_view words, std::string_view detail) {
 
 NoticeID CNotices::Offer(NoticeAction action) {
     std::string words = action.label;
-    return Enter({.words = std::move(words), .action = std::move(action)});
+    return Enter({.words = std::move(words), .detail = {}, .action = std::move(action)});
 }
 
 void CNotices::Withdraw(NoticeID id) {

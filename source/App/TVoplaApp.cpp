@@ -65,12 +65,10 @@ int TVoplaApp::Run(const LaunchFiles& files) {
         return 1;
     }
     const CMainLoop::TimerID heartbeat = i_setup.loop.SetTimer(0, kHeartbeat_Milliseconds, [] {});
-    i_earlyFiles.insert(i_earlyFiles.end(), files.begin(), files.end());   // the later wish plays
+    i_earlyFiles.insert(i_earlyFiles.begin(), files.begin(), files.end());
     OpenFiles(std::exchange(i_earlyFiles, {}));
-    while (!i_quitB) {
-        i_app->RunLoopPass();
-        if (i_quitWantedB && !i_askingB && i_app->PrepareToQuit(false)) i_quitB = true;
-    }
+    while (!i_quitB && !i_quitWantedB) i_app->RunLoopPass();
+    i_app->PrepareToQuit();
     i_setup.loop.KillTimer(heartbeat);
     return 0;
 }
@@ -89,10 +87,7 @@ void TVoplaApp::RequestQuit(QuitAsk ask) {
             i_setup.ui.DismissDialogs();
             return;
         }
-        if (i_app == nullptr || i_askingB) return;   // the question is on the screen already
-        i_askingB = true;
-        if (i_app->PrepareToQuit(true)) i_quitB = true;
-        i_askingB = false;
+        if (i_app != nullptr) i_app->ConfirmManualSongChange(3, [this] { i_quitB = true; });
     });
 }
 
@@ -123,18 +118,28 @@ std::string TVoplaApp::OnRequest(std::string_view request) {
 
 void TVoplaApp::OpenFiles(const LaunchFiles& files) {
     if (files.empty() || i_app == nullptr || i_app->IsInitializing() || i_app->IsShutdown()) return;
-    if (!i_app->ConfirmManualSongChange(1)) return;
     const std::string& name = files.front();
-    const auto tell = [name](const std::string& why) { MessageAlert("The file could not be played: " + name, why); };
-    const auto play = [this, name, tell](const AddedFiles& added) {
+    const auto tell = [name](const std::string& why) { MessageAlert("The file could not be opened: " + name, why); };
+    const auto done = [this, name, tell](const AddedFiles& added) {
         if (i_app == nullptr || i_app->IsShutdown()) return;   // it came while the application went
-        if (added.songs.empty())                               // what plays goes on
+        if (added.songs.empty())
             return tell(added.refused.empty() ? FaultText(fnfErr, name) : added.refused.front().Reason());
-        const CSong* const songP = i_app->Database().GetSong(added.songs.front());
-        if (songP != nullptr && Failed(i_app->Play().Play(kPlaylistID_Library, songP->LibraryItem())))
-            LogF("not played: %s", songP->Name().UTF8().c_str());   // told by the control
         if (!added.refused.empty()) MessageAlert("Some files could not be added.", added.RefusedText());
+        ShowOpened(added.songs);
     };
-    if (const OSErr err = AddFilesToLibrary(i_app->Database(), {files.begin(), files.end()}, play); Failed(err))
+    if (const OSErr err = AddFilesToLibrary(i_app->Database(), {files.begin(), files.end()}, done); Failed(err))
         tell(FaultText(err, name));
+}
+
+void TVoplaApp::ShowOpened(const std::vector<SongID>& songs) {
+    const CSong* const songP = i_app->Database().GetSong(songs.front());
+    if (songP == nullptr) return;
+    const std::string name = songP->Name().UTF8();
+    const bool playB = i_app->Play().State() == PlayState::kIdle &&
+                       i_app->Prefs().GetBool("Auto-play when you add single song to Library", true);
+    if (!playB)
+        i_app->SetStatus(songs.size() == 1 ? "“" + name + "” is in the library"
+                                           : std::to_string(songs.size()) + " songs are in the library");
+    else if (Failed(i_app->Play().Play(kPlaylistID_Library, songP->LibraryItem())))
+        LogF("not played: %s", name.c_str());   // told by the control
 }

@@ -6,8 +6,9 @@
 
 #include "App/CHostRequests.h"
 #include "Core/CApp.h"
+#include "Library/LibraryIDs.h"
 
-/** What a start of the program is to open: absolute paths, the first of them to be played. */
+/** What a start of the program is to open: absolute paths. */
 using LaunchFiles = std::vector<std::string>;
 /** The same as one text, for the instance that runs, and back. No path holds the character behind each. */
 [[nodiscard]] std::string LaunchText(const LaunchFiles& files);
@@ -42,8 +43,10 @@ public:
     void EndRequests() { i_requests.End(); }
 
 private:
-    /** Adds them to the library and plays the first that is a song. */
+    /** Adds them to the library, whatever plays. */
     void OpenFiles(const LaunchFiles& files);
+    /** Plays the first when nothing else plays and the preference says so. */
+    void ShowOpened(const std::vector<SongID>& songs);
 
     AppSetup i_setup;
     CHostRequests i_requests{i_setup.loop};
@@ -52,7 +55,6 @@ private:
     LaunchFiles i_earlyFiles;   // sent by a second start before the application was up
     bool i_quitB = false;
     bool i_quitWantedB = false;   // by the system: nobody is asked
-    bool i_askingB = false;
 };
 
 extern TVoplaApp* gVoplaApp;

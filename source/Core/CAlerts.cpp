@@ -71,13 +71,15 @@ bool ReportAssertion(const char* expressionZ, const char* fileZ, long lineL, boo
 
 }   // namespace
 
-CAlerts::CAlerts(CUserInterface& ui) : i_ui(ui), i_queue(std::make_shared<CMutex_ThreadQue_Alert>()) {
+CAlerts::CAlerts(CUserInterface& ui)
+    : i_ui(ui), i_selfRef(std::make_shared<CAlerts*>(this)), i_queue(std::make_shared<CMutex_ThreadQue_Alert>()) {
     SetUse({this, i_queue});
     SetAssertHandler(&ReportAssertion);
     SetAlertHook([](std::string_view message, std::string_view detail) { MessageAlert(message, detail); });
 }
 
 CAlerts::~CAlerts() {
+    *i_selfRef = nullptr;
     SetAssertHandler(nullptr);
     SetAlertHook(nullptr);
     SetUse({});
@@ -128,9 +130,24 @@ void CAlerts::Queue(std::string_view message, std::string_view detail) {
 void CAlerts::Queue(const Question& question, std::function<void(const Answer&)> answered) {
     LogF("Queing dialog message: %s\n", question.text.c_str());
     Add([question, answered = std::move(answered)](CAlerts& alerts) {
-        const ScopedNesting nesting;
-        const Answer answer = alerts.i_ui.Ask(question);
+        if (alerts.i_questions.size() >= kAlerts_MostWaiting) return Log("too many questions wait: this one is only logged");
+        alerts.i_questions.push_back({question, answered});
+        alerts.i_questions.back().question.unaskedB = true;
+        alerts.AskNext();
+    });
+}
+
+void CAlerts::AskNext() {
+    if (i_asksB || i_questions.empty() || (gApp != nullptr && gApp->IsShutdown())) return;
+    i_asksB = true;
+    const Waiting next = i_questions.front();
+    i_ui.AskThen(next.question, [selfRef = i_selfRef, answered = next.answered](const Answer& answer) {
         if (answered) answered(answer);
+        if (*selfRef == nullptr) return;
+        CAlerts& alerts = **selfRef;
+        alerts.i_questions.pop_front();
+        alerts.i_asksB = false;
+        alerts.AskNext();
     });
 }
 

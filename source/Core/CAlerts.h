@@ -1,13 +1,13 @@
 #pragma once
+#include <deque>
 #include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
 
+#include "Platform/CUserInterface.h"
+
 class CMutex_ThreadQue_Alert;
-class CUserInterface;
-struct Answer;
-struct Question;
 
 /** Tells the user, from any thread. An alert of the main thread is shown at once, of another it is queued and shown on
     the main thread once the application is ready; the caller never waits for the user. Assertions end here too.
@@ -36,9 +36,18 @@ public:
     static constexpr std::size_t kAlerts_MostWaiting = 20;
 
 private:
+    struct Waiting {
+        Question question;
+        std::function<void(const Answer&)> answered;
+    };
     static void Add(std::function<void(CAlerts&)> show);
+    /** The next of the questions, when none stands. */
+    void AskNext();
 
     CUserInterface& i_ui;
+    std::deque<Waiting> i_questions;                   // the first one stands on the screen when i_asksB
+    bool i_asksB = false;
+    const std::shared_ptr<CAlerts*> i_selfRef;         // emptied at the end: an answer may come later
     std::shared_ptr<CMutex_ThreadQue_Alert> i_queue;   // "Alert Que"; shared with a thread that adds to it right now
 };
 

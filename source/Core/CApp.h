@@ -2,6 +2,7 @@
 #include <array>
 #include <atomic>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -35,6 +36,7 @@ class CTaskList;
 class CT_Timer;
 class CThreadManager;
 class CUserInterface;
+struct Question;
 enum class WindowKind : short;
 
 inline constexpr const char* kApp_ProductName = "Vopla";
@@ -115,12 +117,13 @@ public:
     /** An event for the end of this pass of the run loop: 'drty', 'Pref' (a preference changed) or 'BadS'. Any thread. */
     void PostEvent(PostEventKind kind, long dataL = 0);
 
-    /** True when the user lets the application quit; sets the shutdown flag and stops the song then. */
-    [[nodiscard]] bool PrepareToQuit(bool askB = true);
+    /** The application quits: sets the shutdown flag, stops the song, and gives open questions their safe answer. */
+    void PrepareToQuit();
+    /** Calls `then` if the song that plays may be interrupted, now or once the user has said so. Mode 3 always asks, 1 and
+        2 ask when the preferences say so. */
+    void ConfirmManualSongChange(long modeL, std::function<void()> then);
     /** The system ends the program: from now on nobody is asked anything. */
     void QuitWithoutAsking() { i_quitAsksB = false; }
-    /** May the song that plays be interrupted? Mode 3 always asks, 1 and 2 ask when the preferences say so. */
-    [[nodiscard]] bool ConfirmManualSongChange(long modeL);
 
     /** The song that plays; not owned. Null for none. The video windows show its picture. */
     void SetCurrentSong(CPlayingSong* songP);
@@ -152,7 +155,8 @@ private:
     /** Where the windows stand; at the quit, where they stood before they were hidden. */
     [[nodiscard]] std::vector<WindowRecord> WindowRecords() const;
     [[nodiscard]] CCFDictionary FullScreenKeys() const;
-    [[nodiscard]] bool AskToInterrupt();
+    [[nodiscard]] bool MustConfirm(long modeL);
+    [[nodiscard]] Question InterruptQuestion();
     void HandlePostEvent(PostEventKind kind);
     void FollowPreferences();
 

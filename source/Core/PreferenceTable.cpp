@@ -255,6 +255,7 @@ constexpr PrefRow kPreferences[] = {
     Typed("Ignore CD+G Ripping errors (You'll just get black video)", CFType::kBool),
     Typed("Update while typing", CFType::kBool),
     Typed("Always confirm manual song changes (transport buttons)", CFType::kBool),
+    Typed("Single-key commands", CFType::kBool),
 
     // Marks of corrections that ran.
     Typed("Server Timeout reset", CFType::kBool),

@@ -1,8 +1,10 @@
 #include "Library/CLibraryCommands.h"
 
 #include <algorithm>
+#include <array>
 #include <set>
 
+#include "Core/AlertHook.h"
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
@@ -24,25 +26,89 @@ constexpr std::size_t kReveal_Unasked = 5;   // so many folders may open without
 
 }   // namespace
 
+CLibraryCommands::Rows CLibraryCommands::RowsOf(const SDB_Selection& selection) const {
+    Rows rows{selection.List()->ID(), {}};
+    for (const PLItemID item : selection.Items())
+        if (const auto row = selection.List()->Items()->Get(item)) rows.rows.emplace_back(item, row->target);
+    return rows;
+}
+
+SDB_Selection CLibraryCommands::StillThere(const Rows& rows) const {
+    const CPlayList* const listP = i_database.GetPlayList(rows.list);
+    SDB_Selection selection(listP);
+    std::vector<PLItemID> items;
+    for (const auto& [item, target] : rows.rows) {
+        const auto row = listP == nullptr ? std::nullopt : listP->Items()->Get(item);
+        if (row && row->target == target) items.push_back(item);
+    }
+    selection.SetItems(std::move(items));
+    return selection;
+}
+
 CLibraryCommands::CLibraryCommands(CSongDatabase& database, CUserInterface& ui)
     : i_database(database),
       i_ui(ui),
       i_zipper(database, i_busyRef),
       i_unpackerRef(std::make_shared<CSongUnpacker>(database.Self(), i_busyRef)) {}
 
-bool CLibraryCommands::Confirm(LibraryDialog dialog, const std::string& detail) {
+OSErr CLibraryCommands::Asked(const std::function<void(std::function<void(const Work& work)> answer)>& ask) {
     (void)Assert(IsMainThread());
-    return i_ui.Ask(LibraryQuestion(dialog, detail)).buttonIndex == kAnswer_Do;
+    struct Course {
+        OSErr err = noErr;
+        bool laterB = false;
+    };
+    const auto course = std::make_shared<Course>();
+    ask([course, selfRef = std::weak_ptr(i_selfRef)](const Work& work) {
+        if (selfRef.expired()) return;   // the application is ending
+        const OSErr err = work ? work() : userCanceledErr;
+        if (!course->laterB)
+            course->err = err;
+        else if (Failed(err) && err != userCanceledErr)
+            ShowAlert("That could not be done for all songs.", ErrorText(err));
+    });
+    course->laterB = true;
+    return course->err;
 }
 
-bool CLibraryCommands::HasPlaying(std::span<const SongID> songs) const {
-    return std::ranges::find(songs, i_database.PlayingSong()) != songs.end();
+OSErr CLibraryCommands::IfConfirmed(LibraryDialog dialog, const std::string& detail, Work work) {
+    return Asked([&](auto answer) {
+        i_ui.AskThen(LibraryQuestion(dialog, detail), [answer, work = std::move(work)](const Answer& given) {
+            answer(given.buttonIndex == kAnswer_Do ? work : Work());
+        });
+    });
 }
 
-bool CLibraryCommands::StopPlaying() {
-    if (!Confirm(LibraryDialog::kDeletePlaying)) return false;
-    i_database.Host().StopPlayback();
-    return true;
+OSErr CLibraryCommands::InFolder(const std::string& prompt, std::function<OSErr(const CFileRef& folder)> work) {
+    return Asked([&](auto answer) {
+        i_ui.ChooseFolderThen(prompt, [answer, work = std::move(work)](const std::optional<CFileRef::Path>& folder) {
+            answer(folder ? Work([&] { return work(CFileRef(*folder)); }) : Work());
+        });
+    });
+}
+
+OSErr CLibraryCommands::OnceStopped(const std::vector<SongID>& songs, Work work) {
+    const SongID playing = i_database.PlayingSong();
+    if (std::ranges::find(songs, playing) == songs.end()) return work();
+    return IfConfirmed(LibraryDialog::kDeletePlaying, NamesOf(std::array{playing}), [this, songs, playing, work] {
+        // Another one may play by now; that one was not asked about.
+        if (i_database.PlayingSong() != playing) return OnceStopped(songs, work);
+        i_database.Host().StopPlayback();
+        return work();
+    });
+}
+
+std::string CLibraryCommands::NamesOf(std::span<const SongID> songs) const {
+    constexpr std::size_t kNamed = 3;
+    std::string names;
+    std::size_t namedL = 0;
+    for (const SongID id : songs) {
+        const CSong* const songP = i_database.GetSong(id);
+        if (songP == nullptr) continue;
+        if (++namedL > kNamed) break;
+        names += (names.empty() ? "“" : ", “") + songP->Name().UTF8() + "”";
+    }
+    if (songs.size() > kNamed) names += " and " + std::to_string(songs.size() - kNamed) + " more";
+    return names;
 }
 
 std::vector<SongID> CLibraryCommands::SongsOf(const SDB_Selection& selection) const {
@@ -71,8 +137,9 @@ OSErr CLibraryCommands::RemoveSongs(const std::vector<SongID>& songs, const std:
 OSErr CLibraryCommands::RemoveFromLibrary(const SDB_Selection& selection) {
     const std::vector<SongID> songs = SongsOf(selection);
     if (songs.empty()) return noErr;
-    if (!Confirm(LibraryDialog::kRemoveFromLibrary) || (HasPlaying(songs) && !StopPlaying())) return userCanceledErr;
-    return RemoveSongs(songs, "Remove from Library");
+    return IfConfirmed(LibraryDialog::kRemoveFromLibrary, NamesOf(songs), [this, songs] {
+        return OnceStopped(songs, [this, songs] { return RemoveSongs(songs, "Remove from Library"); });
+    });
 }
 
 OSErr CLibraryCommands::RemoveDuplicates(const SDB_Selection& selection) {
@@ -81,48 +148,55 @@ OSErr CLibraryCommands::RemoveDuplicates(const SDB_Selection& selection) {
         i_ui.Alert("There are no duplicates.", "Each of these songs has one row in the library.");
         return noErr;
     }
-    if (!Confirm(LibraryDialog::kRemoveDuplicates)) return userCanceledErr;
-    const std::unique_ptr<CProgressView> progressP = i_ui.OpenProgress("Remove Duplicates");
-    WaitForSorts(*progressP);
-    return i_database.RemoveDuplicates(selection);
+    return IfConfirmed(LibraryDialog::kRemoveDuplicates, NamesOf(SongsOf(selection)), [this, rows = RowsOf(selection)] {
+        const std::unique_ptr<CProgressView> progressP = i_ui.OpenProgress("Remove Duplicates");
+        WaitForSorts(*progressP);
+        return i_database.RemoveDuplicates(StillThere(rows));
+    });
 }
 
 OSErr CLibraryCommands::TrashOriginals(const SDB_Selection& selection, Done done) {
-    std::vector<SongID> songs = SongsOf(selection);
+    const std::vector<SongID> songs = SongsOf(selection);
     if (songs.empty()) return noErr;
-    if (!Confirm(LibraryDialog::kTrashOriginals) || (HasPlaying(songs) && !StopPlaying())) return userCanceledErr;
-    Log("Moving songs to trash");
-    return CT_TrashSongs::Start(i_database, std::move(songs),
-                                Telling("Some files could not be moved to the trash.", std::move(done)));
+    return IfConfirmed(LibraryDialog::kTrashOriginals, NamesOf(songs), [this, songs, done = std::move(done)] {
+        return OnceStopped(songs, [this, songs, done] {
+            Log("Moving songs to trash");
+            return CT_TrashSongs::Start(i_database, songs, Telling("Some files could not be moved to the trash.", done));
+        });
+    });
 }
 
 OSErr CLibraryCommands::DeleteTracks(const SDB_Selection& selection, WarnLast warnLast) {
     const CPlayList* const listP = selection.List();
     if (listP == nullptr) return paramErr;
-    const PlaylistID list = listP->ID();
-    if (list == kPlaylistID_Library) return RemoveFromLibrary(selection);
+    if (listP->ID() == kPlaylistID_Library) return RemoveFromLibrary(selection);
     if (!listP->IsModifyable()) return paramErr;
-    const std::vector<PLItemID> items = selection.Items();
-    const bool lastB = warnLast == WarnLast::kYes && items.size() >= listP->Count();
-    if (lastB && !Confirm(LibraryDialog::kLastSong, listP->Name().UTF8())) return userCanceledErr;
-    const auto playsB = [&](PLItemID item) { return i_database.Host().IsPlaying(list, item); };
-    const bool songB = HasPlaying(SongsOf(selection));   // another row of it may go, and the song plays on
-    if (songB && std::ranges::any_of(items, playsB) && !StopPlaying()) return userCanceledErr;
-    const std::unique_ptr<CProgressView> progressP = i_ui.OpenProgress("Delete Tracks");
-    WaitForSorts(*progressP);
-    progressP->SetText("Clearing Playlist");
-    Log("Clearing Playlist");
-    return i_database.RemoveFromList(list, items);
+    const Work remove = [this, rows = RowsOf(selection)] {
+        const std::unique_ptr<CProgressView> progressP = i_ui.OpenProgress("Delete Tracks");
+        WaitForSorts(*progressP);
+        progressP->SetText("Clearing Playlist");
+        Log("Clearing Playlist");
+        return i_database.RemoveFromList(rows.list, StillThere(rows).Items());
+    };
+    // Another row of the song may go, and the song plays on.
+    const bool playsB = std::ranges::any_of(
+        selection.Items(), [&](PLItemID item) { return i_database.Host().IsPlaying(listP->ID(), item); });
+    const Work once = [this, playsB, songs = SongsOf(selection), remove] {
+        return playsB ? OnceStopped(songs, remove) : remove();
+    };
+    const bool lastB = warnLast == WarnLast::kYes && selection.Count() >= listP->Count();
+    return lastB ? IfConfirmed(LibraryDialog::kLastSong, listP->Name().UTF8(), once) : once();
 }
 
 OSErr CLibraryCommands::DeletePlaylist(PlaylistID list) {
     const CPlayList* const listP = i_database.GetPlayList(list);
     if (listP == nullptr) return fnfErr;
     const std::string name = listP->Name().UTF8();
-    if (!Confirm(LibraryDialog::kDeletePlaylist, name)) return userCanceledErr;
-    const OSErr err = i_database.DeletePlaylist(list);
-    if (Failed(err)) i_ui.Alert("The playlist “" + name + "” could not be deleted.", kDelete_HintZ);
-    return err;
+    return IfConfirmed(LibraryDialog::kDeletePlaylist, name, [this, list, name] {
+        const OSErr err = i_database.DeletePlaylist(list);
+        if (Failed(err)) i_ui.Alert("The playlist “" + name + "” could not be deleted.", kDelete_HintZ);
+        return err;
+    });
 }
 
 CPlayList* CLibraryCommands::FindNamed(const SuperString& name, PlaylistID except) const {
@@ -132,9 +206,11 @@ CPlayList* CLibraryCommands::FindNamed(const SuperString& name, PlaylistID excep
 }
 
 OSErr CLibraryCommands::RenamePlaylist(PlaylistID list, const SuperString& name) {
-    if (FindNamed(name, list) != nullptr && !Confirm(LibraryDialog::kSameName, name.UTF8())) return userCanceledErr;
-    CPlayList* const listP = i_database.GetPlayList(list);   // it may have gone meanwhile
-    return listP == nullptr ? fnfErr : listP->Rename(name);
+    const auto rename = [this, list, name] {
+        CPlayList* const listP = i_database.GetPlayList(list);   // it may have gone meanwhile
+        return listP == nullptr ? fnfErr : listP->Rename(name);
+    };
+    return FindNamed(name, list) != nullptr ? IfConfirmed(LibraryDialog::kSameName, name.UTF8(), rename) : rename();
 }
 
 CPlayList& CLibraryCommands::NewPlaylist(const std::string& wish) {
@@ -151,9 +227,11 @@ CPlayList& CLibraryCommands::ListNamed(const std::string& name) {
 
 OSErr CLibraryCommands::Paste(std::span<const SongID> songs, const CCFDictionary& meta) {
     if (songs.empty()) return noErr;
-    if (!Confirm(LibraryDialog::kPaste)) return userCanceledErr;
-    for (const SongID id : songs) (void)i_database.WithSong(id, [&](CSong& song) { song.Meta().FromDictionary(meta); });
-    return noErr;
+    return IfConfirmed(LibraryDialog::kPaste, NamesOf(songs), [this, meta, ids = std::vector(songs.begin(), songs.end())] {
+        for (const SongID id : ids)
+            (void)i_database.WithSong(id, [&](CSong& song) { song.Meta().FromDictionary(meta); });
+        return noErr;
+    });
 }
 
 OSErr CLibraryCommands::Reveal(std::span<const SongID> songs) {
@@ -169,23 +247,29 @@ OSErr CLibraryCommands::Reveal(std::span<const SongID> songs) {
             }
     }
     if (folders.empty()) return fnfErr;
-    if (folders.size() > kReveal_Unasked && !Confirm(LibraryDialog::kReveal, std::to_string(songs.size())))
-        return userCanceledErr;
-    for (const std::filesystem::path& folder : folders)
-        if (!i_ui.OpenPage(FileURL(folder))) return LogStep(fnfErr, "revealing", folder);
-    return noErr;
+    const auto open = [this, folders] {
+        for (const std::filesystem::path& folder : folders)
+            if (!i_ui.OpenPage(FileURL(folder))) return LogStep(fnfErr, "revealing", folder);
+        return noErr;
+    };
+    return folders.size() > kReveal_Unasked ? IfConfirmed(LibraryDialog::kReveal, std::to_string(songs.size()), open)
+                                            : open();
 }
 
 OSErr CLibraryCommands::LocateMissing(SongID song) {
     const auto files = CSongFiles::Of(i_database, song);
     if (!files) return fnfErr;
-    const auto folder =
-        i_ui.ChooseFolder("Find Song: “" + files->Name() + "”: please locate the following musical arrangment");
-    if (!folder) return userCanceledErr;
+    return InFolder("Find Song: “" + files->Name() + "”: please locate the following musical arrangment",
+                    [this, song](const CFileRef& folder) { return Locate(song, folder); });
+}
+
+OSErr CLibraryCommands::Locate(SongID song, const CFileRef& folder) {
+    const auto files = CSongFiles::Of(i_database, song);
+    if (!files) return fnfErr;
     std::vector<std::pair<SDB_SongFile, CFileRef>> found;
     for (const SDB_SongFile type : {SDB_SongFile_ZIP, SDB_SongFile_VIDEO, SDB_SongFile_AUDIO}) {
         if (files->Ref(type).IsEmpty()) continue;
-        CFileRef file(CFileRef(*folder), files->Ref(type).GetName());
+        CFileRef file(folder, files->Ref(type).GetName());
         if (!Failed(file.Resolve())) found.emplace_back(type, file);
     }
     const bool thereB = i_database.WithSong(song, [&](CSong& place) {
@@ -239,10 +323,11 @@ OSErr CLibraryCommands::Zip(std::span<const SongID> songs, Done done) {
 OSErr CLibraryCommands::Unzip(std::span<const SongID> songs, Done done) {
     std::vector<SongID> zipped = Those(songs, &CanUnzip);
     if (zipped.empty()) return paramErr;
-    const auto folder = i_ui.ChooseFolder("Where shall the unzipped files go?");
-    if (!folder) return userCanceledErr;
-    return CT_UnzipSongs::Start(i_database, i_unpackerRef, std::move(zipped), CFileRef(*folder),
-                                Telling("Some songs could not be unzipped.", std::move(done)));
+    return InFolder("Where shall the unzipped files go?",
+                    [this, zipped = std::move(zipped), done = std::move(done)](const CFileRef& folder) {
+                        return CT_UnzipSongs::Start(i_database, i_unpackerRef, zipped, folder,
+                                                    Telling("Some songs could not be unzipped.", done));
+                    });
 }
 
 void CLibraryCommands::StopWork() {

@@ -7,6 +7,7 @@
 #include "Core/CCFDictionary.h"
 #include "Library/CSongUnpacker.h"
 #include "Library/CSongZipper.h"
+#include "Library/CPlayListItem.h"
 #include "Library/LibraryDialogs.h"
 #include "Library/SDB_Selection.h"
 
@@ -15,9 +16,13 @@ class CSong;
 class CSongDatabase;
 
 /** The commands of the library that a user chooses from a menu: each asks what must be asked, shows how far it is, and
-   does the work on the disc by a task. Threads  main. A command that asks or waits pumps: a list may go meanwhile, so
-   that ids are kept, not lists. Owner    the application's library. Errors   userCanceledErr when the user does not
-   want it; what the work says. A command that goes on by a task answers noErr, and tells `done` how that ended. */
+   does the work on the disc by a task. A question stands beside the show, so what it is about may go before the answer:
+   ids are kept, not lists.
+    Threads  main.
+    Owner    the application's library.
+    Errors   userCanceledErr when the user does not want it; what the work says. noErr, too, while a question stands: what
+             fails behind it is told to the user. A command that goes on by a task answers noErr, and tells `done` how that
+             ended. */
 class CLibraryCommands {
 public:
     using Done = std::function<void(OSErr err)>;
@@ -74,10 +79,25 @@ private:
     /** Alerts that what was done with many songs did not go well with all of them; the log names them. */
     [[nodiscard]] Done Telling(const char* wordsZ, Done done);
     [[nodiscard]] std::vector<SongID> Those(std::span<const SongID> songs, bool (*wantedP)(const CSong& song)) const;
-    [[nodiscard]] bool Confirm(LibraryDialog dialog, const std::string& detail = {});
-    [[nodiscard]] bool HasPlaying(std::span<const SongID> songs) const;
-    /** Asks, and stops what plays; false when it shall play on. */
-    [[nodiscard]] bool StopPlaying();
+    using Work = std::function<OSErr()>;
+    /** What `work` says when the answer comes at once; else noErr, and a failure is told. */
+    OSErr IfConfirmed(LibraryDialog dialog, const std::string& detail, Work work);
+    /** Stops the song that plays before `work`, if it is among them and the user agrees. */
+    OSErr OnceStopped(const std::vector<SongID>& songs, Work work);
+    /** The same for a folder that the user chooses. */
+    OSErr InFolder(const std::string& prompt, std::function<OSErr(const CFileRef& folder)> work);
+    /** Runs `ask`, which is given what takes the answer's work: the form of all of these. */
+    OSErr Asked(const std::function<void(std::function<void(const Work& work)> answer)>& ask);
+    /** Rows by what stands in them: the number of a row that went may be that of another. */
+    struct Rows {
+        PlaylistID list{0};
+        std::vector<std::pair<PLItemID, PLTarget>> rows;
+    };
+    [[nodiscard]] Rows RowsOf(const SDB_Selection& selection) const;
+    [[nodiscard]] SDB_Selection StillThere(const Rows& rows) const;
+    /** For a question: the first few by their names. */
+    [[nodiscard]] std::string NamesOf(std::span<const SongID> songs) const;
+    OSErr Locate(SongID song, const CFileRef& folder);
     /** The songs of the rows, told as what they are. */
     [[nodiscard]] std::vector<SongID> SongsOf(const SDB_Selection& selection) const;
     void WaitForSorts(CProgressView& progress) const;
@@ -88,4 +108,5 @@ private:
     const std::shared_ptr<CBusySongs> i_busyRef = std::make_shared<CBusySongs>();
     CSongZipper i_zipper;
     const std::shared_ptr<CSongUnpacker> i_unpackerRef;   // shared with tasks that may outlive this
+    const std::shared_ptr<CLibraryCommands*> i_selfRef = std::make_shared<CLibraryCommands*>(this);   // for late answers
 };

@@ -88,6 +88,7 @@ bool CLibraryRebuild::AreSame(const SongFileSet& first, const SongFileSet& secon
     question.title = "Are these songs the same?";
     question.text = "If so, please pick which name to use:\n1st:\t" + first.base + "\n2nd:\t" + second.base;
     question.buttons = {"1st name", "2nd name", "Not Same"};
+    question.defaultIndex = kNotSame;
     question.safeIndex = kNotSame;
     const std::size_t button = i_database.Host().Ask(question).buttonIndex;
     if (button == kSecond) base = second.base;

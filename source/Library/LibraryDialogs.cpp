@@ -42,7 +42,10 @@ Question LibraryQuestion(LibraryDialog dialog, const std::string& detail) {
     Question question;
     question.title = row.titleZ;
     question.text = row.textZ;
-    if (const std::size_t at = question.text.find('%'); at != std::string::npos) question.text.replace(at, 2, detail);
+    if (const std::size_t at = question.text.find('%'); at != std::string::npos)
+        question.text.replace(at, 2, detail);
+    else if (!detail.empty())
+        question.text += "\n\n" + detail;
     question.buttons = {row.buttonZ, "Cancel"};
     question.defaultIndex = 1;
     question.safeIndex = 1;

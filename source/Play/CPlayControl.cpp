@@ -60,7 +60,10 @@ OSErr CPlayControl::Play(const SDB_Selection& selection) {
         "Would you like to deselect them?  You can then just double click the song you want to play.";
     question.buttons = {"Deselect", "Cancel"};
     question.safeIndex = 1;
-    if (i_host.Ui().Ask(question).buttonIndex == 0) i_host.Deselect();
+    i_host.Ui().AskThen(question, [selfRef = Self()](const Answer& answer) {
+        const std::shared_ptr<CPlayControl*> self = selfRef.lock();
+        if (self != nullptr && *self != nullptr && answer.buttonIndex == 0) (*self)->i_host.Deselect();
+    });
     return userCanceledErr;
 }
 

@@ -79,7 +79,9 @@ void CAppWindows_Qt::CreateBrowser() {
                      .commands = gApp->LibraryCommands(),
                      .notices = gApp->Notices(),
                      .portsP = &Ports(),
-                     .mayInterrupt = [](long modeL) { return gApp->ConfirmManualSongChange(modeL); }});
+                     .ifInterruptible = [](long modeL, std::function<void()> then) {
+                         gApp->ConfirmManualSongChange(modeL, std::move(then));
+                     }});
     QObject::connect(window.get(), &XBrowserWindow::CloseAsked, window.get(), [this] { i_askToQuit(); });
     QObject::connect(window.get(), &XBrowserWindow::Resizing, window.get(), &NoteResizing);
     (void)CWindowPlace::Of(*window);   // also at the first start, when no place is kept
@@ -149,6 +151,7 @@ void CAppWindows_Qt::CreateVideo(WindowKind kind) {
                      });
     if (XBrowserWindow* const browserP = Browser(); browserP != nullptr) {
         browserP->Actions().AttachEverywhere(*windowP);
+        browserP->Actions().Attach(CommandScope::kVideo, *windowP);
         if (kind == PREF_Wind_VIDEO) windowP->Place().SetNormalBeside(*browserP);
     }
     windowP->SetOpen(kind == PREF_Wind_VIDEO);

@@ -1,30 +1,28 @@
 #include "Shell/CUserInterface_Qt.h"
 
 #include <QApplication>
-#include <QCheckBox>
 #include <QDesktopServices>
 #include <QDialogButtonBox>
 #include <QDrag>
+#include <QEventLoop>
 #include <QFileDialog>
 #include <QLabel>
 #include <QListWidget>
 #include <QMessageBox>
-#include <QPushButton>
 #include <QUrl>
 #include <QVBoxLayout>
 
 #include "App/CNotices.h"
 #include "Core/CApp.h"
 #include "Platform/CFolders.h"
+#include "Shell/FileDialog.h"
 #include "Shell/QtText.h"
 #include "Shell/XBrowserWindow.h"
 #include "Shell/XProgressWindow.h"
+#include "Shell/XQuestion.h"
 #include "Shell/XVideoWindow.h"
 
 namespace {
-
-/** A label of the engine's: "&" is a letter there. */
-QString Label(std::string_view text) { return QtText(text).replace('&', "&&"); }
 
 /** In front of the window that the user works with; never where the audience looks while there is another. */
 QWidget* Front() {
@@ -37,6 +35,15 @@ QWidget* Front() {
             return windowP;
         }
     return activeP;
+}
+
+/** Until it is closed. No other window waits for it. */
+void Stand(QDialog& dialog) {
+    dialog.setModal(false);
+    QEventLoop loop;
+    QObject::connect(&dialog, &QDialog::finished, &loop, &QEventLoop::quit);
+    dialog.show();
+    if (dialog.isVisible()) loop.exec();
 }
 
 }   // namespace
@@ -56,29 +63,28 @@ void CUserInterface_Qt::AlertAndWait(std::string_view message, std::string_view 
     // The box keeps the form of its own text alone; names of files may look like marks.
     if (auto* const detailP = box.findChild<QLabel*>("qt_msgbox_informativelabel"); detailP != nullptr)
         detailP->setTextFormat(Qt::PlainText);
-    box.exec();
+    Stand(box);
 }
 
 Answer CUserInterface_Qt::Ask(const Question& question) {
-    QMessageBox box(QMessageBox::Question, QtText(question.title), QtText(question.text), QMessageBox::NoButton,
-                    Front());
-    box.setTextFormat(Qt::PlainText);
-    std::vector<QPushButton*> buttonsP;   // owned by the box
-    for (const std::string& label : question.buttons)
-        buttonsP.push_back(box.addButton(Label(label), QMessageBox::ActionRole));
-    if (question.defaultIndex < buttonsP.size()) box.setDefaultButton(buttonsP[question.defaultIndex]);
-    if (question.safeIndex < buttonsP.size()) box.setEscapeButton(buttonsP[question.safeIndex]);
-    QCheckBox* checkP = nullptr;   // owned by the box
-    if (!question.checkBox.empty()) {
-        checkP = new QCheckBox(Label(question.checkBox));
-        checkP->setChecked(question.checkedB);
-        box.setCheckBox(checkP);
-    }
-    box.exec();
-    const auto clicked = std::ranges::find(buttonsP, box.clickedButton());
-    const bool checkedB = checkP != nullptr ? checkP->isChecked() : question.checkedB;
-    if (clicked == buttonsP.end()) return {question.safeIndex, checkedB};
-    return {static_cast<std::size_t>(clicked - buttonsP.begin()), checkedB};
+    XQuestion box(question, Front());
+    Stand(box);
+    return box.Answered();
+}
+
+void CUserInterface_Qt::AskThen(const Question& question, std::function<void(const Answer&)> answered) {
+    for (QWidget* const windowP : QApplication::topLevelWidgets())
+        if (auto* const openP = qobject_cast<XQuestion*>(windowP);
+            openP != nullptr && openP->isVisible() && openP->Asks(question)) {
+            openP->raise();
+            openP->activateWindow();
+            return answered({question.safeIndex, question.checkedB});
+        }
+    auto* const boxP = new XQuestion(question, Front());
+    boxP->setAttribute(Qt::WA_DeleteOnClose);
+    QObject::connect(boxP, &QDialog::finished, boxP,
+                     [boxP, answered = std::move(answered)] { answered(boxP->Answered()); });
+    boxP->show();
 }
 
 std::unique_ptr<CProgressView> CUserInterface_Qt::OpenProgress(std::string_view title) {
@@ -86,9 +92,27 @@ std::unique_ptr<CProgressView> CUserInterface_Qt::OpenProgress(std::string_view 
 }
 
 std::optional<std::filesystem::path> CUserInterface_Qt::ChooseFolder(std::string_view prompt) {
-    const QString folder = QFileDialog::getExistingDirectory(Front(), QtText(prompt), QtText(CFolders::Music().string()));
-    if (folder.isEmpty()) return std::nullopt;
-    return std::filesystem::path(folder.toStdString());
+    std::optional<std::filesystem::path> folder;
+    QEventLoop loop;
+    ChooseFolderThen(prompt, [&](std::optional<std::filesystem::path> chosen) {
+        folder = std::move(chosen);
+        loop.quit();
+    });
+    loop.exec();
+    return folder;
+}
+
+void CUserInterface_Qt::ChooseFolderThen(std::string_view prompt,
+                                         std::function<void(std::optional<std::filesystem::path>)> chosen) {
+    auto* const dialogP = MakeFileDialog(Front(), QtText(prompt), QtText(CFolders::Music().string()));
+    dialogP->setFileMode(QFileDialog::Directory);
+    dialogP->setOption(QFileDialog::ShowDirsOnly);
+    QObject::connect(dialogP, &QDialog::finished, dialogP, [dialogP, chosen = std::move(chosen)](int result) {
+        const QStringList files = dialogP->selectedFiles();
+        if (result != QDialog::Accepted || files.isEmpty()) return chosen(std::nullopt);
+        chosen(std::filesystem::path(files.front().toStdString()));
+    });
+    dialogP->show();
 }
 
 std::optional<std::size_t> CUserInterface_Qt::PickFromList(std::string_view prompt, std::span<const std::string> rows) {
@@ -109,7 +133,8 @@ std::optional<std::size_t> CUserInterface_Qt::PickFromList(std::string_view prom
     columnP->addWidget(promptP);
     columnP->addWidget(listP, 1);
     columnP->addWidget(buttonsP);
-    if (dialog.exec() != QDialog::Accepted || listP->currentRow() < 0) return std::nullopt;
+    Stand(dialog);
+    if (dialog.result() != QDialog::Accepted || listP->currentRow() < 0) return std::nullopt;
     return static_cast<std::size_t>(listP->currentRow());
 }
 

@@ -8,8 +8,11 @@ public:
     void Alert(std::string_view message, std::string_view detail) override;
     void AlertAndWait(std::string_view message, std::string_view detail) override;
     Answer Ask(const Question& question) override;
+    void AskThen(const Question& question, std::function<void(const Answer&)> answered) override;
     std::unique_ptr<CProgressView> OpenProgress(std::string_view title) override;
     std::optional<std::filesystem::path> ChooseFolder(std::string_view prompt) override;
+    void ChooseFolderThen(std::string_view prompt,
+                          std::function<void(std::optional<std::filesystem::path>)> chosen) override;
     std::optional<std::size_t> PickFromList(std::string_view prompt, std::span<const std::string> rows) override;
     bool OpenPage(std::string_view url) override;
     void Beep() override;

@@ -4,7 +4,8 @@ namespace {
 
 using enum Command;
 using enum CommandGroup;
-constexpr auto kEverywhere = CommandScope::kEverywhere, kBrowser = CommandScope::kBrowser,
+constexpr auto kEverywhere = CommandScope::kEverywhere, kInVideo = CommandScope::kVideo,
+               kBrowser = CommandScope::kBrowser,
                kInSongs = CommandScope::kSongs, kInLists = CommandScope::kLists;
 
 // In the order of the enumeration, which RowOf counts on.
@@ -17,27 +18,29 @@ constexpr CommandRow kCommands[] = {
     {kGoBack, kPlaying, kEverywhere, "go-back", "Go Back",
      "Plays the song on that was cut off by hand, for half a minute after that", "Ctrl+B"},
     {kRewind, kPlaying, kEverywhere, "rewind", "Rewind", "Back to the start of the song", "Ctrl+R"},
-    {kSeekBack, kPlaying, kEverywhere, "seek-back", "Back 5 Seconds", "Goes back in the song", "Left"},
-    {kSeekForward, kPlaying, kEverywhere, "seek-forward", "Forward 5 Seconds", "Goes forward in the song", "Right"},
+    {kSeekBack, kPlaying, kEverywhere, "seek-back", "Back 5 Seconds", "Goes back in the song", "Alt+Left Left"},
+    {kSeekForward, kPlaying, kEverywhere, "seek-forward", "Forward 5 Seconds", "Goes forward in the song",
+     "Alt+Right Right"},
     {kSeekBackFar, kPlaying, kEverywhere, "seek-back-far", "Back 30 Seconds", "Goes far back in the song",
-     "Shift+Left"},
+     "Alt+Shift+Left Shift+Left"},
     {kSeekForwardFar, kPlaying, kEverywhere, "seek-forward-far", "Forward 30 Seconds", "Goes far forward in the song",
-     "Shift+Right"},
+     "Alt+Shift+Right Shift+Right"},
 
     {kVolumeUp, kSound, kEverywhere, "volume-up", "Louder", "Raises the volume", "Ctrl+Up"},
     {kVolumeDown, kSound, kEverywhere, "volume-down", "Quieter", "Lowers the volume", "Ctrl+Down"},
-    {kMute, kSound, kEverywhere, "mute", "Mute", "Turns the sound off and on", "M"},
-    {kPitchUp, kSound, kEverywhere, "pitch-up", "Pitch Up", "A semitone higher", "+ ="},
-    {kPitchDown, kSound, kEverywhere, "pitch-down", "Pitch Down", "A semitone lower", "-"},
-    {kPitchReset, kSound, kEverywhere, "pitch-reset", "Original Pitch", "Sings as it was recorded", "0"},
+    {kMute, kSound, kEverywhere, "mute", "Mute", "Turns the sound off and on", "Ctrl+M M"},
+    {kPitchUp, kSound, kEverywhere, "pitch-up", "Pitch Up", "A semitone higher", "Ctrl+Shift+Up + ="},
+    {kPitchDown, kSound, kEverywhere, "pitch-down", "Pitch Down", "A semitone lower", "Ctrl+Shift+Down -"},
+    {kPitchReset, kSound, kEverywhere, "pitch-reset", "Original Pitch", "Sings as it was recorded", "Alt+0 0"},
     {kTempoUp, kSound, kEverywhere, "tempo-up", "Faster", "Raises the tempo", "Ctrl++ Ctrl+="},
     {kTempoDown, kSound, kEverywhere, "tempo-down", "Slower", "Lowers the tempo", "Ctrl+-"},
     {kTempoReset, kSound, kEverywhere, "tempo-reset", "Original Tempo", "Plays as fast as it was recorded", "Ctrl+0"},
-    {kVocalNext, kSound, kEverywhere, "vocal-next", "Next Vocal Mode", "Changes how the lead vocal is heard", "V"},
+    {kVocalNext, kSound, kEverywhere, "vocal-next", "Next Vocal Mode", "Changes how the lead vocal is heard",
+     "Alt+V V"},
     {kSlipSongEarlier, kSound, kEverywhere, "slip-song-earlier", "Lyrics of This Song Earlier",
-     "Moves the picture of this song against its sound", ","},
+     "Moves the picture of this song against its sound", "Alt+PgUp ,"},
     {kSlipSongLater, kSound, kEverywhere, "slip-song-later", "Lyrics of This Song Later",
-     "Moves the picture of this song against its sound", "."},
+     "Moves the picture of this song against its sound", "Alt+PgDown ."},
     {kSlipSongReset, kSound, kEverywhere, "slip-song-reset", "Lyrics of This Song in Step",
      "The picture of this song as it was recorded", "Ctrl+Alt+."},
     {kSlipAllEarlier, kSound, kEverywhere, "slip-all-earlier", "Lyrics of All Songs Earlier",
@@ -48,9 +51,9 @@ constexpr CommandRow kCommands[] = {
      "No picture is moved but by its own song", "Ctrl+Alt+,"},
 
     {kFullScreen, kPicture, kEverywhere, "full-screen", "Full Screen",
-     "The video window fills its display; Escape leaves it", "F F11"},
-    {kLeaveFullScreen, kPicture, kEverywhere, "leave-full-screen", "Leave Full Screen",
-     "The video windows become windows again", "Esc"},
+     "The video window fills its display, or becomes a window again", "F F11"},
+    {kLeaveFullScreen, kPicture, kInVideo, "leave-full-screen", "Leave Full Screen",
+     "The video windows become windows again; Escape does it in a video window", "Esc"},
     {kNextDisplay, kPicture, kEverywhere, "next-display", "Full Screen on the Next Display",
      "Chooses another display for the full screen; the menu has them by name", "Ctrl+Shift+F"},
     {kShowVideo, kPicture, kEverywhere, "show-video", "Video Window", "Shows or hides the video window", "Ctrl+1"},
@@ -137,7 +140,11 @@ const char* TitleOf(CommandGroup group) noexcept {
     return "";
 }
 
+bool IsOfShow(const CommandRow& row) noexcept { return row.group <= CommandGroup::kPicture; }
+
 bool ScopesMeet(CommandScope a, CommandScope b) noexcept {
-    // The table and the column of lists never have the focus together; all other scopes lie one in the other.
-    return a == b || a < CommandScope::kSongs || b < CommandScope::kSongs;
+    // The table and the column of lists never have the focus together, and both lie in the browser.
+    if (a == b || a == CommandScope::kEverywhere || b == CommandScope::kEverywhere) return true;
+    if (a == CommandScope::kVideo || b == CommandScope::kVideo) return false;
+    return a == CommandScope::kBrowser || b == CommandScope::kBrowser;
 }

@@ -74,6 +74,7 @@ enum class Command : std::uint8_t {
 /** Where a command's key works. */
 enum class CommandScope : std::uint8_t {
     kEverywhere,   // every window of the program
+    kVideo,        // a video window
     kBrowser,      // the browser window
     kSongs,        // the table of songs has the focus
     kLists,        // the column of lists has the focus
@@ -96,5 +97,8 @@ struct CommandRow {
 [[nodiscard]] std::span<const CommandRow> CommandTable() noexcept;
 [[nodiscard]] const CommandRow& RowOf(Command command) noexcept;
 [[nodiscard]] const char* TitleOf(CommandGroup group) noexcept;
+/** A command that the room hears or sees. Its keys without Control or Alt, but Space, function keys and the one for full
+    screen, work in the video windows alone, unless the user wants single-key commands: elsewhere they are typed. */
+[[nodiscard]] bool IsOfShow(const CommandRow& row) noexcept;
 /** True when one key in both scopes could mean either. */
 [[nodiscard]] bool ScopesMeet(CommandScope a, CommandScope b) noexcept;

@@ -4,6 +4,7 @@
 #include <QActionGroup>
 #include <QCoreApplication>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QMenu>
 #include <QStandardPaths>
 
@@ -12,6 +13,7 @@
 #include "Shell/CAppWindows_Qt.h"
 #include "Shell/Commands.h"
 #include "Shell/DisplayAbilities.h"
+#include "Shell/FileDialog.h"
 #include "Shell/QtText.h"
 #include "Shell/XVideoWindow.h"
 
@@ -82,14 +84,20 @@ void AddBreakPicture(QMenu& menu, XVideoWindow& window) {
 
 }   // namespace
 
-void ChooseBreakPicture(QWidget& parent, CPreferences& prefs) {
+void ChooseBreakPicture(QWidget& parent, CPreferences& prefs, std::function<void()> chosen) {
     QString now = QtText(prefs.GetString(kBreak_PreferenceZ));
     if (now.isEmpty()) now = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
-    const QString chosen =
-        QFileDialog::getOpenFileName(&parent, Words("Picture Between Songs"), now,
-                                     Words("Pictures and movies (*.png *.jpg *.jpeg *.webp *.bmp *.tif *.tiff *.gif "
-                                           "*.mp4 *.m4v *.mov *.mkv *.webm *.avi)"));
-    if (!chosen.isEmpty()) prefs.Set(kBreak_PreferenceZ, CCFValue(SuperString(chosen.toStdString())));
+    auto* const dialogP = MakeFileDialog(&parent, Words("Picture Between Songs"), {});
+    dialogP->setFileMode(QFileDialog::ExistingFile);
+    dialogP->setNameFilter(Words("Pictures and movies (*.png *.jpg *.jpeg *.webp *.bmp *.tif *.tiff *.gif *.mp4 *.m4v *.mov "
+                                 "*.mkv *.webm *.avi)"));
+    const QFileInfo info(now);
+    dialogP->setDirectory(info.isDir() ? now : info.path());
+    if (!info.isDir()) dialogP->selectFile(info.fileName());
+    ShowFileDialog(*dialogP, [&prefs, chosen = std::move(chosen)](const QStringList& files) {
+        prefs.Set(kBreak_PreferenceZ, CCFValue(SuperString(files.front().toStdString())));
+        if (chosen) chosen();
+    });
 }
 
 void ShowVideoWindowMenu(XVideoWindow& window, CAppWindows_Qt& windows, const QPoint& global) {

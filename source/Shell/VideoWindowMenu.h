@@ -1,4 +1,5 @@
 #pragma once
+#include <functional>
 #include <QPoint>
 
 class CAppWindows_Qt;
@@ -12,6 +13,6 @@ class XVideoWindow;
 void ShowVideoWindowMenu(XVideoWindow& window, CAppWindows_Qt& windows, const QPoint& global);
 /** The displays for the full screen of `window`, by their names; the one that was chosen is marked. Main thread. */
 void FillDisplayMenu(QMenu& menu, XVideoWindow& window);
-/** Asks for the picture or the movie that the video windows show between songs, and keeps it in the preferences. Main
-    thread; waits for the user. */
-void ChooseBreakPicture(QWidget& parent, CPreferences& prefs);
+/** Asks, beside the show, for the picture or the movie that the video windows show between songs, keeps it in the
+    preferences, and calls `chosen`. Main thread; `parent` owns the dialog. */
+void ChooseBreakPicture(QWidget& parent, CPreferences& prefs, std::function<void()> chosen = {});

@@ -56,6 +56,18 @@ QString SumText(std::uint64_t duration300) {
     return QtText(DurationText(static_cast<double>(secondsL < 3600 ? secondsL : secondsL / 60 * 60)));
 }
 
+/** Brings a dialog to the front, made when there is none. No dialog waits: the show goes on beside it. */
+template <class Dialog, class Make>
+void Raise(QPointer<Dialog>& dialogP, Make&& make) {
+    if (dialogP.isNull()) {
+        dialogP = make();
+        dialogP->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    dialogP->show();
+    dialogP->raise();
+    dialogP->activateWindow();
+}
+
 }   // namespace
 
 XBrowserWindow::XBrowserWindow(BrowserSetup setup) : i_setup(std::move(setup)) {
@@ -68,7 +80,8 @@ XBrowserWindow::XBrowserWindow(BrowserSetup setup) : i_setup(std::move(setup)) {
     setMinimumSize(kWindow_Least);
     resize(kWindow_Usual.boundedTo(screen()->availableSize()));
 
-    i_transportP = new XTransport(i_setup.play, i_setup.database, *i_actions, [this] { return i_setup.mayInterrupt(2); });
+    i_transportP = new XTransport(i_setup.play, i_setup.database, *i_actions,
+                                  [this](auto then) { i_setup.ifInterruptible(2, std::move(then)); });
     i_splitterP = new QSplitter(Qt::Horizontal);
     i_splitterP->setHandleWidth(1);
     i_splitterP->setChildrenCollapsible(false);
@@ -261,7 +274,10 @@ void XBrowserWindow::MakeMenus() {
                       kSeekForwardFar});
     add(tr("S&ound"), {kVolumeUp, kVolumeDown, kMute, kLine, kPitchUp, kPitchDown, kPitchReset, kLine, kTempoUp,
                        kTempoDown, kTempoReset, kLine, kVocalNext});
-    QMenu* const pictureP = add(tr("P&icture"), {kFullScreen, kLeaveFullScreen, kNextDisplay});
+    QMenu* const pictureP = add(tr("P&icture"), {kFullScreen});
+    // Its key is that of the video windows: here Escape takes back the search.
+    pictureP->addAction(i_actions->Get(kLeaveFullScreen).text(), &i_actions->Get(kLeaveFullScreen), &QAction::trigger);
+    pictureP->addAction(&i_actions->Get(kNextDisplay));
     i_displaysP = pictureP->addMenu(tr("Full Screen &Display"));
     pictureP->addSeparator();
     FillSlipMenu(*pictureP->addMenu(tr("Sync &Slip")));
@@ -289,6 +305,7 @@ void XBrowserWindow::FillSlipMenu(QMenu& menu) {
 }
 
 void XBrowserWindow::FollowPreferences() {
+    i_actions->SetSingleKeys(i_setup.prefs.GetBool("Single-key commands", false));
     const int points = std::clamp<int>(i_setup.prefs.GetBrowserFontSize(), kFont_Least, kFont_Most);
     if (i_tableP->font().pointSize() != points) {
         QFont font = i_tableP->font();
@@ -355,8 +372,8 @@ void XBrowserWindow::Connect() {
     i_actions->On(kUserOrder, [this] {
         if (CPlayList* const listP = i_model->List(); listP != nullptr) listP->MakeUserOrder();
     });
-    i_actions->On(kOpenFiles, [this] { AddFiles(AskForFiles(), i_model->ListID(), SDB_Index_END); });
-    i_actions->On(kOpenFolder, [this] { AddFiles(AskForFolder(), i_model->ListID(), SDB_Index_END); });
+    i_actions->On(kOpenFiles, [this] { AskForFiles(); });
+    i_actions->On(kOpenFolder, [this] { AskForFolder(); });
     i_actions->Get(kShowPreview).setCheckable(true);
     i_actions->On(kShowPreview, [this] {
         i_setup.prefs.Set(kPreview_PreferenceZ, CCFValue(i_actions->Get(kShowPreview).isChecked()));
@@ -365,7 +382,7 @@ void XBrowserWindow::Connect() {
     i_actions->On(kAbout, [this] { ShowAbout(*this); });
     i_actions->On(kPreferences, [this] { ShowPreferences(); });
     i_actions->On(kShowNotices, [this] { ShowNotices(); });
-    i_actions->On(kShortcuts, [this] { XShortcutSheet(i_keys, this).exec(); });
+    i_actions->On(kShortcuts, [this] { Raise(i_sheetP, [this] { return new XShortcutSheet(i_keys, this); }); });
     i_actions->On(kQuit, [this] { emit CloseAsked(); });
 
     connect(i_transportP, &XTransport::PlayTold, this, &XBrowserWindow::PlayTold);
@@ -378,6 +395,9 @@ void XBrowserWindow::Connect() {
             [this](const QPoint& at) { XOutputPanel::PopUp(i_setup.play, i_setup.prefs, *this, at); });
     connect(i_tableP, &XSongTable::PlayAsked, this, [this](PLItemID item) { PlayItem(item, 1); });
     connect(i_tableP, &XSongTable::SelectionTold, this, &XBrowserWindow::ShowState);
+    connect(i_tableP, &XSongTable::Typed, this, &XBrowserWindow::TypeSearch);
+    connect(i_sourcesP, &XSourceList::Typed, this, &XBrowserWindow::TypeSearch);
+    for (QWidget* const listP : std::initializer_list<QWidget*>{i_tableP, i_sourcesP}) listP->installEventFilter(this);
     connect(i_model.get(), &CSongTableModel::StateChanged, this, &XBrowserWindow::ShowState);
     connect(i_model.get(), &CSongTableModel::FilesDropped, this, &XBrowserWindow::AddFiles);
 
@@ -480,10 +500,19 @@ void XBrowserWindow::PlayTold() {
 }
 
 void XBrowserWindow::PlayItem(PLItemID item, long confirmModeL) {
-    if (item == SDB_kNoItem || !i_setup.mayInterrupt(confirmModeL)) return;
-    if (CPlayList* const listP = i_model->List(); listP != nullptr) listP->SetSelectedItem(item);
-    i_begunItem = item;
-    (void)i_setup.play.Play(i_model->ListID(), item);   // tells its own failure
+    const CPlayList* const listP = i_model->List();
+    const auto row = listP == nullptr || item == SDB_kNoItem ? std::nullopt : listP->Items()->Get(item);
+    if (!row) return;
+    // When the answer comes another list may be shown, and the row be another song's.
+    i_setup.ifInterruptible(confirmModeL, [self = QPointer<XBrowserWindow>(this), list = listP->ID(), item,
+                                           target = row->target] {
+        CPlayList* const thenP = self.isNull() ? nullptr : self->i_setup.database.GetPlayList(list);
+        const auto now = thenP == nullptr ? std::nullopt : thenP->Items()->Get(item);
+        if (!now || !(now->target == target)) return;
+        thenP->SetSelectedItem(item);
+        self->i_begunItem = item;
+        (void)self->i_setup.play.Play(list, item);   // tells its own failure
+    });
 }
 
 void XBrowserWindow::PlaySelected(long confirmModeL) {
@@ -507,14 +536,7 @@ void XBrowserWindow::PlayOrPause() {
 }
 
 void XBrowserWindow::ShowPreferences() {
-    // No dialog that waits: what is set is seen at once, and the show goes on beside it.
-    if (i_preferencesP.isNull()) {
-        i_preferencesP = new XPreferencesWindow(i_setup.prefs, i_setup.play, *i_actions, this);
-        i_preferencesP->setAttribute(Qt::WA_DeleteOnClose);
-    }
-    i_preferencesP->show();
-    i_preferencesP->raise();
-    i_preferencesP->activateWindow();
+    Raise(i_preferencesP, [this] { return new XPreferencesWindow(i_setup.prefs, i_setup.play, *i_actions, this); });
 }
 
 void XBrowserWindow::NoticesChanged() {
@@ -523,27 +545,49 @@ void XBrowserWindow::NoticesChanged() {
 }
 
 void XBrowserWindow::ShowNotices() {
-    if (i_noticeListP.isNull()) {
-        i_noticeListP = new XNoticesWindow(i_setup.notices, this);
-        i_noticeListP->setAttribute(Qt::WA_DeleteOnClose);
-    }
-    i_noticeListP->show();
-    i_noticeListP->raise();
-    i_noticeListP->activateWindow();
+    Raise(i_noticeListP, [this] { return new XNoticesWindow(i_setup.notices, this); });
 }
 
 // ---- Window ----
 
 bool XBrowserWindow::eventFilter(QObject* watchedP, QEvent* eventP) {
-    if (watchedP == i_searchP && eventP->type() == QEvent::KeyPress) {
+    if (eventP->type() == QEvent::KeyPress) {
         const int key = static_cast<QKeyEvent*>(eventP)->key();
-        if (key == Qt::Key_Escape || key == Qt::Key_Down) {
-            if (key == Qt::Key_Escape) i_searchP->clear();
+        if (key == Qt::Key_Escape) {   // a cell's editor has it before
+            Escape();
+            if (watchedP == i_searchP) GoToSongs();
+            return true;
+        }
+        if (watchedP == i_searchP && key == Qt::Key_Down) {
             GoToSongs();
             return true;
         }
     }
     return QMainWindow::eventFilter(watchedP, eventP);
+}
+
+void XBrowserWindow::keyPressEvent(QKeyEvent* eventP) {
+    if (eventP->key() == Qt::Key_Escape) return Escape();
+    QMainWindow::keyPressEvent(eventP);
+}
+
+void XBrowserWindow::TypeSearch(const QString& text) {
+    if (text == "\b") {   // what was looked for is mended
+        if (i_searchP->text().isEmpty()) return;
+        i_searchP->setFocus(Qt::OtherFocusReason);
+        i_searchP->end(false);
+        i_searchP->backspace();
+    } else if (!text.isEmpty() && text.at(0).isPrint()) {
+        i_searchP->setFocus(Qt::OtherFocusReason);
+        i_searchP->selectAll();
+        i_searchP->insert(text);
+    }
+}
+
+void XBrowserWindow::Escape() {
+    if (i_searchP->text().isEmpty()) return i_tableP->clearSelection();
+    i_searchP->clear();
+    Filter();
 }
 
 void XBrowserWindow::SavePlaces() {

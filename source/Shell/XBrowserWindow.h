@@ -27,6 +27,7 @@ class XElidedLabel;
 class XNoticeBar;
 class XNoticesWindow;
 class XPreferencesWindow;
+class XShortcutSheet;
 class XSongTable;
 class XSourceList;
 class XTransport;
@@ -40,7 +41,8 @@ struct BrowserSetup {
     CLibraryCommands& commands;
     CNotices& notices;
     CGraphicsPorts* portsP = nullptr;                                     // of the preview; null leaves it out
-    std::function<bool(long)> mayInterrupt = [](long) { return true; };   // CApp::ConfirmManualSongChange
+    /** CApp::ConfirmManualSongChange. */
+    std::function<void(long, std::function<void()>)> ifInterruptible = [](long, const auto& then) { then(); };
 };
 
 /** The main window: the lists at the left over the preview, the songs of one of them at the right, the transport above.
@@ -76,6 +78,7 @@ protected:
     void showEvent(QShowEvent* eventP) override;
     void hideEvent(QHideEvent* eventP) override;
     bool eventFilter(QObject* watchedP, QEvent* eventP) override;
+    void keyPressEvent(QKeyEvent* eventP) override;
 
 private:
     [[nodiscard]] QWidget* MakeSidebar();
@@ -89,6 +92,10 @@ private:
     void ConnectLists();
     void ShowList(PlaylistID list);
     void Filter();
+    /** What was typed in a list begins a new search. */
+    void TypeSearch(const QString& text);
+    /** Takes back the search; without one, the selection. */
+    void Escape();
     /** The keys go to the table, and a row is there to be played. */
     void GoToSongs();
     void ShowState();
@@ -114,9 +121,9 @@ private:
     /** The songs' commands can be given when they would do something with one of the rows. */
     void EnableSongs();
     static void TellFailure(OSErr err);
-    /** The user chooses what to add, from where it was the last time; empty when it shall be nothing. */
-    [[nodiscard]] QStringList AskForFiles();
-    [[nodiscard]] QStringList AskForFolder();
+    /** The user chooses what to add to the list that is shown, from where it was the last time. */
+    void AskForFiles();
+    void AskForFolder();
     [[nodiscard]] QString FolderToAddFrom() const;
     void SavePlaces();
     /** One song came: it is shown, and played when nothing else is. */
@@ -145,4 +152,5 @@ private:
     QSplitter* i_splitterP = nullptr;
     QPointer<XPreferencesWindow> i_preferencesP;
     QPointer<XNoticesWindow> i_noticeListP;
+    QPointer<XShortcutSheet> i_sheetP;
 };

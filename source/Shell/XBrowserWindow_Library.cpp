@@ -13,6 +13,7 @@
 #include "Platform/CFolders.h"
 #include "Play/CPlayControl.h"
 #include "Shell/CSongTableModel.h"
+#include "Shell/FileDialog.h"
 #include "Shell/QtText.h"
 #include "Shell/XActions.h"
 #include "Shell/XBrowserWindow.h"
@@ -31,7 +32,7 @@ constexpr struct {
     {"Videos", false, false, false, true}, {"Zips", true, false, false, false},
 };
 
-QString SongFileFilters(bool midiB) {
+QStringList SongFileFilters(bool midiB) {
     QStringList filters;
     for (const auto& kind : kFile_Kinds) {
         QStringList patterns;
@@ -45,7 +46,7 @@ QString SongFileFilters(bool midiB) {
         filters << QString("%1 (%2)").arg(kind.titleZ, patterns.join(' '));
     }
     filters << QString("%1 (*)").arg(QObject::tr("All files"));
-    return filters.join(";;");
+    return filters;
 }
 
 }   // namespace
@@ -55,20 +56,27 @@ QString XBrowserWindow::FolderToAddFrom() const {
     return !kept.isEmpty() && QFileInfo(kept).isDir() ? kept : QString::fromStdString(CFolders::Music().string());
 }
 
-QStringList XBrowserWindow::AskForFiles() {
-    const QStringList files = QFileDialog::getOpenFileNames(
-        this, tr("Add Files"), FolderToAddFrom(), SongFileFilters(i_setup.prefs.GetBool("Launch Midi Files")), nullptr,
-        QFileDialog::HideNameFilterDetails);
-    if (!files.isEmpty())
-        i_setup.prefs.Set(kAddFrom_PreferenceZ, CCFValue(SuperString(QFileInfo(files.front()).path().toStdString())));
-    return files;
+void XBrowserWindow::AskForFiles() {
+    auto* const dialogP = MakeFileDialog(this, tr("Add Files"), FolderToAddFrom());
+    dialogP->setFileMode(QFileDialog::ExistingFiles);
+    dialogP->setNameFilters(SongFileFilters(i_setup.prefs.GetBool("Launch Midi Files")));
+    dialogP->setOption(QFileDialog::HideNameFilterDetails);
+    ShowFileDialog(*dialogP, [this, list = i_model->ListID()](const QStringList& files) {
+        const std::string folder = QFileInfo(files.front()).path().toStdString();
+        i_setup.prefs.Set(kAddFrom_PreferenceZ, CCFValue(SuperString(folder)));
+        AddFiles(files, list, SDB_Index_END);
+    });
 }
 
-QStringList XBrowserWindow::AskForFolder() {
-    const QString folder = QFileDialog::getExistingDirectory(this, tr("Add Folder"), FolderToAddFrom());
-    if (folder.isEmpty()) return {};
-    i_setup.prefs.Set(kAddFrom_PreferenceZ, CCFValue(SuperString(QFileInfo(folder).path().toStdString())));
-    return {folder};
+void XBrowserWindow::AskForFolder() {
+    auto* const dialogP = MakeFileDialog(this, tr("Add Folder"), FolderToAddFrom());
+    dialogP->setFileMode(QFileDialog::Directory);
+    dialogP->setOption(QFileDialog::ShowDirsOnly);
+    ShowFileDialog(*dialogP, [this, list = i_model->ListID()](const QStringList& folders) {
+        const std::string above = QFileInfo(folders.front()).path().toStdString();
+        i_setup.prefs.Set(kAddFrom_PreferenceZ, CCFValue(SuperString(above)));
+        AddFiles(folders, list, SDB_Index_END);
+    });
 }
 
 void XBrowserWindow::AddFiles(const QStringList& paths, PlaylistID list, RowIndex where) {
@@ -93,7 +101,6 @@ void XBrowserWindow::AddFiles(const QStringList& paths, PlaylistID list, RowInde
                              : added.songs.empty() ? QString()
                                                    : tr("In the library already"));
             if (added.songs.size() == 1) window.ShowAdded(added.songs.front());
-            // Last: it waits for the user, and the window may have gone by then.
             if (!added.refused.empty()) MessageAlert("Some files could not be added.", added.RefusedText());
         });
     if (Failed(err)) MessageAlert("The files could not be added.", FaultText(err, FaultOf::kStep, {}));

@@ -42,6 +42,8 @@ constexpr PreferenceRow kDuringPlay[] = {
     {"Always confirm manual song changes", nullptr, "Asks before another song ends the one that plays."},
     {"Always confirm manual song changes (transport buttons)", nullptr, "Also for Stop, Next and Previous."},
     {"Auto-play when you add single song to Library"},
+    {"Single-key commands", nullptr,
+     "Letters, arrows and signs are commands in every window, not in the video windows alone; off, letters search."},
     {"Sync Slip increment (300ths)", "Step of the sync slip",
      "How far one press moves the picture against the sound.", 0.01, 5, 0.1, 1.0 / 300, 2, " s"},
     {"Tempo change increment (percent)", "Step of the tempo", nullptr, 1, 25, 1, 1, 0, " %"},
@@ -193,8 +195,7 @@ void XPreferencesWindow::MakeVideo() {
     page.OnShow(show);
     for (QPushButton* const buttonP : {chooseP, noneP}) buttonP->setAutoDefault(false);
     connect(chooseP, &QPushButton::clicked, this, [this, show] {
-        ChooseBreakPicture(*this, i_prefs);
-        show();
+        ChooseBreakPicture(*this, i_prefs, show);   // the dialog goes with this window
     });
     connect(noneP, &QPushButton::clicked, this, [this, show] {
         i_prefs.Set(kBreak_PreferenceZ, CCFValue(SuperString()));

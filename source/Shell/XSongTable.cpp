@@ -353,12 +353,13 @@ void XSongTable::mouseReleaseEvent(QMouseEvent* eventP) {
 }
 
 void XSongTable::mouseDoubleClickEvent(QMouseEvent* eventP) {
-    // A double click plays; it does not edit.
+    // A double click plays; it does not edit: the view must hear of it, or it takes the clicks for slow ones.
     i_editWait.stop();
     i_editAt = QPersistentModelIndex();
     const QModelIndex index = indexAt(eventP->pos());
-    if (eventP->button() != Qt::LeftButton || !index.isValid()) return QTableView::mouseDoubleClickEvent(eventP);
-    emit PlayAsked(i_model.ItemAt(index.row()));
+    const PLItemID item = eventP->button() == Qt::LeftButton && index.isValid() ? i_model.ItemAt(index.row()) : SDB_kNoItem;
+    QTableView::mouseDoubleClickEvent(eventP);
+    if (item != SDB_kNoItem) emit PlayAsked(item);
 }
 
 void XSongTable::keyPressEvent(QKeyEvent* eventP) {

@@ -37,6 +37,8 @@ signals:
     void SelectionTold();
     /** Rows were to be moved in a sorted order, which has no place for that. */
     void MoveRefused(const QPoint& global);
+    /** A key that is no command here: for the search. */
+    void Typed(const QString& text);
 
 protected:
     void paintEvent(QPaintEvent* eventP) override;
@@ -51,7 +53,7 @@ protected:
     void startDrag(Qt::DropActions actions) override;
     void dragMoveEvent(QDragMoveEvent* eventP) override;
     void dropEvent(QDropEvent* eventP) override;
-    void keyboardSearch(const QString& /*text*/) override {}   // the letters are commands; the search field finds
+    void keyboardSearch(const QString& text) override { emit Typed(text); }
 
 private:
     void LoadColumns();

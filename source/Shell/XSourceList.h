@@ -22,6 +22,8 @@ public:
     [[nodiscard]] bool NamesLocked() const { return i_namesLockedB; }
 
 signals:
+    /** A key that is no command here: for the search. */
+    void Typed(const QString& text);
     void Chosen(PlaylistID list);
     /** The user gave the list this name. */
     void RenameAsked(PlaylistID list, const QString& name);
@@ -32,7 +34,7 @@ protected:
     void dragMoveEvent(QDragMoveEvent* eventP) override;
     void dropEvent(QDropEvent* eventP) override;
     void contextMenuEvent(QContextMenuEvent* eventP) override;
-    void keyboardSearch(const QString& /*text*/) override {}
+    void keyboardSearch(const QString& text) override { emit Typed(text); }
     /** The list that has the keys is always the marked one: Del never means another. */
     QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index,
                                                          const QEvent* eventP) const override;

@@ -71,11 +71,11 @@ QWidget* Under(QLabel* captionP, QLayout* rowP) {
 }   // namespace
 
 XTransport::XTransport(CPlayControl& play, CSongDatabase& database, XActions& actions,
-                       std::function<bool()> mayInterrupt)
+                       IfInterruptible ifInterruptible)
     : i_play(play),
       i_database(database),
       i_actions(actions),
-      i_mayInterrupt(std::move(mayInterrupt)),
+      i_ifInterruptible(std::move(ifInterruptible)),
       i_titleP(new XElidedLabel(tr("Song"))),
       i_artistP(new XElidedLabel(tr("Artist"))),
       i_elapsedP(MakeTime(Qt::AlignLeft, tr("Elapsed"), tr("How long the song has played"))),
@@ -277,9 +277,9 @@ void XTransport::Connect() {
     };
     const auto volumeBy = [this](int percent) { i_volumeP->setValue(i_volumeP->value() + percent); };
     const std::pair<Command, std::function<void()>> works[] = {
-        {Command::kStop, [this] { if (i_mayInterrupt()) i_play.Stop(); }},
-        {Command::kNext, [this] { if (i_mayInterrupt()) (void)i_play.PlayNext(); }},
-        {Command::kPrevious, [this] { if (i_mayInterrupt()) (void)i_play.PlayPrevious(); }},
+        {Command::kStop, [this] { i_ifInterruptible([&play = i_play] { play.Stop(); }); }},
+        {Command::kNext, [this] { i_ifInterruptible([&play = i_play] { (void)play.PlayNext(); }); }},
+        {Command::kPrevious, [this] { i_ifInterruptible([&play = i_play] { (void)play.PlayPrevious(); }); }},
         {Command::kGoBack, [this] { (void)i_play.GoBack(); }},   // never asks: a singer waits
         {Command::kRewind, [this] { i_play.Rewind(); }},
         {Command::kSeekBack, [seekBy] { seekBy(-5); }},

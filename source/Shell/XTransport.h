@@ -28,8 +28,9 @@ enum class IconKind;
 class XTransport final : public QWidget, private CPlayWatcher {
     Q_OBJECT
 public:
-    /** `mayInterrupt` is asked before a button ends the song that plays. */
-    XTransport(CPlayControl& play, CSongDatabase& database, XActions& actions, std::function<bool()> mayInterrupt);
+    /** Calls what ends the song that plays, now or once the user has said so. */
+    using IfInterruptible = std::function<void(std::function<void()> then)>;
+    XTransport(CPlayControl& play, CSongDatabase& database, XActions& actions, IfInterruptible ifInterruptible);
     ~XTransport() override;
 
     /** "-3:05": with a minus what is left. Hours only where there are some. */
@@ -70,7 +71,7 @@ private:
     SongID i_song{0};   // whose place the seek bar shows
     CSongDatabase& i_database;
     XActions& i_actions;
-    const std::function<bool()> i_mayInterrupt;
+    const IfInterruptible i_ifInterruptible;
     QTimer i_tick;
     // Children.
     XElidedLabel* i_titleP;

@@ -257,15 +257,16 @@ TEST_F(AppTest, AsksBeforeAChangeOfSong) {
         app.Prefs().Set("Always confirm manual song changes (transport buttons)", CCFValue(c.transportB));
         i_ui.questions.clear();
         i_ui.answers = {Answer{c.button, false}};
-        EXPECT_EQ(app.ConfirmManualSongChange(c.modeL), c.allowedB);
-        EXPECT_EQ(i_ui.questions.size(), c.askedB ? 1U : 0U);
+        bool allowedB = false;
+        app.ConfirmManualSongChange(c.modeL, [&] { allowedB = true; });
+        EXPECT_EQ(allowedB, c.allowedB);
+        ASSERT_EQ(i_ui.questions.size(), c.askedB ? 1U : 0U);
+        if (c.askedB) {
+            EXPECT_EQ(i_ui.questions[0].defaultIndex, 1U);   // Return goes on with the song
+        }
     }
     song.playingB = true;
-    i_ui.answers = {Answer{1, false}, Answer{0, false}};
-    EXPECT_FALSE(app.PrepareToQuit());
-    EXPECT_FALSE(app.IsShutdown());
-    EXPECT_TRUE(song.playingB);
-    EXPECT_TRUE(app.PrepareToQuit());
+    app.PrepareToQuit();
     EXPECT_TRUE(app.IsShutdown());
     EXPECT_FALSE(song.playingB);
     app.SetCurrentSong(nullptr);
@@ -363,7 +364,7 @@ TEST_F(AppTest, AFailedAssertionIsShownOnceAndTheShowGoesOn) {
     EXPECT_FALSE(Assert(1 + 1 == 3));
     ASSERT_EQ(i_ui.alerts.size(), 1U);
     EXPECT_TRUE(i_ui.alerts.front().starts_with("Assert Fail: 1 + 1 == 3, in file: '")) << i_ui.alerts.front();
-    EXPECT_TRUE(app.PrepareToQuit());
+    app.PrepareToQuit();
     EXPECT_FALSE(Assert(false));
     EXPECT_EQ(i_ui.alerts.size(), 1U);   // while quitting it is only logged
 }
@@ -464,34 +465,53 @@ TEST_F(AppTest, TheCommandLineSetsAPreference) {
     application.ShutDown();
 }
 
-TEST_F(AppTest, ASecondFilePlaysAndABadOneLeavesTheFirst) {
+TEST_F(AppTest, FilesThatAreOpenedEnterTheLibraryAndInterruptNothing) {
     Windows windows;
     TVoplaApp application({.loop = i_loop, .ui = i_ui, .windows = windows, .resources = MakeSetup().resources, .prefs = MakeSetup().prefs});
     application.StartUp();
     gApp->Prefs().Set("Audio Output Device", CCFValue(SuperString("dummy")));
-    const std::string file = std::string(VOPLA_SOURCE_DIR) + "/resources/demo/Vopla Demo - Amazing Grace.cdg";
-    for (const std::string& sent : {file, file, std::string("/nowhere/none.cdg")}) {
-        application.OnSecondInstance({sent});
+    gApp->Prefs().Set("Always confirm manual song changes", CCFValue(true));
+    const std::string demo = std::string(VOPLA_SOURCE_DIR) + "/resources/demo/Vopla Demo - Amazing Grace.cdg";
+    const std::string other = (i_folder / "Other\nline.mp3").string(), folder = (i_folder / "folder").string();
+    const auto copy = [&](const std::string& to) { fs::copy_file(fs::path(demo).replace_extension(".mp3"), to); };
+    copy(other);
+    fs::create_directory(folder);
+    copy(folder + "/a.mp3");
+    copy(folder + "/b.mp3");
+    enum class Play { kNone, kFirst, kDemo };
+    constexpr const char* kKey = "Auto-play when you add single song to Library";
+    const struct {
+        LaunchFiles files;
+        bool autoB, stoppedB;   // before
+        std::size_t countL, alertsL;
+        Play play;
+    } cases[] = {
+        {{demo}, false, true, 1, 0, Play::kNone},
+        {{demo}, true, true, 1, 0, Play::kDemo},
+        {{"/nowhere/none.mp3"}, true, false, 1, 1, Play::kDemo},
+        {{other}, true, false, 2, 1, Play::kDemo},
+        {{"/nowhere/none.mp3", other, demo}, true, false, 2, 2, Play::kDemo},
+        {{folder}, true, false, 4, 2, Play::kDemo},
+        {{folder}, true, true, 4, 2, Play::kFirst},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.files.front() + (c.stoppedB ? " stopped" : ""));
+        gApp->Prefs().Set(kKey, CCFValue(c.autoB));
+        if (c.stoppedB) gApp->Play().Stop();
+        application.OnSecondInstance(LaunchFilesOf(LaunchText(c.files)));
         i_loop.Post([] {});
-        for (int n = 0; n < 3; ++n) gApp->RunLoopPass();
-        EXPECT_TRUE(RunUntil(*gApp, [&] { return gApp->IsSongPlaying(); })) << sent;
-        const int shownL = windows.screen.refreshesL;
-        EXPECT_TRUE(RunUntil(*gApp, [&] { return windows.screen.refreshesL > shownL; })) << sent;
+        for (int n = 0; n < 3; ++n) gApp->RunLoopPass();   // it has begun
+        EXPECT_TRUE(RunUntil(*gApp, [&] {
+            return !gApp->Database().IsAddingToLibrary() && gApp->Database().Library().Count() == c.countL &&
+                   i_ui.alerts.size() == c.alertsL && gApp->IsSongPlaying() == (c.play != Play::kNone);
+        }));
+        const CSong* const songP = gApp->Database().GetSong(gApp->Play().CurrentSong());
+        const std::string name = songP == nullptr ? "" : songP->FileRef(SDB_SongFile_AUDIO).GetName();
+        EXPECT_EQ(name, c.play == Play::kNone ? "" : c.play == Play::kDemo ? "Vopla Demo - Amazing Grace.mp3" : "a.mp3");
     }
-    ASSERT_EQ(i_ui.alerts.size(), 1U);
-    EXPECT_NE(i_ui.alerts.front().find("File Not Found"), std::string::npos);
+    EXPECT_TRUE(i_ui.questions.empty());
     application.OnSecondInstance({});
-    EXPECT_TRUE(RunUntil(*gApp, [&] { return i_ui.alerts.size() == 2; }));
-    // Several at once, as one text from the second start: the first that is a song plays, what is none is told.
-    const std::string other = (i_folder / "Other\nline.mp3").string();
-    fs::copy_file(fs::path(file).replace_extension(".mp3"), other);
-    application.OnSecondInstance(LaunchFilesOf(LaunchText({"/nowhere/none.mp3", other, file})));
     EXPECT_TRUE(RunUntil(*gApp, [&] { return i_ui.alerts.size() == 3; }));
-    EXPECT_EQ(gApp->Database().Library().Count(), 2U);
-    const auto playing = [] { return gApp->Database().GetSong(gApp->Play().CurrentSong()); };
-    EXPECT_TRUE(RunUntil(*gApp, [&] {
-        return playing() != nullptr && playing()->FileRef(SDB_SongFile_AUDIO).GetName() == "Other\nline.mp3";
-    }));
     application.RequestQuit(QuitAsk::kNobody);
     EXPECT_EQ(application.Run({}), 0);
     application.ShutDown();

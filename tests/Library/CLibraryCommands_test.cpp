@@ -48,7 +48,9 @@ TEST_F(LibraryCommands, TheDialogsSayWhatIsMeantAndTheSafeAnswerIsNo) {
         "Are you sure you want reveal 7%d songs in the Finder?"};
     for (std::size_t n = 0; n < std::size(texts); ++n) {
         const Question question = LibraryQuestion(static_cast<LibraryDialog>(n), "7%d");
-        EXPECT_EQ(question.text, texts[n]);
+        // What the question is about is named: within its words, or beneath them.
+        EXPECT_EQ(question.text, std::string(texts[n]) + (std::string_view(texts[n]).find("7%d") == std::string_view::npos ? "\n\n7%d" : ""));
+        EXPECT_EQ(question.defaultIndex, question.safeIndex);
         ASSERT_EQ(question.buttons.size(), 2U);
         EXPECT_NE(question.safeIndex, kAnswer_Do);
         EXPECT_EQ(question.buttons[question.safeIndex], "Cancel");
@@ -68,7 +70,7 @@ TEST_F(LibraryCommands, RemovingAsksAndLeavesTheFiles) {
     i_databaseP->SetPlayingSong(two.GetSongID());
     Yes();
     EXPECT_EQ(i_commandsP->RemoveFromLibrary(selection), userCanceledErr);
-    EXPECT_EQ(LastText(), LibraryQuestion(LibraryDialog::kDeletePlaying).text);
+    EXPECT_EQ(LastText(), LibraryQuestion(LibraryDialog::kDeletePlaying, "“Two”").text);
     EXPECT_EQ(i_databaseP->Library().Count(), 2U);
     Yes();
     Yes();

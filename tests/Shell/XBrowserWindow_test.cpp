@@ -1,6 +1,7 @@
 #include "Shell/XBrowserWindow.h"
 
 #include "Shell/BrowserTest.h"
+#include "Shell/CUserInterface_Qt.h"
 #include "Shell/XNoticeBar.h"
 #include "Shell/XNoticesWindow.h"
 #include "Shell/XOutputPanel.h"
@@ -60,6 +61,8 @@ TEST_F(BrowserTest, SpacePlaysButNeverInATextField) {
 
 TEST_F(BrowserTest, WhateverIsMappedATextFieldKeepsItsPlainKeys) {
     Count(Command::kNext);
+    i_prefs.Set("Single-key commands", CCFValue(true));
+    i_windowP->FollowPreferences();
     XActions& actions = i_windowP->Actions();
     actions.Keys().SetKeys(Command::kNext,
                            {QKeySequence(Qt::Key_X), QKeySequence(Qt::Key_Left), QKeySequence(Qt::Key_Backspace),
@@ -84,18 +87,118 @@ TEST_F(BrowserTest, WhateverIsMappedATextFieldKeepsItsPlainKeys) {
     EXPECT_EQ(i_askedL, 4);
 }
 
+/** A song's name that is typed in a list is looked for; it must not mute, detune or stop the one that plays. */
+TEST_F(BrowserTest, WhatIsTypedInAListIsSearchedUnlessSingleKeysAreCommands) {
+    for (const CommandRow& row : CommandTable())
+        if (IsOfShow(row)) Count(row.command);
+    auto& table = Find<XSongTable>();
+    const auto type = [](const char* textZ) {
+        for (const char c : std::string_view(textZ)) QTest::keyClick(QApplication::focusWidget(), c);
+    };
+    const auto press = [](int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        QTest::keyClick(QApplication::focusWidget(), static_cast<Qt::Key>(key), modifiers);
+    };
+    for (QWidget* const listP : std::initializer_list<QWidget*>{&table, &Find<XSourceList>()}) {
+        listP->setFocus();
+        type("mama 0 v");
+        EXPECT_EQ(Search().text(), "mama 0 v");
+        EXPECT_TRUE(Search().hasFocus());
+        press(Qt::Key_Down);
+        type("9");   // another search
+        EXPECT_EQ(Search().text(), "9");
+        // Escape takes back one thing after the other, and leaves the room's screen alone.
+        press(Qt::Key_Escape);
+        EXPECT_EQ(Search().text(), "");
+        EXPECT_TRUE(table.hasFocus());
+        static_cast<CSongTableModel*>(table.model())->Settle();
+        table.selectRow(1);
+        press(Qt::Key_Escape);
+        EXPECT_TRUE(table.SelectedItems().empty());
+        press(Qt::Key_Escape);
+    }
+    for (const int key : {Qt::Key_Right, Qt::Key_Left, Qt::Key_Plus, Qt::Key_Minus, Qt::Key_Comma}) press(key);
+    EXPECT_EQ(i_askedL, 0);
+    Search().clear();
+    table.setFocus();
+    for (const auto& [key, held] : std::initializer_list<std::pair<int, Qt::KeyboardModifiers>>{
+             {Qt::Key_Space, {}}, {Qt::Key_F, {}}, {Qt::Key_Right, Qt::AltModifier}, {Qt::Key_M, Qt::ControlModifier}})
+        press(key, held);
+    EXPECT_EQ(i_askedL, 4);
+    i_prefs.Set("Single-key commands", CCFValue(true));
+    i_windowP->FollowPreferences();
+    type("m0");
+    press(Qt::Key_Escape);
+    EXPECT_EQ(i_askedL, 6);
+    EXPECT_EQ(Search().text(), "");
+}
+
+/** A dialog stands beside the show: no window waits for it, and its keys are not those of the show. */
+TEST_F(BrowserTest, TheShowGoesOnWhateverDialogStands) {
+    Count(Command::kPlayPause);
+    Count(Command::kVolumeUp);
+    const auto open = [&](auto make) {
+        make();
+        for (QWidget* const windowP : QApplication::topLevelWidgets())
+            if (auto* const dialogP = qobject_cast<QDialog*>(windowP); dialogP != nullptr && dialogP->isVisible())
+                return dialogP;
+        return static_cast<QDialog*>(nullptr);
+    };
+    CUserInterface_Qt ui;
+    std::vector<std::size_t> answers;
+    const Question question{.title = "Sure?", .text = "Stop “Alpha”?", .buttons = {"Yes", "No"}, .defaultIndex = 1,
+                            .safeIndex = 1};
+    const auto command = [&](Command c) { return [this, c] { i_windowP->Actions().Get(c).trigger(); }; };
+    const std::pair<const char*, std::function<void()>> dialogs[] = {
+        {"shortcuts", command(Command::kShortcuts)},
+        {"preferences", command(Command::kPreferences)},
+        {"notices", command(Command::kShowNotices)},
+        {"files", command(Command::kOpenFiles)},
+        {"folder", [&] { ui.ChooseFolderThen("Where?", [](const auto&) {}); }},
+        {"question", [&] { ui.AskThen(question, [&](const Answer& answer) { answers.push_back(answer.buttonIndex); }); }},
+    };
+    for (const auto& [nameZ, make] : dialogs) {
+        SCOPED_TRACE(nameZ);
+        const QPointer<QDialog> dialogP = open(make);
+        ASSERT_NE(dialogP, nullptr);
+        EXPECT_FALSE(dialogP->isModal());
+        EXPECT_TRUE(QTest::qWaitForWindowActive(dialogP, 5000));
+        i_askedL = 0;
+        for (auto* const buttonP : dialogP->findChildren<QPushButton*>()) {
+            if (!buttonP->isVisible() || !buttonP->isEnabled()) continue;
+            buttonP->setFocus();
+            QTest::keyClick(buttonP, Qt::Key_Space);
+            QTest::keyClick(buttonP, Qt::Key_Up, Qt::ControlModifier);
+            EXPECT_EQ(std::exchange(i_askedL, 0), 2) << buttonP->text().toStdString();
+            break;
+        }
+        EXPECT_TRUE(dialogP->isVisible());
+        EXPECT_TRUE(answers.empty());
+        if (nameZ == std::string_view("question")) {
+            make();   // asked again: the one that stands comes to the front
+            EXPECT_EQ(answers, std::vector<std::size_t>{1});
+            QTest::keyClick(dialogP->findChildren<QPushButton*>().front(), Qt::Key_Return);
+            EXPECT_EQ(answers.size(), 2U);
+        } else {
+            QTest::keyClick(dialogP, Qt::Key_Escape);
+        }
+        EXPECT_TRUE(dialogP.isNull() || !dialogP->isVisible());
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        i_windowP->activateWindow();
+    }
+}
+
 TEST_F(BrowserTest, AKeyInConflictWorksForNeither) {
     Count(Command::kNext);
     Count(Command::kStop);
     XActions& actions = i_windowP->Actions();
-    actions.Keys().SetKeys(Command::kNext, {QKeySequence(Qt::Key_X), QKeySequence(Qt::Key_N)});
-    actions.Keys().SetKeys(Command::kStop, {QKeySequence(Qt::Key_X)});
+    actions.Keys().SetKeys(Command::kNext, {QKeySequence("Ctrl+X"), QKeySequence("Ctrl+T")});
+    actions.Keys().SetKeys(Command::kStop, {QKeySequence("Ctrl+X")});
     actions.KeysChanged();
     auto& table = Find<XSongTable>();
     table.setFocus();
-    QTest::keyClick(&table, Qt::Key_X);
+    QTest::keyClick(&table, Qt::Key_X, Qt::ControlModifier);
     EXPECT_EQ(i_askedL, 0);
-    QTest::keyClick(&table, Qt::Key_N);   // its other key is its own
+    QTest::keyClick(&table, Qt::Key_T, Qt::ControlModifier);   // its other key is its own
     EXPECT_EQ(i_askedL, 1);
 }
 

@@ -20,9 +20,9 @@ FULL = (1280, 0, 1024, 768)
 
 
 class Desktop:
-    def __init__(self, vopla, root, env):
+    def __init__(self, vopla, root, env, *files):
         self.root, self.env = root, env
-        self.process = subprocess.Popen([vopla, "--root", root], env=env, stderr=subprocess.DEVNULL)
+        self.process = subprocess.Popen([vopla, "--root", root, *files], env=env, stderr=subprocess.DEVNULL)
 
     def place(self):
         found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", r"^Vopla Video( —| -|$)"], env=self.env,
