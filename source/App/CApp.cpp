@@ -8,6 +8,7 @@
 #include "App/CAppWindows.h"
 #include "App/CBreakScreen.h"
 #include "App/CCoverArt.h"
+#include "App/CGoBackNotice.h"
 #include "App/CNotices.h"
 #include "App/CScopedInitializing.h"
 #include "App/CTaskList.h"
@@ -23,8 +24,8 @@
 #include "Library/CMetaManager.h"
 #include "Core/ThreadInfo.h"
 #include "Core/WaitMode.h"
+#include "Platform/BesideShow.h"
 #include "Platform/CClock.h"
-#include "Platform/CUserInterface.h"
 
 CApp* gApp = nullptr;
 
@@ -226,7 +227,7 @@ bool CApp::MustConfirm(long modeL) {
 void CApp::ConfirmManualSongChange(long modeL, std::function<void()> then) {
     if (!MustConfirm(modeL)) return then();
     const SongID song = Play().CurrentSong();
-    Ui().AskThen(InterruptQuestion(), [modeL, song, then = std::move(then)](const Answer& answer) {
+    AskThen(Ui(), InterruptQuestion(), [modeL, song, then = std::move(then)](const Answer& answer) {
         if (answer.buttonIndex != 0 || gApp == nullptr || gApp->IsShutdown()) return;
         if (gApp->Play().CurrentSong() == song) return then();
         gApp->ConfirmManualSongChange(modeL, then);   // another one plays by now, and nobody was asked about that

@@ -3,6 +3,7 @@
 #include "App/CAppWindows.h"
 #include "App/CBreakScreen.h"
 #include "App/CCoverArt.h"
+#include "App/CGoBackNotice.h"
 #include "App/CAppLibrary.h"
 #include "App/CAppPlay.h"
 #include "App/CAppSaves.h"
@@ -114,6 +115,7 @@ void CAppQuit::HideWindows() {
     for (const WindowKind kind : {PREF_Wind_TASKS, PREF_Wind_VIDEO, PREF_Wind_VIDEO2, PREF_Wind_BROWSER})
         i_app.Windows().Hide(kind);
     i_app.i_covers.reset();
+    i_app.i_goBack.reset();
     i_app.i_break.reset();   // nobody sees it any more, and its movie has a thread to end
 }
 

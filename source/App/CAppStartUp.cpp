@@ -5,6 +5,7 @@
 #include "App/CAppWindows.h"
 #include "App/CBreakScreen.h"
 #include "App/CCoverArt.h"
+#include "App/CGoBackNotice.h"
 #include "App/CAppLibrary.h"
 #include "App/CAppPlay.h"
 #include "App/CAppSaves.h"
@@ -219,6 +220,7 @@ void CAppStartUp::CreateWindows() {
     for (const WindowKind kind : {PREF_Wind_BROWSER, PREF_Wind_VIDEO2, PREF_Wind_VIDEO, PREF_Wind_TASKS})
         i_app.Windows().Create(kind);
     i_app.i_break = std::make_unique<CBreakScreen>(i_app.Windows().Ports(), i_app.MainLoop());
+    i_app.i_goBack = std::make_unique<CGoBackNotice>(i_app.Play(), i_app.Notices());
     i_app.i_covers = std::make_unique<CCoverArt>(i_app.Play(), i_app.Windows().Ports());
     i_app.FollowPreferences();
     i_app.i_hasMainWindowB.store(true, std::memory_order_release);

@@ -19,7 +19,7 @@ struct Notice {
     NoticeID id{0};
     double toldT = 0;   // by CClock::AbsoluteT; the last time, when it came more than once
     std::string words, detail;
-    long countL = 1;    // how often it came
+    long countL = 1;   // how often it came
     bool readB = false;
     NoticeAction action = {};   // empty: there is nothing to do
 };

@@ -15,7 +15,7 @@
 #include "Core/CMainThreadProc.h"
 #include "Core/CMutex_ThreadQue_Alert.h"
 #include "Core/ThreadInfo.h"
-#include "Platform/CUserInterface.h"
+#include "Platform/BesideShow.h"
 
 namespace {
 
@@ -96,7 +96,7 @@ void CAlerts::ShowNow(const std::string& message, const std::string& detail) {
 
 void CAlerts::ShowLast(const std::string& message) {
     const ScopedNesting nesting;
-    i_ui.AlertAndWait(message, {});
+    AlertAndWait(i_ui, message, {});
 }
 
 void CAlerts::Add(std::function<void(CAlerts&)> show) {
@@ -130,9 +130,9 @@ void CAlerts::Queue(std::string_view message, std::string_view detail) {
 void CAlerts::Queue(const Question& question, std::function<void(const Answer&)> answered) {
     LogF("Queing dialog message: %s\n", question.text.c_str());
     Add([question, answered = std::move(answered)](CAlerts& alerts) {
-        if (alerts.i_questions.size() >= kAlerts_MostWaiting) return Log("too many questions wait: this one is only logged");
+        if (alerts.i_questions.size() >= kAlerts_MostWaiting)
+            return Log("too many questions wait: this one is only logged");
         alerts.i_questions.push_back({question, answered});
-        alerts.i_questions.back().question.unaskedB = true;
         alerts.AskNext();
     });
 }
@@ -141,14 +141,15 @@ void CAlerts::AskNext() {
     if (i_asksB || i_questions.empty() || (gApp != nullptr && gApp->IsShutdown())) return;
     i_asksB = true;
     const Waiting next = i_questions.front();
-    i_ui.AskThen(next.question, [selfRef = i_selfRef, answered = next.answered](const Answer& answer) {
+    const auto taken = [selfRef = i_selfRef, answered = next.answered](const Answer& answer) {
         if (answered) answered(answer);
         if (*selfRef == nullptr) return;
         CAlerts& alerts = **selfRef;
         alerts.i_questions.pop_front();
         alerts.i_asksB = false;
         alerts.AskNext();
-    });
+    };
+    AskThen(i_ui, next.question, taken, AskedFor::kItself);
 }
 
 void CAlerts::AppReady() { i_queue->WakeUp(); }

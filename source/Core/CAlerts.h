@@ -45,7 +45,7 @@ private:
     void AskNext();
 
     CUserInterface& i_ui;
-    std::deque<Waiting> i_questions;                   // the first one stands on the screen when i_asksB
+    std::deque<Waiting> i_questions;   // the first one stands on the screen when i_asksB
     bool i_asksB = false;
     const std::shared_ptr<CAlerts*> i_selfRef;         // emptied at the end: an answer may come later
     std::shared_ptr<CMutex_ThreadQue_Alert> i_queue;   // "Alert Que"; shared with a thread that adds to it right now

@@ -24,6 +24,7 @@ class CBreakScreen;
 class CCoverArt;
 class CCrashReporter;
 class CFolderKinds;
+class CGoBackNotice;
 class CMainLoop;
 class CMetaManager;
 class CNotices;
@@ -177,6 +178,7 @@ private:
     std::unique_ptr<CAppPlay> i_play;     // the same
     std::unique_ptr<CBreakScreen> i_break;   // while there are windows to see it
     std::unique_ptr<CCoverArt> i_covers;     // the same
+    std::unique_ptr<CGoBackNotice> i_goBack;
     std::unique_ptr<CProgressView> i_curScope;   // start-up and quit only
     bool i_libraryLoadedB = false;               // not refused by the user, nor by another program that has it
     std::string i_startFailure;

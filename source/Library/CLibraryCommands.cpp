@@ -19,6 +19,7 @@
 #include "Library/CT_UnzipSongs.h"
 #include "Library/SongFileTypes.h"
 #include "Library/ZipSongs.h"
+#include "Platform/BesideShow.h"
 
 namespace {
 
@@ -72,7 +73,7 @@ OSErr CLibraryCommands::Asked(const std::function<void(std::function<void(const 
 
 OSErr CLibraryCommands::IfConfirmed(LibraryDialog dialog, const std::string& detail, Work work) {
     return Asked([&](auto answer) {
-        i_ui.AskThen(LibraryQuestion(dialog, detail), [answer, work = std::move(work)](const Answer& given) {
+        AskThen(i_ui, LibraryQuestion(dialog, detail), [answer, work = std::move(work)](const Answer& given) {
             answer(given.buttonIndex == kAnswer_Do ? work : Work());
         });
     });
@@ -80,7 +81,7 @@ OSErr CLibraryCommands::IfConfirmed(LibraryDialog dialog, const std::string& det
 
 OSErr CLibraryCommands::InFolder(const std::string& prompt, std::function<OSErr(const CFileRef& folder)> work) {
     return Asked([&](auto answer) {
-        i_ui.ChooseFolderThen(prompt, [answer, work = std::move(work)](const std::optional<CFileRef::Path>& folder) {
+        ChooseFolderThen(i_ui, prompt, [answer, work = std::move(work)](const std::optional<CFileRef::Path>& folder) {
             answer(folder ? Work([&] { return work(CFileRef(*folder)); }) : Work());
         });
     });
@@ -161,7 +162,8 @@ OSErr CLibraryCommands::TrashOriginals(const SDB_Selection& selection, Done done
     return IfConfirmed(LibraryDialog::kTrashOriginals, NamesOf(songs), [this, songs, done = std::move(done)] {
         return OnceStopped(songs, [this, songs, done] {
             Log("Moving songs to trash");
-            return CT_TrashSongs::Start(i_database, songs, Telling("Some files could not be moved to the trash.", done));
+            return CT_TrashSongs::Start(i_database, songs,
+                                        Telling("Some files could not be moved to the trash.", done));
         });
     });
 }
@@ -227,11 +229,12 @@ CPlayList& CLibraryCommands::ListNamed(const std::string& name) {
 
 OSErr CLibraryCommands::Paste(std::span<const SongID> songs, const CCFDictionary& meta) {
     if (songs.empty()) return noErr;
-    return IfConfirmed(LibraryDialog::kPaste, NamesOf(songs), [this, meta, ids = std::vector(songs.begin(), songs.end())] {
-        for (const SongID id : ids)
-            (void)i_database.WithSong(id, [&](CSong& song) { song.Meta().FromDictionary(meta); });
-        return noErr;
-    });
+    return IfConfirmed(LibraryDialog::kPaste, NamesOf(songs),
+                       [this, meta, ids = std::vector(songs.begin(), songs.end())] {
+                           for (const SongID id : ids)
+                               (void)i_database.WithSong(id, [&](CSong& song) { song.Meta().FromDictionary(meta); });
+                           return noErr;
+                       });
 }
 
 OSErr CLibraryCommands::Reveal(std::span<const SongID> songs) {

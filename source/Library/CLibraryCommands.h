@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "Core/CCFDictionary.h"
+#include "Library/CPlayListItem.h"
 #include "Library/CSongUnpacker.h"
 #include "Library/CSongZipper.h"
-#include "Library/CPlayListItem.h"
 #include "Library/LibraryDialogs.h"
 #include "Library/SDB_Selection.h"
 
@@ -108,5 +108,6 @@ private:
     const std::shared_ptr<CBusySongs> i_busyRef = std::make_shared<CBusySongs>();
     CSongZipper i_zipper;
     const std::shared_ptr<CSongUnpacker> i_unpackerRef;   // shared with tasks that may outlive this
-    const std::shared_ptr<CLibraryCommands*> i_selfRef = std::make_shared<CLibraryCommands*>(this);   // for late answers
+    const std::shared_ptr<CLibraryCommands*> i_selfRef =
+        std::make_shared<CLibraryCommands*>(this);   // for late answers
 };

@@ -16,8 +16,7 @@ enum class LibraryDialog : unsigned char {
     kLastSong
 };
 
-/** The question of a command; "%s" or "%d" of its text becomes `detail`, which else stands below: what it is about. The safe
-    answer, which is no, comes last. */
+/** The question of a command; "%s" or "%d" of its text becomes `detail`. The safe answer, which is no, comes last. */
 [[nodiscard]] Question LibraryQuestion(LibraryDialog dialog, const std::string& detail = {});
 /** What helps when the file of a list cannot go. */
 inline constexpr const char* kDelete_HintZ =

@@ -1,6 +1,5 @@
 #pragma once
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -16,7 +15,6 @@ struct Question {
     std::size_t safeIndex = 0;            // what deletes and interrupts nothing; what Escape takes
     std::string checkBox;                 // its label; empty for none
     bool checkedB = false;
-    bool unaskedB = false;                // it comes by itself, and must not take the keys from who works
 };
 struct Answer {
     std::size_t buttonIndex = 0;
@@ -40,25 +38,11 @@ public:
 class CUserInterface {
 public:
     virtual ~CUserInterface() = default;
-    /** Tells, and does not wait: beside the show where there is a window for it. */
     virtual void Alert(std::string_view message, std::string_view detail) = 0;
-    /** Tells before there is a window, or as the last word of the process: the user has read it when this returns. */
-    virtual void AlertAndWait(std::string_view message, std::string_view detail) { Alert(message, detail); }
-    /** Waits for the answer: for the start and the quit, when no song plays. */
     virtual Answer Ask(const Question& question) = 0;
-    /** Asks beside the show: `answered` is called once, now or later, unless the windows go before. By then what was asked
-        about may have changed or gone: callers keep ids. A question that stands already is not asked twice; the later one
-        takes its safe answer. */
-    virtual void AskThen(const Question& question, std::function<void(const Answer&)> answered) {
-        answered(Ask(question));
-    }
     [[nodiscard]] virtual std::unique_ptr<CProgressView> OpenProgress(std::string_view title) = 0;
     /** The folder chosen, nothing on cancel. */
     virtual std::optional<std::filesystem::path> ChooseFolder(std::string_view prompt) = 0;
-    /** The same beside the show, by the rules of AskThen. */
-    virtual void ChooseFolderThen(std::string_view prompt, std::function<void(std::optional<std::filesystem::path>)> chosen) {
-        chosen(ChooseFolder(prompt));
-    }
     /** The index of the row picked, nothing on cancel. */
     virtual std::optional<std::size_t> PickFromList(std::string_view prompt, std::span<const std::string> rows) = 0;
     /** Opens a page in the browser of the user; false when there is none. */

@@ -10,8 +10,8 @@
 #include "Graphics/CGraphicsPorts.h"
 #include "Graphics/PlayNext.h"
 #include "Library/CT_FindMissing.h"
+#include "Platform/BesideShow.h"
 #include "Platform/CClock.h"
-#include "Platform/CUserInterface.h"
 #include "Play/CPlayHost.h"
 #include "Play/CPlayWatcher.h"
 #include "Play/CSongLoadCompletion.h"
@@ -60,7 +60,7 @@ OSErr CPlayControl::Play(const SDB_Selection& selection) {
         "Would you like to deselect them?  You can then just double click the song you want to play.";
     question.buttons = {"Deselect", "Cancel"};
     question.safeIndex = 1;
-    i_host.Ui().AskThen(question, [selfRef = Self()](const Answer& answer) {
+    AskThen(i_host.Ui(), question, [selfRef = Self()](const Answer& answer) {
         const std::shared_ptr<CPlayControl*> self = selfRef.lock();
         if (self != nullptr && *self != nullptr && answer.buttonIndex == 0) (*self)->i_host.Deselect();
     });

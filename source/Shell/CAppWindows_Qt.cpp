@@ -72,16 +72,16 @@ void CAppWindows_Qt::CreateBrowser() {
     AskGraphicsCard();   // it answers while the window is made
     if (XLook* const lookP = XLook::Get(); lookP != nullptr)
         lookP->Choose(static_cast<XLook::Choice>(gApp->Prefs().GetLong(XLook::kPreferenceZ, 0)));
-    auto window = std::make_unique<XBrowserWindow>(
-        BrowserSetup{.database = gApp->Database(),
-                     .play = gApp->Play(),
-                     .prefs = gApp->Prefs(),
-                     .commands = gApp->LibraryCommands(),
-                     .notices = gApp->Notices(),
-                     .portsP = &Ports(),
-                     .ifInterruptible = [](long modeL, std::function<void()> then) {
-                         gApp->ConfirmManualSongChange(modeL, std::move(then));
-                     }});
+    auto window =
+        std::make_unique<XBrowserWindow>(BrowserSetup{.database = gApp->Database(),
+                                                      .play = gApp->Play(),
+                                                      .prefs = gApp->Prefs(),
+                                                      .commands = gApp->LibraryCommands(),
+                                                      .notices = gApp->Notices(),
+                                                      .portsP = &Ports(),
+                                                      .ifInterruptible = [](long modeL, std::function<void()> then) {
+                                                          gApp->ConfirmManualSongChange(modeL, std::move(then));
+                                                      }});
     QObject::connect(window.get(), &XBrowserWindow::CloseAsked, window.get(), [this] { i_askToQuit(); });
     QObject::connect(window.get(), &XBrowserWindow::Resizing, window.get(), &NoteResizing);
     (void)CWindowPlace::Of(*window);   // also at the first start, when no place is kept

@@ -67,12 +67,12 @@ void CUserInterface_Qt::AlertAndWait(std::string_view message, std::string_view 
 }
 
 Answer CUserInterface_Qt::Ask(const Question& question) {
-    XQuestion box(question, Front());
+    XQuestion box(question, AskedFor::kUser, Front());
     Stand(box);
     return box.Answered();
 }
 
-void CUserInterface_Qt::AskThen(const Question& question, std::function<void(const Answer&)> answered) {
+void CUserInterface_Qt::AskThen(const Question& question, Answered answered, AskedFor who) {
     for (QWidget* const windowP : QApplication::topLevelWidgets())
         if (auto* const openP = qobject_cast<XQuestion*>(windowP);
             openP != nullptr && openP->isVisible() && openP->Asks(question)) {
@@ -80,7 +80,7 @@ void CUserInterface_Qt::AskThen(const Question& question, std::function<void(con
             openP->activateWindow();
             return answered({question.safeIndex, question.checkedB});
         }
-    auto* const boxP = new XQuestion(question, Front());
+    auto* const boxP = new XQuestion(question, who, Front());
     boxP->setAttribute(Qt::WA_DeleteOnClose);
     QObject::connect(boxP, &QDialog::finished, boxP,
                      [boxP, answered = std::move(answered)] { answered(boxP->Answered()); });
@@ -102,8 +102,7 @@ std::optional<std::filesystem::path> CUserInterface_Qt::ChooseFolder(std::string
     return folder;
 }
 
-void CUserInterface_Qt::ChooseFolderThen(std::string_view prompt,
-                                         std::function<void(std::optional<std::filesystem::path>)> chosen) {
+void CUserInterface_Qt::ChooseFolderThen(std::string_view prompt, Chosen chosen) {
     auto* const dialogP = MakeFileDialog(Front(), QtText(prompt), QtText(CFolders::Music().string()));
     dialogP->setFileMode(QFileDialog::Directory);
     dialogP->setOption(QFileDialog::ShowDirsOnly);

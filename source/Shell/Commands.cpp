@@ -5,8 +5,7 @@ namespace {
 using enum Command;
 using enum CommandGroup;
 constexpr auto kEverywhere = CommandScope::kEverywhere, kInVideo = CommandScope::kVideo,
-               kBrowser = CommandScope::kBrowser,
-               kInSongs = CommandScope::kSongs, kInLists = CommandScope::kLists;
+               kBrowser = CommandScope::kBrowser, kInSongs = CommandScope::kSongs, kInLists = CommandScope::kLists;
 
 // In the order of the enumeration, which RowOf counts on.
 constexpr CommandRow kCommands[] = {

@@ -89,8 +89,9 @@ void ChooseBreakPicture(QWidget& parent, CPreferences& prefs, std::function<void
     if (now.isEmpty()) now = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
     auto* const dialogP = MakeFileDialog(&parent, Words("Picture Between Songs"), {});
     dialogP->setFileMode(QFileDialog::ExistingFile);
-    dialogP->setNameFilter(Words("Pictures and movies (*.png *.jpg *.jpeg *.webp *.bmp *.tif *.tiff *.gif *.mp4 *.m4v *.mov "
-                                 "*.mkv *.webm *.avi)"));
+    dialogP->setNameFilter(
+        Words("Pictures and movies (*.png *.jpg *.jpeg *.webp *.bmp *.tif *.tiff *.gif *.mp4 *.m4v *.mov "
+              "*.mkv *.webm *.avi)"));
     const QFileInfo info(now);
     dialogP->setDirectory(info.isDir() ? now : info.path());
     if (!info.isDir()) dialogP->selectFile(info.fileName());

@@ -139,8 +139,9 @@ bool XActions::eventFilter(QObject* watchedP, QEvent* eventP) {
     }
     if (eventP->type() == QEvent::ShortcutOverride) {
         const auto& press = *static_cast<QKeyEvent*>(eventP);
-        const bool boxB = press.key() == Qt::Key_Space && i_tabbedP == watchedP &&
-                          (qobject_cast<QCheckBox*>(watchedP) != nullptr || qobject_cast<QRadioButton*>(watchedP) != nullptr);
+        const bool boxB =
+            press.key() == Qt::Key_Space && i_tabbedP == watchedP &&
+            (qobject_cast<QCheckBox*>(watchedP) != nullptr || qobject_cast<QRadioButton*>(watchedP) != nullptr);
         const bool arrowB = press.key() == Qt::Key_Left || press.key() == Qt::Key_Right;
         const bool roomB = qobject_cast<XVideoWindow*>(widgetP->window()) != nullptr ||
                            (arrowB && qobject_cast<XSeekBar*>(watchedP) != nullptr);
@@ -154,7 +155,8 @@ bool XActions::eventFilter(QObject* watchedP, QEvent* eventP) {
             const auto& press = *static_cast<QKeyEvent*>(eventP);
             // Space plays wherever the focus is, so Return is the key of buttons here; boxes of a dialog leave it to its
             // default button.
-            const bool boxB = qobject_cast<QPushButton*>(buttonP) == nullptr && qobject_cast<QToolButton*>(buttonP) == nullptr;
+            const bool boxB =
+                qobject_cast<QPushButton*>(buttonP) == nullptr && qobject_cast<QToolButton*>(buttonP) == nullptr;
             if ((press.key() == Qt::Key_Return || press.key() == Qt::Key_Enter) &&
                 press.modifiers() == Qt::NoModifier && !press.isAutoRepeat() &&
                 !(boxB && qobject_cast<QDialog*>(buttonP->window()) != nullptr)) {

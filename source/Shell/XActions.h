@@ -48,7 +48,7 @@ private:
 
     CKeyMap& i_keys;
     bool i_singleKeysB = false;
-    const QObject* i_tabbedP = nullptr;   // has the focus, and got it by Tab; compared, never used
+    const QObject* i_tabbedP = nullptr;      // has the focus, and got it by Tab; compared, never used
     std::map<Command, QAction*> i_actions;   // children
 };
 

@@ -150,8 +150,10 @@ void XKeysPage::OnSelected() {
     i_wordsP->setText(conflicts.empty() ? QString()
                                         : tr("%1 has the same key: it works for neither.").arg(Titles(conflicts)));
     const CommandRow& row = RowOf(static_cast<Command>(Selected()->data(0, kCommand_Role).toInt()));
-    if (conflicts.empty() && std::ranges::any_of(i_map.KeysOf(row.command),
-                                                 [&](const QKeySequence& key) { return IsTypedOutsideVideo(row, key); }))
-        i_wordsP->setText(tr("A key without Ctrl or Alt works in the video windows; in the others it is typed, unless "
-                             "“Single-key commands” is on."));
+    if (conflicts.empty() && std::ranges::any_of(i_map.KeysOf(row.command), [&](const QKeySequence& key) {
+            return IsTypedOutsideVideo(row, key);
+        }))
+        i_wordsP->setText(
+            tr("A key without Ctrl or Alt works in the video windows; in the others it is typed, unless "
+               "“Single-key commands” is on."));
 }

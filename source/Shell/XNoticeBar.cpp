@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 #include <QAccessible>
 #include <QHBoxLayout>
 #include <QToolButton>
@@ -30,13 +31,12 @@ QString NoticeText(const Notice& notice) {
 
 XNoticeBar::XNoticeBar(CNotices& notices, XActions& actions)
     : i_notices(notices),
-      i_wordsP(new XElidedLabel),
+      i_wordsP(new XElidedLabel(tr("Notice"))),
       i_actP(new QToolButton),
       i_allP(new QToolButton),
       i_readP(new QToolButton) {
     setObjectName("notice");
     setAccessibleName(tr("Notice"));
-    i_wordsP->setAccessibleName(tr("Notice"));
     i_actP->setObjectName("offer");
     i_actP->setAccessibleDescription(tr("Does what the notice offers"));
     BindButton(*i_allP, actions.Get(Command::kShowNotices));
@@ -69,7 +69,6 @@ void XNoticeBar::Follow() {
     const Notice& notice = *latest;
     i_wordsP->SetText(NoticeText(notice));
     i_wordsP->setVisible(!notice.action.act);   // an offer is a button that says all
-    i_wordsP->setAccessibleName(tr("Notice: %1").arg(i_wordsP->text()));
     i_actP->setVisible(static_cast<bool>(notice.action.act));
     i_actP->setText(ButtonText(notice.action.label));
     i_actP->setAccessibleName(QtText(notice.action.label));
@@ -80,6 +79,7 @@ void XNoticeBar::Follow() {
     }
     show();
     if (std::exchange(i_shown, notice.id) == notice.id) return;
-    QAccessibleEvent event(i_wordsP, QAccessible::Alert);   // read out where somebody listens
+    QWidget* const newsP = notice.action.act ? static_cast<QWidget*>(i_actP) : i_wordsP;
+    QAccessibleEvent event(newsP, QAccessible::Alert);   // read out where somebody listens
     QAccessible::updateAccessibility(&event);
 }

@@ -10,6 +10,7 @@
 #include <QVBoxLayout>
 
 #include "Platform/CClock.h"
+#include "Shell/CWindowPlace.h"
 #include "Shell/QtText.h"
 #include "Shell/XNoticeBar.h"
 
@@ -23,6 +24,7 @@ XNoticesWindow::XNoticesWindow(CNotices& notices, QWidget* parentP)
     setAccessibleName(windowTitle());
     setAccessibleDescription(tr("All that was told since the start, the latest first"));
     resize(640, 360);
+    (void)CWindowPlace::Of(*this);
     i_listP->setWordWrap(true);
     i_listP->setTextElideMode(Qt::ElideNone);
     i_listP->setAccessibleName(windowTitle());

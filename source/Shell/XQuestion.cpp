@@ -13,12 +13,12 @@ QString Label(std::string_view text) { return QtText(text).replace('&', "&&"); }
 
 }   // namespace
 
-XQuestion::XQuestion(const ::Question& question, QWidget* parentP)
+XQuestion::XQuestion(const ::Question& question, AskedFor who, QWidget* parentP)
     : QMessageBox(QMessageBox::Question, QtText(question.title), QtText(question.text), QMessageBox::NoButton, parentP),
       i_question(question) {
     setModal(false);   // a message box is born modal
     setTextFormat(Qt::PlainText);
-    setAttribute(Qt::WA_ShowWithoutActivating, question.unaskedB);
+    setAttribute(Qt::WA_ShowWithoutActivating, who == AskedFor::kItself);
     for (const std::string& label : question.buttons)
         i_buttons.push_back(addButton(Label(label), QMessageBox::ActionRole));
     if (question.defaultIndex < i_buttons.size()) setDefaultButton(i_buttons[question.defaultIndex]);

@@ -69,9 +69,10 @@ XShortcutSheet::XShortcutSheet(const CKeyMap& keys, QWidget* parentP) : QDialog(
     auto* const buttonsP = new QDialogButtonBox(QDialogButtonBox::Close);
     connect(buttonsP, &QDialogButtonBox::rejected, this, &QDialog::reject);
     auto* const layoutP = new QVBoxLayout(this);
-    auto* const wordsP = new QLabel(tr("In the lists letters and digits search. Keys of playing, sound and picture that have "
-                                       "neither Ctrl nor Alt, but Space, F and F11, work in the video windows, and "
-                                       "everywhere when “Single-key commands” is on."));
+    auto* const wordsP =
+        new QLabel(tr("In the lists letters and digits search. Keys of playing, sound and picture that have "
+                      "neither Ctrl nor Alt, but Space, F and F11, work in the video windows, and "
+                      "everywhere when “Single-key commands” is on."));
     wordsP->setObjectName("quiet");
     wordsP->setWordWrap(true);
     layoutP->addWidget(scrollP, 1);

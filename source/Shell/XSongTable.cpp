@@ -357,9 +357,15 @@ void XSongTable::mouseDoubleClickEvent(QMouseEvent* eventP) {
     i_editWait.stop();
     i_editAt = QPersistentModelIndex();
     const QModelIndex index = indexAt(eventP->pos());
-    const PLItemID item = eventP->button() == Qt::LeftButton && index.isValid() ? i_model.ItemAt(index.row()) : SDB_kNoItem;
+    const PLItemID item =
+        eventP->button() == Qt::LeftButton && index.isValid() ? i_model.ItemAt(index.row()) : SDB_kNoItem;
     QTableView::mouseDoubleClickEvent(eventP);
     if (item != SDB_kNoItem) emit PlayAsked(item);
+}
+
+bool XSongTable::event(QEvent* eventP) {
+    if (eventP->type() == QEvent::ShortcutOverride) i_editWait.stop();   // a command: its next key must not be typed
+    return QTableView::event(eventP);
 }
 
 void XSongTable::keyPressEvent(QKeyEvent* eventP) {

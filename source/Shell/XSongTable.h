@@ -46,6 +46,7 @@ protected:
     void contextMenuEvent(QContextMenuEvent* eventP) override;
     void mousePressEvent(QMouseEvent* eventP) override;
     void mouseReleaseEvent(QMouseEvent* eventP) override;
+    bool event(QEvent* eventP) override;
     void keyPressEvent(QKeyEvent* eventP) override;
     void mouseDoubleClickEvent(QMouseEvent* eventP) override;
     void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;

@@ -70,8 +70,7 @@ QWidget* Under(QLabel* captionP, QLayout* rowP) {
 
 }   // namespace
 
-XTransport::XTransport(CPlayControl& play, CSongDatabase& database, XActions& actions,
-                       IfInterruptible ifInterruptible)
+XTransport::XTransport(CPlayControl& play, CSongDatabase& database, XActions& actions, IfInterruptible ifInterruptible)
     : i_play(play),
       i_database(database),
       i_actions(actions),

@@ -1,5 +1,6 @@
 #include "App/CNotices.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 #include "Platform/ScriptedClock.h"

@@ -49,7 +49,9 @@ TEST_F(LibraryCommands, TheDialogsSayWhatIsMeantAndTheSafeAnswerIsNo) {
     for (std::size_t n = 0; n < std::size(texts); ++n) {
         const Question question = LibraryQuestion(static_cast<LibraryDialog>(n), "7%d");
         // What the question is about is named: within its words, or beneath them.
-        EXPECT_EQ(question.text, std::string(texts[n]) + (std::string_view(texts[n]).find("7%d") == std::string_view::npos ? "\n\n7%d" : ""));
+        EXPECT_EQ(question.text,
+                  std::string(texts[n]) +
+                      (std::string_view(texts[n]).find("7%d") == std::string_view::npos ? "\n\n7%d" : ""));
         EXPECT_EQ(question.defaultIndex, question.safeIndex);
         ASSERT_EQ(question.buttons.size(), 2U);
         EXPECT_NE(question.safeIndex, kAnswer_Do);

@@ -46,11 +46,11 @@ protected:
         i_databaseP->AddSongsToLibrary(i_songs);
         i_commandsP = std::make_unique<CLibraryCommands>(*i_databaseP, i_ui);
         i_windowP = std::make_unique<XBrowserWindow>(BrowserSetup{.database = *i_databaseP,
-                                                                 .play = i_play,
-                                                                 .prefs = i_prefs,
-                                                                 .commands = *i_commandsP,
-                                                                 .notices = i_notices,
-                                                                 .portsP = &i_ports});
+                                                                  .play = i_play,
+                                                                  .prefs = i_prefs,
+                                                                  .commands = *i_commandsP,
+                                                                  .notices = i_notices,
+                                                                  .portsP = &i_ports});
         i_windowP->show();
         i_windowP->activateWindow();
         EXPECT_TRUE(QTest::qWaitForWindowActive(i_windowP.get(), 5000));

@@ -225,6 +225,11 @@ TEST_F(RowsTest, ASlowClickEditsAndADoubleClickNever) {
     QTest::mouseDClick(table.viewport(), Qt::LeftButton, Qt::NoModifier, at);
     EXPECT_EQ(playedL, 1);
     EXPECT_FALSE(table.IsEditComing());
+    Count(Command::kPlayPause);
+    QTest::mouseClick(table.viewport(), Qt::LeftButton, Qt::NoModifier, at);
+    QTest::keyClick(&table, Qt::Key_Space);   // a pause right after the click: the next Space must not be typed
+    EXPECT_EQ(i_askedL, 1);
+    EXPECT_FALSE(table.IsEditComing());
 }
 
 /** Each key that is shown to people is offered as a column, or is named here as one that says nothing of a song. */

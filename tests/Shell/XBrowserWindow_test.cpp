@@ -145,16 +145,17 @@ TEST_F(BrowserTest, TheShowGoesOnWhateverDialogStands) {
     };
     CUserInterface_Qt ui;
     std::vector<std::size_t> answers;
-    const Question question{.title = "Sure?", .text = "Stop “Alpha”?", .buttons = {"Yes", "No"}, .defaultIndex = 1,
-                            .safeIndex = 1};
+    const Question question{
+        .title = "Sure?", .text = "Stop “Alpha”?", .buttons = {"Yes", "No"}, .defaultIndex = 1, .safeIndex = 1};
     const auto command = [&](Command c) { return [this, c] { i_windowP->Actions().Get(c).trigger(); }; };
     const std::pair<const char*, std::function<void()>> dialogs[] = {
         {"shortcuts", command(Command::kShortcuts)},
         {"preferences", command(Command::kPreferences)},
         {"notices", command(Command::kShowNotices)},
         {"files", command(Command::kOpenFiles)},
-        {"folder", [&] { ui.ChooseFolderThen("Where?", [](const auto&) {}); }},
-        {"question", [&] { ui.AskThen(question, [&](const Answer& answer) { answers.push_back(answer.buttonIndex); }); }},
+        {"folder", [&] { ChooseFolderThen(ui, "Where?", [](const auto&) {}); }},
+        {"question",
+         [&] { AskThen(ui, question, [&](const Answer& answer) { answers.push_back(answer.buttonIndex); }); }},
     };
     for (const auto& [nameZ, make] : dialogs) {
         SCOPED_TRACE(nameZ);
