@@ -34,6 +34,19 @@ std::vector<std::string> NamesNow() {
     return names;
 }
 
+/** The name that a device has now. One that comes back while SDL still knows the old one is "Name (2)" there. Empty: it is
+    not there. Under SDLLock. */
+std::string NameNow(const std::string& device) {
+    const std::vector<std::string> names = NamesNow();
+    if (std::ranges::find(names, device) != names.end()) return device;
+    const auto again = std::ranges::find_if(names, [&](std::string_view name) {
+        if (!name.starts_with(device + " (") || !name.ends_with(')')) return false;
+        name = name.substr(device.size() + 2);
+        return name.size() > 1 && name.find_first_not_of("0123456789") == name.size() - 1;
+    });
+    return again == names.end() ? std::string() : *again;
+}
+
 constexpr std::size_t kSample_Bytes = sizeof(std::int16_t) * kAudioOutput_Channels;
 
 constexpr std::size_t kFade_Frames = 441;
@@ -174,10 +187,8 @@ OSErr CAudioOutput_SDL::OpenAny(std::string_view device, const AudioBlocks& bloc
 
 OSErr CAudioOutput_SDL::OpenDevice(const std::string& device, std::uint32_t& id) {
     const bool defaultB = device == kAudioOutput_Default;
-    if (!defaultB) {
-        const std::vector<std::string> names = NamesNow();
-        if (std::find(names.begin(), names.end(), device) == names.end()) return fnfErr;
-    }
+    const std::string name = defaultB ? std::string() : NameNow(device);
+    if (!defaultB && name.empty()) return fnfErr;
     SDL_AudioSpec wanted{}, got{};
     wanted.freq = static_cast<int>(kAudioOutput_Rate);
     wanted.format = AUDIO_S16SYS;
@@ -185,7 +196,7 @@ OSErr CAudioOutput_SDL::OpenDevice(const std::string& device, std::uint32_t& id)
     wanted.samples = CallbackFrames(i_blockFramesL);
     wanted.callback = &Calls::Fill;
     wanted.userdata = this;
-    id = SDL_OpenAudioDevice(defaultB ? nullptr : device.c_str(), 0, &wanted, &got, 0);
+    id = SDL_OpenAudioDevice(defaultB ? nullptr : name.c_str(), 0, &wanted, &got, 0);
     return id == 0 ? ioErr : noErr;
 }
 

@@ -188,7 +188,9 @@ TEST_F(PlayList, RowsHaveValuesOfTheirOwn) {
     EXPECT_EQ(list.ValueOf(one, "PICH"_key).Integer(), 1);   // what plays is the song's, so that is what is shown
     EXPECT_FALSE(list.KeepsInRow("PICH"_key));
     EXPECT_TRUE(list.KeepsInRow("PLME"_key));
-    i_databaseP->SetSettings({.tuneRowsB = true});
+    LibrarySettings settings;
+    settings.tuneRowsB = true;
+    i_databaseP->SetSettings(settings);
     EXPECT_TRUE(list.KeepsInRow("PICH"_key));
     EXPECT_FALSE(i_databaseP->Library().KeepsInRow("PICH"_key));
     EXPECT_EQ(list.ValueOf(one, "PICH"_key).Integer(), -2);

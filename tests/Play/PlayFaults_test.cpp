@@ -170,7 +170,8 @@ TEST_F(PlayDeviceTest, ASongPlaysOnWhatIsThereAndGoesBackToWhatWasChosen) {
     EXPECT_EQ(i_controlP->SetOutputDevice("Interface"), noErr);   // asked for again: looked for, and answered
     ASSERT_TRUE(RunUntil([&] { return AlertsSoFar().size() == 2; }));
     EXPECT_EQ(i_device.looksL, 1);
-    i_device.namedB = i_device.newB = true;   // it comes
+    i_device.namedB = true;   // it comes,
+    i_device.newB = true;     // and is told of
     EXPECT_TRUE(plays("Interface"));
 
     i_device.namedB = false;   // and goes, in the middle of the song

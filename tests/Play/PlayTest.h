@@ -335,7 +335,10 @@ protected:
     void ShowMessage(std::string_view text) override { i_messages.emplace_back(text); }
     void Deselect() override { i_deselectedB = true; }
     void SongFailed(const CSongPlay& play, OSErr) override { i_failed.push_back(play.Spec().name); }
-    void SongEnded(const CSongPlay& play) override { i_sung.push_back(play.Spec().name); }
+    void SongEnded(const CSongPlay& play) override {
+        i_sung.push_back(play.Spec().name);
+        i_sungAt300 = play.CurTime300();
+    }
     void StopPlayback() override { i_controlP->Stop(); }
     void PlayChanged() override { i_states.push_back(i_controlP->State()); }
     void SettingsChanged() override { ++i_settingsL; }
@@ -354,6 +357,7 @@ protected:
     Words i_messages, i_sung, i_failed, i_offers;
     std::vector<PlayState> i_states;
     int i_settingsL = 0;
+    long i_sungAt300 = 0;   // where the last one was at its end
     std::unique_ptr<CThreadManager> i_managerP;
     std::unique_ptr<CSongDatabase> i_databaseP;
     CPlayList* i_listP = nullptr;

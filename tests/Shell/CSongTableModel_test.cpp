@@ -187,7 +187,9 @@ TEST_F(SongTableModel, EditsWhatItsKeyAllows) {
     EXPECT_FALSE(model.setData(model.index(0, 1), "1:00", Qt::EditRole));
     EXPECT_TRUE(model.setData(model.index(0, 2), 12, Qt::EditRole));   // the song's, which is what plays
     EXPECT_EQ(song.Meta().GetInteger("PICH"_key), 12);
-    i_databaseP->SetSettings({.tuneRowsB = true});
+    LibrarySettings settings;
+    settings.tuneRowsB = true;
+    i_databaseP->SetSettings(settings);
     EXPECT_TRUE(model.setData(model.index(0, 2), 3, Qt::EditRole));   // of this singer, in this row
     EXPECT_EQ(list.ValueOf(item, "PICH"_key).Integer(), 3);
     EXPECT_EQ(song.Meta().GetInteger("PICH"_key), 12);
