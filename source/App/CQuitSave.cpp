@@ -9,6 +9,7 @@
 #include "App/LocalTime.h"
 #include "Core/CApp.h"
 #include "Core/CLog.h"
+#include "Core/FaultText.h"
 #include "Core/FSrObjects.h"
 #include "Core/WaitUntil.h"
 #include "Platform/CFolders.h"
@@ -46,7 +47,7 @@ CQuitSave::Wish CQuitSave::Ask(OSErr err) {
     Question question;
     question.title = "Your library could not be saved";
     question.text =
-        "The changes that you made could not be written to “" + root.GetPath().string() + "”.\n" + ErrorText(err) +
+        "The changes that you made could not be written to “" + root.GetPath().string() + "”.\n" + FaultText(err, FaultOf::kFolder, {}) +
         "\n\nYou can try again, for instance after making room on the disk, or write a whole copy of the library "
         "into another folder. If you quit all the same, Vopla writes a copy beside its log, in “" +
         CLog::Get().File().parent_path().string() + "”." + std::exchange(i_copyFailure, {});
@@ -71,7 +72,8 @@ bool CQuitSave::CopyElsewhere() {
     const CFileRef folder = NewFolderIn(CFileRef(*chosen));
     if (const OSErr err = i_app.i_library->Store()->SaveCopy(folder);
         Failed(LogStep(err, "saving a copy", folder.GetPath()))) {
-        i_copyFailure = "\n\nThe copy could not be written to “" + folder.GetPath().string() + "”: " + ErrorText(err);
+        i_copyFailure = "\n\nThe copy could not be written to “" + folder.GetPath().string() + "”: " +
+                        FaultText(err, FaultOf::kFolder, {});
         return false;
     }
     LogF("A copy of the library was saved as <%s>", folder.GetPath().c_str());
@@ -84,7 +86,7 @@ void CQuitSave::CopyBesideLog() {
         LogStep(i_app.i_library->Store()->SaveCopy(folder), "saving a copy beside the log", folder.GetPath());
     const std::string told =
         Failed(err) ? "The library could not be saved, nor a copy of it in “" + folder.GetPath().string() +
-                          "”: " + ErrorText(err)
+                          "”: " + FaultText(err, FaultOf::kFolder, {})
                     : "The library could not be saved. A whole copy of it is in “" + folder.GetPath().string() + "”.";
     Log(told);
     std::cerr << "vopla: " << told << '\n';

@@ -124,7 +124,8 @@ private:
     }
     void SongFailed(const CSongPlay& play, OSErr err) override {
         const SongPlaySpec& spec = play.Spec();
-        const CFileRef& file = !spec.zip.IsEmpty() ? spec.zip : !spec.audio.IsEmpty() ? spec.audio : spec.video;
+        CFileRef file = play.Files().FailedFile();
+        if (file.IsEmpty()) file = !spec.zip.IsEmpty() ? spec.zip : !spec.audio.IsEmpty() ? spec.audio : spec.video;
         i_status = CliFailFile(i_context, err, file.GetPath());   // the others play all the same
         i_endedB = true;
     }

@@ -7,6 +7,7 @@
 #include "Core/AlertHook.h"
 #include "Core/CCFPrefDictionary.h"
 #include "Core/CLog.h"
+#include "Core/FaultText.h"
 #include "Graphics/CGraphicsPorts.h"
 #include "Graphics/PlayNext.h"
 #include "Library/CT_FindMissing.h"
@@ -181,7 +182,7 @@ void CPlayControl::TellLostGraphics(const CSongPlay& play) {
     if (files.GraphicsErr() == eofErr)
         why = "There are none in this file:\n";
     else if (foundB)
-        why = ErrorText(files.GraphicsErr()) + ":\n";
+        why = FaultWords(files.GraphicsErr(), path) + "\n";
     ShowAlert("The graphics of “" + play.Spec().name + "” were not found",
               why + path.string() + "\nThe song plays without them.");
 }
@@ -284,16 +285,15 @@ void CPlayControl::SongFailed(CSongPlay& play, OSErr err) {
 void CPlayControl::TellFailure(const CSongPlay& play, OSErr err, const std::string& then) const {
     if (err == abortErr || err == userCanceledErr) return;
     const std::string& name = play.Spec().name;
-    std::string message = "The song “" + name + "” could not be played", why = ErrorText(err);
+    const std::filesystem::path& path = play.Files().FailedFile().GetPath();
+    std::string message = "The song “" + name + "” could not be played";
+    std::string why = FaultWords(err, path) + " (" + std::to_string(Number(err)) + ")";
     if (play.LacksPlayer() && Number(err) >= -1)
         why =
             "This audio file is not (yet?) compatible with modern CoreAudio.  If you can play it with iTunes, you might "
             "try re-encoding it. ";
     else if (err == fnfErr)
         message = MissingSongText(name), why = "Its files are not where the library says, nor near there.";
-    else if (err == paramErr)
-        why = "The file is damaged, or of a kind that is not known.";
-    const std::filesystem::path& path = play.Files().FailedFile().GetPath();
     std::string detail = path.empty() ? why : why + "\n" + path.string();
     if (!then.empty()) detail += "\n" + then;
     ShowAlert(message, detail);
