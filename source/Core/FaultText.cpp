@@ -84,7 +84,7 @@ constexpr FaultRow kOfAll[] = {
     {fnOpnErr, "The file is not open.", "Try again."},
     {eofErr, "The file is empty or cut short.", kCopyAgain},
     {memFullErr, "Cannot allocate memory: there is too little for it.", "Close other programs, or use a smaller file."},
-    {fnfErr, "File Not Found.", "Connect the disc that it lies on; or was it moved or renamed?"},
+    {fnfErr, "File Not Found.", "Connect the disc that it lies on, or look where it was moved to."},
     {fLckdErr, "The file is locked.", "Unlock it, then try again."},
     {dupFNErr, "File exists: there is one of this name already.", "Give one of the two another name."},
     {opWrErr, "Device or resource busy: another program has it open.", "Close it there, then try again."},

@@ -62,7 +62,7 @@ TEST_F(CliCdg, WritesTheFrameOfAMoment) {
     SubCodePacket tile;
     tile.bytes = {9, 6, 0, 0, 0x20, 0x01};
     for (std::size_t n = 8; n < 20; ++n) tile.bytes[n] = 0x3F;
-    red.bytes[6] = 0x3C;
+    red.bytes[7] = 0x0F;   // the second colour: blue
     const std::string other = Write(Text(red) + Text(tile));
     const std::string plain = Cdg({"frame", other, "--at", "1", "--out", png}).out;
     EXPECT_EQ(plain, Cdg({"frame", other, "--at", "1", "--out", png, "--channels", "3"}).out);
