@@ -1,18 +1,14 @@
 #include "Audio/CAudioPlayer.h"
 
 #include <algorithm>
-#include <cmath>
-#include <numbers>
 #include <utility>
 
 #include "Audio/CAutoCue.h"
 #include "Audio/SampleForms.h"
-#include "Audio/Stereo.h"
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
 
 namespace {
-constexpr std::size_t kFade_Frames = 441;
 constexpr std::size_t kEngine_Frames = 8192;   // what the engine takes before it gives, at the start
 constexpr double kUntilPaused_T = 0.25;
 /** The status of a failure that came as an exception. */
@@ -34,13 +30,8 @@ CAudioPlayer::CAudioPlayer(const AudioPlayerParts& parts, const AudioPlayerSetti
       i_settings(settings),
       i_spoolP(parts.song.AudioSpool()),
       i_chain(parts.output, parts.newsP),
-      i_fadeIn(kFade_Frames),
-      i_floats(settings.Blocks().framesL * kChannels) {
-    for (std::size_t n = 0; n < kFade_Frames; ++n) {
-        const double part = (static_cast<double>(n) + 0.5) / static_cast<double>(kFade_Frames);
-        i_fadeIn[n] = static_cast<float>(0.5 - 0.5 * std::cos(std::numbers::pi * part));
-    }
-}
+      i_floats(settings.Blocks().framesL * kChannels),
+      i_seam(settings.Blocks().framesL) {}
 
 OSErr CAudioPlayer::Open() {
     i_chain.AddUnit("AUConverter", FourCC("aufc"), FourCC("conv"));
@@ -72,14 +63,17 @@ bool CAudioPlayer::IsHeardOut() const noexcept {
 OSErr CAudioPlayer::Seek(double position) {
     const CReadTurn::Others others(i_turn);
     const OSErr err = i_spoolP->Seek(position);
-    if (!Failed(err)) i_stoppedB.store(false);
-    return err;
+    if (Failed(err)) return err;
+    i_jumpsL.fetch_add(1);
+    i_stoppedB.store(false);
+    return noErr;
 }
 
 long CAudioPlayer::AutoCue() {
     while (!IsPaused() && !IsStopped() && !Failed(Result())) Wait(kUntilPaused_T, WaitMode::kMain_EventLoop);
     const CReadTurn::Others others(i_turn);   // silence meanwhile, whoever presses play
     const long first300 = CAutoCue(i_parts.song, *i_spoolP, i_settings).Run();
+    i_jumpsL.fetch_add(1);
     i_stoppedB.store(false);
     return first300;
 }
@@ -97,57 +91,82 @@ OSErr CAudioPlayer::ReadSong(std::span<float> stereo, std::size_t& frames) noexc
     return kRenderErr;
 }
 
-void CAudioPlayer::Fade(std::span<float> stereo, bool inB) const noexcept {
-    const std::size_t frames = std::min(stereo.size() / kChannels, kFade_Frames);
-    for (std::size_t n = 0; n < frames; ++n) {
-        const float part = inB ? i_fadeIn[n] : i_fadeIn[kFade_Frames - 1 - n];
-        stereo[kChannels * n] *= part;
-        stereo[kChannels * n + 1] *= part;
-    }
-}
-
 BlockOutlook CAudioPlayer::Outlook() const noexcept {
     if (Failed(i_spoolP->Err())) return BlockOutlook::kWhole;
     // Before the first play no silence is queued for the song to wait behind.
     if (IsPaused()) return i_playedB ? BlockOutlook::kWhole : BlockOutlook::kUnwanted;
-    const auto blockF = static_cast<double>(i_floats.size() / kChannels) * i_spoolP->TimePitch().Tempo();
+    const auto blockF = static_cast<double>(i_seam.Wanted()) * i_spoolP->TimePitch().Tempo();
     const bool directB = i_spoolP->TimePitch().Pitch() == 0 && i_spoolP->TimePitch().Tempo() == 1.0;
     const bool wholeB = i_spoolP->HasFrames(static_cast<std::size_t>(blockF) + (directB ? 0 : kEngine_Frames));
     return wholeB ? BlockOutlook::kWhole : BlockOutlook::kShort;
+}
+
+/** What the seam lacks, from the song. `lateB`: it is not there yet. */
+OSErr CAudioPlayer::Refill(bool& lateB) noexcept {
+    const std::uint64_t fromL = Place();
+    if (const long jumpsL = i_jumpsL.load(); std::exchange(i_jumpsSeenL, jumpsL) != jumpsL) {
+        i_seam.Cut();
+        i_seam.SetBegin(!i_soundedB && fromL == 0);
+    }
+    const std::span<float> room = i_seam.Room();
+    std::size_t gotL = 0;
+    OSErr err = noErr;
+    for (std::size_t partL = 1; partL > 0 && gotL * kChannels < room.size() && !Failed(err); gotL += partL)
+        err = ReadSong(room.subspan(gotL * kChannels), partL);
+    i_seam.Added(gotL, fromL, Place());
+    lateB = !Failed(err) && gotL * kChannels < room.size();
+    return err;
 }
 
 OSErr CAudioPlayer::RenderBlock(std::span<std::int16_t> stereo) noexcept {
     const std::size_t blockL = stereo.size() / kChannels;
     const bool pausedB = i_pausedB.load();
     i_playedB = i_playedB || !pausedB;
-    const std::span<float> block = std::span(i_floats).first(stereo.size());
-    std::uint64_t fromL = i_spoolP->GetPos() / kChannels, toL = fromL;
-    std::size_t soundL = 0;
     OSErr err = noErr;
-    // A pause in the middle of the song takes the first 10 ms with it, to fade out.
-    const std::size_t wantedL = !pausedB ? blockL : i_soundingB ? std::min(kFade_Frames, blockL) : 0;
-    if (wantedL > 0 && i_turn.TryBegin()) {
-        fromL = i_spoolP->GetPos() / kChannels;
-        err = ReadSong(block.first(wantedL * kChannels), soundL);
-        toL = i_spoolP->GetPos() / kChannels;
+    bool lateB = false;
+    const bool turnB = !pausedB && i_turn.TryBegin();
+    if (turnB) {
+        err = Refill(lateB);
         // Within the turn, so that a seek comes before or after it and not between; paused first, so that whoever sees
         // the end may press play.
-        if (err == eofErr && !pausedB && i_parts.song.MayEnd()) {
+        if (err == eofErr && i_seam.Held() <= blockL && i_parts.song.MayEnd()) {
             i_pausedB.store(true);
             i_stoppedB.store(true);
         }
         i_turn.End();
-        if (i_fadedOutB && soundL > 0) Fade(block.first(soundL * kChannels), true);
-        i_fadedOutB = pausedB && soundL > 0;
-        if (i_fadedOutB) Fade(block.first(soundL * kChannels), false);
-        if (soundL > 0 && i_shortL > 0) i_lateL.fetch_add(std::exchange(i_shortL, 0), std::memory_order_relaxed);
-        if (!pausedB && !Failed(err)) i_shortL += blockL - soundL;
-        if (Failed(err) || pausedB) i_shortL = 0;   // the end of the song is not late
+    } else {
+        i_seam.Cut();
     }
-    i_soundingB = !pausedB && soundL > 0;
-    std::ranges::fill(block.subspan(soundL * kChannels), 0.0F);
+    if (Failed(err) && err != eofErr) return err;   // RenderRest has what is held
+    const std::span<float> block = std::span(i_floats).first(stereo.size());
+    const CSoundSeam::Given given = i_seam.Give(block, lateB);
     FloatToInteger(block, stereo);
-    i_positions.Add(blockL, fromL, toL, soundL);
-    if (soundL > 0) i_soundEndL.store(i_positions.End());
-    return err == eofErr ? noErr : err;
+    if (given.soundL > 0 && i_shortL > 0) i_lateL.fetch_add(std::exchange(i_shortL, 0), std::memory_order_relaxed);
+    if (turnB && !Failed(err)) i_shortL += blockL - given.soundL;
+    if (Failed(err) || pausedB) i_shortL = 0;   // the end of the song is not late
+    Count(given, blockL, pausedB);
+    return noErr;
+}
+
+std::size_t CAudioPlayer::RenderRest(std::span<std::int16_t> stereo) noexcept {
+    i_seam.Cut();
+    const std::span<float> block = std::span(i_floats).first(stereo.size());
+    const CSoundSeam::Given given = i_seam.Give(block, false);
+    FloatToInteger(block, stereo);
+    if (given.endedL > 0) Count(given, given.endedL, true);
+    return given.endedL;
+}
+
+void CAudioPlayer::Count(const CSoundSeam::Given& given, std::size_t blockL, bool pausedB) noexcept {
+    if (given.soundL > 0) {
+        // What fades out before a new place belongs to it: the clock of the picture looks for its first frame.
+        if (given.endedL > 0) i_positions.Add(given.endedL, given.fromL, given.fromL, 0);
+        i_positions.Add(blockL - given.endedL, given.fromL, given.toL, given.soundL);
+    } else if (pausedB && given.endedL > 0) {
+        i_positions.Add(blockL, given.fromL, given.toL, given.endedL);
+    } else {
+        i_positions.Add(blockL, Place(), Place(), 0);
+    }
+    i_soundedB = i_soundedB || given.soundL > 0;
+    if (given.endedL + given.soundL > 0) i_soundEndL.store(i_positions.End());
 }

@@ -9,6 +9,8 @@
 #include "Audio/CAudioSong.h"
 #include "Audio/CAudioUnitChain.h"
 #include "Audio/CReadTurn.h"
+#include "Audio/CSoundSeam.h"
+#include "Audio/Stereo.h"
 #include "Core/Ref.h"
 
 /** The volume of the show: what the operator's slider and mute button say, for every song. Any thread. */
@@ -27,11 +29,13 @@ struct AudioPlayerParts {
 
 /** Feeds the output with the sound of one song, by a render thread of its own. A pause and what the song lacks are
    silence; the device goes on. The device is fed from the first play on.
-   Pausing fades out over 10 ms and resuming fades in. Units    frames of the song; 147 are
-   1/300 s. Threads  Create, SetMode and the end on the main thread, or on the one that prepares a song; Seek and
-   AutoCue on any but the render thread; the rest on any. Owner    Ref. The end stops the thread and closes the output,
-   not the song's ring. Errors   Create tells the user; a song that fails while it plays ends the thread and is kept
-   (Result). */
+   Whatever ends the sound in the middle (a pause, a seek, the end of the player or of the ring, a ring that is late)
+   fades it out over 10 ms, and what goes on there fades in over 5 ms.
+   Units    frames of the song; 147 are 1/300 s.
+   Threads  Create, SetMode and the end on the main thread, or on the one that prepares a song; Seek and AutoCue on any
+            but the render thread; the rest on any.
+   Owner    Ref. The end stops the thread and closes the output, not the song's ring.
+   Errors   Create tells the user; a song that fails while it plays ends the thread and is kept (Result). */
 class CAudioPlayer final : public RefCounted, private CAudioRenderer {
 public:
     /** Paused, at the place where the ring stands. */
@@ -68,8 +72,11 @@ private:
     OSErr Open();
     OSErr RenderBlock(std::span<std::int16_t> stereo) noexcept override;
     [[nodiscard]] BlockOutlook Outlook() const noexcept override;
+    std::size_t RenderRest(std::span<std::int16_t> stereo) noexcept override;
     OSErr ReadSong(std::span<float> stereo, std::size_t& frames) noexcept;
-    void Fade(std::span<float> stereo, bool inB) const noexcept;
+    OSErr Refill(bool& lateB) noexcept;
+    [[nodiscard]] std::uint64_t Place() const noexcept { return i_spoolP->GetPos() / kChannels; }
+    void Count(const CSoundSeam::Given& given, std::size_t blockL, bool pausedB) noexcept;
 
     const AudioPlayerParts i_parts;
     const AudioPlayerSettings i_settings;
@@ -79,13 +86,14 @@ private:
     std::atomic<bool> i_pausedB{true}, i_stoppedB{false};
     std::atomic<std::uint64_t> i_soundEndL{0};   // output frames up to the end of the last sound
     std::atomic<std::uint64_t> i_lateL{0};
+    std::atomic<long> i_jumpsL{0};   // how often the ring went elsewhere; raised while the render thread is kept away
     CAudioPositions i_positions;
-    std::vector<float> i_fadeIn;   // one value a frame
 
     // The render thread's.
     std::vector<float> i_floats;   // one block
-    bool i_playedB = false;        // it was not paused once
-    bool i_soundingB = false;      // the last block was the song's
-    std::size_t i_shortL = 0;      // frames that the last blocks lacked; late only if sound follows
-    bool i_fadedOutB = false;      // its end was faded: what comes next is faded in
+    CSoundSeam i_seam;
+    long i_jumpsSeenL = 0;
+    bool i_playedB = false;     // it was not paused once
+    bool i_soundedB = false;    // sound was given
+    std::size_t i_shortL = 0;   // frames that the last blocks lacked; late only if sound follows
 };

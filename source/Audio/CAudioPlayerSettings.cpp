@@ -16,8 +16,9 @@ AudioPlayerSettings AudioPlayerSettings::Read(const CCFPrefDictionary& preferenc
     if (!device.empty()) settings.device = device;
     settings.blocksL = preferences.GetLong("Pre-Fetched Audio Blocks (must be > 2)", settings.blocksL);
     settings.sleepMillisecondsL = preferences.GetLong("Audio Engine sleep time (should be zero)");
-    settings.cueThreshold =
+    const double threshold =
         preferences.GetFloat("Auto Cue Threshold (0..1) (smaller is more sensitive)", settings.cueThreshold);
+    if (!std::isnan(threshold)) settings.cueThreshold = std::clamp(threshold, 0.0, 1.0);
     settings.cueRollbackT = preferences.GetFloat("Auto Cue rollback (seconds)", settings.cueRollbackT);
     settings.timePitchUnitB = preferences.GetBool("Use Apple AUTimePitch for pitch bending");
     settings.bestPitchB = preferences.GetBool("Use maximum quality for pitch bending", true);

@@ -10,7 +10,7 @@ struct AudioPlayerSettings {
     std::string device = std::string(kAudioOutput_Default);
     int blocksL = 5;   // as stored; Blocks limits it
     int sleepMillisecondsL = 0;
-    double cueThreshold = 0.001;   // of full scale
+    double cueThreshold = 0.001;   // 0 to 1 of full scale
     double cueRollbackT = 0.1;     // seconds
     bool timePitchUnitB = false, bestPitchB = true;
 

@@ -83,6 +83,7 @@ void CAudioUnitChain::RenderLoop() noexcept {
         else
             err = RenderOne();
     }
+    RenderRest();
     i_result.store(err);
     i_stopped.Signal();   // last: the chain may be gone after it
 }
@@ -98,6 +99,13 @@ OSErr CAudioUnitChain::RenderOne() noexcept {
     i_begunB = true;
     if (const OSErr err = i_rendererP->RenderBlock(i_block); Failed(err)) return err;
     return i_output.Queue(i_block);
+}
+
+/** Where the output holds enough it fades that out by itself, at its end. */
+void CAudioUnitChain::RenderRest() noexcept {
+    const std::size_t frames = i_rendererP->RenderRest(i_block);
+    if (frames > 0 && frames <= i_output.Room())
+        (void)Failed(i_output.Queue(std::span(i_block).first(frames * kAudioOutput_Channels)));   // the end it is
 }
 
 void CAudioUnitChain::TendDevice() {

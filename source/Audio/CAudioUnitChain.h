@@ -23,6 +23,8 @@ public:
     /** All of `stereo`. CT_AudioRender: allocates nothing, logs nothing, waits for nobody. A failure ends the
      * rendering. */
     virtual OSErr RenderBlock(std::span<std::int16_t> stereo) noexcept = 0;
+    /** After the last block, or a failure: the frames by which the sound fades out, at the front of `stereo`. */
+    virtual std::size_t RenderRest(std::span<std::int16_t> stereo) noexcept = 0;
     /** While it is not whole, and the output holds enough, the chain rather waits. */
     [[nodiscard]] virtual BlockOutlook Outlook() const noexcept = 0;
 
@@ -67,6 +69,7 @@ public:
 
 private:
     OSErr RenderOne() noexcept;
+    void RenderRest() noexcept;
     /** Seconds that the next block is better left for; 0: it is due. */
     [[nodiscard]] double RestT() const noexcept;
     void TendDevice();

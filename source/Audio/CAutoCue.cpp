@@ -48,7 +48,7 @@ long CAutoCue::Search() {
         const std::uint64_t endL = i_spool.GetPos() / kChannels;
         if (err == eofErr) {
             Log("autoCue: eofErr");
-            return Found(endL);
+            return 0;
         }
         if (Failed(err)) {
             ShowAlert(

@@ -6,7 +6,8 @@
 #include "Audio/CAudioPlayerSettings.h"
 #include "Audio/CAudioSong.h"
 
-/** Finds where the music of a song starts: the first frame that is as loud as the threshold, less the rollback.
+/** Finds where the music of a song starts: the first frame that is as loud as the threshold, less the rollback. Where
+    nothing is, that is the song's first frame: its words may run to silence.
     Threads  any but the render thread, which must leave the ring alone meanwhile.
     Errors   told in the log and, where the user can do something, to the user; the answer is 0 then. */
 class CAutoCue {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Audio/CMediaAudio.h"
+#include "Audio/CSpooler.h"
 #include "Audio/SpoolUnits.h"
 
 namespace {
@@ -57,4 +58,19 @@ OSErr CLoudness::Measure(CMediaAudio& audio, Loudness& loudness) {
         if (Failed(err)) return err;
         if (const OSErr added = meter.Add(std::span(block).first(gotL)); Failed(added)) return added;
     }
+}
+
+OSErr CLoudness::Measure(CSpooler& source, const std::atomic<bool>& stopB, Loudness& loudness) {
+    std::uint64_t sizeL = 0;
+    if (const OSErr err = source.Open(false, sizeL); Failed(err)) return err;
+    CLoudness meter;
+    std::vector<std::int16_t> block(kSamplesAtATime);
+    OSErr err = noErr;
+    while (!Failed(err)) {
+        std::size_t gotL = 0;
+        err = stopB.load() ? abortErr : source.Read(std::as_writable_bytes(std::span(block)), gotL);
+        if (!Failed(err)) err = meter.Add(std::span(block).first(gotL / sizeof(std::int16_t)));
+    }
+    err = FirstOf(err == eofErr ? noErr : err, source.Close(false));
+    return FirstOf(err, meter.Result(loudness));
 }

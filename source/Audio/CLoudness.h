@@ -1,4 +1,5 @@
 #pragma once
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -6,6 +7,7 @@
 #include "Platform/OSErr.h"
 
 class CMediaAudio;
+class CSpooler;
 
 /** What a song's loudness is. */
 struct Loudness {
@@ -34,6 +36,8 @@ public:
     OSErr Result(Loudness& loudness) const;
     /** From where `audio` is to its end. */
     static OSErr Measure(CMediaAudio& audio, Loudness& loudness);
+    /** All of `source`, which is opened and closed here. abortErr once `stopB` is set. */
+    static OSErr Measure(CSpooler& source, const std::atomic<bool>& stopB, Loudness& loudness);
 
 private:
     struct Meter;   // the library's state

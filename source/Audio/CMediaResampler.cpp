@@ -2,13 +2,16 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
+#include "Audio/SampleForms.h"
 #include "Audio/SpoolUnits.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavutil/channel_layout.h>
 #include <libavutil/frame.h>
+#include <libavutil/opt.h>
 #include <libavutil/samplefmt.h>
 #include <libswresample/swresample.h>
 }
@@ -18,6 +21,14 @@ constexpr int kMedia_Channels = 2;
 constexpr int kMedia_MostChannels = 64;   // of libswresample
 constexpr int kMedia_LeastRate = 1000, kMedia_MostRate = 768000;
 constexpr std::size_t kMedia_SilenceStep = 4096;
+
+/** Up to a knee just below full scale as it is, then less and less, never beyond. */
+float Bent(float value) {
+    constexpr float kKnee = 0.9F;
+    const float size = std::abs(value);
+    if (!(size > kKnee)) return value;
+    return std::copysign(kKnee + (1 - kKnee) * std::tanh((size - kKnee) / (1 - kKnee)), value);
+}
 
 std::uint64_t Mask(const AVChannelLayout& layout) {
     return layout.order == AV_CHANNEL_ORDER_NATIVE ? layout.u.mask : 0;
@@ -61,12 +72,15 @@ bool CMediaResampler::Configure(const AVChannelLayout& layout, int format, int r
         av_channel_layout_uninit(&in);
         return false;
     }
-    const int result = swr_alloc_set_opts2(&i_swrP, &out, AV_SAMPLE_FMT_S16, static_cast<int>(kSamplesPerSecond), &in,
+    const bool mixedB = channels > kMedia_Channels;   // floats, which the library's rule leaves at their level
+    const int result = swr_alloc_set_opts2(&i_swrP, &out, mixedB ? AV_SAMPLE_FMT_FLT : AV_SAMPLE_FMT_S16,
+                                           static_cast<int>(kSamplesPerSecond), &in,
                                            static_cast<AVSampleFormat>(format), rate, 0, nullptr);
     av_channel_layout_uninit(&in);
     if (result < 0) return false;
     constexpr std::array<double, 2> kMono{1.0, 1.0};   // the library's own rule takes 3 dB off
     if (channels == 1) swr_set_matrix(i_swrP, kMono.data(), 1);
+    if (mixedB) av_opt_set_double(i_swrP, "rematrix_maxval", kMedia_MostChannels, 0);
     if (swr_init(i_swrP) < 0) {
         swr_free(&i_swrP);
         return false;
@@ -81,12 +95,19 @@ bool CMediaResampler::Configure(const AVChannelLayout& layout, int format, int r
 bool CMediaResampler::Push(const std::uint8_t* const* planesPP, std::size_t countL, std::vector<std::int16_t>& to) {
     const int roomL = swr_get_out_samples(i_swrP, static_cast<int>(countL));
     if (roomL < 0) return false;
-    const std::size_t beforeL = to.size();
-    to.resize(beforeL + static_cast<std::size_t>(roomL) * kMedia_Channels);
-    std::uint8_t* outP = reinterpret_cast<std::uint8_t*>(to.data() + beforeL);
+    const std::size_t beforeL = to.size(), mostL = static_cast<std::size_t>(roomL) * kMedia_Channels;
+    to.resize(beforeL + mostL);
+    if (IsMixed()) i_mixed.resize(mostL);
+    std::uint8_t* outP = IsMixed() ? reinterpret_cast<std::uint8_t*>(i_mixed.data())
+                                   : reinterpret_cast<std::uint8_t*>(to.data() + beforeL);
     const int gotL =
         swr_convert(i_swrP, &outP, roomL, const_cast<const std::uint8_t**>(planesPP), static_cast<int>(countL));
     to.resize(beforeL + static_cast<std::size_t>(std::max(gotL, 0)) * kMedia_Channels);
+    if (IsMixed()) {
+        const std::span<float> mixed = std::span(i_mixed).first(to.size() - beforeL);
+        std::ranges::transform(mixed, mixed.begin(), Bent);
+        FloatToInteger(mixed, std::span(to).subspan(beforeL));
+    }
     return gotL >= 0;
 }
 

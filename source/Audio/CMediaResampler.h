@@ -9,9 +9,10 @@ struct AVFrame;
 struct SwrContext;
 
 /** Whatever a decoder gives, as the chain's sound: 44.1 kHz, stereo, 16 bits. One channel comes out of both sides at
-   its full level; more than two are mixed by the library's rule. Samples at 44.1 kHz come out at once, others a
-   filter's length later. Threads  one at a time. Owner    CMediaAudio. Errors   false: no room, or a form of sound that
-   cannot be. */
+   its full level. Of more than two the front ones come at their full level, as stereo does, centre and surrounds 3 dB
+    below, and the deep effects not at all; what adds up to more than full scale is bent to it, sample by sample, so
+   that a seek gives the same samples as playing there. Samples at 44.1 kHz come out at once, others a filter's length
+   later. Threads  one at a time. Owner    CMediaAudio. Errors   false: no room, or a form of sound that cannot be. */
 class CMediaResampler {
 public:
     CMediaResampler() = default;
@@ -38,8 +39,10 @@ public:
 private:
     bool Configure(const AVChannelLayout& layout, int format, int rate);
     bool Push(const std::uint8_t* const* planesPP, std::size_t countL, std::vector<std::int16_t>& to);
+    [[nodiscard]] bool IsMixed() const noexcept { return i_channels > 2; }
 
     SwrContext* i_swrP = nullptr;
     int i_rate = 0, i_channels = 0, i_format = -1;
     std::uint64_t i_mask = 0;
+    std::vector<float> i_mixed;   // what a mix gives, before it is bent
 };

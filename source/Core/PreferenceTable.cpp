@@ -249,6 +249,7 @@ constexpr PrefRow kPreferences[] = {
     Typed("Save Library at Start", CFType::kBool),   // all of it anew, whatever has changed
     Typed("Date Added Field *really* Updated", CFType::kBool),
     Typed("Warn if there is a problem updating meta", CFType::kBool),   // on without it
+    Typed("Play all songs at one level", CFType::kBool),
     Typed("Look (0=desktop, 1=dark, 2=light)", CFType::kInteger),
     Typed("Video Drawing (0=automatic, 1=processor, 2=OpenGL)", CFType::kInteger),
     Typed("Break Picture", CFType::kString),   // the path of what the video windows show between songs

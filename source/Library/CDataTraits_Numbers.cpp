@@ -18,8 +18,11 @@ SuperString CDataTraits_Duration::IntegerToDisplay(long value) const {
     return value == 0 ? SuperString() : DurationOf300ths(value);
 }
 
-SuperString CDataTraits_TimeCode::IntegerToDisplay(long value) const { return TimeCodeText(value); }
+SuperString CDataTraits_TimeCode::IntegerToDisplay(long value) const {
+    return value == 0 ? SuperString() : TimeCodeText(MillisecondsOf300ths(value));
+}
+
 SuperString CDataTraits_TimeCode::ToDisplayFromString(const SuperString& text) const {
     const auto milliseconds = ParseTimeCode(text);
-    return milliseconds ? SuperString(std::to_string(*milliseconds)) : text;
+    return milliseconds ? SuperString(std::to_string(In300ths(*milliseconds))) : text;
 }

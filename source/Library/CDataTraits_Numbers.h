@@ -31,11 +31,11 @@ public:
     [[nodiscard]] SuperString IntegerToDisplay(long value) const override;
 };
 
-/** Milliseconds as a time code, typed and shown. */
+/** 300ths of a second, typed and shown as a time code; nothing for none. */
 class CDataTraits_TimeCode : public CDataTraits {
 public:
     using CDataTraits::CDataTraits;
-    /** A time code gives its milliseconds; another text stays. */
+    /** A time code gives its 300ths; another text stays. */
     [[nodiscard]] SuperString ToDisplayFromString(const SuperString& text) const override;
     [[nodiscard]] SuperString IntegerToDisplay(long value) const override;
 };

@@ -55,12 +55,15 @@ OSErr LengthOfFile(const CFileRef& file, std::uint32_t& length300) {
 
 }   // namespace
 
+OSErr FindPlayedFile(CSongFiles& files, CFileRef& file) {
+    if (!files.Ref(SDB_SongFile_ZIP).IsEmpty() && !Failed(files.GetFile(SDB_SongFile_ZIP, file))) return noErr;
+    if (!Failed(files.GetFile(SDB_SongFile_AUDIO, file))) return noErr;
+    if (!files.Ref(SDB_SongFile_AUDIO).IsEmpty()) return fnfErr;   // half of a song has not its length
+    return files.GetFile(SDB_SongFile_VIDEO, file, CSongFiles::TryCached::kYes);
+}
+
 OSErr FindSongLength(CSongFiles& files, std::uint32_t& length300) {
     CFileRef file;
-    if (!files.Ref(SDB_SongFile_ZIP).IsEmpty() && !Failed(files.GetFile(SDB_SongFile_ZIP, file)))
-        return LengthOfZip(file, length300);
-    if (!Failed(files.GetFile(SDB_SongFile_AUDIO, file))) return LengthOfFile(file, length300);
-    if (!files.Ref(SDB_SongFile_AUDIO).IsEmpty()) return fnfErr;   // half of a song has not its length
-    const OSErr err = files.GetFile(SDB_SongFile_VIDEO, file, CSongFiles::TryCached::kYes);
-    return Failed(err) ? err : LengthOfFile(file, length300);
+    if (const OSErr err = FindPlayedFile(files, file); Failed(err)) return err;
+    return SmallExtension(file.GetPath()) == "zip" ? LengthOfZip(file, length300) : LengthOfFile(file, length300);
 }

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <string>
 
@@ -69,6 +70,14 @@ std::optional<std::int64_t> ParseTimeCode(std::string_view text) {
     if (!text.empty()) return std::nullopt;
     const std::int64_t milliseconds = seconds * 1000 + thousandths;
     return minusB ? -milliseconds : milliseconds;
+}
+
+std::int64_t MillisecondsOf300ths(std::int64_t units300) {
+    return units300 / 3 * 10 + std::lround(static_cast<double>(units300 % 3) * 10 / 3);
+}
+
+std::int64_t In300ths(std::int64_t milliseconds) {
+    return milliseconds / 10 * 3 + std::lround(static_cast<double>(milliseconds % 10) * 3 / 10);
 }
 
 SuperString DurationOf300ths(std::int64_t duration300) {

@@ -45,7 +45,7 @@ public:
         got = device;
         return Open(device, blocks);
     }
-    /** Ends at once; frames not yet played are dropped. */
+    /** What plays fades out over the next 10 ms; frames behind that are dropped. */
     virtual void Close() = 0;
 
     /** Copies the frames, all of them. paramErr when there is no room or the last frame is half; nothing is taken then.

@@ -1,8 +1,10 @@
 #include "Platform/CAudioOutput_File.h"
 
+#include <algorithm>
 #include <cerrno>
 
 #include "Platform/CFileCalls.h"
+#include "Platform/SoundFade.h"
 
 namespace {
 OSErr FromErrno(int codeL) { return codeL == ENOSPC ? dskFulErr : static_cast<OSErr>(codeL); }
@@ -25,6 +27,9 @@ OSErr CAudioOutput_File::Open(std::string_view device, const AudioBlocks& blocks
         i_emptiedB = true;
         i_bytesL = 0;
     }
+    i_waiting.clear();
+    i_waiting.reserve(blocks.framesL * blocks.countL * kAudioOutput_Channels);
+    i_writtenL = 0;
     i_bytes.resize(blocks.framesL * blocks.countL * kAudioOutput_Channels * sizeof(std::int16_t));
     const OSErr err = CAudioOutput_Paced::Open(device, blocks);
     if (Failed(err)) Close();
@@ -32,12 +37,37 @@ OSErr CAudioOutput_File::Open(std::string_view device, const AudioBlocks& blocks
 }
 
 void CAudioOutput_File::Close() {
+    if (i_handle >= 0 && !i_waiting.empty()) {
+        OSErr err = WriteUpTo(FramesPlayed());
+        const std::size_t endL = std::min(i_waiting.size() / kAudioOutput_Channels, kFadeOut_Frames);
+        for (std::size_t n = 0; n < endL * kAudioOutput_Channels; ++n)
+            i_waiting[n] = Faded(i_waiting[n], FadeOut(n / kAudioOutput_Channels, endL));
+        if (!Failed(err)) err = WriteUpTo(i_writtenL + endL);
+        if (Failed(err)) i_waiting.clear();   // a full disc: the song is over all the same
+    }
     CAudioOutput_Paced::Close();
     if (i_handle >= 0) CFileCalls::Get().Close(i_handle);
     i_handle = -1;
 }
 
 OSErr CAudioOutput_File::Deliver(std::span<const std::int16_t> stereo) {
+    if (i_atOnceB) return Write(stereo);
+    if (const OSErr err = WriteUpTo(FramesPlayed()); Failed(err)) return err;
+    i_waiting.insert(i_waiting.end(), stereo.begin(), stereo.end());
+    return noErr;
+}
+
+OSErr CAudioOutput_File::WriteUpTo(std::uint64_t frameL) {
+    const auto frames = static_cast<std::size_t>(
+        std::min<std::uint64_t>(frameL - std::min(frameL, i_writtenL), i_waiting.size() / kAudioOutput_Channels));
+    const std::span<const std::int16_t> due = std::span(i_waiting).first(frames * kAudioOutput_Channels);
+    if (const OSErr err = Write(due); Failed(err)) return err;
+    i_waiting.erase(i_waiting.begin(), i_waiting.begin() + static_cast<std::ptrdiff_t>(due.size()));
+    i_writtenL += frames;
+    return noErr;
+}
+
+OSErr CAudioOutput_File::Write(std::span<const std::int16_t> stereo) {
     if (i_handle < 0) return ioErr;
     std::size_t sizeL = 0;
     for (const std::int16_t sample : stereo) {

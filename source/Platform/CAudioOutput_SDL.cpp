@@ -8,6 +8,7 @@
 #include <mutex>
 
 #include "Platform/CClock.h"
+#include "Platform/SoundFade.h"
 
 namespace {
 
@@ -49,18 +50,14 @@ std::string NameNow(const std::string& device) {
 
 constexpr std::size_t kSample_Bytes = sizeof(std::int16_t) * kAudioOutput_Channels;
 
-constexpr std::size_t kFade_Frames = 441;
 constexpr double kFade_MostT = 0.2;   // a device that takes nothing for so long is not waited for
 
-/** All of `stereo`, along a straight line: it is short, and follows or comes before silence. */
+/** All of `stereo`, or as much of it as a fade takes: it follows or comes before silence. */
 void Fade(std::span<std::int16_t> stereo, bool inB) noexcept {
-    const auto countL = static_cast<std::int32_t>(stereo.size() / kAudioOutput_Channels);
-    for (std::int32_t n = 0; n < countL; ++n) {
-        const std::int32_t part = inB ? n : countL - 1 - n;
-        for (std::size_t side = 0; side < kAudioOutput_Channels; ++side) {
-            std::int16_t& sample = stereo[static_cast<std::size_t>(n) * kAudioOutput_Channels + side];
-            sample = static_cast<std::int16_t>(sample * part / countL);
-        }
+    const std::size_t countL = stereo.size() / kAudioOutput_Channels;
+    for (std::size_t n = 0; n < stereo.size(); ++n) {
+        const std::size_t frame = n / kAudioOutput_Channels;
+        stereo[n] = Faded(stereo[n], inB ? FadeIn(frame, std::min(countL, kFadeIn_Frames)) : FadeOut(frame, countL));
     }
 }
 
@@ -82,7 +79,7 @@ struct CAudioOutput_SDL::Calls {
         const std::uint64_t queuedL = self.i_queuedL.load(std::memory_order_acquire);
         const Leaving leaving = self.i_leaving.load(std::memory_order_acquire);
         const std::uint64_t mayL = leaving == Leaving::kNo      ? wantedL
-                                   : leaving == Leaving::kAsked ? std::min(wantedL, kFade_Frames)
+                                   : leaving == Leaving::kAsked ? std::min(wantedL, kFadeOut_Frames)
                                                                 : 0;
         const auto takenL = static_cast<std::size_t>(std::min<std::uint64_t>(mayL, queuedL - playedL));
         for (std::size_t doneL = 0; doneL < takenL;) {
@@ -226,8 +223,8 @@ void CAudioOutput_SDL::FadeQueuedIn() {
     const std::uint64_t playedL = i_playedL.load(std::memory_order_acquire);
     const std::uint64_t waitingL = i_queuedL.load(std::memory_order_relaxed) - playedL;
     if (playedL == 0) return;   // nothing was heard yet: it begins as it is
-    std::array<std::int16_t, kFade_Frames * kAudioOutput_Channels> faded{};
-    const auto countL = static_cast<std::size_t>(std::min<std::uint64_t>(waitingL, kFade_Frames));
+    std::array<std::int16_t, kFadeIn_Frames * kAudioOutput_Channels> faded{};
+    const auto countL = static_cast<std::size_t>(std::min<std::uint64_t>(waitingL, kFadeIn_Frames));
     const auto at = [&](std::size_t n) {
         return (static_cast<std::size_t>((playedL + n / kAudioOutput_Channels) % i_roomL)) * kAudioOutput_Channels +
                n % kAudioOutput_Channels;
@@ -254,6 +251,7 @@ void CAudioOutput_SDL::CloseDevice() {
 
 void CAudioOutput_SDL::Close() {
     if (!i_openB) return;
+    if (!IsLost() && Room() < i_roomL) FadeOut();
     const std::lock_guard guard(SDLLock());
     CloseDevice();
 }

@@ -36,6 +36,7 @@ CPlayControl::CPlayControl(CPlayHost& host)
     : i_host(host),
       i_selfRef(std::make_shared<CPlayControl*>(this)),
       i_outputP(MakeRef<CPlayOutput>()),
+      i_levels(host.Database()),
       i_place(host.Database()),
       i_volumeF(ReadVolume(host)) {
     i_outputP->Level().gainF = i_volumeF;
@@ -125,6 +126,7 @@ OSErr CPlayControl::PlaySong(const SongPlaySpec& spec, const StartHow& how) {
                         .autoCueB = preferences.GetBool("Auto-cue", true),
                         .hq4xB = preferences.GetBool("Use hq4x upscaling (fast computers only)"),
                         .anyDeviceB = i_host.PlaysOnAnyDevice(),
+                        .oneLevelB = IsOneLevel(),
                         .pictureDelayL = PictureDelay(),
                         .startAt300 = how.at300};
     CSongPlayOwner& owner = *this;
@@ -154,6 +156,7 @@ void CPlayControl::PreRollDone(CSongPlay& play, OSErr err) {
         !Failed(err) && (i_pitchS != static_cast<int>(spec.pitch) || i_tempo != spec.tempo))
         err = play.SetPitchTempo(i_pitchS, i_tempo);
     if (!Failed(err) && i_vocal != play.Spec().vocal) play.SetVocalMode(i_vocal);
+    if (!Failed(err)) play.SetOneLevel(IsOneLevel());
     if (Failed(err)) {
         if (!play.HasPlayer()) Log("### no audio player");
         SongFailed(play, err);
@@ -221,6 +224,7 @@ void CPlayControl::SortChanged(PlaylistID list, const SortSpec&, bool startedB) 
 
 void CPlayControl::CacheNext() {
     i_nextStaleB = false;
+    WantLevels();
     i_nextLookT = CClock::Get().SteadyT() + kNextLook_T;
     if (i_place.List() == nullptr || !i_host.Preferences().GetBool("pre-cache next song", true)) {
         i_next.Drop();
@@ -378,6 +382,7 @@ void CPlayControl::VideoIdle(bool forcedB) {
             CacheNext();
     }
     if (i_interrupted.HasRunOut()) TellGoBack();
+    i_levels.Idle(IsPlaying());
     if (const Ref<CSongPlay> playP = i_playP) playP->Tick(forcedB);
 }
 

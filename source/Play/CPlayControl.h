@@ -12,6 +12,7 @@
 #include "Play/CNextSong.h"
 #include "Play/CPlayingSong.h"
 #include "Play/CPlayPlace.h"
+#include "Play/CSongLevels.h"
 #include "Play/CSongPlay.h"
 
 class CPlayHost;
@@ -91,6 +92,10 @@ public:
     /** Of the song that plays. */
     void SetVocalMode(VocalMode mode);
     [[nodiscard]] VocalMode Vocal() const noexcept { return i_vocal; }
+    /** "Play all songs at one level": a song whose loudness was measured, before or while others played, is brought to
+        that of the others. */
+    void SetOneLevel(bool onB);
+    [[nodiscard]] bool IsOneLevel() const;
     /** By so many steps of "Sync Slip increment (300ths)"; the answer is for the room. */
     std::string SlipSong(int steps);
     std::string SetSongSlip300(long slip300);
@@ -180,6 +185,8 @@ private:
     /** The song counts as sung. */
     void FinishSong(const CSongPlay& play);
     void CacheNext();
+    /** What comes next is measured first, then what plays, then what follows. */
+    void WantLevels();
     [[nodiscard]] std::string WantedDevice() const;
     /** The output follows the preferences. */
     void ChooseOutput();
@@ -196,6 +203,7 @@ private:
     std::string i_device;     // that i_outputP was given; empty: none yet
     Ref<CSongPlay> i_playP;   // null: idle
     CNextSong i_next;
+    CSongLevels i_levels;
     bool i_nextStaleB = false;     // the list has changed since i_next was chosen
     double i_nextLookT = 0;        // before this it is not looked at again, nor dropped after a stop
     bool i_startPausedB = false;   // i_playP is to begin paused

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 
 #include "Audio/CTimePitch.h"
@@ -17,6 +18,9 @@ constexpr double kPerSecond = 300;
 constexpr const char* kPref_Volume = "Current Volume (0-100)";
 constexpr const char* kPref_Slip = "Global Song Sync Slip (300ths)";
 constexpr const char* kPref_Device = "Audio Output Device";
+constexpr const char* kPref_OneLevel = "Play all songs at one level";
+/** So many rows ahead of the one that plays are measured. */
+constexpr std::size_t kLevels_Ahead = 20;
 
 long As300ths(double seconds) { return static_cast<long>(std::floor(seconds * kPerSecond + 0.5)); }
 
@@ -88,6 +92,31 @@ void CPlayControl::SetVocalMode(VocalMode mode) {
     i_vocal = mode;
     if (i_playP) i_playP->SetVocalMode(mode);
     TellSettings();
+}
+
+bool CPlayControl::IsOneLevel() const { return i_host.Preferences().GetBool(kPref_OneLevel); }
+
+void CPlayControl::SetOneLevel(bool onB) {
+    i_host.Preferences().Set(kPref_OneLevel, CCFValue(onB));
+    if (i_playP) i_playP->SetOneLevel(onB);
+    WantLevels();
+    TellSettings();
+}
+
+void CPlayControl::WantLevels() {
+    std::vector<SongID> songs;
+    CPlayList* const listP = i_place.List();
+    if (listP != nullptr && IsOneLevel()) {
+        const auto add = [&](PLItemID item) {
+            if (CPlayListItem* const itemP = listP->GetIndPLItem(item)) songs.push_back(itemP->GetSongID());
+        };
+        const std::vector<PLItemID>& rows = listP->GetSortedList();
+        auto here = std::ranges::find(rows, i_place.Next(CPlayList::AtEnd::kIgnore));
+        if (here != rows.end()) add(*here++);
+        if (i_playP) songs.push_back(CurrentSong());
+        for (; here != rows.end() && songs.size() < kLevels_Ahead; ++here) add(*here);
+    }
+    i_levels.Want(std::move(songs));
 }
 
 std::string CPlayControl::SlipSong(int steps) {

@@ -78,6 +78,11 @@ long CPlayPace::Period() const {
     return SectorMicroseconds(i_tempo);
 }
 
+double CPlayPace::Tempo() const {
+    const std::scoped_lock guard(i_lock);
+    return i_tempo;
+}
+
 void CPlayPace::SetTempo(double tempo) {
     const std::scoped_lock guard(i_lock);
     i_nextTempo = tempo;

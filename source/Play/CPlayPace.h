@@ -49,6 +49,8 @@ public:
     /** Of the thread: the period to sleep, in microseconds. */
     [[nodiscard]] long Period() const;
     void SetTempo(double tempo);
+    /** Of what is heard. */
+    [[nodiscard]] double Tempo() const;
     /** A sector's time has gone by. False when the clock stands, until the thread is woken. */
     bool Tick();
 

@@ -13,7 +13,6 @@
 namespace {
 
 constexpr std::uint64_t kMostGraphics_Bytes = std::uint64_t{1} << 30;   // 41 hours
-constexpr std::uintmax_t kStamp_Gone = static_cast<std::uintmax_t>(-1);
 
 bool IsThere(const CFileRef& file) {
     std::error_code err;
@@ -99,14 +98,8 @@ OSErr CSongLoad::LoadNow(std::unique_ptr<CS_MainThread_AbortProc> completionP) {
 
 std::vector<CSongLoad::Stamp> CSongLoad::Stamps() const {
     std::vector<Stamp> stamps;
-    for (const CFileRef* fileP : {&i_mainFile, &i_soundFile}) {
-        std::error_code err;
-        Stamp stamp{.file = fileP->GetPath()};
-        stamp.bytesL = std::filesystem::file_size(stamp.file, err);
-        if (err) stamp.bytesL = kStamp_Gone;
-        stamp.time = std::filesystem::last_write_time(stamp.file, err);
-        stamps.push_back(std::move(stamp));
-    }
+    for (const CFileRef* fileP : {&i_mainFile, &i_soundFile})
+        stamps.push_back({.file = fileP->GetPath(), .stamp = FileStamp::Of(fileP->GetPath())});
     return stamps;
 }
 
@@ -114,7 +107,7 @@ std::vector<CSongLoad::Stamp> CSongLoad::Stamps() const {
 bool CSongLoad::WereReplaced() const {
     const std::vector<Stamp> now = Stamps();
     return !std::ranges::equal(i_stamps, now, [](const Stamp& before, const Stamp& after) {
-        return after.bytesL == kStamp_Gone || before == after;
+        return after.stamp.bytesL == FileStamp::kGone || before == after;
     });
 }
 

@@ -13,6 +13,7 @@
 #include "Graphics/CAS_QuickTimeVideo.h"
 #include "Graphics/CSubCodeStream_Memory.h"
 #include "Library/CSongFiles.h"
+#include "Play/FileStamp.h"
 #include "Play/SongPlaySpec.h"
 
 struct CZipMember;
@@ -68,13 +69,13 @@ public:
     [[nodiscard]] const CFileRef& MainFile() const noexcept { return i_mainFile; }
     /** What sounds, or the zip that it is in; empty for graphics alone. */
     [[nodiscard]] const CFileRef& SoundFile() const noexcept { return i_soundFile; }
+    /** Of it, as it was when it was opened. */
+    [[nodiscard]] FileStamp SoundStamp() const { return i_stamps.empty() ? FileStamp() : i_stamps.back().stamp; }
 
 private:
-    /** What tells a file from one that was put in its place. */
     struct Stamp {
         std::filesystem::path file;
-        std::uintmax_t bytesL = 0;
-        std::filesystem::file_time_type time = {};
+        FileStamp stamp;
         bool operator==(const Stamp&) const = default;
     };
     enum class Phase { kNew, kLoading, kLoaded };

@@ -99,7 +99,15 @@ void CSongPicture::SetDelay(long milliseconds) {
 }
 
 long CSongPicture::SyncSlip300() const {
-    return i_slipMoved300 + i_owner.GlobalSlip300() - i_delayL * static_cast<long>(kSubCodePacketsPerSecond) / 1000;
+    return Lead300() + i_slipMoved300 + i_owner.GlobalSlip300() -
+           i_delayL * static_cast<long>(kSubCodePacketsPerSecond) / 1000;
+}
+
+/** What is drawn stands until the next look, a fifteenth of a second later: so it is that of the middle of this time,
+   or it would be late by up to all of it, and by another part of it in each song. */
+long CSongPicture::Lead300() const {
+    constexpr double kLook_300ths = 300.0 / 15;
+    return i_paceP && i_paceP->IsRunning() ? std::lround(i_paceP->Tempo() * kLook_300ths / 2) : 0;
 }
 
 bool CSongPicture::IsAtEnd() const {

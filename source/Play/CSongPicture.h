@@ -74,6 +74,7 @@ private:
     CGraphicsMovie* Movie() override { return i_parts.loadP->Movie().Get(); }
     std::uint16_t ChannelMask() const override { return i_parts.spec.channels; }
     long SyncSlip300() const override;
+    [[nodiscard]] long Lead300() const;
     bool IsChangingSong() const override { return i_owner.IsEnding(); }
     bool IsQuitting() const override { return i_owner.IsQuitting(); }
     void PostPlayNext() override { i_owner.PictureEnded(); }

@@ -165,6 +165,10 @@ void CSongPlay::SetVocalMode(VocalMode mode) {
     if (State() == PlayState::kPlaying && HasPlayer()) i_sound.Player()->PitchTempoVolume().Volume().SetVocalMode(mode);
 }
 
+void CSongPlay::SetOneLevel(bool onB) {
+    if (State() == PlayState::kPlaying) i_sound.SetOneLevel(onB);   // else it is set when its player is there
+}
+
 long CSongPlay::EndTime300() const {
     if (State() != PlayState::kPlaying) return 0;
     if (Spec().trimEnd300 > Spec().trimStart300) return Spec().trimEnd300;

@@ -39,6 +39,7 @@ public:
     void Tick(bool forceB);
     OSErr SetPitchTempo(double pitch, double tempo);
     void SetVocalMode(VocalMode mode);
+    void SetOneLevel(bool onB);
     /** Of the picture behind the sound, in milliseconds. */
     void SetPictureDelay(long milliseconds) { i_picture.SetDelay(milliseconds); }
     void SetSlipT(double seconds) { i_picture.SetSlipT(seconds); }

@@ -54,9 +54,20 @@ OSErr CSongSound::MakePlayer() {
         Failed(pitchErr))
         return pitchErr;
     i_playerP->PitchTempoVolume().Volume().SetVocalMode(spec.vocal);
-    i_playerP->PitchTempoVolume().Volume().SetGain(spec.gainF);
+    i_playerP->PitchTempoVolume().Volume().SetGain(GainF());
     i_playerP->ClearStopped();
     return noErr;
+}
+
+float CSongSound::GainF() const {
+    const std::optional<SongLevel>& level = i_parts.spec.level;
+    const bool knownB = i_oneLevelB.load() && level && level->stamp == i_parts.loadP->SoundStamp();
+    return i_parts.spec.gainF * (knownB ? level->GainF() : 1.0F);
+}
+
+void CSongSound::SetOneLevel(bool onB) {
+    i_oneLevelB.store(onB);
+    if (i_playerP) i_playerP->PitchTempoVolume().Volume().SetGain(GainF());
 }
 
 OSErr CSongSound::FindStart(const AudioPlayerSettings& settings, long& start300) {

@@ -15,7 +15,7 @@
     Errors   Err has the first one. */
 class CSongSound final : private CAudioSong {
 public:
-    explicit CSongSound(const SongPlayParts& parts) : i_parts(parts) {}
+    explicit CSongSound(const SongPlayParts& parts) : i_parts(parts), i_oneLevelB(parts.oneLevelB) {}
     CSongSound(const CSongSound&) = delete;
     CSongSound& operator=(const CSongSound&) = delete;
 
@@ -43,6 +43,8 @@ public:
     /** Null before the end of the pre-roll, and without sound. Not after Stop. */
     [[nodiscard]] CAudioPlayer* Player() const noexcept { return i_playerP.Get(); }
     [[nodiscard]] std::shared_ptr<const CHeardSound> Heard() const;
+    /** The song is brought to the one level of all songs, if its own was measured. */
+    void SetOneLevel(bool onB);
 
     [[nodiscard]] bool HasSound() const noexcept { return static_cast<bool>(i_parts.loadP->Audio()); }
     /** Where it begins; after Prepare. */
@@ -69,6 +71,7 @@ private:
     bool ExchangeSeeking(bool seekingB) override { return i_seekingFlagB.exchange(seekingB); }
 
     OSErr MakePlayer();
+    [[nodiscard]] float GainF() const;
     OSErr GoToStart();
     OSErr SeekPlayer(long time300);
 
@@ -76,6 +79,7 @@ private:
     std::atomic<long> i_state{0};
     std::atomic<OSErr> i_err{noErr};
     std::atomic<bool> i_stopB{false}, i_seekingFlagB{false}, i_lacksPlayerB{false};
+    std::atomic<bool> i_oneLevelB;
 
     std::mutex i_workLock;     // guards the two below; nothing is waited for under it
     bool i_workingB = false;   // a worker has the player and the spools

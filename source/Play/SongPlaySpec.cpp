@@ -34,7 +34,16 @@ double TempoOf(const CMetaValue& value) {
     return tempo > 0 ? std::clamp(tempo, kTimePitch_LeastTempo, kTimePitch_MostTempo) : 1.0;
 }
 
+/** Of our own, and hidden as every key that the table does not know. */
+constexpr MetaKey kLevel = "LUFS"_key;
+
 }   // namespace
+
+std::optional<SongLevel> LevelOf(CSong& song) { return SongLevel::Parse(song.Meta().Stored(kLevel).Text()); }
+
+void KeepLevel(CSong& song, const SongLevel& level) {
+    song.Meta().SetValue(kLevel, CMetaValue(CMetaText::Of(level.ToText())));
+}
 
 SongPlaySpec ReadSongPlaySpec(CSong& song, const CCFPrefDictionary& preferences) {
     CSongMeta& meta = song.Meta();
@@ -57,6 +66,7 @@ SongPlaySpec ReadSongPlaySpec(CSong& song, const CCFPrefDictionary& preferences)
     spec.trimStart300 = std::max(0, meta.GetInteger("Tsrt"_key));
     spec.trimEnd300 = std::max(0, meta.GetInteger("Tend"_key));
     spec.volumeF = VolumeOf(meta.GetFloat("volm"_key));
+    spec.level = LevelOf(song);
     spec.cooperativeB = meta.GetBool("Coop"_key) == BoolValueType::kTrue;
     spec.channels = static_cast<std::uint16_t>(meta.GetInteger("gChn"_key));
     spec.requireAudioB = preferences.GetBool("Require Audio (no naked CDG files)", true);

@@ -7,6 +7,7 @@
 #include "Audio/CVolumeStage.h"
 #include "Core/CFileRef.h"
 #include "Library/LibraryIDs.h"
+#include "Play/SongLevel.h"
 
 class CCFPrefDictionary;
 class CSong;
@@ -27,12 +28,17 @@ struct SongPlaySpec {
     long trimStart300 = 0, trimEnd300 = 0;   // 0: none
     float volumeF = 0;                       // 0: the song has none of its own
     float gainF = 1;                         // on top of the volume
+    std::optional<SongLevel> level;          // how loud it is, if that was measured
     bool cooperativeB = false;
     std::uint16_t channels = 0xFFFF;
     // Of the preferences.
     bool requireAudioB = true;   // graphics alone are no song
     bool launchMidiB = false;
 };
+
+/** How loud the song is, as it is kept with it. Main thread. */
+[[nodiscard]] std::optional<SongLevel> LevelOf(CSong& song);
+void KeepLevel(CSong& song, const SongLevel& level);
 
 /** Main thread; no look at the disc. Pitch and tempo are the song's. */
 [[nodiscard]] SongPlaySpec ReadSongPlaySpec(CSong& song, const CCFPrefDictionary& preferences);

@@ -28,6 +28,8 @@ constexpr CommandRow kCommands[] = {
     {kVolumeUp, kSound, kEverywhere, "volume-up", "Louder", "Raises the volume", "Ctrl+Up"},
     {kVolumeDown, kSound, kEverywhere, "volume-down", "Quieter", "Lowers the volume", "Ctrl+Down"},
     {kMute, kSound, kEverywhere, "mute", "Mute", "Turns the sound off and on", "Ctrl+M M"},
+    {kOneLevel, kSound, kEverywhere, "one-level", "All Songs at One Level",
+     "Songs that were measured are equally loud; off: as they were recorded", ""},
     {kPitchUp, kSound, kEverywhere, "pitch-up", "Pitch Up", "A semitone higher", "Ctrl+Shift+Up + ="},
     {kPitchDown, kSound, kEverywhere, "pitch-down", "Pitch Down", "A semitone lower", "Ctrl+Shift+Down -"},
     {kPitchReset, kSound, kEverywhere, "pitch-reset", "Original Pitch", "Sings as it was recorded", "Alt+0 0"},

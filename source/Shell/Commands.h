@@ -18,6 +18,7 @@ enum class Command : std::uint8_t {
     kVolumeUp,
     kVolumeDown,
     kMute,
+    kOneLevel,
     kPitchUp,
     kPitchDown,
     kPitchReset,

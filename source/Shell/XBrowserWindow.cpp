@@ -272,8 +272,8 @@ void XBrowserWindow::MakeMenus() {
                        kTrashOriginals});
     add(tr("&Play"), {kPlayPause, kStop, kRewind, kLine, kPrevious, kNext, kGoBack, kLine, kSeekBack, kSeekForward, kSeekBackFar,
                       kSeekForwardFar});
-    add(tr("S&ound"), {kVolumeUp, kVolumeDown, kMute, kLine, kPitchUp, kPitchDown, kPitchReset, kLine, kTempoUp,
-                       kTempoDown, kTempoReset, kLine, kVocalNext});
+    add(tr("S&ound"), {kVolumeUp, kVolumeDown, kMute, kOneLevel, kLine, kPitchUp, kPitchDown, kPitchReset, kLine,
+                       kTempoUp, kTempoDown, kTempoReset, kLine, kVocalNext});
     QMenu* const pictureP = add(tr("P&icture"), {kFullScreen});
     // Its key is that of the video windows: here Escape takes back the search.
     pictureP->addAction(i_actions->Get(kLeaveFullScreen).text(), &i_actions->Get(kLeaveFullScreen), &QAction::trigger);

@@ -63,6 +63,14 @@ void Draw(QPainter& painter, IconKind kind) {
                 path.arcTo(QRectF(9, 5, 12.5, 14), -50, 100);
             }
             return stroke(path);
+        case IconKind::kOneLevel:   // three that end at one line
+            for (const qreal x : {6., 12., 18.}) {
+                path.moveTo(x, 10);
+                path.lineTo(x, 19);
+            }
+            path.moveTo(3.5, 6);
+            path.lineTo(20.5, 6);
+            return stroke(path);
         case IconKind::kFullScreen:
             for (const auto& [x, y, dx, dy] :
                  {std::tuple{4., 4., 5., 5.}, {20., 4., -5., 5.}, {4., 20., 5., -5.}, {20., 20., -5., -5.}}) {

@@ -12,6 +12,7 @@ enum class IconKind {
     kMinus,
     kVolume,
     kMuted,
+    kOneLevel,
     kFullScreen,
     kOutput,
     kColumns,

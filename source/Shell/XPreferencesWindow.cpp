@@ -1,5 +1,6 @@
 #include "Shell/XPreferencesWindow.h"
 
+#include <QAbstractButton>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
@@ -61,6 +62,8 @@ constexpr PreferenceRow kVideoPicture[] = {
     {.keyZ = CGraphicsCard::kPreferenceZ, .labelZ = "Drawn by", .wordsZ = "From the next start on.", .choices = kDrawings},
 };
 
+constexpr PreferenceRow kOneLevel = {"Play all songs at one level", nullptr,
+                                     "A song is measured when it comes next, or plays for the first time."};
 constexpr PreferenceRow kSound[] = {
     {.labelZ = "Auto-cue"},
     {"Auto Cue Threshold (0..1) (smaller is more sensitive)", "Music begins at", "Of the full level; smaller is earlier.",
@@ -68,7 +71,7 @@ constexpr PreferenceRow kSound[] = {
     {"Auto Cue rollback (seconds)", "Start before it by", nullptr, 0, 5, 0.1, 1, 2, " s"},
     {.labelZ = "Output"},
     {"Pre-Fetched Audio Blocks (must be > 2)", "Blocks ahead of the device",
-     "More survive a busy machine, fewer answer faster; from the next song on.", 3, 64},
+     "More survive a busy machine, fewer answer faster; from the next song on.", 2, 25},
 };
 
 constexpr PreferenceRow kLibrary[] = {
@@ -208,6 +211,10 @@ void XPreferencesWindow::MakeSound() {
     auto* const panelP = new XOutputPanel(i_play, i_prefs);
     panelP->setFixedWidth(380);
     page.AddWidget({}, panelP);
+    page.AddHeading(tr("Level"));
+    page.Add({&kOneLevel, 1});
+    connect(page.findChild<QAbstractButton*>(kOneLevel.keyZ), &QAbstractButton::toggled, this,
+            [this](bool onB) { i_play.SetOneLevel(onB); });
     page.Add(kSound);
 }
 

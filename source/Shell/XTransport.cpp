@@ -25,7 +25,7 @@ namespace {
 constexpr int kTick_Milliseconds = 100;
 constexpr long k300ths_Second = 300;
 constexpr int kVolume_Step = 5;   // percent
-constexpr int kTime_Width = 150, kTime_LowWidth = 64, kVolume_Width = 152;
+constexpr int kTime_Width = 150, kTime_LowWidth = 64, kVolume_Width = 184;
 
 constexpr struct {
     VocalMode mode;
@@ -248,6 +248,9 @@ QWidget* XTransport::MakeBottom() {
     volumeRowP->setSpacing(4);
     volumeRowP->addWidget(i_muteP);
     volumeRowP->addWidget(i_volumeP);
+    i_oneLevelP = MakeButton(Command::kOneLevel, IconKind::kOneLevel, 28);
+    i_oneLevelP->setCheckable(true);
+    volumeRowP->addWidget(i_oneLevelP);
     QWidget* const volumeGroupP = Under(MakeCaption(tr("Volume"), i_volumeP), volumeRowP);
     volumeGroupP->setMaximumWidth(kVolume_Width);
     rowP->addWidget(volumeGroupP, 1, Qt::AlignVCenter);   // as wide as it may be, where there is room
@@ -288,6 +291,7 @@ void XTransport::Connect() {
         {Command::kVolumeUp, [volumeBy] { volumeBy(kVolume_Step); }},
         {Command::kVolumeDown, [volumeBy] { volumeBy(-kVolume_Step); }},
         {Command::kMute, [this] { i_play.SetMute(!i_play.IsMuted()); }},
+        {Command::kOneLevel, [this] { i_play.SetOneLevel(!i_play.IsOneLevel()); }},
         {Command::kPitchUp, [this] { (void)i_play.SetPitch(i_play.Pitch() + 1); }},
         {Command::kPitchDown, [this] { (void)i_play.SetPitch(i_play.Pitch() - 1); }},
         {Command::kPitchReset, [this] { (void)i_play.SetPitch(0); }},
@@ -377,6 +381,7 @@ void XTransport::SettingsChanged() {
     i_vocalP->setCurrentIndex(std::max(0, i_vocalP->findData(static_cast<int>(i_play.Vocal()))));
     i_muteP->setIcon(Icon(i_play.IsMuted() ? IconKind::kMuted : IconKind::kVolume));
     i_muteP->setAccessibleName(i_play.IsMuted() ? tr("Sound on") : tr("Mute"));
+    i_oneLevelP->setChecked(i_play.IsOneLevel());
 }
 
 void XTransport::GoBackChanged() {

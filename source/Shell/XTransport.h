@@ -85,6 +85,7 @@ private:
     bool i_lowB = false;
     QToolButton* i_playP = nullptr;
     QToolButton* i_muteP = nullptr;
+    QToolButton* i_oneLevelP = nullptr;
     XStepper* i_pitchP = nullptr;
     XStepper* i_tempoP = nullptr;
     XStepper* i_slipP = nullptr;

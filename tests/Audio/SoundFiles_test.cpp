@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 #include <random>
+#include <sstream>
 
 #include "Audio/CAS_File.h"
 #include "Audio/CAS_Memory.h"
@@ -294,6 +295,46 @@ TEST_F(SoundFiles, SeveralFilesAreOneStream) {
     ASSERT_EQ(spoolP->GetEOF(sizeL), noErr);
     EXPECT_EQ(sizeL, sweep.size());
     EXPECT_EQ(PumpOut(spoolP), sweep);
+}
+
+TEST_F(SoundFiles, SurroundIsAsLoudAsStereoAndNeverBeyondFullScale) {
+    constexpr double kNone = -90, kCentre = -3.01;
+    const struct {
+        const char* levelsZ;   // of the six channels, parts of full scale
+        double leftDB, rightDB;
+    } kCases[] = {
+        {"0.5 0 0 0 0 0", 0, kNone},     {"0 0.5 0 0 0 0", kNone, 0},           {"0 0 0.5 0 0 0", kCentre, kCentre},
+        {"0 0 0 0.5 0 0", kNone, kNone}, {"0 0 0 0 0.5 0", kCentre, kNone},     {"0 0 0 0 0 0.5", kNone, kCentre},
+        {"0.5 0.5 0 0 0 0", 0, 0},       {"0.9 0.9 0.9 0.9 0.9 0.9", 6.5, 6.5},   // limited: 12.8 would be the sum
+    };
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(c.levelsZ);
+        const Path file = Song("surround.wav");
+        std::string channels;
+        std::istringstream levels(c.levelsZ);
+        for (std::string level; levels >> level;) channels += "|" + level + "*sin(2*PI*441*t)";
+        MediaFiles::Run("ffmpeg -nostdin -v error -y -f lavfi -i 'aevalsrc=" + channels.substr(1) +
+                        ":c=5.1:s=44100:d=0.5' -c:a pcm_s16le " + file.string());
+        CByteSource_File source;
+        ASSERT_EQ(source.Open(CFileRef(file)), noErr);
+        CMediaAudio audio;
+        ASSERT_EQ(audio.Open(source), noErr);
+        Samples samples, block(4096);
+        for (std::size_t gotL = 0; !Failed(audio.Read(block, gotL));)
+            samples.insert(samples.end(), block.begin(), block.begin() + static_cast<std::ptrdiff_t>(gotL));
+        ASSERT_EQ(samples.size(), 22050U * 2);
+        for (const std::size_t side : {0U, 1U}) {
+            double sum = 0;
+            for (std::size_t n = side; n < samples.size(); n += 2) {
+                sum += std::pow(samples[n] / 32767.0, 2);
+                // The tone is above zero in the first half of each 100 frames: what ran over would not be.
+                const std::size_t phase = n / 2 % 100;
+                if (phase != 0 && phase != 50) ASSERT_GE(samples[n] * (phase < 50 ? 1 : -1), 0) << n;
+            }
+            const double level = 10 * std::log10(std::max(1e-12, 2 * sum / 22050 / 0.25));
+            EXPECT_NEAR(std::max(level, kNone), side == 0 ? c.leftDB : c.rightDB, 0.5);
+        }
+    }
 }
 
 TEST_F(SoundFiles, LoudnessIsWhatTheFfmpegProgramMeasures) {

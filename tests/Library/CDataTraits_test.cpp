@@ -56,8 +56,9 @@ constexpr struct {
     {"SIZE"_key, std::numeric_limits<std::int32_t>::min(), "2 GB"},
     {"strt"_key, 150, "00:2.000"},
     {"strt"_key, 0, "00:0.000"},
-    {"Tsrt"_key, 83450, "1:23.450"},
-    {"Tend"_key, 0, "0:00.000"},
+    {"Tsrt"_key, 25035, "1:23.450"},   // 300ths, as all times of a song
+    {"Tsrt"_key, 1501, "0:05.003"},
+    {"Tend"_key, 0, ""},
     {"drtn"_key, 0, ""},
     {"drtn"_key, 55500, "3:05"},
     {"cryr"_key, 1999, "1999"},
@@ -123,7 +124,8 @@ TEST_F(CDataTraitsTest, NumbersReadAsPeopleReadThem) {
     EXPECT_EQ(i_manager.GetTraits("TMPO"_key).Display({}), "1,00");
     EXPECT_EQ(TimeCodeText(83450), "1:23,450");
     SetDecimalMark(".");
-    EXPECT_EQ(i_manager.GetTraits("Tsrt"_key).ToDisplayFromString("1:23.45"), "83450");
+    EXPECT_EQ(i_manager.GetTraits("Tsrt"_key).ToDisplayFromString("1:23.45"), "25035");
+    EXPECT_EQ(i_manager.GetTraits("Tend"_key).ToDisplayFromString("0:05"), "1500");
     EXPECT_EQ(i_manager.GetTraits("Tsrt"_key).ToDisplayFromString("soon"), "soon");
     EXPECT_EQ(i_manager.GetTraits("trak"_key).ToDisplayFromString("1:23.45"), "1:23.45");
 }
@@ -146,6 +148,9 @@ TEST(TimeCode, ReadsWhatPeopleType) {
     }
     for (const std::int64_t value : {0L, 1L, 999L, 1000L, 59'999L, 60'000L, 3'599'999L, 3'600'000L, -61'001L})
         EXPECT_EQ(ParseTimeCode(TimeCodeText(value)), value);
+    for (const std::int64_t value : {0L, 1L, 2L, 299L, 1501L, 2147483647L, -7L})
+        EXPECT_EQ(In300ths(MillisecondsOf300ths(value)), value);
+    EXPECT_EQ(In300ths(5000), 1500);
     EXPECT_EQ(TimeCodeText(std::numeric_limits<std::int64_t>::min()).UTF8().substr(0, 1), "-");
     EXPECT_EQ(DurationOf300ths(300 * 3723 + 299), "1:02:03");
     EXPECT_EQ(DurationOf300ths(-5), "0:00");

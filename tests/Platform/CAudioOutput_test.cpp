@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <SDL.h>
 #include <unistd.h>
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -136,6 +137,53 @@ TEST(CAudioOutput_File, HoldsEverySampleAndAppendsTheNextSong) {
     Samples both = first;
     both.insert(both.end(), second.begin(), second.end());
     EXPECT_EQ(ReadSamples(file), both);
+}
+
+/** What is cut off in the middle fades out, and a device that takes over in the middle fades it in. */
+TEST(CAudioOutput, NeitherItsEndNorAnotherDeviceIsAClick) {
+    const Folder folder;
+    constexpr std::int16_t kLoud = 20000;
+    constexpr AudioBlocks kBlocks{.framesL = 1000, .countL = 20};
+    const Samples loud(15000 * kAudioOutput_Channels, kLoud);
+    const auto mostStep = [](const Samples& samples) {
+        int mostL = 0;
+        for (std::size_t n = kAudioOutput_Channels; n < samples.size(); ++n)
+            mostL = std::max(mostL, std::abs(samples[n] - samples[n - kAudioOutput_Channels]));
+        return mostL;
+    };
+    constexpr double kSteepest = kLoud * 1.4;   // over the frames of a fade
+    {
+        ScriptedClock clock;
+        CAudioOutput_File output(folder.path / "file.raw");
+        ASSERT_EQ(output.Open("", kBlocks), noErr);
+        ASSERT_EQ(output.Queue(loud), noErr);
+        clock.Advance(500.5 / 44100);
+        output.Close();
+        const Samples got = ReadSamples(folder.path / "file.raw");
+        ASSERT_EQ(got.size(), (500U + 441U) * kAudioOutput_Channels);
+        EXPECT_LT(mostStep(got), kSteepest / 441);
+        EXPECT_EQ(got[499 * kAudioOutput_Channels], kLoud);
+        EXPECT_LT(std::abs(got.back()), 10);
+    }
+    const auto file = folder.path / "sdl.raw";
+    ::setenv("SDL_AUDIODRIVER", "disk", 1);
+    ::setenv("SDL_DISKAUDIOFILE", file.c_str(), 1);
+    {
+        CAudioOutput_SDL output;
+        ASSERT_EQ(output.Open("", kBlocks), noErr);
+        ASSERT_EQ(output.Queue(loud), noErr);
+        EXPECT_TRUE(Soon([&] { return output.FramesPlayed() > 2000; }));
+        std::string device;
+        ASSERT_EQ(output.Recover(device), noErr);   // the file begins anew, as a device that was not there before
+        const std::uint64_t playedL = output.FramesPlayed();
+        EXPECT_TRUE(Soon([&] { return output.FramesPlayed() > playedL + 1000; }));
+    }
+    for (const char* nameZ : {"SDL_AUDIODRIVER", "SDL_DISKAUDIOFILE"}) ::unsetenv(nameZ);
+    Samples got = ReadSamples(file);
+    EXPECT_EQ(*std::ranges::max_element(got), kLoud);
+    got.insert(got.begin(), kAudioOutput_Channels, 0);
+    EXPECT_LT(mostStep(got), kSteepest / 220);
+    EXPECT_EQ(got.back(), 0);
 }
 
 TEST(CAudioOutput_File, TellsWhyNot) {

@@ -120,6 +120,22 @@ protected:
     UnhurriedPlayTest() : PlayTest(2) {}
 };
 
+/** What is drawn stands for a fifteenth of a second: its middle is what is heard. */
+TEST_F(UnhurriedPlayTest, ThePictureIsAheadOfTheClockByHalfALook) {
+    Add(Sound("a.wav", 600), Graphics("a.cdg", 18000));
+    ASSERT_TRUE(Starts(0));
+    for (const double tempo : {1.0, 1.5}) {
+        ASSERT_EQ(i_controlP->SetTempo(tempo), noErr);
+        RunFor(2);   // what was given before has another tempo
+        long mostL = 0;
+        for (int n = 0; n < 200; ++n) {
+            Pass();
+            mostL = std::max(mostL, i_controlP->Current()->Packets() - i_controlP->CurTime300());
+        }
+        EXPECT_NEAR(static_cast<double>(mostL), 10 * tempo, 1);
+    }
+}
+
 /** Sound that is far behind the words jumps to them, once it moves again. */
 TEST_F(UnhurriedPlayTest, AStallLeavesTheSoundWhereTheWordsAre) {
     Add(Sound("a.wav", 600), Graphics("a.cdg", 3000));

@@ -209,8 +209,15 @@ protected:
     // ---- Songs ----
     /** A tone of `seconds`, after `silentT` of nothing, in a WAV file that is written here. */
     std::filesystem::path Sound(const std::string& name, double seconds, double silentT = 0) const {
-        const auto framesL = static_cast<std::uint32_t>(44100 * (silentT + seconds));
         const auto silentL = static_cast<std::uint32_t>(44100 * silentT);
+        return Wav(name, silentT + seconds, [silentL](std::uint32_t n) {
+            return static_cast<std::int16_t>(n < silentL ? 0 : n % 100 < 50 ? 0x2000 : -0x2000);
+        });
+    }
+    /** Both channels have the sample that `of` gives for each frame. */
+    std::filesystem::path Wav(const std::string& name, double seconds,
+                              const std::function<std::int16_t(std::uint32_t)>& of) const {
+        const auto framesL = static_cast<std::uint32_t>(44100 * seconds);
         std::ofstream out(i_folder / name, std::ios::binary);
         const auto put = [&out](auto value) { out.write(reinterpret_cast<const char*>(&value), sizeof value); };
         out << "RIFF";
@@ -219,7 +226,11 @@ protected:
         for (const std::uint32_t word : {16U, 0x00020001U, 44100U, 176400U, 0x00100004U}) put(word);
         out << "data";
         put(framesL * 4);
-        for (std::uint32_t n = 0; n < framesL; ++n) put(n < silentL ? 0U : n % 100 < 50 ? 0x20002000U : 0xE000E000U);
+        for (std::uint32_t n = 0; n < framesL; ++n) {
+            const std::int16_t sample = of(n);
+            put(sample);
+            put(sample);
+        }
         return i_folder / name;
     }
     /** So many packets of graphics: a white colour, and tiles that differ. */

@@ -1,0 +1,53 @@
+#include "Play/CSongLevels.h"
+
+#include <algorithm>
+
+#include "Core/CLog.h"
+#include "Library/CSongDatabase.h"
+#include "Platform/CClock.h"
+#include "Play/CT_MeasureLevel.h"
+#include "Play/SongPlaySpec.h"
+
+namespace {
+constexpr double kRest = 3;   // times as long as it worked
+}
+
+CSongLevels::CSongLevels(CSongDatabase& database)
+    : i_database(database),
+      i_selfRef(std::make_shared<CSongLevels*>(this)),
+      i_stopRef(std::make_shared<std::atomic<bool>>(false)) {}
+
+CSongLevels::~CSongLevels() {
+    *i_selfRef = nullptr;
+    i_stopRef->store(true);
+}
+
+void CSongLevels::Want(std::vector<SongID> songs) {
+    i_wanted = std::move(songs);
+    std::erase_if(i_wanted, [this](SongID song) { return i_looked.contains(song); });
+    std::ranges::reverse(i_wanted);
+}
+
+void CSongLevels::Idle(bool playingB) {
+    if (i_busyB || i_wanted.empty()) return;
+    if (playingB && CClock::Get().SteadyT() - i_endedT < kRest * i_tookT) return;
+    const SongID song = i_wanted.back();
+    i_wanted.pop_back();
+    CSong* const songP = i_database.GetSong(song);
+    if (songP == nullptr || !i_looked.insert(song).second) return;
+    i_busyB = true;
+    auto taskP = std::make_unique<CT_MeasureLevel>(i_selfRef, song, CSongFiles(*songP, i_database.Settings()),
+                                                   LevelOf(*songP), i_stopRef);
+    if (CT_Preemptive::Start(std::move(taskP)) == 0) i_busyB = false;
+}
+
+void CSongLevels::Measured(SongID song, const std::optional<SongLevel>& level, double tookT) {
+    i_busyB = false;
+    i_endedT = CClock::Get().SteadyT();
+    i_tookT = tookT;
+    CSong* const songP = i_database.GetSong(song);
+    if (!level || songP == nullptr) return;
+    LogF("Loudness of %s: %.2f LUFS, peak %.2f dB", songP->Name().UTF8().c_str(), level->loudness.lufs,
+         level->loudness.peakDB);
+    KeepLevel(*songP, *level);
+}
