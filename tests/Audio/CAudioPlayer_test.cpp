@@ -119,7 +119,8 @@ TEST_F(CAudioPlayer_test, TellsWhyTheOutputDoesNotOpen) {
     i_output.i_openErr = ioErr;
     EXPECT_EQ(Create(RandomSamples(10)), ioErr);
     ASSERT_EQ(AlertsSoFar().size(), 2U);
-    EXPECT_EQ(AlertsSoFar()[0], "There was a problem initializing audio output, you may want to quit and re-run|");
+    EXPECT_EQ(AlertsSoFar()[0].find("There was a problem initializing audio output, you may want to quit and re-run|“Speakers”: "),
+              0U);
     EXPECT_EQ(
         AlertsSoFar()[1].find("There was a problem initializing audio output, check your audio output device. Are "
                               "your speakers plugged in?|"),

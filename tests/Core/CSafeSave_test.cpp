@@ -226,7 +226,7 @@ TEST_F(SafeSaveTest, WhatCannotBeSavedStays) {
         OSErr err;
     } kCases[] = {{"folder", static_cast<OSErr>(EISDIR)},
                   {"locked", fLckdErr},
-                  {"pipe", paramErr},
+                  {"pipe", static_cast<OSErr>(EINVAL)},
                   {"dangling", fnfErr},
                   {"missing/file", fnfErr},
                   {"locked/file", fnfErr}};

@@ -63,7 +63,7 @@ constexpr struct {
     {"TMPO"_key, "1.15", "1.004", true, ""},
     {"TMPO"_key, "1.15", "--", true, ""},
     {"TMPO"_key, "1.15", "nan", false, "TMPO=1.15"},
-    {"TMPO"_key, "1.15", "1e99", true, "TMPO=2.55"},
+    {"TMPO"_key, "1.15", "99999", true, "TMPO=2.55"},
     {"PICH"_key, "", "-1", true, "PICH=-1"},
     {"PICH"_key, "3", "255", true, ""},
     {"PICH"_key, "", "40", true, "PICH=+12"},
