@@ -9,6 +9,7 @@
 #include <QScrollBar>
 #include <random>
 
+#include "App/CNotices.h"
 #include "Core/CPreferences.h"
 #include "Core/CThreadHost.h"
 #include "Core/CThreadManager.h"
@@ -113,6 +114,7 @@ void Measure(Host& host, CSongDatabase& database, std::size_t songsL) {
     CPlayList& library = database.Library();
     CPlayControl play(host);
     CLibraryCommands commands(database, host.i_ui);
+    CNotices notices([] {});
     std::unique_ptr<XBrowserWindow> windowP;
     const auto calmB = [&] {
         const auto* const modelP = static_cast<const CSongTableModel*>(windowP->findChild<XSongTable*>()->model());
@@ -125,6 +127,7 @@ void Measure(Host& host, CSongDatabase& database, std::size_t songsL) {
                                                                     .play = play,
                                                                     .prefs = host.i_prefs,
                                                                     .commands = commands,
+                                                                    .notices = notices,
                                                                     .portsP = &host.i_ports});
             windowP->resize(1280, 800);
             windowP->show();

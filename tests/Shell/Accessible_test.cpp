@@ -34,6 +34,8 @@ bool IsInside(const QWidget& widget) {
     return qobject_cast<const QTabBar*>(&widget) != nullptr || qobject_cast<const QStackedWidget*>(&widget) != nullptr;
 }
 
+}   // namespace
+
 void ExpectNames(QWidget& top) {
     int controlsL = 0;
     for (const QWidget* const widgetP : top.findChildren<QWidget*>()) {
@@ -49,6 +51,8 @@ void ExpectNames(QWidget& top) {
     }
     EXPECT_GT(controlsL, 0);
 }
+
+namespace {
 
 /** All windows, and every dialog that the program makes by itself. */
 TEST_F(BrowserTest, EveryControlIsNamedForScreenReaders) {

@@ -105,3 +105,6 @@ private:
     CGraphicsPorts& Ports() override { return i_ports; }
     void Deselect() override { i_windowP->Deselect(); }
 };
+
+/** Each control of the window and below it has a name and a description for screen readers. */
+void ExpectNames(QWidget& top);

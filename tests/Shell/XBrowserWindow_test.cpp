@@ -11,8 +11,6 @@
 
 namespace {
 
-void ExpectNames(QWidget& top);
-
 TEST_F(BrowserTest, OfSeveralSelectedSongsNoneIsPlayed) {
     auto& table = Find<XSongTable>();
     for (const Command command : {Command::kPlaySelected, Command::kPlayPause}) {
