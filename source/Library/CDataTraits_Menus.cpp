@@ -36,6 +36,7 @@ long CDataTraits_PitchPop::ValueToMenuIndex(long value) const { return Minus(kMo
 long CDataTraits_PitchPop::MenuIndexToValue(long index) const { return index == 0 ? kNone : Minus(kMost + 1, index); }
 SuperString CDataTraits_PitchPop::GetMenuItemText(long value) const {
     if (value == kNone) return "None";
+    if (value < -kMost || value > kMost) return "";   // the menu ends there
     return (value > 0 ? "+" : "") + std::to_string(value);
 }
 long CDataTraits_PitchPop::Legalize(long value) const {

@@ -60,7 +60,7 @@ TEST_F(CliCdg, WritesTheFrameOfAMoment) {
     EXPECT_GT(std::filesystem::file_size(png), 100U);
     // A tile of channel 8: not shown, as the host does not, unless it is asked for.
     SubCodePacket tile;
-    tile.bytes = {9, 6, 0, 0, 0x20, 0x01};
+    tile.bytes = {9, 6, 0, 0, 0x20, 0x01, 5, 5};
     for (std::size_t n = 8; n < 20; ++n) tile.bytes[n] = 0x3F;
     red.bytes[7] = 0x0F;   // the second colour: blue
     const std::string other = Write(Text(red) + Text(tile));

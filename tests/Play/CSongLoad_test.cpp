@@ -115,7 +115,7 @@ TEST_F(PlayTest, AZipAndAMovieGoTheSameRoad) {
         long end300, within;
         bool pictureB;
     } cases[] = {{"song.zip", SongKind::kSoundAndGraphics, 300, 1, true},
-                 {"movie.mp4", SongKind::kVideo, 300, 10, true},
+                 {"movie.mp4", SongKind::kVideo, 600, 10, true},
                  {"silent.mp4", SongKind::kVideo, 600, 10, true}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.nameZ);
