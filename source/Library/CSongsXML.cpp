@@ -12,7 +12,7 @@ struct Field {
     std::string_view name;
     MetaKey key;
 };
-constexpr Field kTexts[] = {{"Name", "name"_key},
+constexpr Field kSong_Texts[] = {{"Name", "name"_key},
                             {"Artist", "arts"_key},
                             {"Album", "albm"_key},
                             {"Genre", "genr"_key},
@@ -60,7 +60,7 @@ OSErr CSongsXML::Load(const CFileRef& file, const std::function<void(std::uint32
 
 void CSongsXML::LoadSong(const CCFDictionary& track, CMeta& song) const {
     const CMeta::QuietChanges quiet(song);
-    for (const auto& [name, key] : kTexts)
+    for (const auto& [name, key] : kSong_Texts)
         if (const SuperString text = track.GetString(name); !text.Empty()) song.SetString(key, text);
     for (const auto& [name, key] : kNumbers)
         if (const std::int64_t number = track.GetInteger(name); number != 0) song.SetInteger(key, number);

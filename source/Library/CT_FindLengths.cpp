@@ -10,12 +10,12 @@
 
 namespace {
 
-constexpr MetaKey kDuration = "drtn"_key;
+constexpr MetaKey kLength_Key = "drtn"_key;
 constexpr double kStep_FirstT = 0.5, kStep_MostT = 30;
 constexpr std::size_t kTell_Most = 2000;   // songs that wait to be told
 constexpr std::size_t kLengths_Block = 200;   // songs in one call to the main thread
 
-bool HasLength(const CSong& song) { return song.Meta().Stored(kDuration).Integer() > 0; }
+bool HasLength(const CSong& song) { return song.Meta().Stored(kLength_Key).Integer() > 0; }
 
 }   // namespace
 
@@ -57,7 +57,7 @@ OSErr CT_FindLengths::Tell() {
         err = OnMain("song lengths", [block](CSongDatabase& database) {
             for (const Found& found : block)
                 if (CSong* const songP = database.GetSong(found.song); songP != nullptr && !HasLength(*songP))
-                    songP->Meta().SetInteger(kDuration, found.length300);
+                    songP->Meta().SetInteger(kLength_Key, found.length300);
             return noErr;
         });
     }

@@ -8,7 +8,7 @@
 
 namespace {
 constexpr std::size_t kBlock = 512;   // songs under one lock
-constexpr MetaKey kDuration = "drtn"_key;
+constexpr MetaKey kSum_Key = "drtn"_key;
 }
 
 CT_SumDurations::CT_SumDurations(std::shared_ptr<const CMutex_PLIVec> listRef,
@@ -30,7 +30,7 @@ std::uint64_t CT_SumDurations::Run(const CMutex_PLIVec& list, const CMutex_SongM
             for (const PLRow& row : block)
                 if (row.target.type == SDB_kPLItem_SONG)
                     if (const CSong* const songP = find(SongID{row.target.idL}))
-                        sum300 += static_cast<std::uint32_t>(std::max(songP->Meta().Stored(kDuration).Integer(), 0));
+                        sum300 += static_cast<std::uint32_t>(std::max(songP->Meta().Stored(kSum_Key).Integer(), 0));
         });
     }
     return sum300;
