@@ -25,7 +25,7 @@ private:
     const std::string i_usage;
 };
 
-std::string NumberText(double value) {
+std::string BoundText(double value) {
     std::array<char, 32> text{};
     return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
 }
@@ -39,8 +39,8 @@ std::string Fault(const CliOption& option, const std::string& word) {
     }();
     if (!number) return "\"" + word + "\" is no " + (option.kind == CliKind::kWhole ? "whole number" : "number");
     if (*number >= option.least && *number <= option.most) return {};
-    if (!std::isfinite(option.most) || option.most > 1e15) return word + " is less than " + NumberText(option.least);
-    return word + " is not from " + NumberText(option.least) + " to " + NumberText(option.most);
+    if (!std::isfinite(option.most) || option.most > 1e15) return word + " is less than " + BoundText(option.least);
+    return word + " is not from " + BoundText(option.least) + " to " + BoundText(option.most);
 }
 
 /** The table as a tree of CLI11: the words of one command line go into `words` and `root`. */
