@@ -77,11 +77,7 @@ void CAppQuit::StopIdling() {
     i_app.StopCurrentSong();   // its threads end with the others
 }
 
-void CAppQuit::OpenProgress() {
-    const bool beforeB = i_app.i_hasMainWindowB.exchange(false);   // the new window catches no calls
-    i_app.i_curScope = i_app.Ui().OpenProgress("Quitting…");
-    i_app.i_hasMainWindowB.store(beforeB);
-}
+void CAppQuit::OpenProgress() { i_app.i_curScope = i_app.Ui().OpenProgress("Quitting…"); }
 
 /** Once a night, when nobody waits for a song of the cache. */
 void CAppQuit::PurgeCache() {
