@@ -5,15 +5,6 @@
 
 #include "Platform/CClock.h"
 
-namespace {
-
-void EndOffer(Notice& notice) {
-    notice.action = {};
-    notice.readB = true;
-}
-
-}   // namespace
-
 NoticeID CNotices::Enter(Notice notice) {
     notice.id = NoticeID{++i_lastL};
     notice.toldT = CClock::Get().AbsoluteT();
@@ -40,18 +31,18 @@ NoticeID CNotices::Offer(NoticeAction action) {
 }
 
 void CNotices::Withdraw(NoticeID id) {
-    Notice* const noticeP = Find(id);
+    const Notice* const noticeP = Find(id);
     if (noticeP == nullptr || !noticeP->action.act) return;
-    EndOffer(*noticeP);
+    Erase(id);
     i_changed();
 }
 
 void CNotices::Act(NoticeID id) {
     EndOffers();
-    Notice* const noticeP = Find(id);
+    const Notice* const noticeP = Find(id);
     if (noticeP == nullptr || !noticeP->action.act) return;
     const std::function<void()> act = noticeP->action.act;
-    EndOffer(*noticeP);
+    Erase(id);
     i_changed();
     act();   // last: it may tell something itself
 }
@@ -79,7 +70,11 @@ Notice* CNotices::Find(NoticeID id) {
     return found == i_notices.end() ? nullptr : &*found;
 }
 
+void CNotices::Erase(NoticeID id) {
+    std::erase_if(i_notices, [id](const Notice& notice) { return notice.id == id; });
+}
+
 void CNotices::EndOffers() {
-    for (Notice& notice : i_notices)
-        if (notice.action.act && notice.action.untilT <= CClock::Get().SteadyT()) EndOffer(notice);
+    const double nowT = CClock::Get().SteadyT();
+    std::erase_if(i_notices, [nowT](const Notice& notice) { return notice.action.act && notice.action.untilT <= nowT; });
 }

@@ -36,7 +36,7 @@ public:
     explicit CNotices(std::function<void()> changed) : i_changed(std::move(changed)) {}
 
     NoticeID Add(std::string_view words, std::string_view detail);
-    /** An offer counts as read when it is taken, withdrawn, or its time is over. */
+    /** An offer leaves the list when it is taken, withdrawn, or its time is over. */
     NoticeID Offer(NoticeAction action);
     void Withdraw(NoticeID id);
     /** Does what the notice offers; nothing when its time is over. */
@@ -44,7 +44,7 @@ public:
     void SetRead(NoticeID id);
     void SetAllRead();
 
-    /** The eldest first. Offers whose time is over have lost their action. */
+    /** The eldest first. */
     [[nodiscard]] const std::deque<Notice>& All();
 
 private:
@@ -52,6 +52,7 @@ private:
     NoticeID Enter(Notice notice);
     /** What is past its time is offered no more. */
     void EndOffers();
+    void Erase(NoticeID id);
 
     const std::function<void()> i_changed;
     std::deque<Notice> i_notices;

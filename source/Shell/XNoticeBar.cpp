@@ -38,6 +38,7 @@ XNoticeBar::XNoticeBar(CNotices& notices, XActions& actions)
     setObjectName("notice");
     setAccessibleName(tr("Notice"));
     i_actP->setObjectName("offer");
+    i_actP->setAccessibleName(tr("Offer"));
     i_actP->setAccessibleDescription(tr("Does what the notice offers"));
     BindButton(*i_allP, actions.Get(Command::kShowNotices));
     i_readP->setObjectName("read");
@@ -52,8 +53,9 @@ XNoticeBar::XNoticeBar(CNotices& notices, XActions& actions)
     for (QToolButton* const buttonP : {i_actP, i_allP, i_readP}) rowP->addWidget(buttonP);
     connect(i_actP, &QToolButton::clicked, this, [this] { i_notices.Act(i_shown); });
     connect(i_readP, &QToolButton::clicked, this, [this] {
-        i_notices.Withdraw(i_shown);
-        i_notices.SetRead(i_shown);
+        const NoticeID read = i_shown;   // the first call shows the next one
+        i_notices.Withdraw(read);
+        i_notices.SetRead(read);
     });
     i_offerEnds.setSingleShot(true);
     connect(&i_offerEnds, &QTimer::timeout, this, &XNoticeBar::Follow);
@@ -67,8 +69,7 @@ void XNoticeBar::Follow() {
     const auto latest = std::ranges::find(all.rbegin(), all.rend(), false, &Notice::readB);
     if (latest == all.rend()) return hide();
     const Notice& notice = *latest;
-    i_wordsP->SetText(NoticeText(notice));
-    i_wordsP->setVisible(!notice.action.act);   // an offer is a button that says all
+    i_wordsP->SetText(notice.action.act ? QString() : NoticeText(notice));   // an offer is a button that says all
     i_actP->setVisible(static_cast<bool>(notice.action.act));
     i_actP->setText(ButtonText(notice.action.label));
     i_actP->setAccessibleName(QtText(notice.action.label));

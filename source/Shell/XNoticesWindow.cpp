@@ -26,6 +26,8 @@ XNoticesWindow::XNoticesWindow(CNotices& notices, QWidget* parentP)
     resize(640, 360);
     (void)CWindowPlace::Of(*this);
     i_listP->setWordWrap(true);
+    i_listP->setResizeMode(QListView::Adjust);
+    i_listP->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     i_listP->setTextElideMode(Qt::ElideNone);
     i_listP->setAccessibleName(windowTitle());
     i_listP->setAccessibleDescription(accessibleDescription());

@@ -34,6 +34,7 @@ TEST(Notices, EqualOnesAreCountedTheEldestGoesAndOffersEnd) {
     notices.Withdraw(withdrawn);
     notices.Act(withdrawn);
     EXPECT_EQ(takenL, 1);
+    ASSERT_EQ(notices.All().size(), 2U);   // what was offered says nothing any more
     EXPECT_TRUE(std::ranges::all_of(notices.All(), &Notice::readB));
 
     for (std::size_t n = 0; n < CNotices::kMost; ++n) notices.Add("fault", std::to_string(n));

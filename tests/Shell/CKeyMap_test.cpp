@@ -27,9 +27,9 @@ TEST(CKeyMap, FactoryKeysAreKeysAndNotInConflict) {
                                 .size();
         EXPECT_EQ(map.KeysOf(row.command).size(), wordsL);   // each name was understood
         EXPECT_EQ(map.ConflictsOf(row.command), std::vector<Command>());
-        if (IsOfShow(row) && row.scope == CommandScope::kEverywhere) {
-            EXPECT_FALSE(
-                IsTypedOutsideVideo(row, map.KeysOf(row.command).front()));   // it stands in the menu, and works there
+        const bool showB = IsOfShow(row) && row.scope == CommandScope::kEverywhere;
+        if (showB && wordsL > 0) {   // the first stands in the menu: it works there
+            EXPECT_FALSE(IsTypedOutsideVideo(row, map.KeysOf(row.command).front()));
         }
     }
     EXPECT_EQ(map.KeysOf(Command::kSlipSongEarlier), (Keys{QKeySequence("Alt+PgUp"), QKeySequence(Qt::Key_Comma)}));
