@@ -303,9 +303,14 @@ TEST_F(SoundFiles, SurroundIsAsLoudAsStereoAndNeverBeyondFullScale) {
         const char* levelsZ;   // of the six channels, parts of full scale
         double leftDB, rightDB;
     } kCases[] = {
-        {"0.5 0 0 0 0 0", 0, kNone},     {"0 0.5 0 0 0 0", kNone, 0},           {"0 0 0.5 0 0 0", kCentre, kCentre},
-        {"0 0 0 0.5 0 0", kNone, kNone}, {"0 0 0 0 0.5 0", kCentre, kNone},     {"0 0 0 0 0 0.5", kNone, kCentre},
-        {"0.5 0.5 0 0 0 0", 0, 0},       {"0.9 0.9 0.9 0.9 0.9 0.9", 6.5, 6.5},   // limited: 12.8 would be the sum
+        {"0.5 0 0 0 0 0", 0, kNone},
+        {"0 0.5 0 0 0 0", kNone, 0},
+        {"0 0 0.5 0 0 0", kCentre, kCentre},
+        {"0 0 0 0.5 0 0", kNone, kNone},
+        {"0 0 0 0 0.5 0", kCentre, kNone},
+        {"0 0 0 0 0 0.5", kNone, kCentre},
+        {"0.5 0.5 0 0 0 0", 0, 0},
+        {"0.9 0.9 0.9 0.9 0.9 0.9", 8.06, 8.06},   // as cut at full scale; the sum has 12.7
     };
     for (const auto& c : kCases) {
         SCOPED_TRACE(c.levelsZ);
