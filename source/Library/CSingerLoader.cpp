@@ -47,7 +47,7 @@ void CSingerLoader::LoadVenue(VenueFolder& venue) {
     CPlayList& list = i_database.AddPlaylist(kSourceDB_VENUE, SuperString(venue.folder.GetName()));
     i_files.venues[list.ID()] = venue.folder;
     // A folder under its singer's name before a copy of it; those with an account first: their ids and lists are theirs.
-    std::ranges::stable_partition(venue.singers, [](const SingerFolder& folder) {
+    std::stable_partition(venue.singers.begin(), venue.singers.end(), [](const SingerFolder& folder) {
         return folder.singer && NameOf(*folder.singer) == SuperString(folder.folder.GetName());
     });
     for (SingerFolder& folder : venue.singers)
