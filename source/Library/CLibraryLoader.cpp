@@ -164,7 +164,7 @@ void CLibraryLoader::NoteIDs(const LibraryImage& image) {
 void CLibraryLoader::LoadLists(LibraryImage& image, CPlaylistLoader& loader, LibraryFileMap& files) {
     std::size_t doneL = 0;
     // Of two files with one id the one under its list's name is no copy.
-    std::ranges::stable_partition(image.lists, [](const PlaylistFile& file) {
+    std::stable_partition(image.lists.begin(), image.lists.end(), [](const PlaylistFile& file) {
         return file.file.GetPath().stem() == LibraryFileName(file.record.Name());
     });
     for (const PlaylistFile& file : image.lists) {

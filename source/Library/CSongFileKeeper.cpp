@@ -83,11 +83,12 @@ std::vector<SongID> CSongFileKeeper::Candidates(std::uint32_t hash) {
     std::call_once(i_lookedOnce, [this] { Look(); });
     std::vector<SongID> songs;
     const std::scoped_lock guard(i_lock);
-    for (const Named& named : std::ranges::equal_range(i_named, hash, {}, &Named::hash)) songs.push_back(named.song);
+    for (auto it = std::ranges::lower_bound(i_named, hash, {}, &Named::hash); it != i_named.end() && it->hash == hash; ++it)
+        songs.push_back(it->song);
     const auto since = i_namedSince.equal_range(hash);
     for (auto it = since.first; it != since.second; ++it) songs.push_back(it->second);
     std::ranges::sort(songs);
-    songs.erase(std::ranges::unique(songs).begin(), songs.end());
+    songs.erase(std::unique(songs.begin(), songs.end()), songs.end());
     return songs;
 }
 
