@@ -1,6 +1,7 @@
 #include "Core/CThreadManager.h"
 
 #include <condition_variable>
+#include <list>
 #include <mutex>
 
 #include "Core/CT_Cooperative.h"
@@ -36,19 +37,29 @@ class ThreadEnd {
 public:
     /** The thread's last line of its own. */
     void Tell() {
-        std::unique_lock guard(i_lock);
-        i_overB = true;
-        std::notify_all_at_thread_exit(i_over, std::move(guard));
+        std::unique_lock guard(i_state.lock);
+        i_state.overB = true;
+        std::notify_all_at_thread_exit(i_state.over, std::move(guard));
     }
     void Wait() {
-        std::unique_lock guard(i_lock);
-        i_over.wait(guard, [this] { return i_overB; });
+        std::unique_lock guard(i_state.lock);
+        i_state.over.wait(guard, [this] { return i_state.overB; });
     }
 
 private:
-    std::mutex i_lock;
-    std::condition_variable i_over;
-    bool i_overB = false;
+    struct State {
+        std::mutex lock;
+        std::condition_variable over;
+        bool overB = false;
+    };
+    /** Kept until the program ends: the thread is still in it when it has woken who waits. */
+    static State& Make() {
+        static std::mutex s_lock;
+        static std::list<State> s_states;
+        const std::scoped_lock guard(s_lock);
+        return s_states.emplace_back();
+    }
+    State& i_state = Make();
 };
 
 /** A task that tells of its end. */

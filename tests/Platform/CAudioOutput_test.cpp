@@ -143,8 +143,8 @@ TEST(CAudioOutput_File, HoldsEverySampleAndAppendsTheNextSong) {
 TEST(CAudioOutput, NeitherItsEndNorAnotherDeviceIsAClick) {
     const Folder folder;
     constexpr std::int16_t kLoud = 20000;
-    constexpr AudioBlocks kBlocks{.framesL = 1000, .countL = 20};
-    const Samples loud(15000 * kAudioOutput_Channels, kLoud);
+    constexpr AudioBlocks kBlocks{.framesL = 1000, .countL = 1000};   // more than a slow machine lets run dry
+    const Samples loud(900'000 * kAudioOutput_Channels, kLoud);
     const auto mostStep = [](const Samples& samples) {
         int mostL = 0;
         for (std::size_t n = kAudioOutput_Channels; n < samples.size(); ++n)
@@ -165,16 +165,17 @@ TEST(CAudioOutput, NeitherItsEndNorAnotherDeviceIsAClick) {
         EXPECT_EQ(got[499 * kAudioOutput_Channels], kLoud);
         EXPECT_LT(std::abs(got.back()), 10);
     }
-    const auto file = folder.path / "sdl.raw";
+    const auto file = folder.path / "sdl.raw", before = folder.path / "before.raw";
     ::setenv("SDL_AUDIODRIVER", "disk", 1);
-    ::setenv("SDL_DISKAUDIOFILE", file.c_str(), 1);
+    ::setenv("SDL_DISKAUDIOFILE", before.c_str(), 1);
     {
         CAudioOutput_SDL output;
         ASSERT_EQ(output.Open("", kBlocks), noErr);
         ASSERT_EQ(output.Queue(loud), noErr);
         EXPECT_TRUE(Soon([&] { return output.FramesPlayed() > 2000; }));
+        ::setenv("SDL_DISKAUDIOFILE", file.c_str(), 1);   // a device that was not there before
         std::string device;
-        ASSERT_EQ(output.Recover(device), noErr);   // the file begins anew, as a device that was not there before
+        ASSERT_EQ(output.Recover(device), noErr);
         const std::uint64_t playedL = output.FramesPlayed();
         EXPECT_TRUE(Soon([&] { return output.FramesPlayed() > playedL + 1000; }));
     }
