@@ -82,9 +82,10 @@ void XActions::Attach(CommandScope scope, QWidget& widget) {
 
 void XActions::AttachEverywhere(QWidget& window) {
     Attach(CommandScope::kEverywhere, window);
-    // The buttons of the toolkit's dialogs have keys of their own, by which neither would work.
-    for (auto* const buttonP : window.findChildren<QToolButton*>())
-        if (qobject_cast<QFileDialog*>(&window) != nullptr) buttonP->setShortcut({});
+    if (qobject_cast<QFileDialog*>(&window) == nullptr) return;
+    // The toolkit's dialogs have keys of their own (Alt and the arrows, Ctrl+Up), by which neither would work.
+    for (auto* const buttonP : window.findChildren<QToolButton*>()) buttonP->setShortcut({});
+    for (auto* const actionP : window.findChildren<QAction*>()) actionP->setShortcuts(QList<QKeySequence>());
 }
 
 void XActions::SetSingleKeys(bool onB) {

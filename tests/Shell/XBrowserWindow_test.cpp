@@ -166,10 +166,15 @@ TEST_F(BrowserTest, TheShowGoesOnWhateverDialogStands) {
         i_askedL = 0;
         for (auto* const buttonP : dialogP->findChildren<QPushButton*>()) {
             if (!buttonP->isVisible() || !buttonP->isEnabled()) continue;
-            buttonP->setFocus();
+            ASSERT_TRUE(RunUntil([&] {   // a file dialog gives the focus to its field once it stands
+                buttonP->setFocus();
+                QApplication::processEvents();
+                return buttonP->hasFocus();
+            }));
             QTest::keyClick(buttonP, Qt::Key_Space);
+            EXPECT_EQ(std::exchange(i_askedL, 0), 1) << buttonP->text().toStdString();
             QTest::keyClick(buttonP, Qt::Key_Up, Qt::ControlModifier);
-            EXPECT_EQ(std::exchange(i_askedL, 0), 2) << buttonP->text().toStdString();
+            EXPECT_EQ(std::exchange(i_askedL, 0), 1) << buttonP->text().toStdString();
             break;
         }
         EXPECT_TRUE(dialogP->isVisible());
@@ -178,7 +183,11 @@ TEST_F(BrowserTest, TheShowGoesOnWhateverDialogStands) {
             make();   // asked again: the one that stands comes to the front
             Turn();
             EXPECT_EQ(answers, std::vector<std::size_t>{1});
-            dialogP->findChildren<QPushButton*>().front()->click();
+            const auto buttons = dialogP->findChildren<QPushButton*>();
+            const auto yes = std::ranges::find_if(buttons, [](const auto* buttonP) { return buttonP->text().remove('&') == "Yes"; });
+            ASSERT_NE(yes, buttons.end());
+            EXPECT_TRUE((*yes)->isVisible() && (*yes)->isEnabled());
+            (*yes)->click();
             EXPECT_EQ(answers.size(), 2U);
         } else {
             QTest::keyClick(dialogP, Qt::Key_Escape);
