@@ -3,8 +3,10 @@
 find_program(VOPLA_CCACHE ccache)
 if(VOPLA_CCACHE)
     # A precompiled header is found again by its content, not by its time. Said with every call: without it ccache keeps
-    # nothing that uses one, which is everything here.
-    set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${VOPLA_CCACHE})
+    # nothing that uses one, which is everything here. What it needs to know of the included files the compiler itself tells:
+    # nothing is preprocessed twice.
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros
+        CCACHE_DEPEND=1 ${VOPLA_CCACHE})
 endif()
 find_program(VOPLA_MOLD mold)
 if(VOPLA_MOLD)

@@ -101,9 +101,10 @@ void CLibraryLoader::MendSongs() {
     constexpr const char* kKeptZ =
         "\nThe damaged file stays beside the new one, with “damaged” and the date in its name.";
     const std::size_t readL = i_database.Songs()->Count();
-    const std::string text = std::string("“Songs.vlb”, the file with the songs of your library, is ") +
-                             (goneB ? "missing.  " : "damaged.  ") + std::to_string(readL) +
-                             (readL == 1 ? " song" : " songs") + " could be read.";
+    std::string text = "“Songs.vlb”, the file with the songs of your library, is ";
+    text += goneB ? "missing.  " : "damaged.  ";
+    text += std::to_string(readL);
+    text += readL == 1 ? " song could be read." : " songs could be read.";
     i_database.Host().ShowProgress("Looking for a whole copy of the library…");
     auto keptRef = std::make_shared<CKeptSongs>();
     const OSErr found = keptRef->Find(i_places.root);

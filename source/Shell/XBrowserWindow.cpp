@@ -3,7 +3,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QLineEdit>
-#include <QMenuBar>
+#include <QMenu>
 #include <QScreen>
 #include <QSplitter>
 #include <QStatusBar>
@@ -17,10 +17,10 @@
 #include "Library/CMetaManager.h"
 #include "Play/CPlayControl.h"
 #include "Shell/AboutBox.h"
-#include "Shell/ActionButton.h"
 #include "Shell/CSongTableModel.h"
 #include "Shell/QtText.h"
 #include "Shell/XActions.h"
+#include "Shell/XBrowserMenus.h"
 #include "Shell/XElidedLabel.h"
 #include "Shell/XIcons.h"
 #include "Shell/XNoticeBar.h"
@@ -31,7 +31,7 @@
 #include "Shell/XShortcutSheet.h"
 #include "Shell/XSongTable.h"
 #include "Shell/XSourceList.h"
-#include "Shell/XTasksWindow.h"
+#include "Shell/XTasksButton.h"
 #include "Shell/XTransport.h"
 #include "Shell/XValueLabel.h"
 
@@ -45,7 +45,6 @@ constexpr int kSidebar_Least = 150, kSidebar_Most = 480;
 constexpr int kTyping_Milliseconds = 120;   // a word is typed faster than this
 constexpr int kMessage_Milliseconds = 5000;
 constexpr int kFont_Least = 8, kFont_Most = 32, kFont_MostBeside = 13;   // points
-constexpr int kTasks_Milliseconds = 500;
 /** A small screen at twice the size of its pixels leaves 683 x 350. */
 constexpr QSize kWindow_Least{560, 300}, kWindow_Usual{1180, 760};
 constexpr int kWindow_Low = 520;   // below this height what is not needed gives way to rows
@@ -103,7 +102,7 @@ XBrowserWindow::XBrowserWindow(BrowserSetup setup) : i_setup(std::move(setup)) {
     setCentralWidget(centralP);
 
     MakeStatus();
-    MakeMenus();
+    i_menusP = new XBrowserMenus(*this, *i_actions, i_setup.play);
     Connect();
     ConnectLists();
     ConnectLibrary();
@@ -222,86 +221,17 @@ QWidget* XBrowserWindow::MakeSongs() {
     return songsP;
 }
 
+QMenu& XBrowserWindow::DisplayMenu() const { return i_menusP->Displays(); }
+
+void XBrowserWindow::ShowTasks(const std::vector<TaskRow>& rows) { i_tasksP->Follow(rows); }
+
 void XBrowserWindow::MakeStatus() {
-    i_tasksP = new QToolButton;
-    i_tasksP->setObjectName("tasks");
-    BindButton(*i_tasksP, i_actions->Get(Command::kShowTasks));
-    i_tasksP->hide();
-    i_tasksLast.setSingleShot(true);
-    i_tasksLast.setInterval(kTasks_Milliseconds);
-    connect(&i_tasksLast, &QTimer::timeout, i_tasksP, &QWidget::show);
+    i_tasksP = new XTasksButton(i_actions->Get(Command::kShowTasks));
     i_countP = new XValueLabel(tr("Count"));
     statusBar()->addPermanentWidget(i_tasksP);
     statusBar()->addPermanentWidget(i_countP);
     statusBar()->setSizeGripEnabled(false);
     statusBar()->setAccessibleName(tr("Status"));
-}
-
-void XBrowserWindow::ShowTasks(const std::vector<TaskRow>& rows) {
-    if (rows.empty()) {
-        i_tasksLast.stop();
-        return i_tasksP->hide();
-    }
-    const TaskRow& first = rows.front();
-    QString text = TaskTitle(first);
-    if (const int share = TaskShare(first); share >= 0) text += QString(" %1 %").arg(share / 10);
-    if (rows.size() > 1) text += tr(", %1 more").arg(rows.size() - 1);
-    i_tasksP->setText(text);
-    i_tasksP->setAccessibleName(tr("Tasks: %1").arg(text));
-    if (!i_tasksP->isVisible() && !i_tasksLast.isActive()) i_tasksLast.start();
-}
-
-void XBrowserWindow::MakeMenus() {
-    using enum Command;
-    constexpr Command kLine = kQuit;   // in the lists below: a line, as Quit stands in none but the first
-    const auto add = [this](const QString& title, std::initializer_list<Command> commands) {
-        QMenu* const menuP = menuBar()->addMenu(title);
-        for (const Command command : commands)
-            if (command == kLine)
-                menuP->addSeparator();
-            else
-                menuP->addAction(&i_actions->Get(command));
-        return menuP;
-    };
-    QMenu* const fileP = add(
-        tr("&File"), {kOpenFiles, kOpenFolder, kLine, kNewList, kRenameList, kDeleteList, kLine, kPreferences, kLine});
-    fileP->addAction(&i_actions->Get(kQuit));
-    add(tr("&Songs"), {kPlaySelected, kPlayNext, kAddToList, kLine, kCopy, kPaste, kEditCell, kLine, kFind, kShowPlaying,
-                       kShowUserOrder, kUserOrder, kLine, kReveal, kConformNames, kZip, kUnzip, kLine, kFindMissing,
-                       kLocateMissing, kRemoveDuplicates, kLine, kRemoveFromList, kRemoveFromLibrary,
-                       kTrashOriginals});
-    add(tr("&Play"), {kPlayPause, kStop, kRewind, kLine, kPrevious, kNext, kGoBack, kLine, kSeekBack, kSeekForward, kSeekBackFar,
-                      kSeekForwardFar});
-    add(tr("S&ound"), {kVolumeUp, kVolumeDown, kMute, kOneLevel, kLine, kPitchUp, kPitchDown, kPitchReset, kLine,
-                       kTempoUp, kTempoDown, kTempoReset, kLine, kVocalNext});
-    QMenu* const pictureP = add(tr("P&icture"), {kFullScreen});
-    // Its key is that of the video windows: here Escape takes back the search.
-    pictureP->addAction(i_actions->Get(kLeaveFullScreen).text(), &i_actions->Get(kLeaveFullScreen), &QAction::trigger);
-    pictureP->addAction(&i_actions->Get(kNextDisplay));
-    i_displaysP = pictureP->addMenu(tr("Full Screen &Display"));
-    pictureP->addSeparator();
-    FillSlipMenu(*pictureP->addMenu(tr("Sync &Slip")));
-    add(tr("&Window"), {kShowVideo, kShowVideo2, kShowPreview, kShowTasks, kShowNotices});
-    add(tr("&Help"), {kShortcuts, kAbout});
-}
-
-void XBrowserWindow::FillSlipMenu(QMenu& menu) {
-    using enum Command;
-    menu.menuAction()->setToolTip(tr("Moves the picture against the sound"));
-    const auto addPart = [&](std::initializer_list<Command> commands) {
-        QAction* const wordsP = menu.addAction(QString());
-        wordsP->setEnabled(false);
-        for (const Command command : commands) menu.addAction(&i_actions->Get(command));
-        return wordsP;
-    };
-    QAction* const songP = addPart({kSlipSongEarlier, kSlipSongLater, kSlipSongReset});
-    menu.addSeparator();
-    QAction* const allP = addPart({kSlipAllEarlier, kSlipAllLater, kSlipAllReset});
-    connect(&menu, &QMenu::aboutToShow, this, [this, songP, allP] {
-        const bool idleB = i_setup.play.State() == PlayState::kIdle;
-        songP->setText(idleB ? tr("No song plays") : QtText(i_setup.play.SongSlipText()));
-        allP->setText(QtText(i_setup.play.GlobalSlipText()));
-    });
 }
 
 void XBrowserWindow::FollowPreferences() {
@@ -342,7 +272,6 @@ void XBrowserWindow::ShowPreview() {
                                     std::max(i_previewP->minimumHeight(), all / 2));
     i_sideP->setSizes({all - own, own});
 }
-
 
 void XBrowserWindow::SetStatus(const QString& text) { statusBar()->showMessage(text, kMessage_Milliseconds); }
 

@@ -21,8 +21,8 @@ class QBoxLayout;
 class QLineEdit;
 class QMenu;
 class QSplitter;
-class QToolButton;
 class XActions;
+class XBrowserMenus;
 class XElidedLabel;
 class XNoticeBar;
 class XNoticesWindow;
@@ -30,6 +30,7 @@ class XPreferencesWindow;
 class XShortcutSheet;
 class XSongTable;
 class XSourceList;
+class XTasksButton;
 class XTransport;
 class XValueLabel;
 
@@ -61,7 +62,7 @@ public:
     /** What the preferences say of this window. */
     void FollowPreferences();
     /** Of the displays of the full screen; filled by who has the video windows, when it opens. */
-    [[nodiscard]] QMenu& DisplayMenu() const { return *i_displaysP; }
+    [[nodiscard]] QMenu& DisplayMenu() const;
     /** What works in the background: a button in the status line while there is anything. */
     void ShowTasks(const std::vector<TaskRow>& rows);
     void NoticesChanged();
@@ -83,8 +84,6 @@ protected:
 private:
     [[nodiscard]] QWidget* MakeSidebar();
     [[nodiscard]] QWidget* MakeSongs();
-    void MakeMenus();
-    void FillSlipMenu(QMenu& menu);
     void MakeStatus();
     void ShowPreferences();
     void ShowNotices();
@@ -142,11 +141,10 @@ private:
     XSongTable* i_tableP = nullptr;
     QLineEdit* i_searchP = nullptr;
     XValueLabel* i_countP = nullptr;
-    QToolButton* i_tasksP = nullptr;
-    QTimer i_tasksLast;   // a task that is soon over is not worth a button
+    XTasksButton* i_tasksP = nullptr;
     XElidedLabel* i_listNameP = nullptr;
     QWidget* i_previewP = nullptr;   // null without a picture to show
-    QMenu* i_displaysP = nullptr;
+    XBrowserMenus* i_menusP = nullptr;
     QSplitter* i_sideP = nullptr;    // the lists over the preview
     QBoxLayout* i_barP = nullptr;    // the list's name and the search
     QSplitter* i_splitterP = nullptr;

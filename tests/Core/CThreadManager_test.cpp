@@ -52,10 +52,10 @@ private:
         std::condition_variable over;
         bool overB = false;
     };
-    /** Kept until the program ends: the thread is still in it when it has woken who waits. */
+    /** Never destroyed, not even as the program ends: the thread is still in it when it has woken who waits. */
     static State& Make() {
         static std::mutex s_lock;
-        static std::list<State> s_states;
+        static auto& s_states = *new std::list<State>;
         const std::scoped_lock guard(s_lock);
         return s_states.emplace_back();
     }
