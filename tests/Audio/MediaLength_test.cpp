@@ -3,6 +3,7 @@
 #include <cmath>
 #include <random>
 
+#include "Core/ProgramNumber.h"
 #include "MediaFiles.h"
 
 namespace {
@@ -49,7 +50,7 @@ TEST(MediaLength, IsWhatFfprobeTellsAndWhatIsHeard) {
         const auto told = files.Folder() / "told";
         MediaFiles::Run("ffprobe -v error -show_entries format=duration -of csv=p=0 '" +
                         (files.Folder() / file.nameZ).string() + "' > '" + told.string() + "'");
-        EXPECT_NEAR(seconds, std::stod(files.Bytes(told)), extension == "mp3" ? kPadding : kFrame);
+        EXPECT_NEAR(seconds, ProgramNumber(files.Bytes(told)), extension == "mp3" ? kPadding : kFrame);
     }
 }
 

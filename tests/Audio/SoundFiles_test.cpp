@@ -18,6 +18,7 @@
 #include "Core/CByteSource_File.h"
 #include "Core/CThreadManager.h"
 #include "Core/FileTest.h"
+#include "Core/ProgramNumber.h"
 #include "Core/TempFolder.h"
 #include "Core/ThreadInfo.h"
 #include "MediaFiles.h"
@@ -352,7 +353,7 @@ TEST_F(SoundFiles, LoudnessIsWhatTheFfmpegProgramMeasures) {
         const std::string told = ReadWhole(witness);
         const std::string summary = told.substr(told.rfind("Summary:"));
         const auto number = [&](const char* labelZ) {
-            return std::stod(summary.substr(summary.find(labelZ) + std::strlen(labelZ)));
+            return ProgramNumber(std::string_view(summary).substr(summary.find(labelZ) + std::strlen(labelZ)));
         };
         CByteSource_File source;
         ASSERT_EQ(source.Open(CFileRef(Made(nameZ))), noErr);

@@ -5,6 +5,7 @@
 
 #include "Core/CLog.h"
 #include "Core/PreferenceTable.h"
+#include "Core/ProgramNumber.h"
 #include "Core/PropertyList.h"
 #include "Core/TempFolder.h"
 
@@ -64,7 +65,7 @@ TEST_F(PrefsTest, AFreshFileHoldsTheListedDefaults) {
             EXPECT_EQ(value->Integer(), std::stoll(text)) << key;
         }
         if (type == "float") {
-            EXPECT_EQ(value->Number(), std::stod(text)) << key;
+            EXPECT_EQ(value->Number(), ProgramNumber(text)) << key;
         }
         if (type == "string") {
             EXPECT_EQ(value->String()->UTF8(), text) << key;

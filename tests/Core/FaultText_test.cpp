@@ -20,7 +20,9 @@ TEST(FaultText, SaysOfEveryStatusWhatIsWrongAndWhatCanBeDone) {
             EXPECT_TRUE(text.starts_with("“the thing”: ")) << text;
             EXPECT_TRUE(text.ends_with(" (" + std::to_string(Number(err)) + ")")) << text;
             EXPECT_GE(std::ranges::count(text, '.'), 2) << text;   // a sentence for each of the two
-            if (Number(err) > 0) EXPECT_NE(text.find(::strerrordesc_np(errnoL)), std::string::npos) << text;
+            if (Number(err) > 0) {
+                EXPECT_NE(text.find(::strerrordesc_np(errnoL)), std::string::npos) << text;
+            }
         }
     const struct {
         OSErr err;

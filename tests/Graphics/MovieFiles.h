@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+#include "Core/ProgramNumber.h"
+
 /** One movie that ffmpeg makes of its moving test picture, 96 x 72, 25 pictures a second, 2 s. */
 struct MovieFile {
     const char* nameZ;
@@ -70,7 +72,7 @@ public:
         double origin = 0;
         in >> origin;
         std::vector<double> times;
-        for (std::string text; in >> text;) times.push_back(text == "N/A" ? NAN : std::stod(text) - origin);
+        for (std::string text; in >> text;) times.push_back(text == "N/A" ? NAN : ProgramNumber(text) - origin);
         return times;
     }
     static void Run(const std::string& command) {
