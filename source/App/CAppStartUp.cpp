@@ -186,6 +186,7 @@ void CAppStartUp::LoadDatabase() {
     const CLibraryStore* const storeP = i_app.i_library->Store();   // null: another program has the lock
     const std::string why = storeP == nullptr          ? "it is in use by another program"
                             : storeP->Report().tooNewB ? "a later version of Vopla made it"
+                            : Failed(storeP->Report().err) ? storeP->Report().problems.back()
                                                        : FaultText(err, FaultOf::kFolder, {});
     i_app.i_startFailure = "The library in “" + root.GetPath().string() + "” was not opened: " + why;
 }

@@ -15,8 +15,8 @@ namespace {
 constexpr double kYield_NapT = 0.001;   // a processor given up for so long is not burned by the one that waits
 constexpr double kSleep_MostT = 1.0e8;
 
-void Sleep(double seconds) {
-    if (seconds > 0) std::this_thread::sleep_for(std::chrono::duration<double>(std::min(seconds, kSleep_MostT)));
+void Sleep(double timeT) {
+    if (timeT > 0) std::this_thread::sleep_for(std::chrono::duration<double>(std::min(timeT, kSleep_MostT)));
 }
 
 }   // namespace

@@ -32,8 +32,13 @@ OSErr CLibraryLoader::Load(LibraryFileMap& files, LibraryReport& report) {
     const CScopedClock total("Total Database Load time");
     const CLoadingScope loading(i_database);
     i_database.Host().ShowProgress("Loading Library");
+    if (const OSErr err = WaitUntilReadable(); Failed(err)) return err;
     LibraryImage image;
     const OSErr walked = Read(image);
+    if (i_songs.IsKeptBack()) {
+        bool tryB = false;   // songs were made already: the next start tries again
+        return TellKeptBack(CFileRef(i_places.root, "Songs.vlb"), i_songsErr, false, tryB);
+    }
     report.storesB = image.storesB;
     if (const OSErr err = AskIfTooNew(image); Failed(err)) return err;
     report.wholeB = i_songs.IsWhole();
@@ -63,6 +68,34 @@ OSErr CLibraryLoader::Load(LibraryFileMap& files, LibraryReport& report) {
     i_database.Host().ShowProgress("Finalizing Playlists…");
     Verify(image, loader, singers.Changed());
     return noErr;
+}
+
+OSErr CLibraryLoader::WaitUntilReadable() {
+    for (bool tryB = true; tryB;) {
+        CFileRef file;
+        const OSErr err = i_songs.CanRead(file);
+        if (!Failed(err)) return noErr;
+        if (const OSErr told = TellKeptBack(file, err, true, tryB); !tryB) return told;
+    }
+    return abortErr;
+}
+
+/** Neither damage nor an empty library: nothing is made anew, and nothing saved over it. */
+OSErr CLibraryLoader::TellKeptBack(const CFileRef& file, OSErr err, bool againB, bool& tryB) {
+    enum Button : std::size_t { kQuit, kTryAgain };
+    Question question;
+    question.title = "Your library cannot be read.";
+    question.text = FaultText(err, file.GetPath());
+    if (i_reportP->problems.empty() || i_reportP->problems.back() != question.text) Problem(question.text);
+    i_reportP->err = err;
+    i_reportP->wholeB = false;
+    question.text += "\nNothing is lost: the files stay as they are.";
+    question.buttons = {"Quit"};
+    if (againB) question.buttons.emplace_back("Try Again");
+    question.defaultIndex = question.buttons.size() - 1;
+    question.safeIndex = kQuit;   // nobody in front: it must not ask for ever
+    tryB = i_database.Host().Ask(question).buttonIndex == kTryAgain && againB;
+    return err;
 }
 
 /** The lists are read by a thread of their own while the songs are made here. */

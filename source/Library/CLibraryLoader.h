@@ -22,7 +22,8 @@ struct LibraryReport {
 /** Loads a library into an empty database: songs, then all lists and singers that a walk of the root finds, which runs
     beside the reading of the songs.
     Threads  main, before anybody saves; shows its progress by the database's host.
-    Errors   userCanceledErr: the library is of a later program, and the user would rather quit. What cannot be read is
+    Errors   userCanceledErr: the library is of a later program, and the user would rather quit. A file of the songs that
+             its disc or a permission keeps back: its status, once the user has tried often enough. What is damaged is
              told by an alert and stands in the report; all that could be read is there. */
 class CLibraryLoader {
 public:
@@ -31,6 +32,8 @@ public:
     OSErr Load(LibraryFileMap& files, LibraryReport& report);
 
 private:
+    OSErr WaitUntilReadable();
+    OSErr TellKeptBack(const CFileRef& file, OSErr err, bool againB, bool& tryB);
     OSErr Read(LibraryImage& image);
     OSErr AskIfTooNew(const LibraryImage& image);
     void MendSongs();

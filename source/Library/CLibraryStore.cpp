@@ -49,12 +49,14 @@ OSErr CLibraryStore::LoadLibrary() {
         i_rootKnownB = true;
     }
     const OSErr err = CLibraryLoader(i_database, *i_songs, i_places).Load(i_files, i_report);
+    i_refusedB = Failed(err);
+    if (i_refusedB) return err;
     i_filesB = !i_report.emptyB;
     if (i_report.emptyB && CLibraryRebuild(i_database, i_places.musicFolder).Run() != 0)
         i_report.dirtyReason = "rebuilt";
     for (const CFileRef& file : i_report.damaged) i_damaged.insert(file.GetPath());
-    if (!Failed(err) && i_report.dirtyReason.empty() && i_filesB) MarkAllWritten();
-    return err;
+    if (i_report.dirtyReason.empty() && i_filesB) MarkAllWritten();
+    return noErr;
 }
 
 /** The database is as the files have it. */
@@ -111,7 +113,7 @@ void CLibraryStore::BeginChanges() {
 // ---- Saving ----
 
 OSErr CLibraryStore::Refuse(SaveForce force) const {
-    if (i_report.tooNewB) return opWrErr;   // the user was told at the load
+    if (i_report.tooNewB || i_refusedB) return opWrErr;   // the user was told at the load
     if (force == SaveForce::kDirty && !i_backOff.IsOver()) return queueNotDoneErr;
     return noErr;
 }

@@ -40,7 +40,7 @@ public:
     void BeginChanges();
 
     /** Starts a save. noErr: it runs, or there is nothing to write. queueNotDoneErr: not now, ask again (another one
-       runs, or the last one failed a moment ago). opWrErr: the library is of a later program. */
+       runs, or the last one failed a moment ago). opWrErr: the library is of a later program, or was not loaded. */
     OSErr SaveLibrary(SaveForce force);
     /** The same here and now; how it ended. For programs without a main loop, and tests. */
     OSErr SaveLibraryNow(SaveForce force);
@@ -86,6 +86,7 @@ private:
     const std::shared_ptr<CSongStore> i_songs;
     FileIdentity i_rootIdentity;                   // of the folder as it was loaded
     bool i_rootKnownB = false, i_filesB = false;   // `i_filesB`: library files stand in it
+    bool i_refusedB = false;                       // it was not loaded: nothing is saved over it
     LibraryReport i_report;
     LibraryFileMap i_files;
 

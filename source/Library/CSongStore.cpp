@@ -1,7 +1,9 @@
 #include "Library/CSongStore.h"
 
+#include <array>
 #include <limits>
 
+#include "Core/CDataFork.h"
 #include "Core/CLog.h"
 #include "Core/FSrObjects.h"
 #include "Library/CKeptSongs.h"
@@ -17,6 +19,10 @@ namespace {
 constexpr const char* kSongs_Name = "Songs.vlb";
 constexpr const char* kSongsMeta_Name = "Songs Meta.xml";
 constexpr const char* kSongsXML_Name = "Songs.xml";
+constexpr const char* kLibrary_Name = "Library.xml";
+
+/** Bytes that are wrong or too few. Any other failure is of the disc, of a permission, of the machine. */
+bool IsDamage(OSErr err) { return err == eofErr || err == paramErr; }
 
 /** Records between two looks at the progress. */
 std::uint32_t TickOf(std::uint32_t songsL) { return songsL < 1000 ? 10 : 50; }
@@ -34,18 +40,35 @@ OSErr CSongStore::FinishRestore() {
     return err;
 }
 
+OSErr CSongStore::CanRead(CFileRef& file) const {
+    for (const char* const nameZ : {kSongs_Name, kSongsMeta_Name, kSongsXML_Name, kLibrary_Name}) {
+        file = CFileRef(i_places.root, nameZ);
+        CDataFork fork;
+        std::array<std::byte, 1> first{};
+        std::size_t got = 0;
+        OSErr err = fork.Open(file, FileAccess::kRead);
+        if (!Failed(err)) err = fork.Read(first, got);
+        if (Failed(err) && err != fnfErr && !IsDamage(err)) return LogStep(err, "reading the library", file.GetPath());
+    }
+    return noErr;
+}
+
 OSErr CSongStore::Load() {
     const CLoadingScope loading(i_database);
     if (const OSErr err = FinishRestore(); Failed(err)) return err;
     SongDictionaries meta;
     const OSErr metaErr = ReadSongTable(CFileRef(i_places.root, kSongsMeta_Name), SongTable::kMeta, meta);
-    i_metaDamagedB = Failed(metaErr) && metaErr != fnfErr;
+    i_metaDamagedB = IsDamage(metaErr);
     OSErr err = LoadRecords(meta);
     if (err == fnfErr) err = LoadXML(meta);
     i_wholeB = !Failed(err);
-    i_songsDamagedB = Failed(err) && err != fnfErr;
+    i_songsDamagedB = IsDamage(err);
+    for (const OSErr each : {err, metaErr})
+        i_keptBackB = i_keptBackB || (Failed(each) && each != fnfErr && !IsDamage(each));
     if (!i_wholeB) i_restOfLost = std::move(meta);
-    return err == fnfErr || !i_metaDamagedB ? err : FirstOf(err, metaErr);
+    const OSErr metaFault = metaErr == fnfErr ? noErr : metaErr;
+    if (err == fnfErr) return i_keptBackB ? metaFault : fnfErr;
+    return FirstOf(err, metaFault);
 }
 
 OSErr CSongStore::LoadRecords(SongDictionaries& meta) {
@@ -120,6 +143,7 @@ OSErr CSongStore::LoadXML(SongDictionaries& meta) {
 
 OSErr CSongStore::Prepare() {
     if (IsTooNew()) return LogStep(opWrErr, "saving over the library of a later version");
+    if (i_keptBackB) return LogStep(opWrErr, "saving over a library that could not be read");
     if (i_betweenB) return LogStep(opWrErr, "saving over a restore that is not finished");
     static_cast<void>(i_backup.KeepOnce());   // told; what is damaged is set aside, so that nothing hangs on the copy
     return SetAside();

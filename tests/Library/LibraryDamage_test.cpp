@@ -4,6 +4,7 @@
 
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
+#include "Core/FSError.h"
 #include "Library/CLibraryStore.h"
 #include "ListTest.h"
 #include "Platform/CFileCalls_Faults.h"
@@ -139,6 +140,45 @@ TEST_F(LibraryDamage, EachFileCutAndWithOtherBytes) {
             (void)TakeAsserted();
         }
     }
+}
+
+TEST_F(LibraryDamage, WhatIsKeptBackIsNoDamage) {
+    {
+        CLibraryStore store(*i_databaseP, i_places);
+        MakeLibrary(store);
+        ASSERT_EQ(store.SaveLibraryNow(SaveForce::kAll), noErr);   // so that there is a whole copy as well
+    }
+    const Files whole = Present();
+    for (const char* const nameZ : {"Songs.vlb", "Songs Meta.xml", "Library.xml"})
+        for (const auto& [failingZ, errnoL] :
+             {std::pair{"open", EACCES}, std::pair{"open", ELOOP}, std::pair{"read", EIO}})
+            for (const bool backB : {true, false}) {
+                SCOPED_TRACE(std::string(nameZ) + " " + failingZ + " " + std::to_string(errnoL) + (backB ? " back" : ""));
+                CFileCalls_Faults faults(CFileCalls::Get());
+                bool openB = false;
+                int failuresL = 0;
+                faults.SetWatch([&](long n, const char* callZ, const fs::path& path) {
+                    const std::string_view call(callZ);
+                    if (call == "open") openB = path == i_root / "lib" / nameZ;
+                    if (call == failingZ && openB && (!backB || ++failuresL < 3)) faults.FailAt(n, errnoL);
+                });
+                CFileCalls::Install(&faults);
+                TestDatabaseHost host;
+                if (backB) host.i_ui.answers = {Answer{1, false}, Answer{1, false}};
+                CSongDatabase database(host);
+                CLibraryStore store(database, i_places);
+                const OSErr err = store.LoadLibrary();
+                CFileCalls::Install(nullptr);
+                ASSERT_EQ(host.i_ui.questions.size(), backB ? 2U : 1U);
+                EXPECT_NE(host.i_ui.questions[0].text.find(std::string("lib/") + nameZ), std::string::npos);
+                EXPECT_EQ(err, backB ? noErr : MapErrno(errnoL));
+                if (backB) {
+                    EXPECT_EQ(database.Songs()->Count(), 3U);
+                } else {
+                    EXPECT_EQ(store.SaveLibraryNow(SaveForce::kAll), opWrErr);
+                }
+                EXPECT_TRUE(Present() == whole);
+            }
 }
 
 TEST_F(LibraryDamage, ADiscThatFailsOnceLeavesTheOldOrTheNew) {
