@@ -8,7 +8,10 @@ CGoBackNotice::CGoBackNotice(CPlayControl& play, CNotices& notices) : i_play(pla
     i_play.AddWatcher(*this);
 }
 
-CGoBackNotice::~CGoBackNotice() { i_play.RemoveWatcher(*this); }
+CGoBackNotice::~CGoBackNotice() {
+    i_play.RemoveWatcher(*this);
+    i_notices.Withdraw(i_offer);   // its button calls a control that goes
+}
 
 void CGoBackNotice::GoBackChanged() {
     i_notices.Withdraw(i_offer);

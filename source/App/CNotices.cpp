@@ -9,7 +9,10 @@ NoticeID CNotices::Enter(Notice notice) {
     notice.id = NoticeID{++i_lastL};
     notice.toldT = CClock::Get().AbsoluteT();
     i_notices.push_back(std::move(notice));
-    if (i_notices.size() > kMost) i_notices.pop_front();
+    if (i_notices.size() > kMost) {   // the eldest goes, of those that were read if there is one
+        const auto read = std::ranges::find(i_notices, true, &Notice::readB);
+        i_notices.erase(read == i_notices.end() ? i_notices.begin() : read);
+    }
     i_changed();
     return NoticeID{i_lastL};
 }

@@ -26,7 +26,9 @@ void CQuitSave::Run() {
                 if (CopyElsewhere()) return;
                 continue;
             case Wish::kQuit:
-                return CopyBesideLog();
+                // Where no copy could be written either he is told, and asked once more: what he changed would be lost.
+                if (CopyAnywhere() || !i_app.i_quitAsksB || std::exchange(i_noCopyB, true)) return;
+                continue;
         }
     }
 }
@@ -47,10 +49,14 @@ CQuitSave::Wish CQuitSave::Ask(OSErr err) {
     Question question;
     question.title = "Your library could not be saved";
     question.text =
-        "The changes that you made could not be written to “" + root.GetPath().string() + "”.\n" + FaultText(err, FaultOf::kFolder, {}) +
+        "The changes that you made could not be written to “" + root.GetPath().string() + "”.\n" +
+        FaultText(err, FaultOf::kFolder, {}) +
         "\n\nYou can try again, for instance after making room on the disk, or write a whole copy of the library "
-        "into another folder. If you quit all the same, Vopla writes a copy beside its log, in “" +
-        CLog::Get().File().parent_path().string() + "”." + std::exchange(i_copyFailure, {});
+        "into another folder. " +
+        (i_noCopyB ? std::string()
+                   : "If you quit all the same, Vopla writes a copy beside its log, in “" +
+                         CLog::Get().File().parent_path().string() + "”.") +
+        std::exchange(i_copyFailure, {});
     question.buttons = {"Try Again", "Save a Copy Elsewhere…", "Quit All the Same"};
     question.defaultIndex = static_cast<std::size_t>(Wish::kTryAgain);
     question.safeIndex = static_cast<std::size_t>(Wish::kQuit);
@@ -70,24 +76,40 @@ bool CQuitSave::CopyElsewhere() {
     const auto chosen = i_app.Ui().ChooseFolder("Where shall the copy of your library be written?");
     if (!chosen) return false;
     const CFileRef folder = NewFolderIn(CFileRef(*chosen));
-    if (const OSErr err = i_app.i_library->Store()->SaveCopy(folder);
-        Failed(LogStep(err, "saving a copy", folder.GetPath()))) {
-        i_copyFailure = "\n\nThe copy could not be written to “" + folder.GetPath().string() + "”: " +
-                        FaultText(err, FaultOf::kFolder, {});
+    if (const OSErr err = CopyInto(folder); Failed(err)) {
+        i_copyFailure = "\n\nThe copy could not be written to “" + folder.GetPath().string() +
+                        "”: " + FaultText(err, FaultOf::kFolder, {});
         return false;
     }
     LogF("A copy of the library was saved as <%s>", folder.GetPath().c_str());
     return true;
 }
 
-void CQuitSave::CopyBesideLog() {
-    const CFileRef folder = NewFolderIn(CFileRef(CLog::Get().File().parent_path()));
+OSErr CQuitSave::CopyInto(const CFileRef& folder) {
     const OSErr err =
-        LogStep(i_app.i_library->Store()->SaveCopy(folder), "saving a copy beside the log", folder.GetPath());
-    const std::string told =
-        Failed(err) ? "The library could not be saved, nor a copy of it in “" + folder.GetPath().string() +
-                          "”: " + FaultText(err, FaultOf::kFolder, {})
-                    : "The library could not be saved. A whole copy of it is in “" + folder.GetPath().string() + "”.";
-    Log(told);
-    std::cerr << "vopla: " << told << '\n';
+        LogStep(i_app.i_library->Store()->SaveCopy(folder), "saving a copy of the library", folder.GetPath());
+    std::error_code fault;
+    if (Failed(err)) std::filesystem::remove(folder.GetPath(), fault);   // if there is nothing in it
+    return err;
+}
+
+bool CQuitSave::CopyAnywhere() {
+    std::string told = "The library could not be saved, nor a copy of it.";
+    for (const CFileRef::Path& place : {CLog::Get().File().parent_path(), CFolders::Home(), CFolders::Temp()}) {
+        const CFileRef folder = NewFolderIn(CFileRef(place));
+        const OSErr err = CopyInto(folder);
+        if (!Failed(err)) {
+            Tell("The library could not be saved. A whole copy of it is in “" + folder.GetPath().string() + "”.");
+            return true;
+        }
+        told += "\n" + FaultText(err, FaultOf::kFolder, folder.GetPath().string());
+    }
+    Tell(told);
+    i_copyFailure = "\n\n" + told + "\nIf you quit now, what you changed is lost.";
+    return false;
+}
+
+void CQuitSave::Tell(const std::string& words) {
+    Log(words);
+    std::cerr << "vopla: " << words << '\n';
 }

@@ -6,7 +6,7 @@
 class CApp;
 
 /** The last save of the evening. What cannot be written is asked about: try again, write a copy elsewhere, or quit, which
-    leaves a copy beside the log; that is what happens where nobody answers, too.
+    leaves a copy beside the log or where else one can be written; that is what happens where nobody answers, too.
     Threads  main; pumps while workers write.
     Errors   told in the log; what was left beside the log, on the error stream as well. */
 class CQuitSave {
@@ -22,9 +22,14 @@ private:
     [[nodiscard]] Wish Ask(OSErr err);
     /** False when there is no copy: the user changed his mind, or is told why by the next question. */
     [[nodiscard]] bool CopyElsewhere();
-    void CopyBesideLog();
+    /** Beside the log, in the user's home or among temporary files, the first that can be written. False: nowhere, and
+        the next question says so. */
+    [[nodiscard]] bool CopyAnywhere();
+    [[nodiscard]] OSErr CopyInto(const CFileRef& folder);
+    static void Tell(const std::string& words);
     [[nodiscard]] CFileRef NewFolderIn(const CFileRef& parent) const;
 
     CApp& i_app;
     std::string i_copyFailure;
+    bool i_noCopyB = false;   // it could be written nowhere, and the user knows
 };

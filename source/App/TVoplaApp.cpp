@@ -135,7 +135,7 @@ void TVoplaApp::ShowOpened(const std::vector<SongID>& songs) {
     const CSong* const songP = i_app->Database().GetSong(songs.front());
     if (songP == nullptr) return;
     const std::string name = songP->Name().UTF8();
-    const bool playB = i_app->Play().State() == PlayState::kIdle &&
+    const bool playB = songs.size() == 1 && i_app->Play().State() == PlayState::kIdle &&
                        i_app->Prefs().GetBool("Auto-play when you add single song to Library", true);
     if (!playB)
         i_app->SetStatus(songs.size() == 1 ? "“" + name + "” is in the library"

@@ -5,6 +5,7 @@
 #include "Core/AlertHook.h"
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
+#include "Core/FaultText.h"
 
 namespace {
 
@@ -74,7 +75,7 @@ OSErr CAS_File::TellOpen(OSErr err, const char* stepZ) const {
     LogF("### Error %s: %s", stepZ, ErrorText(err).c_str());
     LogF("The file was: %s\r", i_file.GetPath().c_str());
     LogF("File spool open result: %d", Number(err));
-    ShowAlert("bummer", "File spooler open error");
+    ShowAlert("bummer", "File spooler open error\n" + FaultText(err, i_file.GetPath()));
     return alreadyReportedErr;
 }
 

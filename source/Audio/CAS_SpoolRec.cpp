@@ -2,6 +2,7 @@
 
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
+#include "Core/FaultText.h"
 
 namespace {
 /** The number of the first write; 0 when no thread could be had. */
@@ -23,6 +24,6 @@ OSErr Start(const Ref<CSpooler>& sourceP, const Ref<CSpooler>& destinationP, boo
     if (numberL == 0) return abortErr;   // reported by the thread layer
     destinationP->i_firstWrite.Wait(numberL, WaitMode::kForever);
     const OSErr err = FirstOf(sourceP->Err(), destinationP->Err());
-    if (Failed(err) && !CSpooler::IsIgnorable(err) && !sourceP->IsQuiet()) ShowAlert("Spooler Error", ErrorText(err));
+    if (Failed(err) && !CSpooler::IsIgnorable(err) && !sourceP->IsQuiet()) ShowAlert("Spooler Error", FaultWords(err, FaultOf::kSound));
     return err;
 }

@@ -24,11 +24,12 @@ OSErr CSongRender::Run(const SongSound& sound) {
     OSErr err = ringP->Open(false, sizeL);
     if (!Failed(err)) {
         std::uint64_t sinkL = ringP->GetTotal();   // of the source: at another tempo the sink learns better at its end
-        err = i_sinkP->Open(true, sinkL);
+        err = OfSink(i_sinkP->Open(true, sinkL));
         if (!Failed(err)) {
             err = Copy(*ringP);
             if (Failed(err)) i_sinkP->SetError(true, err);
-            err = FirstOf(err, i_sinkP->Close(true));
+            const OSErr closed = i_sinkP->Close(true);
+            err = Failed(err) ? err : OfSink(closed);
         }
         err = FirstOf(err, ringP->Close(false));
     }
@@ -50,8 +51,8 @@ OSErr CSongRender::Copy(CAS_AudioRing& ring) {
         }
         const std::size_t samplesL = gotL / sizeof(float);
         FloatToInteger(std::span(floats).first(samplesL), integers);
-        if (const OSErr sinkErr = i_sinkP->Write(std::as_bytes(std::span(integers).first(samplesL))); Failed(sinkErr))
-            return sinkErr;
+        const OSErr sinkErr = OfSink(i_sinkP->Write(std::as_bytes(std::span(integers).first(samplesL))));
+        if (Failed(sinkErr)) return sinkErr;
         i_framesL += samplesL / 2;
     }
 }

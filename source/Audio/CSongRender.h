@@ -25,9 +25,17 @@ public:
     /** Frames written. */
     [[nodiscard]] std::uint64_t Frames() const noexcept { return i_framesL; }
 
+    /** What Run answered is of the sink, not of the source. */
+    [[nodiscard]] bool HasSinkFailed() const noexcept { return i_sinkFailedB; }
+
 private:
     OSErr Copy(CAS_AudioRing& ring);
+    OSErr OfSink(OSErr err) noexcept {
+        i_sinkFailedB = i_sinkFailedB || Failed(err);
+        return err;
+    }
 
     const Ref<CSpooler> i_sourceP, i_sinkP;
     std::uint64_t i_framesL = 0;
+    bool i_sinkFailedB = false;
 };

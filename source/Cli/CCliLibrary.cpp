@@ -6,15 +6,11 @@
 #include "Library/SongFolders.h"
 #include "Platform/CFolders.h"
 
-namespace {
-
 bool HoldsLibrary(const std::filesystem::path& folder) {
     std::error_code problem;
     return std::filesystem::exists(folder / "Library.xml", problem) ||
            std::filesystem::exists(folder / "Songs.vlb", problem);
 }
-
-}   // namespace
 
 LibraryPlaces CliLibraryPlaces(const CliContext& context) {
     // A folder that is a library is no place for the other folders of a root.

@@ -52,5 +52,6 @@ private:
 
 /** The exit status: a host has the library. */
 int CliInUse(const CliContext& context, OSErr err);
+[[nodiscard]] bool HoldsLibrary(const std::filesystem::path& folder);
 /** Where the library of a command lies; nothing is made. */
 [[nodiscard]] LibraryPlaces CliLibraryPlaces(const CliContext& context);

@@ -36,22 +36,6 @@ std::string Decibels(double valueF) {
     return text.str();
 }
 
-/** The whole of `source`, as it comes. */
-OSErr Measure(CSpooler& source, Loudness& loudness) {
-    std::uint64_t sizeL = 0;
-    if (const OSErr err = source.Open(false, sizeL); Failed(err)) return err;
-    CLoudness meter;
-    std::vector<std::int16_t> block(kSamplesAtATime);
-    OSErr err = noErr;
-    while (!Failed(err)) {
-        std::size_t gotL = 0;
-        err = source.Read(std::as_writable_bytes(std::span(block)), gotL);
-        if (!Failed(err)) err = meter.Add(std::span(block).first(gotL / sizeof(std::int16_t)));
-    }
-    err = FirstOf(err == eofErr ? noErr : err, source.Close(false));
-    return FirstOf(err, meter.Result(loudness));
-}
-
 }   // namespace
 
 SongSound SongSoundOf(const CliWords& words) {
@@ -69,17 +53,21 @@ int RenderAudio(const CliCall& call) {
     CCliHost host;
     const Ref<CSpooler> sinkP = MakeSink(CFileRef(*call.words.Text("--out")));
     if (!sinkP) return call.Usage("the name of what is made must end in .wav, .mp3, .m4a or .flac");
+    if (CliCall::WouldReplace(*call.words.Text("--out"), file))
+        return call.Usage("what is made would take the place of the song");
     std::uint64_t framesL = 0, sourceFramesL = 0;
+    std::string blamed = file;
     const OSErr err = host.OnTask([&] {
         Ref<CSpooler> sourceP;
         if (const OSErr sourceErr = MakeSongSource(CFileRef(file), sourceP); Failed(sourceErr)) return sourceErr;
         CSongRender render(sourceP, sinkP);
         const OSErr renderErr = render.Run(SongSoundOf(call.words));
+        if (render.HasSinkFailed()) blamed = *call.words.Text("--out");
         framesL = render.Frames();
         sourceFramesL = sourceP->GetTotal() / 2;
         return renderErr;
     });
-    if (Failed(err)) return CliFailFile(call.context, err, file);
+    if (Failed(err)) return CliFailFile(call.context, err, blamed);
     call.context.out << "{\"frames\":" << framesL << ",\"source_frames\":" << sourceFramesL << "}\n";
     return 0;
 }
@@ -111,7 +99,7 @@ int MeasureLoudness(const CliCall& call) {
     const OSErr err = host.OnTask([&] {
         Ref<CSpooler> sourceP;
         const OSErr sourceErr = MakeSongSource(CFileRef(file), sourceP);
-        return Failed(sourceErr) ? sourceErr : Measure(*sourceP, loudness);
+        return Failed(sourceErr) ? sourceErr : CLoudness::Measure(*sourceP, std::atomic<bool>{false}, loudness);
     });
     if (Failed(err)) return CliFailFile(call.context, err, file);
     call.context.out << "{\"lufs\":" << Decibels(loudness.lufs) << ",\"peak_db\":" << Decibels(loudness.peakDB)

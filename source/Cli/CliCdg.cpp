@@ -67,9 +67,7 @@ std::string SHA256(const CPixels& pixels, const Rect& part) {
 int MakeCdgFrame(const CliCall& call) {
     const CliContext& context = call.context;
     const std::filesystem::path file(call.words.arguments[0]), out(*call.words.Text("--out"));
-    std::error_code fault;   // one of them missing: they are not the same
-    if (std::filesystem::equivalent(file, out, fault))
-        return call.Usage("the picture would take the place of the song");
+    if (CliCall::WouldReplace(out, file)) return call.Usage("the picture would take the place of the song");
     CSubCodeStream_File stream;
     OSErr err = stream.Open(file);
     if (!Failed(err) && stream.LengthUnits() == 0) err = eofErr;

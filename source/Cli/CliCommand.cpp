@@ -16,6 +16,11 @@ std::string CliCommand::Usage() const {
     return usage;
 }
 
+bool CliCall::WouldReplace(const std::filesystem::path& made, const std::filesystem::path& song) {
+    std::error_code fault;   // one of them missing: they are not the same
+    return std::filesystem::equivalent(made, song, fault);
+}
+
 int CliCall::Usage(std::string_view fault) const {
     return CliUsage(context, std::string(command.words) + ": " + std::string(fault) + "; usage: " + command.Usage());
 }

@@ -1,4 +1,5 @@
 #pragma once
+#include <filesystem>
 #include <span>
 #include <string_view>
 
@@ -46,6 +47,8 @@ struct CliCall {
 
     /** Wrong use that only the deed can see; the exit status, 2. */
     [[nodiscard]] int Usage(std::string_view fault) const;
+    /** `made` would be written over `song`, by this name or another one. */
+    [[nodiscard]] static bool WouldReplace(const std::filesystem::path& made, const std::filesystem::path& song);
 };
 
 /** A command of `vopla-cli`: its words, what may follow them, what it needs, what it does. */

@@ -5,6 +5,8 @@
 #include "Cli/CCliLibrary.h"
 #include "Cli/CliCommand.h"
 #include "Cli/CliSong.h"
+#include "Core/FSrObjects.h"
+#include "Core/FaultText.h"
 #include "Core/JSONWriter.h"
 #include "Core/WaitMode.h"
 #include "Library/AddFilesToLibrary.h"
@@ -80,8 +82,12 @@ int SetSong(const CliCall& call) {
 int CheckLibrary(const CliCall& call) {
     const CliContext& context = call.context;
     const LibraryPlaces places = CliLibraryPlaces(context);
+    if (!HoldsLibrary(places.root.GetPath()))
+        return CliFail(context, fnfErr, "no library in " + places.root.GetPath().string());
     using enum CLibraryCheck::SongFiles;
     const LibraryFindings found = CLibraryCheck(places, call.words.Has("--no-files") ? kLeaveOut : kLookFor).Run();
+    if (Failed(found.err))
+        return CliFail(context, found.err, FaultText(found.err, FaultOf::kFolder, places.root.GetPath().string()));
     if (context.jsonB) {
         context.out << "{\"songs\":" << found.songsL << ",\"playlists\":" << found.playlistsL
                     << ",\"singers\":" << found.singersL << ",\"problems\":[";
@@ -131,6 +137,9 @@ int RestoreLibrary(const CliCall& call) {
     const CliContext& context = call.context;
     const std::vector<std::string>& words = call.words.arguments;
     const LibraryPlaces places = CliLibraryPlaces(context);
+    bool thereB = false;
+    if (Failed(FSrObjectExists(places.root, thereB)) || !thereB)
+        return CliFail(context, fnfErr, "no library in " + places.root.GetPath().string());
     CLibraryBackup backup(places.root);
     std::vector<CFileRef> copies;
     if (const OSErr err = backup.List(copies); Failed(err)) return CliFailStep(context, err, "reading the kept copies");

@@ -21,6 +21,7 @@ namespace {
 
 constexpr double kLine_T = 0.25;
 constexpr double kTick_T = 1.0 / 15.0;
+constexpr SDB_SongFile kSong_Slots[] = {SDB_SongFile_ZIP, SDB_SongFile_AUDIO, SDB_SongFile_VIDEO};
 
 /** Plays the songs of some files, one after the other, over a library that nobody keeps. */
 class PlayRun final : private CSongDatabaseHost, private CPlayHost {
@@ -41,10 +42,12 @@ public:
     ~PlayRun() override { i_controlP.reset(); }
 
     /** The exit status. */
-    int Run(const std::vector<std::string>& files, double mostT) {
+    int Run(const CliCall& call, double mostT) {
+        const std::vector<std::string>& files = call.words.arguments;
         CPlayList& list = i_databaseP->AddPlaylist(kSourceDB_PLAYLIST, "play");
         for (const std::string& file : files)
             if (const int status = Add(list, file); status != 0) return status;
+        if (RecordsOverSong(call)) return call.Usage("the recording would take the place of a song");
         if (const OSErr err = i_controlP->Play(list.ID(), list.GetSortedList().front()); Failed(err))
             return CliFailFile(i_context, err, files.front());
         for (const PLItemID last = list.GetSortedList().back();;) {
@@ -76,6 +79,19 @@ private:
             list.AddItem({.target = id});
         }
         return 0;
+    }
+
+    /** The sound would be written into a file that is to be played. */
+    bool RecordsOverSong(const CliCall& call) const {
+        constexpr std::string_view kDisk = "disk:";
+        const std::string* const outputP = call.words.Text("--output");
+        if (outputP == nullptr || !outputP->starts_with(kDisk)) return false;
+        const std::string made = outputP->substr(kDisk.size());
+        return std::ranges::any_of(i_databaseP->Songs()->Ids(), [&](SongID id) {
+            return std::ranges::any_of(kSong_Slots, [&](SDB_SongFile slot) {
+                return CliCall::WouldReplace(made, i_databaseP->GetSong(id)->FileRef(slot).GetPath());
+            });
+        });
     }
 
     /** Until this song is over, or was heard for `mostT` seconds. */
@@ -161,5 +177,5 @@ int PlaySongs(const CliCall& call) {
     if (outputP != nullptr && !HasOutput(call.context, *outputP)) return 1;
     CCliHost host;
     PlayRun run(call.context, host, call.words, SongSoundOf(call.words));
-    return run.Run(call.words.arguments, call.words.Number("--seconds", HUGE_VAL));
+    return run.Run(call, call.words.Number("--seconds", HUGE_VAL));
 }

@@ -1,10 +1,13 @@
 #include "Library/CLibraryCheck.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <unordered_set>
 
 #include "Core/CLog.h"
+#include "Core/FSError.h"
 #include "Core/FSrObjects.h"
+#include "Core/FaultText.h"
 #include "Library/CSongFileReader.h"
 #include "Library/SDB_ForEach_LoadLibrary.h"
 #include "Library/SingerAccounts.h"
@@ -44,11 +47,13 @@ bool IsKeptInFile(const PlaylistRecord& list) {
 
 LibraryFindings CLibraryCheck::Run() {
     LibraryImage image;
-    if (const OSErr err = SDB_ForEach_LoadLibrary(i_places.root).Run(image); Failed(err))
-        Problem("the folder cannot be read: " + ErrorText(err));
+    if (const OSErr err = SDB_ForEach_LoadLibrary(i_places.root).Run(image); Failed(err)) {
+        i_found.err = err;
+        Problem("the folder cannot be read: " + FaultWords(err, FaultOf::kFolder));
+    }
     for (const UnreadFile& unread : image.unread)
         Problem(unread.file.GetPath().lexically_relative(i_places.root.GetPath()).string() +
-                " cannot be read whole: " + ErrorText(unread.err));
+                " cannot be read whole: " + FaultWords(unread.err, FaultOf::kFile));
     if (image.index) i_nextIDL = image.index->nextID;
     CheckSongs();
     CheckSongsMeta();
@@ -94,7 +99,7 @@ void CLibraryCheck::CheckCounter() {
 void CLibraryCheck::CheckSongs() {
     CSongFileReader reader;
     if (const OSErr err = reader.Open(CFileRef(i_places.root, "Songs.vlb")); Failed(err)) {
-        if (err != fnfErr) return Problem("Songs.vlb cannot be read: " + ErrorText(err));
+        if (err != fnfErr) return Problem("Songs.vlb cannot be read: " + FaultWords(err, FaultOf::kFile));
         return Problem("Songs.vlb is missing");
     }
     for (SongRecord record; reader.Next(record);) {
@@ -106,7 +111,7 @@ void CLibraryCheck::CheckSongs() {
     i_songsReadB = !Failed(err);
     if (Failed(err))
         Problem("Songs.vlb cannot be read whole, only " + std::to_string(reader.Count()) + " of " +
-                std::to_string(reader.Header().songsL) + " songs: " + ErrorText(err));
+                std::to_string(reader.Header().songsL) + " songs: " + FaultWords(err, FaultOf::kFile));
     if (reader.MisreadTexts() != 0)
         Problem("Songs.vlb has " + std::to_string(reader.MisreadTexts()) + " texts that cannot be read");
     std::ranges::sort(i_songs, {}, &Song::idL);
@@ -122,15 +127,20 @@ void CLibraryCheck::CheckSongFiles(const SongRecord& record) {
         std::filesystem::path path(text);
         if ((record.flags & row.relative) != 0) path = i_places.musicFolder / path;
         FileInfo info;
-        if (CFileCalls::Get().Look(path, true, info) == 0 && info.kind != FileKind::kFolder) continue;
-        Problem(SongWords(record) + ": the " + row.wordZ + " file is missing: " + path.string());
+        const int errnoL = CFileCalls::Get().Look(path, true, info);
+        CFileRef found(path);
+        if ((errnoL == 0 && info.kind != FileKind::kFolder) || i_modder(found)) continue;
+        if (errnoL != 0 && errnoL != ENOENT && errnoL != ENOTDIR)
+            Problem(SongWords(record) + ": the " + row.wordZ + " file cannot be read: " + FaultText(MapErrno(errnoL), path));
+        else
+            Problem(SongWords(record) + ": the " + row.wordZ + " file is missing: " + path.string());
     }
 }
 
 void CLibraryCheck::CheckSongsMeta() {
     SongDictionaries meta;
     const OSErr err = ReadSongTable(CFileRef(i_places.root, "Songs Meta.xml"), SongTable::kMeta, meta);
-    if (Failed(err) && err != fnfErr) Problem("Songs Meta.xml cannot be read whole: " + ErrorText(err));
+    if (Failed(err) && err != fnfErr) Problem("Songs Meta.xml cannot be read whole: " + FaultWords(err, FaultOf::kFile));
     if (!i_songsReadB) return;
     for (const auto& [id, keys] : meta)
         if (Find(id) == nullptr) Problem("Songs Meta.xml names song " + std::to_string(id) + ", which is not there");

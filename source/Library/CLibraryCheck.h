@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "Library/CSongFileSearch.h"
 #include "Library/CSongStore.h"
 #include "Library/LibraryImage.h"
 #include "Library/SongRecord.h"
@@ -11,6 +12,7 @@
 struct LibraryFindings {
     std::size_t songsL = 0, playlistsL = 0, singersL = 0;
     std::vector<std::string> problems;   // one a line, for people
+    OSErr err = noErr;                   // the folder itself could not be read
 };
 
 /** Looks at the files of a library from the outside: reads each of them by itself, and compares what one says with what
@@ -20,7 +22,7 @@ struct LibraryFindings {
 class CLibraryCheck {
 public:
     enum class SongFiles : bool { kLeaveOut, kLookFor };
-    CLibraryCheck(const LibraryPlaces& places, SongFiles files) : i_places(places), i_files(files) {}
+    CLibraryCheck(const LibraryPlaces& places, SongFiles files) : i_places(places), i_files(files), i_modder(places.musicFolder) {}
     [[nodiscard]] LibraryFindings Run();
 
 private:
@@ -44,6 +46,7 @@ private:
 
     const LibraryPlaces& i_places;
     const SongFiles i_files;
+    const CSong_PathModder i_modder;   // what has moved is not missing
     LibraryFindings i_found;
     bool i_songsReadB = false;   // whole: what is not there is nowhere
     std::vector<Song> i_songs;   // by id

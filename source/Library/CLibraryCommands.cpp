@@ -65,7 +65,7 @@ OSErr CLibraryCommands::Asked(const std::function<void(std::function<void(const 
         if (!course->laterB)
             course->err = err;
         else if (Failed(err) && err != userCanceledErr)
-            ShowAlert("That could not be done for all songs.", ErrorText(err));
+            ShowAlert("That could not be done for all songs.", FaultText(err, FaultOf::kStep, {}));
     });
     course->laterB = true;
     return course->err;

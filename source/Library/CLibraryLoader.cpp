@@ -50,11 +50,11 @@ OSErr CLibraryLoader::Load(LibraryFileMap& files, LibraryReport& report) {
         CReportXMLErr::Report(i_database.Host(), file.file, file.err);
     }
     if (Failed(i_songsErr) && i_songsErr != fnfErr)
-        Problem("the songs could not all be read: " + ErrorText(i_songsErr));
+        Problem("the songs could not all be read: " + FaultText(i_songsErr, i_places.root.GetPath() / "Songs.vlb"));
     report.emptyB =
         i_songsErr == fnfErr && !image.index && image.lists.empty() && image.venues.empty() && image.unread.empty();
     MendSongs();
-    if (Failed(walked) && walked != fnfErr) Problem("the library's folder could not be read: " + ErrorText(walked));
+    if (Failed(walked) && walked != fnfErr) Problem("the library's folder could not be read: " + FaultText(walked, FaultOf::kFolder, i_places.root.GetPath().string()));
 
     CPlaylistLoader loader(i_database);
     loader.DropMissing(i_songs.IsWhole());

@@ -1,6 +1,9 @@
 #include "Library/SDB_ForEach_LoadLibrary.h"
 
+#include <cerrno>
+
 #include "Core/CLog.h"
+#include "Core/FSError.h"
 #include "Core/FSrObjects.h"
 #include "Library/LibraryFileName.h"
 
@@ -13,23 +16,32 @@ bool IsOthersFile(const std::string& name) {
     return name == "Songs.xml" || name == "Songs Meta.xml" || name == "Music Store Purchases.xml";
 }
 
-/** `work(name, ref, isFolder)` for what a folder holds; links count as what they point to. */
-template <class Work>
-OSErr ForEachIn(const CFileRef& folder, Work&& work) {
+/** Of what lies in the root, which a user may have other things in. */
+bool IsOfLibrary(const std::string& name) {
+    return name == kStr_LIBRARY_DOT_XML || name == kStr_PLAYLISTS_FOLDER || name == kStr_VENUES_FOLDER;
+}
+
+}   // namespace
+
+OSErr SDB_ForEach_LoadLibrary::ForEachIn(const CFileRef& folder, const Work& work) {
     std::vector<std::string> names;
     if (const OSErr err = FSrList(folder, names); Failed(err)) return err;
     for (const std::string& name : names) {
         if (IsPassedOver(name)) continue;
         const CFileRef ref(folder, name);
         FileInfo info;
-        if (CFileCalls::Get().Look(ref.GetPath(), true, info) != 0) continue;
-        const bool folderB = info.kind == FileKind::kFolder;
-        if (folderB || info.kind == FileKind::kFile) work(name, ref, folderB);
+        const int errnoL = CFileCalls::Get().Look(ref.GetPath(), true, info);
+        if (errnoL == 0) {
+            const bool folderB = info.kind == FileKind::kFolder;
+            if (folderB || info.kind == FileKind::kFile) work(name, ref, folderB);
+            continue;
+        }
+        const bool goneB = errnoL == ENOENT && CFileCalls::Get().Look(ref.GetPath(), false, info) == ENOENT;
+        const bool oursB = folder.GetPath() != i_root.GetPath() || IsOfLibrary(name);
+        if (!goneB && oursB) Unread(ref, errnoL == ENOENT ? noPathMappingErr : MapErrno(errnoL));
     }
     return noErr;
 }
-
-}   // namespace
 
 OSErr SDB_ForEach_LoadLibrary::Run(LibraryImage& image) {
     const auto visit = [&](const std::string& name, const CFileRef& ref, bool folderB) {
@@ -66,9 +78,11 @@ void SDB_ForEach_LoadLibrary::LoadPlaylistFile(const CFileRef& file, LibraryImag
     }
     bool libraryB = false;
     const OSErr err = FSrFileExists(CFileRef(i_root, kStr_LIBRARY_DOT_XML), libraryB);
-    if (Failed(err) || libraryB || (!record.keys.Has("Library") && !record.keys.Has("Vopla Library"))) return;
+    if (Failed(err)) return Unread(CFileRef(i_root, kStr_LIBRARY_DOT_XML), err);
+    if (libraryB || (!record.keys.Has("Library") && !record.keys.Has("Vopla Library"))) return;
     LibraryIndex index;
-    if (!Failed(ReadLibraryIndex(file, index))) image.index = std::move(index);
+    if (const OSErr read = ReadLibraryIndex(file, index); Failed(read)) return Unread(file, read);
+    image.index = std::move(index);
 }
 
 void SDB_ForEach_LoadLibrary::LoadLists(const CFileRef& folder, std::vector<PlaylistFile>& lists,

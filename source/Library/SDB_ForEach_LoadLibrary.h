@@ -1,4 +1,5 @@
 #pragma once
+#include <functional>
 #include <string>
 
 #include "Library/LibraryImage.h"
@@ -13,6 +14,10 @@ public:
     OSErr Run(LibraryImage& image);
 
 private:
+    using Work = std::function<void(const std::string& name, const CFileRef& ref, bool folderB)>;
+    /** Of what a folder holds; links count as what they point to. What the disc keeps back is Unread, what has gone since
+        its name was read is nothing. */
+    OSErr ForEachIn(const CFileRef& folder, const Work& work);
     void LoadPlaylistFile(const CFileRef& file, LibraryImage& image);
     /** All lists of a folder; `singerFile` is none. */
     void LoadLists(const CFileRef& folder, std::vector<PlaylistFile>& lists, std::string_view singerFile = {});

@@ -9,6 +9,10 @@ void CInterruptedSong::Keep(Song song) {
     i_untilT = CClock::Get().SteadyT() + kKept_T;
 }
 
+void CInterruptedSong::NoteCounted(SongID song) {
+    if (i_song && i_song->spec.song == song) i_song->countedB = true;
+}
+
 std::optional<CInterruptedSong::Song> CInterruptedSong::Take() {
     std::optional<Song> song = std::exchange(i_song, {});
     return CClock::Get().SteadyT() < i_untilT ? std::move(song) : std::nullopt;

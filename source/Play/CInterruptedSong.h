@@ -25,9 +25,12 @@ public:
         long at300 = 0;
         float levelF = 1;
         bool pausedB = false;
+        bool countedB = false;   // as sung already
     };
 
     void Keep(Song song);
+    /** If it is this one, it counts as sung, and will not again. */
+    void NoteCounted(SongID song);
     /** Nothing is kept afterwards. */
     [[nodiscard]] std::optional<Song> Take();
     [[nodiscard]] bool IsKept() const;

@@ -108,7 +108,7 @@ OSErr CPlayControl::PlaySong(const SongPlaySpec& spec, const StartHow& how) {
     i_startPausedB = how.pausedB;
     i_wish = how.wish;
     i_overB = false;
-    i_ofListB = how.ofListB;
+    i_countedB = how.countedB;
     if (how.handB) i_failedL = 0;
     i_songLevelF = how.levelF;
     if (!i_songLevelF && spec.volumeF > 0) i_songLevelF = spec.volumeF;
@@ -253,11 +253,10 @@ void CPlayControl::Stop() {
         i_next.Drop();
     else
         KeepInterrupted();
-    EndShow();
+    if (i_playP) EndShow();
 }
 
 void CPlayControl::EndShow() {
-    if (!i_playP) return;
     EndCurrent();
     i_nextLookT = CClock::Get().SteadyT() + kNextKept_T;
     if (Ports().Port(CGraphicsPort::kScreen_VIDEO) != nullptr) Ports().ApplyRule(WindowRule(), PlayMode::kStop);
@@ -268,18 +267,14 @@ void CPlayControl::EndShow() {
 void CPlayControl::SongFailed(CSongPlay& play, OSErr err) {
     const Ref<CSongPlay> playP(&play);   // its end must not come before ours
     i_overB = true;
-    const bool heardB = play.State() == PlayState::kPlaying;
     const PLItemID here = i_place.Item();
     std::string then;
-    // A song that the operator has started himself, and that cannot begin, leaves the choice to him.
     bool onB = false;
-    if (heardB || i_ofListB) {
-        if (++i_failedL >= kFailures_Most)
-            then = "The list has stopped here: several songs in a row could not be played.";
-        else
-            onB = GoOn();
-    }
-    if (!onB && i_playP.Get() == &play) EndShow();
+    if (++i_failedL >= kFailures_Most)
+        then = "The list has stopped here: several songs in a row could not be played.";
+    else
+        onB = GoOn();
+    if (!onB && (!i_playP || i_playP.Get() == &play)) EndShow();
     i_lastErr = onB ? i_lastErr : err;
     if (onB && i_playP && i_place.Item() != here) then = "The list goes on with “" + i_playP->Spec().name + "”.";
     i_host.SongFailed(play, err);
@@ -310,15 +305,15 @@ void CPlayControl::SongEnded(CSongPlay& play) {
     i_failedL = 0;
     i_host.SongEnded(play);
     NoteLength(play);
-    FinishSong(play);
+    if (!i_countedB) FinishSong(play);
     Log("Going to next song");
-    if (!GoOn() && i_playP.Get() == &play) EndShow();   // and nobody began another song while an alert stood
+    if (!GoOn() && (!i_playP || i_playP.Get() == &play)) EndShow();   // and nobody began another song while an alert stood
 }
 
 bool CPlayControl::GoOn() {
     const Ref<CSongPlay> beforeP = i_playP;
     const CCFPrefDictionary& preferences = i_host.Preferences();
-    const StartHow how{.pausedB = preferences.GetBool("Pause between tracks"), .ofListB = true};
+    const StartHow how{.pausedB = preferences.GetBool("Pause between tracks")};
     for (const PLItemID from = i_place.Item();;) {
         const PlayNextState state{.stopBetweenTracksB = preferences.GetBool("Stop between tracks"),
                                   .hasPlaylistB = i_place.List() != nullptr,
@@ -329,7 +324,8 @@ bool CPlayControl::GoOn() {
         if (!i_playP) return true;   // the list has stopped the show
         if (next == SDB_kNoItem || (next == from && i_failedL > 0)) return false;   // all round, and nothing can be played
         const OSErr err = StepTo(next, how);
-        if (!Failed(err) || i_playP.Get() != beforeP.Get()) return true;   // also one that was begun while an alert stood
+        if (!Failed(err)) return true;
+        if (i_playP.Get() != beforeP.Get()) return static_cast<bool>(i_playP);   // one may have begun while an alert stood
         if (err != fnfErr || ++i_failedL >= kFailures_Most) return false;
         i_place.Set(i_place.ListID(), next);   // a row whose song is nowhere
     }

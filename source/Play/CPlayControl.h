@@ -153,7 +153,7 @@ private:
         bool pausedB = false;
         bool stepB = false;   // the song before gives way to it
         bool handB = false;   // the operator wants it now: what plays is cut off
-        bool ofListB = false;   // if it fails, the row after it is meant
+        bool countedB = false;   // as sung, before it was had back
         long at300 = -1;      // from there rather than from the music's start
         std::optional<Wish> wish = {};
         std::optional<float> levelF = {};   // rather than the song's own, or the transport's
@@ -214,7 +214,7 @@ private:
     bool i_overB = false;    // it was sung to its end
     CInterruptedSong i_interrupted;
     OSErr i_lastErr = noErr;
-    bool i_ofListB = false;   // if i_playP fails, the list goes on
+    bool i_countedB = false;   // i_playP is counted as sung
     int i_failedL = 0;        // songs in a row that could not be played
     int i_pitchS = 0;
     double i_tempo = 1;

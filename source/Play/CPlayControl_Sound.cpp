@@ -185,7 +185,7 @@ OSErr CPlayControl::SetOutputDevice(const std::string& name) {
     if (!i_playP || WantedDevice() == i_device) return noErr;
     SongPlaySpec spec = SpecAsNow();
     StartHow how{.pausedB = IsPaused() && !i_delayedB,   // what waits for its zip goes on waiting
-                 .ofListB = i_ofListB,
+                 .countedB = i_countedB,
                  .wish = i_wish,
                  .levelF = i_songLevelF};
     if (State() == PlayState::kPlaying) {

@@ -30,9 +30,12 @@ OSErr CPlayControl::PlayNext() {
     const PLItemID item = i_place.Next(CPlayList::AtEnd::kIgnore);
     if (item == SDB_kNoItem) return fnfErr;
     const Ref<CSongPlay> beforeP = i_playP;
-    const bool heardB = beforeP && 2 * CurTime300() > EndTime300() && EndTime300() > 0;
-    const OSErr err = StepTo(item, {.handB = true, .ofListB = true});
-    if (heardB && i_playP.Get() != beforeP.Get()) FinishSong(*beforeP);
+    const bool heardB = beforeP && !i_countedB && 2 * CurTime300() > EndTime300() && EndTime300() > 0;
+    const OSErr err = StepTo(item, {.handB = true});
+    if (heardB && i_playP.Get() != beforeP.Get()) {
+        FinishSong(*beforeP);
+        i_interrupted.NoteCounted(beforeP->Spec().song);
+    }
     if (!Failed(err) && i_playP) i_host.ShowMessage("Next: " + i_playP->Spec().name);   // no watcher has stopped it
     return err;
 }
@@ -81,7 +84,8 @@ void CPlayControl::KeepInterrupted(bool wentBackB) {
                         .place = i_place,
                         .at300 = CurTime300(),
                         .levelF = Volume(),
-                        .pausedB = IsPaused() && !i_delayedB});
+                        .pausedB = IsPaused() && !i_delayedB,
+                        .countedB = i_countedB});
     TellGoBack();
 }
 
@@ -92,7 +96,7 @@ OSErr CPlayControl::GoBack() {
     LogF("Going back to: %s", song->spec.name.c_str());
     KeepInterrupted(true);
     i_place = song->place;
-    StartHow how{.pausedB = song->pausedB, .at300 = song->at300};
+    StartHow how{.pausedB = song->pausedB, .countedB = song->countedB, .at300 = song->at300};
     if (song->levelF != i_volumeF) how.levelF = song->levelF;
     const OSErr err = PlaySong(song->spec, how);
     TellGoBack();

@@ -34,6 +34,7 @@ public:
     void SetNamesLocked(bool lockedB) { i_namesLockedB = lockedB; }
     /** The row that plays is marked, in its list, and the song in all others. */
     void SetPlaying(PlaylistID list, PLItemID item, SongID song);
+    [[nodiscard]] bool IsPlayingRow(PLItemID item) const;
 
     [[nodiscard]] const std::vector<PLItemID>& Rows() const { return i_rows; }
     [[nodiscard]] PLItemID ItemAt(int row) const;
@@ -94,7 +95,6 @@ private:
     bool ShowRemoved(const std::vector<PLItemID>& rows);
     void ShowPermuted(std::vector<PLItemID> rows);
     void Replace(std::vector<PLItemID> rows);
-    [[nodiscard]] bool IsPlayingRow(PLItemID item) const;
     /** The files of its song were not found. */
     [[nodiscard]] bool IsMissingRow(PLItemID item) const;
     /** The row of the user order that a drop in front of table row `row` means, from 1. */

@@ -24,9 +24,12 @@
 
 namespace {
 
-/** In front of the window that the user works with; never where the audience looks while there is another. */
+/** In front of the window that the user works with; never where the audience looks while there is another. Not that of
+    another dialog: whoever closes that one would take ours along, with nobody's answer. */
 QWidget* Front() {
-    QWidget* const activeP = QApplication::activeWindow();
+    QWidget* activeP = QApplication::activeWindow();
+    while (qobject_cast<QDialog*>(activeP) != nullptr)
+        activeP = activeP->parentWidget() == nullptr ? nullptr : activeP->parentWidget()->window();
     if (activeP != nullptr && qobject_cast<XVideoWindow*>(activeP) == nullptr) return activeP;
     for (QWidget* const windowP : QApplication::topLevelWidgets())
         if (qobject_cast<XBrowserWindow*>(windowP) != nullptr && windowP->isVisible()) {

@@ -475,6 +475,7 @@ void XBrowserWindow::NoticesChanged() {
 
 void XBrowserWindow::ShowNotices() {
     Raise(i_noticeListP, [this] { return new XNoticesWindow(i_setup.notices, this); });
+    i_setup.notices.SetAllRead();   // also what came since it was opened
 }
 
 // ---- Window ----

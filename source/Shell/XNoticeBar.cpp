@@ -66,7 +66,11 @@ void XNoticeBar::Follow() {
     i_offerEnds.stop();
     const std::deque<Notice>& all = i_notices.All();
     const auto unreadL = std::ranges::count(all, false, &Notice::readB);
-    const auto latest = std::ranges::find(all.rbegin(), all.rend(), false, &Notice::readB);
+    // What is offered ends soon, and goes before what can be read at any time.
+    const auto offered = std::find_if(all.rbegin(), all.rend(),
+                                      [](const Notice& notice) { return static_cast<bool>(notice.action.act); });
+    const auto latest =
+        offered != all.rend() ? offered : std::ranges::find(all.rbegin(), all.rend(), false, &Notice::readB);
     if (latest == all.rend()) return hide();
     const Notice& notice = *latest;
     i_wordsP->SetText(notice.action.act ? QString() : NoticeText(notice));   // an offer is a button that says all

@@ -25,6 +25,7 @@ constexpr const char* kDefaultColumns_PreferenceZ = "Default Columns";   // of l
 constexpr int kColumns_Milliseconds = 1000;   // a drag is over
 constexpr int kRow_Height = 30, kRow_Margin = 12, kTitle_MostPoints = 12;
 constexpr double kEditWait_MostT = 10;   // seconds
+constexpr qint64 kAfterDoubleClick_Milliseconds = 2000;   // so long a click on its row edits nothing
 constexpr std::size_t kSelection_MostKept = 10'000;
 constexpr MetaKey kFactory_Columns[] = {"name"_key, "arts"_key, "albm"_key, "trak"_key, "drtn"_key};
 
@@ -342,8 +343,13 @@ void XSongTable::mousePressEvent(QMouseEvent* eventP) {
     const QItemSelection selection = selectionModel()->selection();
     const bool oneB = selection.size() == 1 && selection.front().height() == 1 && selection.front().contains(index);
     const bool plainB = eventP->button() == Qt::LeftButton && eventP->modifiers() == Qt::NoModifier;
-    i_editAt = plainB && oneB && hasFocus() && (index.flags() & Qt::ItemIsEditable) ? QPersistentModelIndex(index)
-                                                                                    : QPersistentModelIndex();
+    // A third click is one too many of those that play: neither it nor a click on what plays is a wish to rename it.
+    const PLItemID item = oneB ? i_model.ItemAt(index.row()) : SDB_kNoItem;
+    const bool playsB = i_model.IsPlayingRow(item) ||
+                        (item == i_doubleClicked && i_sinceDoubleClick.isValid() &&
+                         i_sinceDoubleClick.elapsed() < kAfterDoubleClick_Milliseconds);
+    const bool editB = plainB && oneB && !playsB && hasFocus() && (index.flags() & Qt::ItemIsEditable);
+    i_editAt = editB ? QPersistentModelIndex(index) : QPersistentModelIndex();
     QTableView::mousePressEvent(eventP);
 }
 
@@ -360,6 +366,8 @@ void XSongTable::mouseDoubleClickEvent(QMouseEvent* eventP) {
     const PLItemID item =
         eventP->button() == Qt::LeftButton && index.isValid() ? i_model.ItemAt(index.row()) : SDB_kNoItem;
     QTableView::mouseDoubleClickEvent(eventP);
+    i_doubleClicked = item;
+    i_sinceDoubleClick.start();
     if (item != SDB_kNoItem) emit PlayAsked(item);
 }
 

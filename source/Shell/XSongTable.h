@@ -1,4 +1,5 @@
 #pragma once
+#include <QElapsedTimer>
 #include <QTableView>
 #include <QTimer>
 
@@ -79,5 +80,7 @@ private:
     int i_keptScroll = 0;
     QTimer i_editWait;                // after a click on i_editAt
     QPersistentModelIndex i_editAt;
+    PLItemID i_doubleClicked = SDB_kNoItem;
+    QElapsedTimer i_sinceDoubleClick;
     QString i_hintTitle, i_hintText;
 };

@@ -201,6 +201,25 @@ TEST_F(AppSavesTest, AQuitThatCannotSaveAsks) {
     }
 }
 
+TEST_F(AppSavesTest, AQuitThatCanWriteNowhereAsksOnceMore) {
+    std::vector<std::size_t> answers(2, 2);   // "Quit All the Same"
+    for (const std::size_t n : answers) i_ui.answers.push_back({n, false});
+    i_faults.SetWatch([&](long n, const char* callZ, const fs::path&) {
+        const std::string_view call(callZ);
+        if (call == "access" || call == "mkdir" || call == "write") i_faults.FailAt(n, ENOSPC);
+    });
+    {
+        CApp app(MakeSetup());
+        AddSong(app, "lost");
+        CFileCalls::Install(&i_faults);
+    }
+    CFileCalls::Install(nullptr);
+    ASSERT_EQ(i_ui.questions.size(), 2U);
+    EXPECT_NE(i_ui.questions[0].text.find("writes a copy beside its log"), std::string::npos) << i_ui.questions[0].text;
+    EXPECT_NE(i_ui.questions[1].text.find("what you changed is lost"), std::string::npos) << i_ui.questions[1].text;
+    EXPECT_NE(i_ui.questions[1].text.find("Disk is full"), std::string::npos) << i_ui.questions[1].text;
+}
+
 TEST_F(AppSavesTest, AQuitWaitsForNoClock) {
     {
         CApp app(MakeSetup());

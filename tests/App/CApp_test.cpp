@@ -478,7 +478,7 @@ TEST_F(AppTest, FilesThatAreOpenedEnterTheLibraryAndInterruptNothing) {
     fs::create_directory(folder);
     copy(folder + "/a.mp3");
     copy(folder + "/b.mp3");
-    enum class Play { kNone, kFirst, kDemo };
+    enum class Play { kNone, kDemo };
     constexpr const char* kKey = "Auto-play when you add single song to Library";
     const struct {
         LaunchFiles files;
@@ -492,7 +492,7 @@ TEST_F(AppTest, FilesThatAreOpenedEnterTheLibraryAndInterruptNothing) {
         {{other}, true, false, 2, 1, Play::kDemo},
         {{"/nowhere/none.mp3", other, demo}, true, false, 2, 2, Play::kDemo},
         {{folder}, true, false, 4, 2, Play::kDemo},
-        {{folder}, true, true, 4, 2, Play::kFirst},
+        {{folder}, true, true, 4, 2, Play::kNone},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.files.front() + (c.stoppedB ? " stopped" : ""));
@@ -507,7 +507,7 @@ TEST_F(AppTest, FilesThatAreOpenedEnterTheLibraryAndInterruptNothing) {
         }));
         const CSong* const songP = gApp->Database().GetSong(gApp->Play().CurrentSong());
         const std::string name = songP == nullptr ? "" : songP->FileRef(SDB_SongFile_AUDIO).GetName();
-        EXPECT_EQ(name, c.play == Play::kNone ? "" : c.play == Play::kDemo ? "Vopla Demo - Amazing Grace.mp3" : "a.mp3");
+        EXPECT_EQ(name, c.play == Play::kNone ? "" : "Vopla Demo - Amazing Grace.mp3");
     }
     EXPECT_TRUE(i_ui.questions.empty());
     application.OnSecondInstance({});

@@ -40,6 +40,10 @@ TEST(Notices, EqualOnesAreCountedTheEldestGoesAndOffersEnd) {
     for (std::size_t n = 0; n < CNotices::kMost; ++n) notices.Add("fault", std::to_string(n));
     EXPECT_EQ(notices.All().size(), CNotices::kMost);
     EXPECT_EQ(notices.All().front().detail, "0");
+    notices.SetRead(notices.All()[5].id);
+    notices.Add("fault", "new");   // what was read goes before what was not
+    EXPECT_EQ(notices.All().front().detail, "0");
+    EXPECT_EQ(notices.All()[5].detail, "6");
 }
 
 }   // namespace

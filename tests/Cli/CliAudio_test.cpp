@@ -126,13 +126,20 @@ TEST_F(CliAudio, Failures) {
     const std::string tone = Make(kTone_Z, "tone.wav");
     std::filesystem::create_directories(i_folder / "taken.wav" / "inside");   // fails when the file takes its name
     std::filesystem::create_symlink("loop.mp3", Path("loop.mp3"));
+    std::filesystem::create_symlink(tone, Path("link.wav"));
+    const auto toneBytes = std::filesystem::file_size(tone);
+    for (const char* const nameZ : {"pair.mp3", "pair.cdg"}) std::ofstream(Path(nameZ)) << "the one names the other";
     const std::string longName = Path(std::string(300, 'x') + ".mp3");
     const struct {
         std::vector<std::string> words;
         int status;
         std::string said = {};   // of the failure
     } cases[] = {
-        {{"audio", "render", tone, "--out", Path("taken.wav")}, 1},
+        {{"audio", "render", tone, "--out", Path("taken.wav")}, 1, Path("taken.wav") + ": "},
+        {{"audio", "render", tone, "--out", tone}, 2, "audio render: what is made would take the place of the song"},
+        {{"audio", "render", tone, "--out", Path("link.wav")}, 2},
+        {{"play", Path("link.wav"), "--output", "disk:" + tone}, 2, "play: the recording would take the place of a song"},
+        {{"play", tone, Path("pair.cdg"), "--output", "disk:" + Path("pair.mp3")}, 2},
         {{"play", tone, "--output", "no such device"}, 1, "no such device: The sound output is not there. "},
         {{"audio"}, 2},
         {{"audio", "render", Path("bad.mp3")}, 2},
@@ -162,6 +169,7 @@ TEST_F(CliAudio, Failures) {
         EXPECT_TRUE(run.err.starts_with("{\"error\":\"" + c.said)) << run.err;
     }
     EXPECT_FALSE(std::filesystem::exists(Path("o.wav")));
+    EXPECT_EQ(std::filesystem::file_size(tone), toneBytes);
     const CliRun evening = Run({"play", tone, Path("bad.mp3"), tone, "--seconds", "0.1", "--output", "dummy"});
     EXPECT_EQ(evening.status, 1);
     EXPECT_NE(evening.out.find("{\"state\":\"total\",\"songs\":2,"), std::string::npos)

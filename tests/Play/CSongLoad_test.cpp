@@ -9,6 +9,7 @@ TEST_F(PlayTest, FilesThatAreGoneAndNoSongsAtAllAreTold) {
     Add({}, Graphics("naked.cdg", 300));
     std::ofstream(i_folder / "bad.wav") << "no music in here";
     Add(i_folder / "bad.wav");
+    i_preferences.Set("Stop between tracks", CCFValue(true));
     std::filesystem::remove(i_folder / "gone.wav");
     const struct {
         std::size_t row;
@@ -53,6 +54,7 @@ TEST_F(PlayTest, FilesThatWereMovedOrRenamedAreFoundAndNoted) {
     CSong& gone = Add(i_folder / "gone.wav");
     const auto isMissing = [](CSong& song) { return song.Meta().GetBool("Msng"_key) == BoolValueType::kTrue; };
     half.SetMissing(true);
+    i_preferences.Set("Stop between tracks", CCFValue(true));
     ASSERT_TRUE(Starts(0));
     EXPECT_EQ(moved.FileRef(SDB_SongFile_AUDIO).GetPath(), i_folder / "Music/moved.wav");
     ASSERT_TRUE(Starts(1));

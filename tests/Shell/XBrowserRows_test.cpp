@@ -225,8 +225,14 @@ TEST_F(RowsTest, ASlowClickEditsAndADoubleClickNever) {
     QTest::mouseDClick(table.viewport(), Qt::LeftButton, Qt::NoModifier, at);
     EXPECT_EQ(playedL, 1);
     EXPECT_FALSE(table.IsEditComing());
+    QTest::mouseClick(table.viewport(), Qt::LeftButton, Qt::NoModifier, at);   // a third click
+    EXPECT_FALSE(table.IsEditComing());
+    const QPoint other = table.visualRect(table.model()->index(1, 0)).center();
+    table.selectRow(1);
+    QTest::mouseClick(table.viewport(), Qt::LeftButton, Qt::NoModifier, other);
+    EXPECT_TRUE(table.IsEditComing());
     Count(Command::kPlayPause);
-    QTest::mouseClick(table.viewport(), Qt::LeftButton, Qt::NoModifier, at);
+    QTest::mouseClick(table.viewport(), Qt::LeftButton, Qt::NoModifier, other);
     QTest::keyClick(&table, Qt::Key_Space);   // a pause right after the click: the next Space must not be typed
     EXPECT_EQ(i_askedL, 1);
     EXPECT_FALSE(table.IsEditComing());

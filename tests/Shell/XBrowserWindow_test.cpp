@@ -6,6 +6,7 @@
 #include "Shell/XNoticesWindow.h"
 #include "Shell/XOutputPanel.h"
 #include "Shell/XPreferencesWindow.h"
+#include "Shell/XQuestion.h"
 #include "Shell/XShortcutSheet.h"
 #include "Shell/XTasksWindow.h"
 
@@ -144,7 +145,7 @@ TEST_F(BrowserTest, TheShowGoesOnWhateverDialogStands) {
     CUserInterface_Qt ui;
     std::vector<std::size_t> answers;
     const Question question{
-        .title = "Sure?", .text = "Stop “Alpha”?", .buttons = {"Yes", "No"}, .defaultIndex = 1, .safeIndex = 1};
+        .title = "Sure?", .text = "Stop “Alpha”?", .buttons = {"Yes", "No"}, .defaultIndex = 1, .safeIndex = 1, .checkBox = {}};
     const auto command = [&](Command c) { return [this, c] { i_windowP->Actions().Get(c).trigger(); }; };
     const std::pair<const char*, std::function<void()>> dialogs[] = {
         {"shortcuts", command(Command::kShortcuts)},
@@ -162,7 +163,7 @@ TEST_F(BrowserTest, TheShowGoesOnWhateverDialogStands) {
         dialogP->activateWindow();   // else its parent counts as active, and has the keys
         Turn();
         EXPECT_FALSE(dialogP->isModal());
-        EXPECT_TRUE(QTest::qWaitForWindowActive(dialogP, 5000));
+        EXPECT_TRUE(QTest::qWaitForWindowActive(dialogP, 120'000));
         i_askedL = 0;
         for (auto* const buttonP : dialogP->findChildren<QPushButton*>()) {
             if (!buttonP->isVisible() || !buttonP->isEnabled()) continue;
@@ -196,6 +197,26 @@ TEST_F(BrowserTest, TheShowGoesOnWhateverDialogStands) {
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         i_windowP->activateWindow();
     }
+}
+
+TEST_F(BrowserTest, AQuestionOutlivesTheDialogThatItCameOver) {
+    CUserInterface_Qt ui;
+    std::optional<std::size_t> answer;
+    i_windowP->Actions().Get(Command::kPreferences).trigger();
+    QPointer<QDialog> under = i_windowP->findChild<XPreferencesWindow*>();
+    under->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(under, 120'000));
+    AskThen(ui, {.title = "Sure?", .text = "Stop?", .buttons = {"Yes", "No"}, .defaultIndex = 0, .safeIndex = 1, .checkBox = {}},
+            [&](const Answer& given) { answer = given.buttonIndex; });
+    under->close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(under.isNull());
+    auto* const boxP = i_windowP->findChild<XQuestion*>();
+    ASSERT_NE(boxP, nullptr);
+    EXPECT_TRUE(boxP->isVisible());
+    boxP->findChildren<QPushButton*>().front()->click();
+    EXPECT_EQ(answer, 0U);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
 TEST_F(BrowserTest, AKeyInConflictWorksForNeither) {
@@ -455,6 +476,10 @@ TEST_F(BrowserTest, NoticesStandBesideTheShowUntilTheyAreRead) {
     QTest::keyClick(button("offer"), Qt::Key_Return);
     EXPECT_EQ(takenL, 1);
     i_notices.Offer({"Go Back", [&] { ++takenL; }, CClock::Get().SteadyT() + 3600});
+    i_notices.Add("Something else", "");
+    EXPECT_EQ(button("offer")->text(), "Go Back");   // which has little time
+    EXPECT_TRUE(button("offer")->isVisible());
+    i_notices.SetRead(i_notices.All().back().id);
     button("read")->click();
     EXPECT_EQ(takenL, 1);
     EXPECT_EQ(words(), "The disk is full: <b>/a</b> (2 times)");   // which was not read with the offer
@@ -464,7 +489,7 @@ TEST_F(BrowserTest, NoticesStandBesideTheShowUntilTheyAreRead) {
     EXPECT_EQ(words(), "-");
     auto& list = Find<XNoticesWindow>();
     EXPECT_FALSE(list.isModal());
-    EXPECT_EQ(list.findChild<QListWidget*>()->count(), 2);
+    EXPECT_EQ(list.findChild<QListWidget*>()->count(), 3);
     ExpectNames(list);
 }
 
