@@ -133,10 +133,10 @@ TEST_F(PlayTest, WhatAHandHasCutOffCanBeHadBack) {
         EXPECT_FLOAT_EQ(i_controlP->Volume(), 0.5F);
         EXPECT_EQ(i_offers, (Words{"b", ""}));
         EXPECT_EQ(i_controlP->GoBack(), fnfErr);
-        CSong& song = *i_databaseP->GetSong(i_controlP->CurrentSong());
-        const auto sungL = song.Meta().GetInteger("tsng"_key);
-        ASSERT_EQ(i_controlP->PlayNext(), noErr);
         if (std::string(nameZ) == "next") {   // past its half, as before: it was sung once
+            CSong& song = *i_databaseP->GetSong(i_controlP->CurrentSong());
+            const auto sungL = song.Meta().GetInteger("tsng"_key);
+            ASSERT_EQ(i_controlP->PlayNext(), noErr);
             EXPECT_EQ(song.Meta().GetInteger("tsng"_key), sungL);
         }
     }
