@@ -3,14 +3,15 @@
 #include <algorithm>
 
 #include "App/CAppWindows.h"
+#include "App/CNotices.h"
 #include "Core/CAlerts.h"
 #include "Core/CApp.h"
 #include "Core/CLog.h"
-#include "Core/WaitMode.h"
 #include "Core/FileURL.h"
+#include "Core/WaitMode.h"
 #include "Library/CT_FindMissing.h"
-#include "Play/CPlayControl.h"
 #include "Platform/CClock.h"
+#include "Play/CPlayControl.h"
 
 namespace {
 constexpr int kLock_Tries = 500;   // turns of 0.01 s
@@ -114,8 +115,10 @@ OSErr CAppLibrary::RenameListFile(const CPlayList& list, const SuperString& newN
 
 Answer CAppLibrary::Ask(const Question& question) { return i_app.Ui().Ask(question); }
 
-void CAppLibrary::AskLater(const Question& question, std::function<void(const Answer&)> answered) {
-    CAlerts::Queue(question, std::move(answered));
+void CAppLibrary::Notify(std::string_view words, std::string_view detail, std::string_view label,
+                         std::function<void()> act) {
+    CSongDatabaseHost::Notify(words, detail);   // into the log
+    i_app.Notices().Add(words, detail, {std::string(label), std::move(act)});
 }
 
 void CAppLibrary::ShowProgress(std::string_view words) { i_app.ShowProgress(words); }
@@ -123,8 +126,7 @@ void CAppLibrary::ShowProgress(std::string_view words) { i_app.ShowProgress(word
 void CAppLibrary::ShowSteps(std::size_t doneL, std::size_t totalL) { i_app.ShowProgressSteps(doneL, totalL); }
 
 void CAppLibrary::Reveal(const CFileRef& file) {
-    if (!i_app.Ui().OpenPage(FileURL(file.GetParent().GetPath())))
-        Log("### Error nothing shows folders here");
+    if (!i_app.Ui().OpenPage(FileURL(file.GetParent().GetPath()))) Log("### Error nothing shows folders here");
 }
 
 void CAppLibrary::SongsLost(long countL) { i_app.PostEvent(PostEventCode("BadS"), countL); }

@@ -39,7 +39,8 @@ public:
     [[nodiscard]] bool IsPlaying(PlaylistID list, PLItemID item) override;
     void SongCached() override;
     Answer Ask(const Question& question) override;
-    void AskLater(const Question& question, std::function<void(const Answer&)> answered) override;
+    void Notify(std::string_view words, std::string_view detail, std::string_view label,
+                std::function<void()> act) override;
     void ShowProgress(std::string_view words) override;
     void ShowSteps(std::size_t doneL, std::size_t totalL) override;
     void Reveal(const CFileRef& file) override;

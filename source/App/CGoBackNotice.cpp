@@ -20,6 +20,6 @@ void CGoBackNotice::GoBackChanged() {
     const std::string place = DurationOf300ths(offer->place300).UTF8();
     // The control tells when the time is over; should it be late, the notice ends by itself.
     i_offer = i_notices.Offer({.label = "Go Back to " + offer->name + ", " + place,
-                               .act = [this] { (void)i_play.GoBack(); },   // tells its own failure
-                               .untilT = CClock::Get().SteadyT() + CInterruptedSong::kKept_T});
+                               .act = [this] { (void)i_play.GoBack(); }},   // tells its own failure
+                              CClock::Get().SteadyT() + CInterruptedSong::kKept_T);
 }

@@ -17,10 +17,11 @@ NoticeID CNotices::Enter(Notice notice) {
     return NoticeID{i_lastL};
 }
 
-NoticeID CNotices::Add(std::string_view words, std::string_view detail) {
-    Notice notice{.words = std::string(words), .detail = std::string(detail)};
-    const auto same = std::ranges::find_if(
-        i_notices, [&](const Notice& n) { return n.words == notice.words && n.detail == notice.detail; });
+NoticeID CNotices::Add(std::string_view words, std::string_view detail, NoticeAction action) {
+    Notice notice{.words = std::string(words), .detail = std::string(detail), .action = std::move(action)};
+    const auto same = std::ranges::find_if(i_notices, [&](const Notice& n) {
+        return !n.IsOffer() && n.words == notice.words && n.detail == notice.detail;
+    });
     if (same != i_notices.end()) {
         notice.countL = same->countL + 1;
         i_notices.erase(same);
@@ -28,24 +29,27 @@ NoticeID CNotices::Add(std::string_view words, std::string_view detail) {
     return Enter(std::move(notice));
 }
 
-NoticeID CNotices::Offer(NoticeAction action) {
+NoticeID CNotices::Offer(NoticeAction action, double untilT) {
     std::string words = action.label;
-    return Enter({.words = std::move(words), .detail = {}, .action = std::move(action)});
+    return Enter({.words = std::move(words), .detail = {}, .action = std::move(action), .untilT = untilT});
 }
 
 void CNotices::Withdraw(NoticeID id) {
     const Notice* const noticeP = Find(id);
-    if (noticeP == nullptr || !noticeP->action.act) return;
+    if (noticeP == nullptr || !noticeP->IsOffer()) return;
     Erase(id);
     i_changed();
 }
 
 void CNotices::Act(NoticeID id) {
     EndOffers();
-    const Notice* const noticeP = Find(id);
+    Notice* const noticeP = Find(id);
     if (noticeP == nullptr || !noticeP->action.act) return;
     const std::function<void()> act = noticeP->action.act;
-    Erase(id);
+    if (noticeP->IsOffer())
+        Erase(id);
+    else
+        noticeP->readB = true;
     i_changed();
     act();   // last: it may tell something itself
 }
@@ -59,7 +63,7 @@ void CNotices::SetRead(NoticeID id) {
 void CNotices::SetAllRead() {
     bool anyB = false;
     for (Notice& notice : i_notices)
-        if (!notice.action.act) anyB |= !std::exchange(notice.readB, true);
+        if (!notice.IsOffer()) anyB |= !std::exchange(notice.readB, true);
     if (anyB) i_changed();
 }
 
@@ -79,5 +83,5 @@ void CNotices::Erase(NoticeID id) {
 
 void CNotices::EndOffers() {
     const double nowT = CClock::Get().SteadyT();
-    std::erase_if(i_notices, [nowT](const Notice& notice) { return notice.action.act && notice.action.untilT <= nowT; });
+    std::erase_if(i_notices, [nowT](const Notice& notice) { return notice.IsOffer() && *notice.untilT <= nowT; });
 }

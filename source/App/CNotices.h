@@ -2,16 +2,16 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
 enum class NoticeID : std::uint64_t {};
 
-/** What the user can do about a notice, for a while. */
+/** What the user can do about a notice. */
 struct NoticeAction {
-    std::string label;           // of its button, and all that is said
-    std::function<void()> act;   // main thread
-    double untilT = 0;           // by CClock::SteadyT; from then on it is no longer offered
+    std::string label;           // of its button
+    std::function<void()> act;   // main thread; empty: there is nothing to do
 };
 
 /** Something that was told, as it stands now. */
@@ -21,7 +21,11 @@ struct Notice {
     std::string words, detail;
     long countL = 1;   // how often it came
     bool readB = false;
-    NoticeAction action = {};   // empty: there is nothing to do
+    NoticeAction action = {};
+    std::optional<double> untilT = {};   // by CClock::SteadyT; from then on it is offered no more
+
+    /** What is offered for a while: its button says all, and it is no news. */
+    [[nodiscard]] bool IsOffer() const { return untilT.has_value(); }
 };
 
 /** What was told to the user in this run: kept until he has read it, and after. Equal ones are counted, not piled up; of
@@ -35,11 +39,13 @@ public:
     /** `changed` is called after each change, also of a notice's having been read. */
     explicit CNotices(std::function<void()> changed) : i_changed(std::move(changed)) {}
 
-    NoticeID Add(std::string_view words, std::string_view detail);
-    /** An offer leaves the list when it is taken, withdrawn, or its time is over. */
-    NoticeID Offer(NoticeAction action);
+    /** Its action can be taken whenever the notice is read, and again. */
+    NoticeID Add(std::string_view words, std::string_view detail, NoticeAction action = {});
+    /** An offer leaves the list when it is taken, withdrawn, or its time, by CClock::SteadyT, is over. */
+    NoticeID Offer(NoticeAction action, double untilT);
+    /** An offer; what was told stays. */
     void Withdraw(NoticeID id);
-    /** Does what the notice offers; nothing when its time is over. */
+    /** Does what can be done about it, which is read then; nothing when its time is over. */
     void Act(NoticeID id);
     void SetRead(NoticeID id);
     void SetAllRead();

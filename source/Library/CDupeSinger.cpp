@@ -6,14 +6,9 @@
 void CDupeSinger::Report(CSongDatabaseHost& host, SingerID id, const SuperString& first, const SuperString& second,
                          const CFileRef& folder) {
     LogF("Duplicate Singer: %d, %s, %s", Number(id), first.CString(), second.CString());
-    Question question;
-    question.title = "Duplicate Singer:";
-    question.text =
-        "You have two singers with the same ID.  The second one was not loaded, and his files stay as they "
-        "are.  The two singers are “" +
-        first.UTF8() + "” and “" + second.UTF8() + "”.";
-    question.buttons = {"OK", "Reveal"};
-    host.AskLater(question, [&host, folder](const Answer& answer) {
-        if (answer.buttonIndex == 1) host.Reveal(folder);
-    });
+    host.Notify("Duplicate Singer",
+                "You have two singers with the same ID.  The second one was not loaded, and his files stay as they "
+                "are.  The two singers are “" +
+                    first.UTF8() + "” and “" + second.UTF8() + "”.",
+                "Reveal", [&host, folder] { host.Reveal(folder); });
 }

@@ -30,19 +30,17 @@ OSErr COrphanSearch::Start(CSongDatabase& database, const std::filesystem::path&
         const std::size_t backL = added.newL - std::min(added.newL, rows.size());
         LogF("Orphans found: %zu, lost songs: %zu", rows.size(), backL);
         if (added.newL == 0) return;
-        Question question;
-        question.title = kList_Name;
+        std::string words;
         if (!rows.empty())
-            question.text = std::to_string(rows.size()) +
-                            " songs lay in your music folder and in no playlist.  They are in the Library again, and in "
-                            "the playlist “Orphaned Songs”.";
+            words = std::to_string(rows.size()) +
+                    " songs lay in your music folder and in no playlist.  They are in the Library again, and in the "
+                    "playlist “Orphaned Songs”.";
         if (backL != 0)
-            question.text += (rows.empty() ? "" : "\n") + std::to_string(backL) +
-                             " songs that were lost were found in your music folder.  They are in their playlists again.";
-        question.buttons = {"OK"};
+            words += (rows.empty() ? "" : "  ") + std::to_string(backL) +
+                     " songs that were lost were found in your music folder.  They are in their playlists again.";
         if (!rows.empty()) (void)OrphanList(database).AddItemVec(std::move(rows));
         database.SetDirty(true, "scanned for orphans");
-        database.Host().AskLater(question, [](const Answer&) {});
+        database.Host().Notify(kList_Name, words);
     };
     const auto make = [&database, lostRef](const SongFileSet& set) {
         CSong* const songP = lostRef ? lostRef->Make(set) : nullptr;

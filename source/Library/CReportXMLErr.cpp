@@ -5,11 +5,6 @@
 #include "Library/CSongDatabase.h"
 
 void CReportXMLErr::Report(CSongDatabaseHost& host, const CFileRef& file, OSErr err) {
-    Question question;
-    question.title = "Error loading XML file:";
-    question.text = "Error loading XML file: " + FaultText(err, file.GetPath());
-    question.buttons = {"OK", "Reveal"};
-    host.AskLater(question, [&host, file](const Answer& answer) {
-        if (answer.buttonIndex == 1) host.Reveal(file);
-    });
+    host.Notify("Error loading XML file", FaultText(err, file.GetPath()), "Reveal",
+                [&host, file] { host.Reveal(file); });
 }

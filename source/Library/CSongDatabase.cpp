@@ -20,8 +20,9 @@ constexpr const char* kOwnerless =
 
 }   // namespace
 
-void CSongDatabaseHost::AskLater(const Question& question, std::function<void(const Answer&)> /*answered*/) {
-    Log(question.text);
+void CSongDatabaseHost::Notify(std::string_view words, std::string_view detail, std::string_view /*label*/,
+                               std::function<void()> /*act*/) {
+    Log(std::string(words) + ": " + std::string(detail));
 }
 
 CSongDatabase::CSongDatabase(CSongDatabaseHost& host)

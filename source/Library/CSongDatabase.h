@@ -43,9 +43,10 @@ public:
     [[nodiscard]] virtual bool IsSaving() const { return false; }
     /** May this song go? It plays, perhaps; the host asks, and stops it. */
     virtual bool MayDelete(SongID /*song*/) { return true; }
-    /** A question for when the user has time; `answered` runs on the main thread then. Without somebody in front it is
-        logged, and never answered. */
-    virtual void AskLater(const Question& question, std::function<void(const Answer&)> answered);
+    /** What only tells, for when the user has time to read it. What he can do about it then is `act`, on the main thread,
+        behind a button of that label; while the host lives, and as often as he likes. */
+    virtual void Notify(std::string_view words, std::string_view detail, std::string_view label = {},
+                        std::function<void()> act = {});
     /** The user wants no warning of this preference any more. */
     virtual void StopWarning(std::string_view /*preference*/) {}
     // ---- The library's files ----

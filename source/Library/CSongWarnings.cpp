@@ -17,7 +17,8 @@ struct WarningRow {
 constexpr WarningRow kWarnings[] = {
     {"* Songs Not Renamed", "Error Renaming Songs",
      "One or more of your song files could not be renamed after their songs.  The songs still play: only the names on "
-     "your disk are the old ones.  Perhaps the disk is full or write protected, another program holds the files, or another song uses them too.  "
+     "your disk are the old ones.  Perhaps the disk is full or write protected, another program holds the files, or "
+     "another song uses them too.  "
      "The songs are in the playlist “* Songs Not Renamed”.",
      "Warn if there is a problem updating meta", &LibrarySettings::warnNamesB},
     {"* Possibly Corrupted MP3", "Corrupted MP3 File",
@@ -52,15 +53,6 @@ void CSongWarnings::Warn(SongWarning kind) {
     const double nowT = CClock::Get().SteadyT();
     if (warnedT && nowT - *warnedT <= kWarnAgain_T) return;
     warnedT = nowT;
-    Question question;
-    question.title = row.titleZ;
-    question.text = row.textZ;
-    question.buttons = {"OK"};
-    question.checkBox = "Warn me if this happens again after two hours.";
-    question.checkedB = true;
-    i_database.Host().AskLater(question, [databaseRef = i_database.Self(), &row](const Answer& answer) {
-        const auto strongRef = databaseRef.lock();
-        if (answer.checkedB || strongRef == nullptr || *strongRef == nullptr) return;
-        (*strongRef)->Host().StopWarning(row.preferenceZ);
-    });
+    CSongDatabaseHost& host = i_database.Host();   // which outlives the database
+    host.Notify(row.titleZ, row.textZ, "Do Not Warn Again", [&host, &row] { host.StopWarning(row.preferenceZ); });
 }

@@ -1,5 +1,6 @@
 #include "Shell/CUserInterface_Qt.h"
 
+#include <memory>
 #include <QApplication>
 #include <QDesktopServices>
 #include <QDialogButtonBox>
@@ -11,6 +12,7 @@
 #include <QMessageBox>
 #include <QUrl>
 #include <QVBoxLayout>
+#include <utility>
 
 #include "App/CNotices.h"
 #include "Core/CApp.h"
@@ -24,20 +26,16 @@
 
 namespace {
 
-/** In front of the window that the user works with; never where the audience looks while there is another. Not that of
-    another dialog: whoever closes that one would take ours along, with nobody's answer. */
+/** In front of the KJ's window, which stays to the end; any other, closed meanwhile, would take the dialog along with
+    nobody's answer, and on the video window the audience looks. */
 QWidget* Front() {
-    QWidget* activeP = QApplication::activeWindow();
-    while (qobject_cast<QDialog*>(activeP) != nullptr)
-        activeP = activeP->parentWidget() == nullptr ? nullptr : activeP->parentWidget()->window();
-    if (activeP != nullptr && qobject_cast<XVideoWindow*>(activeP) == nullptr) return activeP;
     for (QWidget* const windowP : QApplication::topLevelWidgets())
         if (qobject_cast<XBrowserWindow*>(windowP) != nullptr && windowP->isVisible()) {
             // With a minimized window its dialogs are out of sight, and hold up all others.
             if (windowP->isMinimized()) windowP->setWindowState(windowP->windowState() & ~Qt::WindowMinimized);
             return windowP;
         }
-    return activeP;
+    return nullptr;
 }
 
 /** Until it is closed. No other window waits for it. */
@@ -47,6 +45,17 @@ void Stand(QDialog& dialog) {
     QObject::connect(&dialog, &QDialog::finished, &loop, &QEventLoop::quit);
     dialog.show();
     if (dialog.isVisible()) loop.exec();
+}
+
+/** Calls `answered` once: with what `answer` says when the dialog is closed, with `none` when it goes without that. */
+template <class T, class Answered, class OfDialog>
+void WhenClosed(QDialog& dialog, T none, Answered answered, OfDialog answer) {
+    auto onceRef = std::make_shared<Answered>(std::move(answered));
+    const auto tell = [onceRef](const T& given) {
+        if (*onceRef) std::exchange(*onceRef, nullptr)(given);
+    };
+    QObject::connect(&dialog, &QDialog::finished, &dialog, [tell, answer](int result) { tell(answer(result)); });
+    QObject::connect(&dialog, &QObject::destroyed, [tell, none = std::move(none)] { tell(none); });
 }
 
 }   // namespace
@@ -59,8 +68,7 @@ void CUserInterface_Qt::Alert(std::string_view message, std::string_view detail)
 }
 
 void CUserInterface_Qt::AlertAndWait(std::string_view message, std::string_view detail) {
-    QMessageBox box(QMessageBox::Warning, QtText(CApp::DisplayName()), QtText(message), QMessageBox::Ok,
-                    Front());
+    QMessageBox box(QMessageBox::Warning, QtText(CApp::DisplayName()), QtText(message), QMessageBox::Ok, Front());
     box.setTextFormat(Qt::PlainText);
     box.setInformativeText(QtText(detail));
     // The box keeps the form of its own text alone; names of files may look like marks.
@@ -85,8 +93,8 @@ void CUserInterface_Qt::AskThen(const Question& question, Answered answered, Ask
         }
     auto* const boxP = new XQuestion(question, who, Front());
     boxP->setAttribute(Qt::WA_DeleteOnClose);
-    QObject::connect(boxP, &QDialog::finished, boxP,
-                     [boxP, answered = std::move(answered)] { answered(boxP->Answered()); });
+    WhenClosed(*boxP, Answer{question.safeIndex, question.checkedB}, std::move(answered),
+               [boxP](int) { return boxP->Answered(); });
     boxP->show();
 }
 
@@ -109,10 +117,11 @@ void CUserInterface_Qt::ChooseFolderThen(std::string_view prompt, Chosen chosen)
     auto* const dialogP = MakeFileDialog(Front(), QtText(prompt), QtText(CFolders::Music().string()));
     dialogP->setFileMode(QFileDialog::Directory);
     dialogP->setOption(QFileDialog::ShowDirsOnly);
-    QObject::connect(dialogP, &QDialog::finished, dialogP, [dialogP, chosen = std::move(chosen)](int result) {
+    using Folder = std::optional<std::filesystem::path>;
+    WhenClosed(*dialogP, Folder(), std::move(chosen), [dialogP](int result) {
         const QStringList files = dialogP->selectedFiles();
-        if (result != QDialog::Accepted || files.isEmpty()) return chosen(std::nullopt);
-        chosen(std::filesystem::path(files.front().toStdString()));
+        if (result != QDialog::Accepted || files.isEmpty()) return Folder();
+        return Folder(files.front().toStdString());
     });
     dialogP->show();
 }

@@ -9,6 +9,7 @@
 #include <QFileDialog>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -128,6 +129,18 @@ bool XActions::IsTyped(const QKeyEvent& press) const {
     return letterB || (rowP != nullptr && IsOfShow(*rowP));
 }
 
+bool XActions::TakesFromMenu(const QKeyEvent& press) {
+    if (IsPlainKey(press) && press.key() != Qt::Key_Space) return false;   // a letter chooses from the menu
+    const CommandRow* const rowP = CommandOf(press);
+    if (rowP == nullptr || rowP->scope != CommandScope::kEverywhere || Get(rowP->command).shortcuts().isEmpty())
+        return false;
+    while (QWidget* const popupP = QApplication::activePopupWidget())
+        if (!popupP->close()) break;
+    // Not from inside the menu's own loop.
+    QMetaObject::invokeMethod(&Get(rowP->command), &QAction::trigger, Qt::QueuedConnection);
+    return true;
+}
+
 bool XActions::eventFilter(QObject* watchedP, QEvent* eventP) {
     auto* const widgetP = qobject_cast<QWidget*>(watchedP);
     if (widgetP == nullptr) return false;
@@ -151,6 +164,9 @@ bool XActions::eventFilter(QObject* watchedP, QEvent* eventP) {
             return true;
         }
     }
+    if (eventP->type() == QEvent::KeyPress && qobject_cast<QMenu*>(widgetP) != nullptr &&
+        TakesFromMenu(*static_cast<QKeyEvent*>(eventP)))
+        return true;
     if (eventP->type() == QEvent::KeyPress)
         if (auto* const buttonP = qobject_cast<QAbstractButton*>(watchedP); buttonP != nullptr) {
             const auto& press = *static_cast<QKeyEvent*>(eventP);

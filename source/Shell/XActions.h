@@ -42,6 +42,8 @@ protected:
     bool eventFilter(QObject* watchedP, QEvent* eventP) override;
 
 private:
+    /** With a menu open, the keys of the show mean the show: it closes, and the command follows. */
+    bool TakesFromMenu(const QKeyEvent& press);
     /** It is typed rather than a command, in a window that is no video window. */
     [[nodiscard]] bool IsTyped(const QKeyEvent& press) const;
     [[nodiscard]] const CommandRow* CommandOf(const QKeyEvent& press) const;

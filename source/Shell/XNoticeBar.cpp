@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 #include <QAccessible>
 #include <QHBoxLayout>
 #include <QToolButton>
+#include <utility>
 
 #include "Platform/CClock.h"
 #include "Shell/ActionButton.h"
@@ -67,24 +67,23 @@ void XNoticeBar::Follow() {
     const std::deque<Notice>& all = i_notices.All();
     const auto unreadL = std::ranges::count(all, false, &Notice::readB);
     // What is offered ends soon, and goes before what can be read at any time.
-    const auto offered = std::find_if(all.rbegin(), all.rend(),
-                                      [](const Notice& notice) { return static_cast<bool>(notice.action.act); });
+    const auto offered = std::find_if(all.rbegin(), all.rend(), [](const Notice& notice) { return notice.IsOffer(); });
     const auto latest =
         offered != all.rend() ? offered : std::ranges::find(all.rbegin(), all.rend(), false, &Notice::readB);
     if (latest == all.rend()) return hide();
     const Notice& notice = *latest;
-    i_wordsP->SetText(notice.action.act ? QString() : NoticeText(notice));   // an offer is a button that says all
+    i_wordsP->SetText(notice.IsOffer() ? QString() : NoticeText(notice));   // an offer is a button that says all
     i_actP->setVisible(static_cast<bool>(notice.action.act));
     i_actP->setText(ButtonText(notice.action.label));
     i_actP->setAccessibleName(QtText(notice.action.label));
     i_allP->setText(unreadL > 1 ? tr("%1 more…").arg(unreadL - 1) : tr("All…"));
-    if (notice.action.act) {
-        const double leftT = std::clamp(notice.action.untilT - CClock::Get().SteadyT(), 0.0, kLook_MostT);
+    if (notice.IsOffer()) {
+        const double leftT = std::clamp(*notice.untilT - CClock::Get().SteadyT(), 0.0, kLook_MostT);
         i_offerEnds.start(static_cast<int>(std::ceil(leftT * 1000)));
     }
     show();
     if (std::exchange(i_shown, notice.id) == notice.id) return;
-    QWidget* const newsP = notice.action.act ? static_cast<QWidget*>(i_actP) : i_wordsP;
+    QWidget* const newsP = notice.IsOffer() ? static_cast<QWidget*>(i_actP) : i_wordsP;
     QAccessibleEvent event(newsP, QAccessible::Alert);   // read out where somebody listens
     QAccessible::updateAccessibility(&event);
 }

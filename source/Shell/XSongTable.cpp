@@ -20,12 +20,12 @@
 
 namespace {
 
-constexpr const char* kColumns_PreferenceZ = "Browser Columns";             // of the library
+constexpr const char* kColumns_PreferenceZ = "Browser Columns";          // of the library
 constexpr const char* kDefaultColumns_PreferenceZ = "Default Columns";   // of lists without any of their own
-constexpr int kColumns_Milliseconds = 1000;   // a drag is over
+constexpr int kColumns_Milliseconds = 1000;                              // a drag is over
 constexpr int kRow_Height = 30, kRow_Margin = 12, kTitle_MostPoints = 12;
-constexpr double kEditWait_MostT = 10;   // seconds
-constexpr qint64 kAfterDoubleClick_Milliseconds = 2000;   // so long a click on its row edits nothing
+constexpr double kEditWait_MostT = 10;                     // seconds
+constexpr quint64 kAfterDoubleClick_Milliseconds = 2000;   // so long a click on its row edits nothing
 constexpr std::size_t kSelection_MostKept = 10'000;
 constexpr MetaKey kFactory_Columns[] = {"name"_key, "arts"_key, "albm"_key, "trak"_key, "drtn"_key};
 
@@ -215,7 +215,8 @@ void XSongTable::FillColumnMenu(QMenu& menu) {
     }
     menu.addSeparator();
     QAction* const newP = menu.addAction(tr("Use These Columns for New Lists"));
-    connect(newP, &QAction::triggered, this, [this] { i_prefs.Set(kDefaultColumns_PreferenceZ, CCFValue(ColumnsNow())); });
+    connect(newP, &QAction::triggered, this,
+            [this] { i_prefs.Set(kDefaultColumns_PreferenceZ, CCFValue(ColumnsNow())); });
 }
 
 void XSongTable::AddColumnAction(QMenu& menu, MetaKey key) {
@@ -345,9 +346,9 @@ void XSongTable::mousePressEvent(QMouseEvent* eventP) {
     const bool plainB = eventP->button() == Qt::LeftButton && eventP->modifiers() == Qt::NoModifier;
     // A third click is one too many of those that play: neither it nor a click on what plays is a wish to rename it.
     const PLItemID item = oneB ? i_model.ItemAt(index.row()) : SDB_kNoItem;
-    const bool playsB = i_model.IsPlayingRow(item) ||
-                        (item == i_doubleClicked && i_sinceDoubleClick.isValid() &&
-                         i_sinceDoubleClick.elapsed() < kAfterDoubleClick_Milliseconds);
+    const bool playsB =
+        i_model.IsPlayingRow(item) ||
+        (item == i_doubleClicked && eventP->timestamp() - i_doubleClickedAt < kAfterDoubleClick_Milliseconds);
     const bool editB = plainB && oneB && !playsB && hasFocus() && (index.flags() & Qt::ItemIsEditable);
     i_editAt = editB ? QPersistentModelIndex(index) : QPersistentModelIndex();
     QTableView::mousePressEvent(eventP);
@@ -367,7 +368,7 @@ void XSongTable::mouseDoubleClickEvent(QMouseEvent* eventP) {
         eventP->button() == Qt::LeftButton && index.isValid() ? i_model.ItemAt(index.row()) : SDB_kNoItem;
     QTableView::mouseDoubleClickEvent(eventP);
     i_doubleClicked = item;
-    i_sinceDoubleClick.start();
+    i_doubleClickedAt = eventP->timestamp();
     if (item != SDB_kNoItem) emit PlayAsked(item);
 }
 

@@ -1,5 +1,4 @@
 #pragma once
-#include <QElapsedTimer>
 #include <QTableView>
 #include <QTimer>
 
@@ -78,9 +77,9 @@ private:
     PLItemID i_keptCurrent = SDB_kNoItem;
     PlaylistID i_keptList{0};
     int i_keptScroll = 0;
-    QTimer i_editWait;                // after a click on i_editAt
+    QTimer i_editWait;   // after a click on i_editAt
     QPersistentModelIndex i_editAt;
     PLItemID i_doubleClicked = SDB_kNoItem;
-    QElapsedTimer i_sinceDoubleClick;
+    quint64 i_doubleClickedAt = 0;   // milliseconds of the event
     QString i_hintTitle, i_hintText;
 };

@@ -1,7 +1,7 @@
 #include "App/CNotices.h"
 
-#include <algorithm>
 #include <gtest/gtest.h>
+#include <algorithm>
 
 #include "Platform/ScriptedClock.h"
 
@@ -21,7 +21,7 @@ TEST(Notices, EqualOnesAreCountedTheEldestGoesAndOffersEnd) {
     EXPECT_FALSE(notices.All().back().readB);
 
     const auto offer = [&](double untilT) {
-        return notices.Offer({"Go Back", [&] { ++takenL; }, CClock::Get().SteadyT() + untilT});
+        return notices.Offer({"Go Back", [&] { ++takenL; }}, CClock::Get().SteadyT() + untilT);
     };
     const NoticeID taken = offer(30), late = offer(30), withdrawn = offer(60);
     notices.Act(taken);
@@ -36,6 +36,14 @@ TEST(Notices, EqualOnesAreCountedTheEldestGoesAndOffersEnd) {
     EXPECT_EQ(takenL, 1);
     ASSERT_EQ(notices.All().size(), 2U);   // what was offered says nothing any more
     EXPECT_TRUE(std::ranges::all_of(notices.All(), &Notice::readB));
+
+    const NoticeID lasting = notices.Add("damaged", "/c", {"Reveal", [&] { ++takenL; }});
+    clock.Advance(7200);
+    notices.Withdraw(lasting);   // it is no offer
+    notices.Act(lasting);
+    notices.Act(lasting);
+    EXPECT_EQ(takenL, 3);
+    EXPECT_TRUE(notices.All().back().readB);
 
     for (std::size_t n = 0; n < CNotices::kMost; ++n) notices.Add("fault", std::to_string(n));
     EXPECT_EQ(notices.All().size(), CNotices::kMost);

@@ -10,6 +10,7 @@
 #include "Audio/ChainTest.h"
 #include "Core/AlertHook.h"
 #include "Platform/CAudioOutput_Null.h"
+#include "Platform/Feeder.h"
 #include "Platform/Patience.h"
 
 /** An output at the pace of the scripted clock that keeps what it was given, and can lose its device. */
@@ -30,12 +31,15 @@ public:
     }
     void WaitForRoom(std::size_t frames, double seconds) override {
         if (Room() >= frames) ++i_vainL;
+        i_feeder.NoteDone();
         CAudioOutput_Null::WaitForRoom(frames, seconds);
     }
     /** Until it is woken, unless it is but a look at a ring that is late. */
     void Rest(double seconds) override {
         ++i_restsL;
-        CAudioOutput_Null::Rest(seconds > 0.05 ? 3600 : seconds);
+        const bool lateB = seconds < Feeder::kLook_MostT;
+        if (!lateB) i_feeder.NoteDone();
+        CAudioOutput_Null::Rest(lateB ? seconds : 3600);
     }
     bool NewDevice() override { return i_newB.exchange(false); }
     OSErr Deliver(std::span<const std::int16_t> stereo) override {
@@ -54,8 +58,9 @@ public:
     std::string i_opened;
     AudioBlocks i_blocks;
     std::atomic<bool> i_lostB{false}, i_otherB{true}, i_newB{false};
+    Feeder i_feeder;
     std::atomic<int> i_recoveries{0}, i_restsL{0}, i_vainL{0};   // i_vainL: waits for what was there already
-    std::atomic<std::size_t> i_allocationsL{0};   // of the render thread since its first block
+    std::atomic<std::size_t> i_allocationsL{0};                  // of the render thread since its first block
 
 private:
     mutable std::mutex i_lock;
@@ -123,7 +128,7 @@ protected:
     bool Play(const std::function<bool()>& doneB) {
         for (const auto startT = std::chrono::steady_clock::now(); !doneB();) {
             if (std::chrono::steady_clock::now() - startT > kPatience) return false;
-            i_clock.Advance(0.02);
+            if (i_output.i_feeder.IsDone()) i_clock.Advance(0.02);
             i_output.Wake();
             std::this_thread::sleep_for(std::chrono::microseconds(100));
         }

@@ -25,13 +25,16 @@ public:
     bool MayDelete(SongID song) override { return song != i_playing; }
     bool IsDateAddedReal() const override { return i_dateAddedB; }
     Answer Ask(const Question& question) override { return i_ui.Ask(question); }
-    void AskLater(const Question& question, std::function<void(const Answer&)> answered) override {
-        answered(i_ui.Ask(question));
+    void Notify(std::string_view words, std::string_view detail, std::string_view, std::function<void()> act) override {
+        i_told.push_back(std::string(words) + ": " + std::string(detail));
+        i_act = std::move(act);
     }
     void StopWarning(std::string_view preference) override { i_stopped = preference; }
 
     bool i_readyB = true, i_dateAddedB = false, i_savingB = false;
     std::string i_dirty, i_stopped;
+    std::vector<std::string> i_told;
+    std::function<void()> i_act;   // what can be done about the last of them
     CUserInterface_Scripted i_ui;
     std::function<OSErr(const CPlayList&, const SuperString&)> i_rename;
     OSErr i_renameErr = noErr;

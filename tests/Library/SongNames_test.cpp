@@ -334,7 +334,8 @@ TEST_F(SongRenames, ATakenNameGetsANumberForAllFiles) {
     EXPECT_EQ(Read(i_folder / "Music/New.cdg"), "another song's");
     (void)song.SetFile(SDB_SongFile_AUDIO, CFileRef(i_folder / "Music/New 3.mp3"));
     (void)song.SetFile(SDB_SongFile_VIDEO, CFileRef(i_folder / "Music/New 3.cdg"));
-    EXPECT_TRUE(SongRename::Run(*i_databaseP->FileKeeper(), FilesOf(song), "New").moved.empty());   // it keeps its number
+    EXPECT_TRUE(
+        SongRename::Run(*i_databaseP->FileKeeper(), FilesOf(song), "New").moved.empty());   // it keeps its number
     // A long name is cut alike for all, and what is only referenced keeps its name.
     CSong& other = PairIn("Music", "x", "", "");
     ASSERT_EQ(other.SetFile(SDB_SongFile_PROJECT, CFileRef(Make("out/x.lrc"))), noErr);
@@ -380,13 +381,15 @@ TEST_F(SongRenames, OtherCapitalsAreTheSameFileOnADiscThatIgnoresThem) {
     EXPECT_EQ(Tree("Music"), "Abba.cdg|Abba.mp3|QUEEN.mp3");
     for (const auto& [type, file] : renamed.moved) (void)song.SetFile(type, file);
     std::string unique;
-    EXPECT_EQ(FSrMakeUniqueName(CFileRef(i_folder / "Music"), "ABBA.mp3", unique, song.FileRef(SDB_SongFile_AUDIO)), noErr);
+    EXPECT_EQ(FSrMakeUniqueName(CFileRef(i_folder / "Music"), "ABBA.mp3", unique, song.FileRef(SDB_SongFile_AUDIO)),
+              noErr);
     EXPECT_EQ(unique, "ABBA.mp3");
     EXPECT_EQ(SongRename::Run(*i_databaseP->FileKeeper(), FilesOf(song), "Queen").err, noErr);
     EXPECT_EQ(Tree("Music"), "QUEEN.mp3|Queen 2.cdg|Queen 2.mp3");
     (void)song.SetFile(SDB_SongFile_AUDIO, CFileRef(i_folder / "Music/Queen 2.mp3"));
     (void)Song("Other").SetFile(SDB_SongFile_AUDIO, CFileRef(i_folder / "Music/QUEEN 2.MP3"));   // the same one
-    EXPECT_EQ(i_databaseP->FileKeeper()->Delete(song.FileRef(SDB_SongFile_AUDIO), song.GetSongID()), alreadyReportedErr);
+    EXPECT_EQ(i_databaseP->FileKeeper()->Delete(song.FileRef(SDB_SongFile_AUDIO), song.GetSongID()),
+              alreadyReportedErr);
     CFileCalls::Install(nullptr);
 }
 
@@ -443,8 +446,7 @@ TEST_F(SongRenames, ARunOfEditsGivesTheFilesTheirNameOnce) {
     EXPECT_TRUE(i_databaseP->IsDirty());
 }
 
-TEST_F(SongRenames, TwoFailuresGiveOneDialogAndTwoRows) {
-    CUserInterface_Scripted& ui = i_above.i_ui;
+TEST_F(SongRenames, TwoFailuresAreToldOnceAndGiveTwoRows) {
     ChangeSettings([](LibrarySettings& settings) {
         settings.nameTemplate = "S";
         settings.pushEditsB = false;   // hours go by here: nobody else renames meanwhile
@@ -465,27 +467,26 @@ TEST_F(SongRenames, TwoFailuresGiveOneDialogAndTwoRows) {
     fail(one);
     fail(two);
     EXPECT_TRUE(Logged("could not rename song: Two"));
-    ASSERT_EQ(ui.questions.size(), 1U);
-    EXPECT_EQ(ui.questions[0].title, "Error Renaming Songs");
-    EXPECT_EQ(ui.questions[0].checkBox, "Warn me if this happens again after two hours.");
+    ASSERT_EQ(i_above.i_told.size(), 1U);
+    EXPECT_TRUE(i_above.i_told[0].starts_with("Error Renaming Songs: ")) << i_above.i_told[0];
     ASSERT_EQ(i_databaseP->PlayLists().size(), 2U);
     const CPlayList& list = *i_databaseP->PlayLists()[1];
     EXPECT_EQ(list.Name(), "* Songs Not Renamed");
     EXPECT_TRUE(list.IsHidden());
     EXPECT_EQ(Songs(list), (std::vector<std::int32_t>{Number(one.GetSongID()), Number(two.GetSongID())}));
     Advance(7200.0);   // with the tenths above: over
-    ui.answers.push_back({0, false});
     fail(two);
-    ASSERT_EQ(ui.questions.size(), 2U);
+    ASSERT_EQ(i_above.i_told.size(), 2U);
+    i_above.i_act();
     EXPECT_EQ(i_above.i_stopped, "Warn if there is a problem updating meta");
     i_databaseP->Warnings().Add(SongWarning::kCorruptMP3, one.GetSongID());   // a kind of its own
-    ASSERT_EQ(ui.questions.size(), 3U);
-    EXPECT_EQ(ui.questions[2].title, "Corrupted MP3 File");
+    ASSERT_EQ(i_above.i_told.size(), 3U);
+    EXPECT_TRUE(i_above.i_told[2].starts_with("Corrupted MP3 File: ")) << i_above.i_told[2];
     ChangeSettings([](LibrarySettings& settings) { settings.warnMP3B = false; });
     Advance(9000.0);
     i_databaseP->Warnings().Add(SongWarning::kCorruptMP3, two.GetSongID());
     Advance(1.0);
-    EXPECT_EQ(ui.questions.size(), 3U);
+    EXPECT_EQ(i_above.i_told.size(), 3U);
     EXPECT_EQ(i_databaseP->PlayLists()[2]->Count(), 2U);
 }
 

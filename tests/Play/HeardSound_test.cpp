@@ -26,11 +26,11 @@ public:
         if (std::exchange(i_openB, false)) --i_device.openedL;
     }
     void WaitForRoom(std::size_t frames, double seconds) override {
-        i_device.NoteFed();
+        i_device.feeder.NoteDone();
         CAudioOutput_File::WaitForRoom(frames, seconds);
     }
     void Rest(double seconds) override {
-        i_device.NoteFed();
+        if (seconds > Feeder::kLook_MostT) i_device.feeder.NoteDone();   // else sound is late: the clock waits for it
         CAudioOutput_File::Rest(seconds);
     }
 

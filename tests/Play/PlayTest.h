@@ -11,6 +11,7 @@
 #include "Library/CSongDatabase.h"
 #include "Platform/CAudioOutput_Null.h"
 #include "Platform/CUserInterface_Scripted.h"
+#include "Platform/Feeder.h"
 #include "Play/CPlayControl.h"
 #include "Play/CPlayHost.h"
 #include "Play/CPlayWatcher.h"
@@ -58,7 +59,7 @@ struct ScriptedDevice {
     Gate shutB;   // opening, and coming back, waits
     std::atomic<OSErr> openErr{noErr};
     std::atomic<bool> lostB{false}, otherB{true}, newB{false};   // it was pulled out; another one is there; one came
-    std::atomic<bool> namedB{true};   // the device that was chosen by its name is there
+    std::atomic<bool> namedB{true};                              // the device that was chosen by its name is there
     std::atomic<int> openedL{0}, looksL{0};
     CMutexT<std::string> plays;       // the name of what was opened; empty for none
     std::atomic<bool> keepB{false};   // what is heard
@@ -71,31 +72,16 @@ struct ScriptedDevice {
     mutable std::mutex lock;
     std::vector<std::vector<std::int16_t>> songs;
 
-    static constexpr double kNobody_T = HUGE_VAL;
-    std::atomic<double> fedT{kNobody_T};   // up to here its feeder has done what there was to do
-    CAudioOutput* fedP = nullptr;          // guarded by lock: whom to wake when the clock has moved
+    Feeder feeder;
+    CAudioOutput* fedP = nullptr;   // guarded by lock: whom to wake when the clock has moved
 
     void WaitAtGate() {
-        fedT = kNobody_T;   // also when it is the feeder who waits
+        feeder.Forget();   // also when it is the feeder who waits
         shutB.WaitUntilOpen();
     }
-    [[nodiscard]] bool HasFeeder() const { return fedT != kNobody_T; }
-    [[nodiscard]] bool IsFed() const { return fedT >= CClock::Get().SteadyT(); }
     void Wake() {
         const std::scoped_lock guard(lock);
         if (fedP != nullptr) fedP->Wake();
-    }
-    /** Of the feeder's thread: it has nothing to do until the clock moves; once that thread ends nobody waits for it. */
-    void NoteFed() {
-        struct Leaving {
-            ScriptedDevice* deviceP = nullptr;
-            ~Leaving() {
-                if (deviceP != nullptr) deviceP->fedT = kNobody_T;
-            }
-        };
-        static thread_local Leaving t_leaving;
-        t_leaving.deviceP = this;
-        fedT = CClock::Get().SteadyT();
     }
 };
 
@@ -123,11 +109,11 @@ public:
         CAudioOutput_Null::Close();
     }
     void WaitForRoom(std::size_t frames, double seconds) override {
-        i_device.NoteFed();
+        i_device.feeder.NoteDone();
         CAudioOutput_Null::WaitForRoom(frames, seconds);
     }
     void Rest(double seconds) override {
-        i_device.NoteFed();
+        i_device.feeder.NoteDone();
         CAudioOutput_Null::Rest(seconds);
     }
     [[nodiscard]] bool IsLost() const override { return i_device.lostB; }
@@ -273,8 +259,8 @@ protected:
     // ---- Time ----
     /** The clock alone; the loop stands. */
     void PassTime() {
-        if (!i_device.IsFed()) return;
-        i_clock.Step(i_device.HasFeeder() ? 0.15 : 1.0);
+        if (!i_device.feeder.IsDone()) return;
+        i_clock.Step(i_device.feeder.IsThere() ? 0.15 : 1.0);
         i_device.Wake();
     }
     void Pass() {
@@ -353,7 +339,9 @@ protected:
     void StopPlayback() override { i_controlP->Stop(); }
     void PlayChanged() override { i_states.push_back(i_controlP->State()); }
     void SettingsChanged() override { ++i_settingsL; }
-    void GoBackChanged() override { i_offers.push_back(i_controlP->InterruptedSong() ? i_controlP->InterruptedSong()->name : ""); }
+    void GoBackChanged() override {
+        i_offers.push_back(i_controlP->InterruptedSong() ? i_controlP->InterruptedSong()->name : "");
+    }
 
     std::filesystem::path i_folder;
     FastClock i_clock;

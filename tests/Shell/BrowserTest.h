@@ -1,8 +1,8 @@
 #pragma once
-#include <semaphore>
 #include <gtest/gtest.h>
 #include <QtTest/QTest>
 #include <QtWidgets/QtWidgets>
+#include <semaphore>
 
 #include "App/CNotices.h"
 #include "Core/CPreferences.h"
@@ -53,7 +53,7 @@ protected:
                                                                   .portsP = &i_ports});
         i_windowP->show();
         i_windowP->activateWindow();
-        EXPECT_TRUE(QTest::qWaitForWindowActive(i_windowP.get(), 5000));
+        EXPECT_TRUE(QTest::qWaitForWindowActive(i_windowP.get(), 120'000));
     }
     ~BrowserTest() override {
         i_gateRef->release(32);   // nobody thinks for ever

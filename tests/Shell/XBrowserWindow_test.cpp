@@ -144,8 +144,12 @@ TEST_F(BrowserTest, TheShowGoesOnWhateverDialogStands) {
     };
     CUserInterface_Qt ui;
     std::vector<std::size_t> answers;
-    const Question question{
-        .title = "Sure?", .text = "Stop “Alpha”?", .buttons = {"Yes", "No"}, .defaultIndex = 1, .safeIndex = 1, .checkBox = {}};
+    const Question question{.title = "Sure?",
+                            .text = "Stop “Alpha”?",
+                            .buttons = {"Yes", "No"},
+                            .defaultIndex = 1,
+                            .safeIndex = 1,
+                            .checkBox = {}};
     const auto command = [&](Command c) { return [this, c] { i_windowP->Actions().Get(c).trigger(); }; };
     const std::pair<const char*, std::function<void()>> dialogs[] = {
         {"shortcuts", command(Command::kShortcuts)},
@@ -185,7 +189,8 @@ TEST_F(BrowserTest, TheShowGoesOnWhateverDialogStands) {
             Turn();
             EXPECT_EQ(answers, std::vector<std::size_t>{1});
             const auto buttons = dialogP->findChildren<QPushButton*>();
-            const auto yes = std::ranges::find_if(buttons, [](const auto* buttonP) { return buttonP->text().remove('&') == "Yes"; });
+            const auto yes =
+                std::ranges::find_if(buttons, [](const auto* buttonP) { return buttonP->text().remove('&') == "Yes"; });
             ASSERT_NE(yes, buttons.end());
             EXPECT_TRUE((*yes)->isVisible() && (*yes)->isEnabled());
             (*yes)->click();
@@ -206,7 +211,13 @@ TEST_F(BrowserTest, AQuestionOutlivesTheDialogThatItCameOver) {
     QPointer<QDialog> under = i_windowP->findChild<XPreferencesWindow*>();
     under->activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(under, 120'000));
-    AskThen(ui, {.title = "Sure?", .text = "Stop?", .buttons = {"Yes", "No"}, .defaultIndex = 0, .safeIndex = 1, .checkBox = {}},
+    AskThen(ui,
+            {.title = "Sure?",
+             .text = "Stop?",
+             .buttons = {"Yes", "No"},
+             .defaultIndex = 0,
+             .safeIndex = 1,
+             .checkBox = {}},
             [&](const Answer& given) { answer = given.buttonIndex; });
     under->close();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -217,6 +228,42 @@ TEST_F(BrowserTest, AQuestionOutlivesTheDialogThatItCameOver) {
     boxP->findChildren<QPushButton*>().front()->click();
     EXPECT_EQ(answer, 0U);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+
+    // One that goes unanswered has its safe answer.
+    AskThen(ui,
+            {.title = "Sure?",
+             .text = "Stop?",
+             .buttons = {"Yes", "No"},
+             .defaultIndex = 0,
+             .safeIndex = 1,
+             .checkBox = {}},
+            [&](const Answer& given) { answer = given.buttonIndex; });
+    delete i_windowP->findChild<XQuestion*>();
+    EXPECT_EQ(answer, 1U);
+    std::optional<bool> chosenB;
+    ChooseFolderThen(ui, "Where?", [&](const auto& folder) { chosenB = folder.has_value(); });
+    delete i_windowP->findChild<QFileDialog*>();
+    EXPECT_EQ(chosenB, false);
+}
+
+/** Space and keys with Ctrl mean the show, letters choose from the menu. */
+TEST_F(BrowserTest, TheShowGoesOnWithAMenuOpen) {
+    Count(Command::kPlayPause);
+    Count(Command::kVolumeUp);
+    QMenu& menu = *i_windowP->menuBar()->actions().front()->menu();
+    QMenu inner("Inner", &menu);
+    for (const auto& [key, modifiers] : {std::pair{Qt::Key_Space, Qt::NoModifier}, {Qt::Key_Up, Qt::ControlModifier}}) {
+        menu.popup(i_windowP->mapToGlobal(QPoint(10, 10)));
+        inner.popup(i_windowP->mapToGlobal(QPoint(60, 60)));
+        QTest::keyClick(&inner, Qt::Key_Q);
+        EXPECT_TRUE(menu.isVisible());
+        QTest::keyClick(&inner, key, modifiers);
+        EXPECT_EQ(i_askedL, 0);   // not from inside the menu
+        Turn();
+        EXPECT_EQ(std::exchange(i_askedL, 0), 1);
+        EXPECT_FALSE(menu.isVisible());
+        EXPECT_FALSE(inner.isVisible());
+    }
 }
 
 TEST_F(BrowserTest, AKeyInConflictWorksForNeither) {
@@ -301,7 +348,8 @@ TEST_F(BrowserTest, ListsAreMadeRenamedAndDeletedByKeys) {
     ASSERT_NE(editorP, nullptr);
     editorP->selectAll();
     QTest::keyClicks(editorP, "Friday");
-    i_databaseP->AddSongsToLibrary(std::array{Song("Epsilon", "Nobody").GetSongID()});   // the lists are told anew meanwhile
+    i_databaseP->AddSongsToLibrary(
+        std::array{Song("Epsilon", "Nobody").GetSongID()});   // the lists are told anew meanwhile
     Turn();
     QTest::keyClicks(editorP, " night");
     QTest::keyClick(editorP, Qt::Key_Return);
@@ -343,7 +391,8 @@ TEST_F(BrowserTest, FilesThatAreDroppedStayWithWhoeverDraggedThem) {
             askedL = 0;
             QApplication::sendEvent(placeP, &drop);
             EXPECT_EQ(askedL, copyB ? 1 : 0);
-            EXPECT_EQ(drop.dropAction(), copyB ? Qt::CopyAction : Qt::IgnoreAction);   // told of a move, it would delete
+            EXPECT_EQ(drop.dropAction(),
+                      copyB ? Qt::CopyAction : Qt::IgnoreAction);   // told of a move, it would delete
         }
 }
 
@@ -387,7 +436,8 @@ TEST_F(BrowserTest, EachListKeepsItsColumns) {
     const auto shown = [&] {
         std::string keys;
         for (int place = 0; place < table.horizontalHeader()->count(); ++place)
-            keys += MetaKeyText(model.Columns()[static_cast<std::size_t>(table.horizontalHeader()->logicalIndex(place))]);
+            keys +=
+                MetaKeyText(model.Columns()[static_cast<std::size_t>(table.horizontalHeader()->logicalIndex(place))]);
         return keys;
     };
     const auto show = [&](PlaylistID id) {
@@ -470,12 +520,12 @@ TEST_F(BrowserTest, NoticesStandBesideTheShowUntilTheyAreRead) {
     EXPECT_TRUE(table.hasFocus());
     EXPECT_EQ(table.viewport()->mapToGlobal(table.visualRect(table.model()->index(1, 0)).topLeft()), row);
     int takenL = 0;
-    i_notices.Offer({"Go Back", [&] { ++takenL; }, CClock::Get().SteadyT() + 3600});
+    i_notices.Offer({"Go Back", [&] { ++takenL; }}, CClock::Get().SteadyT() + 3600);
     EXPECT_EQ(button("offer")->text(), "Go Back");
     button("offer")->setFocus(Qt::TabFocusReason);
     QTest::keyClick(button("offer"), Qt::Key_Return);
     EXPECT_EQ(takenL, 1);
-    i_notices.Offer({"Go Back", [&] { ++takenL; }, CClock::Get().SteadyT() + 3600});
+    i_notices.Offer({"Go Back", [&] { ++takenL; }}, CClock::Get().SteadyT() + 3600);
     i_notices.Add("Something else", "");
     EXPECT_EQ(button("offer")->text(), "Go Back");   // which has little time
     EXPECT_TRUE(button("offer")->isVisible());
@@ -509,8 +559,10 @@ TEST_F(BrowserTest, PreferencesHoldAtOnce) {
     const struct {
         const char* keyZ;
         double shown, stored;
-    } numbers[] = {{"Sync Slip increment (300ths)", 0.5, 150}, {"Tempo change increment (percent)", 3, 3},
-                   {"Video Window Opacity", 60, 0.6},          {"Browser Font Size", 20, 20},
+    } numbers[] = {{"Sync Slip increment (300ths)", 0.5, 150},
+                   {"Tempo change increment (percent)", 3, 3},
+                   {"Video Window Opacity", 60, 0.6},
+                   {"Browser Font Size", 20, 20},
                    {"Number of cached songs", 7, 7}};
     for (const auto& n : numbers) {
         auto* const boxP = window.findChild<QDoubleSpinBox*>(n.keyZ);
@@ -531,7 +583,8 @@ TEST_F(BrowserTest, PreferencesHoldAtOnce) {
     for (const QCheckBox* const boxP : next.findChildren<QCheckBox*>())
         EXPECT_EQ(boxP->isChecked(), i_prefs.GetBool(boxP->objectName().toStdString())) << boxP->text().toStdString();
     for (const char* const keyZ : choices) EXPECT_EQ(next.findChild<QComboBox*>(keyZ)->currentIndex(), 2) << keyZ;
-    for (const auto& n : numbers) EXPECT_NEAR(next.findChild<QDoubleSpinBox*>(n.keyZ)->value(), n.shown, 1e-6) << n.keyZ;
+    for (const auto& n : numbers)
+        EXPECT_NEAR(next.findChild<QDoubleSpinBox*>(n.keyZ)->value(), n.shown, 1e-6) << n.keyZ;
 }
 
 TEST_F(BrowserTest, AnOutputIsChosenWithItsDelayWhileTheMachineThinks) {
@@ -589,7 +642,8 @@ TEST_F(BrowserTest, FitsSmallAndLargeScreens) {
             if (widgetP->isVisible() && widgetP->findChildren<QWidget*>().isEmpty()) leaves.push_back(widgetP);
         ASSERT_GT(leaves.size(), 10U);
         for (const char* const nameZ : {"Volume", "Sound output", "Remaining", "Position"})
-            EXPECT_TRUE(std::ranges::any_of(leaves, [&](const auto* leafP) { return leafP->accessibleName().startsWith(nameZ); }))
+            EXPECT_TRUE(std::ranges::any_of(
+                leaves, [&](const auto* leafP) { return leafP->accessibleName().startsWith(nameZ); }))
                 << nameZ << " at " << size.width();
         EXPECT_GE(Find<XSongTable>().viewport()->height(), 2 * Find<XSongTable>().rowHeight(0)) << size.height();
         const auto place = [&](const QWidget* widgetP) {
