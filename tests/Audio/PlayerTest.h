@@ -19,7 +19,13 @@ public:
     OSErr Open(std::string_view device, const AudioBlocks& blocks) override {
         i_opened = device;
         i_blocks = blocks;
-        return Failed(i_openErr) ? i_openErr : CAudioOutput_Null::Open("", blocks);
+        if (Failed(i_openErr)) return i_openErr;
+        i_feeder.Expect();
+        return CAudioOutput_Null::Open("", blocks);
+    }
+    void Close() override {
+        i_feeder.Forget();
+        CAudioOutput_Null::Close();
     }
     bool IsLost() const override { return i_lostB; }
     OSErr Recover(std::string& device) override {

@@ -1,6 +1,7 @@
 #pragma once
 #include <atomic>
 #include <cmath>
+#include <thread>
 
 #include "Platform/CClock.h"
 
@@ -11,18 +12,22 @@ public:
     [[nodiscard]] bool IsThere() const { return i_fedT != kNobody_T; }
     /** It waits for the clock, or nobody does. */
     [[nodiscard]] bool IsDone() const { return i_fedT >= CClock::Get().SteadyT(); }
+    /** It will come: until then it is not done. */
+    void Expect() { i_fedT = -HUGE_VAL; }
     /** Nobody waits for it any more. */
     void Forget() { i_fedT = kNobody_T; }
-    /** Of the thread itself: it has nothing to do until the clock moves; it is forgotten when it ends. */
+    /** Of the thread itself: it has nothing to do until the clock moves. When it ends it is forgotten, unless another one
+        feeds by then. */
     void NoteDone() {
         struct Leaving {
             Feeder* feederP = nullptr;
             ~Leaving() {
-                if (feederP != nullptr) feederP->Forget();
+                if (feederP != nullptr && feederP->i_who == std::this_thread::get_id()) feederP->Forget();
             }
         };
         static thread_local Leaving t_leaving;
         t_leaving.feederP = this;
+        i_who = std::this_thread::get_id();
         i_fedT = CClock::Get().SteadyT();
     }
 
@@ -32,4 +37,5 @@ public:
 private:
     static constexpr double kNobody_T = HUGE_VAL;
     std::atomic<double> i_fedT{kNobody_T};
+    std::atomic<std::thread::id> i_who;
 };

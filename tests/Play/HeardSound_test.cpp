@@ -17,11 +17,13 @@ public:
     OSErr Open(std::string_view device, const AudioBlocks& blocks) override {
         const OSErr err = CAudioOutput_File::Open(device, blocks);
         if (!Failed(err) && !std::exchange(i_openB, true)) ++i_device.openedL;
+        if (!Failed(err)) i_device.feeder.Expect();   // or a slow start would be a hole in the sound
         Note(this);
         return err;
     }
     void Close() override {
         Note(nullptr);
+        i_device.feeder.Forget();
         CAudioOutput_File::Close();
         if (std::exchange(i_openB, false)) --i_device.openedL;
     }
