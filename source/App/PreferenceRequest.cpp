@@ -5,6 +5,7 @@
 
 #include "Core/CLog.h"
 #include "Core/CPreferences.h"
+#include "Core/PreferenceTable.h"
 #include "Core/PreferenceText.h"
 #include "Core/PropertyList.h"
 
@@ -23,6 +24,10 @@ std::string Set(std::string_view rest, CPreferences& prefs) {
     const std::string key = NextPart(rest), text(rest);
     std::optional<CCFValue> value;
     std::string fault;
+    const PrefRow* const rowP = FindPreference(key);
+    if (rowP == nullptr || rowP->ownB)   // it would be written over
+        return PreferenceAnswerText(
+            opWrErr, "“" + key + "” belongs to the windows of the host that runs: set it there, or after it has quit");
     const OSErr err = ParsePreference(prefs, key, text, value, fault);
     if (!Failed(err)) {
         LogF("preference by the command line: %s", key.c_str());

@@ -43,6 +43,8 @@ std::string Fault(const CliOption& option, const std::string& word) {
     return word + " is not from " + BoundText(option.least) + " to " + BoundText(option.most);
 }
 
+std::string Bare(const std::string& word) { return word.starts_with(kShield) ? word.substr(1) : word; }
+
 /** The table as a tree of CLI11: the words of one command line go into `words` and `root`. */
 class Tree {
 public:
@@ -83,15 +85,14 @@ public:
         const auto it = std::ranges::find(i_leaves, &app, &Leaf::appP);
         for (const CliArgument& argument : it->commandP->arguments)
             if (const CLI::Option* const optionP = app.get_option(std::string(argument.name)); optionP->count() != 0)
-                for (const std::string& word : optionP->results())
-                    words.arguments.push_back(word.starts_with(kShield) ? word.substr(1) : word);
+                for (const std::string& word : optionP->results()) words.arguments.push_back(Bare(word));
         for (const CliOption& option : it->commandP->options)
             if (const CLI::Option* const optionP = app.get_option(std::string(option.name)); optionP->count() != 0)
                 words.values[std::string(option.name)] =
-                    option.kind == CliKind::kSwitch ? std::string() : optionP->results().front();
+                    option.kind == CliKind::kSwitch ? std::string() : Bare(optionP->results().front());
         return words;
     }
-    [[nodiscard]] const std::string& Root() const noexcept { return i_root; }
+    [[nodiscard]] std::string Root() const { return Bare(i_root); }
     [[nodiscard]] bool JSON() const noexcept { return i_jsonB; }
 
 private:
@@ -160,16 +161,22 @@ private:
     std::map<std::string_view, CLI::App*> i_groups;
 };
 
+/** "++", which ends a command of CLI11, and what begins with "[", which is a list there. */
+bool IsOfCLI11(std::string_view word) { return word == "++" || word.starts_with('['); }
+
 /** The words behind "--" with a shield in front, and no "--": what they begin with means nothing then. CLI11 itself
-   gives them to the wrong command when the one before has enough already. */
+   gives them to the wrong command when the one before has enough already. The same for what has a meaning to it alone. */
 std::vector<std::string> Shielded(std::span<const std::string> words) {
     std::vector<std::string> shielded;
     bool behindB = false;
     for (const std::string& word : words) {
-        if (behindB)
+        const std::size_t valueAt = word.starts_with("--") ? word.find('=') + 1 : 0;   // "--root=[a]"
+        if (behindB || IsOfCLI11(word))
             shielded.push_back(kShield + word);
         else if (word == "--")
             behindB = true;
+        else if (valueAt > 0 && IsOfCLI11(std::string_view(word).substr(valueAt)))
+            shielded.push_back(word.substr(0, valueAt) + kShield + word.substr(valueAt));
         else
             shielded.push_back(word);
     }
@@ -190,6 +197,8 @@ std::string FaultOfDashes(std::span<const std::string> words) {
         const std::string& word = words[n];
         const bool valueB = word.size() > 1 && word[0] == '-' && word[1] != '-' && word != "-h";
         const bool behindB = n > 0 && TakesValue(words[n - 1]);
+        if (word.ends_with('=') && TakesValue(word.substr(0, word.size() - 1)))
+            return word.substr(0, word.size() - 1) + " wants a value";
         if (valueB && !behindB) return "\"" + word + "\" begins with \"-\": put it behind \"--\"";
         if (behindB && word.starts_with("--")) return words[n - 1] + " wants a value";
     }

@@ -46,6 +46,16 @@ constexpr PrefRow Later(PrefRow row) {
     row.laterB = true;
     return row;
 }
+constexpr PrefRow Within(double least, double most, PrefRow row) {
+    row.least = least;
+    row.most = most;
+    return row;
+}
+/** What the windows and the transport show. */
+constexpr PrefRow Own(PrefRow row) {
+    row.ownB = true;
+    return row;
+}
 
 constexpr PrefRow kPreferences[] = {
     // Fixed at each start.
@@ -138,21 +148,22 @@ constexpr PrefRow kPreferences[] = {
     Later(Off("Search only song name and artist")),
 
     // Numbers.
-    Whole("Sources Panel Width", 185),
-    Computed("Artwork Panel height", CFType::kInteger, &ArtworkHeight),
-    Whole("Number of cached songs", 25),
-    Real("Tempo change increment (percent)", 5.0),
-    Later(Computed("Max number of audio encoders at once when ripping / converting", CFType::kInteger, &ProcessorCount)),
+    Own(Whole("Sources Panel Width", 185)),
+    Own(Computed("Artwork Panel height", CFType::kInteger, &ArtworkHeight)),
+    Within(0, 10000, Whole("Number of cached songs", 25)),
+    Within(0.1, 25, Real("Tempo change increment (percent)", 5.0)),
+    Later(
+        Computed("Max number of audio encoders at once when ripping / converting", CFType::kInteger, &ProcessorCount)),
     Later(Whole("ignore CDG errors before block", 40)),
     Later(Whole("ignore CDG errors after block", 400)),
-    Whole("Max Cache Burn Images", 1),
+    Within(0, 10000, Whole("Max Cache Burn Images", 1)),
     Whole("freedb server timeout (seconds)", 30),
-    Real("Seconds to wait after click to edit", 0.75),
+    Within(0, 10, Real("Seconds to wait after click to edit", 0.75)),
     Later(Whole("Scan Meta Style (1=ask, 2=fileNae, 3=tags)", 3)),
     Later(Whole("Max number of zips at once when pushing meta", 6)),
-    Whole("Seconds to wait after edit to push meta", 10),
-    Whole("Web server port number", 80),
-    Whole("Timeout in seconds", 120),
+    Within(0, 600, Whole("Seconds to wait after edit to push meta", 10)),
+    Within(1, 65535, Whole("Web server port number", 80)),
+    Within(1, 3600, Whole("Timeout in seconds", 120)),
     Later(Real("Show Rotation when less than time remaining (seconds)", 3.0)),
     Later(Real("Show Rotation Duration (seconds)", 10.0)),
     Later(Whole("Max number of simultaneous QuickTime Exports", 2)),
@@ -161,17 +172,17 @@ constexpr PrefRow kPreferences[] = {
     Later(Real("Long messenger duration", 7.0)),
     Later(Whole("High Quality Output Width", 480)),
     Later(Whole("High Quality Output Height", 360)),
-    Whole("Sync Slip increment (300ths)", 30),
+    Within(1, 3000, Whole("Sync Slip increment (300ths)", 30)),
     Later(Whole("Maximum simultaneous BIN Exports", 20)),
     Later(Real("How long to keep curent song in rotation screen (seconds)", 15.0)),
-    Whole("Browser Font Size", 11),
-    Real("Auto Cue Threshold (0..1) (smaller is more sensitive)", 0.001),
-    Real("Auto Cue rollback (seconds)", 0.1),
+    Within(8, 32, Whole("Browser Font Size", 11)),
+    Within(0, 1, Real("Auto Cue Threshold (0..1) (smaller is more sensitive)", 0.001)),
+    Within(0, 5, Real("Auto Cue rollback (seconds)", 0.1)),
     Later(Whole("interval for all music store checks", 2678400)),   // seconds: 31 days
     Later(Whole("On CD Insert", 2)),
     Later(Real("Percent song done to show messenger rotation", 0.88)),
-    Whole("Pre-Fetched Audio Blocks (must be > 2)", 5),
-    Whole("Audio Engine sleep time (should be zero)", 0),
+    Within(2, 25, Whole("Pre-Fetched Audio Blocks (must be > 2)", 5)),
+    Within(0, 1000, Whole("Audio Engine sleep time (should be zero)", 0)),
     Later(Whole("Maximum number of items in web search results list", 200)),
     Later(Whole("KaraokeCloud Simultaneous DL", 5)),
     Later(Whole("Messenger Y Position", 10)),
@@ -222,36 +233,37 @@ constexpr PrefRow kPreferences[] = {
 
     // Written only at save.
     AtSave("Prefs file version (do not change!)", CFType::kInteger, 2),
-    AtSave("Time display: (0=elapsed, 1=remain)", CFType::kInteger, 0),
+    Own(Within(0, 1, AtSave("Time display: (0=elapsed, 1=remain)", CFType::kInteger, 0))),
     Later(AtSave("Calculate file sizes", CFType::kBool)),
-    AtSave("Current Volume (0-100)", CFType::kInteger, 100),
+    Own(Within(0, 100, AtSave("Current Volume (0-100)", CFType::kInteger, 100))),
     Later(AtSave("Microphone 1 Volume (0-100)", CFType::kInteger, 100)),
     Later(AtSave("Singers Twirled Down", CFType::kBool)),
     Later(AtSave("Mailer preference has been set", CFType::kBool)),
     Later(AtSave("Use Apple Mail", CFType::kBool)),
-    Typed("Date of last RAM warning", CFType::kDate),
+    Own(Typed("Date of last RAM warning", CFType::kDate)),
     Later(Typed("Date and time of last crash report", CFType::kDate)),   // at save too, once there has been one
-    AtSave("Selected Pref Resource ID", CFType::kInteger, 0),
+    Own(AtSave("Selected Pref Resource ID", CFType::kInteger, 0)),
 
     // No default of their own.
     Typed("Log Threads", CFType::kBool),
     Typed("Log Networking", CFType::kBool),
     Typed("Log Memory", CFType::kBool),
-    Typed("Full Screen", CFType::kBool),
-    Typed("Full Screen2", CFType::kBool),
-    Typed("Full Screen Display", CFType::kString),   // by the name that the system gives it; empty: the window's own
-    Typed("Full Screen2 Display", CFType::kString),
-    Typed("Video Window Opacity", CFType::kFloat),   // 0.1 to 1.0, which it is without
-    Typed("4x3 aspect ratio", CFType::kBool),        // "16x9 aspect ratio" goes before it
-    Typed("Add Files Folder", CFType::kString),
+    Own(Typed("Full Screen", CFType::kBool)),
+    Own(Typed("Full Screen2", CFType::kBool)),
+    Own(Typed("Full Screen Display",
+              CFType::kString)),   // by the name that the system gives it; empty: the window's own
+    Own(Typed("Full Screen2 Display", CFType::kString)),
+    Within(0.1, 1, Typed("Video Window Opacity", CFType::kFloat)),   // 0.1 to 1.0, which it is without
+    Typed("4x3 aspect ratio", CFType::kBool),                        // "16x9 aspect ratio" goes before it
+    Own(Typed("Add Files Folder", CFType::kString)),
     Typed("Audio Output Device", CFType::kString),   // by its name; empty: the system's choice
     Typed("Launch Midi Files", CFType::kBool),
     Typed("Save Library at Start", CFType::kBool),   // all of it anew, whatever has changed
     Typed("Date Added Field *really* Updated", CFType::kBool),
     Typed("Warn if there is a problem updating meta", CFType::kBool),   // on without it
     Typed("Play all songs at one level", CFType::kBool),
-    Typed("Look (0=desktop, 1=dark, 2=light)", CFType::kInteger),
-    Typed("Video Drawing (0=automatic, 1=processor, 2=OpenGL)", CFType::kInteger),
+    Within(0, 2, Typed("Look (0=desktop, 1=dark, 2=light)", CFType::kInteger)),
+    Within(0, 2, Typed("Video Drawing (0=automatic, 1=processor, 2=OpenGL)", CFType::kInteger)),
     Typed("Break Picture", CFType::kString),   // the path of what the video windows show between songs
     Typed("Ignore CD+G Ripping errors (You'll just get black video)", CFType::kBool),
     Typed("Update while typing", CFType::kBool),

@@ -1,4 +1,5 @@
 #pragma once
+#include <cmath>
 #include <span>
 #include <string_view>
 
@@ -26,6 +27,10 @@ struct PrefRow {
     CCFValue (*computeP)(const CCFDictionary& stored) = nullptr;
     /** Nobody reads it yet, so it is offered nowhere; tools/check_preferences holds that to the sources. */
     bool laterB = false;
+    /** Numbers that mean something. */
+    double least = -HUGE_VAL, most = HUGE_VAL;
+    /** While the program runs it keeps what its windows show here; nobody else sets it then. */
+    bool ownB = false;
 
     /** `stored` is what the dictionary holds so far. */
     [[nodiscard]] CCFValue Default(const CCFDictionary& stored) const;

@@ -1,6 +1,7 @@
 #include "Core/PreferenceText.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <filesystem>
@@ -36,6 +37,11 @@ std::optional<CCFValue> BoolOf(const std::string& text) {
     for (const char* const offZ : {"false", "0", "no", "off"})
         if (text == offZ) return CCFValue(false);
     return std::nullopt;
+}
+
+std::string NumberText(double number) {
+    std::array<char, 32> text{};
+    return {text.data(), std::to_chars(text.data(), text.data() + text.size(), number).ptr};
 }
 
 /** The text as a value of `type`; nothing when it does not read as one whole. */
@@ -96,6 +102,11 @@ OSErr ParsePreference(const CCFPrefDictionary& prefs, const std::string& key, co
     auto read = ValueOf(text, type);
     if (!read) {
         fault = "\"" + text + "\" is no value of type " + std::string(CFTypeName(type));
+        return paramErr;
+    }
+    if (const auto number = rowP != nullptr ? read->Number() : std::nullopt;
+        number && (*number < rowP->least || *number > rowP->most)) {
+        fault = key + " goes from " + NumberText(rowP->least) + " to " + NumberText(rowP->most);
         return paramErr;
     }
     value = std::move(read);

@@ -45,6 +45,11 @@ void ForEachFile(const CSong& song, Work&& work) {
     }
 }
 
+bool IsLink(const CFileRef::Path& file) {
+    FileInfo info;
+    return CFileCalls::Get().Look(file, false, info) == 0 && info.kind == FileKind::kLink;
+}
+
 OSErr CheckEnding(const CFileRef& file, const std::string& newName) {
     const bool sameB = newName.empty() || SmallExtension(file.GetPath()) == SmallExtension(newName);
     return sameB ? noErr : LogStep(paramErr, "giving a file another ending", file.GetPath());
@@ -83,7 +88,8 @@ std::vector<SongID> CSongFileKeeper::Candidates(std::uint32_t hash) {
     std::call_once(i_lookedOnce, [this] { Look(); });
     std::vector<SongID> songs;
     const std::scoped_lock guard(i_lock);
-    for (auto it = std::ranges::lower_bound(i_named, hash, {}, &Named::hash); it != i_named.end() && it->hash == hash; ++it)
+    for (auto it = std::ranges::lower_bound(i_named, hash, {}, &Named::hash); it != i_named.end() && it->hash == hash;
+         ++it)
         songs.push_back(it->song);
     const auto since = i_namedSince.equal_range(hash);
     for (auto it = since.first; it != since.second; ++it) songs.push_back(it->second);
@@ -115,7 +121,8 @@ std::vector<CSongFileKeeper::Owner> CSongFileKeeper::OwnersOf(const CFileRef& fi
 bool CSongFileKeeper::IsSame(const CFileRef::Path& one, const CFileRef::Path& other) {
     if (one.lexically_normal() == other.lexically_normal()) return true;
     const auto folder = FolderOf(one);
-    if (!folder || folder != FolderOf(other)) return false;
+    const bool folderB = folder && folder == FolderOf(other);
+    if (!folderB && !IsLink(one) && !IsLink(other)) return false;
     FileInfo first, second;
     return CFileCalls::Get().Look(one, true, first) == 0 && CFileCalls::Get().Look(other, true, second) == 0 &&
            first.deviceL == second.deviceL && first.inodeL == second.inodeL;

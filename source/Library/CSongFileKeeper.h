@@ -15,8 +15,9 @@
 
 /** Keeps the files of songs for those who name them: the only way by which a file of a song is deleted, moved, renamed,
     exchanged or packed. A file that another song names too is left as it is, and none gets the ending of another kind.
-    Songs name one file when the paths agree, or when folder and name are the same to the disc, by another road or in
-    other capitals.
+    Songs name one file when the paths agree, when folder and name are the same to the disc, by another road or in other
+    capitals, and when the one names a link to the other that has its name. A link of another name is not known as one:
+    that would take a look at each file of the library.
     Threads  Note and Tell any; the rest workers, since it looks at the disc. The first question looks through all songs.
     Owner    shared by the tasks on files that run; the database tells it of places that change meanwhile.
     Errors   alreadyReportedErr for a file that is left: Tell says so once for all of them. paramErr for an ending. */
@@ -68,8 +69,8 @@ private:
     const std::shared_ptr<CMutex_SongMap> i_songsRef;
     const std::shared_ptr<const LibrarySettings> i_settingsRef;
     std::once_flag i_lookedOnce;
-    std::mutex i_lock;                                            // guards the rest; held over no look at the disc
-    std::vector<Named> i_named;                                   // sorted
+    std::mutex i_lock;                                             // guards the rest; held over no look at the disc
+    std::vector<Named> i_named;                                    // sorted
     std::unordered_multimap<std::uint32_t, SongID> i_namedSince;   // the keeper was made
     std::map<std::string, std::optional<FolderIdentity>> i_folders;
     std::vector<std::string> i_left;   // a line for each file, for Tell

@@ -44,25 +44,32 @@ int MillisecondsLeft(double untilT) {
     return leftT <= 0 ? 0 : static_cast<int>(leftT * 1000) + 1;
 }
 
-/** Waits until `handle` is ready for `events`; ETIMEDOUT when `untilT` comes first. */
-int WaitFor(int handle, short events, double untilT) {
+/** A connection, and how long one waits for its other end. */
+struct Line {
+    int handle;
+    double untilT;
+    int stop = -1;   // readable or closed: nobody waits any more
+};
+
+/** Waits until the line is ready for `events`; ETIMEDOUT when its time is over, ECANCELED when it was stopped. */
+int WaitFor(const Line& line, short events) {
     for (;;) {
-        struct pollfd one = {handle, events, 0};
-        const int ready = ::poll(&one, 1, MillisecondsLeft(untilT));
-        if (ready > 0) return 0;
-        if (ready == 0) return ETIMEDOUT;
-        if (errno != EINTR) return errno;
+        struct pollfd both[2] = {{line.handle, events, 0}, {line.stop, POLLIN, 0}};
+        const int ready = ::poll(both, 2, MillisecondsLeft(line.untilT));
+        if (ready > 0) return both[1].revents != 0 ? ECANCELED : 0;
+        if (ready == 0 && MillisecondsLeft(line.untilT) == 0) return ETIMEDOUT;
+        if (ready < 0 && errno != EINTR) return errno;
     }
 }
 
 /** All of `bytes` in time, or an errno. */
-int SendAll(int handle, std::string_view bytes, double untilT) {
+int SendAll(const Line& line, std::string_view bytes) {
     while (!bytes.empty()) {
-        const ssize_t sent = ::send(handle, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+        const ssize_t sent = ::send(line.handle, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
         if (sent > 0) {
             bytes.remove_prefix(static_cast<std::size_t>(sent));
         } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
-            if (const int err = WaitFor(handle, POLLOUT, untilT); err != 0) return err;
+            if (const int err = WaitFor(line, POLLOUT); err != 0) return err;
         } else if (errno != EINTR) {
             return errno;
         }
@@ -71,16 +78,16 @@ int SendAll(int handle, std::string_view bytes, double untilT) {
 }
 
 /** Fills `bytes` in time, or an errno; EPIPE when the other end has gone. */
-int ReceiveAll(int handle, char* bytesP, std::size_t sizeL, double untilT) {
+int ReceiveAll(const Line& line, char* bytesP, std::size_t sizeL) {
     while (sizeL > 0) {
-        const ssize_t got = ::recv(handle, bytesP, sizeL, MSG_DONTWAIT);
+        const ssize_t got = ::recv(line.handle, bytesP, sizeL, MSG_DONTWAIT);
         if (got > 0) {
             bytesP += got;
             sizeL -= static_cast<std::size_t>(got);
         } else if (got == 0) {
             return EPIPE;
         } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
-            if (const int err = WaitFor(handle, POLLIN, untilT); err != 0) return err;
+            if (const int err = WaitFor(line, POLLIN); err != 0) return err;
         } else if (errno != EINTR) {
             return errno;
         }
@@ -114,14 +121,14 @@ std::string LengthOf(std::string_view text) {
 }
 
 /** A length and as many bytes, in time, or an errno; EMSGSIZE for more than `mostL`. */
-int ReceiveText(int handle, std::string& text, std::size_t mostL, double untilT) {
+int ReceiveText(const Line& line, std::string& text, std::size_t mostL) {
     std::array<char, 4> header{};
-    if (const int err = ReceiveAll(handle, header.data(), header.size(), untilT); err != 0) return err;
+    if (const int err = ReceiveAll(line, header.data(), header.size()); err != 0) return err;
     std::uint32_t sizeL = 0;
     for (const char c : header) sizeL = sizeL << 8 | static_cast<unsigned char>(c);
     if (sizeL > mostL) return EMSGSIZE;
     text.resize(sizeL);
-    return ReceiveAll(handle, text.data(), text.size(), untilT);
+    return ReceiveAll(line, text.data(), text.size());
 }
 
 bool OfThisUser(int connection) {
@@ -240,11 +247,12 @@ int CSecondInstance::Send(std::string_view text, double untilT, std::string* ans
     if (::connect(connection.Number(), reinterpret_cast<const struct sockaddr*>(&address), sizeof address) != 0)
         return errno;
     if (!OfThisUser(connection.Number())) return EACCES;
-    if (const int err = SendAll(connection.Number(), LengthOf(text) + std::string(text), untilT); err != 0) return err;
+    const Line line{connection.Number(), untilT};
+    if (const int err = SendAll(line, LengthOf(text) + std::string(text)); err != 0) return err;
     char answer = 0;
-    if (const int err = ReceiveAll(connection.Number(), &answer, 1, untilT); err != 0) return err;
+    if (const int err = ReceiveAll(line, &answer, 1); err != 0) return err;
     if (answer != static_cast<char>(kTaken)) return EPROTO;
-    return answerP == nullptr ? 0 : ReceiveText(connection.Number(), *answerP, kAnswer_MaxBytes, untilT);
+    return answerP == nullptr ? 0 : ReceiveText(line, *answerP, kAnswer_MaxBytes);
 }
 
 void CSecondInstance::Listen(Received received, Asked asked) {
@@ -287,8 +295,8 @@ void CSecondInstance::Serve() {
 }
 
 bool CSecondInstance::Receive(int connection, std::string& text) const {
-    const double untilT = CClock::Get().SteadyT() + kReceive_Seconds;
-    if (!OfThisUser(connection) || ReceiveText(connection, text, kText_MaxBytes, untilT) != 0) return false;
+    Line line{connection, CClock::Get().SteadyT() + kReceive_Seconds, i_stopRead.Number()};
+    if (!OfThisUser(connection) || ReceiveText(line, text, kText_MaxBytes) != 0) return false;
     // A plain text is answered before it is acted upon: the sender must not wait for an import.
     std::string answer(1, static_cast<char>(kTaken));
     if (text.starts_with(kQuestion)) {
@@ -296,5 +304,6 @@ bool CSecondInstance::Receive(int connection, std::string& text) const {
         if (told.size() > kAnswer_MaxBytes) return false;
         answer += LengthOf(told) + told;
     }
-    return SendAll(connection, answer, CClock::Get().SteadyT() + kReceive_Seconds) == 0;
+    line.untilT = CClock::Get().SteadyT() + kReceive_Seconds;
+    return SendAll(line, answer) == 0;
 }

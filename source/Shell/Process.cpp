@@ -16,6 +16,7 @@
 #include "Core/CThreadManager.h"
 #include "Core/NumberForms.h"
 #include "Core/SuperString.h"
+#include "Platform/BesideShow.h"
 #include "Platform/CFolders.h"
 #include "Platform/CMainLoop_Plain.h"
 #include "Platform/CSecondInstance.h"
@@ -58,6 +59,9 @@ int RunApplication(const AppSetup& setup, CSecondInstance& instance, const Launc
     } catch (const std::exception& fault) {
         LogF("### Error %s", fault.what());
         std::cerr << "vopla: " << fault.what() << '\n';
+        AlertAndWait(setup.ui,
+                     "Vopla has to quit: something failed that it has no answer to. Your library is saved first.",
+                     fault.what());
     }
     application.EndRequests();
     instance.StopListening();   // its thread holds the application; the lock is given up behind the last save
@@ -119,7 +123,8 @@ int RunProcess(const Options& options, int& countL, char** wordsZ) {
         case CSecondInstance::Role::kSecond:
             return 0;
         case CSecondInstance::Role::kFailed:
-            if (instance.IsHeld() || instance.LastErrno() == E2BIG) {   // two on one library would write over each other
+            if (instance.IsHeld() ||
+                instance.LastErrno() == E2BIG) {   // two on one library would write over each other
                 std::cerr << "vopla: another Vopla has this library, and did not answer: "
                           << ErrorText(instance.LastErrno()) << '\n';
                 return 1;

@@ -335,7 +335,9 @@ TEST_F(SoundFiles, SurroundIsAsLoudAsStereoAndNeverBeyondFullScale) {
                 sum += std::pow(samples[n] / 32767.0, 2);
                 // The tone is above zero in the first half of each 100 frames: what ran over would not be.
                 const std::size_t phase = n / 2 % 100;
-                if (phase != 0 && phase != 50) ASSERT_GE(samples[n] * (phase < 50 ? 1 : -1), 0) << n;
+                if (phase != 0 && phase != 50) {
+                    ASSERT_GE(samples[n] * (phase < 50 ? 1 : -1), 0) << n;
+                }
             }
             const double level = 10 * std::log10(std::max(1e-12, 2 * sum / 22050 / 0.25));
             EXPECT_NEAR(std::max(level, kNone), side == 0 ? c.leftDB : c.rightDB, 0.5);

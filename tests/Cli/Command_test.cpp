@@ -38,8 +38,9 @@ TEST(Command, EachHasItsHelp) {
         const CliRun run = RunCli(words);
         EXPECT_EQ(run.status, 0) << group;
         for (const CliCommand& command : CliCommands())
-            if (group.empty() || command.words.starts_with(group + " "))
+            if (group.empty() || command.words.starts_with(group + " ")) {
                 EXPECT_NE(run.out.find("  " + command.Usage() + "\n"), std::string::npos) << group << run.out;
+            }
     }
     EXPECT_EQ(RunCli({"--version"}).out, CApp::DisplayName() + "\n");
     EXPECT_EQ(RunCli({"library", "list", "--version"}).status, 0);
@@ -75,6 +76,7 @@ TEST(Command, WrongUseIsToldInOneLine) {
          "library list: The following argument was not expected: --jsn; usage: library list"},
         {{"library", "set", "17", "name"}, "library set: VALUE is required; usage: library set ID KEY VALUE"},
         {{"library", "set", "17", "PICH", "-3"}, "\"-3\" begins with \"-\": put it behind \"--\""},
+        {{"--root=", "prefs", "list"}, "--root wants a value"},
         {{"name", "conform", "-x"}, "\"-x\" begins with \"-\": put it behind \"--\""},
         {{"library", "list", "--root"}, "usage: library list"},
         {{"library", "list", "--root", "--no-files"}, "--root wants a value"},

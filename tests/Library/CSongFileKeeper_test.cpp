@@ -30,21 +30,23 @@ protected:
 /** Operations in rows, ways to name a file in columns: the first column is nobody, for whom each one does its work. */
 TEST_F(SongFileKeeper, NoOperationTouchesWhatAnotherSongNames) {
     enum Operation { kZip, kTrash, kConform, kPurge, kExchange, kOperations };
-    enum Way { kNobody, kSamePath, kOtherRoad, kAfterTheLook, kWays };
+    enum Way { kNobody, kSamePath, kOtherRoad, kLink, kAfterTheLook, kWays };
     std::filesystem::create_directory_symlink(i_folder / "Music", i_folder / "Linked");
     std::filesystem::create_directory_symlink(i_folder / "cache", i_folder / "LinkedCache");
+    std::filesystem::create_directory(i_folder / "Favourites");
     for (int operation = 0; operation < kOperations; ++operation)
         for (int way = 0; way < kWays; ++way)
             for (const SDB_SongFile half : {SDB_SongFile_AUDIO, SDB_SongFile_VIDEO}) {
-                SCOPED_TRACE(testing::Message() << "operation " << operation << ", way " << way << ", half "
-                                                << static_cast<int>(half));
+                SCOPED_TRACE(testing::Message()
+                             << "operation " << operation << ", way " << way << ", half " << static_cast<int>(half));
                 const std::string base = std::to_string(operation * 100 + way * 10 + static_cast<int>(half));
                 const Path sound = Make("Music/" + base + ".wav", Sound());
                 const Path picture = Make("Music/" + base + ".cdg", std::string(9600, 'g'));
                 CSong& song = With("Song " + base, {{SDB_SongFile_AUDIO, sound}, {SDB_SongFile_VIDEO, picture}});
                 Path shared = half == SDB_SongFile_AUDIO ? sound : picture;
                 if (operation == kPurge) {
-                    shared = Make(Path("cache") / CacheFileName(song.GetSongID(), song.Name(), SDB_SongFile_VIDEO_CACHE));
+                    shared =
+                        Make(Path("cache") / CacheFileName(song.GetSongID(), song.Name(), SDB_SongFile_VIDEO_CACHE));
                     (void)song.SetFile(SDB_SongFile_VIDEO_CACHE, CFileRef(shared));
                 }
                 if (operation == kExchange) {
@@ -56,9 +58,13 @@ TEST_F(SongFileKeeper, NoOperationTouchesWhatAnotherSongNames) {
                 if (way == kAfterTheLook) (void)keeperRef->MayTouch(CFileRef(shared), song.GetSongID());
                 CSong* otherP = nullptr;
                 const Path linked = i_folder / (operation == kPurge ? "LinkedCache" : "Linked") / shared.filename();
+                const Path favourite = i_folder / "Favourites" / shared.filename();
+                if (way == kLink) std::filesystem::create_symlink(shared, favourite);
                 if (way != kNobody)
-                    otherP = &With("Other", {{operation == kExchange ? SDB_SongFile_ZIP : half,
-                                              way == kOtherRoad ? linked : shared}});
+                    otherP = &With("Other",
+                                   {{operation == kExchange ? SDB_SongFile_ZIP : half, way == kLink        ? favourite
+                                                                                       : way == kOtherRoad ? linked
+                                                                                                           : shared}});
                 s_alerts.clear();
                 {
                     CLibraryCommands commands(*i_databaseP, i_above.i_ui);
@@ -66,14 +72,24 @@ TEST_F(SongFileKeeper, NoOperationTouchesWhatAnotherSongNames) {
                     const auto note = [&](OSErr err) { result = err; };
                     const SongID ids[] = {song.GetSongID()};
                     i_above.i_ui.answers.push_back({kAnswer_Do, false});
-                    if (operation == kZip) ASSERT_EQ(commands.Zip(ids, note), noErr);
-                    if (operation == kTrash) ASSERT_EQ(commands.TrashOriginals(Select(song), note), noErr);
-                    if (operation == kConform) ASSERT_EQ(commands.ConformNames(ids, note), noErr);
-                    if (operation == kPurge) ASSERT_EQ(commands.PurgeCache(note), noErr);
-                    if (operation == kExchange)
-                        ASSERT_EQ(commands.Zipper().Zip(ids[0], OldZip::kReplace,
-                                                        [&](OSErr err) { i_host.MainLoop().Post([&, err] { note(err); }); }),
-                                  noErr);
+                    if (operation == kZip) {
+                        ASSERT_EQ(commands.Zip(ids, note), noErr);
+                    }
+                    if (operation == kTrash) {
+                        ASSERT_EQ(commands.TrashOriginals(Select(song), note), noErr);
+                    }
+                    if (operation == kConform) {
+                        ASSERT_EQ(commands.ConformNames(ids, note), noErr);
+                    }
+                    if (operation == kPurge) {
+                        ASSERT_EQ(commands.PurgeCache(note), noErr);
+                    }
+                    if (operation == kExchange) {
+                        ASSERT_EQ(
+                            commands.Zipper().Zip(ids[0], OldZip::kReplace,
+                                                  [&](OSErr err) { i_host.MainLoop().Post([&, err] { note(err); }); }),
+                            noErr);
+                    }
                     ASSERT_TRUE(RunUntil([&] { return result.has_value(); }));
                     i_above.i_ui.answers.clear();
                 }
@@ -115,7 +131,8 @@ TEST_F(SongFileKeeper, AMovieTakesNobodysSound) {
     CSong& video = With("Movie", {{SDB_SongFile_VIDEO, movie}});
     CSong& whose = With("Whose", {{SDB_SongFile_AUDIO, sound}});
     CSong& borrower = With("Borrower", {{SDB_SongFile_VIDEO, movie}, {SDB_SongFile_AUDIO, sound}});
-    CSong& ownSound = With("Own", {{SDB_SongFile_VIDEO, Make("Music/y.mp4")}, {SDB_SongFile_AUDIO, Make("Music/y.mp3")}});
+    CSong& ownSound =
+        With("Own", {{SDB_SongFile_VIDEO, Make("Music/y.mp4")}, {SDB_SongFile_AUDIO, Make("Music/y.mp3")}});
     bool doneB = false;
     ASSERT_EQ(CT_FindMissing::Start(*i_databaseP, {}, [&](OSErr) { doneB = true; }), noErr);
     ASSERT_TRUE(RunUntil([&] { return doneB; }));
@@ -126,9 +143,9 @@ TEST_F(SongFileKeeper, AMovieTakesNobodysSound) {
     EXPECT_FALSE(CLibraryCommands::CanZip(ownSound));   // a zip of both would be heard as the movie alone
     CLibraryCommands commands(*i_databaseP, i_above.i_ui);
     std::optional<OSErr> result;
-    ASSERT_EQ(commands.Zipper().Zip(ownSound.GetSongID(), OldZip::kRefuse, [&](OSErr err) {
-        i_host.MainLoop().Post([&result, err] { result = err; });
-    }), noErr);
+    ASSERT_EQ(commands.Zipper().Zip(ownSound.GetSongID(), OldZip::kRefuse,
+                                    [&](OSErr err) { i_host.MainLoop().Post([&result, err] { result = err; }); }),
+              noErr);
     ASSERT_TRUE(RunUntil([&] { return result.has_value(); }));
     EXPECT_EQ(result, paramErr);
     EXPECT_EQ(Tree("Music"), "x.mp3|x.mp4|y.mp3|y.mp4");

@@ -73,10 +73,11 @@ TEST_F(SortSelection, WhatHasNoValueComesFirstAndTiesGoBySlot) {
     list.SetSort({{"stIx"_key}}, CPlayList::SortWait::kYes);
     EXPECT_EQ(list.GetSortedList(), Items({5, 1, 2, 3, 4}));
     // Sizes of more than 2 GB, whose numbers have no room for a sign; rows one by one, then all.
-    for (int n = 1; n < 5; ++n)
-        i_databaseP->GetSong(SongID{list.Items()->Get(PLItemID{n})->target.idL})
+    int n = 0;
+    for (const std::uint64_t size : {3ULL << 30, 5ULL, 1ULL << 40, 1ULL << 31})
+        i_databaseP->GetSong(SongID{list.Items()->Get(PLItemID{++n})->target.idL})
             ->Meta()
-            .SetInteger("SIZE"_key, StoredSize(std::array<std::uint64_t, 4>{3ULL << 30, 5, 1ULL << 40, 1U << 31}[n - 1U]));
+            .SetInteger("SIZE"_key, StoredSize(size));
     list.SetSort({{"SIZE"_key}}, CPlayList::SortWait::kYes);
     EXPECT_EQ(list.GetSortedList(), Items({5, 2, 4, 1, 3}));
     list.AddItem({SongID{list.Items()->Get(PLItemID{4})->target.idL}});

@@ -1,7 +1,9 @@
 #include "Platform/CSecondInstance.h"
 
 #include <fcntl.h>
+#include <linux/sockios.h>
 #include <sys/file.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -19,6 +21,7 @@
 #include <thread>
 
 #include "Platform/Patience.h"
+#include "Platform/ScriptedClock.h"
 
 namespace {
 
@@ -188,6 +191,18 @@ TEST_F(SecondInstanceTest, BadMessagesAreDroppedAndTheListenerGoesOn) {
     EXPECT_EQ(second.Start("after all that"), Role::kSecond);
     ::close(slow);
     EXPECT_EQ(inbox.WaitFor(1), std::vector<std::string>{"after all that"});
+}
+
+TEST_F(SecondInstanceTest, ASilentClientHoldsUpNoEnd) {
+    const ScriptedClock clock;   // stands: no time limit ends the wait
+    CSecondInstance first(i_folder, "/root");
+    ASSERT_EQ(first.Start({}), Role::kFirst);
+    first.Listen([](std::string) {});
+    const int silent = Connect(first);
+    ASSERT_EQ(::send(silent, "\0\0", 2, 0), 2);   // half a length
+    for (int unreadL = 1; unreadL > 0;) ASSERT_EQ(::ioctl(silent, SIOCOUTQ, &unreadL), 0);
+    first.StopListening();
+    ::close(silent);
 }
 
 TEST_F(SecondInstanceTest, NoFolderIsAFailure) {

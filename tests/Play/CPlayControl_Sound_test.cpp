@@ -71,7 +71,7 @@ TEST_F(PlayTest, EachSongBeginsAtItsOwnLevelOrTheTransports) {
     ASSERT_TRUE(RunUntilOutputIsFree());
     const auto songs = i_device.Songs();
     ASSERT_EQ(songs.size(), 3U);
-    constexpr long kPeaks[] = {2048, 6554, 4096};   // of 0x2000
+    constexpr int kPeaks[] = {2048, 6554, 4096};   // of 0x2000
     for (std::size_t n = 0; n < 3; ++n) {
         const auto first = std::ranges::find_if(songs[n], [](std::int16_t sample) { return sample != 0; });
         ASSERT_NE(first, songs[n].end());

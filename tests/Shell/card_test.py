@@ -25,7 +25,7 @@ CASES = (   # the choice, what the environment adds, what the log must say
 
 
 def wait_for(what, ask):
-    until = time.monotonic() + 30
+    until = time.monotonic() + 120
     while time.monotonic() < until:
         found = ask()
         if found:
@@ -56,7 +56,7 @@ def photograph(vopla, root, picture, choice, env, logged):
     found = wait_for("the video window", window)
     seen = wait_for("a picture", picture_there)
     process.send_signal(signal.SIGTERM)
-    if process.wait(30) != 0:
+    if process.wait(120) != 0:
         sys.exit("it did not quit well")
     with open(os.path.join(home, "state", "Vopla", "Vopla Log file.txt"), errors="replace") as log:
         if logged not in log.read():

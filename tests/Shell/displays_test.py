@@ -35,7 +35,7 @@ class Desktop:
 
     def expect(self, what, holds):
         """The window may take its time, but not for ever."""
-        until = time.monotonic() + 20
+        until = time.monotonic() + 120
         while time.monotonic() < until:
             place = self.place()
             if place is not None and holds(place):
@@ -49,7 +49,7 @@ class Desktop:
         browser = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", r"^Vopla( —| -|$)"], env=self.env,
                                  capture_output=True, text=True, check=True).stdout.split()[0]
         subprocess.run(["xdotool", "windowfocus", "--sync", browser, "key", "ctrl+1"], env=self.env, check=True)
-        until = time.monotonic() + 20
+        until = time.monotonic() + 120
         while (self.place() is not None) == before:
             if time.monotonic() > until:
                 sys.exit("a key was not heard")
@@ -63,7 +63,7 @@ class Desktop:
 
     def quit(self):
         self.process.send_signal(signal.SIGTERM)
-        self.process.wait(30)
+        self.process.wait(120)
 
 
 def on_the_left(place):

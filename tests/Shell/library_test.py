@@ -39,10 +39,10 @@ class Host:
         began = time.monotonic()
         while until not in self.log_text() if seconds is None else time.monotonic() - began < seconds:
             assert process.poll() is None, f"ended by itself: {process.returncode}\n{self.log_text()[-2000:]}"
-            assert time.monotonic() - began < 60, f"no {until!r} in the log\n{self.log_text()[-2000:]}"
+            assert time.monotonic() - began < 120, f"no {until!r} in the log\n{self.log_text()[-2000:]}"
             time.sleep(0.02)
         process.send_signal(signal.SIGTERM)
-        return process.wait(60)
+        return process.wait(120)
 
     def songs(self):
         """Id and name of all, as the other program reads them."""
