@@ -18,7 +18,7 @@ if(VOPLA_CCACHE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     add_compile_options(-fpch-preprocess)
 endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-    add_compile_options(-Wno-array-bounds -Wno-restrict -Wno-stringop-overflow -Wno-stringop-overread)   # it sees them in texts that are joined by "+"
+    add_compile_options(-Wno-array-bounds -Wno-restrict)   # it sees them in texts that are joined by "+"
 endif()
 if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # Of no use there: every file is an included one, and their nameless namespaces are meant.

@@ -201,7 +201,7 @@ bool CAppStartUp::FindMusicFolder(CFileRef& root) {
 
         const std::string name = kApp_ProductName;
         Question question;
-        question.title = "“" + name + "” folder not found";
+        question.title.append("“").append(name).append("” folder not found");
         question.text = "There was a problem locating your “" + name +
                         "” folder.  Is it perhaps an alias to an offline volume? " + FaultText(err, FaultOf::kFolder, root.GetPath().string());
         question.buttons = {"Quit", "Try again", "Find it"};
