@@ -16,6 +16,7 @@
 #include "Graphics/CGraphicsPorts.h"
 #include "Library/CLibraryCommands.h"
 #include "Library/CMetaManager.h"
+#include "Library/CSongFileWork.h"
 #include "Platform/CUserInterface_Plain.h"
 #include "Play/CPlayControl.h"
 #include "Play/CPlayHost.h"
@@ -222,6 +223,7 @@ int main(int countL, char** wordsZ) {
         CThreadManager threads;
         CMetaManager meta;
         CSongDatabase database(host);
+        const CSongFileWork files(database);
         host.i_databaseP = &database;
         Measure(host, database, countL > 1 ? std::strtoul(wordsZ[1], nullptr, 10) : 1'000'000);
     }

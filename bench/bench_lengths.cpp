@@ -18,6 +18,7 @@
 #include "Library/AddFilesToLibrary.h"
 #include "Library/CMetaManager.h"
 #include "Library/CSongDatabase.h"
+#include "Library/CSongFileWork.h"
 
 namespace {
 
@@ -59,6 +60,7 @@ void Measure(BenchHost& host, const char* nameZ, const fs::path& folder, Kind ki
     }
     CSongDatabaseHost above;
     CSongDatabase database(above);
+    CSongFileWork files(database);
     double longestT = 0;
     const auto turn = [&] {
         host.MainLoop().Wait(0.001);
@@ -78,7 +80,7 @@ void Measure(BenchHost& host, const char* nameZ, const fs::path& folder, Kind ki
         while (!addedB) turn();
     });
     lengthsT = Milliseconds([&] {
-        while (database.Lengths().IsBusy()) turn();
+        while (files.Lengths().IsBusy()) turn();
     });
     for (int n = 0; n < 500; ++n) turn();   // the lists and the watchers hear of it
     const auto knownL = std::ranges::count_if(songs, [&](SongID song) {

@@ -23,6 +23,7 @@
 #include "Library/CMetaManager.h"
 #include "Library/CSongDatabase.h"
 #include "Library/CSongFileKeeper.h"
+#include "Library/CSongFileWork.h"
 
 namespace {
 
@@ -97,6 +98,7 @@ double SaveInTurns(BenchHost& host, CSongDatabase& database, CLibraryStore& stor
 void Measure(BenchHost& host, const CFileRef& folder) {
     CSongDatabaseHost above;
     CSongDatabase database(above);
+    CSongFileWork files(database);
     CLibraryStore store(database, {folder, folder.GetPath().parent_path() / "Vopla Music", "/nowhere"});
     const double beforeL = Status("VmRSS");
     const double loadT = Milliseconds([&] {
@@ -142,7 +144,7 @@ void Measure(BenchHost& host, const CFileRef& folder) {
         "%.2f and %.2f ms\n",
         saveT, editT, startT, turns.longestT, turns.secondT);
 
-    const auto keeperRef = database.FileKeeper();
+    const auto keeperRef = files.Keeper();
     const auto ask = [&] {
         return Milliseconds([&] { (void)keeperRef->MayTouch(song.FileRef(SDB_SongFile_AUDIO), song.GetSongID()); });
     };

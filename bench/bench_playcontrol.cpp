@@ -20,6 +20,7 @@
 #include "Core/CCFPrefDictionary.h"
 #include "Graphics/CGraphicsPorts.h"
 #include "Library/CMetaManager.h"
+#include "Library/CSongFileWork.h"
 #include "Platform/CAudioOutput_Null.h"
 #include "Platform/CAudioOutput_SDL.h"
 #include "Platform/CClock.h"
@@ -184,6 +185,7 @@ private:
     CGraphicsPorts i_ports;
     CMetaManager i_metaManager;
     CSongDatabase i_database{static_cast<CSongDatabaseHost&>(*this)};
+    CSongFileWork i_files{i_database};
     std::unique_ptr<CPlayControl> i_controlP;
     CPlayList* i_listP = nullptr;
 };

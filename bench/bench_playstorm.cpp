@@ -27,6 +27,7 @@
 #include "Core/CLog.h"
 #include "Graphics/CGraphicsPorts.h"
 #include "Library/CMetaManager.h"
+#include "Library/CSongFileWork.h"
 #include "Platform/CAudioOutput_Null.h"
 #include "Platform/CClock.h"
 #include "Platform/CUserInterface_Plain.h"
@@ -125,6 +126,7 @@ public:
         for (const char* const nameZ : kFiles) Restore(nameZ);
         i_preferences.Set("Require Audio (no naked CDG files)", CCFValue(false));
         i_databaseP = std::make_unique<CSongDatabase>(static_cast<CSongDatabaseHost&>(*this));
+        i_filesP = std::make_unique<CSongFileWork>(*i_databaseP);
         i_controlP = std::make_unique<CPlayControl>(static_cast<CPlayHost&>(*this));
         i_controlP->AddWatcher(*this);
         NewList();
@@ -431,6 +433,7 @@ private:
     CGraphicsPorts i_ports;
     CMetaManager i_metaManager;
     std::unique_ptr<CSongDatabase> i_databaseP;
+    std::unique_ptr<CSongFileWork> i_filesP;
     std::unique_ptr<CPlayControl> i_controlP;
     CPlayList* i_listP = nullptr;
     bool i_unpackingB = false, i_endedB = false;

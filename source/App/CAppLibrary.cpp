@@ -17,7 +17,7 @@ namespace {
 constexpr int kLock_Tries = 500;   // turns of 0.01 s
 }
 
-CAppLibrary::CAppLibrary(CApp& app) : i_app(app), i_database(*this), i_commands(i_database, app.Ui()) {
+CAppLibrary::CAppLibrary(CApp& app) : i_app(app), i_database(*this), i_files(i_database), i_commands(i_database, app.Ui()) {
     i_database.SetSettings(ReadLibrarySettings(app.Prefs()));
 }
 CAppLibrary::~CAppLibrary() = default;
@@ -79,7 +79,7 @@ void CAppLibrary::AfterStart() {
     SongCached();   // by another run, or the limits are others now
     if (i_database.Songs()->Count() == 0) return;
     if (Failed(CT_FindMissing::Start(i_database))) Log("### Error looking for missing songs");
-    i_database.Lengths().FindAll();
+    i_files.Lengths().FindAll();
 }
 
 /** A disc that takes long is asked seldom: a twentieth of the time at the most goes into it. */

@@ -5,6 +5,7 @@
 #include "Library/CLibraryLock.h"
 #include "Library/CLibraryStore.h"
 #include "Library/CSongDatabase.h"
+#include "Library/CSongFileWork.h"
 #include "Platform/CMountTable.h"
 
 class CApp;
@@ -63,6 +64,7 @@ private:
     CApp& i_app;
     CLibraryLock i_lock;
     CSongDatabase i_database;
+    CSongFileWork i_files;
     CLibraryCommands i_commands;
     CBackOff i_backOff;
     std::unique_ptr<CLibraryStore> i_store;   // before the database goes

@@ -7,6 +7,7 @@
 #include "Library/CLibraryStore.h"
 #include "Library/CMetaManager.h"
 #include "Library/CSongDatabase.h"
+#include "Library/CSongFileWork.h"
 
 /** The library that a command works on: where it is, the lock on it, and its database.
     Threads  main.
@@ -31,6 +32,7 @@ public:
 
     [[nodiscard]] bool IsEmpty() const { return i_store == nullptr || i_store->Report().emptyB; }
     [[nodiscard]] CSongDatabase& Database() noexcept { return i_database; }
+    [[nodiscard]] CSongFileWork& Files() noexcept { return i_files; }
     /** What was changed, through the save of the application. */
     OSErr Save(SaveForce force = SaveForce::kDirty);
 
@@ -47,6 +49,7 @@ private:
     CMetaManager i_metas;
     CSongDatabaseHost i_above;
     CSongDatabase i_database;
+    CSongFileWork i_files{i_database};
     std::unique_ptr<CLibraryStore> i_store;   // goes before the database
 };
 

@@ -120,8 +120,8 @@ int RebuildLibrary(const CliCall& call) {
         return MakeSongOfFiles(database, set, DateAdded::kFile);   // they were there already
     }));
     const std::size_t songsL = database.Songs()->Count();
-    database.Lengths().FindAll();
-    while (database.Lengths().IsBusy()) WaitOneTurn();
+    library.Files().Lengths().FindAll();
+    while (library.Files().Lengths().IsBusy()) WaitOneTurn();
     if (const OSErr err = library.Save(SaveForce::kAll); Failed(err))
         return CliFailStep(context, err, "saving the library");
     if (context.jsonB)

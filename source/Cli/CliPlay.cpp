@@ -11,6 +11,7 @@
 #include "Graphics/CGraphicsPorts.h"
 #include "Library/AddFilesToLibrary.h"
 #include "Library/CMetaManager.h"
+#include "Library/CSongFileWork.h"
 #include "Platform/CAudioOutput.h"
 #include "Platform/CClock.h"
 #include "Platform/CUserInterface_Plain.h"
@@ -36,6 +37,7 @@ public:
             i_preferences.Set(offZ, CCFValue(false));
         i_preferences.Set("Stop at playlist end", CCFValue(true));
         i_databaseP = std::make_unique<CSongDatabase>(static_cast<CSongDatabaseHost&>(*this));
+        i_filesP = std::make_unique<CSongFileWork>(*i_databaseP);
         i_controlP = std::make_unique<CPlayControl>(static_cast<CPlayHost&>(*this));
         i_controlP->SetVolume(sound.volumeF);
     }
@@ -154,6 +156,7 @@ private:
     CGraphicsPorts i_ports;
     CMetaManager i_metaManager;
     std::unique_ptr<CSongDatabase> i_databaseP;
+    std::unique_ptr<CSongFileWork> i_filesP;
     std::unique_ptr<CPlayControl> i_controlP;
     bool i_endedB = false;   // it was heard out, or has failed
     int i_status = 0;        // 1 once a song has failed

@@ -7,54 +7,10 @@
 
 namespace {
 
-constexpr ZipSongEnding kEndings[] = {
-    {".mp3", {.audioB = true}},
-    {".wav", {.audioB = true}},
-    {".aif", {.audioB = true}},
-    {".aiff", {.audioB = true}},
-    {".aac", {.audioB = true}},
-    {".m4a", {.audioB = true}},
-    {".ogg", {.audioB = true}},
-    {".opus", {.audioB = true}},
-    {".flac", {.audioB = true}},
-    {".wma", {.audioB = true}},
-    {".amr", {.audioB = true}},
-    {".mp4", {.audioB = true, .videoB = true}},
-    {".mov", {.audioB = true, .videoB = true}},
-    {".cdg", {.graphicsB = true}},
-    {".mcg", {.graphicsB = true}},
-    {".ncg", {.graphicsB = true}},
-    {".mkv", {.videoB = true}},
-    {".avi", {.videoB = true}},
-    {".mpg", {.videoB = true}},
-    {".mpeg", {.videoB = true}},
-    {".wmv", {.videoB = true}},
-    {".webm", {.videoB = true}},
-    {".m4v", {.videoB = true}},
-    {".flv", {.videoB = true}},
-    {".divx", {.videoB = true}},
-    {".vlp", {.lyricsB = true}},
-    {".lrc", {.lyricsB = true}},
-    {".txt", {.lyricsB = true}},
-    {".fly", {.lyricsB = true}},
-};
-
-constexpr std::string_view kMacFolder = "__macosx";
-
-/** ASCII alone: an ending has nothing else, and base names only have to agree with each other. */
-std::string Lower(std::string_view text) {
-    std::string lower(text);
-    for (char& c : lower)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + ('a' - 'A'));
-    return lower;
-}
-
-std::string_view LastPart(std::string_view name) { return name.substr(name.find_last_of("/\\") + 1); }
-
 /** What two files of one song share: the name without folder and ending. */
 std::string BaseOf(const CZipMember& member) {
-    const std::string_view last = LastPart(member.name);
-    return Lower(last.substr(0, last.rfind('.')));
+    const std::string_view last = LastPathPart(member.name);
+    return LowerASCII(last.substr(0, last.rfind('.')));
 }
 
 class CChooser {
@@ -105,21 +61,6 @@ private:
 };
 
 }   // namespace
-
-std::span<const ZipSongEnding> ZipSongEndings() noexcept { return kEndings; }
-
-ZipSongKinds ZipSongKindsOf(std::string_view name) {
-    const std::string lower = Lower(name);
-    for (std::string_view rest = lower; !rest.empty();) {
-        const std::size_t endL = std::min(rest.find_first_of("/\\"), rest.size());
-        if (rest.substr(0, endL) == kMacFolder) return {};
-        rest.remove_prefix(std::min(endL + 1, rest.size()));
-    }
-    const std::string_view last = LastPart(lower);
-    if (last.empty() || last.front() == '.') return {};
-    const auto at = std::ranges::find_if(kEndings, [&](const auto& known) { return last.ends_with(known.ending); });
-    return at == std::ranges::end(kEndings) ? ZipSongKinds{} : at->kinds;
-}
 
 CZipSongMembers CZipSongMembers::Choose(std::span<const CZipMember> members) {
     const CChooser chooser(members);

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "Core/CLog.h"
+#include "Library/ReadID.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
 #include "Library/CPushMetaTimer.h"
 
-#include "Library/CSongDatabase.h"
+#include "Library/CSongFileWork.h"
 
 OSErr CPushMetaTimer::Timer() {
-    const auto databaseRef = i_databaseRef.lock();
-    if (databaseRef == nullptr || *databaseRef == nullptr) return timerDisposeErr;
+    CSongFileWork* const workP = i_work.Get();
+    if (workP == nullptr) return timerDisposeErr;
     SetFireInterval(-1.0);
-    (*databaseRef)->PushEdits();
+    workP->PushEdits();
     return timerKeepErr;
 }

@@ -5,8 +5,8 @@
 #include "Library/CMeta.h"
 #include "Library/CMutex_ItemMap.h"
 #include "Library/CRowValues.h"
-#include "Library/LibraryFiles.h"
 #include "Library/LibraryIDs.h"
+#include "Library/SingerRecord.h"
 #include "Library/SourceType.h"
 
 class CSongDatabase;

@@ -7,9 +7,6 @@
 #include "Core/CLog.h"
 #include "Core/CThreadManager.h"
 #include "Core/ThreadInfo.h"
-#include "Library/CPushMetaTimer.h"
-#include "Library/CSongFileKeeper.h"
-#include "Library/CT_ConformNames.h"
 #include "Library/CT_SongChanges.h"
 
 namespace {
@@ -35,7 +32,6 @@ CSongDatabase::CSongDatabase(CSongDatabaseHost& host)
     i_libraryP = libraryP.get();
     (void)i_lists.Add(kPlaylistID_Library, std::move(libraryP));
     i_changesTimer = (new CT_SongChanges(i_selfRef))->GetForkID();
-    i_pushTimer = (new CPushMetaTimer(i_selfRef))->GetForkID();
 }
 
 CSongDatabase::~CSongDatabase() {
@@ -46,8 +42,7 @@ CSongDatabase::~CSongDatabase() {
     Log("Clearing Song List");
     i_songsRef->Clear();
     Log("Closing Database");
-    for (const ForkID timer : {i_changesTimer, i_pushTimer})
-        CT_Timer::SetInterval(timer, 0.0);   // its next turn finds the database gone, and is its last
+    CT_Timer::SetInterval(i_changesTimer, 0.0);   // its next turn finds the database gone, and is its last
     Log("disposing singers (if any)");
     i_singersRef->Clear();
     Log("disposing playlists");
@@ -127,18 +122,8 @@ void CSongDatabase::SongsLeaveLibrary(CPlayList& library, std::span<const PLItem
             }
 }
 
-std::shared_ptr<CSongFileKeeper> CSongDatabase::FileKeeper() {
-    const auto freshRef = std::make_shared<CSongFileKeeper>(i_songsRef, Settings());
-    return i_keeper.With([&](std::weak_ptr<CSongFileKeeper>& keeper) {
-        std::shared_ptr<CSongFileKeeper> keeperRef = keeper.lock();
-        if (!keeperRef) keeper = keeperRef = freshRef;
-        return keeperRef;
-    });
-}
-
 void CSongDatabase::NoteFile(SongID song, const CMetaValue& file) const {
-    const auto keeperRef = i_keeper.Get().lock();
-    if (keeperRef && file) keeperRef->Note(song, file.FilePath());
+    if (CSongFollower* const followerP = Follower()) followerP->FileNamed(song, file);
 }
 
 void CSongDatabase::NoteMissing(SongID song, bool missingB) {
@@ -161,8 +146,8 @@ void CSongDatabase::SetSettings(LibrarySettings settings) {
 void CSongDatabase::SetPlayingSong(SongID song) {
     (void)Assert(IsMainThread());
     const SongID before = i_songP.Exchange(song);
-    if (before == song || i_renameLater.erase(Number(before)) == 0) return;
-    if (Failed(CT_ConformNames::Start(*this, {before}))) Log("### Error renaming the song that played");
+    CSongFollower* const followerP = Follower();
+    if (before != song && followerP != nullptr) followerP->PlayingSongChanged(before);
 }
 
 // ---- Lists ----

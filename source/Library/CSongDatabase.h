@@ -16,12 +16,10 @@
 #include "Library/CRowValues.h"
 #include "Library/CSinger.h"
 #include "Library/CSong.h"
-#include "Library/CSongLengths.h"
-#include "Library/CSongWarnings.h"
+#include "Library/CSongFollower.h"
 #include "Library/LibrarySettings.h"
 #include "Platform/CUserInterface.h"
 
-class CSongFileKeeper;
 
 /** What the library asks of those above it. Main thread; outlives the database. */
 class CSongDatabaseHost {
@@ -115,8 +113,9 @@ public:
         return i_singerValuesRef;
     }
 
-    /** Who keeps the files of songs that other songs name: the one whom a task uses already, else a new one. */
-    [[nodiscard]] std::shared_ptr<CSongFileKeeper> FileKeeper();
+    /** Who does what follows when songs change; null without. Set on the main thread. */
+    void SetFollower(CSongFollower* followerP) noexcept { i_followerP.store(followerP); }
+    [[nodiscard]] CSongFollower* Follower() const noexcept { return i_followerP.load(); }
     /** A place of the song names another file now. Any thread; under a CMeta's lock too. */
     void NoteFile(SongID song, const CMetaValue& file) const;
 
@@ -220,8 +219,6 @@ public:
     void QueueChange(SongID song, MetaKey key);
     /** Hands on what is queued now. */
     void FlushChanges();
-    /** Names the files of the songs that were edited after them, now, when the preferences want that. */
-    void PushEdits();
     /** The places of these songs in the lists, and who watches them. */
     void UpdateItems(std::span<const SongID> songs, std::span<const MetaKey> keys);
     /** Any thread; under a CMeta's lock too. Singers count their changes themselves. */
@@ -231,13 +228,6 @@ public:
     /** The library loads: nothing becomes dirty, songs queue nothing (CLoadingScope). */
     void SetLoading(bool loadingB) noexcept { i_loadingB.store(loadingB, std::memory_order_relaxed); }
     [[nodiscard]] bool IsLoading() const noexcept { return i_loadingB.load(std::memory_order_relaxed); }
-
-    /** The lists of songs that something is wrong with. Main thread. */
-    [[nodiscard]] CSongWarnings& Warnings() noexcept { return i_warnings; }
-    /** Who looks how long songs play. Main thread. */
-    [[nodiscard]] CSongLengths& Lengths() noexcept { return i_lengths; }
-    /** The files of this song get their name when it has ceased to play. Main thread. */
-    void RenameLater(SongID song) { i_renameLater.insert(Number(song)); }
 
     void AddWatcher(CListWatcher& watcher) { i_watchers.Add(watcher); }
     void RemoveWatcher(CListWatcher& watcher) { i_watchers.Remove(watcher); }
@@ -250,12 +240,6 @@ public:
     void SongsLeaveLibrary(CPlayList& library, std::span<const PLItemID> items);
 
 private:
-    struct Change {
-        SongID song;
-        MetaKey key;
-        bool batchB;   // one of many that came in one go: no edit
-    };
-    void NoteEdits(std::span<const Change> changes);
     [[nodiscard]] std::vector<PLItemID> ItemsOf(const CPlayList& list, std::span<const SongID> songs) const;
 
     CSongDatabaseHost& i_host;
@@ -270,20 +254,17 @@ private:
         0;   // rows of the library's list whose song has another one; too many rather than too few
     CMutexT<std::int32_t> i_nextID{Number(kPlaylistID_Library) + 1};
     CMutexT<std::shared_ptr<const LibrarySettings>> i_settings{std::make_shared<const LibrarySettings>()};
-    CMutexT<std::weak_ptr<CSongFileKeeper>> i_keeper;   // while a task works on files
+    std::atomic<CSongFollower*> i_followerP{nullptr};
     CMutexT<SongID> i_songP{SongID{0}};
     const std::shared_ptr<std::atomic<bool>> i_stoppingRef = std::make_shared<std::atomic<bool>>(false);
     std::atomic<long> i_batchesL{0};
     long i_addingL = 0;
-    CMutexT<std::vector<Change>> i_changes;
-    ForkID i_changesTimer = 0, i_pushTimer = 0;
-    std::set<std::int32_t> i_edited;   // whose files wait for their names
+    CMutexT<std::vector<SongChange>> i_changes;
+    ForkID i_changesTimer = 0;
     std::atomic<bool> i_loadingB{false}, i_singersChangedB{false};
     std::uint32_t i_songsRevisionL = 0;
     bool i_dirtyB = false;
     bool i_reasonToldB = false;
-    CSongWarnings i_warnings{*this};
-    CSongLengths i_lengths{*this};
-    std::set<std::int32_t> i_renameLater, i_missing;
+    std::set<std::int32_t> i_missing;
     CWatchers<CListWatcher> i_watchers;
 };

@@ -5,17 +5,9 @@
 #include "Core/CLog.h"
 #include "Core/ThreadInfo.h"
 #include "Library/CSongDatabase.h"
-#include "Library/CT_ConformNames.h"
-#include "Library/CT_FindMissing.h"
 #include "Library/CT_SongChanges.h"
 
 namespace {
-
-// A song whose place of these changed may be missing now, or may be found again.
-constexpr MetaKey kMissing_Keys[] = {"Sfs0"_key, "Sfs1"_key, "Sfs2"_key};
-
-// The values that a template can put into the name of a song's files.
-constexpr MetaKey kNamed_Keys[] = {"name"_key, "arts"_key, "albm"_key, "trak"_key, "rdtn"_key};
 
 class MT_SetDirty final : public CMainThreadProc {
 public:
@@ -56,7 +48,7 @@ void CSongDatabase::SetDirty(bool dirtyB, std::string_view reason) {
 
 void CSongDatabase::QueueChange(SongID song, MetaKey key) {
     if (i_loadingB.load(std::memory_order_relaxed)) return;
-    const bool firstB = i_changes.With([&](std::vector<Change>& changes) {
+    const bool firstB = i_changes.With([&](std::vector<SongChange>& changes) {
         changes.push_back({song, key, IsInBatch()});
         return changes.size() == 1;
     });
@@ -70,17 +62,16 @@ void CSongDatabase::SetFacts(LibraryFacts facts) {
 }
 
 void CSongDatabase::FlushChanges() {
-    std::vector<Change> changes = i_changes.Exchange({});
+    const std::vector<SongChange> changes = i_changes.Exchange({});
     if (i_singersChangedB.exchange(false)) SetDirty(true, "singer changed");
     if (changes.empty()) return;
     ++i_songsRevisionL;
     std::vector<SongID> songs;
     std::vector<MetaKey> keys;
-    for (const Change& change : changes) {
+    for (const SongChange& change : changes) {
         songs.push_back(change.song);
         keys.push_back(change.key);
     }
-    NoteEdits(changes);
     const auto makeUnique = [](auto& all) {
         std::ranges::sort(all);
         all.erase(std::unique(all.begin(), all.end()), all.end());
@@ -89,27 +80,7 @@ void CSongDatabase::FlushChanges() {
     makeUnique(keys);
     UpdateItems(songs, keys);
     SetDirty(true, "songs changed");
-    const bool filesB =
-        std::ranges::any_of(kMissing_Keys, [&](MetaKey key) { return std::ranges::find(keys, key) != keys.end(); });
-    if (filesB && Failed(CT_FindMissing::Start(*this, std::move(songs)))) Log("### Error looking for missing songs");
-}
-
-void CSongDatabase::NoteEdits(std::span<const Change> changes) {
-    const auto settingsRef = Settings();
-    if (!settingsRef->pushEditsB || !settingsRef->conformNamesB) return;
-    bool editedB = false;
-    for (const Change& change : changes)
-        if (!change.batchB && std::ranges::find(kNamed_Keys, change.key) != std::end(kNamed_Keys)) {
-            i_edited.insert(Number(change.song));
-            editedB = true;
-        }
-    if (editedB) CT_Timer::SetInterval(i_pushTimer, settingsRef->pushWaitT);
-}
-
-void CSongDatabase::PushEdits() {
-    std::vector<SongID> songs;
-    for (const std::int32_t id : std::exchange(i_edited, {})) songs.push_back(SongID{id});
-    if (!songs.empty() && Failed(CT_ConformNames::Start(*this, std::move(songs)))) Log("### Error renaming songs");
+    if (CSongFollower* const followerP = Follower()) followerP->SongsWereChanged(changes);
 }
 
 /** The rows of these songs, which are sorted and no more than once each. A song knows its row in the library's list:

@@ -8,7 +8,7 @@ class CSongDatabase;
 
 /** Songs that want their length ("drtn"): one task at a time looks at their files, and whoever comes meanwhile waits.
     Threads  main.
-    Owner    CSongDatabase. */
+    Owner    CSongFileWork. */
 class CSongLengths {
 public:
     explicit CSongLengths(CSongDatabase& database) : i_database(database) {}

@@ -12,7 +12,7 @@ enum class SongWarning : unsigned char { kNotRenamed, kCorruptMP3 };
 /** Songs that something is wrong with: each kind has a hidden list, made on its first use, in which a song stands once;
     the user hears of it at most every two hours, and not at all when he said so.
     Threads  main.
-    Owner    CSongDatabase. */
+    Owner    CSongFileWork. */
 class CSongWarnings {
 public:
     explicit CSongWarnings(CSongDatabase& database) : i_database(database) {}

@@ -6,6 +6,7 @@
 #include "Core/SmallExtension.h"
 #include "Library/CallOnDatabase.h"
 #include "Library/CSongDatabase.h"
+#include "Library/CSongFileWork.h"
 #include "Library/FileSystemName.h"
 #include "Library/SongFileTypes.h"
 #include "Library/SongFolders.h"
@@ -101,7 +102,7 @@ OSErr CSongZip::Prepare() {
     OSErr err = VerifyAudio(i_files->Ref(SDB_SongFile_AUDIO));
     if (Failed(LogStep(err, "verifying before copying meta", i_files->Ref(SDB_SongFile_AUDIO).GetPath()))) {
         (void)CallOnDatabase("corrupt sound", i_world.databaseRef, [this](CSongDatabase& database) {
-            if (database.GetSong(i_song) != nullptr) database.Warnings().Add(SongWarning::kCorruptMP3, i_song);
+            if (database.GetSong(i_song) != nullptr) CSongFileWork::Of(database).Warnings().Add(SongWarning::kCorruptMP3, i_song);
             return noErr;
         });
         return err;

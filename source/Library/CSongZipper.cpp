@@ -4,6 +4,7 @@
 
 #include "Core/CLog.h"
 #include "Library/CSongDatabase.h"
+#include "Library/CSongFileWork.h"
 
 CSongZipper::CSongZipper(CSongDatabase& database, std::shared_ptr<CBusySongs> busyRef)
     : i_database(database), i_busyRef(std::move(busyRef)) {}
@@ -25,7 +26,7 @@ OSErr CSongZipper::Zip(SongID song, OldZip oldZip, std::function<void(OSErr err)
     Log("ZIP: --> queing for zip");
     auto zipRef = std::make_shared<CSongZip>(
         SongFileWorld{i_database.Self(), i_database.Songs(), i_database.Settings(), i_busyRef,
-                      i_database.FileKeeper()},
+                      CSongFileWork::Of(i_database).Keeper()},
         song, oldZip);
     const bool newB =
         i_runningRef->With([&](Running& running) { return running.try_emplace(Number(song), zipRef).second; });

@@ -4,6 +4,7 @@
 
 #include "Core/CLog.h"
 #include "Library/CSongDatabase.h"
+#include "Library/CSongFileWork.h"
 #include "Library/MakeSongOfFiles.h"
 #include "Platform/CClock.h"
 
@@ -114,7 +115,7 @@ OSErr CT_AddFiles::Completion(OSErr err) {
     i_added.refused = std::move(i_found.refused);
     LogF("Added: %lu", static_cast<unsigned long>(i_added.newL));
     // Afterwards: a disc may take ten milliseconds a file, and the songs can be played meanwhile.
-    database.Lengths().Find(i_fresh);
+    CSongFileWork::Of(database).Lengths().Find(i_fresh);
     i_adding.reset();   // whoever is told may take his time
     i_done(err, i_added);
     return err;

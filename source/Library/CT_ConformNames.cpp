@@ -2,6 +2,7 @@
 
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
+#include "Library/CSongFileWork.h"
 #include "Library/FileSystemName.h"
 #include "Library/SongRename.h"
 
@@ -15,7 +16,7 @@ OSErr CT_ConformNames::Start(CSongDatabase& database, std::vector<SongID> songs,
 }
 
 CT_ConformNames::CT_ConformNames(CSongDatabase& database, std::vector<SongID> songs, Done done)
-    : CT_OnSongs("conform names", database, std::move(songs), std::move(done)), i_keeperRef(database.FileKeeper()) {}
+    : CT_OnSongs("conform names", database, std::move(songs), std::move(done)), i_keeperRef(CSongFileWork::Of(database).Keeper()) {}
 
 OSErr CT_ConformNames::OnSong(CSongFiles& files) {
     const SongID id = files.Song();
@@ -25,7 +26,7 @@ OSErr CT_ConformNames::OnSong(CSongFiles& files) {
         const CSong* const songP = database.GetSong(id);
         if (songP == nullptr) return fnfErr;
         playsB = database.PlayingSong() == id;
-        if (playsB) database.RenameLater(id);
+        if (playsB) CSongFileWork::Of(database).RenameLater(id);
         name = ConformedName(songP->Meta(), Settings().nameTemplate);
         return noErr;
     });
@@ -46,7 +47,7 @@ OSErr CT_ConformNames::OnSong(CSongFiles& files) {
         CSong* const songP = database.GetSong(id);
         if (songP == nullptr) return noErr;   // its files have good names all the same
         for (const auto& [type, file] : renamed.moved) (void)songP->SetFile(type, file);
-        if (Failed(renamed.err)) database.Warnings().Add(SongWarning::kNotRenamed, id);
+        if (Failed(renamed.err)) CSongFileWork::Of(database).Warnings().Add(SongWarning::kNotRenamed, id);
         return noErr;
     });
 }

@@ -4,6 +4,7 @@
 
 #include "Core/CLog.h"
 #include "Core/FSrFolders.h"
+#include "Library/CSongFileWork.h"
 #include "Library/SongFileTypes.h"
 
 namespace {
@@ -30,7 +31,7 @@ OSErr CT_FindMissing::StartMarked(CSongDatabase& database, Done done) {
 }
 
 CT_FindMissing::CT_FindMissing(CSongDatabase& database, std::vector<SongID> songs, Done done)
-    : CT_OnSongs("find missing", database, std::move(songs), std::move(done)), i_keeperRef(database.FileKeeper()) {}
+    : CT_OnSongs("find missing", database, std::move(songs), std::move(done)), i_keeperRef(CSongFileWork::Of(database).Keeper()) {}
 
 bool CT_FindMissing::IsConcerned(const CSongFiles& files) const {
     if (i_below.empty() || files.WasMissing()) return true;

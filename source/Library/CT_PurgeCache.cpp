@@ -10,6 +10,7 @@
 #include "Core/WaitMode.h"
 #include "Library/CallOnDatabase.h"
 #include "Library/CSongDatabase.h"
+#include "Library/CSongFileWork.h"
 #include "Library/SongFolders.h"
 
 namespace {
@@ -30,7 +31,7 @@ OSErr CT_PurgeCache::Start(CSongDatabase& database, std::shared_ptr<CBusySongs> 
                            std::function<void(OSErr err)> done) {
     std::unique_ptr<CT_Preemptive> taskP(
         new CT_PurgeCache({database.Self(), database.Songs(), database.Settings(), std::move(busyRef),
-                           database.FileKeeper()},
+                           CSongFileWork::Of(database).Keeper()},
                           database.PlayingSong(), std::move(done)));
     return CT_Preemptive::Start(std::move(taskP)) == 0 ? abortErr : noErr;
 }

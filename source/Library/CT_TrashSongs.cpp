@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Core/CLog.h"
+#include "Library/CSongFileWork.h"
 
 namespace {
 constexpr SDB_SongFile kTrashed[] = {SDB_SongFile_AUDIO, SDB_SongFile_VIDEO, SDB_SongFile_ZIP, SDB_SongFile_META,
@@ -15,7 +16,7 @@ OSErr CT_TrashSongs::Start(CSongDatabase& database, std::vector<SongID> songs, D
 }
 
 CT_TrashSongs::CT_TrashSongs(CSongDatabase& database, std::vector<SongID> songs, Done done)
-    : CT_OnSongs("Moving songs to trash", database, std::move(songs), std::move(done)), i_keeperRef(database.FileKeeper()) {}
+    : CT_OnSongs("Moving songs to trash", database, std::move(songs), std::move(done)), i_keeperRef(CSongFileWork::Of(database).Keeper()) {}
 
 OSErr CT_TrashSongs::OnSong(CSongFiles& files) {
     const OSErr plays = OnMain("may it go", [&](const CSongDatabase& database) {

@@ -5,6 +5,7 @@
 
 #include "Core/CLog.h"
 #include "Library/PropertyListStream.h"
+#include "Library/ReadID.h"
 
 namespace {
 

@@ -6,6 +6,7 @@
 
 #include "Core/CFileRef.h"
 #include "Library/PlaylistRecord.h"
+#include "Library/SingerRecord.h"
 
 /** The property-list files of the library, read and written as plain records. What a file holds that this program does
     not know is kept and written again.
@@ -39,16 +40,6 @@ OSErr ReadPlaylistFile(const CFileRef& file, PlaylistRecord& playlist);
 OSErr WritePlaylistFile(const CFileRef& file, const PlaylistRecord& playlist);
 
 /** "Singer.xml", or a member of "Singers.xml". */
-struct SingerRecord {
-    CCFDictionary meta;   // "siID" among it
-    std::uint32_t tonightID = 0, favoritesID = 0, historyID = 0;
-    std::optional<bool> twirledDownB;   // stands in "Singer.xml" alone
-    CCFDictionary songInfo;             // from the text of a song's id
-    CCFDictionary otherKeys;
-
-    [[nodiscard]] std::uint32_t ID() const { return ReadID(meta, "siID"); }
-    friend bool operator==(const SingerRecord&, const SingerRecord&) = default;
-};
 OSErr ReadSingerFile(const CFileRef& file, SingerRecord& singer);
 OSErr WriteSingerFile(const CFileRef& file, const SingerRecord& singer);
 OSErr ReadSingersFile(const CFileRef& file, std::vector<SingerRecord>& singers);

@@ -4,19 +4,13 @@
 
 #include "Core/CCFXmlWriter.h"
 #include "Core/CLog.h"
+#include "Library/ReadID.h"
 
 namespace {
 // The keys of a row.
 constexpr std::string_view kItem_ID = "ID", kItem_SongID = "Song ID", kItem_Song = "Song", kItem_Singer = "Singer",
                            kItem_Type = "Item Type", kItem_Play = "Play", kPlaylist_Items = "Playlist Items";
 }   // namespace
-
-std::uint32_t ReadID(const CCFDictionary& dictionary, std::string_view key) {
-    const std::int64_t value = dictionary.GetInteger(key);
-    if (value >= 0 && value <= std::numeric_limits<std::uint32_t>::max()) return static_cast<std::uint32_t>(value);
-    LogF("### Error %.*s is no id: %lld", static_cast<int>(key.size()), key.data(), static_cast<long long>(value));
-    return 0;
-}
 
 PlaylistItemRecord PlaylistItemRecord::FromDictionary(const CCFDictionary& dictionary) {
     PlaylistItemRecord item;

@@ -38,5 +38,3 @@ struct PlaylistRecord {
     friend bool operator==(const PlaylistRecord&, const PlaylistRecord&) = default;
 };
 
-/** The id under a key of a library file; 0 when it is none (logged) or not there. */
-[[nodiscard]] std::uint32_t ReadID(const CCFDictionary& dictionary, std::string_view key);

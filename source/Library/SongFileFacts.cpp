@@ -5,9 +5,9 @@
 #include <cmath>
 #include <limits>
 
+#include "Core/CFileRef.h"
 #include "Core/SmallExtension.h"
 #include "Library/CMeta.h"
-#include "Library/SongFileSets.h"
 
 namespace {
 
@@ -20,9 +20,9 @@ CFDate DateOf(std::int64_t nanosecondsL) {
 
 }   // namespace
 
-SongFileFacts SongFileFacts::Of(const SongFileSet& set) {
+SongFileFacts SongFileFacts::Of(std::initializer_list<const CFileRef*> files) {
     SongFileFacts facts;
-    for (const CFileRef* const fileP : {&set.audio, &set.zip, &set.video}) {
+    for (const CFileRef* const fileP : files) {
         FileInfo info;
         if (fileP->IsEmpty() || CFileCalls::Get().Look(fileP->GetPath(), true, info) != 0) continue;
         facts.bytesL += info.bytesL;

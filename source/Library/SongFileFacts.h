@@ -1,11 +1,12 @@
 #pragma once
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 
 #include "Core/CCFValue.h"
 
+class CFileRef;
 class CMeta;
-struct SongFileSet;
 
 /** What a song's files tell without being opened. */
 struct SongFileFacts {
@@ -13,8 +14,8 @@ struct SongFileFacts {
     std::int64_t modifiedL = 0;    // the youngest; nanoseconds since 1970
     std::string format;            // by the ending of what sounds: "MP3", four characters at most
 
-    /** Looks at the disc. */
-    [[nodiscard]] static SongFileFacts Of(const SongFileSet& set);
+    /** Of the song's files, what sounds first; empty ones are none. Looks at the disc. */
+    [[nodiscard]] static SongFileFacts Of(std::initializer_list<const CFileRef*> files);
 };
 
 /** "DAdd" of a new song. */

@@ -154,7 +154,7 @@ private:
     void Add(SongFileSet set) {
         const CFileRef& named = !set.zip.IsEmpty() ? set.zip : !set.audio.IsEmpty() ? set.audio : set.video;
         set.base = named.GetPath().stem().string();
-        set.facts = SongFileFacts::Of(set);
+        set.facts = SongFileFacts::Of({&set.audio, &set.zip, &set.video});
         if (i_there.insert({set.audio.GetPath(), set.video.GetPath(), set.zip.GetPath()}).second)
             i_result.sets.push_back(std::move(set));
     }

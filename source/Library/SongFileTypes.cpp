@@ -2,8 +2,8 @@
 
 #include <array>
 
-#include "Core/CZipSongMembers.h"
 #include "Core/SmallExtension.h"
+#include "Core/ZipSongKinds.h"
 
 namespace {
 

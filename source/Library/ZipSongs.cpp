@@ -6,6 +6,7 @@
 
 #include "Core/CThreadHost.h"
 #include "Library/CSongDatabase.h"
+#include "Library/CSongFileWork.h"
 #include "Library/CSongZipper.h"
 
 namespace {
@@ -14,7 +15,7 @@ namespace {
 class ZipBatch {
 public:
     ZipBatch(CSongDatabase& database, std::size_t countL, std::function<void(OSErr err)> done)
-        : i_databaseRef(database.Self()), i_keeperRef(database.FileKeeper()), i_countL(static_cast<long>(countL)), i_done(std::move(done)) {
+        : i_databaseRef(database.Self()), i_keeperRef(CSongFileWork::Of(database).Keeper()), i_countL(static_cast<long>(countL)), i_done(std::move(done)) {
         (void)CThreadHost::With([this](CThreadHost& host) { i_viewP = host.OpenTask("Zip songs"); });
         ShowSteps(i_viewP.get(), 0);
     }

@@ -158,6 +158,7 @@ TEST_F(AddFiles, TheDatabaseMayGoMeanwhile) {
     ASSERT_EQ(
         AddFilesToLibrary(*i_databaseP, std::vector<Path>{i_folder / "out"}, [&](const AddedFiles&) { toldB = true; }),
         noErr);
+    i_filesP.reset();
     i_databaseP.reset();
     OnWorker([] {});
     EXPECT_FALSE(toldB);

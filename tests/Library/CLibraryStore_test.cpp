@@ -7,6 +7,7 @@
 
 #include "Core/AlertHook.h"
 #include "Library/COrphanSearch.h"
+#include "Library/CSongFileWork.h"
 #include "Library/LibraryFileName.h"
 #include "ListTest.h"
 #include "Platform/CFileCalls_Faults.h"
@@ -84,6 +85,7 @@ protected:
     struct Loaded {
         TestDatabaseHost host;
         CSongDatabase database{host};
+        CSongFileWork files{database};
         std::unique_ptr<CLibraryStore> storeP;
         OSErr err = noErr;
         explicit Loaded(const LibraryPlaces& places) : storeP(std::make_unique<CLibraryStore>(database, places)) {
@@ -528,6 +530,7 @@ TEST_F(CLibraryStoreTest, ADamagedSongsFileIsMendedFromAWholeCopy) {
             TestDatabaseHost host;
             host.i_ui.answers = {Answer{bringB ? 0U : 1U, false}};
             CSongDatabase database(host);
+            const CSongFileWork files(database);
             database.SetSettings(settings);
             CLibraryStore store(database, i_places);
             ASSERT_EQ(store.LoadLibrary(), noErr);

@@ -54,7 +54,7 @@ TEST_F(SongFileKeeper, NoOperationTouchesWhatAnotherSongNames) {
                     (void)song.SetFile(SDB_SongFile_ZIP, CFileRef(shared));
                 }
                 const std::string before = Read(shared);
-                const auto keeperRef = i_databaseP->FileKeeper();
+                const auto keeperRef = i_filesP->Keeper();
                 if (way == kAfterTheLook) (void)keeperRef->MayTouch(CFileRef(shared), song.GetSongID());
                 CSong* otherP = nullptr;
                 const Path linked = i_folder / (operation == kPurge ? "LinkedCache" : "Linked") / shared.filename();

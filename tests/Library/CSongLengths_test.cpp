@@ -42,8 +42,8 @@ protected:
         return lines;
     }
     void WaitForLengths() {
-        EXPECT_TRUE(i_databaseP->Lengths().IsBusy());
-        while (i_databaseP->Lengths().IsBusy()) i_host.RunLoopPass();
+        EXPECT_TRUE(i_filesP->Lengths().IsBusy());
+        while (i_filesP->Lengths().IsBusy()) i_host.RunLoopPass();
     }
     void DurationChanged(PlaylistID list) override {
         if (list == kPlaylistID_Library) ++i_sumsL;
@@ -89,9 +89,9 @@ TEST_F(SongLengths, OnlySongsWithoutOneAreLookedAtAndAListKnowsItsSum) {
         return true;
     };
     EXPECT_TRUE(sumIs(5));
-    i_databaseP->Lengths().FindAll();
+    i_filesP->Lengths().FindAll();
     const SongID late = found.GetSongID();
-    i_databaseP->Lengths().Find(std::span(&late, 1));   // waits its turn, and has its length by then
+    i_filesP->Lengths().Find(std::span(&late, 1));   // waits its turn, and has its length by then
     WaitForLengths();
     EXPECT_EQ(given.Meta().GetInteger("drtn"_key), 5);
     EXPECT_FALSE(away.Meta().Stored("drtn"_key));
@@ -115,8 +115,9 @@ TEST_F(SongLengths, TheDatabaseMayGoWhileTheyAreLookedFor) {
     for (int n = 0; n < 300; ++n) Make("out/" + std::to_string(n) + ".mp3", Media("plain.mp3"));
     const std::vector<Path> paths{i_folder / "out"};
     EXPECT_EQ(AddFilesToLibrary(*i_databaseP, paths).size(), 300U);
-    EXPECT_TRUE(i_databaseP->Lengths().IsBusy());
+    EXPECT_TRUE(i_filesP->Lengths().IsBusy());
     i_databaseP->RemoveWatcher(*this);
+    i_filesP.reset();
     i_databaseP.reset();
 }
 

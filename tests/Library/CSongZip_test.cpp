@@ -22,7 +22,7 @@ protected:
     }
     SongFileWorld World() {
         return {i_databaseP->Self(), i_databaseP->Songs(), i_databaseP->Settings(), i_busyRef,
-                i_databaseP->FileKeeper()};
+                i_filesP->Keeper()};
     }
     /** Here, where the main thread answers itself. */
     OSErr Zip(SongID song, OldZip oldZip = OldZip::kRefuse) { return CSongZip(World(), song, oldZip).Run(); }

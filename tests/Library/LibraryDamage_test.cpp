@@ -6,6 +6,7 @@
 #include "Core/CLog.h"
 #include "Core/FSError.h"
 #include "Library/CLibraryStore.h"
+#include "Library/CSongFileWork.h"
 #include "ListTest.h"
 #include "Platform/CFileCalls_Faults.h"
 #include "Platform/CFolders.h"
@@ -73,6 +74,7 @@ protected:
     struct Loaded {
         TestDatabaseHost host;
         CSongDatabase database{host};
+        CSongFileWork files{database};
         CLibraryStore store;
         OSErr err;
         explicit Loaded(const LibraryPlaces& places) : store(database, places), err(store.LoadLibrary()) {}
@@ -166,6 +168,7 @@ TEST_F(LibraryDamage, WhatIsKeptBackIsNoDamage) {
                 TestDatabaseHost host;
                 if (backB) host.i_ui.answers = {Answer{1, false}, Answer{1, false}};
                 CSongDatabase database(host);
+                const CSongFileWork files(database);
                 CLibraryStore store(database, i_places);
                 const OSErr err = store.LoadLibrary();
                 CFileCalls::Install(nullptr);

@@ -134,7 +134,9 @@ protected:
     }
     /** Everything of the last finished save is there; of the one that was cut short, anything or nothing. */
     void Check() {
+        i_filesP.reset();
         i_databaseP = std::make_unique<CSongDatabase>(i_above);
+        i_filesP = std::make_unique<CSongFileWork>(*i_databaseP);
         CLibraryStore store(*i_databaseP, PlacesIn(i_root));
         ASSERT_EQ(store.LoadLibrary(), noErr);
         ASSERT_TRUE(store.Report().wholeB);

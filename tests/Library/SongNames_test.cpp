@@ -297,7 +297,7 @@ TEST_F(SongRenames, AllOrNoneWhateverFails) {
             if (std::string_view(callZ) == "rename new" && ++renamesL == failingL) faults.FailAt(n, EIO);
         });
         CFileCalls::Install(&faults);
-        const SongRename renamed = SongRename::Run(*i_databaseP->FileKeeper(), FilesOf(song), "New");
+        const SongRename renamed = SongRename::Run(*i_filesP->Keeper(), FilesOf(song), "New");
         EndFaults();
         if (!Failed(renamed.err)) break;
         ++failuresL;
@@ -317,7 +317,7 @@ TEST_F(SongRenames, WhatCannotGoBackIsTold) {
         if (std::string_view(callZ) == "rename new" && ++renamesL == 2) faults.FailFrom(n, EIO);
     });
     CFileCalls::Install(&faults);
-    const SongRename renamed = SongRename::Run(*i_databaseP->FileKeeper(), FilesOf(song), "New");
+    const SongRename renamed = SongRename::Run(*i_filesP->Keeper(), FilesOf(song), "New");
     EndFaults();
     EXPECT_EQ(renamed.err, ioErr);
     ASSERT_EQ(renamed.moved.size(), 1U);
@@ -329,19 +329,19 @@ TEST_F(SongRenames, ATakenNameGetsANumberForAllFiles) {
     Make("Music/New.cdg", "another song's");
     Make("Music/New 2.mp3", "a third one's");
     CSong& song = PairIn("Music", "old", "New", "");
-    EXPECT_EQ(SongRename::Run(*i_databaseP->FileKeeper(), FilesOf(song), "New").moved.size(), 2U);
+    EXPECT_EQ(SongRename::Run(*i_filesP->Keeper(), FilesOf(song), "New").moved.size(), 2U);
     EXPECT_EQ(Tree("Music"), "New 2.mp3|New 3.cdg|New 3.mp3|New.cdg");
     EXPECT_EQ(Read(i_folder / "Music/New.cdg"), "another song's");
     (void)song.SetFile(SDB_SongFile_AUDIO, CFileRef(i_folder / "Music/New 3.mp3"));
     (void)song.SetFile(SDB_SongFile_VIDEO, CFileRef(i_folder / "Music/New 3.cdg"));
     EXPECT_TRUE(
-        SongRename::Run(*i_databaseP->FileKeeper(), FilesOf(song), "New").moved.empty());   // it keeps its number
+        SongRename::Run(*i_filesP->Keeper(), FilesOf(song), "New").moved.empty());   // it keeps its number
     // A long name is cut alike for all, and what is only referenced keeps its name.
     CSong& other = PairIn("Music", "x", "", "");
     ASSERT_EQ(other.SetFile(SDB_SongFile_PROJECT, CFileRef(Make("out/x.lrc"))), noErr);
     std::string longName;
     for (int n = 0; n < 90; ++n) longName += "歌";
-    const SongRename renamed = SongRename::Run(*i_databaseP->FileKeeper(), FilesOf(other), longName);
+    const SongRename renamed = SongRename::Run(*i_filesP->Keeper(), FilesOf(other), longName);
     ASSERT_EQ(renamed.moved.size(), 2U);
     EXPECT_EQ(renamed.moved[0].second.GetPath().stem(), renamed.moved[1].second.GetPath().stem());
     EXPECT_EQ(renamed.moved[0].second.GetName().size(), 253U);
@@ -376,7 +376,7 @@ TEST_F(SongRenames, OtherCapitalsAreTheSameFileOnADiscThatIgnoresThem) {
     CSong& song = PairIn("Music", "abba", "Abba", "");
     CFileCalls_NoCase calls;
     CFileCalls::Install(&calls);
-    const SongRename renamed = SongRename::Run(*i_databaseP->FileKeeper(), FilesOf(song), "Abba");
+    const SongRename renamed = SongRename::Run(*i_filesP->Keeper(), FilesOf(song), "Abba");
     EXPECT_EQ(renamed.err, noErr);
     EXPECT_EQ(Tree("Music"), "Abba.cdg|Abba.mp3|QUEEN.mp3");
     for (const auto& [type, file] : renamed.moved) (void)song.SetFile(type, file);
@@ -384,11 +384,11 @@ TEST_F(SongRenames, OtherCapitalsAreTheSameFileOnADiscThatIgnoresThem) {
     EXPECT_EQ(FSrMakeUniqueName(CFileRef(i_folder / "Music"), "ABBA.mp3", unique, song.FileRef(SDB_SongFile_AUDIO)),
               noErr);
     EXPECT_EQ(unique, "ABBA.mp3");
-    EXPECT_EQ(SongRename::Run(*i_databaseP->FileKeeper(), FilesOf(song), "Queen").err, noErr);
+    EXPECT_EQ(SongRename::Run(*i_filesP->Keeper(), FilesOf(song), "Queen").err, noErr);
     EXPECT_EQ(Tree("Music"), "QUEEN.mp3|Queen 2.cdg|Queen 2.mp3");
     (void)song.SetFile(SDB_SongFile_AUDIO, CFileRef(i_folder / "Music/Queen 2.mp3"));
     (void)Song("Other").SetFile(SDB_SongFile_AUDIO, CFileRef(i_folder / "Music/QUEEN 2.MP3"));   // the same one
-    EXPECT_EQ(i_databaseP->FileKeeper()->Delete(song.FileRef(SDB_SongFile_AUDIO), song.GetSongID()),
+    EXPECT_EQ(i_filesP->Keeper()->Delete(song.FileRef(SDB_SongFile_AUDIO), song.GetSongID()),
               alreadyReportedErr);
     CFileCalls::Install(nullptr);
 }
@@ -479,12 +479,12 @@ TEST_F(SongRenames, TwoFailuresAreToldOnceAndGiveTwoRows) {
     ASSERT_EQ(i_above.i_told.size(), 2U);
     i_above.i_act();
     EXPECT_EQ(i_above.i_stopped, "Warn if there is a problem updating meta");
-    i_databaseP->Warnings().Add(SongWarning::kCorruptMP3, one.GetSongID());   // a kind of its own
+    i_filesP->Warnings().Add(SongWarning::kCorruptMP3, one.GetSongID());   // a kind of its own
     ASSERT_EQ(i_above.i_told.size(), 3U);
     EXPECT_TRUE(i_above.i_told[2].starts_with("Corrupted MP3 File: ")) << i_above.i_told[2];
     ChangeSettings([](LibrarySettings& settings) { settings.warnMP3B = false; });
     Advance(9000.0);
-    i_databaseP->Warnings().Add(SongWarning::kCorruptMP3, two.GetSongID());
+    i_filesP->Warnings().Add(SongWarning::kCorruptMP3, two.GetSongID());
     Advance(1.0);
     EXPECT_EQ(i_above.i_told.size(), 3U);
     EXPECT_EQ(i_databaseP->PlayLists()[2]->Count(), 2U);

@@ -9,6 +9,7 @@
 #include "Graphics/CGraphicsPorts.h"
 #include "Library/CMetaManager.h"
 #include "Library/CSongDatabase.h"
+#include "Library/CSongFileWork.h"
 #include "Platform/CAudioOutput_Null.h"
 #include "Platform/CUserInterface_Scripted.h"
 #include "Platform/Feeder.h"
@@ -176,6 +177,7 @@ protected:
         });
         i_managerP = std::make_unique<CThreadManager>();
         i_databaseP = std::make_unique<CSongDatabase>(static_cast<CSongDatabaseHost&>(*this));
+        i_filesP = std::make_unique<CSongFileWork>(*i_databaseP);
         i_listP = &i_databaseP->AddPlaylist(kSourceDB_PLAYLIST, "evening");
         i_controlP = std::make_unique<CPlayControl>(static_cast<CPlayHost&>(*this));
         i_controlP->AddWatcher(*this);
@@ -185,6 +187,7 @@ protected:
         i_controlP.reset();
         i_managerP.reset();   // waits for the songs that are on their way out
         EXPECT_EQ(i_device.openedL, 0);
+        i_filesP.reset();
         i_databaseP.reset();
         SetAlertHook(nullptr);
         CLog::Get().SetLive(false);
@@ -359,6 +362,7 @@ protected:
     long i_sungAt300 = 0;   // where the last one was at its end
     std::unique_ptr<CThreadManager> i_managerP;
     std::unique_ptr<CSongDatabase> i_databaseP;
+    std::unique_ptr<CSongFileWork> i_filesP;
     CPlayList* i_listP = nullptr;
     std::unique_ptr<CPlayControl> i_controlP;
 };
