@@ -1,7 +1,7 @@
 #pragma once
 #include <chrono>
 
-#include "Core/CThreadHost.h"
+#include "Threads/CThreadHost.h"
 #include "Platform/CMainLoop_Plain.h"
 
 /** The least that the thread layer wants of an application. */

@@ -21,8 +21,8 @@
 #include "Audio/CAS_AudioRing.h"
 #include "Audio/CAS_Memory.h"
 #include "Audio/CAS_SpoolRec.h"
-#include "Audio/SampleForms.h"
-#include "Core/CThreadManager.h"
+#include "Media/SampleForms.h"
+#include "Threads/CThreadManager.h"
 
 namespace {
 

@@ -14,11 +14,11 @@
 
 #include "Audio/CAS_Null.h"
 #include "Audio/CAS_QuickTimeAudioReader.h"
-#include "Audio/CMediaAudio.h"
+#include "Media/CMediaAudio.h"
 #include "Audio/CSpoolPump.h"
-#include "Core/CByteSource_File.h"
-#include "Core/CThreadManager.h"
-#include "Core/ThreadInfo.h"
+#include "Files/CByteSource_File.h"
+#include "Threads/CThreadManager.h"
+#include "Threads/ThreadInfo.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>

@@ -9,16 +9,16 @@
 #include <string>
 #include <vector>
 
-#include "Audio/MediaLength.h"
+#include "Media/MediaLength.h"
 #include "BenchHost.h"
-#include "Core/CByteSource_File.h"
-#include "Core/CThreadHost.h"
-#include "Core/CThreadManager.h"
-#include "Core/ThreadInfo.h"
-#include "Library/AddFilesToLibrary.h"
-#include "Library/CMetaManager.h"
+#include "Files/CByteSource_File.h"
+#include "Threads/CThreadHost.h"
+#include "Threads/CThreadManager.h"
+#include "Threads/ThreadInfo.h"
+#include "SongFiles/AddFilesToLibrary.h"
+#include "Meta/CMetaManager.h"
 #include "Library/CSongDatabase.h"
-#include "Library/CSongFileWork.h"
+#include "SongFiles/CSongFileWork.h"
 
 namespace {
 

@@ -16,14 +16,14 @@
 
 #include "BenchHost.h"
 #include "Core/CLog.h"
-#include "Core/CThreadHost.h"
-#include "Core/CThreadManager.h"
-#include "Core/ThreadInfo.h"
-#include "Library/CLibraryStore.h"
-#include "Library/CMetaManager.h"
+#include "Threads/CThreadHost.h"
+#include "Threads/CThreadManager.h"
+#include "Threads/ThreadInfo.h"
+#include "Storage/CLibraryStore.h"
+#include "Meta/CMetaManager.h"
 #include "Library/CSongDatabase.h"
-#include "Library/CSongFileKeeper.h"
-#include "Library/CSongFileWork.h"
+#include "SongFiles/CSongFileKeeper.h"
+#include "SongFiles/CSongFileWork.h"
 
 namespace {
 

@@ -7,11 +7,11 @@
 #include <vector>
 
 #include "BenchHost.h"
-#include "Core/CThreadHost.h"
-#include "Core/CThreadManager.h"
-#include "Core/ThreadInfo.h"
-#include "Library/CCollation.h"
-#include "Library/CMetaManager.h"
+#include "Threads/CThreadHost.h"
+#include "Threads/CThreadManager.h"
+#include "Threads/ThreadInfo.h"
+#include "Meta/CCollation.h"
+#include "Meta/CMetaManager.h"
 #include "Library/CSongDatabase.h"
 
 namespace {

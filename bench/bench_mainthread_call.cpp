@@ -7,12 +7,12 @@
 #include <thread>
 #include <vector>
 
-#include "Core/CMainThreadProc.h"
-#include "Core/CThreadHost.h"
-#include "Core/CThreadManager.h"
-#include "Core/ThreadInfo.h"
+#include "Threads/CMainThreadProc.h"
+#include "Threads/CThreadHost.h"
+#include "Threads/CThreadManager.h"
+#include "Threads/ThreadInfo.h"
 #include "Platform/CMainLoop_Plain.h"
-#include "Shell/CMainLoop_Qt.h"
+#include "Widgets/CMainLoop_Qt.h"
 
 namespace {
 

@@ -11,9 +11,9 @@
 #include <string>
 #include <vector>
 
-#include "Library/CCollation.h"
-#include "Library/CMeta.h"
-#include "Library/CMetaManager.h"
+#include "Meta/CCollation.h"
+#include "Meta/CMeta.h"
+#include "Meta/CMetaManager.h"
 
 // A library's worth of songs: what they weigh, how long they take to fill, to read and to sort.
 // bench_meta [songs]; 1,000,000 without a number.

@@ -17,10 +17,10 @@
 
 #include "BenchClock.h"
 #include "Cli/CCliHost.h"
-#include "Core/CCFPrefDictionary.h"
+#include "Values/CCFPrefDictionary.h"
 #include "Graphics/CGraphicsPorts.h"
-#include "Library/CMetaManager.h"
-#include "Library/CSongFileWork.h"
+#include "Meta/CMetaManager.h"
+#include "SongFiles/CSongFileWork.h"
 #include "Platform/CAudioOutput_Null.h"
 #include "Platform/CAudioOutput_SDL.h"
 #include "Platform/CClock.h"

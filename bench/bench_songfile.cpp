@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "Library/CSongFileReader.h"
-#include "Library/CSongFileWriter.h"
+#include "Storage/CSongFileReader.h"
+#include "Storage/CSongFileWriter.h"
 
 namespace {
 

@@ -14,12 +14,12 @@
 #include <thread>
 #include <vector>
 
-#include "Core/CByteSource_File.h"
-#include "Core/CThreadManager.h"
-#include "Core/ThreadInfo.h"
-#include "Graphics/CAS_QuickTimeVideo.h"
-#include "Graphics/CMoviePainter.h"
-#include "Graphics/CMovieReader.h"
+#include "Files/CByteSource_File.h"
+#include "Threads/CThreadManager.h"
+#include "Threads/ThreadInfo.h"
+#include "Movies/CAS_QuickTimeVideo.h"
+#include "Movies/CMoviePainter.h"
+#include "Movies/CMovieReader.h"
 
 extern "C" {
 #include <libavutil/frame.h>

@@ -14,11 +14,11 @@
 #include <vector>
 
 #include "BenchClock.h"
-#include "Core/CByteSource_Zip.h"
-#include "Core/CZipArchive.h"
-#include "Core/CZipSongMembers.h"
-#include "Core/CZipUnpacker.h"
-#include "Core/ZipRecords.h"
+#include "Zip/CByteSource_Zip.h"
+#include "Zip/CZipArchive.h"
+#include "Zip/CZipSongMembers.h"
+#include "Zip/CZipUnpacker.h"
+#include "Zip/ZipRecords.h"
 
 namespace {
 

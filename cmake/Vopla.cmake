@@ -1,4 +1,4 @@
-# Flags of every target, and one function for each kind of room: module, tests, bench, fuzz.
+# Flags of every target, and the programs beside the rooms: bench, fuzz.
 
 find_program(VOPLA_CCACHE ccache)
 if(VOPLA_CCACHE)
@@ -32,35 +32,6 @@ if(VOPLA_FUZZ)
     add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=undefined)
     add_link_options(-fsanitize=address,undefined)
 endif()
-
-# vopla_module(NAME dependency...): the library of one folder under source/. Dependencies after LIBS are foreign.
-function(vopla_module name)
-    cmake_parse_arguments(M "" "" "USES;LIBS" ${ARGN})
-    file(GLOB files CONFIGURE_DEPENDS *.cpp *.h)
-    add_library(${name} STATIC ${files})
-    target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/source)
-    target_link_libraries(${name} PUBLIC ${M_USES} Threads::Threads PRIVATE ${M_LIBS})
-    target_precompile_headers(${name} PRIVATE <algorithm> <array> <cstdint> <filesystem> <functional> <map> <memory>
-        <mutex> <optional> <span> <string> <string_view> <vector>)
-endfunction()
-
-# vopla_tests(NAME MODULE): every *.cpp of this folder in one test program.
-function(vopla_tests name)
-    cmake_parse_arguments(T "" "" "USES;LIBS" ${ARGN})
-    file(GLOB files CONFIGURE_DEPENDS *.cpp *.h)
-    if(NOT files)
-        return()
-    endif()
-    add_executable(${name} ${files} ${PROJECT_SOURCE_DIR}/tests/UseTheLocale.cpp)
-    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
-    target_link_libraries(${name} PRIVATE ${T_USES} ${T_LIBS} GTest::gmock_main GTest::gtest)
-    target_compile_definitions(${name} PRIVATE VOPLA_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
-        VOPLA_BINARY_DIR="${PROJECT_BINARY_DIR}")
-    # A test runs once for each time that it is compiled: what counts is the compiler's time.
-    target_compile_options(${name} PRIVATE -O0)
-    target_precompile_headers(${name} PRIVATE <gtest/gtest.h> <string> <vector>)
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
-endfunction()
 
 # vopla_program(FILE USES modules LIBS foreign): one bench or fuzz program of the file's name.
 function(vopla_program file)

@@ -4,7 +4,7 @@
 #include <memory>
 #include <vector>
 
-#include "Core/CInflate64.h"
+#include "Zip/CInflate64.h"
 
 namespace {
 

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "../tests/Core/MemorySource.h"
-#include "Audio/CMediaAudio.h"
-#include "Audio/MediaLength.h"
+#include "../tests/Files/MemorySource.h"
+#include "Media/CMediaAudio.h"
+#include "Media/MediaLength.h"
 
 namespace {
 

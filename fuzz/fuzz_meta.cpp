@@ -1,8 +1,8 @@
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include "Core/Assertions.h"
-#include "Library/CMeta_PLItem.h"
-#include "Library/CMetaManager.h"
+#include "Meta/CMeta_PLItem.h"
+#include "Meta/CMetaManager.h"
 #include "Library/CSong.h"
 #include "Platform/CFolders.h"
 

@@ -6,9 +6,9 @@
 #include <string>
 #include <string_view>
 
-#include "../tests/Core/MemorySource.h"
-#include "Graphics/CMoviePainter.h"
-#include "Graphics/CMovieReader.h"
+#include "../tests/Files/MemorySource.h"
+#include "Movies/CMoviePainter.h"
+#include "Movies/CMovieReader.h"
 
 extern "C" {
 #include <libavutil/frame.h>

@@ -2,7 +2,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "Core/PropertyList.h"
+#include "Values/PropertyList.h"
 
 // What parses, writes, and parses again to the same value; the second writing is the first, byte for byte.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* dataP, std::size_t sizeL) {

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "Library/CSongFileReader.h"
+#include "Storage/CSongFileReader.h"
 
 // Whatever is read can be written, and reads back the same, unless an offset falls on a number that the form misreads.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* dataP, std::size_t sizeL) {

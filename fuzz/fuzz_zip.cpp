@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "../tests/Core/MemorySource.h"
-#include "Core/CByteSource_Zip.h"
-#include "Core/CZipArchive.h"
-#include "Core/CZipSongMembers.h"
+#include "../tests/Files/MemorySource.h"
+#include "Zip/CByteSource_Zip.h"
+#include "Zip/CZipArchive.h"
+#include "Zip/CZipSongMembers.h"
 
 namespace {
 

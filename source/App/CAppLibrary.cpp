@@ -4,12 +4,12 @@
 
 #include "App/CAppWindows.h"
 #include "App/CNotices.h"
-#include "Core/CAlerts.h"
-#include "Core/CApp.h"
+#include "App/CAlerts.h"
+#include "App/CApp.h"
 #include "Core/CLog.h"
-#include "Core/FileURL.h"
-#include "Core/WaitMode.h"
-#include "Library/CT_FindMissing.h"
+#include "Files/FileURL.h"
+#include "Threads/WaitMode.h"
+#include "SongFiles/CT_FindMissing.h"
 #include "Platform/CClock.h"
 #include "Play/CPlayControl.h"
 

@@ -1,11 +1,11 @@
 #pragma once
 #include "App/CSaveTarget.h"
 #include "Core/CBackOff.h"
-#include "Library/CLibraryCommands.h"
-#include "Library/CLibraryLock.h"
-#include "Library/CLibraryStore.h"
+#include "SongFiles/CLibraryCommands.h"
+#include "Storage/CLibraryLock.h"
+#include "Storage/CLibraryStore.h"
 #include "Library/CSongDatabase.h"
-#include "Library/CSongFileWork.h"
+#include "SongFiles/CSongFileWork.h"
 #include "Platform/CMountTable.h"
 
 class CApp;

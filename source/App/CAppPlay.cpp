@@ -1,8 +1,8 @@
 #include "App/CAppPlay.h"
 
 #include "App/CAppWindows.h"
-#include "Core/CApp.h"
-#include "Library/CLibraryCommands.h"
+#include "App/CApp.h"
+#include "SongFiles/CLibraryCommands.h"
 
 CAppPlay::CAppPlay(CApp& app) : i_app(app), i_control(static_cast<CPlayHost&>(*this)) {
     i_app.SetCurrentSong(&i_control);

@@ -2,10 +2,10 @@
 
 #include "App/CAppLibrary.h"
 #include "App/SaveRules.h"
-#include "Core/CApp.h"
+#include "App/CApp.h"
 #include "Core/CLog.h"
-#include "Core/CSafeSave.h"
-#include "Core/CT_Preemptive.h"
+#include "Files/CSafeSave.h"
+#include "Threads/CT_Preemptive.h"
 #include "Platform/CClock.h"
 
 /** Writes the preferences. The application's end waits for it. */

@@ -2,12 +2,12 @@
 
 #include <utility>
 
-#include "Core/CAlerts.h"
-#include "Core/CApp.h"
+#include "App/CAlerts.h"
+#include "App/CApp.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
-#include "Graphics/CAS_QuickTimeVideo.h"
-#include "Graphics/CBreakOverlay.h"
+#include "Movies/CAS_QuickTimeVideo.h"
+#include "Movies/CBreakOverlay.h"
 #include "Graphics/CGraphicsPorts.h"
 #include "Graphics/COffscreen.h"
 

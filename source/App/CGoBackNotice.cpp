@@ -1,6 +1,6 @@
 #include "App/CGoBackNotice.h"
 
-#include "Library/TimeCode.h"
+#include "Meta/TimeCode.h"
 #include "Platform/CClock.h"
 #include "Play/CPlayControl.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 #include <string>
 
-#include "Core/CFileRef.h"
+#include "Files/CFileRef.h"
 
 class CApp;
 

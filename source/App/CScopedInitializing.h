@@ -1,5 +1,5 @@
 #pragma once
-#include "Core/CApp.h"
+#include "App/CApp.h"
 
 /** Sets the initialising flag for the length of a scope and puts it back.
     Threads  main only. */

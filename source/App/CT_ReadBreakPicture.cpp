@@ -1,8 +1,8 @@
 #include "App/CT_ReadBreakPicture.h"
 
 #include "App/CBreakScreen.h"
-#include "Core/CFileRef.h"
-#include "Graphics/CAS_QuickTimeVideo.h"
+#include "Files/CFileRef.h"
+#include "Movies/CAS_QuickTimeVideo.h"
 #include "Graphics/COffscreen.h"
 #include "Graphics/ImageFile.h"
 

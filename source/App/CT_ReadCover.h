@@ -2,7 +2,7 @@
 #include <filesystem>
 #include <memory>
 
-#include "Core/CT_Preemptive.h"
+#include "Threads/CT_Preemptive.h"
 
 class CCoverArt;
 class COffscreen;

@@ -4,7 +4,7 @@
 #include <mutex>
 
 #include "App/CAppWindows.h"
-#include "Core/CApp.h"
+#include "App/CApp.h"
 
 struct CTaskList::State {
     struct Line {

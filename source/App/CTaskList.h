@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Core/CThreadHost.h"
+#include "Threads/CThreadHost.h"
 
 enum class TaskID : std::uint64_t {};
 

@@ -1,7 +1,7 @@
 #include "App/IdleTimers.h"
 
 #include "App/LocalTime.h"
-#include "Core/CApp.h"
+#include "App/CApp.h"
 #include "Core/CLog.h"
 
 CT_IdleTimer_Save::CT_IdleTimer_Save(CApp& app) : CT_Timer("idle timer save", kTimer_Off, true), i_app(app) {}

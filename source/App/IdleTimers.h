@@ -1,5 +1,5 @@
 #pragma once
-#include "Core/CT_Timer.h"
+#include "Threads/CT_Timer.h"
 
 class CApp;
 

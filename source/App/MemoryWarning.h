@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "Core/CCFValue.h"
+#include "Values/CCFValue.h"
 
 /** Bytes that programs can still have, as the system's own file of facts tells; nothing when it does not. */
 [[nodiscard]] std::optional<std::uint64_t> FreeMemory(const std::filesystem::path& facts = "/proc/meminfo");

@@ -4,10 +4,10 @@
 #include <optional>
 
 #include "Core/CLog.h"
-#include "Core/CPreferences.h"
-#include "Core/PreferenceTable.h"
-#include "Core/PreferenceText.h"
-#include "Core/PropertyList.h"
+#include "Values/CPreferences.h"
+#include "Values/PreferenceTable.h"
+#include "Values/PreferenceText.h"
+#include "Values/PropertyList.h"
 
 namespace {
 

@@ -3,12 +3,12 @@
 #include <iostream>
 
 #include "App/PreferenceRequest.h"
-#include "Core/CAlerts.h"
+#include "App/CAlerts.h"
 #include "Core/CLog.h"
-#include "Core/CMainThreadProc.h"
+#include "Threads/CMainThreadProc.h"
 #include "Core/FaultText.h"
-#include "Core/WaitMode.h"
-#include "Library/AddFilesToLibrary.h"
+#include "Threads/WaitMode.h"
+#include "SongFiles/AddFilesToLibrary.h"
 #include "Library/CSongDatabase.h"
 #include "Platform/CMainLoop.h"
 #include "Platform/CUserInterface.h"

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "App/CHostRequests.h"
-#include "Core/CApp.h"
+#include "App/CApp.h"
 #include "Library/LibraryIDs.h"
 
 /** What a start of the program is to open: absolute paths. */

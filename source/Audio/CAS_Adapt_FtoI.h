@@ -4,8 +4,8 @@
 #include <utility>
 #include <vector>
 
-#include "Audio/SampleForms.h"
-#include "Audio/SpoolUnits.h"
+#include "Media/SampleForms.h"
+#include "Media/SpoolUnits.h"
 #include "Core/Assertions.h"
 #include "Platform/OSErr.h"
 

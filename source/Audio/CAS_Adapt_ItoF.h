@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "Audio/CAS_Ring.h"
-#include "Audio/SampleForms.h"
+#include "Media/SampleForms.h"
 #include "Core/Assertions.h"
 
 /** 16-bit samples outside, floats inside. A base that holds floats (the ring) gets them on its write side; one that

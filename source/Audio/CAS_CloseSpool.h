@@ -1,6 +1,6 @@
 #pragma once
 #include "Audio/CSpooler.h"
-#include "Core/CT_Preemptive.h"
+#include "Threads/CT_Preemptive.h"
 
 /** Closes one side of a spool where that may take its time: the main thread must not wait for a file. */
 class CAS_CloseSpool final : public CT_Preemptive {

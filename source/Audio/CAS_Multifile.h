@@ -1,6 +1,6 @@
 #pragma once
 #include "Audio/CAS_MultiSpool.h"
-#include "Core/CFileRef.h"
+#include "Files/CFileRef.h"
 
 /** A series of files read as one stream, such as the parts of a bin image. */
 class CAS_Multifile final : public CAS_MultiSpool {

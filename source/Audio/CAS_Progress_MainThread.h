@@ -1,6 +1,6 @@
 #pragma once
 #include "Audio/CSpooler.h"
-#include "Core/CMainThreadProc.h"
+#include "Threads/CMainThreadProc.h"
 
 /** Brings the progress of a spool to its line in the task list. Holds the spool until it was shown. */
 class CAS_Progress_MainThread final : public CMainThreadProc {

@@ -5,7 +5,7 @@
 
 #include "Core/AlertHook.h"
 #include "Core/Assertions.h"
-#include "Core/CByteSource_File.h"
+#include "Files/CByteSource_File.h"
 #include "Core/CLog.h"
 #include "Core/SmallExtension.h"
 

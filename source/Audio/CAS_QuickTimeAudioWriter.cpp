@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "Audio/CMediaFormat.h"
+#include "Media/CMediaFormat.h"
 #include "Core/CLog.h"
 
 extern "C" {

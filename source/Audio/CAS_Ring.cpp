@@ -4,7 +4,7 @@
 
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
-#include "Core/ThreadInfo.h"
+#include "Threads/ThreadInfo.h"
 
 namespace {
 SpoolTraits RingTraits() {

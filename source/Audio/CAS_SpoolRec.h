@@ -2,8 +2,8 @@
 #include <memory>
 
 #include "Audio/CSpoolPump.h"
-#include "Core/CT_Cooperative.h"
-#include "Core/CT_Preemptive.h"
+#include "Threads/CT_Cooperative.h"
+#include "Threads/CT_Preemptive.h"
 
 /** The task that runs a pump, on a thread of its own or as part of the main thread's world.
     Owner    the thread layer, from Start on. The spools are let go on the pump's thread, where closing may take its

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "Core/CZipSongMembers.h"
+#include "Zip/CZipSongMembers.h"
 
 namespace {
 

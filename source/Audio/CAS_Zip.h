@@ -1,7 +1,7 @@
 #pragma once
 #include "Audio/CSpooler.h"
-#include "Core/CByteSource_Zip.h"
-#include "Core/CMutex.h"
+#include "Zip/CByteSource_Zip.h"
+#include "Threads/CMutex.h"
 
 /** One member of a zip as a source: read in place and unpacked as the reader goes. Can be sought. Sub-code by its
    ending

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "Audio/CAutoCue.h"
-#include "Audio/SampleForms.h"
+#include "Media/SampleForms.h"
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "Core/CCFPrefDictionary.h"
+#include "Values/CCFPrefDictionary.h"
 
 namespace {
 constexpr std::size_t kRender_Frames = 2048;

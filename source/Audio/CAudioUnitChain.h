@@ -7,7 +7,7 @@
 
 #include "Audio/CAudioUnit.h"
 #include "Audio/CDeviceNews.h"
-#include "Core/CSemaphore.h"
+#include "Threads/CSemaphore.h"
 #include "Platform/CAudioOutput.h"
 
 /** What a block asked for now would be. */

@@ -1,7 +1,7 @@
 #pragma once
 #include <string>
 
-#include "Core/CMutex.h"
+#include "Threads/CMutex.h"
 
 /** What the operator hears of the output that he chose: each piece of news once, however many songs meet it.
     Units    names as the machine has them; an empty one is no device.

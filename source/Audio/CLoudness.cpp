@@ -7,9 +7,9 @@
 #include <limits>
 #include <vector>
 
-#include "Audio/CMediaAudio.h"
+#include "Media/CMediaAudio.h"
 #include "Audio/CSpooler.h"
-#include "Audio/SpoolUnits.h"
+#include "Media/SpoolUnits.h"
 
 namespace {
 constexpr std::size_t kLoudness_Block = 1U << 14;

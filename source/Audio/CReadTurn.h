@@ -1,7 +1,7 @@
 #pragma once
 #include <atomic>
 
-#include "Core/WaitMode.h"
+#include "Threads/WaitMode.h"
 
 /** Who reads a spool: the render thread, which only tries and never waits, or others, who go before it.
     Threads  TryBegin and End on the render thread; Others lives on any, several at once. */

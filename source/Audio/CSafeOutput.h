@@ -2,8 +2,8 @@
 #include <memory>
 #include <span>
 
-#include "Core/CDataFork.h"
-#include "Core/CSafeSave.h"
+#include "Files/CDataFork.h"
+#include "Files/CSafeSave.h"
 
 /** A file that is written over minutes and takes its name only once it is whole: a failed or stopped encoding leaves
    what was there before. Units    bytes. Threads  one at a time. Owner    the spool that writes. Gone before Finish, it

@@ -3,9 +3,9 @@
 #include <vector>
 
 #include "Audio/CAS_SpoolRec.h"
-#include "Audio/SampleForms.h"
+#include "Media/SampleForms.h"
 #include "Core/Assertions.h"
-#include "Core/ThreadInfo.h"
+#include "Threads/ThreadInfo.h"
 
 namespace {
 constexpr std::size_t kBlock_Samples = 4096;

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "Core/CSemaphore.h"
+#include "Threads/CSemaphore.h"
 
 struct CSpoolGate::Waiter {
     const long numberL;

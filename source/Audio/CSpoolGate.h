@@ -2,7 +2,7 @@
 #include <list>
 #include <mutex>
 
-#include "Core/WaitMode.h"
+#include "Threads/WaitMode.h"
 
 /** Lets waits through up to a number: whoever waits for something takes the next number, whoever brings it about says
    how far it has come. Several may wait at once, also one below another on the main thread's stack; none takes

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "Core/CLog.h"
-#include "Core/CThreadManager.h"
-#include "Core/ThreadInfo.h"
+#include "Threads/CThreadManager.h"
+#include "Threads/ThreadInfo.h"
 #include "Platform/CClock.h"
 
 namespace {

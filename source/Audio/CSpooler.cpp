@@ -9,10 +9,10 @@
 #include "Audio/CSpoolPump.h"
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
-#include "Core/CMutex_ThreadQue.h"
-#include "Core/CS_MainThread_AbortProc.h"
-#include "Core/CThreadHost.h"
-#include "Core/ThreadInfo.h"
+#include "Threads/CMutex_ThreadQue.h"
+#include "Threads/CS_MainThread_AbortProc.h"
+#include "Threads/CThreadHost.h"
+#include "Threads/ThreadInfo.h"
 
 namespace {
 constexpr double kSeek_AgainT = 0.1;

@@ -9,10 +9,10 @@
 #include <string_view>
 
 #include "Audio/CSpoolGate.h"
-#include "Audio/SpoolUnits.h"
-#include "Core/CCFDictionary.h"
-#include "Core/CMutex.h"
-#include "Core/CSemaphore.h"
+#include "Media/SpoolUnits.h"
+#include "Values/CCFDictionary.h"
+#include "Threads/CMutex.h"
+#include "Threads/CSemaphore.h"
 #include "Core/Ref.h"
 
 class CMutex_ThreadQue;

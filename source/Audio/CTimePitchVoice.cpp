@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <array>
 
-#include "Audio/SpoolUnits.h"
+#include "Media/SpoolUnits.h"
 #include "Audio/Stereo.h"
 
 namespace {

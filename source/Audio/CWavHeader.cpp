@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "Audio/SpoolUnits.h"
+#include "Media/SpoolUnits.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
 #include "Audio/SongSource.h"
 
 #include "Audio/CAS_QuickTimeAudioReader.h"
-#include "Core/CByteSource_File.h"
-#include "Core/CByteSource_Zip.h"
+#include "Files/CByteSource_File.h"
+#include "Zip/CByteSource_Zip.h"
 #include "Core/CLog.h"
-#include "Core/CZipArchive.h"
-#include "Core/CZipSongMembers.h"
+#include "Zip/CZipArchive.h"
+#include "Zip/CZipSongMembers.h"
 #include "Core/SmallExtension.h"
 
 namespace {

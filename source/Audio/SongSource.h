@@ -3,9 +3,9 @@
 #include <memory>
 #include <string>
 
-#include "Audio/CMediaFormat.h"
+#include "Media/CMediaFormat.h"
 #include "Audio/CSpooler.h"
-#include "Core/CFileRef.h"
+#include "Files/CFileRef.h"
 
 /** Where the media of a song lie. */
 struct SongBytes {

@@ -1,8 +1,8 @@
 #pragma once
 #include <functional>
 
-#include "Core/CThreadHost.h"
-#include "Core/CThreadManager.h"
+#include "Threads/CThreadHost.h"
+#include "Threads/CThreadManager.h"
 #include "Platform/CMainLoop_Plain.h"
 
 /** What threads and main-thread calls need, for commands that use them: a plain loop on the calling thread, no windows,

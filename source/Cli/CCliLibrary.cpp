@@ -1,9 +1,9 @@
 #include "Cli/CCliLibrary.h"
 
-#include "Core/CPreferences.h"
+#include "Values/CPreferences.h"
 #include "Core/FaultText.h"
-#include "Core/FSrObjects.h"
-#include "Library/SongFolders.h"
+#include "Files/FSrObjects.h"
+#include "SongFiles/SongFolders.h"
 #include "Platform/CFolders.h"
 
 bool HoldsLibrary(const std::filesystem::path& folder) {

@@ -3,11 +3,11 @@
 
 #include "Cli/CCliHost.h"
 #include "Cli/CliContext.h"
-#include "Library/CLibraryLock.h"
-#include "Library/CLibraryStore.h"
-#include "Library/CMetaManager.h"
+#include "Storage/CLibraryLock.h"
+#include "Storage/CLibraryStore.h"
+#include "Meta/CMetaManager.h"
 #include "Library/CSongDatabase.h"
-#include "Library/CSongFileWork.h"
+#include "SongFiles/CSongFileWork.h"
 
 /** The library that a command works on: where it is, the lock on it, and its database.
     Threads  main.

@@ -12,7 +12,7 @@
 #include "Audio/SongSource.h"
 #include "Cli/CCliHost.h"
 #include "Cli/CliCommand.h"
-#include "Core/CPreferences.h"
+#include "Values/CPreferences.h"
 #include "Core/SmallExtension.h"
 #include "Library/CSongFiles.h"
 #include "Play/CSongSound.h"

@@ -4,9 +4,9 @@
 #include <cstdlib>
 #include <string>
 
-#include "Core/CPreferences.h"
+#include "Values/CPreferences.h"
 #include "Core/FaultText.h"
-#include "Core/JSONWriter.h"
+#include "Values/JSONWriter.h"
 
 namespace {
 

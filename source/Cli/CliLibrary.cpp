@@ -5,14 +5,14 @@
 #include "Cli/CCliLibrary.h"
 #include "Cli/CliCommand.h"
 #include "Cli/CliSong.h"
-#include "Core/FSrObjects.h"
+#include "Files/FSrObjects.h"
 #include "Core/FaultText.h"
-#include "Core/JSONWriter.h"
-#include "Core/WaitMode.h"
-#include "Library/AddFilesToLibrary.h"
-#include "Library/CLibraryBackup.h"
-#include "Library/CLibraryCheck.h"
-#include "Library/MakeSongOfFiles.h"
+#include "Values/JSONWriter.h"
+#include "Threads/WaitMode.h"
+#include "SongFiles/AddFilesToLibrary.h"
+#include "Storage/CLibraryBackup.h"
+#include "Storage/CLibraryCheck.h"
+#include "SongFiles/MakeSongOfFiles.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include "Cli/CliCommand.h"
 #include "Core/Conform.h"
-#include "Core/JSONWriter.h"
+#include "Values/JSONWriter.h"
 
 int ConformName(const CliCall& call) {
     const SuperString text = Conform(call.words.arguments[0], {.lowerSmallWordsB = true});

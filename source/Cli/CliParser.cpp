@@ -7,7 +7,7 @@
 #include <map>
 #include <memory>
 
-#include "Core/CApp.h"
+#include "App/CApp.h"
 
 namespace {
 

@@ -5,10 +5,10 @@
 
 #include "App/PreferenceRequest.h"
 #include "Cli/CliCommand.h"
-#include "Core/CPreferences.h"
-#include "Core/JSONWriter.h"
-#include "Core/PreferenceText.h"
-#include "Core/PropertyList.h"
+#include "Values/CPreferences.h"
+#include "Values/JSONWriter.h"
+#include "Values/PreferenceText.h"
+#include "Values/PropertyList.h"
 #include "Platform/CFolders.h"
 #include "Platform/CSecondInstance.h"
 

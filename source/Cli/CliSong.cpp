@@ -6,11 +6,11 @@
 #include <cmath>
 
 #include "Cli/CliWords.h"
-#include "Core/JSONWriter.h"
-#include "Core/PropertyListDate.h"
+#include "Values/JSONWriter.h"
+#include "Values/PropertyListDate.h"
 #include "Core/UTF8.h"
-#include "Library/CMetaManager.h"
-#include "Library/FloatBounds.h"
+#include "Meta/CMetaManager.h"
+#include "Meta/FloatBounds.h"
 #include "Library/SongFileFacts.h"
 
 namespace {

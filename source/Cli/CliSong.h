@@ -2,7 +2,7 @@
 #include <string>
 
 #include "Library/CSong.h"
-#include "Library/CSongStore.h"
+#include "Storage/CSongStore.h"
 
 /** A song on the command line. Main thread. */
 

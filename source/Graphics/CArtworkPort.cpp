@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "Core/Assertions.h"
-#include "Core/ThreadInfo.h"
+#include "Threads/ThreadInfo.h"
 #include "Graphics/CPortView.h"
 
 CArtworkPort::ScSkipForecedUpdate::ScSkipForecedUpdate(CArtworkPort& port) : i_port(port) { ++i_port.i_skipsL; }

@@ -2,7 +2,7 @@
 
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
-#include "Core/ThreadInfo.h"
+#include "Threads/ThreadInfo.h"
 #include "Graphics/CGraphicsPort.h"
 
 CG_Overlay::CG_Overlay(std::string name) : i_name(std::move(name)) {

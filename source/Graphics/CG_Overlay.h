@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "Core/CMutex.h"
+#include "Threads/CMutex.h"
 #include "Graphics/Geometry.h"
 
 class CGraphicsPort;

@@ -5,7 +5,7 @@
 
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
-#include "Core/ThreadInfo.h"
+#include "Threads/ThreadInfo.h"
 #include "Graphics/CDGPlane.h"
 #include "Graphics/CG_Overlay.h"
 #include "Graphics/COffscreen.h"

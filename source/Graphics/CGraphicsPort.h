@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "Core/CMutex.h"
+#include "Threads/CMutex.h"
 #include "Graphics/CPixels.h"
 
 class CG_Overlay;

@@ -1,6 +1,6 @@
 #include "Graphics/CPlayWindowRule.h"
 
-#include "Core/CCFPrefDictionary.h"
+#include "Values/CCFPrefDictionary.h"
 
 CPlayWindowRule CPlayWindowRule::Read(const CCFPrefDictionary& preferences) {
     return {.autoFullScreenB = preferences.GetBool("Auto Full Screen During Play"),

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 
-#include "Core/FSError.h"
+#include "Files/FSError.h"
 #include "Graphics/CDGConstants.h"
 
 CSubCodeStream_File::~CSubCodeStream_File() {

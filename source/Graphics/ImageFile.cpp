@@ -10,7 +10,7 @@ extern "C" {
 #include <span>
 #include <string_view>
 
-#include "Audio/CMediaFormat.h"
+#include "Media/CMediaFormat.h"
 #include "Audio/SongSource.h"
 #include "Graphics/CGraphicsPort.h"
 #include "Graphics/ImageDecode.h"

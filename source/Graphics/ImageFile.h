@@ -2,7 +2,7 @@
 #include <filesystem>
 #include <memory>
 
-#include "Core/CFileRef.h"
+#include "Files/CFileRef.h"
 #include "Graphics/COffscreen.h"
 
 /** The picture of an image file (PNG, JPEG, WebP, BMP, TIFF, GIF: the first frame), depth 32, opaque, what is clear in

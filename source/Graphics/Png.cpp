@@ -7,7 +7,7 @@
 
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
-#include "Core/ReplaceFile.h"
+#include "Files/ReplaceFile.h"
 #include "Graphics/PixelCopy.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "Core/CMutex.h"
+#include "Threads/CMutex.h"
 
 /** The objects of one kind by their id. Many read at a time, so that a worker that looks through all of them does not hold
     up the main thread's look-ups; the CMutex is the gate in front, held by a change until the readers have left.

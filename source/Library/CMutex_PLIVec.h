@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-#include "Core/CMutex.h"
+#include "Threads/CMutex.h"
 #include "Library/CPlayListItem.h"
 #include "Library/CTargetIndex.h"
 #include "Library/SDB_Selection.h"

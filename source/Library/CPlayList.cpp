@@ -7,12 +7,12 @@
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
 #include "Core/SizeForms.h"
-#include "Core/ThreadInfo.h"
-#include "Library/CMetaManager.h"
+#include "Threads/ThreadInfo.h"
+#include "Meta/CMetaManager.h"
 #include "Library/CSongDatabase.h"
 #include "Library/CT_SumDurations.h"
 #include "Library/SongFileFacts.h"
-#include "Library/TitleText.h"
+#include "Meta/TitleText.h"
 
 CPlayList::CPlayList(CSongDatabase& database, SourceType type, const SuperString& name, PlaylistID id)
     : i_database(database),

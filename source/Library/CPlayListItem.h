@@ -1,7 +1,7 @@
 #pragma once
 #include <memory>
 
-#include "Library/CMeta_PLItem.h"
+#include "Meta/CMeta_PLItem.h"
 #include "Library/LibraryIDs.h"
 
 class CPlayList;

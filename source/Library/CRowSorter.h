@@ -3,7 +3,7 @@
 #include <span>
 #include <vector>
 
-#include "Library/CMeta.h"
+#include "Meta/CMeta.h"
 #include "Library/SortNumbered.h"
 
 /** The order of two values of a key, as CMeta compares them: no value first, checked boxes of "sgKJ" and "PSNT" first,

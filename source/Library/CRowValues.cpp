@@ -2,7 +2,7 @@
 
 #include <map>
 
-#include "Library/CMetaManager.h"
+#include "Meta/CMetaManager.h"
 #include "Library/CRowSorter.h"
 
 namespace {

@@ -2,7 +2,7 @@
 #include <array>
 #include <atomic>
 
-#include "Library/CMeta.h"
+#include "Meta/CMeta.h"
 #include "Library/CMutex_ItemMap.h"
 #include "Library/CRowValues.h"
 #include "Library/LibraryIDs.h"

@@ -1,7 +1,7 @@
 #include "Library/CSong.h"
 
 #include "Core/Assertions.h"
-#include "Library/CMetaManager.h"
+#include "Meta/CMetaManager.h"
 #include "Library/CSongDatabase.h"
 
 namespace {

@@ -1,5 +1,5 @@
 #pragma once
-#include "Library/CMeta.h"
+#include "Meta/CMeta.h"
 #include "Library/CSongFiles.h"
 #include "Library/LibraryIDs.h"
 #include "Library/SongName.h"

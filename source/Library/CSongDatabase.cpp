@@ -5,8 +5,8 @@
 #include "Core/AlertHook.h"
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
-#include "Core/CThreadManager.h"
-#include "Core/ThreadInfo.h"
+#include "Threads/CThreadManager.h"
+#include "Threads/ThreadInfo.h"
 #include "Library/CT_SongChanges.h"
 
 namespace {

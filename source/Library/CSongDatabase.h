@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include "Core/CFileRef.h"
-#include "Core/CMainThreadProc.h"
-#include "Core/CMutex.h"
+#include "Files/CFileRef.h"
+#include "Threads/CMainThreadProc.h"
+#include "Threads/CMutex.h"
 #include "Core/CWatchers.h"
 #include "Library/CListWatcher.h"
 #include "Library/CPlayList.h"

@@ -3,7 +3,7 @@
 
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
-#include "Core/ThreadInfo.h"
+#include "Threads/ThreadInfo.h"
 #include "Library/CSongDatabase.h"
 #include "Library/CT_SongChanges.h"
 

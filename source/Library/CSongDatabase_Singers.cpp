@@ -1,7 +1,7 @@
 // The singers of the venues.
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
-#include "Core/ThreadInfo.h"
+#include "Threads/ThreadInfo.h"
 #include "Library/CSinger.h"
 #include "Library/CSongDatabase.h"
 #include "Library/CT_SongChanges.h"

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "Core/CLog.h"
-#include "Core/FSrObjects.h"
+#include "Files/FSrObjects.h"
 #include "Core/SuperString.h"
 #include "Library/SongFileTypes.h"
 #include "Library/WindowsPath.h"

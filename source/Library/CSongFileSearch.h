@@ -2,8 +2,8 @@
 #include <functional>
 #include <string_view>
 
-#include "Core/CFileRef.h"
-#include "Library/CMetaSongFile.h"
+#include "Files/CFileRef.h"
+#include "Meta/CMetaSongFile.h"
 
 /** Finds a file of a song by another one that lies beside it: the graphics by the sound, the project by the zip.
     Threads  any; looks at the disc. No lock may be held. */

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "Core/FSrObjects.h"
+#include "Files/FSrObjects.h"
 #include "Library/CSong.h"
 #include "Library/CSongDatabase.h"
 #include "Library/CSongFileSearch.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "Library/CMetaSongFile.h"
+#include "Meta/CMetaSongFile.h"
 #include "Library/LibraryIDs.h"
 #include "Library/LibrarySettings.h"
 

@@ -2,7 +2,7 @@
 #include <span>
 
 #include "Library/LibraryIDs.h"
-#include "Library/MetaKey.h"
+#include "Meta/MetaKey.h"
 
 class CMetaValue;
 

@@ -1,6 +1,6 @@
 #include "Library/CSongStatus.h"
 
-#include "Core/FSrFolders.h"
+#include "Files/FSrFolders.h"
 #include "Library/WindowsPath.h"
 
 SDB_SongFileStatus CSongStatus::Of(SDB_SongFile type, const Path& given) const {

@@ -1,7 +1,7 @@
 #pragma once
 #include <filesystem>
 
-#include "Library/CMetaSongFile.h"
+#include "Meta/CMetaSongFile.h"
 
 /** To whom a song's file belongs, by its path alone. Any thread; a value. */
 class CSongStatus {

@@ -1,7 +1,7 @@
 #pragma once
 #include <memory>
 
-#include "Core/CT_Timer.h"
+#include "Threads/CT_Timer.h"
 
 class CSongDatabase;
 

@@ -1,7 +1,7 @@
 #pragma once
 #include <memory>
 
-#include "Core/CT_Preemptive.h"
+#include "Threads/CT_Preemptive.h"
 #include "Library/CRowValues.h"
 
 class CSongDatabase;

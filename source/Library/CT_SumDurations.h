@@ -2,7 +2,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "Core/CT_Preemptive.h"
+#include "Threads/CT_Preemptive.h"
 #include "Library/CRowValues.h"
 
 class CSongDatabase;

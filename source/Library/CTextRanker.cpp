@@ -4,7 +4,7 @@
 #include <bit>
 #include <functional>
 
-#include "Library/CCollation.h"
+#include "Meta/CCollation.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "Core/CPreferences.h"
+#include "Values/CPreferences.h"
 
 LibrarySettings ReadLibrarySettings(const CPreferences& prefs) {
     LibrarySettings settings;

@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "Core/CCFDictionary.h"
+#include "Values/CCFDictionary.h"
 #include "Core/CLog.h"
 
 std::uint32_t ReadID(const CCFDictionary& dictionary, std::string_view key) {

@@ -1,8 +1,8 @@
 #pragma once
 #include <vector>
 
-#include "Core/CMutex.h"
-#include "Library/CMeta.h"
+#include "Threads/CMutex.h"
+#include "Meta/CMeta.h"
 #include "Library/LibraryIDs.h"
 
 class CPlayList;

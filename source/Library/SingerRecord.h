@@ -2,7 +2,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "Core/CCFDictionary.h"
+#include "Values/CCFDictionary.h"
 
 /** All that is kept of a singer, as his file and the venue's have it. */
 struct SingerRecord {

@@ -5,9 +5,9 @@
 #include <cmath>
 #include <limits>
 
-#include "Core/CFileRef.h"
+#include "Files/CFileRef.h"
 #include "Core/SmallExtension.h"
-#include "Library/CMeta.h"
+#include "Meta/CMeta.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <initializer_list>
 #include <string>
 
-#include "Core/CCFValue.h"
+#include "Values/CCFValue.h"
 
 class CFileRef;
 class CMeta;

@@ -3,7 +3,7 @@
 #include <array>
 
 #include "Core/SmallExtension.h"
-#include "Core/ZipSongKinds.h"
+#include "Files/ZipSongKinds.h"
 
 namespace {
 

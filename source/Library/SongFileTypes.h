@@ -3,7 +3,7 @@
 #include <span>
 #include <string_view>
 
-#include "Library/CMetaSongFile.h"
+#include "Meta/CMetaSongFile.h"
 
 /** Six characters for the log. */
 [[nodiscard]] std::string_view SongFileLogWord(SDB_SongFile type);

@@ -2,7 +2,7 @@
 
 #include <charconv>
 
-#include "Library/CMeta.h"
+#include "Meta/CMeta.h"
 #include "Library/FileSystemName.h"
 #include "Library/SongFileTypes.h"
 

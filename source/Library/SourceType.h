@@ -2,7 +2,7 @@
 #include <cstdint>
 #include <span>
 
-#include "Library/MetaKey.h"
+#include "Meta/MetaKey.h"
 
 /** The kind of a list, fixed when it is made; nearly every rule about a list is a question to it. 18 to 28 are store
     catalogues; 10 to 13 are not used. */

@@ -1,5 +1,5 @@
 #pragma once
-#include "Core/CMainThreadProc.h"
+#include "Threads/CMainThreadProc.h"
 #include "Play/CPlayControl.h"
 
 /** A wish to play from another thread. fnfErr when the row is gone by then, abortErr without an application. */

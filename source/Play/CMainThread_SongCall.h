@@ -1,5 +1,5 @@
 #pragma once
-#include "Core/CMainThreadProc.h"
+#include "Threads/CMainThreadProc.h"
 #include "Play/CSongPlay.h"
 
 /** A call to a song that plays, on the main thread, later. It keeps the play, which knows by then whether it was

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "Core/CCFPrefDictionary.h"
+#include "Values/CCFPrefDictionary.h"
 
 namespace {
 constexpr std::string_view kPref_Delays = "Picture Delays (ms)";

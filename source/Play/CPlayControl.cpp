@@ -5,12 +5,12 @@
 #include <limits>
 
 #include "Core/AlertHook.h"
-#include "Core/CCFPrefDictionary.h"
+#include "Values/CCFPrefDictionary.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
 #include "Graphics/CGraphicsPorts.h"
 #include "Graphics/PlayNext.h"
-#include "Library/CT_FindMissing.h"
+#include "SongFiles/CT_FindMissing.h"
 #include "Platform/BesideShow.h"
 #include "Platform/CClock.h"
 #include "Play/CPlayHost.h"

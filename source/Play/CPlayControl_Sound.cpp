@@ -2,9 +2,9 @@
 #include <cmath>
 
 #include "Audio/CTimePitch.h"
-#include "Core/CCFPrefDictionary.h"
+#include "Values/CCFPrefDictionary.h"
 #include "Core/NumberForms.h"
-#include "Library/TempoSteps.h"
+#include "Meta/TempoSteps.h"
 #include "Play/CPictureDelays.h"
 #include "Play/CPlayControl.h"
 #include "Play/CPlayHost.h"

@@ -3,10 +3,10 @@
 #include "Audio/CAS_SpoolRec.h"
 #include "Audio/SongSource.h"
 #include "Core/Assertions.h"
-#include "Core/CByteSource_Zip.h"
+#include "Zip/CByteSource_Zip.h"
 #include "Core/CLog.h"
-#include "Core/CZipArchive.h"
-#include "Core/CZipSongMembers.h"
+#include "Zip/CZipArchive.h"
+#include "Zip/CZipSongMembers.h"
 #include "Graphics/CountDrawnPackets.h"
 #include "Library/SongFileTypes.h"
 

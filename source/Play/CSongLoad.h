@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "Audio/CAS_AudioRing.h"
-#include "Core/CS_MainThread_AbortProc.h"
+#include "Threads/CS_MainThread_AbortProc.h"
 #include "Core/Ref.h"
-#include "Graphics/CAS_QuickTimeVideo.h"
+#include "Movies/CAS_QuickTimeVideo.h"
 #include "Graphics/CSubCodeStream_Memory.h"
 #include "Library/CSongFiles.h"
 #include "Play/FileStamp.h"

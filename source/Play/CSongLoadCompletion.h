@@ -2,7 +2,7 @@
 #include <string>
 
 #include "Core/CLog.h"
-#include "Core/CS_MainThread_AbortProc.h"
+#include "Threads/CS_MainThread_AbortProc.h"
 
 /** The end of the filling of a song's ring: all of its sound was read, or it cannot be. The song itself hears of a
     failure by its player. */

@@ -2,7 +2,7 @@
 #include <functional>
 #include <memory>
 
-#include "Graphics/CAS_QuickTimeVideo.h"
+#include "Movies/CAS_QuickTimeVideo.h"
 
 class CGraphics;
 class CGraphicsClock;

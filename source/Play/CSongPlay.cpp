@@ -4,7 +4,7 @@
 
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
-#include "Core/ThreadInfo.h"
+#include "Threads/ThreadInfo.h"
 #include "Graphics/CGraphicsPorts.h"
 #include "Platform/CClock.h"
 #include "Play/CMainThread_SongCall.h"

@@ -1,7 +1,7 @@
 #pragma once
 #include <memory>
 
-#include "Core/CT_DriftFree.h"
+#include "Threads/CT_DriftFree.h"
 #include "Play/CPlayPace.h"
 
 /** The fake clock: a CD sector's four packets of the picture, 75 times a second at tempo 1.0; it rests while the

@@ -1,5 +1,5 @@
 #pragma once
-#include "Core/CT_Preemptive.h"
+#include "Threads/CT_Preemptive.h"
 #include "Play/CSongPlay.h"
 
 /** Ends the player of a song that was stopped: the device takes its time to close, and the main thread has none.

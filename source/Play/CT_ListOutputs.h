@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "Core/CT_Preemptive.h"
+#include "Threads/CT_Preemptive.h"
 #include "Platform/CAudioOutput.h"
 
 /** Asks an output that nobody plays through for the devices of the machine, which may take a while. */

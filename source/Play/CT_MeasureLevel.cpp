@@ -2,7 +2,7 @@
 
 #include "Audio/SongSource.h"
 #include "Core/CLog.h"
-#include "Library/FindSongLength.h"
+#include "SongFiles/FindSongLength.h"
 #include "Platform/CClock.h"
 #include "Platform/ThreadPriority.h"
 

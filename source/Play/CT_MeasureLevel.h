@@ -1,5 +1,5 @@
 #pragma once
-#include "Core/CT_Preemptive.h"
+#include "Threads/CT_Preemptive.h"
 #include "Library/CSongFiles.h"
 #include "Play/CSongLevels.h"
 

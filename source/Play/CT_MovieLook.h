@@ -1,7 +1,7 @@
 #pragma once
 #include <memory>
 
-#include "Core/CT_Timer.h"
+#include "Threads/CT_Timer.h"
 #include "Play/CSongMovie.h"
 
 /** Looks at a movie whenever a picture of it is due. It ends itself when the song has gone. */

@@ -1,6 +1,6 @@
 #pragma once
-#include "Core/CS_MainThread_AbortProc.h"
-#include "Core/CT_Preemptive.h"
+#include "Threads/CS_MainThread_AbortProc.h"
+#include "Threads/CT_Preemptive.h"
 #include "Play/CSongPlay.h"
 
 /** Makes a song ready: opens its files, fills its ring, makes its player. The completion tells the song.

@@ -1,5 +1,5 @@
 #pragma once
-#include "Core/CT_Preemptive.h"
+#include "Threads/CT_Preemptive.h"
 #include "Play/CSongPlay.h"
 
 /** Takes the sound of a song to where it was asked to go; of several askings the last one counts.

@@ -1,7 +1,7 @@
 #include "Play/LaunchFile.h"
 
 #include "Core/CLog.h"
-#include "Core/FSError.h"
+#include "Files/FSError.h"
 #include "Platform/Helper.h"
 
 OSErr LaunchFile(const CFileRef& file) {

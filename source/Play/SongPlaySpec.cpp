@@ -4,10 +4,10 @@
 #include <cmath>
 
 #include "Audio/CTimePitch.h"
-#include "Core/CCFPrefDictionary.h"
-#include "Library/CDataTraits_Menus.h"
+#include "Values/CCFPrefDictionary.h"
+#include "Meta/CDataTraits_Menus.h"
 #include "Library/CSongDatabase.h"
-#include "Library/TempoSteps.h"
+#include "Meta/TempoSteps.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "Audio/CVolumeStage.h"
-#include "Core/CFileRef.h"
+#include "Files/CFileRef.h"
 #include "Library/LibraryIDs.h"
 #include "Play/SongLevel.h"
 

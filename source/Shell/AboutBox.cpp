@@ -7,9 +7,9 @@
 #include <QVBoxLayout>
 
 #include "App/LibraryVersions.h"
-#include "Core/CApp.h"
-#include "Shell/CWindowPlace.h"
-#include "Shell/QtText.h"
+#include "App/CApp.h"
+#include "Widgets/CWindowPlace.h"
+#include "Widgets/QtText.h"
 
 void ShowAbout(QWidget& parent) {
     auto* const dialogP = new QDialog(&parent);

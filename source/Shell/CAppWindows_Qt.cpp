@@ -8,14 +8,14 @@
 #include <QWidget>
 
 #include "App/CTaskList.h"
-#include "Core/CApp.h"
-#include "Shell/CSleepInhibitor.h"
-#include "Shell/CWindowPlace.h"
-#include "Shell/QtText.h"
+#include "App/CApp.h"
+#include "Widgets/CSleepInhibitor.h"
+#include "Widgets/CWindowPlace.h"
+#include "Widgets/QtText.h"
 #include "Shell/VideoWindowMenu.h"
 #include "Shell/XActions.h"
 #include "Shell/XBrowserWindow.h"
-#include "Shell/XLook.h"
+#include "Widgets/XLook.h"
 #include "Shell/XTasksWindow.h"
 #include "Shell/XVideoWindow.h"
 

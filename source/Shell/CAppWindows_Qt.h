@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "App/CAppWindows.h"
-#include "Shell/CGraphicsCard.h"
+#include "Widgets/CGraphicsCard.h"
 
 class CSleepInhibitor;
 class CWindowPlace;

@@ -3,7 +3,7 @@
 #include <QString>
 #include <QStringList>
 
-#include "Shell/QtText.h"
+#include "Widgets/QtText.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <QList>
 #include <vector>
 
-#include "Core/CCFDictionary.h"
+#include "Values/CCFDictionary.h"
 #include "Shell/Commands.h"
 
 /** Which keys a command has: the factory's, or the user's. A key that two commands of meeting scopes have is a

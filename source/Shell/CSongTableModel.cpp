@@ -2,12 +2,12 @@
 
 #include <QFont>
 
-#include "Library/CMeta_PLItem.h"
-#include "Library/CMetaManager.h"
-#include "Shell/QtText.h"
+#include "Meta/CMeta_PLItem.h"
+#include "Meta/CMetaManager.h"
+#include "Widgets/QtText.h"
 #include "Shell/SongCells.h"
-#include "Shell/XIcons.h"
-#include "Shell/XLook.h"
+#include "Widgets/XIcons.h"
+#include "Widgets/XLook.h"
 
 CSongTableModel::CSongTableModel(CSongDatabase& database)
     : i_database(database), i_columns{"name"_key, "arts"_key, "albm"_key, "trak"_key, "drtn"_key} {

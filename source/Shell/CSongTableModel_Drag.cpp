@@ -3,7 +3,7 @@
 #include <QIODevice>
 #include <QMimeData>
 
-#include "Core/CAlerts.h"
+#include "App/CAlerts.h"
 #include "Shell/CSongTableModel.h"
 #include "Shell/FileDrop.h"
 

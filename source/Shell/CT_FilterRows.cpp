@@ -1,6 +1,6 @@
 #include "Shell/CT_FilterRows.h"
 
-#include "Core/CMainThreadProc.h"
+#include "Threads/CMainThreadProc.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <functional>
 #include <memory>
 
-#include "Core/CT_Preemptive.h"
+#include "Threads/CT_Preemptive.h"
 #include "Library/CRowValues.h"
 #include "Shell/CTextFilter.h"
 

@@ -15,12 +15,12 @@
 #include <utility>
 
 #include "App/CNotices.h"
-#include "Core/CApp.h"
+#include "App/CApp.h"
 #include "Platform/CFolders.h"
-#include "Shell/FileDialog.h"
-#include "Shell/QtText.h"
+#include "Widgets/FileDialog.h"
+#include "Widgets/QtText.h"
 #include "Shell/XBrowserWindow.h"
-#include "Shell/XProgressWindow.h"
+#include "Widgets/XProgressWindow.h"
 #include "Shell/XQuestion.h"
 #include "Shell/XVideoWindow.h"
 

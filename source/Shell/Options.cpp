@@ -1,6 +1,6 @@
 #include "Shell/Options.h"
 
-#include "Shell/CGraphicsCard.h"
+#include "Widgets/CGraphicsCard.h"
 
 std::optional<Options> ReadOptions(std::span<const std::string> words) {
     Options options;

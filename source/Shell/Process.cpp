@@ -11,9 +11,9 @@
 
 #include "App/CAppWindows_None.h"
 #include "App/TVoplaApp.h"
-#include "Core/CCrashReporter.h"
+#include "App/CCrashReporter.h"
 #include "Core/CLog.h"
-#include "Core/CThreadManager.h"
+#include "Threads/CThreadManager.h"
 #include "Core/NumberForms.h"
 #include "Core/SuperString.h"
 #include "Platform/BesideShow.h"
@@ -22,10 +22,10 @@
 #include "Platform/CSecondInstance.h"
 #include "Platform/CUserInterface_Plain.h"
 #include "Shell/CAppWindows_Qt.h"
-#include "Shell/CMainLoop_Qt.h"
-#include "Shell/CSignalWatch.h"
+#include "Widgets/CMainLoop_Qt.h"
+#include "Widgets/CSignalWatch.h"
 #include "Shell/CUserInterface_Qt.h"
-#include "Shell/XLook.h"
+#include "Widgets/XLook.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
 #include "Shell/SongCells.h"
 
 #include "Core/NumberForms.h"
-#include "Library/CDataTraits_Menus.h"
-#include "Library/CMetaManager.h"
-#include "Library/TempoSteps.h"
-#include "Shell/QtText.h"
+#include "Meta/CDataTraits_Menus.h"
+#include "Meta/CMetaManager.h"
+#include "Meta/TempoSteps.h"
+#include "Widgets/QtText.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #pragma once
 #include <span>
 
-#include "Library/MetaKey.h"
+#include "Meta/MetaKey.h"
 
 /** What the menu of columns offers, by what it tells of a song. Keys of singers, of stores and of the program itself say
     nothing of a song, and are in none of the groups. */

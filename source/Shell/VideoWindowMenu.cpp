@@ -9,12 +9,12 @@
 #include <QStandardPaths>
 
 #include "App/CBreakScreen.h"
-#include "Core/CApp.h"
+#include "App/CApp.h"
 #include "Shell/CAppWindows_Qt.h"
 #include "Shell/Commands.h"
-#include "Shell/DisplayAbilities.h"
-#include "Shell/FileDialog.h"
-#include "Shell/QtText.h"
+#include "Widgets/DisplayAbilities.h"
+#include "Widgets/FileDialog.h"
+#include "Widgets/QtText.h"
 #include "Shell/XVideoWindow.h"
 
 namespace {

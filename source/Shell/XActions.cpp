@@ -17,7 +17,7 @@
 #include <QToolButton>
 #include <QWidget>
 
-#include "Shell/XSeekBar.h"
+#include "Widgets/XSeekBar.h"
 #include "Shell/XVideoWindow.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <QMenuBar>
 
 #include "Play/CPlayControl.h"
-#include "Shell/QtText.h"
+#include "Widgets/QtText.h"
 #include "Shell/XActions.h"
 
 XBrowserMenus::XBrowserMenus(QMainWindow& window, XActions& actions, const CPlayControl& play)

@@ -10,19 +10,19 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
-#include "Core/CAlerts.h"
-#include "Core/CPreferences.h"
+#include "App/CAlerts.h"
+#include "Values/CPreferences.h"
 #include "Core/SizeForms.h"
-#include "Library/CLibraryCommands.h"
-#include "Library/CMetaManager.h"
+#include "SongFiles/CLibraryCommands.h"
+#include "Meta/CMetaManager.h"
 #include "Play/CPlayControl.h"
 #include "Shell/AboutBox.h"
 #include "Shell/CSongTableModel.h"
-#include "Shell/QtText.h"
+#include "Widgets/QtText.h"
 #include "Shell/XActions.h"
 #include "Shell/XBrowserMenus.h"
-#include "Shell/XElidedLabel.h"
-#include "Shell/XIcons.h"
+#include "Widgets/XElidedLabel.h"
+#include "Widgets/XIcons.h"
 #include "Shell/XNoticeBar.h"
 #include "Shell/XNoticesWindow.h"
 #include "Shell/XOutputPanel.h"
@@ -33,7 +33,7 @@
 #include "Shell/XSourceList.h"
 #include "Shell/XTasksButton.h"
 #include "Shell/XTransport.h"
-#include "Shell/XValueLabel.h"
+#include "Widgets/XValueLabel.h"
 
 namespace {
 

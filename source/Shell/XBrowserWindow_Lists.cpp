@@ -3,12 +3,12 @@
 #include <QClipboard>
 #include <QMimeData>
 
-#include "Library/CLibraryCommands.h"
-#include "Library/CMetaManager.h"
+#include "SongFiles/CLibraryCommands.h"
+#include "Meta/CMetaManager.h"
 #include "Play/CPlayControl.h"
 #include "Shell/CSongTableModel.h"
 #include "Shell/FileDrop.h"
-#include "Shell/QtText.h"
+#include "Widgets/QtText.h"
 #include "Shell/RowClipboard.h"
 #include "Shell/XActions.h"
 #include "Shell/XBrowserWindow.h"

@@ -10,7 +10,7 @@
 #include <QVBoxLayout>
 
 #include "Shell/XActions.h"
-#include "Shell/XLook.h"
+#include "Widgets/XLook.h"
 
 namespace {
 

@@ -8,9 +8,9 @@
 #include <QVBoxLayout>
 
 #include "Shell/CTextFilter.h"
-#include "Shell/CWindowPlace.h"
-#include "Shell/QtText.h"
-#include "Shell/XIcons.h"
+#include "Widgets/CWindowPlace.h"
+#include "Widgets/QtText.h"
+#include "Widgets/XIcons.h"
 
 namespace {
 constexpr int kNewList = 0;   // no list has this id

@@ -8,10 +8,10 @@
 #include <utility>
 
 #include "Platform/CClock.h"
-#include "Shell/ActionButton.h"
-#include "Shell/QtText.h"
+#include "Widgets/ActionButton.h"
+#include "Widgets/QtText.h"
 #include "Shell/XActions.h"
-#include "Shell/XElidedLabel.h"
+#include "Widgets/XElidedLabel.h"
 
 namespace {
 

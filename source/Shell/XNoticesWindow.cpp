@@ -10,8 +10,8 @@
 #include <QVBoxLayout>
 
 #include "Platform/CClock.h"
-#include "Shell/CWindowPlace.h"
-#include "Shell/QtText.h"
+#include "Widgets/CWindowPlace.h"
+#include "Widgets/QtText.h"
 #include "Shell/XNoticeBar.h"
 
 namespace {

@@ -10,10 +10,10 @@
 #include <QSpinBox>
 #include <QVBoxLayout>
 
-#include "Core/CPreferences.h"
+#include "Values/CPreferences.h"
 #include "Play/CPictureDelays.h"
 #include "Play/CPlayControl.h"
-#include "Shell/QtText.h"
+#include "Widgets/QtText.h"
 
 namespace {
 

@@ -9,10 +9,10 @@
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
-#include "Core/CPreferences.h"
-#include "Core/PreferenceTable.h"
-#include "Shell/QtText.h"
-#include "Shell/XNumberBox.h"
+#include "Values/CPreferences.h"
+#include "Values/PreferenceTable.h"
+#include "Widgets/QtText.h"
+#include "Widgets/XNumberBox.h"
 
 namespace {
 

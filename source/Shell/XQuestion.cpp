@@ -4,7 +4,7 @@
 #include <QCheckBox>
 #include <QPushButton>
 
-#include "Shell/QtText.h"
+#include "Widgets/QtText.h"
 
 namespace {
 

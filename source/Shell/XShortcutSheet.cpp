@@ -6,9 +6,9 @@
 #include <QScrollArea>
 #include <QVBoxLayout>
 
-#include "Shell/CWindowPlace.h"
+#include "Widgets/CWindowPlace.h"
 #include "Shell/XActions.h"
-#include "Shell/XLook.h"
+#include "Widgets/XLook.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <QComboBox>
 #include <QLineEdit>
 
-#include "Library/CMetaManager.h"
+#include "Meta/CMetaManager.h"
 #include "Shell/CSongTableModel.h"
 #include "Shell/SongCells.h"
 

@@ -9,13 +9,13 @@
 #include <QPainter>
 #include <QScrollBar>
 
-#include "Core/CPreferences.h"
-#include "Library/CMetaManager.h"
+#include "Values/CPreferences.h"
+#include "Meta/CMetaManager.h"
 #include "Shell/FileDrop.h"
-#include "Shell/QtText.h"
+#include "Widgets/QtText.h"
 #include "Shell/SongColumns.h"
 #include "Shell/XActions.h"
-#include "Shell/XLook.h"
+#include "Widgets/XLook.h"
 #include "Shell/XSongDelegate.h"
 
 namespace {

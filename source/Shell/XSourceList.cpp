@@ -10,10 +10,10 @@
 
 #include "Shell/CSongTableModel.h"
 #include "Shell/FileDrop.h"
-#include "Shell/QtText.h"
+#include "Widgets/QtText.h"
 #include "Shell/XActions.h"
-#include "Shell/XIcons.h"
-#include "Shell/XLook.h"
+#include "Widgets/XIcons.h"
+#include "Widgets/XLook.h"
 
 namespace {
 

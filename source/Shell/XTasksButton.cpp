@@ -1,6 +1,6 @@
 #include "Shell/XTasksButton.h"
 
-#include "Shell/ActionButton.h"
+#include "Widgets/ActionButton.h"
 #include "Shell/XTasksWindow.h"
 
 namespace {

@@ -8,8 +8,8 @@
 #include <QScrollArea>
 #include <QVBoxLayout>
 
-#include "Shell/QtText.h"
-#include "Shell/XElidedLabel.h"
+#include "Widgets/QtText.h"
+#include "Widgets/XElidedLabel.h"
 
 namespace {
 constexpr int kShare_Whole = 1000;

@@ -11,14 +11,14 @@
 
 #include "Library/CSongDatabase.h"
 #include "Play/CPlayControl.h"
-#include "Shell/ActionButton.h"
-#include "Shell/QtText.h"
+#include "Widgets/ActionButton.h"
+#include "Widgets/QtText.h"
 #include "Shell/XActions.h"
-#include "Shell/XElidedLabel.h"
-#include "Shell/XIcons.h"
-#include "Shell/XSeekBar.h"
-#include "Shell/XStepper.h"
-#include "Shell/XValueLabel.h"
+#include "Widgets/XElidedLabel.h"
+#include "Widgets/XIcons.h"
+#include "Widgets/XSeekBar.h"
+#include "Widgets/XStepper.h"
+#include "Widgets/XValueLabel.h"
 
 namespace {
 

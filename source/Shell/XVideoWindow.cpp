@@ -7,8 +7,8 @@
 
 #include "Core/CLog.h"
 #include "Graphics/CGraphicsPorts.h"
-#include "Shell/DisplayAbilities.h"
-#include "Shell/XCardSurface.h"
+#include "Widgets/DisplayAbilities.h"
+#include "Widgets/XCardSurface.h"
 
 namespace {
 constexpr int kResizeEnd_Milliseconds = 200;   // the toolkit tells no end: none for so long is one

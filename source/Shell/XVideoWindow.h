@@ -7,7 +7,7 @@
 #include "Graphics/CPortView.h"
 #include "Graphics/CPortWindow.h"
 #include "Shell/CPortContext_Qt.h"
-#include "Shell/CWindowPlace.h"
+#include "Widgets/CWindowPlace.h"
 
 class CGraphicsPorts;
 class XCardSurface;

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "Platform/Heap.h"
-#include "Shell/CGraphicsCard.h"
+#include "Widgets/CGraphicsCard.h"
 #include "Shell/Options.h"
 #include "Shell/Process.h"
 

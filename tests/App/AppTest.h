@@ -5,7 +5,7 @@
 #include <sstream>
 
 #include "App/CAppWindows_None.h"
-#include "Core/CApp.h"
+#include "App/CApp.h"
 #include "Core/CLog.h"
 #include "Platform/CClock.h"
 #include "Platform/CFolders.h"

@@ -8,7 +8,7 @@
 
 #include "App/AppTest.h"
 #include "App/CSaveTarget.h"
-#include "Library/CLibraryCommands.h"
+#include "SongFiles/CLibraryCommands.h"
 #include "Library/CSongDatabase.h"
 #include "Platform/CFileCalls_Faults.h"
 #include "Platform/ScriptedClock.h"

@@ -1,4 +1,4 @@
-#include "Core/CApp.h"
+#include "App/CApp.h"
 
 #include <deque>
 #include <filesystem>
@@ -18,14 +18,14 @@
 #include "App/SaveRules.h"
 #include "App/TVoplaApp.h"
 #include "Core/Assertions.h"
-#include "Core/CAlerts.h"
-#include "Core/CMainThreadProc.h"
+#include "App/CAlerts.h"
+#include "Threads/CMainThreadProc.h"
 #include "Graphics/CArtworkPort.h"
 #include "Graphics/CGraphics.h"
 #include "Graphics/COffscreen.h"
 #include "Graphics/Png.h"
 #include "Graphics/PortTest.h"
-#include "Library/CMetaManager.h"
+#include "Meta/CMetaManager.h"
 #include "Library/CSongDatabase.h"
 #include "Platform/CClock.h"
 #include "Platform/CUserInterface_Plain.h"

@@ -2,7 +2,7 @@
 
 #include <thread>
 
-#include "Core/ThreadTest.h"
+#include "Threads/ThreadTest.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "../Core/ZipTest.h"
+#include "Zip/ZipTest.h"
 #include "Audio/CAS_QuickTimeAudioReader.h"
 #include "Platform/CFileCalls_Faults.h"
 

@@ -7,7 +7,7 @@
 #include "Audio/CAS_MultiSpool.h"
 #include "Audio/CAS_Null.h"
 #include "Audio/SpoolTest.h"
-#include "Core/CMutex_ThreadQue.h"
+#include "Threads/CMutex_ThreadQue.h"
 
 namespace {
 class CSpoolerTest : public SpoolTest {};

@@ -10,7 +10,7 @@
 #include "Audio/CAS_Memory.h"
 #include "Audio/CAS_SpoolRec.h"
 #include "Audio/ToneTest.h"
-#include "Core/ThreadTest.h"
+#include "Threads/ThreadTest.h"
 
 using Samples = std::vector<std::int16_t>;
 

@@ -8,8 +8,8 @@
 
 #include "Audio/CAS_Ring.h"
 #include "Audio/CAS_SpoolRec.h"
-#include "Core/CS_MainThread_AbortProc.h"
-#include "Core/ThreadTest.h"
+#include "Threads/CS_MainThread_AbortProc.h"
+#include "Threads/ThreadTest.h"
 
 /** Closed at first or not; whoever passes a closed one waits until it opens. */
 class TestGate {

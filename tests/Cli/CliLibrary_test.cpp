@@ -7,8 +7,8 @@
 #include "Cli/CliRun.h"
 #include "Core/CLog.h"
 #include "Core/TempFolder.h"
-#include "Library/CLibraryLock.h"
-#include "Library/MetaKeyTable.h"
+#include "Storage/CLibraryLock.h"
+#include "Meta/MetaKeyTable.h"
 #include "Platform/CFolders.h"
 
 namespace {
@@ -83,7 +83,7 @@ TEST_F(CliLibrary, WhatIsSetStandsInTheFileForOtherPrograms) {
         EXPECT_EQ(Library({"show", "17"}).out, set.out);   // another load
     }
     const std::string seen =
-        Python(VOPLA_SOURCE_DIR "/tests/Library/library_witness.py", "show '" + (Lib() / "Songs.vlb").string() + "'");
+        Python(VOPLA_SOURCE_DIR "/tests/Storage/library_witness.py", "show '" + (Lib() / "Songs.vlb").string() + "'");
     std::istringstream lines(seen);
     std::string line, ours;
     while (std::getline(lines, line))

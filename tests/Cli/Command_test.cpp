@@ -5,7 +5,7 @@
 
 #include "Cli/CliCommand.h"
 #include "Cli/CliRun.h"
-#include "Core/CApp.h"
+#include "App/CApp.h"
 #include "Core/TempFolder.h"
 #include "Platform/CFolders.h"
 

@@ -5,8 +5,8 @@
 #include <cstring>
 
 #include "Core/CLog.h"
-#include "Core/FSError.h"
-#include "Core/ZipFault.h"
+#include "Files/FSError.h"
+#include "Zip/ZipFault.h"
 
 namespace {
 

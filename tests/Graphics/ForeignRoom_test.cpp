@@ -5,10 +5,10 @@
 #include <random>
 
 #include "Graphics/CHq4x.h"
-#include "Graphics/CMoviePainter.h"
+#include "Movies/CMoviePainter.h"
 #include "Graphics/GuardedMemory.h"
 #include "Graphics/ImageDecode.h"
-#include "Graphics/MovieFrame.h"
+#include "Movies/MovieFrame.h"
 
 extern "C" {
 #include <libavutil/cpu.h>

@@ -189,7 +189,6 @@ TEST_F(SortSelection, AResultForAListOrADatabaseThatHasGone) {
     EXPECT_EQ(i_databaseP->DeletePlaylist(list.ID()), noErr);
     CPlayList& other = Mixed(300, 2);
     other.SetSort({{"name"_key}});
-    i_filesP.reset();
     i_databaseP.reset();
     for (int n = 0; n < 20; ++n) i_host.RunLoopPass();
 }

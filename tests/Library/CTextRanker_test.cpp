@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <random>
 
-#include "Library/CCollation.h"
+#include "Meta/CCollation.h"
 
 namespace {
 

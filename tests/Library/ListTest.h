@@ -4,10 +4,9 @@
 #include <vector>
 
 #include "Core/Assertions.h"
-#include "Core/ThreadTest.h"
-#include "Library/CMetaManager.h"
+#include "Threads/ThreadTest.h"
+#include "Meta/CMetaManager.h"
 #include "Library/CSongDatabase.h"
-#include "Library/CSongFileWork.h"
 #include "Platform/CUserInterface_Scripted.h"
 
 /** What the library asked of the world above. */
@@ -56,10 +55,8 @@ protected:
             return true;
         });
         i_databaseP = std::make_unique<CSongDatabase>(i_above);
-        i_filesP = std::make_unique<CSongFileWork>(*i_databaseP);
     }
     ~ListTest() override {
-        i_filesP.reset();
         i_databaseP.reset();
         SetAssertHandler(nullptr);
         EXPECT_EQ(s_asserted, std::vector<std::string>());
@@ -95,7 +92,6 @@ protected:
     CMetaManager i_metaManager;
     TestDatabaseHost i_above;
     std::unique_ptr<CSongDatabase> i_databaseP;
-    std::unique_ptr<CSongFileWork> i_filesP;   // goes before it
 
 private:
     static inline std::mutex s_lock;

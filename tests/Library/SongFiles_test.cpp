@@ -1,4 +1,4 @@
-#include "../Core/FileTest.h"
+#include "Files/FileTest.h"
 #include "Library/CSongFileSearch.h"
 #include "Library/CSongStatus.h"
 #include "Library/SongFileTypes.h"

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <random>
 
-#include "Graphics/MovieFiles.h"
+#include "Movies/MovieFiles.h"
 #include "Play/CPictureDelays.h"
 #include "Play/PlayTest.h"
 

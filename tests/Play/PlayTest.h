@@ -4,12 +4,12 @@
 #include <mutex>
 
 #include "Core/AlertHook.h"
-#include "Core/CCFPrefDictionary.h"
-#include "Core/ThreadTest.h"
+#include "Values/CCFPrefDictionary.h"
+#include "Threads/ThreadTest.h"
 #include "Graphics/CGraphicsPorts.h"
-#include "Library/CMetaManager.h"
+#include "Meta/CMetaManager.h"
 #include "Library/CSongDatabase.h"
-#include "Library/CSongFileWork.h"
+#include "SongFiles/CSongFileWork.h"
 #include "Platform/CAudioOutput_Null.h"
 #include "Platform/CUserInterface_Scripted.h"
 #include "Platform/Feeder.h"

@@ -6,7 +6,7 @@
 #include "Shell/AboutBox.h"
 #include "Shell/BrowserTest.h"
 #include "Shell/XListPicker.h"
-#include "Shell/XLook.h"
+#include "Widgets/XLook.h"
 #include "Shell/XOutputPanel.h"
 #include "Shell/XPreferencesWindow.h"
 #include "Shell/XShortcutSheet.h"

@@ -5,17 +5,17 @@
 #include <semaphore>
 
 #include "App/CNotices.h"
-#include "Core/CPreferences.h"
+#include "Values/CPreferences.h"
 #include "Graphics/CGraphicsPorts.h"
-#include "Library/CLibraryCommands.h"
-#include "Library/ListTest.h"
+#include "SongFiles/CLibraryCommands.h"
+#include "SongFiles/FileWorkTest.h"
 #include "Platform/CAudioOutput_Null.h"
 #include "Platform/CClock.h"
 #include "Platform/CUserInterface_Scripted.h"
 #include "Play/CPlayControl.h"
 #include "Play/CPlayHost.h"
 #include "Shell/CSongTableModel.h"
-#include "Shell/QtApp.h"
+#include "Widgets/QtApp.h"
 #include "Shell/XActions.h"
 #include "Shell/XBrowserWindow.h"
 #include "Shell/XSongTable.h"
@@ -37,7 +37,7 @@ private:
 };
 
 /** The main window over a library of its own; nothing plays. */
-class BrowserTest : public ListTest, private CPlayHost {
+class BrowserTest : public FileWorkTest, private CPlayHost {
 protected:
     BrowserTest() : i_prefs(PrefsFilesFor(i_folder), {.saveAtEndB = false}), i_play(*this) {
         App();

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "Shell/QtApp.h"
+#include "Widgets/QtApp.h"
 #include "Shell/XActions.h"
 
 namespace {

@@ -7,9 +7,9 @@
 
 #include "Core/NumberForms.h"
 #include "Library/ListTest.h"
-#include "Shell/QtApp.h"
+#include "Widgets/QtApp.h"
 #include "Shell/SongCells.h"
-#include "Shell/XNumberBox.h"
+#include "Widgets/XNumberBox.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
-#include "Shell/XSeekBar.h"
+#include "Widgets/XSeekBar.h"
 
 #include <gtest/gtest.h>
 #include <QtTest/QTest>
 
-#include "Shell/QtApp.h"
+#include "Widgets/QtApp.h"
 #include "Shell/XTransport.h"
 
 namespace {

@@ -8,7 +8,7 @@
 #include "Graphics/CG_Overlay.h"
 #include "Graphics/CGraphicsPorts.h"
 #include "Graphics/COffscreen.h"
-#include "Shell/QtApp.h"
+#include "Widgets/QtApp.h"
 
 namespace {
 

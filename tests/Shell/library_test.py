@@ -11,7 +11,7 @@ import tempfile
 import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
-WITNESS = os.path.join(HERE, "../Library/library_witness.py")
+WITNESS = os.path.join(HERE, "../Storage/library_witness.py")
 MAKE_LIBRARY = os.path.join(HERE, "../../tools/make_library")
 SONGS = 500
 

@@ -1,9 +1,0 @@
-#include "Graphics/CT_MovieDecode.h"
-
-#include "Graphics/CMoviePlay.h"
-
-OSErr CT_MovieDecode::Operate(OSErr err) {
-    i_playP->Run();
-    i_playP.reset();   // the decoder is taken down here rather than on the main thread
-    return err;
-}

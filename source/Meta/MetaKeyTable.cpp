@@ -1,0 +1,176 @@
+#include "Meta/MetaKeyTable.h"
+
+#include <algorithm>
+
+namespace {
+
+// The names of the kinds; all of them at once would meet those of a class, for clang, where files are compiled as one.
+constexpr ValType ValType_BOOL = ValType::ValType_BOOL, ValType_DATE = ValType::ValType_DATE, ValType_DICT = ValType::ValType_DICT,
+                  ValType_FLOAT = ValType::ValType_FLOAT, ValType_INTEGER = ValType::ValType_INTEGER,
+                  ValType_SONGFILE = ValType::ValType_SONGFILE, ValType_STRING = ValType::ValType_STRING;
+using enum TraitsClass;
+using enum Justification;
+
+// clang-format off
+constexpr MetaKeyRow kMetaKeys[] = {
+    // key       class                title                      kind              property            flags  min  max   initial, justified, extras, default text, integer, float
+    {"name"_key,  kPlain,              "Song Name",               ValType_STRING,   kProperty_Text,     0x73,  80,  500,  120, kDefault, kRow_LargeTitle},
+    {"arts"_key,  kPlain,              "Artist",                  ValType_STRING,   kProperty_Text,     0x73,  80,  500,  0, kDefault, kRow_Shared},
+    {"albm"_key,  kPlain,              "Album",                   ValType_STRING,   kProperty_Text,     0x73,  80,  500,  120, kDefault, kRow_Shared},
+    {"genr"_key,  kPlain,              "Genre",                   ValType_STRING,   kProperty_Text,     0x33,  80,  300,  100, kDefault, kRow_Shared},
+    {"SUBg"_key,  kPlain,              "Sub Genre",               ValType_STRING,   kProperty_Text,     0x83,  80,  300,  100, kDefault, kRow_Shared},
+    {"cryr"_key,  kPlain,              "Year",                    ValType_INTEGER,  kProperty_Text,     0x33,  80,  80,   0},
+    {"trak"_key,  kTrack,              "Track #",                 ValType_INTEGER,  kProperty_Custom,   0x73,  70,  150,  70, kRight},
+    {"rdtn"_key,  kPlain,              "Rendition",               ValType_STRING,   kProperty_Text,     0xC3,  80,  300,  100, kDefault, kRow_Shared},
+    {"cmmt"_key,  kPlain,              "Comment",                 ValType_STRING,   kProperty_Text,     0x833, 50,  1000, 120},
+    {"cust"_key,  kPlain,              "Custom",                  ValType_STRING,   kProperty_Text,     0x3,   50,  1000, 120, kDefault, kRow_Shared},
+    {"keyw"_key,  kPlain,              "Keywords",                ValType_STRING,   kProperty_Text,     0x83,  50,  1000, 120},
+    {"Bio "_key,  kPlain,              "Bio",                     ValType_STRING,   kProperty_Text,     0x83,  50,  1000, 120},
+    {"cprt"_key,  kPlain,              "Copyright",               ValType_STRING,   kProperty_Text,     0x883, 80,  300,  100, kDefault, kRow_Shared},
+    {"wrtr"_key,  kPlain,              "Writer",                  ValType_STRING,   kProperty_Text,     0x83,  80,  500,  0, kDefault, kRow_Shared},
+    {"swrt"_key,  kPlain,              "Song Writer",             ValType_STRING,   kProperty_Text,     0x83,  80,  300,  100, kDefault, kRow_Shared},
+    {"cpsr"_key,  kPlain,              "Composer",                ValType_STRING,   kProperty_Text,     0x83,  80,  300,  100, kDefault, kRow_Shared},
+    {"pbls"_key,  kPlain,              "Publisher",               ValType_STRING,   kProperty_Text,     0x83,  80,  300,  100, kDefault, kRow_Shared},
+    {"ORpb"_key,  kPlain,              "Original Publisher",      ValType_STRING,   kProperty_Text,     0x83,  80,  500,  120, kDefault, kRow_Shared},
+    {"ORyr"_key,  kPlain,              "Original Year",           ValType_INTEGER,  kProperty_Custom,   0x82,  95,  110,  0},
+    {"gndr"_key,  kPlain,              "Gender",                  ValType_STRING,   kProperty_Text,     0x83,  80,  300,  100, kDefault, kRow_Shared},
+    {"Lang"_key,  kPlain,              "Language",                ValType_STRING,   kProperty_Text,     0x83,  50,  250,  0, kDefault, kRow_Shared},
+    {"Keyc"_key,  kPlain,              "Key",                     ValType_STRING,   kProperty_Text,     0x83,  50,  150,  0, kDefault, kRow_Shared},
+    {"KeCH"_key,  kPlain,              "Key Changes",             ValType_STRING,   kProperty_Text,     0x81,  100, 150,  100, kDefault, kRow_Shared},
+    {"bpm "_key,  kPlain,              "BPM",                     ValType_INTEGER,  kProperty_Text,     0x83,  50,  200,  0, kDefault, kRow_Mutable},
+    {"bRat"_key,  kPlain,              "Bit Rate",                ValType_STRING,   kProperty_Text,     0x83,  90,  100,  0, kDefault, kRow_Shared},
+    {"aDur"_key,  kPlain,              "Actual Duration",         ValType_STRING,   kProperty_Text,     0x81,  80,  300,  100},
+    {"cBak"_key,  kPlain,              "Background",              ValType_STRING,   kProperty_Text,     0x80,  60,  150,  100, kDefault, kRow_Shared},
+    {"volm"_key,  kPlain,              "Volume",                  ValType_FLOAT,    kProperty_Text,     0x81,  50,  200,  0, kDefault, 0, "-"},
+    {"TMPO"_key,  kPlain,              "Tempo",                   ValType_FLOAT,    kProperty_Text,     0x11,  50,  200,  0, kDefault, 0, "1.00", 0, 1.0},
+    {"rtng"_key,  kPlain,              "Rating",                  ValType_INTEGER,  kProperty_Custom,   0x10,  89,  89,   0, kDefault, kRow_Mutable, "", 255},
+    {"tsng"_key,  kPlain,              "# Sung",                  ValType_INTEGER,  kProperty_Text,     0x11,  70,  70,   0, kRight, 0, "0"},
+    {"Frmt"_key,  kPlain,              "Format",                  ValType_STRING,   kProperty_Text,     0x12,  80,  80,   0, kDefault, kRow_Shared},
+    {"Date"_key,  kPlain,              "Date",                    ValType_DATE,     kProperty_Date,     0x12,  80,  150,  0, kRight, kRow_RelativeDate},
+    {"DAdd"_key,  kPlain,              "Date Added",              ValType_DATE,     kProperty_Date,     0x10,  80,  150,  0, kRight, kRow_RelativeDate},
+    {"Duet"_key,  kPlain,              "Duet",                    ValType_BOOL,     kProperty_CheckBox, 0x82,  60,  60,   0, kDefault, kRow_Mutable},
+    {"Expl"_key,  kPlain,              "Explicit",                ValType_BOOL,     kProperty_CheckBox, 0x82,  60,  150,  100, kDefault, kRow_Mutable},
+    {"bVoc"_key,  kPlain,              "Backing Vocals",          ValType_BOOL,     kProperty_CheckBox, 0x82,  60,  150,  100, kDefault, kRow_Mutable},
+    {"lVoc"_key,  kPlain,              "Lead Vocals",             ValType_BOOL,     kProperty_CheckBox, 0x82,  60,  150,  100, kDefault, kRow_Mutable},
+    {"sNSL"_key,  kPlain,              "No Lyrics",               ValType_BOOL,     kProperty_CheckBox, 0x82,  80,  150,  80, kDefault, kRow_Mutable},
+    {"purc"_key,  kPlain,              "Purchased",               ValType_BOOL,     kProperty_CheckBox, 0x82,  80,  150,  80},
+    {"Rcnt"_key,  kPlain,              "Recent",                  ValType_BOOL,     kProperty_CheckBox, 0x82,  50,  150,  80},
+    {"PLME"_key,  kPlain,              "Play",                    ValType_BOOL,     kProperty_CheckBox, 0x82,  60,  60,   0, kDefault, kRow_Mutable},
+    {"PSNT"_key,  kPlain,              "Here",                    ValType_BOOL,     kProperty_CheckBox, 0x0,   60,  100,  0, kDefault, kRow_Mutable},
+    {"sgKJ"_key,  kPlain,              "KJ",                      ValType_BOOL,     kProperty_CheckBox, 0x0,   60,  100,  0, kDefault, kRow_Mutable},
+    {"SmsB"_key,  kPlain,              "Enable SMS",              ValType_BOOL,     kProperty_CheckBox, 0x82,  60,  160,  0, kDefault, kRow_Mutable},
+    {"SNGR"_key,  kPlain,              "Singer",                  ValType_STRING,   kProperty_Custom,   0x42,  80,  300,  120, kDefault, kRow_LargeTitle | kRow_Shared},
+    {"nick"_key,  kPlain,              "Singer Nickname",         ValType_STRING,   kProperty_Custom,   0x3,   80,  300,  120, kDefault, kRow_Mutable | kRow_LargeTitle | kRow_Shared},
+    {"SNmS"_key,  kPlain,              "Total Songs",             ValType_INTEGER,  kProperty_Text,     0x0,   50,  100,  100},
+    {"SmsN"_key,  kPlain,              "SMS Number",              ValType_STRING,   kProperty_Custom,   0x3,   80,  300,  120, kDefault, kRow_Mutable},
+    {"SmsC"_key,  kSinger_SMS_Carrier, "SMS Carrier",             ValType_INTEGER,  kProperty_Popup,    0x14,  150, 240,  150},
+    {"SmsR"_key,  kSinger_SMS_Region,  "SMS Region",              ValType_INTEGER,  kProperty_Popup,    0x14,  150, 240,  150},
+    {"Spas"_key,  kPlain,              "* Singer PW",             ValType_STRING,   kProperty_Custom,   0x588, 66,  200,  66, kDefault, kRow_Mutable},
+    {"siID"_key,  kPlain,              "* Singer ID",             ValType_INTEGER,  kProperty_Text,     0x400, 50,  200,  0, kDefault, kRow_IfSingerID},
+    {"sPLI"_key,  kPlain,              "* Singer PLI",            ValType_INTEGER,  kProperty_Text,     0x400, 50,  200,  0, kDefault, kRow_IfSingerID},
+    {"StrN"_key,  kPlain,              "Store Name",              ValType_STRING,   kProperty_Custom,   0x0,   80,  400,  120, kDefault, kRow_LargeTitle | kRow_Shared},
+    {"sURL"_key,  kPlain,              "Web Site",                ValType_STRING,   kProperty_Text,     0x0,   80,  400,  400},
+    {"soID"_key,  kPlain,              "Song ID",                 ValType_INTEGER,  kProperty_Text,     0x12,  66,  120,  66, kRight},
+    {"Msng"_key,  kPlain,              "Missing",                 ValType_BOOL,     kProperty_CheckBox, 0x10,  60,  120,  60},
+    {"vChn"_key,  kVocalChannelPop,    "Lead Vocal Channel",      ValType_INTEGER,  kProperty_Popup,    0x14,  150, 240,  150},
+    {"PICH"_key,  kPitchPop,           "Pitch",                   ValType_INTEGER,  kProperty_Popup,    0x14,  80,  200,  80},
+    {"colr"_key,  kLabelPop,           "Label",                   ValType_INTEGER,  kProperty_Custom,   0x86,  42,  150,  42},
+    {"Slip"_key,  kPlain,              "Slip",                    ValType_FLOAT,    kProperty_Custom,   0x81,  70,  150,  70, kLeft},
+    {"gChn"_key,  kGraphicChannelsPop, "Graphic Channels",        ValType_INTEGER,  kProperty_Popup,    0x14,  120, 240,  120, kDefault, 0, "", 3},
+    {"drtn"_key,  kDuration,           "Duration",                ValType_INTEGER,  kProperty_Text,     0x10,  80,  150,  80, kRight},
+    {"strt"_key,  kStart,              "* CD Block Start",        ValType_INTEGER,  kProperty_Text,     0x510, 80,  150,  80, kRight},
+    {"Tsrt"_key,  kTrimStart,          "Trim Start",              ValType_INTEGER,  kProperty_Custom,   0x81,  80,  180,  80, kRight},
+    {"Tend"_key,  kTrimEnd,            "Trim End",                ValType_INTEGER,  kProperty_Custom,   0x81,  80,  180,  80, kRight},
+    {"SIZE"_key,  kSize,               "Size",                    ValType_INTEGER,  kProperty_Text,     0x10,  66,  100,  66},
+    {"pUSD"_key,  kPlain,              "Price",                   ValType_STRING,   kProperty_Custom,   0x6,   147, 400,  147},
+    {"pTRI"_key,  kPlain,              "* Purchase Code",         ValType_STRING,   kProperty_Custom,   0x500, 88,  150,  88},
+    {"cMfl"_key,  kPlain,              "* CopyMetaFlags",         ValType_INTEGER,  kProperty_Text,     0x500, 50,  200,  0},
+    {"prod"_key,  kPlain,              "* Producer Data",         ValType_DICT,     kProperty_Text,     0x780, 66,  200,  66},
+    {"meSt"_key,  kPlain,              "* Media Stream Data",     ValType_DICT,     kProperty_Text,     0x780, 66,  200,  66},
+    {"cavD"_key,  kPlain,              "* CAVS Data",             ValType_DICT,     kProperty_Text,     0x780, 66,  200,  66},
+    {"cavT"_key,  kPlain,              "* CAVS File Type",        ValType_DICT,     kProperty_Text,     0x780, 66,  200,  66},
+    {"piIx"_key,  kPlain,              "PLI",                     ValType_INTEGER,  kProperty_Text,     0x2,   50,  200,  0, kRight},
+    {"stIx"_key,  kPlain,              "#",                       ValType_INTEGER,  kProperty_Text,     0x0,   50,  200,  0, kRight},
+    {"plID"_key,  kPlain,              "* Playlist ID",           ValType_INTEGER,  kProperty_Text,     0x100, 50,  200,  0},
+    {"sTid"_key,  kPlain,              "* Temp Store Playlist ID",ValType_INTEGER,  kProperty_Text,     0x100, 50,  200,  0},
+    {"SRCE"_key,  kPlain,              "* Source",                ValType_STRING,   kProperty_Text,     0x500, 50,  200,  0, kDefault, kRow_Shared},
+    {"soft"_key,  kPlain,              "* Software",              ValType_STRING,   kProperty_Text,     0x0,   50,  200,  120, kDefault, kRow_Shared},
+    {"mPip"_key,  kPlain,              "* Push / Pull",           ValType_INTEGER,  kProperty_Text,     0x510, 50,  100,  0},
+    {"mPsh"_key,  kPlain,              "* Push Level",            ValType_INTEGER,  kProperty_Text,     0x500, 50,  100,  0},
+    {"Twrl"_key,  kPlain,              "* Twirled",               ValType_BOOL,     kProperty_CheckBox, 0x580, 60,  60,   0},
+    {"Muxd"_key,  kPlain,              "* Must Demux",            ValType_BOOL,     kProperty_CheckBox, 0x580, 60,  60,   0},
+    {"Coop"_key,  kPlain,              "* Main Thread",           ValType_BOOL,     kProperty_CheckBox, 0x580, 60,  60,   0},
+    {"CplP"_key,  kPlain,              "",                        ValType_BOOL,     kProperty_Text,     0x500, 50,  200,  0},
+    {"PlaP"_key,  kPlain,              "",                        ValType_BOOL,     kProperty_Text,     0x500, 50,  200,  0},
+    {"dl  "_key,  kPlain,              "* Download",              ValType_BOOL,     kProperty_CheckBox, 0x100, 80,  150,  80},
+    {"strm"_key,  kPlain,              "* Stream",                ValType_BOOL,     kProperty_CheckBox, 0x100, 80,  150,  80},
+    {"Tier"_key,  kPlain,              "* Tier",                  ValType_STRING,   kProperty_Text,     0x100, 80,  300,  100, kDefault, kRow_Shared},
+    {"stor"_key,  kPlain,              "* Store ID",              ValType_INTEGER,  kProperty_Text,     0x500, 50,  100,  100},
+    {"SsID"_key,  kPlain,              "* Store Song ID",         ValType_INTEGER,  kProperty_Text,     0x500, 50,  200,  0},
+    {"ScID"_key,  kPlain,              "* Store custom ID",       ValType_INTEGER,  kProperty_Text,     0x500, 50,  200,  0},
+    {"Smpl"_key,  kPlain,              "* Sample Code",           ValType_STRING,   kProperty_Text,     0x500, 80,  300,  100},
+    {"stmR"_key,  kPlain,              "* Streaming URL",         ValType_STRING,   kProperty_Text,     0x500, 50,  100,  0},
+    {"spRL"_key,  kPlain,              "* Song Page URL",         ValType_STRING,   kProperty_Text,     0x500, 50,  100,  0},
+    {"Sfs0"_key,  kPlain,              "File: Audio",             ValType_SONGFILE, kProperty_Text,     0x410, 150, 4000, 350},
+    {"Sfs1"_key,  kPlain,              "File: Video",             ValType_SONGFILE, kProperty_Text,     0x410, 150, 4000, 350},
+    {"Sfs2"_key,  kPlain,              "File: Zip",               ValType_SONGFILE, kProperty_Text,     0x410, 150, 4000, 350},
+    {"Sfs3"_key,  kPlain,              "File: Cached Audio",      ValType_SONGFILE, kProperty_Text,     0x500, 150, 4000, 350},
+    {"Sfs4"_key,  kPlain,              "File: Cached Video",      ValType_SONGFILE, kProperty_Text,     0x500, 150, 4000, 350},
+    {"Sfs5"_key,  kPlain,              "File: Meta Data XML",     ValType_SONGFILE, kProperty_Text,     0x400, 150, 4000, 350},
+    {"Sfs6"_key,  kPlain,              "* File: CD Audio",        ValType_SONGFILE, kProperty_Text,     0x500, 150, 4000, 350},
+    {"Sfs7"_key,  kPlain,              "* File: CD Video",        ValType_SONGFILE, kProperty_Text,     0x500, 150, 4000, 350},
+    {"Sfs8"_key,  kPlain,              "* File: Unpack",          ValType_SONGFILE, kProperty_Text,     0x500, 150, 4000, 350},
+    {"Sfs9"_key,  kPlain,              "* File: Temp ZIP",        ValType_SONGFILE, kProperty_Text,     0x500, 150, 4000, 350},
+    {"Sf10"_key,  kPlain,              "File: Project",           ValType_SONGFILE, kProperty_Text,     0x410, 150, 4000, 350},
+    {"Sf11"_key,  kPlain,              "File: Launch",            ValType_SONGFILE, kProperty_Text,     0x410, 150, 4000, 350},
+    {"cFNm"_key,  kPlain,              "* cFNm",                  ValType_STRING,   kProperty_Text,     0x500, 50,  200,  0},
+    {"cLNm"_key,  kPlain,              "* cLNm",                  ValType_STRING,   kProperty_Text,     0x500, 50,  200,  0},
+    {"cPhn"_key,  kPlain,              "* cPhn",                  ValType_STRING,   kProperty_Text,     0x500, 50,  200,  0},
+    {"cEml"_key,  kPlain,              "* cEml",                  ValType_STRING,   kProperty_Text,     0x500, 50,  200,  0},
+    {"cCon"_key,  kPlain,              "* cCon",                  ValType_INTEGER,  kProperty_Text,     0x500, 50,  200,  0},
+    {"cCty"_key,  kPlain,              "* cCty",                  ValType_STRING,   kProperty_Text,     0x500, 50,  200,  0},
+    {"cZip"_key,  kPlain,              "* cZip",                  ValType_STRING,   kProperty_Text,     0x500, 50,  200,  0},
+    {"cSte"_key,  kPlain,              "* cSte",                  ValType_STRING,   kProperty_Text,     0x500, 50,  200,  0},
+    {"cSrt"_key,  kPlain,              "* cSrt",                  ValType_STRING,   kProperty_Text,     0x500, 50,  200,  0},
+    {"cSr2"_key,  kPlain,              "* cSr2",                  ValType_STRING,   kProperty_Text,     0x500, 50,  200,  0},
+    {"cCEx"_key,  kPlain,              "* cCEx",                  ValType_STRING,   kProperty_Text,     0x500, 50,  200,  0},
+    {"cCTy"_key,  kPlain,              "* cCTy",                  ValType_INTEGER,  kProperty_Text,     0x500, 50,  200,  0},
+    {"cCVV"_key,  kPlain,              "* cCVV",                  ValType_STRING,   kProperty_Text,     0x500, 50,  200,  0},
+    {"cCXm"_key,  kPlain,              "* cCXm",                  ValType_STRING,   kProperty_Text,     0x500, 50,  200,  0},
+    {"cCXy"_key,  kPlain,              "* cCXy",                  ValType_STRING,   kProperty_Text,     0x500, 50,  200,  0},
+    {"cCCn"_key,  kPlain,              "* cCCn",                  ValType_STRING,   kProperty_Text,     0x500, 50,  200,  0},
+    {"cCoS"_key,  kPlain,              "* cCoS",                  ValType_STRING,   kProperty_Text,     0x500, 50,  200,  0},
+};
+
+constexpr MetaKey kSubclassKeys[] = {
+    "soID"_key, "Msng"_key, "vChn"_key, "PICH"_key, "colr"_key, "Slip"_key, "gChn"_key, "drtn"_key,
+    "strt"_key, "trak"_key, "SmsC"_key, "SmsR"_key, "prod"_key, "meSt"_key, "cavD"_key, "cavT"_key,
+    "cMfl"_key, "pUSD"_key, "pTRI"_key, "Tsrt"_key, "Tend"_key, "SIZE"_key,
+};
+
+constexpr MetaKey kPlainKeys[] = {
+    "name"_key, "arts"_key, "albm"_key, "genr"_key, "SUBg"_key, "bRat"_key, "cmmt"_key, "cust"_key,
+    "keyw"_key, "soft"_key, "wrtr"_key, "cprt"_key, "piIx"_key, "stIx"_key, "Duet"_key, "dl  "_key,
+    "strm"_key, "Tier"_key, "Twrl"_key, "Lang"_key, "Keyc"_key, "KeCH"_key, "volm"_key, "rtng"_key,
+    "Coop"_key, "Muxd"_key, "mPip"_key, "mPsh"_key, "siID"_key, "plID"_key, "sPLI"_key, "sTid"_key,
+    "Frmt"_key, "SRCE"_key, "cryr"_key, "ORyr"_key, "tsng"_key, "Date"_key, "DAdd"_key, "PLME"_key,
+    "SNGR"_key, "nick"_key, "Bio "_key, "bpm "_key, "TMPO"_key, "PSNT"_key, "sgKJ"_key, "swrt"_key,
+    "gndr"_key, "cpsr"_key, "pbls"_key, "ORpb"_key, "aDur"_key, "rdtn"_key, "bVoc"_key, "lVoc"_key,
+    "cBak"_key, "Expl"_key, "Sfs0"_key, "Sfs1"_key, "Sfs2"_key, "Sfs3"_key, "Sfs4"_key, "Sfs5"_key,
+    "Sfs6"_key, "Sfs7"_key, "Sfs8"_key, "Sfs9"_key, "Sf10"_key, "Sf11"_key, "StrN"_key, "SNmS"_key,
+    "sURL"_key, "stor"_key, "Smpl"_key, "stmR"_key, "purc"_key, "CplP"_key, "PlaP"_key, "Rcnt"_key,
+    "SsID"_key, "ScID"_key, "spRL"_key, "sNSL"_key, "Spas"_key, "SmsB"_key, "SmsN"_key,
+};
+// clang-format on
+static_assert(std::size(kSubclassKeys) == 22 && std::size(kPlainKeys) == 87);
+
+}   // namespace
+
+std::span<const MetaKey> SubclassKeys() { return kSubclassKeys; }
+std::span<const MetaKey> PlainKeys() { return kPlainKeys; }
+std::span<const MetaKeyRow> MetaKeyTable() { return kMetaKeys; }
+
+const MetaKeyRow* FindMetaKeyRow(MetaKey key) {
+    const auto* rowP = std::ranges::find(kMetaKeys, key, &MetaKeyRow::key);
+    return rowP == std::ranges::end(kMetaKeys) ? nullptr : rowP;
+}

@@ -1,7 +1,0 @@
-#include "Shell/QtText.h"
-
-#include <QTextDocument>
-
-QString PlainToolTip(const QString& text) {
-    return Qt::mightBeRichText(text) ? "<span>" + text.toHtmlEscaped() + "</span>" : text;
-}

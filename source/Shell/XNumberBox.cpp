@@ -1,7 +1,0 @@
-#include "Shell/XNumberBox.h"
-
-QValidator::State XNumberBox::validate(QString& text, int& at) const {
-    const QString mark = locale().decimalPoint();
-    text.replace(mark == "," ? '.' : ',', mark);
-    return QDoubleSpinBox::validate(text, at);
-}

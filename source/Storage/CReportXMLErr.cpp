@@ -1,0 +1,10 @@
+#include "Storage/CReportXMLErr.h"
+
+#include "Core/CLog.h"
+#include "Core/FaultText.h"
+#include "Library/CSongDatabase.h"
+
+void CReportXMLErr::Report(CSongDatabaseHost& host, const CFileRef& file, OSErr err) {
+    host.Notify("Error loading XML file", FaultText(err, file.GetPath()), "Reveal",
+                [&host, file] { host.Reveal(file); });
+}

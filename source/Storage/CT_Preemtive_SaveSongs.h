@@ -1,0 +1,23 @@
+#pragma once
+#include <memory>
+
+#include "Threads/CT_Preemptive.h"
+#include "Storage/CLibrarySave.h"
+
+class CLibraryStore;
+
+/** The first half of a save: the songs. The store goes on with the second one.
+    Owner    itself; the store may go while it runs, then nobody hears of its end. */
+class CT_Preemtive_SaveSongs final : public CT_Preemptive {
+public:
+    CT_Preemtive_SaveSongs(std::shared_ptr<CLibrarySave> saveRef, std::weak_ptr<CLibraryStore*> storeRef)
+        : CT_Preemptive("No Kill: saving songs"), i_saveRef(std::move(saveRef)), i_storeRef(std::move(storeRef)) {}
+
+protected:
+    OSErr Operate(OSErr err) override;
+    OSErr Completion(OSErr err) override;
+
+private:
+    std::shared_ptr<CLibrarySave> i_saveRef;
+    std::weak_ptr<CLibraryStore*> i_storeRef;   // locked on the main thread alone
+};

@@ -1,0 +1,213 @@
+#include "Values/CPreferences.h"
+
+#include <array>
+
+#include "Core/CLog.h"
+#include "Values/PreferenceCorrections.h"
+#include "Values/PreferenceTable.h"
+#include "Values/PropertyList.h"
+#include "Values/FileRefDictionary.h"
+
+namespace {
+
+constexpr std::size_t kPrefs_MaxBytes = std::size_t{64} << 20;
+constexpr std::string_view kMusicFolder = "Music Library Location";
+constexpr std::string_view kCacheFolder = "Cache Folder Location";
+constexpr std::string_view kColumns = "Default Columns";
+constexpr std::int64_t kFileRef_Path = 4;   // the form of a file reference that names a path
+
+struct SwitchRow {
+    std::string_view key;
+    LogSwitch which;
+};
+constexpr SwitchRow kLogSwitches[] = {
+    {"Enable Logging", LogSwitch::kLogging},
+    {"Log Threads", LogSwitch::kThreads},
+    {"Log Networking", LogSwitch::kNetworking},
+    {"Log Memory", LogSwitch::kMemory},
+};
+
+std::filesystem::path PathOf(const CCFDictionary& reference) {
+    CFileRef file;
+    if (reference.Empty() || Failed(ReadFileRef(reference, file)) || file.IsEmpty()) return {};
+    if (!file.HasPath() && Failed(file.Fill(CFileRef::kFill_PATH))) return {};
+    return file.GetPath();
+}
+
+/** The dictionary of the file, untouched on failure. */
+OSErr ReadDictionary(const std::filesystem::path& file, CCFDictionary& content) {
+    CCFValue root(false);
+    if (const OSErr err = ReadPropertyListFile(file, root, kPrefs_MaxBytes); Failed(err)) return err;
+    const CCFDictionary* dictionaryP = root.Dictionary();
+    if (dictionaryP == nullptr) return paramErr;
+    content = *dictionaryP;
+    return noErr;
+}
+
+std::string RectangleKey(const std::string& name) { return name + " Window Rectangle"; }
+std::string VisibleKey(const std::string& name) { return name + " Window Visible"; }
+
+}   // namespace
+
+PrefsFiles PrefsFilesFor(const std::filesystem::path& folder) {
+    return {folder / "Vopla X Preferences.plist", folder / "Vopla Preferences.xml"};
+}
+
+CPreferences::CPreferences(PrefsFiles files, PrefsOptions options)
+    : i_files(std::move(files)), i_options(std::move(options)) {
+    Log("initting prefs");
+    Log("clearing window rects");
+    Replace(Load());
+}
+
+CPreferences::~CPreferences() {
+    if (!i_options.saveAtEndB) return;
+    try {
+        (void)Save();   // it logged what failed, and there is no one left to try again
+    } catch (const std::exception& problem) {
+        LogF("!!Failed!! Saving Preferences: %s", problem.what());
+    }
+}
+
+CCFDictionary CPreferences::Load() {
+    CCFDictionary content;
+    Log("loading prefs file");
+    i_loadErr = ReadDictionary(i_files.file, content);
+    if (!Failed(i_loadErr)) i_written.Set(content);
+    if (i_loadErr == fnfErr && !i_files.oldFile.empty()) {
+        i_loadErr = ReadDictionary(i_files.oldFile, content);
+        // The old file stays where it is, so a broken one is lost by nothing that is saved here.
+        if (Failed(i_loadErr) && i_loadErr != fnfErr)
+            (void)LogStep(i_loadErr, "loading prefs file, defaults are taken", i_files.oldFile);
+    } else if (Failed(i_loadErr) && i_loadErr != fnfErr) {
+        (void)LogStep(i_loadErr, "loading prefs file, defaults are taken", i_files.file);
+        const std::scoped_lock guard(i_saveLock);
+        i_keepAsideB = true;
+    }
+    CorrectPreferences(content);
+    if (!content.Has(kColumns)) {
+        CCFDictionary columns;   // without the resource the browser shows its own
+        if (!i_options.defaultColumns.empty())
+            (void)LogStep(ReadDictionary(i_options.defaultColumns, columns), "reading default columns",
+                          i_options.defaultColumns);
+        if (!columns.Empty()) content.Set(kColumns, std::move(columns));
+    }
+    Log("getting music folder default");
+    StoreFolder(content, kMusicFolder, i_options.musicFolder);
+    Log("getting cache folder default");
+    StoreFolder(content, kCacheFolder, i_options.cacheFolder);
+    return content;
+}
+
+void CPreferences::StoreFolder(CCFDictionary& content, std::string_view key,
+                               const std::filesystem::path& folder) const {
+    const auto path = PathOf(content.GetDictionary(key));
+    std::error_code problem;
+    if (!path.empty() && std::filesystem::is_directory(path, problem)) return;
+    if (content.Has(key)) {
+        // Music may lie on a volume that is plugged in later: its place is kept. A cache is made anew.
+        if (key == kMusicFolder) {
+            Log("Error getting music folder from pref");
+            return;
+        }
+        Log("Cache folder not found, resetting to default location.");
+    }
+    if (folder.empty()) return;
+    content.Set(key, CCFDictionary{{"type", kFileRef_Path}, {"path", SuperString(folder.string())}});
+}
+
+/** A file that we could not read is somebody's work of years: it is renamed, never written over. */
+OSErr CPreferences::MoveAside() {
+    namespace fs = std::filesystem;
+    std::error_code problem;
+    const fs::file_status status = fs::symlink_status(i_files.file, problem);
+    if (!fs::exists(status)) {
+        i_keepAsideB = false;   // somebody moved it
+        return noErr;
+    }
+    if (fs::is_directory(i_files.file, problem)) return LogStep(paramErr, "prefs file is a folder", i_files.file);
+    for (int n = 1; n < 1000; ++n) {
+        const std::string mark = n == 1 ? " (broken)" : " (broken " + std::to_string(n) + ")";
+        const fs::path aside =
+            i_files.file.parent_path() / (i_files.file.stem().string() + mark + i_files.file.extension().string());
+        if (fs::exists(fs::symlink_status(aside, problem))) continue;
+        fs::rename(i_files.file, aside, problem);
+        if (problem) return LogStep(permErr, "keeping broken prefs file", i_files.file);
+        LogF("Broken prefs file is kept as <%s>", aside.c_str());
+        i_keepAsideB = false;
+        return noErr;
+    }
+    return LogStep(dupFNErr, "keeping broken prefs file", i_files.file);
+}
+
+OSErr CPreferences::Save() {
+    const std::optional<CCFDictionary> content = Gather();
+    return content ? Write(*content) : noErr;
+}
+
+std::optional<CCFDictionary> CPreferences::Gather() {
+    if (i_options.windows)
+        for (const WindowRecord& window : i_options.windows()) {
+            (void)Store(RectangleKey(window.name), CCFDictionary{{"top", window.topS},
+                                                                 {"left", window.leftS},
+                                                                 {"bottom", window.bottomS},
+                                                                 {"right", window.rightS}});
+            (void)Store(VisibleKey(window.name), window.visibleB);
+        }
+    if (i_options.atSave)
+        for (const auto& [key, value] : i_options.atSave()) (void)Store(key, value);
+    for (const PrefRow& row : PreferenceTable())
+        if (row.rule == PrefRule::kAtSave && !Has(row.key)) (void)Store(row.key, row.Default({}));
+    (void)Store("Prefs file version (do not change!)", 2);
+    CCFDictionary content = Snapshot();
+    if (i_written.With([&](const auto& written) { return written == content; })) return std::nullopt;
+    return content;
+}
+
+OSErr CPreferences::Write(const CCFDictionary& content) {
+    const std::scoped_lock guard(i_saveLock);
+    Log("Starting: Saving Preferences");
+    const auto write = [&]() -> OSErr {
+        if (i_keepAsideB)
+            if (const OSErr err = MoveAside(); Failed(err)) return err;
+        std::string text;
+        if (const OSErr err = LogStep(WritePropertyList(content, text), "creating xml data"); Failed(err)) return err;
+        return i_options.replace(i_files.file, std::as_bytes(std::span(text)));
+    };
+    const OSErr err = write();
+    if (!Failed(err)) i_written.Set(content);
+    Log(Failed(err) ? "!!Failed!! Saving Preferences" : "Done: Saving Preferences");
+    return err;
+}
+
+std::optional<WindowRecord> CPreferences::Window(const std::string& name) const {
+    if (!Has(RectangleKey(name))) return std::nullopt;
+    const CCFDictionary rectangle = GetDictionary(RectangleKey(name));
+    std::array<short, 4> sidesS{};
+    constexpr std::array<std::string_view, 4> kSides = {"top", "left", "bottom", "right"};
+    for (std::size_t n = 0; n < kSides.size(); ++n) {
+        const std::int64_t sideL = rectangle.GetInteger(kSides[n]);
+        if (sideL < -32768 || sideL > 32767) return std::nullopt;
+        sidesS[n] = static_cast<short>(sideL);
+    }
+    if (sidesS[2] <= sidesS[0] || sidesS[3] <= sidesS[1]) return std::nullopt;   // no window could be found in it
+    return WindowRecord{name, sidesS[0], sidesS[1], sidesS[2], sidesS[3], GetBool(VisibleKey(name))};
+}
+
+std::filesystem::path CPreferences::MusicFolder() const {
+    const auto path = PathOf(GetDictionary(kMusicFolder));
+    return path.empty() ? i_options.musicFolder : path;
+}
+std::filesystem::path CPreferences::CacheFolder() const {
+    const auto path = PathOf(GetDictionary(kCacheFolder));
+    return path.empty() ? i_options.cacheFolder : path;
+}
+
+void CPreferences::OnStored(std::string_view key, const CCFValue& value) {
+    for (const SwitchRow& row : kLogSwitches)
+        if (row.key == key) CLog::Get().SetSwitch(row.which, value.Bool().value_or(false));
+}
+
+void CPreferences::OnChanged() {
+    if (i_options.onDirty) i_options.onDirty();
+}

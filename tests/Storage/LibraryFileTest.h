@@ -1,0 +1,21 @@
+#pragma once
+#include <array>
+#include <cstdio>
+#include <string>
+
+#include "Files/FileTest.h"
+
+/** Files beside the other program, library_witness.py. */
+class LibraryFileTest : public FileTest {
+protected:
+    /** What the witness prints. */
+    static std::string Witness(const std::string& arguments) {
+        const std::string command = "python3 " VOPLA_SOURCE_DIR "/tests/Storage/library_witness.py " + arguments;
+        FILE* pipe = ::popen(command.c_str(), "r");
+        std::string all;
+        std::array<char, 65536> part{};
+        while (const std::size_t got = std::fread(part.data(), 1, part.size(), pipe)) all.append(part.data(), got);
+        EXPECT_EQ(::pclose(pipe), 0) << arguments;
+        return all;
+    }
+};
