@@ -1,8 +1,8 @@
 #pragma once
 #include <chrono>
 
-#include "Threads/CThreadHost.h"
 #include "Platform/CMainLoop_Plain.h"
+#include "Threads/CThreadHost.h"
 
 /** The least that the thread layer wants of an application. */
 class BenchHost final : public CThreadHost {

@@ -10,22 +10,22 @@
 #include <random>
 
 #include "App/CNotices.h"
-#include "Values/CPreferences.h"
-#include "Threads/CThreadHost.h"
-#include "Threads/CThreadManager.h"
 #include "Graphics/CGraphicsPorts.h"
-#include "SongFiles/CLibraryCommands.h"
 #include "Meta/CMetaManager.h"
-#include "SongFiles/CSongFileWork.h"
 #include "Platform/CUserInterface_Plain.h"
 #include "Play/CPlayControl.h"
 #include "Play/CPlayHost.h"
-#include "Widgets/CMainLoop_Qt.h"
 #include "Shell/CSongTableModel.h"
 #include "Shell/XBrowserWindow.h"
-#include "Widgets/XLook.h"
 #include "Shell/XSongTable.h"
 #include "Shell/XSourceList.h"
+#include "SongFiles/CLibraryCommands.h"
+#include "SongFiles/CSongFileWork.h"
+#include "Threads/CThreadHost.h"
+#include "Threads/CThreadManager.h"
+#include "Values/CPreferences.h"
+#include "Widgets/CMainLoop_Qt.h"
+#include "Widgets/XLook.h"
 
 namespace {
 

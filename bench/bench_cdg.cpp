@@ -1,13 +1,13 @@
 // bench_cdg FILE.cdg [SECONDS]: packets decoded a second by us, by a bare libavcodec loop and by the ffmpeg program,
 // all on one thread and the same file, and the time of a cold seek to SECONDS (3600): file, packets and picture.
+#include <fcntl.h>
+#include <unistd.h>
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 #include "Graphics/CGraphics.h"
@@ -145,7 +145,7 @@ int main(int argc, char** argv) {
     std::printf(ratioZ, "libavcodec loop", library, one / library, tick / library);
     std::printf(ratioZ, "ffmpeg program", program, one / program, tick / program);
     const SeekTimes seek = SeekMilliseconds(argv[1], seekSeconds);
-    std::printf("cold seek to %.0f s            %12.1f ms from the disc, %.1f ms from memory\n", seekSeconds, seek.first,
-                seek.best);
+    std::printf("cold seek to %.0f s            %12.1f ms from the disc, %.1f ms from memory\n", seekSeconds,
+                seek.first, seek.best);
     return 0;
 }

@@ -16,11 +16,11 @@
 #include <string>
 #include <vector>
 
-#include "BenchClock.h"
-#include "BenchHost.h"
 #include "Audio/CAS_AudioRing.h"
 #include "Audio/CAS_Memory.h"
 #include "Audio/CAS_SpoolRec.h"
+#include "BenchClock.h"
+#include "BenchHost.h"
 #include "Media/SampleForms.h"
 #include "Threads/CThreadManager.h"
 

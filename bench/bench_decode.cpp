@@ -14,9 +14,9 @@
 
 #include "Audio/CAS_Null.h"
 #include "Audio/CAS_QuickTimeAudioReader.h"
-#include "Media/CMediaAudio.h"
 #include "Audio/CSpoolPump.h"
 #include "Files/CByteSource_File.h"
+#include "Media/CMediaAudio.h"
 #include "Threads/CThreadManager.h"
 #include "Threads/ThreadInfo.h"
 

@@ -8,14 +8,13 @@
 #include <filesystem>
 #include <fstream>
 
-#include "BenchClock.h"
 #include "../tests/Graphics/TestFrames.h"
+#include "BenchClock.h"
 #include "Graphics/CHq4x.h"
 
 namespace {
 
 constexpr int kFrames = 200;
-
 
 /** Seconds of the ffmpeg program over `frames` frames of the file; negative when it fails. */
 double FfmpegSeconds(const std::filesystem::path& file, int frames) {

@@ -9,16 +9,16 @@
 #include <string>
 #include <vector>
 
-#include "Media/MediaLength.h"
 #include "BenchHost.h"
 #include "Files/CByteSource_File.h"
+#include "Library/CSongDatabase.h"
+#include "Media/MediaLength.h"
+#include "Meta/CMetaManager.h"
+#include "SongFiles/AddFilesToLibrary.h"
+#include "SongFiles/CSongFileWork.h"
 #include "Threads/CThreadHost.h"
 #include "Threads/CThreadManager.h"
 #include "Threads/ThreadInfo.h"
-#include "SongFiles/AddFilesToLibrary.h"
-#include "Meta/CMetaManager.h"
-#include "Library/CSongDatabase.h"
-#include "SongFiles/CSongFileWork.h"
 
 namespace {
 

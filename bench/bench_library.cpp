@@ -16,14 +16,14 @@
 
 #include "BenchHost.h"
 #include "Core/CLog.h"
+#include "Library/CSongDatabase.h"
+#include "Meta/CMetaManager.h"
+#include "SongFiles/CSongFileKeeper.h"
+#include "SongFiles/CSongFileWork.h"
+#include "Storage/CLibraryStore.h"
 #include "Threads/CThreadHost.h"
 #include "Threads/CThreadManager.h"
 #include "Threads/ThreadInfo.h"
-#include "Storage/CLibraryStore.h"
-#include "Meta/CMetaManager.h"
-#include "Library/CSongDatabase.h"
-#include "SongFiles/CSongFileKeeper.h"
-#include "SongFiles/CSongFileWork.h"
 
 namespace {
 

@@ -7,12 +7,12 @@
 #include <vector>
 
 #include "BenchHost.h"
+#include "Library/CSongDatabase.h"
+#include "Meta/CCollation.h"
+#include "Meta/CMetaManager.h"
 #include "Threads/CThreadHost.h"
 #include "Threads/CThreadManager.h"
 #include "Threads/ThreadInfo.h"
-#include "Meta/CCollation.h"
-#include "Meta/CMetaManager.h"
-#include "Library/CSongDatabase.h"
 
 namespace {
 

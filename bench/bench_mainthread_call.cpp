@@ -7,11 +7,11 @@
 #include <thread>
 #include <vector>
 
+#include "Platform/CMainLoop_Plain.h"
 #include "Threads/CMainThreadProc.h"
 #include "Threads/CThreadHost.h"
 #include "Threads/CThreadManager.h"
 #include "Threads/ThreadInfo.h"
-#include "Platform/CMainLoop_Plain.h"
 #include "Widgets/CMainLoop_Qt.h"
 
 namespace {

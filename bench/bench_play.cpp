@@ -13,10 +13,10 @@
 #include <string>
 #include <vector>
 
-#include "BenchClock.h"
 #include "Audio/CAS_AudioRing.h"
 #include "Audio/CAS_SpoolRec.h"
 #include "Audio/SongSource.h"
+#include "BenchClock.h"
 #include "Cli/CCliHost.h"
 
 namespace {

@@ -17,10 +17,8 @@
 
 #include "BenchClock.h"
 #include "Cli/CCliHost.h"
-#include "Values/CCFPrefDictionary.h"
 #include "Graphics/CGraphicsPorts.h"
 #include "Meta/CMetaManager.h"
-#include "SongFiles/CSongFileWork.h"
 #include "Platform/CAudioOutput_Null.h"
 #include "Platform/CAudioOutput_SDL.h"
 #include "Platform/CClock.h"
@@ -28,6 +26,8 @@
 #include "Platform/Heap.h"
 #include "Play/CPlayControl.h"
 #include "Play/CPlayHost.h"
+#include "SongFiles/CSongFileWork.h"
+#include "Values/CCFPrefDictionary.h"
 
 namespace {
 
@@ -38,7 +38,6 @@ void Must(bool doneB, const char* whatZ) {
     std::fprintf(stderr, "bench_playcontrol: %s\n", whatZ);
     std::exit(1);
 }
-
 
 /** The dummy driver, which notes when it was first given sound. */
 class NotingOutput final : public CAudioOutput {

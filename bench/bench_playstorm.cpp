@@ -23,11 +23,9 @@
 #include "BenchClock.h"
 #include "Cli/CCliHost.h"
 #include "Core/AlertHook.h"
-#include "Values/CCFPrefDictionary.h"
 #include "Core/CLog.h"
 #include "Graphics/CGraphicsPorts.h"
 #include "Meta/CMetaManager.h"
-#include "SongFiles/CSongFileWork.h"
 #include "Platform/CAudioOutput_Null.h"
 #include "Platform/CClock.h"
 #include "Platform/CUserInterface_Plain.h"
@@ -35,11 +33,12 @@
 #include "Play/CPlayControl.h"
 #include "Play/CPlayHost.h"
 #include "Play/CPlayWatcher.h"
+#include "SongFiles/CSongFileWork.h"
+#include "Values/CCFPrefDictionary.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
 
 std::ptrdiff_t CountIn(const char* folderZ) {
     return std::distance(fs::directory_iterator(folderZ), fs::directory_iterator());

@@ -15,11 +15,11 @@
 #include <vector>
 
 #include "Files/CByteSource_File.h"
-#include "Threads/CThreadManager.h"
-#include "Threads/ThreadInfo.h"
 #include "Movies/CAS_QuickTimeVideo.h"
 #include "Movies/CMoviePainter.h"
 #include "Movies/CMovieReader.h"
+#include "Threads/CThreadManager.h"
+#include "Threads/ThreadInfo.h"
 
 extern "C" {
 #include <libavutil/frame.h>

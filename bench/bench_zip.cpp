@@ -25,7 +25,6 @@ namespace {
 namespace fs = std::filesystem;
 constexpr int kRounds = 9;   // the best counts: others use the machine too
 
-
 [[noreturn]] void Stop(const char* whyZ) {
     std::printf("%s\n", whyZ);
     std::exit(1);

@@ -44,6 +44,7 @@ function(vopla_room name)
     target_link_libraries(${name} PUBLIC ${ROOM_${name}_ON} Threads::Threads PRIVATE ${foreign})
     if(QT IN_LIST ROOM_${name}_FOREIGN)
         set_target_properties(${name} PROPERTIES AUTOMOC ON)
+        target_link_libraries(${name} PUBLIC Qt6::Widgets)   # its headers are of the toolkit
         target_precompile_headers(${name} PRIVATE <QtWidgets> <functional> <memory> <string>)
     else()
         target_precompile_headers(${name} PRIVATE <algorithm> <array> <cstdint> <filesystem> <functional> <map> <memory>
@@ -70,5 +71,5 @@ function(vopla_tests room)
     if(NOT QT IN_LIST ROOM_${room}_FOREIGN)
         add_dependencies(engine_tests ${name})   # what the sanitizers build: the toolkit is not instrumented
     endif()
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300 LABELS ${room})
 endfunction()

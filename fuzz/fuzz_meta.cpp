@@ -1,9 +1,9 @@
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include "Core/Assertions.h"
+#include "Library/CSong.h"
 #include "Meta/CMeta_PLItem.h"
 #include "Meta/CMetaManager.h"
-#include "Library/CSong.h"
 #include "Platform/CFolders.h"
 
 namespace {

@@ -4,9 +4,9 @@
 #include <cstdlib>
 #include <string>
 
+#include "Storage/LibraryFiles.h"
 #include "Values/CCFXmlWriter.h"
 #include "Values/PropertyList.h"
-#include "Storage/LibraryFiles.h"
 
 // Whatever reads as a playlist is written so that it reads back the same; the other readers bear the same bytes.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* dataP, std::size_t sizeL) {

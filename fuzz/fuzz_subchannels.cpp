@@ -33,6 +33,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* dataP, std::size_t siz
     if (Adapted(raw, SubChannelMode::kPlain, kSubCodePacket_Bytes) != Adapted(raw, SubChannelMode::kPlain, raw.size()))
         __builtin_trap();
     const std::span sectors = raw.first(raw.size() / kSubCodeBytesPerSector * kSubCodeBytesPerSector);
-    if (Adapted(sectors, SubChannelMode::kInterleaved, kSubCodeBytesPerSector).size() < sectors.size()) __builtin_trap();
+    if (Adapted(sectors, SubChannelMode::kInterleaved, kSubCodeBytesPerSector).size() < sectors.size())
+        __builtin_trap();
     return 0;
 }

@@ -1,21 +1,21 @@
 #include "App/CAlerts.h"
 
+#include <unistd.h>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
 #include <mutex>
-#include <unistd.h>
 
-#include "Core/AlertHook.h"
-#include "Core/Assertions.h"
 #include "App/CApp.h"
 #include "App/CCrashReporter.h"
+#include "Core/AlertHook.h"
+#include "Core/Assertions.h"
 #include "Core/CLog.h"
+#include "Platform/BesideShow.h"
 #include "Threads/CMainThreadProc.h"
 #include "Threads/CMutex_ThreadQue_Alert.h"
 #include "Threads/ThreadInfo.h"
-#include "Platform/BesideShow.h"
 
 namespace {
 
@@ -71,15 +71,14 @@ bool ReportAssertion(const char* expressionZ, const char* fileZ, long lineL, boo
 
 }   // namespace
 
-CAlerts::CAlerts(CUserInterface& ui)
-    : i_ui(ui), i_selfRef(std::make_shared<CAlerts*>(this)), i_queue(std::make_shared<CMutex_ThreadQue_Alert>()) {
+CAlerts::CAlerts(CUserInterface& ui) : i_ui(ui), i_queue(std::make_shared<CMutex_ThreadQue_Alert>()) {
     SetUse({this, i_queue});
     SetAssertHandler(&ReportAssertion);
     SetAlertHook([](std::string_view message, std::string_view detail) { MessageAlert(message, detail); });
 }
 
 CAlerts::~CAlerts() {
-    *i_selfRef = nullptr;
+    i_self.Empty();
     SetAssertHandler(nullptr);
     SetAlertHook(nullptr);
     SetUse({});
@@ -141,13 +140,13 @@ void CAlerts::AskNext() {
     if (i_asksB || i_questions.empty() || (gApp != nullptr && gApp->IsShutdown())) return;
     i_asksB = true;
     const Waiting next = i_questions.front();
-    const auto taken = [selfRef = i_selfRef, answered = next.answered](const Answer& answer) {
+    const auto taken = [self = i_self.Handle(), answered = next.answered](const Answer& answer) {
         if (answered) answered(answer);
-        if (*selfRef == nullptr) return;
-        CAlerts& alerts = **selfRef;
-        alerts.i_questions.pop_front();
-        alerts.i_asksB = false;
-        alerts.AskNext();
+        CAlerts* const alertsP = self.Get();
+        if (alertsP == nullptr) return;
+        alertsP->i_questions.pop_front();
+        alertsP->i_asksB = false;
+        alertsP->AskNext();
     };
     AskThen(i_ui, next.question, taken, AskedFor::kItself);
 }
@@ -187,9 +186,7 @@ public:
     explicit MT_FatalAlert(std::string_view message) : CMainThreadProc("fatal alert"), i_message(message) {}
 
 protected:
-    OSErr Operate() override {
-        ShowAndEnd(i_message);
-    }
+    OSErr Operate() override { ShowAndEnd(i_message); }
 
 private:
     const std::string i_message;

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "Platform/CUserInterface.h"
+#include "Threads/CHandle.h"
 
 class CMutex_ThreadQue_Alert;
 
@@ -47,7 +48,7 @@ private:
     CUserInterface& i_ui;
     std::deque<Waiting> i_questions;   // the first one stands on the screen when i_asksB
     bool i_asksB = false;
-    const std::shared_ptr<CAlerts*> i_selfRef;         // emptied at the end: an answer may come later
+    CHandled<CAlerts> i_self{this};                    // an answer may come later
     std::shared_ptr<CMutex_ThreadQue_Alert> i_queue;   // "Alert Que"; shared with a thread that adds to it right now
 };
 

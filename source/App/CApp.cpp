@@ -1,5 +1,6 @@
 #include "App/CApp.h"
 
+#include "App/CAlerts.h"
 #include "App/CAppLibrary.h"
 #include "App/CAppPlay.h"
 #include "App/CAppQuit.h"
@@ -8,24 +9,23 @@
 #include "App/CAppWindows.h"
 #include "App/CBreakScreen.h"
 #include "App/CCoverArt.h"
+#include "App/CCrashReporter.h"
 #include "App/CGoBackNotice.h"
 #include "App/CNotices.h"
 #include "App/CScopedInitializing.h"
 #include "App/CTaskList.h"
+#include "App/IdleTimers.h"
 #include "App/ScopedValue.h"
 #include "Core/Assertions.h"
-#include "App/CAlerts.h"
-#include "App/CCrashReporter.h"
-#include "Files/CFolderKinds.h"
 #include "Core/CLog.h"
-#include "Values/CPreferences.h"
-#include "App/IdleTimers.h"
-#include "Threads/CThreadManager.h"
+#include "Files/CFolderKinds.h"
 #include "Meta/CMetaManager.h"
-#include "Threads/ThreadInfo.h"
-#include "Threads/WaitMode.h"
 #include "Platform/BesideShow.h"
 #include "Platform/CClock.h"
+#include "Threads/CThreadManager.h"
+#include "Threads/ThreadInfo.h"
+#include "Threads/WaitMode.h"
+#include "Values/CPreferences.h"
 
 CApp* gApp = nullptr;
 
@@ -91,7 +91,8 @@ CPlayControl& CApp::Play() { return i_play->Control(); }
 void CApp::RunLoopPass() {
     PostEvents().DrainCalls();
     MainLoop().Wait(CThreadManager::CooperativeCount() > 0 ? kRunLoop_WakeT : kRunLoop_RestT);
-    for (int n = 0; n < kRunLoop_MostMessages && MainLoop().PumpOne(kMessage_All); ++n) {}
+    for (int n = 0; n < kRunLoop_MostMessages && MainLoop().PumpOne(kMessage_All); ++n) {
+    }
     YieldToCooperative();
     PostEvents().Run([this](PostEventKind kind, long /*dataL*/) { HandlePostEvent(kind); });
 }
@@ -255,7 +256,7 @@ constexpr struct {
     WindowKind kind;
     const char* nameZ;
     const char *fullScreenKeyZ, *displayKeyZ;   // null: it never fills a display
-    bool shownFirstB;   // at the first start, when no place is kept
+    bool shownFirstB;                           // at the first start, when no place is kept
 } kKept_Windows[] = {
     {PREF_Wind_BROWSER, "Browser", nullptr, nullptr, true},
     {PREF_Wind_VIDEO2, "Video 2", "Full Screen2", "Full Screen2 Display", false},

@@ -10,9 +10,9 @@
 #include <string_view>
 #include <vector>
 
-#include "Values/CPreferences.h"
-#include "Threads/CThreadHost.h"
 #include "Platform/OSErr.h"
+#include "Threads/CThreadHost.h"
+#include "Values/CPreferences.h"
 
 class CAlerts;
 class CAppLibrary;
@@ -50,7 +50,7 @@ struct AppSetup {
     CAppWindows& windows;
     std::filesystem::path resources;   // the folder of what is installed beside the program
     PrefsFiles prefs;
-    bool lastQuitCleanB = true;        // what the log of the last session says
+    bool lastQuitCleanB = true;   // what the log of the last session says
 };
 
 /** The model-side application object: its constructor is the whole start-up, its destructor the whole quit. It owns the
@@ -174,8 +174,8 @@ private:
     std::unique_ptr<CAlerts> i_alerts;
     std::unique_ptr<CMetaManager> i_metaManager;   // made before the library, gone after it
     std::unique_ptr<CAppLibrary> i_library;
-    std::unique_ptr<CAppSaves> i_saves;   // lives within the library
-    std::unique_ptr<CAppPlay> i_play;     // the same
+    std::unique_ptr<CAppSaves> i_saves;      // lives within the library
+    std::unique_ptr<CAppPlay> i_play;        // the same
     std::unique_ptr<CBreakScreen> i_break;   // while there are windows to see it
     std::unique_ptr<CCoverArt> i_covers;     // the same
     std::unique_ptr<CGoBackNotice> i_goBack;
@@ -185,12 +185,12 @@ private:
     std::optional<std::vector<WindowRecord>> i_recordsAtQuit;
     CCFDictionary i_fullScreenAtQuit;
     bool i_displayOnB = false;   // as the windows were told
-    bool i_quitAsksB = true;   // somebody is there to answer at the quit
+    bool i_quitAsksB = true;     // somebody is there to answer at the quit
     bool i_idleGraphicsB = true;
     bool i_resizing_windB = false;
     std::atomic<bool> i_appReadyB{false};
     std::atomic<bool> i_hasMainWindowB{false};
-    std::atomic<long> i_lostSongsL{0};   // counted by 'BadS'
+    std::atomic<long> i_lostSongsL{0};                // counted by 'BadS'
     mutable std::recursive_mutex i_currentSongLock;   // recursive: a song that draws may stop itself
     CPlayingSong* i_currentSongP = nullptr;           // guarded by i_currentSongLock
     std::atomic<bool> i_shutdownB{false};

@@ -2,22 +2,23 @@
 
 #include <algorithm>
 
-#include "App/CAppWindows.h"
-#include "App/CNotices.h"
 #include "App/CAlerts.h"
 #include "App/CApp.h"
+#include "App/CAppWindows.h"
+#include "App/CNotices.h"
 #include "Core/CLog.h"
 #include "Files/FileURL.h"
-#include "Threads/WaitMode.h"
-#include "SongFiles/CT_FindMissing.h"
 #include "Platform/CClock.h"
 #include "Play/CPlayControl.h"
+#include "SongFiles/CT_FindMissing.h"
+#include "Threads/WaitMode.h"
 
 namespace {
 constexpr int kLock_Tries = 500;   // turns of 0.01 s
 }
 
-CAppLibrary::CAppLibrary(CApp& app) : i_app(app), i_database(*this), i_files(i_database), i_commands(i_database, app.Ui()) {
+CAppLibrary::CAppLibrary(CApp& app)
+    : i_app(app), i_database(*this), i_files(i_database), i_commands(i_database, app.Ui()) {
     i_database.SetSettings(ReadLibrarySettings(app.Prefs()));
 }
 CAppLibrary::~CAppLibrary() = default;

@@ -1,12 +1,12 @@
 #pragma once
 #include "App/CSaveTarget.h"
 #include "Core/CBackOff.h"
+#include "Library/CSongDatabase.h"
+#include "Platform/CMountTable.h"
 #include "SongFiles/CLibraryCommands.h"
+#include "SongFiles/CSongFileWork.h"
 #include "Storage/CLibraryLock.h"
 #include "Storage/CLibraryStore.h"
-#include "Library/CSongDatabase.h"
-#include "SongFiles/CSongFileWork.h"
-#include "Platform/CMountTable.h"
 
 class CApp;
 

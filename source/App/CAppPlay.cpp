@@ -1,7 +1,7 @@
 #include "App/CAppPlay.h"
 
-#include "App/CAppWindows.h"
 #include "App/CApp.h"
+#include "App/CAppWindows.h"
 #include "SongFiles/CLibraryCommands.h"
 
 CAppPlay::CAppPlay(CApp& app) : i_app(app), i_control(static_cast<CPlayHost&>(*this)) {

@@ -1,12 +1,12 @@
 #include "App/CAppSaves.h"
 
+#include "App/CApp.h"
 #include "App/CAppLibrary.h"
 #include "App/SaveRules.h"
-#include "App/CApp.h"
 #include "Core/CLog.h"
 #include "Files/CSafeSave.h"
-#include "Threads/CT_Preemptive.h"
 #include "Platform/CClock.h"
+#include "Threads/CT_Preemptive.h"
 
 /** Writes the preferences. The application's end waits for it. */
 class CAppSaves::CT_SavePreferences final : public CT_Preemptive {

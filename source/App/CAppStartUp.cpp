@@ -1,33 +1,33 @@
 #include "App/CAppStartUp.h"
 
-#include "App/IdleTimers.h"
-#include "App/LocalTime.h"
+#include "App/CAlerts.h"
+#include "App/CAppLibrary.h"
+#include "App/CAppPlay.h"
+#include "App/CAppSaves.h"
 #include "App/CAppWindows.h"
 #include "App/CBreakScreen.h"
 #include "App/CCoverArt.h"
 #include "App/CGoBackNotice.h"
-#include "App/CAppLibrary.h"
-#include "App/CAppPlay.h"
-#include "App/CAppSaves.h"
 #include "App/CScopedInitializing.h"
+#include "App/IdleTimers.h"
+#include "App/LocalTime.h"
 #include "App/MemoryWarning.h"
 #include "App/SystemFacts.h"
 #include "Audio/CSpoolPump.h"
-#include "App/CAlerts.h"
 #include "Core/CLog.h"
-#include "Values/CPreferences.h"
+#include "Core/FaultText.h"
 #include "Files/CFileRef.h"
 #include "Files/CFolderKinds.h"
-#include "Threads/CThreadManager.h"
 #include "Files/FSrFolders.h"
-#include "Core/FaultText.h"
-#include "Threads/ThreadInfo.h"
 #include "Graphics/CHq4x.h"
 #include "Meta/CMetaManager.h"
 #include "Platform/CClock.h"
-#include "SongFiles/SongFolders.h"
 #include "Platform/CFolders.h"
 #include "Platform/CMainLoop.h"
+#include "SongFiles/SongFolders.h"
+#include "Threads/CThreadManager.h"
+#include "Threads/ThreadInfo.h"
+#include "Values/CPreferences.h"
 
 namespace {
 constexpr const char* kPref_MoveArticles = "Move 'The' to end of Artits title";
@@ -141,9 +141,7 @@ void CAppStartUp::PurgeLeftovers() {
     PurgeTemporary(folders);
 }
 
-void CAppStartUp::LogHeadline() {
-    LogF("%s %s", "-------------------- New Vopla", "Log --------------------\n");
-}
+void CAppStartUp::LogHeadline() { LogF("%s %s", "-------------------- New Vopla", "Log --------------------\n"); }
 
 void CAppStartUp::LogSystemFacts() {
     Log(CApp::DisplayName());
@@ -169,9 +167,7 @@ void CAppStartUp::InstallIdleTimers() {
                       new CT_Timer_VideoRefresh(i_app), new CT_IdleTimer_App(i_app)};   // owned by the map of forks
 }
 
-void CAppStartUp::OpenProgress() {
-    i_app.i_curScope = i_app.Ui().OpenProgress("Initializing " + CApp::DisplayName());
-}
+void CAppStartUp::OpenProgress() { i_app.i_curScope = i_app.Ui().OpenProgress("Initializing " + CApp::DisplayName()); }
 
 void CAppStartUp::LoadDatabase() {
     CFileRef root;
@@ -184,10 +180,10 @@ void CAppStartUp::LoadDatabase() {
     i_app.i_libraryLoadedB = !Failed(LogStep(err, "loading the library"));
     if (i_app.i_libraryLoadedB) return;
     const CLibraryStore* const storeP = i_app.i_library->Store();   // null: another program has the lock
-    const std::string why = storeP == nullptr          ? "it is in use by another program"
-                            : storeP->Report().tooNewB ? "a later version of Vopla made it"
+    const std::string why = storeP == nullptr              ? "it is in use by another program"
+                            : storeP->Report().tooNewB     ? "a later version of Vopla made it"
                             : Failed(storeP->Report().err) ? storeP->Report().problems.back()
-                                                       : FaultText(err, FaultOf::kFolder, {});
+                                                           : FaultText(err, FaultOf::kFolder, {});
     i_app.i_startFailure = "The library in “" + root.GetPath().string() + "” was not opened: " + why;
 }
 
@@ -203,7 +199,8 @@ bool CAppStartUp::FindMusicFolder(CFileRef& root) {
         Question question;
         question.title.append("“").append(name).append("” folder not found");
         question.text = "There was a problem locating your “" + name +
-                        "” folder.  Is it perhaps an alias to an offline volume? " + FaultText(err, FaultOf::kFolder, root.GetPath().string());
+                        "” folder.  Is it perhaps an alias to an offline volume? " +
+                        FaultText(err, FaultOf::kFolder, root.GetPath().string());
         question.buttons = {"Quit", "Try again", "Find it"};
         question.defaultIndex = kTryAgain;
         question.safeIndex = kQuit;   // nobody in front: it must not ask for ever

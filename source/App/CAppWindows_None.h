@@ -5,7 +5,7 @@
 #include "Graphics/COffscreen.h"
 
 /** No windows: the headless host. The video window is a port of 300 x 216 pixels in memory, drawn when somebody asks it
- * to. */
+    to. */
 class CAppWindows_None final : public CAppWindows {
 public:
     ~CAppWindows_None() override;

@@ -6,21 +6,20 @@
 #include "App/CApp.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
-#include "Movies/CAS_QuickTimeVideo.h"
-#include "Movies/CBreakOverlay.h"
 #include "Graphics/CGraphicsPorts.h"
 #include "Graphics/COffscreen.h"
+#include "Movies/CAS_QuickTimeVideo.h"
+#include "Movies/CBreakOverlay.h"
 
 namespace {
 constexpr std::uint32_t kTurn_Milliseconds = 33;
 constexpr int kRetry_Turns = 60;   // a disc that gave nothing is asked again after two seconds
 }   // namespace
 
-CBreakScreen::CBreakScreen(CGraphicsPorts& ports, CMainLoop& loop)
-    : i_ports(ports), i_loop(loop), i_self(std::make_shared<CBreakScreen*>(this)) {}
+CBreakScreen::CBreakScreen(CGraphicsPorts& ports, CMainLoop& loop) : i_ports(ports), i_loop(loop) {}
 
 CBreakScreen::~CBreakScreen() {
-    *i_self = nullptr;
+    i_self.Empty();
     Show(nullptr);
 }
 
@@ -31,7 +30,7 @@ void CBreakScreen::Follow(const CCFPrefDictionary& preferences) {
     i_tellB = gApp != nullptr && gApp->IsAppReady();
     if (i_file.empty()) {
         Show(nullptr);
-    } else if (CT_Preemptive::Start(std::make_unique<CT_ReadBreakPicture>(i_file, i_self)) == 0) {
+    } else if (CT_Preemptive::Start(std::make_unique<CT_ReadBreakPicture>(i_file, i_self.Handle())) == 0) {
         Take(i_file, {}, memFullErr);
     }
 }

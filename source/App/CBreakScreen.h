@@ -4,6 +4,7 @@
 
 #include "App/CT_ReadBreakPicture.h"
 #include "Platform/CMainLoop.h"
+#include "Threads/CHandle.h"
 
 class CAS_QuickTimeVideo;
 class CBreakOverlay;
@@ -14,9 +15,11 @@ class CGraphicsPorts;
 inline constexpr const char* kBreak_PreferenceZ = "Break Picture";
 
 /** The picture of the break: the file that the preference "Break Picture" names, on all ports while no song's picture
-   is. A movie runs in a loop, without its sound, and stands still while nobody sees it. The file is read on a worker;
-   what was shown before stays until then. Threads  main. Owner    CApp; ports and loop outlive it. Errors   a file that
-   cannot be read leaves the windows black; the user is told, but at the start only the log. */
+    is. A movie runs in a loop, without its sound, and stands still while nobody sees it. The file is read on a worker;
+    what was shown before stays until then.
+    Threads  main.
+    Owner    CApp; ports and loop outlive it.
+    Errors   a file that cannot be read leaves the windows black; the user is told, but at the start only the log. */
 class CBreakScreen {
 public:
     CBreakScreen(CGraphicsPorts& ports, CMainLoop& loop);
@@ -42,7 +45,7 @@ private:
     std::filesystem::path i_file;     // the one that is wanted; empty for none
     bool i_tellB = false;             // it was chosen just now: a failure is shown
     std::unique_ptr<CBreakOverlay> i_overlay;
-    std::uint64_t i_decodedL = 0;                  // pictures of the movie up to its last beginning
-    int i_waitL = 0;                               // turns until it is begun again
-    const std::shared_ptr<CBreakScreen*> i_self;   // null inside once this has gone; what a worker comes back by
+    std::uint64_t i_decodedL = 0;          // pictures of the movie up to its last beginning
+    int i_waitL = 0;                       // turns until it is begun again
+    CHandled<CBreakScreen> i_self{this};   // what a worker comes back by
 };

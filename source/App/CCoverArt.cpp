@@ -7,13 +7,12 @@
 #include "Graphics/COffscreen.h"
 #include "Play/CPlayControl.h"
 
-CCoverArt::CCoverArt(CPlayControl& play, CGraphicsPorts& ports)
-    : i_play(play), i_ports(ports), i_self(std::make_shared<CCoverArt*>(this)) {
+CCoverArt::CCoverArt(CPlayControl& play, CGraphicsPorts& ports) : i_play(play), i_ports(ports) {
     i_play.AddWatcher(*this);
 }
 
 CCoverArt::~CCoverArt() {
-    *i_self = nullptr;
+    i_self.Empty();
     i_play.RemoveWatcher(*this);
     i_ports.SetCover(nullptr);
 }
@@ -30,7 +29,8 @@ void CCoverArt::PlayChanged() {
     if (file == i_file) return;
     i_file = std::move(file);
     i_ports.SetCover(nullptr);
-    if (!i_file.empty()) static_cast<void>(CT_Preemptive::Start(std::make_unique<CT_ReadCover>(i_file, i_self)));
+    if (!i_file.empty())
+        static_cast<void>(CT_Preemptive::Start(std::make_unique<CT_ReadCover>(i_file, i_self.Handle())));
 }
 
 void CCoverArt::Take(const std::filesystem::path& file, std::shared_ptr<const COffscreen> cover) {

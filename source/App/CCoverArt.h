@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "Play/CPlayWatcher.h"
+#include "Threads/CHandle.h"
 
 class CGraphicsPorts;
 class COffscreen;
@@ -28,6 +29,6 @@ private:
 
     CPlayControl& i_play;
     CGraphicsPorts& i_ports;
-    std::filesystem::path i_file;               // whose cover is shown, or is being read; empty for none
-    const std::shared_ptr<CCoverArt*> i_self;   // null inside once this has gone; what a worker comes back by
+    std::filesystem::path i_file;       // whose cover is shown, or is being read; empty for none
+    CHandled<CCoverArt> i_self{this};   // what a worker comes back by
 };

@@ -2,16 +2,16 @@
 
 #include "Files/FSError.h"
 
+#include <execinfo.h>
+#include <fcntl.h>
+#include <unistd.h>
 #include <array>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <execinfo.h>
-#include <fcntl.h>
 #include <fstream>
 #include <string>
-#include <unistd.h>
 
 namespace {
 

@@ -4,16 +4,16 @@
 #include <iostream>
 #include <utility>
 
+#include "App/CApp.h"
 #include "App/CAppLibrary.h"
 #include "App/CAppSaves.h"
 #include "App/LocalTime.h"
-#include "App/CApp.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
 #include "Files/FSrObjects.h"
-#include "Threads/WaitUntil.h"
 #include "Platform/CFolders.h"
 #include "Platform/CUserInterface.h"
+#include "Threads/WaitUntil.h"
 
 void CQuitSave::Run() {
     const OSErr first = SaveOnce();

@@ -2,9 +2,10 @@
 
 #include "App/CBreakScreen.h"
 #include "Files/CFileRef.h"
-#include "Movies/CAS_QuickTimeVideo.h"
 #include "Graphics/COffscreen.h"
 #include "Graphics/ImageFile.h"
+#include "Movies/CAS_QuickTimeVideo.h"
+#include "Threads/CHandle.h"
 
 namespace {
 
@@ -22,7 +23,7 @@ BreakPicture::BreakPicture() = default;
 BreakPicture::BreakPicture(BreakPicture&& other) noexcept = default;
 BreakPicture::~BreakPicture() = default;
 
-CT_ReadBreakPicture::CT_ReadBreakPicture(std::filesystem::path file, std::shared_ptr<CBreakScreen*> screen)
+CT_ReadBreakPicture::CT_ReadBreakPicture(std::filesystem::path file, CHandle<CBreakScreen> screen)
     : CT_Preemptive("read break picture"), i_file(std::move(file)), i_screen(std::move(screen)) {}
 
 OSErr CT_ReadBreakPicture::Operate(OSErr) {
@@ -35,8 +36,8 @@ OSErr CT_ReadBreakPicture::Operate(OSErr) {
 }
 
 OSErr CT_ReadBreakPicture::Completion(OSErr err) {
-    if (*i_screen != nullptr)
-        (*i_screen)->Take(i_file, std::move(i_picture), err);
+    if (CBreakScreen* const screenP = i_screen.Get(); screenP != nullptr)
+        screenP->Take(i_file, std::move(i_picture), err);
     else if (i_picture.movieP != nullptr)
         static_cast<void>(i_picture.movieP->Close(false));
     return err;

@@ -2,8 +2,9 @@
 #include <filesystem>
 #include <memory>
 
-#include "Threads/CT_Preemptive.h"
 #include "Core/Ref.h"
+#include "Threads/CHandle.h"
+#include "Threads/CT_Preemptive.h"
 
 class CAS_QuickTimeVideo;
 class CBreakScreen;
@@ -23,7 +24,7 @@ struct BreakPicture {
 class CT_ReadBreakPicture final : public CT_Preemptive {
 public:
     /** `screen` holds null once nobody waits for the picture any more. */
-    CT_ReadBreakPicture(std::filesystem::path file, std::shared_ptr<CBreakScreen*> screen);
+    CT_ReadBreakPicture(std::filesystem::path file, CHandle<CBreakScreen> screen);
 
 protected:
     OSErr Operate(OSErr err) override;
@@ -31,6 +32,6 @@ protected:
 
 private:
     const std::filesystem::path i_file;
-    const std::shared_ptr<CBreakScreen*> i_screen;   // what it holds is the main thread's
+    const CHandle<CBreakScreen> i_screen;
     BreakPicture i_picture;
 };

@@ -4,12 +4,13 @@
 #include "Core/CLog.h"
 #include "Graphics/COffscreen.h"
 #include "Graphics/ImageFile.h"
+#include "Threads/CHandle.h"
 
 namespace {
 constexpr Rect kCover_Most{0, 0, 600, 600};
 }
 
-CT_ReadCover::CT_ReadCover(std::filesystem::path file, std::shared_ptr<CCoverArt*> covers)
+CT_ReadCover::CT_ReadCover(std::filesystem::path file, CHandle<CCoverArt> covers)
     : CT_Preemptive("read cover"), i_file(std::move(file)), i_covers(std::move(covers)) {}
 
 OSErr CT_ReadCover::Operate(OSErr) {
@@ -19,6 +20,6 @@ OSErr CT_ReadCover::Operate(OSErr) {
 }
 
 OSErr CT_ReadCover::Completion(OSErr err) {
-    if (*i_covers != nullptr) (*i_covers)->Take(i_file, std::move(i_cover));
+    if (CCoverArt* const coversP = i_covers.Get(); coversP != nullptr) coversP->Take(i_file, std::move(i_cover));
     return err;
 }

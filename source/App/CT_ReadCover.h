@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "Threads/CHandle.h"
 #include "Threads/CT_Preemptive.h"
 
 class CCoverArt;
@@ -12,7 +13,7 @@ class COffscreen;
 class CT_ReadCover final : public CT_Preemptive {
 public:
     /** `covers` holds null once nobody waits for it any more. */
-    CT_ReadCover(std::filesystem::path file, std::shared_ptr<CCoverArt*> covers);
+    CT_ReadCover(std::filesystem::path file, CHandle<CCoverArt> covers);
 
 protected:
     OSErr Operate(OSErr err) override;
@@ -20,6 +21,6 @@ protected:
 
 private:
     const std::filesystem::path i_file;
-    const std::shared_ptr<CCoverArt*> i_covers;   // what it holds is the main thread's
+    const CHandle<CCoverArt> i_covers;
     std::shared_ptr<const COffscreen> i_cover;
 };

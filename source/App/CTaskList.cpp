@@ -3,8 +3,8 @@
 #include <map>
 #include <mutex>
 
-#include "App/CAppWindows.h"
 #include "App/CApp.h"
+#include "App/CAppWindows.h"
 
 struct CTaskList::State {
     struct Line {

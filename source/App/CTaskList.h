@@ -13,9 +13,9 @@ enum class TaskID : std::uint64_t {};
 struct TaskRow {
     TaskID id{0};
     std::string name;
-    std::string text = {};         // what it does now; empty: it has not said
-    long doneL = 0, totalL = 0;    // steps; a total of 0: nobody knows how many there are
-    bool cancelledB = false;       // its end was asked for, and has not come yet
+    std::string text = {};        // what it does now; empty: it has not said
+    long doneL = 0, totalL = 0;   // steps; a total of 0: nobody knows how many there are
+    bool cancelledB = false;      // its end was asked for, and has not come yet
 };
 
 /** What works in the background, and how far it is: a line for every CTaskView that lives, in the order of their birth.

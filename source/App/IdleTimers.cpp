@@ -1,7 +1,7 @@
 #include "App/IdleTimers.h"
 
-#include "App/LocalTime.h"
 #include "App/CApp.h"
+#include "App/LocalTime.h"
 #include "Core/CLog.h"
 
 CT_IdleTimer_Save::CT_IdleTimer_Save(CApp& app) : CT_Timer("idle timer save", kTimer_Off, true), i_app(app) {}
@@ -30,8 +30,7 @@ OSErr CT_IdleTimer_NoSleep::Timer() {
     return noErr;
 }
 
-CT_Timer_VideoRefresh::CT_Timer_VideoRefresh(CApp& app)
-    : CT_Timer("idle timer graphics", 1.0 / 15.0), i_app(app) {}
+CT_Timer_VideoRefresh::CT_Timer_VideoRefresh(CApp& app) : CT_Timer("idle timer graphics", 1.0 / 15.0), i_app(app) {}
 
 OSErr CT_Timer_VideoRefresh::Timer() {
     i_app.FireVideoRefresh();

@@ -1,11 +1,11 @@
 #include "App/LibraryVersions.h"
 
-#include <SDL.h>
-#include <SoundTouch.h>
 #include <cairo.h>
 #include <ebur128.h>
 #include <expat.h>
 #include <lame/lame.h>
+#include <SDL.h>
+#include <SoundTouch.h>
 #include <unicode/uversion.h>
 #include <zlib.h>
 

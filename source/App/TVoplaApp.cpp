@@ -2,17 +2,17 @@
 
 #include <iostream>
 
-#include "App/PreferenceRequest.h"
 #include "App/CAlerts.h"
+#include "App/PreferenceRequest.h"
 #include "Core/CLog.h"
-#include "Threads/CMainThreadProc.h"
 #include "Core/FaultText.h"
-#include "Threads/WaitMode.h"
-#include "SongFiles/AddFilesToLibrary.h"
 #include "Library/CSongDatabase.h"
 #include "Platform/CMainLoop.h"
 #include "Platform/CUserInterface.h"
 #include "Play/CPlayControl.h"
+#include "SongFiles/AddFilesToLibrary.h"
+#include "Threads/CMainThreadProc.h"
+#include "Threads/WaitMode.h"
 
 TVoplaApp* gVoplaApp = nullptr;
 

@@ -4,8 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "App/CHostRequests.h"
 #include "App/CApp.h"
+#include "App/CHostRequests.h"
 #include "Library/LibraryIDs.h"
 
 /** What a start of the program is to open: absolute paths. */

@@ -4,14 +4,14 @@
 #include <utility>
 #include <vector>
 
+#include "Core/Assertions.h"
 #include "Media/SampleForms.h"
 #include "Media/SpoolUnits.h"
-#include "Core/Assertions.h"
 #include "Platform/OSErr.h"
 
 /** Floats inside, 16-bit samples for the reader. `Base` is a layer that has a cue mode. Switched off, and in cue mode,
-   the floats pass. Writes pass: they go in as integers (CAS_Adapt_ItoF). Threads  as the base. Nothing is allocated
-   after the constructor. */
+    the floats pass. Writes pass: they go in as integers (CAS_Adapt_ItoF).
+    Threads  as the base. Nothing is allocated after the constructor. */
 template <class Base>
 class CAS_Adapt_FtoI : public Base {
 public:

@@ -5,12 +5,13 @@
 #include <vector>
 
 #include "Audio/CAS_Ring.h"
-#include "Media/SampleForms.h"
 #include "Core/Assertions.h"
+#include "Media/SampleForms.h"
 
 /** 16-bit samples outside, floats inside. A base that holds floats (the ring) gets them on its write side; one that
-   holds integers (a file, memory) is read as floats. The other side passes. Units    a float is two units of 2 bytes.
-   Buffers are aligned for their samples. Threads  as the base. Nothing is allocated after the constructor. */
+    holds integers (a file, memory) is read as floats. The other side passes.
+    Units    a float is two units of 2 bytes. Buffers are aligned for their samples.
+    Threads  as the base. Nothing is allocated after the constructor. */
 template <class Base>
 class CAS_Adapt_ItoF : public Base {
 public:

@@ -9,8 +9,8 @@
 
 /** Pitch, tempo, volume and vocal mode on the read side of a chain of floats. `Base` is an ItoF layer.
     Units    what is read are stereo floats; positions and progress are the source's, at every tempo: what the engine
-   holds does not count as read. The end comes when the source is used up, its last frames included. Threads  as the
-   base; the reader allocates nothing. The settings are those of CPitchTempoVolume. */
+             holds does not count as read. The end comes when the source is used up, its last frames included.
+    Threads  as the base; the reader allocates nothing. The settings are those of CPitchTempoVolume. */
 template <class Base>
 class CAS_Adapt_PitchTempoVolume : public Base, public CPitchTempoVolume {
 public:
@@ -26,8 +26,7 @@ public:
         i_seekingL.fetch_sub(1);
         return err;
     }
-    /** With `onB` the samples come as they lie in the base: for a look at the song. Wants a Seek before it plays again.
-     */
+    /** With `onB` the samples come as they lie in the base: for a look at the song. Wants a Seek before it plays again. */
     void SetCue(bool onB) noexcept { i_cueB.store(onB); }
 
 protected:

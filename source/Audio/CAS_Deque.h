@@ -4,7 +4,8 @@
 #include "Audio/CSpooler.h"
 
 /** Bytes in memory between a writer and a reader, without a bound: whoever reads them from a pump waits for them. The
-   end comes when the writer has closed. Threads  reader and writer on two. */
+    end comes when the writer has closed.
+    Threads  reader and writer on two. */
 class CAS_Deque : public CSpooler {
 public:
     explicit CAS_Deque(std::size_t unitBytes = kSpool_AudioUnitBytes);

@@ -4,7 +4,8 @@
 #include "Audio/CSpooler.h"
 
 /** A stream that lies in memory as a whole: a source of the bytes it was made with, or a sink that collects them.
-   Writing begins at the start, in place of what was there. Can be sought. Threads  reader and writer on two. */
+    Writing begins at the start, in place of what was there. Can be sought.
+    Threads  reader and writer on two. */
 class CAS_Memory : public CSpooler {
 public:
     explicit CAS_Memory(std::vector<std::byte> bytes = {}, std::size_t unitBytes = kSpool_AudioUnitBytes);

@@ -4,8 +4,9 @@
 #include "Audio/CSpooler.h"
 
 /** Spools read one after the other as if they were one. All have the same unit. The whole can be sought when the parts
-   can. Owner    retains the parts, and is the only one that uses them while it is open. Errors   the first error of a
-   part; a part that ends early or late just ends there. */
+    can.
+    Owner    retains the parts, and is the only one that uses them while it is open.
+    Errors   the first error of a part; a part that ends early or late just ends there. */
 class CAS_MultiSpool : public CSpooler {
 public:
     explicit CAS_MultiSpool(std::vector<Ref<CSpooler>> parts, std::size_t unitBytes = kSpool_AudioUnitBytes,

@@ -5,9 +5,9 @@
 
 #include "Core/AlertHook.h"
 #include "Core/Assertions.h"
-#include "Files/CByteSource_File.h"
 #include "Core/CLog.h"
 #include "Core/SmallExtension.h"
+#include "Files/CByteSource_File.h"
 
 namespace {
 

@@ -2,9 +2,9 @@
 #include <functional>
 #include <memory>
 
-#include "Media/CMediaAudio.h"
 #include "Audio/CSpooler.h"
 #include "Files/CFileRef.h"
+#include "Media/CMediaAudio.h"
 
 /** The sound of a compressed audio file or a movie, decoded as it is read; can be sought to the sample.
     Units    16-bit samples; the total is the song's length where the library knows one, else what the file says, and

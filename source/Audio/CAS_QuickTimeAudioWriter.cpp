@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <array>
 
-#include "Media/CMediaFormat.h"
 #include "Core/CLog.h"
+#include "Media/CMediaFormat.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>

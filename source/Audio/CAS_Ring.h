@@ -8,12 +8,15 @@
 #include "Audio/CSpooler.h"
 
 /** The bounded store between the pump and the render thread: the reader drains a front block, the writer fills a back
-   one, and an empty front changes places with the back. Units    of 2 bytes; it is meant for floats, so that a sample
-   of the source counts as two. Positions are the source's. Threads  the reader allocates nothing, logs nothing, and
-   takes only locks that others hold for a copy. Seek, Close and Abort on any other thread; several seeks at once are
-   fine, the last one wins. Owner    whoever reads closes it, which ends the pump. Errors   Seek answers eofErr without
-   a pump, or when the source cannot be sought: all stays as it was then. When the source fails, what is here is
-   played first, and then the reader hears of it; after an abort both sides fail at once. */
+    one, and an empty front changes places with the back.
+    Units    of 2 bytes; it is meant for floats, so that a sample of the source counts as two. Positions are the
+             source's.
+    Threads  the reader allocates nothing, logs nothing, and takes only locks that others hold for a copy. Seek, Close
+             and Abort on any other thread; several seeks at once are fine, the last one wins.
+    Owner    whoever reads closes it, which ends the pump.
+    Errors   Seek answers eofErr without a pump, or when the source cannot be sought: all stays as it was then. When the
+             source fails, what is here is played first, and then the reader hears of it; after an abort both sides fail
+             at once. */
 class CAS_Ring : public CSpooler {
 public:
     /** All memory is taken here. */
@@ -68,8 +71,7 @@ private:
     std::array<Block, 2> i_blocks;
     Block* i_frontP = &i_blocks[0];   // under the read lock, and to be changed under both
     Block* i_backP = &i_blocks[1];    // under the write lock
-    /** Bytes in both blocks: a writer adds under the write lock after its copy, a reader takes off under the read lock.
-     */
+    /** Bytes in both blocks: a writer adds under the write lock after its copy, a reader takes off under the read lock. */
     std::atomic<std::size_t> i_fillL{0};
     std::size_t i_takenL = 0;    // bytes read, and written, that the counts of the spool lack yet: under the lock of
     std::size_t i_storedL = 0;   // their side

@@ -7,7 +7,8 @@
 #include "Audio/CSpooler.h"
 
 /** Base of the sinks that make a sound file out of 44.1 kHz stereo of 16 bits: the file takes its name when the spool
-   is closed without an error, and not before. Threads  as CSpooler; a subclass's parts run one at a time. */
+    is closed without an error, and not before.
+    Threads  as CSpooler; a subclass's parts run one at a time. */
 class CAS_SoundWriter : public CSpooler {
 protected:
     CAS_SoundWriter(const CFileRef& file, std::string name);

@@ -24,6 +24,7 @@ OSErr Start(const Ref<CSpooler>& sourceP, const Ref<CSpooler>& destinationP, boo
     if (numberL == 0) return abortErr;   // reported by the thread layer
     destinationP->i_firstWrite.Wait(numberL, WaitMode::kForever);
     const OSErr err = FirstOf(sourceP->Err(), destinationP->Err());
-    if (Failed(err) && !CSpooler::IsIgnorable(err) && !sourceP->IsQuiet()) ShowAlert("Spooler Error", FaultWords(err, FaultOf::kSound));
+    if (Failed(err) && !CSpooler::IsIgnorable(err) && !sourceP->IsQuiet())
+        ShowAlert("Spooler Error", FaultWords(err, FaultOf::kSound));
     return err;
 }

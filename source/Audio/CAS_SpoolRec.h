@@ -7,7 +7,7 @@
 
 /** The task that runs a pump, on a thread of its own or as part of the main thread's world.
     Owner    the thread layer, from Start on. The spools are let go on the pump's thread, where closing may take its
-   time. */
+    time. */
 template <class Task>
 class CAS_SpoolRecT final : public Task {
 public:
@@ -27,6 +27,7 @@ private:
 };
 
 /** Moves all that `sourceP` gives into `destinationP`, on a preemptive task or, with `cooperativeB`, on a cooperative
-   one, and comes back when the first block is there, the source has none, or the start failed. Any thread; the main one
-   keeps its timers going. Errors   the source's, else the destination's. One that is worth it is told to the user. */
+    one, and comes back when the first block is there, the source has none, or the start failed. Any thread; the main
+    one keeps its timers going.
+    Errors   the source's, else the destination's. One that is worth it is told to the user. */
 OSErr Start(const Ref<CSpooler>& sourceP, const Ref<CSpooler>& destinationP, bool cooperativeB);

@@ -1,13 +1,13 @@
 #pragma once
 #include "Audio/CSpooler.h"
-#include "Zip/CByteSource_Zip.h"
 #include "Threads/CMutex.h"
+#include "Zip/CByteSource_Zip.h"
 
 /** One member of a zip as a source: read in place and unpacked as the reader goes. Can be sought. Sub-code by its
-   ending
-    (.cdg, .mcg, .ncg) counts in graphics units, and what lies behind the last whole unit is not seen; all else counts
-   in bytes. Errors   those of CByteSource_Zip, once the reader has all the bytes before the fault. A wrong checksum at
-   the end is a line in the log and no failure: the song was sung by then. */
+    ending (.cdg, .mcg, .ncg) counts in graphics units, and what lies behind the last whole unit is not seen; all else
+    counts in bytes.
+    Errors   those of CByteSource_Zip, once the reader has all the bytes before the fault. A wrong checksum at the end
+             is a line in the log and no failure: the song was sung by then. */
 class CAS_Zip : public CSpooler {
 public:
     /** `member` is one that CZipArchive found in `zip`; `source` is told as Source(). */

@@ -4,9 +4,9 @@
 #include <utility>
 
 #include "Audio/CAutoCue.h"
-#include "Media/SampleForms.h"
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
+#include "Media/SampleForms.h"
 
 namespace {
 constexpr std::size_t kEngine_Frames = 8192;   // what the engine takes before it gives, at the start

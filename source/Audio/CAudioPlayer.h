@@ -28,14 +28,14 @@ struct AudioPlayerParts {
 };
 
 /** Feeds the output with the sound of one song, by a render thread of its own. A pause and what the song lacks are
-   silence; the device goes on. The device is fed from the first play on.
-   Whatever ends the sound in the middle (a pause, a seek, the end of the player or of the ring, a ring that is late)
-   fades it out over 10 ms, and what goes on there fades in over 5 ms.
-   Units    frames of the song; 147 are 1/300 s.
-   Threads  Create, SetMode and the end on the main thread, or on the one that prepares a song; Seek and AutoCue on any
+    silence; the device goes on. The device is fed from the first play on.
+    Whatever ends the sound in the middle (a pause, a seek, the end of the player or of the ring, a ring that is late)
+    fades it out over 10 ms, and what goes on there fades in over 5 ms.
+    Units    frames of the song; 147 are 1/300 s.
+    Threads  Create, SetMode and the end on the main thread, or on the one that prepares a song; Seek and AutoCue on any
             but the render thread; the rest on any.
-   Owner    Ref. The end stops the thread and closes the output, not the song's ring.
-   Errors   Create tells the user; a song that fails while it plays ends the thread and is kept (Result). */
+    Owner    Ref. The end stops the thread and closes the output, not the song's ring.
+    Errors   Create tells the user; a song that fails while it plays ends the thread and is kept (Result). */
 class CAudioPlayer final : public RefCounted, private CAudioRenderer {
 public:
     /** Paused, at the place where the ring stands. */
@@ -55,7 +55,7 @@ public:
     /** 0 to 1 of the song. While it is under way the render thread gives silence. */
     OSErr Seek(double position);
     /** Where the music starts, in 300ths; 0 when it cannot be told. Waits until the player is paused or stopped, and
-       leaves the song at its start. */
+        leaves the song at its start. */
     long AutoCue();
 
     /** The frame of the song that the device takes now: neither what waits in the output nor in the engine counts. */

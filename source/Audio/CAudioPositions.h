@@ -9,7 +9,7 @@
 class CAudioPositions {
 public:
     /** The next `framesL` frames of the output: the first `soundL` of them run from frame `fromL` of the song to `toL`,
-       the rest stands there. */
+        the rest stands there. */
     void Add(std::size_t framesL, std::uint64_t fromL, std::uint64_t toL, std::size_t soundL) noexcept;
     /** The frame of the song that frame `outputL` of the output is. */
     [[nodiscard]] double At(std::uint64_t outputL) const noexcept;

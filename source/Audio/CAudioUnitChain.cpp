@@ -12,7 +12,7 @@
 namespace {
 constexpr double kRender_LookT = 0.005;   // how often a ring that was late is looked at
 constexpr double kDevice_LookT = 1;       // how often a device is looked for while there is none
-}
+}   // namespace
 
 CAudioUnitChain::~CAudioUnitChain() {
     StopRendering();

@@ -7,8 +7,8 @@
 
 #include "Audio/CAudioUnit.h"
 #include "Audio/CDeviceNews.h"
-#include "Threads/CSemaphore.h"
 #include "Platform/CAudioOutput.h"
+#include "Threads/CSemaphore.h"
 
 /** What a block asked for now would be. */
 enum class BlockOutlook {
@@ -21,7 +21,7 @@ enum class BlockOutlook {
 class CAudioRenderer {
 public:
     /** All of `stereo`. CT_AudioRender: allocates nothing, logs nothing, waits for nobody. A failure ends the
-     * rendering. */
+        rendering. */
     virtual OSErr RenderBlock(std::span<std::int16_t> stereo) noexcept = 0;
     /** After the last block, or a failure: the frames by which the sound fades out, at the front of `stereo`. */
     virtual std::size_t RenderRest(std::span<std::int16_t> stereo) noexcept = 0;

@@ -5,8 +5,7 @@
 
 #include "Audio/Stereo.h"
 
-namespace {
-}
+namespace {}
 
 CFrameHistory::CFrameHistory(std::size_t frames)
     : i_samples(std::bit_ceil(frames) * kChannels), i_frames(std::bit_ceil(frames)) {}

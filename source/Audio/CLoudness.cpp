@@ -7,8 +7,8 @@
 #include <limits>
 #include <vector>
 
-#include "Media/CMediaAudio.h"
 #include "Audio/CSpooler.h"
+#include "Media/CMediaAudio.h"
 #include "Media/SpoolUnits.h"
 
 namespace {

@@ -13,8 +13,7 @@ class CSpooler;
 struct Loudness {
     double lufs = 0;     // integrated, EBU R128; negative infinity for silence
     double peakDB = 0;   // true peak against full scale; negative infinity for silence
-    /** What brings it to `targetLUFS`: in dB, as much as the peak allows without going over `ceilingDB`. 0 for silence.
-     */
+    /** What brings it to `targetLUFS`: in dB, as much as the peak allows without going over `ceilingDB`. 0 for silence. */
     [[nodiscard]] double GainDB(double targetLUFS = kTargetLUFS, double ceilingDB = kCeilingDB) const;
 
     static constexpr double kTargetLUFS = -14;   // where streaming services play: backings of all ages are near it

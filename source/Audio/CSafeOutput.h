@@ -6,8 +6,11 @@
 #include "Files/CSafeSave.h"
 
 /** A file that is written over minutes and takes its name only once it is whole: a failed or stopped encoding leaves
-   what was there before. Units    bytes. Threads  one at a time. Owner    the spool that writes. Gone before Finish, it
-   leaves no trace. Errors   statuses; the safe save logs its own steps. */
+    what was there before.
+    Units    bytes.
+    Threads  one at a time.
+    Owner    the spool that writes. Gone before Finish, it leaves no trace.
+    Errors   statuses; the safe save logs its own steps. */
 class CSafeOutput {
 public:
     explicit CSafeOutput(CFileRef file) : i_file(std::move(file)) {}

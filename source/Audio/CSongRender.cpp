@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "Audio/CAS_SpoolRec.h"
-#include "Media/SampleForms.h"
 #include "Core/Assertions.h"
+#include "Media/SampleForms.h"
 #include "Threads/ThreadInfo.h"
 
 namespace {

@@ -5,8 +5,9 @@
 #include "Threads/WaitMode.h"
 
 /** Lets waits through up to a number: whoever waits for something takes the next number, whoever brings it about says
-   how far it has come. Several may wait at once, also one below another on the main thread's stack; none takes
-   another's signal. Threads  any. It outlives its waits. */
+    how far it has come. Several may wait at once, also one below another on the main thread's stack; none takes
+    another's signal.
+    Threads  any. It outlives its waits. */
 class CSpoolGate {
 public:
     /** The number of what is waited for from now on; the first is 1. */

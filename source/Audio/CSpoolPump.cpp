@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "Core/CLog.h"
+#include "Platform/CClock.h"
 #include "Threads/CThreadManager.h"
 #include "Threads/ThreadInfo.h"
-#include "Platform/CClock.h"
 
 namespace {
 constexpr double kPump_YieldT = 0.005;

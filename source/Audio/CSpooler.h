@@ -9,11 +9,11 @@
 #include <string_view>
 
 #include "Audio/CSpoolGate.h"
+#include "Core/Ref.h"
 #include "Media/SpoolUnits.h"
-#include "Values/CCFDictionary.h"
 #include "Threads/CMutex.h"
 #include "Threads/CSemaphore.h"
-#include "Core/Ref.h"
+#include "Values/CCFDictionary.h"
 
 class CMutex_ThreadQue;
 class CS_MainThread_AbortProc;
@@ -37,33 +37,33 @@ struct SpoolTraits {
     what one spool gives into another.
 
     Units    spans are bytes, whole units; all counts and sizes are units. GetPos, GetTotal and the size of Open speak
-   of the source's units, whatever form the samples have in this spool. Threads  each operation any, but one thread a
-   side. The forms with _i run under that side's lock (SpoolTraits::lock) and are what subclasses and adapters override;
-   those marked "no lock" are the exceptions. Owner    Ref. Whoever starts a pump into a ring ends it by Close(false) or
-   Abort of the ring. Errors   the first one is kept and answered from then on, and nobody waits at this spool any more.
-   eofErr is the end of the data, abortErr and userCanceledErr were wished for; IsIgnorable tells which are not worth an
-   alert. */
+             of the source's units, whatever form the samples have in this spool.
+    Threads  each operation any, but one thread a side. The forms with _i run under that side's lock (SpoolTraits::lock)
+             and are what subclasses and adapters override; those marked "no lock" are the exceptions.
+    Owner    Ref. Whoever starts a pump into a ring ends it by Close(false) or Abort of the ring.
+    Errors   the first one is kept and answered from then on, and nobody waits at this spool any more. eofErr is the end
+             of the data, abortErr and userCanceledErr were wished for; IsIgnorable tells which are not worth an alert. */
 class CSpooler : public RefCounted {
 public:
     explicit CSpooler(SpoolTraits traits);
     ~CSpooler() override;
 
     /** For write: `sizeL` is what will come, as far as known (0: not known). For read: a known size comes in or goes
-       out, and the read count begins at 0. May take as long as the file or the net does. */
+        out, and the read count begins at 0. May take as long as the file or the net does. */
     OSErr Open(bool writeB, std::uint64_t& sizeL);
     /** On a preemptive thread closes, tells the completion of that side, and answers the result. Elsewhere a
         CAS_CloseSpool does it, and noErr comes back at once. A side that is not open: noErr. */
     OSErr Close(bool writeB);
     /** Fills the front of `buffer` with as many whole units as there are. noErr with 0 bytes: nothing has come yet;
-       eofErr: nothing will come any more. Whatever it answers, `gotL` is set; a failure gives 0. */
+        eofErr: nothing will come any more. Whatever it answers, `gotL` is set; a failure gives 0. */
     OSErr Read(std::span<std::byte> buffer, std::size_t& gotL);
     /** All of `bytes`, or a failure. A spool with water marks makes a writer wait above the high one until the reader
-       is below the low one; no lock is held then. */
+        is below the low one; no lock is held then. */
     OSErr Write(std::span<const std::byte> bytes);
     /** Units that Read would give now. */
     [[nodiscard]] std::uint64_t Available();
     /** To `position` (0 to 1) of the total. A ring comes back once the first block of the new place is in it, or when
-       none will come; the main thread's timers and paint go on. eofErr: this one cannot. */
+        none will come; the main thread's timers and paint go on. eofErr: this one cannot. */
     virtual OSErr Seek(double position);
     /** abortErr from now on, here and up and down the chain: everybody who waits goes on. Never waits itself. */
     void Abort();
@@ -101,13 +101,12 @@ public:
     void SetQuiet(bool quietB) noexcept { i_quietB.store(quietB); }
     [[nodiscard]] bool IsQuiet() const noexcept { return i_quietB.load(); }
     /** A queue whose element uses this spool; once it has been told to stop, a read aborts. Null before the element
-       ends: the queue is not kept. */
+        ends: the queue is not kept. */
     void SetQue(const CMutex_ThreadQue* queP) noexcept { i_queP.store(queP); }
     /** Called once, with the result, when that side is done, also when the spool goes without having been closed. Takes
-       it over; null is none. Aborting it ends the chain as Abort does. */
+        it over; null is none. Aborting it ends the chain as Abort does. */
     void SetCompletion(bool writeSideB, CS_MainThread_AbortProc* completionP);
-    /** A line in the task list, if there is one; its cancellation ends the chain as Abort does, with userCanceledErr.
-     */
+    /** A line in the task list, if there is one; its cancellation ends the chain as Abort does, with userCanceledErr. */
     void OpenTask(std::string_view text);
     void ReportTask(long doneL, long totalL);
     void CloseTask();
@@ -139,8 +138,7 @@ protected:
     virtual std::uint64_t Stored_i(std::size_t wroteL) { return wroteL / i_unitBytesL; }
     /** No lock, any thread: own units between writer and reader, for the water marks. */
     virtual std::uint64_t Fill_i() const { return 0; }
-    /** No lock. Ends what waits in the subclass (a net, a decoder); may run beside any other operation, on any thread.
-     */
+    /** No lock. Ends what waits in the subclass (a net, a decoder); may run beside any other operation, on any thread. */
     virtual void Abort_i() {}
     /** No lock. The side is closed; a failure becomes the result of Close. */
     virtual OSErr OnClosed(bool /*writeB*/, OSErr /*err*/) { return noErr; }
@@ -148,13 +146,12 @@ protected:
     // What a pump asks of its destination. No lock, on the pump's thread.
     /** Before each chunk. A ring carries out the seek that somebody waits for. */
     virtual OSErr BeforeChunk_i(CSpooler& /*source*/) { return noErr; }
-    /** The source is used up: what was written is all there is. False when it was sought meanwhile, and there is more.
-     */
+    /** The source is used up: what was written is all there is. False when it was sought meanwhile, and there is more. */
     virtual bool EndOfSource_i() { return true; }
     /** After that. True when the pump is to go on, after a wait: a ring may still be sought. */
     virtual bool GoesOn_i() { return false; }
     /** The source failed with `err`. True when the reader is to have first what was written before, and `err` at its
-       end (EndErr_i); false when it fails at once. */
+        end (EndErr_i); false when it fails at once. */
     virtual bool SourceFailed_i(OSErr /*err*/) { return false; }
     /** A writer that waits for room is needed elsewhere. */
     virtual bool IsWriterWanted_i() const { return false; }
@@ -167,8 +164,7 @@ protected:
     void SetTotal(std::uint64_t sizeL);
     /** For constructors: a part of the tracked name, such as " -> Adapter: Progress". */
     void Track(std::string_view text);
-    /** Where the reader is, in own units; under the read lock. For a Seek_i that lands elsewhere than it was asked to.
-     */
+    /** Where the reader is, in own units; under the read lock. For a Seek_i that lands elsewhere than it was asked to. */
     void SetRead(std::uint64_t unitsL) noexcept { i_readL.store(unitsL); }
     [[nodiscard]] const CMutex* ReadLock() const noexcept { return i_readLockP; }
     [[nodiscard]] const CMutex* WriteLock() const noexcept { return i_writeLockP; }

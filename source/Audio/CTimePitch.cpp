@@ -9,7 +9,6 @@
 
 namespace {
 
-
 float Product(const float* oneP, const float* otherP, std::size_t countL) noexcept {
     // Four sums: the order of one would keep the machine from adding them side by side.
     float sums[4] = {};

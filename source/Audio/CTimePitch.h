@@ -24,8 +24,8 @@ protected:
 /** A stream of sound at another pitch and another tempo, each of which can change at any time without a gap. A change
     starts a second voice of the engine a little before the place that is heard now, looks for the spot where its wave
    fits the one of the first, and cross-fades over 10 ms: so no change leaves a click, none shifts the place in the song
-   by more than the few ms that fit, and the position stays exact. With pitch 0 and tempo 1 the samples pass bit for
-   bit.
+    by more than the few ms that fit, and the position stays exact. With pitch 0 and tempo 1 the samples pass bit for
+    bit.
 
     Units    stereo frames of floats. Positions are frames of the source since the start or the last Restart.
     Threads  Render on one thread, which allocates nothing and waits for nobody; the rest on any.
@@ -45,8 +45,8 @@ public:
     void Restart() noexcept { i_restartB.store(true, std::memory_order_release); }
 
     /** Fills the front of `stereo`. When the source is used up, silence is put after it to get its last frames out of
-       the engine, and no frame beyond its end is given. noErr with less than asked: the source is late. eofErr with 0:
-       all is given. Another failure of the source: no frames. */
+        the engine, and no frame beyond its end is given. noErr with less than asked: the source is late. eofErr with 0:
+        all is given. Another failure of the source: no frames. */
     OSErr Render(std::span<float> stereo, std::size_t& frames, CTimePitchSource& source) noexcept;
 
     /** The frame of the source that the next Render gives. */

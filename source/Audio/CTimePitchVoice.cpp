@@ -5,11 +5,10 @@
 #include <algorithm>
 #include <array>
 
-#include "Media/SpoolUnits.h"
 #include "Audio/Stereo.h"
+#include "Media/SpoolUnits.h"
 
-namespace {
-}
+namespace {}
 
 CTimePitchVoice::CTimePitchVoice() : i_engineP(std::make_unique<soundtouch::SoundTouch>()) {
     i_engineP->setSampleRate(kSamplesPerSecond);

@@ -9,10 +9,11 @@ class SoundTouch;
 }
 
 /** One run of the pitch and tempo engine over a stream, from a frame of it on, with one setting. Frame n that it gives
-   is frame `origin + n * tempo` of the stream. With pitch 0 and tempo 1 the engine is left out, and the frames pass as
-   they are. Units    stereo frames of floats; pitch in semitones, tempo 1 is unchanged. Threads  SetUp allocates (the
-   engine makes new filters): not for the render thread. All else allocates nothing: the engine's buffers are grown to
-   their largest in the constructor. One thread at a time. */
+    is frame `origin + n * tempo` of the stream. With pitch 0 and tempo 1 the engine is left out, and the frames pass as
+    they are.
+    Units    stereo frames of floats; pitch in semitones, tempo 1 is unchanged.
+    Threads  SetUp allocates (the engine makes new filters): not for the render thread. All else allocates nothing: the
+             engine's buffers are grown to their largest in the constructor. One thread at a time. */
 class CTimePitchVoice {
 public:
     /** What a Put takes at most, and the most frames that may be waited for before a Take. */

@@ -1,12 +1,12 @@
 #include "Audio/SongSource.h"
 
 #include "Audio/CAS_QuickTimeAudioReader.h"
+#include "Core/CLog.h"
+#include "Core/SmallExtension.h"
 #include "Files/CByteSource_File.h"
 #include "Zip/CByteSource_Zip.h"
-#include "Core/CLog.h"
 #include "Zip/CZipArchive.h"
 #include "Zip/CZipSongMembers.h"
-#include "Core/SmallExtension.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 #include <memory>
 #include <string>
 
-#include "Media/CMediaFormat.h"
 #include "Audio/CSpooler.h"
 #include "Files/CFileRef.h"
+#include "Media/CMediaFormat.h"
 
 /** Where the media of a song lie. */
 struct SongBytes {
@@ -22,6 +22,8 @@ struct SongBytes {
 OSErr FindSongBytes(const CFileRef& file, MediaKind kind, SongBytes& found);
 
 /** The sound of a song's file as a spool of 16-bit stereo: an audio file, the sound of a video, or the sound in a zip,
-   which is read where it lies. Threads  any but the main one: a zip's directory is read here. The spool opens what it
-   reads when it is opened itself. Errors   fnfErr: a zip without any sound in it; those of CZipArchive. */
+    which is read where it lies.
+    Threads  any but the main one: a zip's directory is read here. The spool opens what it reads when it is opened
+             itself.
+    Errors   fnfErr: a zip without any sound in it; those of CZipArchive. */
 OSErr MakeSongSource(const CFileRef& file, Ref<CSpooler>& sourceP);

@@ -1,13 +1,13 @@
 #pragma once
 #include <functional>
 
+#include "Platform/CMainLoop_Plain.h"
 #include "Threads/CThreadHost.h"
 #include "Threads/CThreadManager.h"
-#include "Platform/CMainLoop_Plain.h"
 
 /** What threads and main-thread calls need, for commands that use them: a plain loop on the calling thread, no windows,
-   no task list. Owner    the command, for its own length; one at a time. Its end waits for the threads that are left.
- */
+    no task list.
+    Owner    the command, for its own length; one at a time. Its end waits for the threads that are left. */
 class CCliHost final : public CThreadHost {
 public:
     CCliHost();

@@ -1,10 +1,10 @@
 #include "Cli/CCliLibrary.h"
 
-#include "Values/CPreferences.h"
 #include "Core/FaultText.h"
 #include "Files/FSrObjects.h"
-#include "SongFiles/SongFolders.h"
 #include "Platform/CFolders.h"
+#include "SongFiles/SongFolders.h"
+#include "Values/CPreferences.h"
 
 bool HoldsLibrary(const std::filesystem::path& folder) {
     std::error_code problem;

@@ -3,11 +3,11 @@
 
 #include "Cli/CCliHost.h"
 #include "Cli/CliContext.h"
+#include "Library/CSongDatabase.h"
+#include "Meta/CMetaManager.h"
+#include "SongFiles/CSongFileWork.h"
 #include "Storage/CLibraryLock.h"
 #include "Storage/CLibraryStore.h"
-#include "Meta/CMetaManager.h"
-#include "Library/CSongDatabase.h"
-#include "SongFiles/CSongFileWork.h"
 
 /** The library that a command works on: where it is, the lock on it, and its database.
     Threads  main.

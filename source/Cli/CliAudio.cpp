@@ -12,10 +12,10 @@
 #include "Audio/SongSource.h"
 #include "Cli/CCliHost.h"
 #include "Cli/CliCommand.h"
-#include "Values/CPreferences.h"
 #include "Core/SmallExtension.h"
 #include "Library/CSongFiles.h"
 #include "Play/CSongSound.h"
+#include "Values/CPreferences.h"
 
 namespace {
 

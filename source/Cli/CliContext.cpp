@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "Values/CPreferences.h"
 #include "Core/FaultText.h"
+#include "Values/CPreferences.h"
 #include "Values/JSONWriter.h"
 
 namespace {

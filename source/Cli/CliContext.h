@@ -8,8 +8,7 @@
 
 class CPreferences;
 
-/** What every sub-command is given: the library root (empty when none was named), the form of its errors, its outputs.
- */
+/** What every sub-command is given: the library root (empty when none was named), the form of its errors, its outputs. */
 struct CliContext {
     std::filesystem::path root;
     bool jsonB = false;

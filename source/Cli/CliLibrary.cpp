@@ -5,14 +5,14 @@
 #include "Cli/CCliLibrary.h"
 #include "Cli/CliCommand.h"
 #include "Cli/CliSong.h"
-#include "Files/FSrObjects.h"
 #include "Core/FaultText.h"
-#include "Values/JSONWriter.h"
-#include "Threads/WaitMode.h"
+#include "Files/FSrObjects.h"
 #include "SongFiles/AddFilesToLibrary.h"
+#include "SongFiles/MakeSongOfFiles.h"
 #include "Storage/CLibraryBackup.h"
 #include "Storage/CLibraryCheck.h"
-#include "SongFiles/MakeSongOfFiles.h"
+#include "Threads/WaitMode.h"
+#include "Values/JSONWriter.h"
 
 namespace {
 

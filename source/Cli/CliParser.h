@@ -18,5 +18,5 @@ struct CliParsed {
 };
 
 /** Reads `words` by the table: options in any place of the line, help for each command, the version. A value that
-   begins with "-" stands behind "--". */
+    begins with "-" stands behind "--". */
 [[nodiscard]] CliParsed ParseCli(std::span<const std::string> words);

@@ -6,17 +6,17 @@
 #include "Cli/CCliHost.h"
 #include "Cli/CliAudio.h"
 #include "Cli/CliCommand.h"
-#include "Values/CPreferences.h"
 #include "Core/FaultText.h"
 #include "Graphics/CGraphicsPorts.h"
-#include "SongFiles/AddFilesToLibrary.h"
 #include "Meta/CMetaManager.h"
-#include "SongFiles/CSongFileWork.h"
 #include "Platform/CAudioOutput.h"
 #include "Platform/CClock.h"
 #include "Platform/CUserInterface_Plain.h"
 #include "Play/CPlayControl.h"
 #include "Play/CPlayHost.h"
+#include "SongFiles/AddFilesToLibrary.h"
+#include "SongFiles/CSongFileWork.h"
+#include "Values/CPreferences.h"
 
 namespace {
 

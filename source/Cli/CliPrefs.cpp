@@ -5,12 +5,12 @@
 
 #include "App/PreferenceRequest.h"
 #include "Cli/CliCommand.h"
+#include "Platform/CFolders.h"
+#include "Platform/CSecondInstance.h"
 #include "Values/CPreferences.h"
 #include "Values/JSONWriter.h"
 #include "Values/PreferenceText.h"
 #include "Values/PropertyList.h"
-#include "Platform/CFolders.h"
-#include "Platform/CSecondInstance.h"
 
 namespace {
 

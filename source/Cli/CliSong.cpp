@@ -6,12 +6,12 @@
 #include <cmath>
 
 #include "Cli/CliWords.h"
-#include "Values/JSONWriter.h"
-#include "Values/PropertyListDate.h"
 #include "Core/UTF8.h"
+#include "Library/SongFileFacts.h"
 #include "Meta/CMetaManager.h"
 #include "Meta/FloatBounds.h"
-#include "Library/SongFileFacts.h"
+#include "Values/JSONWriter.h"
+#include "Values/PropertyListDate.h"
 
 namespace {
 

@@ -14,6 +14,6 @@
 /** Id, artist, name and, where it is known, the length as "3:05", with tabs between. */
 [[nodiscard]] std::string SongLine(CSong& song);
 /** Puts what a person wrote under a key; nothing, or "--", clears it. paramErr, and `fault` in words: no such key, a
-   key that is not set by hand, no value of its kind, or one that is not legal. */
+    key that is not set by hand, no value of its kind, or one that is not legal. */
 OSErr SetSongValue(CSong& song, const LibraryPlaces& places, const std::string& keyText, const std::string& text,
                    std::string& fault);

@@ -17,15 +17,15 @@ struct Ending {
     FaultOf about;
 };
 constexpr Ending kEndings[] = {
-    {"zip", FaultOf::kZip},      {"cdg", FaultOf::kGraphics}, {"mp3", FaultOf::kSound},    {"m4a", FaultOf::kSound},
-    {"aac", FaultOf::kSound},    {"wav", FaultOf::kSound},    {"flac", FaultOf::kSound},   {"ogg", FaultOf::kSound},
-    {"oga", FaultOf::kSound},    {"opus", FaultOf::kSound},   {"wma", FaultOf::kSound},    {"aif", FaultOf::kSound},
-    {"aiff", FaultOf::kSound},   {"ac3", FaultOf::kSound},    {"mp2", FaultOf::kSound},    {"mp4", FaultOf::kMovie},
-    {"m4v", FaultOf::kMovie},    {"mov", FaultOf::kMovie},    {"mkv", FaultOf::kMovie},    {"webm", FaultOf::kMovie},
-    {"avi", FaultOf::kMovie},    {"mpg", FaultOf::kMovie},    {"mpeg", FaultOf::kMovie},   {"vob", FaultOf::kMovie},
-    {"wmv", FaultOf::kMovie},    {"flv", FaultOf::kMovie},    {"ts", FaultOf::kMovie},     {"png", FaultOf::kPicture},
-    {"jpg", FaultOf::kPicture},  {"jpeg", FaultOf::kPicture}, {"webp", FaultOf::kPicture}, {"bmp", FaultOf::kPicture},
-    {"tif", FaultOf::kPicture},  {"tiff", FaultOf::kPicture}, {"gif", FaultOf::kPicture},
+    {"zip", FaultOf::kZip},     {"cdg", FaultOf::kGraphics}, {"mp3", FaultOf::kSound},    {"m4a", FaultOf::kSound},
+    {"aac", FaultOf::kSound},   {"wav", FaultOf::kSound},    {"flac", FaultOf::kSound},   {"ogg", FaultOf::kSound},
+    {"oga", FaultOf::kSound},   {"opus", FaultOf::kSound},   {"wma", FaultOf::kSound},    {"aif", FaultOf::kSound},
+    {"aiff", FaultOf::kSound},  {"ac3", FaultOf::kSound},    {"mp2", FaultOf::kSound},    {"mp4", FaultOf::kMovie},
+    {"m4v", FaultOf::kMovie},   {"mov", FaultOf::kMovie},    {"mkv", FaultOf::kMovie},    {"webm", FaultOf::kMovie},
+    {"avi", FaultOf::kMovie},   {"mpg", FaultOf::kMovie},    {"mpeg", FaultOf::kMovie},   {"vob", FaultOf::kMovie},
+    {"wmv", FaultOf::kMovie},   {"flv", FaultOf::kMovie},    {"ts", FaultOf::kMovie},     {"png", FaultOf::kPicture},
+    {"jpg", FaultOf::kPicture}, {"jpeg", FaultOf::kPicture}, {"webp", FaultOf::kPicture}, {"bmp", FaultOf::kPicture},
+    {"tif", FaultOf::kPicture}, {"tiff", FaultOf::kPicture}, {"gif", FaultOf::kPicture},
 };
 
 constexpr std::string_view kCopyAgain = "Copy it again from where it came, or try it in another program.";
@@ -48,7 +48,8 @@ constexpr KindRow kOfKinds[] = {
     {FaultOf::kMovie, {eofErr, "The file is empty or cut short.", kCopyAgain}},
     {FaultOf::kGraphics, {paramErr, "It is no file of CD+G graphics.", "Choose a file whose name ends in “.cdg”."}},
     {FaultOf::kGraphics, {eofErr, "The file is empty: there are no graphics in it.", kCopyAgain}},
-    {FaultOf::kPicture, {paramErr, "The file is damaged, or it is no picture of a form that can be shown.", kCopyAgain}},
+    {FaultOf::kPicture,
+     {paramErr, "The file is damaged, or it is no picture of a form that can be shown.", kCopyAgain}},
     {FaultOf::kZip, {paramErr, "The file is damaged, or it is no zip that can be unpacked here.", kCopyAgain}},
     {FaultOf::kZip, {eofErr, "The zip is cut short.", kCopyAgain}},
     {FaultOf::kZip, {ioErr, "The zip is damaged, or its disc cannot be read.", kCopyAgain}},
@@ -67,8 +68,7 @@ constexpr KindRow kOfKinds[] = {
     {FaultOf::kSoundOutput,
      {ioErr, "The sound output cannot be opened.",
       "Another program may use it: close that one, or choose another output."}},
-    {FaultOf::kSoundOutput,
-     {paramErr, "The sound output does not take this sound.", "Choose another output."}},
+    {FaultOf::kSoundOutput, {paramErr, "The sound output does not take this sound.", "Choose another output."}},
     {FaultOf::kStep, {fnfErr, "File Not Found.", "A disc may be away: connect it, then try again."}},
     {FaultOf::kStep, {paramErr, "What was given cannot be used here.", "The log tells more."}},
 };

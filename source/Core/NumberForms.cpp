@@ -18,7 +18,7 @@ bool IsDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 bool IsSeparator(char c) noexcept { return c == '.' || c == ','; }
 
 /** The sign, digits and separators at the front; a separator without a digit behind it is no part, unless it is the
- * last. */
+    last. */
 std::size_t NumberLength(std::string_view text) {
     std::size_t at = !text.empty() && (text[0] == '-' || text[0] == '+') ? 1 : 0;
     while (at < text.size() && (IsDigit(text[at]) || IsSeparator(text[at]))) ++at;

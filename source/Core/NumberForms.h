@@ -17,7 +17,7 @@ void SetDecimalMark(std::string mark);
 [[nodiscard]] std::string ShownNumber(double value, int decimals);
 
 /** The number at the front of what a person wrote, as in "1,5" and "1.5 (slower)"; nothing when there is none. Points
-   and commas: the only one, or the last when both are there, stands before the fraction; all others part thousands. */
+    and commas: the only one, or the last when both are there, stands before the fraction; all others part thousands. */
 [[nodiscard]] std::optional<double> ReadPersonsNumber(std::string_view text);
 /** The same when the whole text is a number, but for blanks around it. */
 [[nodiscard]] std::optional<double> ReadWholePersonsNumber(std::string_view text);

@@ -4,7 +4,8 @@
 #include <utility>
 
 /** Base of what several owners share. It begins with no owner and is deleted by the last `Ref` that leaves, on that
-    thread. Threads  any. */
+    thread.
+    Threads  any. */
 class RefCounted {
 public:
     RefCounted(const RefCounted&) = delete;

@@ -45,8 +45,7 @@ public:
     [[nodiscard]] SuperString Lowercased() const;
     [[nodiscard]] SuperString Uppercased() const;
     /** The first letter of each word in its title form, the others as they are. A word begins with a letter that does
-        not follow a letter, nor an apostrophe inside a word: "o'neil" has one word, "ac/dc", "10cc" and "r.e.m." more.
-     */
+        not follow a letter, nor an apostrophe inside a word: "o'neil" has one word, "ac/dc", "10cc" and "r.e.m." more. */
     [[nodiscard]] SuperString Capitalized() const;
     /** Without white space (of any script) at both ends. */
     [[nodiscard]] SuperString Trimmed() const;
@@ -66,10 +65,10 @@ public:
     /** `bytes` in `encoding`. paramErr, and `text` as it was, when they are no text of that encoding. */
     static OSErr FromBytes(std::span<const std::byte> bytes, TextEncoding encoding, SuperString& text);
     /** paramErr, and `bytes` as it was, when a character has no place in `encoding`. kUTF16 writes big-endian with a
-     * mark. */
+        mark. */
     OSErr ToBytes(TextEncoding encoding, std::vector<std::byte>& bytes) const;
     /** The encoding of 8-bit text whose source does not name one. Set once at start; asked for before, it logs and is
-     * UTF-8. */
+        UTF-8. */
     static void SetDefaultEncoding(TextEncoding encoding) noexcept;
     [[nodiscard]] static TextEncoding DefaultEncoding();
 

@@ -9,6 +9,6 @@ struct UTF8Char {
     bool validB = false;
 };
 /** The character at the front of `text`, which is not empty. Overlong forms, surrogates and codes beyond U+10FFFF are
-   no UTF-8. Source: RFC 3629. */
+    no UTF-8. Source: RFC 3629. */
 [[nodiscard]] UTF8Char NextUTF8(std::string_view text) noexcept;
 inline constexpr std::string_view kUTF8_Replacement = "\xEF\xBF\xBD";

@@ -21,8 +21,7 @@ public:
         why `got` is less than was asked for, or that a check at the end of the data failed. What `got` counts is good
         to use with any status. */
     virtual OSErr Read(std::span<std::byte> to, std::size_t& got) = 0;
-    /** Cheap: what it costs to get there is paid by the next Read. A place after the end is paramErr, the end is not.
-     */
+    /** Cheap: what it costs to get there is paid by the next Read. A place after the end is paramErr, the end is not. */
     virtual OSErr Seek(std::uint64_t position) = 0;
     [[nodiscard]] virtual std::uint64_t Position() const = 0;
     /** Of the whole; fixed for the life of the source. */

@@ -2,8 +2,7 @@
 #include "Files/CByteSource.h"
 #include "Files/CDataFork.h"
 
-/** A whole file as bytes, with the size that it has when it is opened. Threads, errors: as CByteSource and CDataFork.
- */
+/** A whole file as bytes, with the size that it has when it is opened. Threads, errors: as CByteSource and CDataFork. */
 class CByteSource_File final : public CByteSource {
 public:
     OSErr Open(const CFileRef& file);

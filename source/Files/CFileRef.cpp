@@ -1,8 +1,8 @@
 #include "Files/CFileRef.h"
 
 #include "Core/Assertions.h"
-#include "Files/FSError.h"
 #include "Core/UTF8.h"
+#include "Files/FSError.h"
 
 namespace {
 

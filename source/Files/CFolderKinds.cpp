@@ -2,10 +2,10 @@
 
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
+#include "Core/FaultText.h"
 #include "Files/FSrFolders.h"
 #include "Files/FSrMove.h"
 #include "Files/FSrObjects.h"
-#include "Core/FaultText.h"
 #include "Platform/CFolders.h"
 
 namespace {
@@ -49,9 +49,8 @@ void MoveOldPlugins(const CFileRef& to) {
     for (const std::string& name : names) {
         CFileRef plugin(from, name);
         if (const OSErr err = FSrMoveFile(plugin, to); Failed(err))
-            ShowAlert(
-                "There was an error moving “" + name + "” into the folder “" + to.GetName() + "”",
-                FaultText(err, plugin.GetPath()));
+            ShowAlert("There was an error moving “" + name + "” into the folder “" + to.GetName() + "”",
+                      FaultText(err, plugin.GetPath()));
     }
 }
 

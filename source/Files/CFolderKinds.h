@@ -21,8 +21,10 @@ enum class FolderKind : short {
 };
 
 /** Finds the folders and makes those that may be made. Kinds 15, 16, 20 and 24 are told by whoever reads the
-   preferences or opens the database. Threads  any. Owner    the application object. Errors   paramErr for a number
-   outside 14 to 25; fnfErr for a held kind that nobody told; else what the disc says. */
+    preferences or opens the database.
+    Threads  any.
+    Owner    the application object.
+    Errors   paramErr for a number outside 14 to 25; fnfErr for a held kind that nobody told; else what the disc says. */
 class CFolderKinds {
 public:
     /** `near` names the volume of kind 19; empty: that of the home. */

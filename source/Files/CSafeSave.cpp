@@ -6,11 +6,11 @@
 
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
+#include "Core/FaultText.h"
 #include "Files/FSError.h"
 #include "Files/FSrCopy.h"
 #include "Files/FSrFolders.h"
 #include "Files/FSrObjects.h"
-#include "Core/FaultText.h"
 
 namespace {
 
@@ -148,7 +148,8 @@ OSErr CSafeSave::Finish() {
     if (!Failed(err)) {
         err = LogStep(ReplaceObject(), "SafeSaveFinish: ReplaceObject", i_origFile.GetPath());
     }
-    if (Failed(err) && thereB && !i_replacedB) {   // the old file stands; the new data are worth keeping whatever failed
+    if (Failed(err) && thereB &&
+        !i_replacedB) {   // the old file stands; the new data are worth keeping whatever failed
         LogF("** origFile: <%s>", i_origFile.GetPath().c_str());
         LogF("** safeFile: <%s>", i_safeFile.GetPath().c_str());
         KeepSafeFile();

@@ -13,7 +13,7 @@ enum class SaveMode : unsigned char {
 };
 
 /** Replaces a file so that at each moment its name holds all of the old or all of the new. Start puts a temporary file
-   in the caller's reference; the caller writes there and closes; Finish brings it to the disc and renames it over the
+    in the caller's reference; the caller writes there and closes; Finish brings it to the disc and renames it over the
     original. A save that is not finished leaves the original, and its destruction takes the temporary away.
     Threads  one, that saves; library saves run on tasks with "No Kill" in their name.
     Owner    the saving function; the reference outlives it.
@@ -27,7 +27,7 @@ public:
     CSafeSave& operator=(const CSafeSave&) = delete;
 
     /** SafeSaveStart. On failure nothing may be written: the reference still names the original. fLckdErr for a file
-       that nobody may write, EISDIR for a folder. */
+        that nobody may write, EISDIR for a folder. */
     OSErr Start(SaveMode mode);
     /** SafeSaveFinish. On success the reference names the final file, on failure the original. */
     OSErr Finish();

@@ -17,7 +17,7 @@ public:
     CTempItem& operator=(const CTempItem&) = delete;
 
     /** Makes an item with a name of its own on the volume of `near`: in "temp" in the volume's "Vopla Temp". `suffix`
-       ends its name, such as an extension. */
+        ends its name, such as an extension. */
     OSErr Create(FSCreateType createType, const CFileRef& near, std::string_view suffix = {});
     [[nodiscard]] const CFileRef& Ref() const { return i_item; }
     [[nodiscard]] bool IsMade() const { return !i_item.IsEmpty(); }

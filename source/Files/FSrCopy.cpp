@@ -2,8 +2,8 @@
 
 #include <cerrno>
 
-#include "Files/CDataFork.h"
 #include "Core/CLog.h"
+#include "Files/CDataFork.h"
 #include "Files/FSError.h"
 #include "Files/FSrObjects.h"
 

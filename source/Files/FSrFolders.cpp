@@ -4,13 +4,13 @@
 #include <cerrno>
 
 #include "Core/AlertHook.h"
-#include "Files/CDataFork.h"
 #include "Core/CLog.h"
+#include "Core/FaultText.h"
+#include "Files/CDataFork.h"
 #include "Files/FSError.h"
 #include "Files/FSrCopy.h"
 #include "Files/FSrObjects.h"
 #include "Files/FSrTrash.h"
-#include "Core/FaultText.h"
 #include "Platform/CFolders.h"
 
 namespace {

@@ -13,8 +13,9 @@ enum class PlatformFolder : short {
 };
 
 /** Finds the folder, makes it when missing, and sees that it can be written. `near` names a volume by anything on it;
-   empty: that of the home. The temporary one falls back on a folder among the caches. Logs "FSFindFolder: " with the
-   kind. Threads  any. */
+    empty: that of the home. The temporary one falls back on a folder among the caches. Logs "FSFindFolder: " with the
+    kind.
+    Threads  any. */
 OSErr FSrFindFolder(PlatformFolder kind, const CFileRef& near, CFileRef& folder);
 
 /** "Vopla Temp" on the volume of `near`, made when missing: in the temporary items folder when that is on this volume,

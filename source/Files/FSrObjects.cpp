@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cerrno>
 
-#include "Files/CDataFork.h"
 #include "Core/CLog.h"
+#include "Files/CDataFork.h"
 #include "Files/FSError.h"
 
 namespace {

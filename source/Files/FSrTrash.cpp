@@ -5,8 +5,8 @@
 #include <cmath>
 #include <ctime>
 
-#include "Files/CDataFork.h"
 #include "Core/CLog.h"
+#include "Files/CDataFork.h"
 #include "Files/FSError.h"
 #include "Files/FSrObjects.h"
 #include "Platform/CClock.h"

@@ -1,7 +1,7 @@
 #include "Files/ReplaceFile.h"
 
-#include "Files/CFileRef.h"
 #include "Core/CLog.h"
+#include "Files/CFileRef.h"
 #include "Files/CSafeSave.h"
 
 OSErr ReplaceFile(const std::filesystem::path& named, std::span<const std::byte> bytes) {

@@ -7,8 +7,7 @@
 struct ZipSongKinds {
     bool audioB = false, graphicsB = false, videoB = false, lyricsB = false;
 };
-/** By the ending of `name`, in any case. Nothing for what no song has: folders, "__MACOSX/", names that begin with ".".
- */
+/** By the ending of `name`, in any case. Nothing for what no song has: folders, "__MACOSX/", names that begin with ".". */
 [[nodiscard]] ZipSongKinds ZipSongKindsOf(std::string_view name);
 /** An ending of song files, with its point, and what such a file can be. */
 struct ZipSongEnding {

@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "Core/Assertions.h"
-#include "Threads/ThreadInfo.h"
 #include "Graphics/CPortView.h"
+#include "Threads/ThreadInfo.h"
 
 CArtworkPort::ScSkipForecedUpdate::ScSkipForecedUpdate(CArtworkPort& port) : i_port(port) { ++i_port.i_skipsL; }
 

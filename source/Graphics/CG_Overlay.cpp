@@ -2,8 +2,8 @@
 
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
-#include "Threads/ThreadInfo.h"
 #include "Graphics/CGraphicsPort.h"
+#include "Threads/ThreadInfo.h"
 
 CG_Overlay::CG_Overlay(std::string name) : i_name(std::move(name)) {
     Assert(IsMainThread());

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "Threads/CMutex.h"
 #include "Graphics/Geometry.h"
+#include "Threads/CMutex.h"
 
 class CGraphicsPort;
 class CGraphicsSong;
@@ -20,8 +20,7 @@ public:
     [[nodiscard]] virtual CGraphicsSong* Song() const { return nullptr; }
     /** What surrounds it in a port. */
     [[nodiscard]] virtual RGBColor Background() const { return {}; }
-    /** Draws into `port`, on top of what is there. The port's stack is locked meanwhile: nothing is added or removed.
-     */
+    /** Draws into `port`, on top of what is there. The port's stack is locked meanwhile: nothing is added or removed. */
     virtual void Draw(CGraphicsPort& port) = 0;
     /** The rectangle of its content, at 0, 0, when it is another than that of a graphics disc. */
     [[nodiscard]] virtual std::optional<Rect> Frame() const { return {}; }

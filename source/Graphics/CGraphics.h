@@ -31,8 +31,7 @@ public:
     /** Packets past the last whole one that a short read counts. */
     static constexpr std::size_t kShortRead_Packets = 4;
 
-    /** `upscaler` empty: the "Use hq4x upscaling (fast computers only)" preference is off. Null and `err` on failure.
-     */
+    /** `upscaler` empty: the "Use hq4x upscaling (fast computers only)" preference is off. Null and `err` on failure. */
     [[nodiscard]] static std::unique_ptr<CGraphics> Make(std::uint16_t channelMask, GraphicsUpscaler upscaler,
                                                          OSErr& err);
 

@@ -5,7 +5,6 @@
 
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
-#include "Threads/ThreadInfo.h"
 #include "Graphics/CDGPlane.h"
 #include "Graphics/CG_Overlay.h"
 #include "Graphics/COffscreen.h"
@@ -13,6 +12,7 @@
 #include "Graphics/CPortView.h"
 #include "Graphics/CPortWindow.h"
 #include "Graphics/PixelCopy.h"
+#include "Threads/ThreadInfo.h"
 
 namespace {
 constexpr std::uint8_t kOpaque = 255;

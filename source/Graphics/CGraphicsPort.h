@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "Threads/CMutex.h"
 #include "Graphics/CPixels.h"
+#include "Threads/CMutex.h"
 
 class CG_Overlay;
 class COffscreen;
@@ -46,7 +46,7 @@ public:
     CGraphicsPort& operator=(const CGraphicsPort&) = delete;
 
     /** Below 0 `index` counts from the end: -1 is the very end, -2 just before the last. A second overlay of a song
-       takes the place of the picture that is there. */
+        takes the place of the picture that is there. */
     void Add(CG_Overlay& overlay, short index);
     void Remove(CG_Overlay& overlay);
     [[nodiscard]] bool Shows(const CG_Overlay& overlay) const;
@@ -90,8 +90,7 @@ public:
     [[nodiscard]] std::uint8_t Under() const noexcept { return i_under; }
     void SetUnder(bool underB) noexcept { i_under = underB ? 1 : 0; }
     void SetFrameShape(FrameShape shape);
-    /** What is shown while no song's picture is there; null for the background alone. Not owned, no part of the stack.
-     */
+    /** What is shown while no song's picture is there; null for the background alone. Not owned, no part of the stack. */
     void SetBackdrop(CG_Overlay* overlayP);
     /** The cover of a song that has no picture, depth 32; null for none. The room does not see it. */
     virtual void SetCover(std::shared_ptr<const CPixels>) {}

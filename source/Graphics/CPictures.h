@@ -23,8 +23,7 @@ public:
     /** Looks in the folder "pictures" of `appFolder`. `report` is called without the lock, with kNoPicture_Text. */
     explicit CPictures(std::filesystem::path appFolder, std::function<void(std::string_view)> report = {});
 
-    /** The picture `name`.png; the file itself for a name that ends in ".ico". A name with a folder in it is not found.
-     */
+    /** The picture `name`.png; the file itself for a name that ends in ".ico". A name with a folder in it is not found. */
     [[nodiscard]] Picture Load(std::string_view name);
     /** The picture `index` of a list of names. */
     [[nodiscard]] Picture Load(std::size_t index, const std::vector<std::string>& names);

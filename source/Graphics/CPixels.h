@@ -8,8 +8,7 @@
 #include "Graphics/Geometry.h"
 #include "Platform/OSErr.h"
 
-/** One pixel of depth 32: 0xAARRGGBB in the machine's byte order, the layout that Cairo (ARGB32) and Qt share with us.
- */
+/** One pixel of depth 32: 0xAARRGGBB in the machine's byte order, the layout that Cairo (ARGB32) and Qt share with us. */
 using Pixel32 = std::uint32_t;
 /** One pixel of depth 128; each component 0.0 to 1.0. */
 struct PixelF {

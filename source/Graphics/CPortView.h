@@ -4,7 +4,8 @@
 class CPortContext;
 
 /** The drawing area of a window that a port fills.
-    Threads  main. Owner    the window; it outlives its port. */
+    Threads  main.
+    Owner    the window; it outlives its port. */
 class CPortView {
 public:
     virtual ~CPortView() = default;

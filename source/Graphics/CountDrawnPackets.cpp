@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr std::size_t kPart_Packets = 2048;    // stay in the cache
+constexpr std::size_t kPart_Packets = 2048;   // stay in the cache
 constexpr std::size_t kFirstLook_Packets = 300, kLook_Growth = 10;
 
 /** A decoder over planes of its own, fed from a stream. */

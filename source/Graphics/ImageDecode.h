@@ -20,7 +20,7 @@ using ImageFormat = std::unique_ptr<AVFormatContext, ImageFormatClose>;
 using ImageFrame = std::unique_ptr<AVFrame, ImageFrameFree>;
 
 /** The file as one of the formats that `formatsZ` names, with commas between; null when it is none of them. The name is
-   never read as a protocol or as a pattern of names. */
+    never read as a protocol or as a pattern of names. */
 [[nodiscard]] ImageFormat OpenImage(const std::filesystem::path& file, const char* formatsZ);
 /** The stream with the most pixels by the file's directory, where 0 stands for 256 and more; -1 for none. */
 [[nodiscard]] int LargestStream(const AVFormatContext& format);

@@ -10,10 +10,10 @@ extern "C" {
 #include <span>
 #include <string_view>
 
-#include "Media/CMediaFormat.h"
 #include "Audio/SongSource.h"
 #include "Graphics/CGraphicsPort.h"
 #include "Graphics/ImageDecode.h"
+#include "Media/CMediaFormat.h"
 
 namespace {
 

@@ -79,9 +79,9 @@ OSErr WritePng(const CPixels& pixels, const Rect& part, const std::filesystem::p
     for (int y = part.top; opaqueB && y < part.bottom; ++y)
         opaqueB = std::ranges::all_of(copy.Row32(y), [](Pixel32 pixel) { return pixel >> 24 == 0xFF; });
 
-    const Surface surface(cairo_image_surface_create_for_data(
-        copy.base(), opaqueB ? CAIRO_FORMAT_RGB24 : CAIRO_FORMAT_ARGB32, part.Width(), part.Height(),
-        static_cast<int>(copy.rowBytes())));
+    const Surface surface(
+        cairo_image_surface_create_for_data(copy.base(), opaqueB ? CAIRO_FORMAT_RGB24 : CAIRO_FORMAT_ARGB32,
+                                            part.Width(), part.Height(), static_cast<int>(copy.rowBytes())));
     std::vector<std::byte> bytes;
     if (cairo_surface_write_to_png_stream(surface.get(), PutBytes, &bytes) != CAIRO_STATUS_SUCCESS)
         return LogStep(memFullErr, "make PNG", file);

@@ -6,10 +6,10 @@
 #include <span>
 #include <vector>
 
-#include "Threads/CMutex.h"
 #include "Library/CPlayListItem.h"
 #include "Library/CTargetIndex.h"
 #include "Library/SDB_Selection.h"
+#include "Threads/CMutex.h"
 
 /** A copy of a row, for those who have no business with the row itself. */
 struct PLRow {

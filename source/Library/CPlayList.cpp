@@ -7,12 +7,12 @@
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
 #include "Core/SizeForms.h"
-#include "Threads/ThreadInfo.h"
-#include "Meta/CMetaManager.h"
 #include "Library/CSongDatabase.h"
 #include "Library/CT_SumDurations.h"
 #include "Library/SongFileFacts.h"
+#include "Meta/CMetaManager.h"
 #include "Meta/TitleText.h"
+#include "Threads/ThreadInfo.h"
 
 CPlayList::CPlayList(CSongDatabase& database, SourceType type, const SuperString& name, PlaylistID id)
     : i_database(database),
@@ -35,8 +35,8 @@ OSErr CPlayList::Rename(const SuperString& name) {
     if (title == i_name) return noErr;
     if (i_sourceType == kSourceDB_PLAYLIST || i_sourceType == kSourceDB_VENUE) {
         if (const OSErr err = i_database.Host().RenameListFile(*this, title); Failed(err)) {
-            const std::string words =
-                "Error renaming <" + i_name.UTF8() + "> in the file system! (" + FaultText(err, FaultOf::kFile, i_name.UTF8()) + ")";
+            const std::string words = "Error renaming <" + i_name.UTF8() + "> in the file system! (" +
+                                      FaultText(err, FaultOf::kFile, i_name.UTF8()) + ")";
             Log(words);
             ShowAlert(words, "");
             return err;
@@ -172,9 +172,7 @@ CRowValues CPlayList::Values() const {
     return {i_list, i_database.Songs(), i_database.SingerValues(), i_playlistID, TunesRows()};
 }
 
-bool CPlayList::TunesRows() const {
-    return i_playlistID != kPlaylistID_Library && i_database.Settings()->tuneRowsB;
-}
+bool CPlayList::TunesRows() const { return i_playlistID != kPlaylistID_Library && i_database.Settings()->tuneRowsB; }
 
 bool CPlayList::KeepsInRow(MetaKey key) const {
     if (CMeta_PLItem::IsTuningKey(key)) return TunesRows();
@@ -216,8 +214,7 @@ std::string CPlayList::GetSummary() const {
     double durationT = 0;
     std::uint64_t bytesL = 0;
     for (const CMetaValue& value : values.Column(rows, "drtn"_key)) durationT += std::max(value.Integer(), 0) / 300.0;
-    for (const CMetaValue& value : values.Column(rows, "SIZE"_key))
-        bytesL += SizeOfStored(value.Integer());
+    for (const CMetaValue& value : values.Column(rows, "SIZE"_key)) bytesL += SizeOfStored(value.Integer());
     const char* wordZ = i_sourceType == kSourceDB_VENUE          ? "Singers"
                         : i_sourceType == kSourceDB_MUSIC_STORES ? "Music Stores"
                                                                  : "Songs";

@@ -83,7 +83,7 @@ public:
     /** A value of the row's own, integers made legal; true when it changed. For keys that KeepsInRow. */
     bool SetRowValue(PLItemID item, MetaKey key, CMetaValue value);
     /** What its songs last together, in 300ths, as it was summed up last. When rows or durations have changed since,
-       this starts a task that does it anew, and watchers hear of its end (DurationChanged). */
+        this starts a task that does it anew, and watchers hear of its end (DurationChanged). */
     [[nodiscard]] std::uint64_t Duration300();
     /** Sums them up now: for the load. */
     void CalculateDuration();

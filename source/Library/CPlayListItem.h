@@ -1,8 +1,8 @@
 #pragma once
 #include <memory>
 
-#include "Meta/CMeta_PLItem.h"
 #include "Library/LibraryIDs.h"
+#include "Meta/CMeta_PLItem.h"
 
 class CPlayList;
 

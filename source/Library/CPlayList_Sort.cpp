@@ -4,11 +4,11 @@
 #include "Core/AlertHook.h"
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
-#include "Threads/ThreadInfo.h"
-#include "Meta/CMetaManager.h"
 #include "Library/CPlayList.h"
 #include "Library/CSongDatabase.h"
 #include "Library/CT_SortSelection.h"
+#include "Meta/CMetaManager.h"
+#include "Threads/ThreadInfo.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <span>
 #include <vector>
 
-#include "Meta/CMeta.h"
 #include "Library/SortNumbered.h"
+#include "Meta/CMeta.h"
 
 /** The order of two values of a key, as CMeta compares them: no value first, checked boxes of "sgKJ" and "PSNT" first,
     the direction last. -1, 0, 1. */

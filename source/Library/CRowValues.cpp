@@ -2,8 +2,8 @@
 
 #include <map>
 
-#include "Meta/CMetaManager.h"
 #include "Library/CRowSorter.h"
+#include "Meta/CMetaManager.h"
 
 namespace {
 
@@ -70,7 +70,9 @@ std::vector<CMetaValue> CRowValues::Column(std::span<const PLRow> rows, MetaKey 
 int CRowValues::Compare(const PLRow& a, const PLRow& b, const SortSpec& spec) const {
     for (const MetaSortKey& by : spec)
         if (const int order = CompareValues(SortValues({Value(a, by.key)}, by.key).front(),
-                                           SortValues({Value(b, by.key)}, by.key).front(), by); order != 0) return order;
+                                            SortValues({Value(b, by.key)}, by.key).front(), by);
+            order != 0)
+            return order;
     return a.id < b.id ? -1 : b.id < a.id ? 1 : 0;
 }
 

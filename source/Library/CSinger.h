@@ -2,12 +2,12 @@
 #include <array>
 #include <atomic>
 
-#include "Meta/CMeta.h"
 #include "Library/CMutex_ItemMap.h"
 #include "Library/CRowValues.h"
 #include "Library/LibraryIDs.h"
 #include "Library/SingerRecord.h"
 #include "Library/SourceType.h"
+#include "Meta/CMeta.h"
 
 class CSongDatabase;
 

@@ -1,8 +1,8 @@
 #include "Library/CSong.h"
 
 #include "Core/Assertions.h"
-#include "Meta/CMetaManager.h"
 #include "Library/CSongDatabase.h"
+#include "Meta/CMetaManager.h"
 
 namespace {
 constexpr MetaKey kDuration = "drtn"_key, kActualDuration = "aDur"_key;

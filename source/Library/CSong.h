@@ -1,8 +1,8 @@
 #pragma once
-#include "Meta/CMeta.h"
 #include "Library/CSongFiles.h"
 #include "Library/LibraryIDs.h"
 #include "Library/SongName.h"
+#include "Meta/CMeta.h"
 
 class CSongDatabase;
 
@@ -51,7 +51,7 @@ public:
     /** Any thread. */
     [[nodiscard]] CFileRef FileRef(SDB_SongFile type) const;
     /** A status of NONE empties the place. A changed sound, graphics or zip makes the library dirty, but for a batch,
-       and for the halves of a song that has a zip. */
+        and for the halves of a song that has a zip. */
     void SetFileRef(SDB_SongFile type, SDB_SongFileStatus status, const CFileRef& ref);
     enum class StatusCheck : bool { kSkip, kCheck };
     /** The same with the status that follows from the path. What lies on a disc stays there: another place is asserted,
@@ -60,7 +60,7 @@ public:
     /** The zip, else the graphics or video, else the sound; SDB_SongFile_NONE for a song without any. */
     [[nodiscard]] SDB_SongFile MainFile() const;
     /** Finds the file of a place on the disc and notes where it was found. Reads the disc: for the main thread only
-       where the song is wanted now; a worker asks CSongFiles. */
+        where the song is wanted now; a worker asks CSongFiles. */
     OSErr GetFile(SDB_SongFile type, CFileRef& file, CSongFiles::TryCached tryCached = CSongFiles::TryCached::kNo);
     /** "Msng", as a look at the disc found it. No change of the library: the next save has it. */
     void SetMissing(bool missingB);

@@ -5,9 +5,9 @@
 #include "Core/AlertHook.h"
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
+#include "Library/CT_SongChanges.h"
 #include "Threads/CThreadManager.h"
 #include "Threads/ThreadInfo.h"
-#include "Library/CT_SongChanges.h"
 
 namespace {
 
@@ -24,18 +24,17 @@ void CSongDatabaseHost::Notify(std::string_view words, std::string_view detail, 
 
 CSongDatabase::CSongDatabase(CSongDatabaseHost& host)
     : i_host(host),
-      i_selfRef(std::make_shared<CSongDatabase*>(this)),
       i_songsRef(std::make_shared<CMutex_SongMap>()),
       i_singersRef(std::make_shared<CMutex_SingerMap>()),
       i_singerValuesRef(std::make_shared<CSingerMapValues>(i_singersRef)) {
     auto libraryP = std::make_unique<CPlayList>(*this, kSourceDB_LIBRARY, SuperString(), kPlaylistID_Library);
     i_libraryP = libraryP.get();
     (void)i_lists.Add(kPlaylistID_Library, std::move(libraryP));
-    i_changesTimer = (new CT_SongChanges(i_selfRef))->GetForkID();
+    i_changesTimer = (new CT_SongChanges(i_self.Handle()))->GetForkID();
 }
 
 CSongDatabase::~CSongDatabase() {
-    *i_selfRef = nullptr;
+    i_self.Empty();
     Log("Waiting for purges");   // whoever purges finds the database gone
     Log("reverting library");
     Log("disposing song database backend");

@@ -7,10 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "Files/CFileRef.h"
-#include "Threads/CMainThreadProc.h"
-#include "Threads/CMutex.h"
 #include "Core/CWatchers.h"
+#include "Files/CFileRef.h"
 #include "Library/CListWatcher.h"
 #include "Library/CPlayList.h"
 #include "Library/CRowValues.h"
@@ -19,7 +17,9 @@
 #include "Library/CSongFollower.h"
 #include "Library/LibrarySettings.h"
 #include "Platform/CUserInterface.h"
-
+#include "Threads/CHandle.h"
+#include "Threads/CMainThreadProc.h"
+#include "Threads/CMutex.h"
 
 /** What the library asks of those above it. Main thread; outlives the database. */
 class CSongDatabaseHost {
@@ -84,7 +84,7 @@ public:
 
     [[nodiscard]] CSongDatabaseHost& Host() const noexcept { return i_host; }
     /** Empties itself when the database goes. Lock it on the main thread alone. */
-    [[nodiscard]] std::weak_ptr<CSongDatabase*> Self() const noexcept { return i_selfRef; }
+    [[nodiscard]] CHandle<CSongDatabase> Self() const noexcept { return i_self.Handle(); }
 
     // ---- Ids. Any thread. ----
     /** A number that nothing has yet. */
@@ -146,14 +146,14 @@ public:
     public:
         explicit Adding(CSongDatabase& database) : i_databaseRef(database.Self()) { ++database.i_addingL; }
         ~Adding() {
-            const auto databaseRef = i_databaseRef.lock();
-            if (databaseRef != nullptr && *databaseRef != nullptr) --(*databaseRef)->i_addingL;
+            auto* const databaseP = i_databaseRef.Get();
+            if (databaseP != nullptr) --databaseP->i_addingL;
         }
         Adding(const Adding&) = delete;
         Adding& operator=(const Adding&) = delete;
 
     private:
-        std::weak_ptr<CSongDatabase*> i_databaseRef;
+        CHandle<CSongDatabase> i_databaseRef;
     };
     [[nodiscard]] bool IsAddingToLibrary() const noexcept { return i_addingL > 0; }
     /** What the tasks on songs ask between two of them; true once the program ends. Shared, as a task may outlive the
@@ -204,7 +204,7 @@ public:
     /** The songs of these rows; a song that has several comes once. */
     [[nodiscard]] std::vector<SongID> SongsOf(const SDB_Selection& selection) const;
     /** Takes all references to these songs out of all lists, then the songs out of the library; files stay.
-       userCanceledErr when one may not go, which is asked before anything is changed. */
+        userCanceledErr when one may not go, which is asked before anything is changed. */
     OSErr RemoveFromLibrary(std::span<const SongID> songs);
     /** Of these rows of the library's list those whose song has another row there. */
     [[nodiscard]] std::vector<PLItemID> DuplicatesIn(const SDB_Selection& selection) const;
@@ -243,7 +243,7 @@ private:
     [[nodiscard]] std::vector<PLItemID> ItemsOf(const CPlayList& list, std::span<const SongID> songs) const;
 
     CSongDatabaseHost& i_host;
-    const std::shared_ptr<CSongDatabase*> i_selfRef;
+    CHandled<CSongDatabase> i_self{this};
     const std::shared_ptr<CMutex_SongMap> i_songsRef;
     const std::shared_ptr<CMutex_SingerMap> i_singersRef;
     std::shared_ptr<const CSingerValues> i_singerValuesRef;

@@ -1,32 +1,33 @@
 // The operations on lists that any thread may ask for. Ids go in, copies come out: no pointer to a list crosses the
 // threads.
 #include "Library/CSongDatabase.h"
+#include "Threads/CHandle.h"
 
 namespace {
 
 /** Finds the list on the main thread and works on it there. */
 class CMainThread_OnList : public CMainThreadProc {
 public:
-    CMainThread_OnList(const char* nameZ, std::weak_ptr<CSongDatabase*> databaseRef, PlaylistID list)
+    CMainThread_OnList(const char* nameZ, CHandle<CSongDatabase> databaseRef, PlaylistID list)
         : CMainThreadProc(nameZ, StackHeld::kYes), i_databaseRef(std::move(databaseRef)), i_list(list) {}
 
 protected:
     OSErr Operate() final {
-        const auto databaseRef = i_databaseRef.lock();
-        if (databaseRef == nullptr || *databaseRef == nullptr) return abortErr;
-        CPlayList* const listP = (*databaseRef)->GetPlayList(i_list);
+        auto* const databaseP = i_databaseRef.Get();
+        if (databaseP == nullptr) return abortErr;
+        CPlayList* const listP = databaseP->GetPlayList(i_list);
         return listP == nullptr ? fnfErr : OnList(*listP);
     }
     virtual OSErr OnList(CPlayList& list) = 0;
 
 private:
-    std::weak_ptr<CSongDatabase*> i_databaseRef;
+    CHandle<CSongDatabase> i_databaseRef;
     PlaylistID i_list;
 };
 
 class CPlayList_AddItem1 final : public CMainThread_OnList {
 public:
-    CPlayList_AddItem1(std::weak_ptr<CSongDatabase*> databaseRef, PlaylistID list, std::vector<PLTarget> targets,
+    CPlayList_AddItem1(CHandle<CSongDatabase> databaseRef, PlaylistID list, std::vector<PLTarget> targets,
                        RowIndex where, std::vector<PLItemID>& items)
         : CMainThread_OnList("add item", std::move(databaseRef), list),
           i_targets(std::move(targets)),
@@ -50,7 +51,7 @@ private:
 
 class CMainThread_RemoveItems final : public CMainThread_OnList {
 public:
-    CMainThread_RemoveItems(std::weak_ptr<CSongDatabase*> databaseRef, PlaylistID list, std::vector<PLItemID> items)
+    CMainThread_RemoveItems(CHandle<CSongDatabase> databaseRef, PlaylistID list, std::vector<PLItemID> items)
         : CMainThread_OnList("remove items", std::move(databaseRef), list), i_items(std::move(items)) {}
 
 protected:
@@ -68,8 +69,7 @@ private:
 
 class CMainThread_MoveItems final : public CMainThread_OnList {
 public:
-    CMainThread_MoveItems(std::weak_ptr<CSongDatabase*> databaseRef, PlaylistID list, std::vector<PLItemID> items,
-                          RowIndex to)
+    CMainThread_MoveItems(CHandle<CSongDatabase> databaseRef, PlaylistID list, std::vector<PLItemID> items, RowIndex to)
         : CMainThread_OnList("move items", std::move(databaseRef), list), i_items(std::move(items)), i_to(to) {}
 
 protected:
@@ -82,7 +82,7 @@ private:
 
 class CMainThread_GetSortedList final : public CMainThread_OnList {
 public:
-    CMainThread_GetSortedList(std::weak_ptr<CSongDatabase*> databaseRef, PlaylistID list, std::vector<PLRow>& rows)
+    CMainThread_GetSortedList(CHandle<CSongDatabase> databaseRef, PlaylistID list, std::vector<PLRow>& rows)
         : CMainThread_OnList("get sorted list", std::move(databaseRef), list), i_rows(rows) {}
 
 protected:
@@ -98,7 +98,7 @@ private:
 
 class CMainThread_ForEachPLItem final : public CMainThread_OnList {
 public:
-    CMainThread_ForEachPLItem(std::weak_ptr<CSongDatabase*> databaseRef, PlaylistID list,
+    CMainThread_ForEachPLItem(CHandle<CSongDatabase> databaseRef, PlaylistID list,
                               const std::function<void(CPlayListItem&)>& proc)
         : CMainThread_OnList("for each item", std::move(databaseRef), list), i_proc(proc) {}
 
@@ -114,7 +114,7 @@ private:
 
 class CMainThread_UpdateIndices final : public CMainThread_OnList {
 public:
-    CMainThread_UpdateIndices(std::weak_ptr<CSongDatabase*> databaseRef, PlaylistID list)
+    CMainThread_UpdateIndices(CHandle<CSongDatabase> databaseRef, PlaylistID list)
         : CMainThread_OnList("update indices", std::move(databaseRef), list) {}
 
 protected:
@@ -128,21 +128,21 @@ protected:
 
 OSErr CSongDatabase::AddToList(PlaylistID list, std::vector<PLTarget> targets, RowIndex where,
                                std::vector<PLItemID>& items) {
-    return CPlayList_AddItem1(i_selfRef, list, std::move(targets), where, items).Call(CallMode::kWait);
+    return CPlayList_AddItem1(i_self.Handle(), list, std::move(targets), where, items).Call(CallMode::kWait);
 }
 OSErr CSongDatabase::RemoveFromList(PlaylistID list, std::vector<PLItemID> items) {
-    return CMainThread_RemoveItems(i_selfRef, list, std::move(items)).Call(CallMode::kWait);
+    return CMainThread_RemoveItems(i_self.Handle(), list, std::move(items)).Call(CallMode::kWait);
 }
 OSErr CSongDatabase::MoveInList(PlaylistID list, std::vector<PLItemID> items, RowIndex to) {
-    return CMainThread_MoveItems(i_selfRef, list, std::move(items), to).Call(CallMode::kWait);
+    return CMainThread_MoveItems(i_self.Handle(), list, std::move(items), to).Call(CallMode::kWait);
 }
 OSErr CSongDatabase::GetSortedList(PlaylistID list, std::vector<PLRow>& rows) {
     rows.clear();
-    return CMainThread_GetSortedList(i_selfRef, list, rows).Call(CallMode::kWait);
+    return CMainThread_GetSortedList(i_self.Handle(), list, rows).Call(CallMode::kWait);
 }
 OSErr CSongDatabase::ForEachPLItem(PlaylistID list, const std::function<void(CPlayListItem&)>& proc) {
-    return CMainThread_ForEachPLItem(i_selfRef, list, proc).Call(CallMode::kWait);
+    return CMainThread_ForEachPLItem(i_self.Handle(), list, proc).Call(CallMode::kWait);
 }
 OSErr CSongDatabase::UpdateIndices(PlaylistID list) {
-    return CMainThread_UpdateIndices(i_selfRef, list).Call(CallMode::kWait);
+    return CMainThread_UpdateIndices(i_self.Handle(), list).Call(CallMode::kWait);
 }

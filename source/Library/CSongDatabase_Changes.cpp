@@ -3,27 +3,28 @@
 
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
-#include "Threads/ThreadInfo.h"
 #include "Library/CSongDatabase.h"
 #include "Library/CT_SongChanges.h"
+#include "Threads/CHandle.h"
+#include "Threads/ThreadInfo.h"
 
 namespace {
 
 class MT_SetDirty final : public CMainThreadProc {
 public:
-    MT_SetDirty(std::weak_ptr<CSongDatabase*> databaseRef, bool dirtyB, std::string_view reason)
+    MT_SetDirty(CHandle<CSongDatabase> databaseRef, bool dirtyB, std::string_view reason)
         : CMainThreadProc("set dirty"), i_databaseRef(std::move(databaseRef)), i_dirtyB(dirtyB), i_reason(reason) {}
 
 protected:
     OSErr Operate() override {
-        const auto databaseRef = i_databaseRef.lock();
-        if (databaseRef == nullptr || *databaseRef == nullptr) return abortErr;
-        (*databaseRef)->SetDirty(i_dirtyB, i_reason);
+        auto* const databaseP = i_databaseRef.Get();
+        if (databaseP == nullptr) return abortErr;
+        databaseP->SetDirty(i_dirtyB, i_reason);
         return noErr;
     }
 
 private:
-    std::weak_ptr<CSongDatabase*> i_databaseRef;
+    CHandle<CSongDatabase> i_databaseRef;
     bool i_dirtyB;
     std::string i_reason;
 };
@@ -32,7 +33,7 @@ private:
 
 void CSongDatabase::SetDirty(bool dirtyB, std::string_view reason) {
     if (!IsMainThread()) {
-        if (Failed((new MT_SetDirty(i_selfRef, dirtyB, reason))->Call(CallMode::kPost)))
+        if (Failed((new MT_SetDirty(i_self.Handle(), dirtyB, reason))->Call(CallMode::kPost)))
             Log("### Error posting set dirty");
         return;
     }
@@ -84,7 +85,7 @@ void CSongDatabase::FlushChanges() {
 }
 
 /** The rows of these songs, which are sorted and no more than once each. A song knows its row in the library's list:
-   looking through a million rows would cost 16 ms a key press. */
+    looking through a million rows would cost 16 ms a key press. */
 std::vector<PLItemID> CSongDatabase::ItemsOf(const CPlayList& list, std::span<const SongID> songs) const {
     if (&list == i_libraryP && i_secondRowsL == 0 && songs.size() < list.Count()) {
         std::vector<PLItemID> items;

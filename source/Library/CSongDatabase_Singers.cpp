@@ -1,10 +1,10 @@
 // The singers of the venues.
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
-#include "Threads/ThreadInfo.h"
 #include "Library/CSinger.h"
 #include "Library/CSongDatabase.h"
 #include "Library/CT_SongChanges.h"
+#include "Threads/ThreadInfo.h"
 
 CSinger* CSongDatabase::AddSinger(PlaylistID venue, SingerID id) {
     (void)Assert(IsMainThread());

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "Core/CLog.h"
-#include "Files/FSrObjects.h"
 #include "Core/SuperString.h"
+#include "Files/FSrObjects.h"
 #include "Library/SongFileTypes.h"
 #include "Library/WindowsPath.h"
 #include "Platform/CMountTable.h"
@@ -104,7 +104,8 @@ bool CSong_PathModder::operator()(CFileRef& ref) const {
         if (move(i_music, tail) || move(i_music, WindowsTail(tail))) return true;
     }
     for (const std::string_view old : {"/Vopla/Vopla Music/", "/Vopla Music/"})
-        if (const std::size_t at = text.rfind(old); at != std::string::npos && move(i_music, text.substr(at + old.size())))
+        if (const std::size_t at = text.rfind(old);
+            at != std::string::npos && move(i_music, text.substr(at + old.size())))
             return true;
     constexpr std::string_view kRoot = "/Vopla/";
     if (const std::size_t at = text.rfind(kRoot); at != std::string::npos) {

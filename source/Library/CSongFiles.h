@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "Meta/CMetaSongFile.h"
 #include "Library/LibraryIDs.h"
 #include "Library/LibrarySettings.h"
+#include "Meta/CMetaSongFile.h"
 
 class CSong;
 class CSongDatabase;

@@ -3,9 +3,9 @@
 #include "Library/CSongDatabase.h"
 
 OSErr CT_SongChanges::Timer() {
-    const auto databaseRef = i_databaseRef.lock();
-    if (databaseRef == nullptr || *databaseRef == nullptr) return timerDisposeErr;
+    auto* const databaseP = i_databaseRef.Get();
+    if (databaseP == nullptr) return timerDisposeErr;
     SetFireInterval(-1.0);   // before the flush: what is queued during it arms the timer again
-    (*databaseRef)->FlushChanges();
+    databaseP->FlushChanges();
     return timerKeepErr;
 }

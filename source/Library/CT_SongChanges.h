@@ -1,6 +1,7 @@
 #pragma once
 #include <memory>
 
+#include "Threads/CHandle.h"
 #include "Threads/CT_Timer.h"
 
 class CSongDatabase;
@@ -10,10 +11,10 @@ class CSongDatabase;
 class CT_SongChanges final : public CT_Timer {
 public:
     static constexpr double kDelayT = 0.25;
-    explicit CT_SongChanges(std::weak_ptr<CSongDatabase*> databaseRef)
+    explicit CT_SongChanges(CHandle<CSongDatabase> databaseRef)
         : CT_Timer("song changes", -1.0), i_databaseRef(std::move(databaseRef)) {}
     OSErr Timer() override;
 
 private:
-    std::weak_ptr<CSongDatabase*> i_databaseRef;
+    CHandle<CSongDatabase> i_databaseRef;
 };

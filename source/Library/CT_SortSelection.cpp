@@ -3,8 +3,9 @@
 #include "Core/CLog.h"
 #include "Library/CPlayList.h"
 #include "Library/CSongDatabase.h"
+#include "Threads/CHandle.h"
 
-CT_SortSelection::CT_SortSelection(SortJob job, std::weak_ptr<CSongDatabase*> databaseRef)
+CT_SortSelection::CT_SortSelection(SortJob job, CHandle<CSongDatabase> databaseRef)
     : CT_Preemptive("sort selection"), i_job(std::move(job)), i_databaseRef(std::move(databaseRef)) {}
 
 void CT_SortSelection::Run(SortJob& job) {
@@ -24,8 +25,8 @@ OSErr CT_SortSelection::Operate(OSErr err) {
 }
 
 OSErr CT_SortSelection::Completion(OSErr err) {
-    const auto databaseRef = i_databaseRef.lock();
-    if (databaseRef == nullptr || *databaseRef == nullptr) return err;
-    if (CPlayList* listP = (*databaseRef)->GetPlayList(i_job.list)) listP->SortCompletion(std::move(i_job), err);
+    auto* const databaseP = i_databaseRef.Get();
+    if (databaseP == nullptr) return err;
+    if (CPlayList* listP = databaseP->GetPlayList(i_job.list)) listP->SortCompletion(std::move(i_job), err);
     return err;
 }

@@ -1,8 +1,9 @@
 #pragma once
 #include <memory>
 
-#include "Threads/CT_Preemptive.h"
 #include "Library/CRowValues.h"
+#include "Threads/CHandle.h"
+#include "Threads/CT_Preemptive.h"
 
 class CSongDatabase;
 
@@ -21,7 +22,7 @@ struct SortJob {
     there. Nothing of the list is held meanwhile but, for a block of rows at a time, its lock. */
 class CT_SortSelection final : public CT_Preemptive {
 public:
-    CT_SortSelection(SortJob job, std::weak_ptr<CSongDatabase*> databaseRef);
+    CT_SortSelection(SortJob job, CHandle<CSongDatabase> databaseRef);
     /** The sort, for those who have time to wait. Logs its begin and end. */
     static void Run(SortJob& job);
 
@@ -31,5 +32,5 @@ protected:
 
 private:
     SortJob i_job;
-    std::weak_ptr<CSongDatabase*> i_databaseRef;   // locked on the main thread alone
+    CHandle<CSongDatabase> i_databaseRef;
 };

@@ -5,15 +5,16 @@
 
 #include "Library/CPlayList.h"
 #include "Library/CSongDatabase.h"
+#include "Threads/CHandle.h"
 
 namespace {
 constexpr std::size_t kBlock = 512;   // songs under one lock
 constexpr MetaKey kSum_Key = "drtn"_key;
-}
+}   // namespace
 
 CT_SumDurations::CT_SumDurations(std::shared_ptr<const CMutex_PLIVec> listRef,
                                  std::shared_ptr<const CMutex_SongMap> songsRef, PlaylistID list,
-                                 std::weak_ptr<CSongDatabase*> databaseRef)
+                                 CHandle<CSongDatabase> databaseRef)
     : CT_Preemptive("sum durations"),
       i_listRef(std::move(listRef)),
       i_songsRef(std::move(songsRef)),
@@ -42,8 +43,8 @@ OSErr CT_SumDurations::Operate(OSErr err) {
 }
 
 OSErr CT_SumDurations::Completion(OSErr err) {
-    const auto databaseRef = i_databaseRef.lock();
-    if (databaseRef == nullptr || *databaseRef == nullptr) return err;
-    if (CPlayList* const listP = (*databaseRef)->GetPlayList(i_list)) listP->SumCompletion(i_sum300, err);
+    auto* const databaseP = i_databaseRef.Get();
+    if (databaseP == nullptr) return err;
+    if (CPlayList* const listP = databaseP->GetPlayList(i_list)) listP->SumCompletion(i_sum300, err);
     return err;
 }

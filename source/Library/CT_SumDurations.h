@@ -2,8 +2,9 @@
 #include <cstdint>
 #include <memory>
 
-#include "Threads/CT_Preemptive.h"
 #include "Library/CRowValues.h"
+#include "Threads/CHandle.h"
+#include "Threads/CT_Preemptive.h"
 
 class CSongDatabase;
 
@@ -12,7 +13,7 @@ class CSongDatabase;
 class CT_SumDurations final : public CT_Preemptive {
 public:
     CT_SumDurations(std::shared_ptr<const CMutex_PLIVec> listRef, std::shared_ptr<const CMutex_SongMap> songsRef,
-                    PlaylistID list, std::weak_ptr<CSongDatabase*> databaseRef);
+                    PlaylistID list, CHandle<CSongDatabase> databaseRef);
     /** The sum in 300ths, for those who have time to wait. Any thread. */
     [[nodiscard]] static std::uint64_t Run(const CMutex_PLIVec& list, const CMutex_SongMap& songs);
 
@@ -24,6 +25,6 @@ private:
     std::shared_ptr<const CMutex_PLIVec> i_listRef;
     std::shared_ptr<const CMutex_SongMap> i_songsRef;
     PlaylistID i_list;
-    std::weak_ptr<CSongDatabase*> i_databaseRef;   // locked on the main thread alone
+    CHandle<CSongDatabase> i_databaseRef;
     std::uint64_t i_sum300 = 0;
 };

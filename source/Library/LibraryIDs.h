@@ -2,7 +2,7 @@
 #include <cstdint>
 
 /** Ids of what the library keeps. Songs, lists and singers share one growing counter; the id of a row is its slot in
-   its list. They cross threads where pointers must not. */
+    its list. They cross threads where pointers must not. */
 enum class SongID : std::int32_t {};
 enum class SingerID : std::int32_t {};
 enum class PlaylistID : std::int32_t {};

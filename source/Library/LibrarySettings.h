@@ -7,8 +7,7 @@
 
 class CPreferences;
 
-/** What the library must know of the preferences. A value: the database hands out the one of now, whole, to any thread.
- */
+/** What the library must know of the preferences. A value: the database hands out the one of now, whole, to any thread. */
 struct LibrarySettings {
     using Path = std::filesystem::path;
 

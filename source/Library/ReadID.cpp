@@ -2,8 +2,8 @@
 
 #include <limits>
 
-#include "Values/CCFDictionary.h"
 #include "Core/CLog.h"
+#include "Values/CCFDictionary.h"
 
 std::uint32_t ReadID(const CCFDictionary& dictionary, std::string_view key) {
     const std::int64_t value = dictionary.GetInteger(key);

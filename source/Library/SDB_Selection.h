@@ -1,9 +1,9 @@
 #pragma once
 #include <vector>
 
-#include "Threads/CMutex.h"
-#include "Meta/CMeta.h"
 #include "Library/LibraryIDs.h"
+#include "Meta/CMeta.h"
+#include "Threads/CMutex.h"
 
 class CPlayList;
 

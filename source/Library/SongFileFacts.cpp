@@ -5,8 +5,8 @@
 #include <cmath>
 #include <limits>
 
-#include "Files/CFileRef.h"
 #include "Core/SmallExtension.h"
+#include "Files/CFileRef.h"
 #include "Meta/CMeta.h"
 
 namespace {
@@ -38,7 +38,8 @@ void SetSongFacts(CMeta& song, const SongFileFacts& facts, DateAdded date) {
     song.SetInteger("SIZE"_key, StoredSize(facts.bytesL));
     song.SetString("Frmt"_key, facts.format);
     const std::int64_t nowL =
-        std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::system_clock::now().time_since_epoch()).count();
+        std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::system_clock::now().time_since_epoch())
+            .count();
     const bool fileB = date == DateAdded::kFile && facts.modifiedL != 0;
     song.SetDate("DAdd"_key, DateOf(fileB ? facts.modifiedL : nowL));
 }

@@ -2,9 +2,9 @@
 
 #include <charconv>
 
-#include "Meta/CMeta.h"
 #include "Library/FileSystemName.h"
 #include "Library/SongFileTypes.h"
+#include "Meta/CMeta.h"
 
 namespace {
 

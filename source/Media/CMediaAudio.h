@@ -38,7 +38,7 @@ public:
     OSErr Read(std::span<std::int16_t> to, std::size_t& gotL);
     /** The next Read begins at `frame`, with the samples that a straight reading has there. After the end is the end.
         Where the table of packets does not reach, what lies between is read, in some formats decoded. Codecs that fill
-       in noise of their own (AAC, Opus, WMA) may fill in another. */
+        in noise of their own (AAC, Opus, WMA) may fill in another. */
     OSErr Seek(std::uint64_t frame);
     [[nodiscard]] std::uint64_t Position() const noexcept;
 

@@ -9,8 +9,7 @@ extern "C" {
 
 namespace {
 
-/** Only formats that hold their own streams: playlists and the like would make the library open other files and URLs.
- */
+/** Only formats that hold their own streams: playlists and the like would make the library open other files and URLs. */
 constexpr const char* kMedia_Formats =
     "aac,ac3,aiff,amr,amrnb,amrwb,ape,asf,au,avi,caf,dts,eac3,flac,flv,matroska,mov,mp4,mpc,mpc8,mpeg,mpegts,ogg,rm,"
     "s16le,tta,w64,wav,webm,wv";

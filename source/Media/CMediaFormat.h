@@ -56,7 +56,7 @@ public:
     /** Of the stream, or of the file; 0 when nothing tells. */
     [[nodiscard]] double Seconds() const;
     /** Of a picture that is to be played: where its sound begins, in seconds of the file's own times; NaN without
-     * sound. */
+        sound. */
     [[nodiscard]] double SoundStart() const noexcept { return i_soundStartT; }
     /** They are told by the container, or follow from a size that is fixed; not guessed from a bit rate. */
     [[nodiscard]] bool TellsSeconds() const;

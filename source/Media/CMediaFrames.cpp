@@ -27,7 +27,8 @@ constexpr std::uint64_t kMedia_MostSilence = 64 << 10;
 
 bool IsOneLength(AVCodecID id) { return std::ranges::find(kMedia_OneLength, id) != kMedia_OneLength.end(); }
 bool IsPCM(AVCodecID id) { return id >= AV_CODEC_ID_FIRST_AUDIO && id < AV_CODEC_ID_ADPCM_IMA_QT; }
-/** Samples at 48 kHz, as its first bytes tell; 0 for what is none. Source  RFC 6716, 3.1 and 3.2. */
+/** Samples at 48 kHz, as its first bytes tell; 0 for what is none.
+    Source   RFC 6716, 3.1 and 3.2. */
 std::uint32_t OpusSamples(const AVPacket& packet) {
     if (packet.size < 1) return 0;
     constexpr std::uint32_t kSilk[] = {480, 960, 1920, 2880}, kCelt[] = {120, 240, 480, 960};

@@ -14,7 +14,7 @@ extern "C" {
 namespace {
 
 /** Containers where a packet is one piece of the file (checked on the first few). Not in ADTS, where a tag may lie
- * between. */
+    between. */
 constexpr std::array<std::string_view, 8> kMedia_InOnePiece = {"ac3", "aiff", "amr", "flac", "mov,mp4,m4a,3gp,3g2,mj2",
                                                                "mp3", "w64",  "wav"};
 constexpr std::size_t kMedia_PlacesChecked = 4;

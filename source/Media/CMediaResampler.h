@@ -9,10 +9,13 @@ struct AVFrame;
 struct SwrContext;
 
 /** Whatever a decoder gives, as the chain's sound: 44.1 kHz, stereo, 16 bits. One channel comes out of both sides at
-   its full level. Of more than two the front ones come at their full level, as stereo does, centre and surrounds 3 dB
+    its full level. Of more than two the front ones come at their full level, as stereo does, centre and surrounds 3 dB
     below, and the deep effects not at all; what adds up to more than full scale is bent to it, sample by sample, so
-   that a seek gives the same samples as playing there. Samples at 44.1 kHz come out at once, others a filter's length
-   later. Threads  one at a time. Owner    CMediaAudio. Errors   false: no room, or a form of sound that cannot be. */
+    that a seek gives the same samples as playing there. Samples at 44.1 kHz come out at once, others a filter's length
+    later.
+    Threads  one at a time.
+    Owner    CMediaAudio.
+    Errors   false: no room, or a form of sound that cannot be. */
 class CMediaResampler {
 public:
     CMediaResampler() = default;

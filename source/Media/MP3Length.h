@@ -8,8 +8,8 @@
     rate is constant, else by counting all frames. The delay and the padding that the encoder tells are taken off.
     Threads  a worker: reads the file.
     Errors   paramErr: no such file, or too damaged for a true answer. Random bytes cost the 128 KB that are searched
-   for a beginning. The source's own. Source   ISO/IEC 11172-3 and 13818-3 (frame headers); the Xing, LAME and VBRI
-   headers as encoders publish them. */
+             for a beginning. The source's own.
+    Source   ISO/IEC 11172-3 and 13818-3 (frame headers); the Xing, LAME and VBRI headers as encoders publish them. */
 struct MP3Length {
     std::uint64_t samplesL = 0;   // of each channel
     std::uint32_t rateL = 0;      // samples a second

@@ -18,9 +18,9 @@ namespace {
 
 constexpr double kUnits_Second = 300;
 constexpr double kLongest_T = 24 * 3600;
-constexpr double kFewestBytes_Second = 100;        // less than any codec, silence too
+constexpr double kFewestBytes_Second = 100;              // less than any codec, silence too
 constexpr std::uint64_t kPacketWalk_Most = 256U << 20;   // bytes of a stream that is gone through
-constexpr std::size_t kWalk_Proof = 4;             // packets at its front without a gap
+constexpr std::size_t kWalk_Proof = 4;                   // packets at its front without a gap
 constexpr std::array<std::string_view, 7> kWithoutContainer = {"aac", "ac3", "eac3", "dts", "amr", "amrnb", "amrwb"};
 
 constexpr std::size_t kPacket_Bytes = 24, kPackets_Looked = 4096;

@@ -22,8 +22,7 @@ public:
     [[nodiscard]] int Compare(std::string_view a, std::string_view b) const;
     /** Bytes whose plain order (as unsigned) is the order of the texts: for sorting many. Equal texts, equal keys. */
     [[nodiscard]] std::string SortKey(std::string_view text) const;
-    /** The same behind what stands in `keys`; `wide` is room to work in, kept from text to text. No byte of a key is 0.
-     */
+    /** The same behind what stands in `keys`; `wide` is room to work in, kept from text to text. No byte of a key is 0. */
     void AppendSortKey(std::string_view text, std::string& keys, std::u16string& wide) const;
 
 private:

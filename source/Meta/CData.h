@@ -34,7 +34,7 @@ public:
     [[nodiscard]] bool IsEqual(const CData& other) const;
     [[nodiscard]] bool IsSameValue(const CMetaValue& value) const;
     /** True when it changed. With an owner it is the owner's SetValue, so a default takes the value out of the owner
-       and leaves it here. A value of another kind is asserted and refused. */
+        and leaves it here. A value of another kind is asserted and refused. */
     bool Set(const CMetaValue& value);
     bool CopyFrom(const CData* otherP);
 

@@ -5,8 +5,8 @@
 #include <limits>
 
 #include "Core/Assertions.h"
-#include "Values/DateForms.h"
 #include "Core/NumberForms.h"
+#include "Values/DateForms.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #include "Meta/CMeta.h"
 
 #include "Core/Assertions.h"
-#include "Meta/CMetaManager.h"
 #include "Meta/CMeta_PLItem.h"
+#include "Meta/CMetaManager.h"
 
 CMeta::CMeta(MetaLevel level) : i_manager(MetaManager()), i_serial(i_manager.Register(*this)), i_level(level) {}
 

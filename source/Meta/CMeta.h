@@ -3,12 +3,12 @@
 #include <span>
 #include <vector>
 
-#include "Values/CCFDictionary.h"
 #include "Meta/CData.h"
 #include "Meta/CDataTraits.h"
 #include "Meta/CMetaSlots.h"
 #include "Meta/CMetaStripes.h"
 #include "Meta/MetaKey.h"
+#include "Values/CCFDictionary.h"
 
 class CMetaManager;
 
@@ -71,8 +71,7 @@ public:
     void Load(std::span<MetaEntry> entries);
 
     // ---- Values with an identity. ----
-    /** Null when there is none and none could be made. A value that is made and not kept comes without an owner.
-     */
+    /** Null when there is none and none could be made. A value that is made and not kept comes without an owner. */
     [[nodiscard]] Ref<CData> GetRetainedValue(MetaKey key, ValueMode mode = ValueMode::kStored,
                                               WillRelease release = WillRelease::kNo);
     /** Puts `dataRef` in the place of its key when that is empty; else copies its value into the one that is there, so
@@ -136,8 +135,7 @@ public:
     enum class FileSlots : bool { kWithout, kWith };
     enum class HiddenKeys : bool { kWithout, kWith };
     /** All that is stored, but for hidden keys that are not asked for; file places as file references when asked for,
-       hidden ones too, since what is cached must be found again. A file place that has no form is left out and logged.
-     */
+        hidden ones too, since what is cached must be found again. A file place that has no form is left out and logged. */
     [[nodiscard]] CCFDictionary ToDictionary(FileSlots files = FileSlots::kWithout,
                                              HiddenKeys hidden = HiddenKeys::kWithout) const;
     /** Takes all values of the dictionary that have a form here, each by its setter; "Illegal key type: " is logged for
@@ -151,8 +149,7 @@ public:
     [[nodiscard]] virtual int Compare(CMeta& other, CMetaSortContext& context);
 
 protected:
-    /** A value that is worked out, for a key without a stored one; none in the base. Under this object's lock: no I/O.
-     */
+    /** A value that is worked out, for a key without a stored one; none in the base. Under this object's lock: no I/O. */
     [[nodiscard]] virtual CMetaValue MakeValue(MetaKey key);
     /** Whether a made value becomes a stored one. One that follows from others must not: it would be saved, and stay
         when they change. */

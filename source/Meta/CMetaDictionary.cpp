@@ -1,7 +1,7 @@
 #include "Core/CLog.h"
-#include "Values/FileRefDictionary.h"
 #include "Meta/CMeta.h"
 #include "Meta/CMetaManager.h"
+#include "Values/FileRefDictionary.h"
 
 // CMeta as a dictionary of property data, and back.
 

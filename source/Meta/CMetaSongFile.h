@@ -46,6 +46,5 @@ struct CMetaSongFile {
 
 /** CM_Key_NONE for a number that is no type. */
 [[nodiscard]] MetaKey SongFileKey(SDB_SongFile type);
-/** The type of a key "Sfs0" to "Sf11"; nothing for others. A key that begins as theirs and is none of them is logged.
- */
+/** The type of a key "Sfs0" to "Sf11"; nothing for others. A key that begins as theirs and is none of them is logged. */
 [[nodiscard]] std::optional<SDB_SongFile> SongFileOfKey(MetaKey key);

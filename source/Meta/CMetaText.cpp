@@ -46,7 +46,7 @@ using Box = CMetaText::Box;
 std::size_t HashOf(std::string_view text) noexcept { return std::hash<std::string_view>()(text); }
 
 /** The shared texts of one shard: open addressing with the hash beside the pointer, so that a look-up touches the text
-   it finds and no other. (A node-based set made the filling of a
+    it finds and no other. (A node-based set made the filling of a
     library take nearly twice as long.) */
 class TextTable {
 public:

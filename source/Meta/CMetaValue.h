@@ -4,10 +4,10 @@
 #include <string_view>
 #include <vector>
 
-#include "Values/CCFDictionary.h"
 #include "Meta/CMetaSongFile.h"
 #include "Meta/CMetaText.h"
 #include "Meta/MetaTypes.h"
+#include "Values/CCFDictionary.h"
 
 /** One value of a song, a singer or a row: 16 bytes, and a counted box for what does not fit. It never changes, so a
     copy is a count. The kind is that of the value; reading it as another kind answers that kind's nothing.

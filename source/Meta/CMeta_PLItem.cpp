@@ -2,9 +2,7 @@
 
 #include "Core/Assertions.h"
 
-bool CMeta_PLItem::IsRowKey(MetaKey key) {
-    return key == "PLME"_key || IsTuningKey(key);
-}
+bool CMeta_PLItem::IsRowKey(MetaKey key) { return key == "PLME"_key || IsTuningKey(key); }
 
 void CMeta_PLItem::CheckSetter(MetaKey key) const {
     CMeta::CheckSetter(key);

@@ -2,8 +2,8 @@
 #include "Meta/CMeta.h"
 
 /** What belongs to a row rather than to its song: the tick for playing, the pitch and tempo of this singer. Rows
-   without such values have none. All other keys are the song's or the singer's (CPlayList::ValueOf). Owner    the
-   CPlayListItem. */
+    without such values have none. All other keys are the song's or the singer's (CPlayList::ValueOf).
+    Owner    the CPlayListItem. */
 class CMeta_PLItem final : public CMeta {
 public:
     CMeta_PLItem() : CMeta(MetaLevel::kRow) {}

@@ -5,9 +5,10 @@
 namespace {
 
 // The names of the kinds; all of them at once would meet those of a class, for clang, where files are compiled as one.
-constexpr ValType ValType_BOOL = ValType::ValType_BOOL, ValType_DATE = ValType::ValType_DATE, ValType_DICT = ValType::ValType_DICT,
-                  ValType_FLOAT = ValType::ValType_FLOAT, ValType_INTEGER = ValType::ValType_INTEGER,
-                  ValType_SONGFILE = ValType::ValType_SONGFILE, ValType_STRING = ValType::ValType_STRING;
+constexpr ValType ValType_BOOL = ValType::ValType_BOOL, ValType_DATE = ValType::ValType_DATE,
+                  ValType_DICT = ValType::ValType_DICT, ValType_FLOAT = ValType::ValType_FLOAT,
+                  ValType_INTEGER = ValType::ValType_INTEGER, ValType_SONGFILE = ValType::ValType_SONGFILE,
+                  ValType_STRING = ValType::ValType_STRING;
 using enum TraitsClass;
 using enum Justification;
 

@@ -7,5 +7,5 @@
 [[nodiscard]] std::string NormalizedTitle(std::string_view text);
 
 /** An artist's name with its leading article at the end: "The Who" gives "Who, The". "The", "La", "Las", "El", "Los"
-   are tried once each, in this order. */
+    are tried once each, in this order. */
 [[nodiscard]] std::string ArticleAtEnd(std::string_view text);

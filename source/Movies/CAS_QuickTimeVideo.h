@@ -19,12 +19,15 @@ struct MovieCounts {
 };
 
 /** The picture of a video song: a movie that is decoded on a thread of its own and led by the sound, or by a clock of
-   its own when nobody leads it. A picture that is late is dropped, the sound never waits. As a spool it opens, closes,
-   seeks and has a total; there is nothing to read from it. Units    of the spool: 4 bytes of sub-code, 6 of them 1/300
-   s, so that positions are those of a disc's graphics. Times are seconds of the song (0: where its sound begins).
+    its own when nobody leads it. A picture that is late is dropped, the sound never waits. As a spool it opens, closes,
+    seeks and has a total; there is nothing to read from it.
+    Units    of the spool: 4 bytes of sub-code, 6 of them 1/300 s, so that positions are those of a disc's graphics.
+             Times are seconds of the song (0: where its sound begins).
     Threads  Open and Close as every spool (they read the file); what CGraphicsMovie has, and the settings: main. Facts
-   and Result: any, after the opening. Owner    Ref. Errors   Open: paramErr for a file without a picture that plays.
-   Pictures that end early leave a status (Result) and the last one standing. */
+             and Result: any, after the opening.
+    Owner    Ref.
+    Errors   Open: paramErr for a file without a picture that plays. Pictures that end early leave a status (Result) and
+             the last one standing. */
 class CAS_QuickTimeVideo final : public CSpooler, public CGraphicsMovie {
 public:
     explicit CAS_QuickTimeVideo(SongBytes bytes);
@@ -41,8 +44,7 @@ public:
     void SetPaused(bool pausedB) noexcept { i_pausedB = pausedB; }
     void SetTempo(double tempo) noexcept { i_tempo = tempo; }
     /** The picture of `seconds` comes as soon as it can be had, while what is shown stays; on the way the key picture
-        before it may be seen. The sound is the leader's to seek; when it jumps without this call the picture follows.
-     */
+        before it may be seen. The sound is the leader's to seek; when it jumps without this call the picture follows. */
     void SeekTo(double seconds);
     /** In milliseconds; positive shows the picture later. */
     void SetPictureDelay(long milliseconds);

@@ -1,7 +1,7 @@
 #include "Movies/CBreakOverlay.h"
 
-#include "Movies/CAS_QuickTimeVideo.h"
 #include "Graphics/CGraphicsPort.h"
+#include "Movies/CAS_QuickTimeVideo.h"
 
 CBreakOverlay::CBreakOverlay(std::shared_ptr<const CPixels> picture)
     : CG_Overlay("break"), i_picture(std::move(picture)) {}

@@ -24,8 +24,7 @@ public:
     void EndOpening() noexcept { i_format.EndOpening(); }
     /** eofErr after the last one, also where the file was cut off. Where two recordings were joined, and times jump or
         begin anew, the packet's are moved so that they go on; a file in which that was seen is only read from its
-       start.
-     */
+        start. */
     OSErr Next(AVPacket& packet);
     /** To a key packet at or before `seconds`, as far as the file's index, or the demuxer's guess, is right: the caller
         looks where it came out. A failure leaves the place undefined: Restart. */

@@ -59,8 +59,7 @@ public:
     bool Choose(double nowT, MoviePicturePtr& shownP, std::uint64_t& droppedL);
     /** `alongside` runs before the maker hears of it, under the lock: short, no waits. */
     std::uint32_t Seek(double seconds, const std::function<void()>& alongside = {});
-    /** Seconds of song from which the next picture is due; nothing while there is none. A picture of a seek: at once.
-     */
+    /** Seconds of song from which the next picture is due; nothing while there is none. A picture of a seek: at once. */
     [[nodiscard]] bool NextTime(double& timeT) const;
     /** Everything of this turn was shown: nothing comes any more. */
     [[nodiscard]] bool IsOver() const;

@@ -15,7 +15,7 @@ namespace {
 
 constexpr double kMovie_DefaultFrameT = 1.0 / 25;
 /** Pictures that are needed after a key picture before all come out right where later ones are referred to: as many as
-   a decoder may hold back. */
+    a decoder may hold back. */
 constexpr int kMovie_RunIn = 16;
 /** How far ahead of the place a second, third ... try begins. */
 constexpr std::array kMovie_StepsBackT = {0.0, 1.0, 10.0, 60.0};
@@ -24,8 +24,7 @@ constexpr double kMovie_PreviewT = 0.5;
 /** What is gathered of a stretch without a key picture before it is decoded through. */
 constexpr std::size_t kMovie_MostGathered = 4096, kMovie_MostGatheredBytes = 16U << 20;
 constexpr double kMovie_MostStillT = 24 * 3600;
-/** Of Decode, and nobody's else: the hardware has failed, and the decoder that took over must begin at a key picture.
- */
+/** Of Decode, and nobody's else: the hardware has failed, and the decoder that took over must begin at a key picture. */
 constexpr OSErr kMovie_BeginAgain = queueNotDoneErr;
 
 bool IsKey(const AVPacket& packet) { return (packet.flags & AV_PKT_FLAG_KEY) != 0; }
@@ -86,7 +85,7 @@ OSErr CMovieReader::NextDecoded(MovieFrame& frame) {
 }
 
 /** The hardware has failed: the other decoder goes the way from the key picture before, and on from the last picture
-   that came out, so that none is lost. */
+    that came out, so that none is lost. */
 OSErr CMovieReader::Resume(MovieFrame& frame) {
     const double lastT = i_lastT;
     if (std::isnan(lastT)) {   // before the first one
@@ -133,7 +132,7 @@ OSErr CMovieReader::Feed() {
 }
 
 /** On the way to `seconds` only the picture that is shown there counts, and what it is made from. Its time stands in
-   the packets, where the file tells times of showing. */
+    the packets, where the file tells times of showing. */
 void CMovieReader::KeepFrom(double seconds) {
     double keepT = -HUGE_VAL;
     for (const AVPacketPtr& packetP : i_packets) {

@@ -3,16 +3,16 @@
 #include <mutex>
 
 /** The time that leads a movie's picture: that of the sound, whose blocks come in steps of some 46 ms, made into a
-   smooth one; or, for a movie without sound, a clock of its own. Units    seconds of the song; the delay in
-   milliseconds, positive for a picture that is shown later. Threads  Follow, Jump and Run on the main thread; the rest
-   any. */
+    smooth one; or, for a movie without sound, a clock of its own.
+    Units    seconds of the song; the delay in milliseconds, positive for a picture that is shown later.
+    Threads  Follow, Jump and Run on the main thread; the rest any. */
 class CMovieTime {
 public:
     static constexpr long kMost_Delay = 2000;
 
     CMovieTime();
     /** The sound is heard at `heardT`. While it runs a small difference is made up for over two seconds; a large one,
-       and any while it stands, at once. Answers what the picture is to show now. */
+        and any while it stands, at once. Answers what the picture is to show now. */
     double Follow(double heardT, bool runningB, double rate);
     /** Stands at `seconds`, until the next Follow or Run. */
     void Jump(double seconds);

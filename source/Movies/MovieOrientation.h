@@ -21,5 +21,5 @@ struct PictureSize {
     else to the nearest quarter; null is upright. */
 [[nodiscard]] MovieOrientation OrientationOf(const std::int32_t* matrixP);
 /** A picture of `width` by `height` pixels of the shape `pixelShape` (width to height), upright and in square pixels:
-   the side that is too short grows. At least 1, at most what a rectangle holds. */
+    the side that is too short grows. At least 1, at most what a rectangle holds. */
 [[nodiscard]] PictureSize ShownSize(int width, int height, double pixelShape, const MovieOrientation& orientation);

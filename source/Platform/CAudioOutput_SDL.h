@@ -8,7 +8,7 @@
     ring without a lock. News of devices come by a watch on SDL's events, on whatever thread SDL raises them; nobody has
     to pump them.
     Threads  as CAudioOutput. Opening, closing and listing take a lock of the whole process, held over SDL's calls;
-   Queue, Room, the counts and the callback never take it. */
+    Queue, Room, the counts and the callback never take it. */
 class CAudioOutput_SDL final : public CAudioOutput {
 public:
     CAudioOutput_SDL() = default;
@@ -47,16 +47,16 @@ private:
 
     std::string i_device;   // as it was asked for
     std::size_t i_blockFramesL = 0;
-    std::vector<std::int16_t> i_ring;            // fixed while a device is open
-    std::size_t i_roomL = 0;                     // frames of the ring
-    std::uint32_t i_deviceID = 0;                // SDL's number, 0 for none; the writer's
-    std::atomic<std::uint32_t> i_watchedID{0};   // the same, for the watch
+    std::vector<std::int16_t> i_ring;             // fixed while a device is open
+    std::size_t i_roomL = 0;                      // frames of the ring
+    std::uint32_t i_deviceID = 0;                 // SDL's number, 0 for none; the writer's
+    std::atomic<std::uint32_t> i_watchedID{0};    // the same, for the watch
     bool i_openB = false, i_subsystemB = false;   // the second is not there where SDL finds no sound system at all
     double i_paceF = 0;   // parts of a frame that are due while there is no device; the writer's
     CWakeSignal i_wake;
     std::atomic<bool> i_lostB{false}, i_newDeviceB{false};
     enum class Leaving : int { kNo, kAsked, kDone };
-    std::atomic<Leaving> i_leaving{Leaving::kNo};   // kAsked by the writer, the rest by the callback
+    std::atomic<Leaving> i_leaving{Leaving::kNo};          // kAsked by the writer, the rest by the callback
     alignas(64) std::atomic<std::uint64_t> i_queuedL{0};   // frames since Open; only Queue adds
     alignas(64) std::atomic<std::uint64_t> i_playedL{0};   // only the callback adds, or the writer without a device
     std::atomic<std::uint64_t> i_lateL{0};

@@ -21,8 +21,7 @@ public:
     [[nodiscard]] static Path Data();
     [[nodiscard]] static Path Cache();
     [[nodiscard]] static Path State();
-    /** For sockets; of this user alone. Without XDG_RUNTIME_DIR a folder of the user's number in the temporary folder.
-     */
+    /** For sockets; of this user alone. Without XDG_RUNTIME_DIR a folder of the user's number in the temporary folder. */
     [[nodiscard]] static Path Runtime();
     [[nodiscard]] static Path Music();
     [[nodiscard]] static Path Temp();

@@ -39,8 +39,8 @@ public:
         May be called from within a message. Never waits. */
     virtual bool PumpOne(MessageKinds kinds) = 0;
     /** Waits until a message of `kinds` is there, Wake is called or `seconds` are over; may return early. Runs no call,
-       no timer and no user message; a window system may paint meanwhile. A Wake between two waits ends the next one at
-       once. */
+        no timer and no user message; a window system may paint meanwhile. A Wake between two waits ends the next one at
+        once. */
     virtual void Wait(double seconds, MessageKinds kinds = kMessage_All) = 0;
     /** True when a user message waits; a timer that runs is held back before such a message is handled. */
     [[nodiscard]] virtual bool InputWaits() const = 0;

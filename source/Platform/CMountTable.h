@@ -7,14 +7,16 @@
 #include <vector>
 
 /** Tells where volumes came or went. The machine's list of mounts is read, no volume is touched: one that does not
-   answer holds up nobody. Threads  one. Source   proc_pid_mountinfo(5). */
+    answer holds up nobody.
+    Threads  one.
+    Source   proc_pid_mountinfo(5). */
 class CMountTable {
 public:
     using Path = std::filesystem::path;
 
     explicit CMountTable(Path file = "/proc/self/mountinfo") : i_file(std::move(file)) {}
     /** The folders at which something else is mounted than at the last call, or nothing any more. None at the first
-       call, or when the list cannot be read. */
+        call, or when the list cannot be read. */
     [[nodiscard]] std::vector<Path> Changed();
     /** Where the desktop, or the user, has mounted discs. Any thread. */
     [[nodiscard]] std::vector<Path> Volumes() const;

@@ -15,8 +15,7 @@
     Owner    the loop. */
 class CTimerTable {
 public:
-    /** A new timer, or `existing` with a new interval and proc; an `existing` that is not there gets a new identifier.
-     */
+    /** A new timer, or `existing` with a new interval and proc; an `existing` that is not there gets a new identifier. */
     CMainLoop::TimerID Set(CMainLoop::TimerID existing, std::uint32_t milliseconds, CMainLoop::Proc proc);
     void Kill(CMainLoop::TimerID timer);
     /** Fires the timer that has been due the longest; false when none is due. The proc may set and kill any timer. */

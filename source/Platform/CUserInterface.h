@@ -10,10 +10,10 @@
 /** One question with its buttons. */
 struct Question {
     std::string title, text;
-    std::vector<std::string> buttons;     // in their order; never empty
-    std::size_t defaultIndex = 0;         // what Return takes
-    std::size_t safeIndex = 0;            // what deletes and interrupts nothing; what Escape takes
-    std::string checkBox;                 // its label; empty for none
+    std::vector<std::string> buttons;   // in their order; never empty
+    std::size_t defaultIndex = 0;       // what Return takes
+    std::size_t safeIndex = 0;          // what deletes and interrupts nothing; what Escape takes
+    std::string checkBox;               // its label; empty for none
     bool checkedB = false;
 };
 struct Answer {

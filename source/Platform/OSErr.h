@@ -1,7 +1,7 @@
 #pragma once
 /** The status that every failing call answers: the short numbers of the file manager, 0 for none.
     A positive value is an `errno` of the system. -1 was already told to the user; -27 and -128 were wished for. */
-enum class [[nodiscard]] OSErr : short {
+enum class [[nodiscard]] OSErr : short{
     noErr = 0,
     alreadyReportedErr = -1,
     queueNotDoneErr = -16,   // a queue element that will finish itself later
@@ -33,8 +33,8 @@ enum class [[nodiscard]] OSErr : short {
     afpDirNotEmpty = -5007,
     propertyNotFoundErr = -5604,
     invalidMidiErr = -10871,
-    semaphoreGoneErr = -29295,      // semaphore without a condition object
-    semaphoreTimedOutErr = -29296,  // semaphore wait timed out
+    semaphoreGoneErr = -29295,       // semaphore without a condition object
+    semaphoreTimedOutErr = -29296,   // semaphore wait timed out
     noPathMappingErr = -30101,
     networkTimeoutErr = -30393,
 };

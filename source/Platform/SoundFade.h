@@ -6,7 +6,8 @@
 
 /** How sound that begins or ends in the middle of a song does so without a click: by a ramp that is rounded over a
     quarter at each end. It bends no more than a raised cosine, and is less steep, so that a tone under it stays nearer
-   to the tone that it is. Units    frames of 44,100 a second: out within 10 ms, in within 5 ms. */
+    to the tone that it is.
+    Units    frames of 44,100 a second: out within 10 ms, in within 5 ms. */
 inline constexpr std::size_t kFadeOut_Frames = 441, kFadeIn_Frames = 220;
 
 /** The factor of frame `n` of a fade in over `frames`; the same from behind is a fade out. 1 from its end on. */

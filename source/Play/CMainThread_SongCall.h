@@ -1,6 +1,6 @@
 #pragma once
-#include "Threads/CMainThreadProc.h"
 #include "Play/CSongPlay.h"
+#include "Threads/CMainThreadProc.h"
 
 /** A call to a song that plays, on the main thread, later. It keeps the play, which knows by then whether it was
     stopped. Any thread. */

@@ -4,8 +4,9 @@
 class CCFPrefDictionary;
 
 /** How much later than its sound a picture is shown, for each audio output by its name: what plays by radio, or through
-   a television, is heard late. Units    milliseconds; negative shows the picture earlier. At most kMost either way,
-   whatever the file says. Threads  as the preferences, which outlive this. */
+    a television, is heard late.
+    Units    milliseconds; negative shows the picture earlier. At most kMost either way, whatever the file says.
+    Threads  as the preferences, which outlive this. */
 class CPictureDelays {
 public:
     static constexpr long kMost = 2000;

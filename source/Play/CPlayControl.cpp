@@ -5,18 +5,18 @@
 #include <limits>
 
 #include "Core/AlertHook.h"
-#include "Values/CCFPrefDictionary.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
 #include "Graphics/CGraphicsPorts.h"
 #include "Graphics/PlayNext.h"
-#include "SongFiles/CT_FindMissing.h"
 #include "Platform/BesideShow.h"
 #include "Platform/CClock.h"
 #include "Play/CPlayHost.h"
 #include "Play/CPlayWatcher.h"
 #include "Play/CSongLoadCompletion.h"
 #include "Play/LaunchFile.h"
+#include "SongFiles/CT_FindMissing.h"
+#include "Values/CCFPrefDictionary.h"
 
 namespace {
 
@@ -34,7 +34,6 @@ constexpr double kNextKept_T = 30;
 
 CPlayControl::CPlayControl(CPlayHost& host)
     : i_host(host),
-      i_selfRef(std::make_shared<CPlayControl*>(this)),
       i_outputP(MakeRef<CPlayOutput>()),
       i_levels(host.Database()),
       i_place(host.Database()),
@@ -44,7 +43,7 @@ CPlayControl::CPlayControl(CPlayHost& host)
 }
 
 CPlayControl::~CPlayControl() {
-    *i_selfRef = nullptr;
+    i_self.Empty();
     i_host.Database().RemoveWatcher(*this);
     i_watchers.Clear();
     EndCurrent();
@@ -62,9 +61,9 @@ OSErr CPlayControl::Play(const SDB_Selection& selection) {
         "Would you like to deselect them?  You can then just double click the song you want to play.";
     question.buttons = {"Deselect", "Cancel"};
     question.safeIndex = 1;
-    AskThen(i_host.Ui(), question, [selfRef = Self()](const Answer& answer) {
-        const std::shared_ptr<CPlayControl*> self = selfRef.lock();
-        if (self != nullptr && *self != nullptr && answer.buttonIndex == 0) (*self)->i_host.Deselect();
+    AskThen(i_host.Ui(), question, [self = Self()](const Answer& answer) {
+        CPlayControl* const controlP = self.Get();
+        if (controlP != nullptr && answer.buttonIndex == 0) controlP->i_host.Deselect();
     });
     return userCanceledErr;
 }
@@ -173,7 +172,8 @@ void CPlayControl::PreRollDone(CSongPlay& play, OSErr err) {
     CacheNext();
     if (i_delayedB) i_host.ShowMessage("“" + play.Spec().name + "” starts once it is unpacked");
     TellPlay();
-    if (Failed(play.Files().GraphicsErr())) TellLostGraphics(play);   // last: the operator reads it while the song plays
+    if (Failed(play.Files().GraphicsErr()))
+        TellLostGraphics(play);   // last: the operator reads it while the song plays
 }
 
 void CPlayControl::TellLostGraphics(const CSongPlay& play) {
@@ -289,7 +289,8 @@ void CPlayControl::TellFailure(const CSongPlay& play, OSErr err, const std::stri
     std::string why = FaultWords(err, path) + " (" + std::to_string(Number(err)) + ")";
     if (play.LacksPlayer() && Number(err) >= -1)
         why =
-            "This audio file is not (yet?) compatible with modern CoreAudio.  If you can play it with iTunes, you might "
+            "This audio file is not (yet?) compatible with modern CoreAudio.  If you can play it with iTunes, you "
+            "might "
             "try re-encoding it. ";
     else if (err == fnfErr)
         message = MissingSongText(name), why = "Its files are not where the library says, nor near there.";
@@ -307,7 +308,8 @@ void CPlayControl::SongEnded(CSongPlay& play) {
     NoteLength(play);
     if (!i_countedB) FinishSong(play);
     Log("Going to next song");
-    if (!GoOn() && (!i_playP || i_playP.Get() == &play)) EndShow();   // and nobody began another song while an alert stood
+    if (!GoOn() && (!i_playP || i_playP.Get() == &play))
+        EndShow();   // and nobody began another song while an alert stood
 }
 
 bool CPlayControl::GoOn() {
@@ -322,10 +324,12 @@ bool CPlayControl::GoOn() {
         if (ChoosePlayNext(state) != PlayNextCommand::kNext) return false;
         const PLItemID next = i_place.Next(CPlayList::AtEnd::kStop);
         if (!i_playP) return true;   // the list has stopped the show
-        if (next == SDB_kNoItem || (next == from && i_failedL > 0)) return false;   // all round, and nothing can be played
+        if (next == SDB_kNoItem || (next == from && i_failedL > 0))
+            return false;   // all round, and nothing can be played
         const OSErr err = StepTo(next, how);
         if (!Failed(err)) return true;
-        if (i_playP.Get() != beforeP.Get()) return static_cast<bool>(i_playP);   // one may have begun while an alert stood
+        if (i_playP.Get() != beforeP.Get())
+            return static_cast<bool>(i_playP);   // one may have begun while an alert stood
         if (err != fnfErr || ++i_failedL >= kFailures_Most) return false;
         i_place.Set(i_place.ListID(), next);   // a row whose song is nowhere
     }

@@ -14,6 +14,7 @@
 #include "Play/CPlayPlace.h"
 #include "Play/CSongLevels.h"
 #include "Play/CSongPlay.h"
+#include "Threads/CHandle.h"
 
 class CPlayHost;
 class CPlayWatcher;
@@ -121,7 +122,7 @@ public:
     /** Draws what is due; the timer of the picture calls it. */
     void VideoIdle(bool forcedB) override;
     /** Empties itself when the control goes. Lock it on the main thread alone. */
-    [[nodiscard]] std::weak_ptr<CPlayControl*> Self() const noexcept { return i_selfRef; }
+    [[nodiscard]] CHandle<CPlayControl> Self() const noexcept { return i_self.Handle(); }
     /** The next song lies ready. */
     [[nodiscard]] bool IsNextReady() const { return i_next.IsReady(); }
 
@@ -151,10 +152,10 @@ private:
     };
     struct StartHow {
         bool pausedB = false;
-        bool stepB = false;   // the song before gives way to it
-        bool handB = false;   // the operator wants it now: what plays is cut off
+        bool stepB = false;      // the song before gives way to it
+        bool handB = false;      // the operator wants it now: what plays is cut off
         bool countedB = false;   // as sung, before it was had back
-        long at300 = -1;      // from there rather than from the music's start
+        long at300 = -1;         // from there rather than from the music's start
         std::optional<Wish> wish = {};
         std::optional<float> levelF = {};   // rather than the song's own, or the transport's
     };
@@ -197,7 +198,7 @@ private:
     void TellGoBack();
 
     CPlayHost& i_host;
-    const std::shared_ptr<CPlayControl*> i_selfRef;
+    CHandled<CPlayControl> i_self{this};
     CWatchers<CPlayWatcher> i_watchers;
     const Ref<CPlayOutput> i_outputP;
     std::string i_device;     // that i_outputP was given; empty: none yet
@@ -210,12 +211,12 @@ private:
     bool i_delayedB = false;       // it stands paused until its zip is unpacked, or the operator lets it go
     std::optional<Wish> i_wish;    // where it is to begin, as the operator said while it starts
     CPlayPlace i_place;
-    double i_beganT = 0;     // i_playP has played since
-    bool i_overB = false;    // it was sung to its end
+    double i_beganT = 0;    // i_playP has played since
+    bool i_overB = false;   // it was sung to its end
     CInterruptedSong i_interrupted;
     OSErr i_lastErr = noErr;
     bool i_countedB = false;   // i_playP is counted as sung
-    int i_failedL = 0;        // songs in a row that could not be played
+    int i_failedL = 0;         // songs in a row that could not be played
     int i_pitchS = 0;
     double i_tempo = 1;
     float i_volumeF = 1;                 // the transport's level

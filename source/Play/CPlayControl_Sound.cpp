@@ -2,13 +2,13 @@
 #include <cmath>
 
 #include "Audio/CTimePitch.h"
-#include "Values/CCFPrefDictionary.h"
 #include "Core/NumberForms.h"
 #include "Meta/TempoSteps.h"
 #include "Play/CPictureDelays.h"
 #include "Play/CPlayControl.h"
 #include "Play/CPlayHost.h"
 #include "Play/CT_ListOutputs.h"
+#include "Values/CCFPrefDictionary.h"
 
 // How it sounds: what is kept with the song, with its row, and in the preferences.
 

@@ -23,8 +23,9 @@ public:
 /** When the clock of the picture runs. It is a clock of its own, so that a stall of the sound does not stop the words,
     but it starts and stops with what is heard: the blocks that wait in the output count. After a start, a pause and a
     seek it begins at the place of the first new frame, at the moment when the output takes it; a pause lets it run up
-   to the last frame that was given; a new tempo counts from the frame that has it. Units    300ths of the song; frames
-   of the output. Threads  Tick on the clock's, the rest on the main one. Shared: the thread may outlive the song. */
+    to the last frame that was given; a new tempo counts from the frame that has it.
+    Units    300ths of the song; frames of the output.
+    Threads  Tick on the clock's, the rest on the main one. Shared: the thread may outlive the song. */
 class CPlayPace {
 public:
     explicit CPlayPace(CGraphicsClock& clock) : i_clockP(&clock) {}

@@ -1,7 +1,8 @@
 #pragma once
 
 /** Who shows what plays: the desktop's transport, a phone's page. Main thread, with nothing locked; a watcher may ask
-    CPlayControl, and give it orders, from within. Owner    whoever made it; it takes itself out before it goes. */
+    CPlayControl, and give it orders, from within.
+    Owner    whoever made it; it takes itself out before it goes. */
 class CPlayWatcher {
 public:
     virtual ~CPlayWatcher() = default;

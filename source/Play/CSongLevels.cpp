@@ -13,12 +13,10 @@ constexpr double kRest = 3;   // times as long as it worked
 }
 
 CSongLevels::CSongLevels(CSongDatabase& database)
-    : i_database(database),
-      i_selfRef(std::make_shared<CSongLevels*>(this)),
-      i_stopRef(std::make_shared<std::atomic<bool>>(false)) {}
+    : i_database(database), i_stopRef(std::make_shared<std::atomic<bool>>(false)) {}
 
 CSongLevels::~CSongLevels() {
-    *i_selfRef = nullptr;
+    i_self.Empty();
     i_stopRef->store(true);
 }
 
@@ -36,7 +34,7 @@ void CSongLevels::Idle(bool playingB) {
     CSong* const songP = i_database.GetSong(song);
     if (songP == nullptr || !i_looked.insert(song).second) return;
     i_busyB = true;
-    auto taskP = std::make_unique<CT_MeasureLevel>(i_selfRef, song, CSongFiles(*songP, i_database.Settings()),
+    auto taskP = std::make_unique<CT_MeasureLevel>(i_self.Handle(), song, CSongFiles(*songP, i_database.Settings()),
                                                    LevelOf(*songP), i_stopRef);
     if (CT_Preemptive::Start(std::move(taskP)) == 0) i_busyB = false;
 }

@@ -6,11 +6,13 @@
 
 #include "Library/LibraryIDs.h"
 #include "Play/SongLevel.h"
+#include "Threads/CHandle.h"
 
 class CSongDatabase;
 
 /** Measures how loud the songs are that play soon, and keeps it with them ("LUFS"): one at a time, on a worker that
-   gives way to every other thread, and rests three times as long as it worked while something plays. Threads  main.
+    gives way to every other thread, and rests three times as long as it worked while something plays.
+    Threads  main.
     Owner    CPlayControl.
     Errors   a song that cannot be measured stays as it is until the next run. */
 class CSongLevels {
@@ -33,7 +35,7 @@ private:
     void Measured(SongID song, const std::optional<SongLevel>& level, double tookT);
 
     CSongDatabase& i_database;
-    const std::shared_ptr<CSongLevels*> i_selfRef;   // null once it has gone; locked on the main thread
+    CHandled<CSongLevels> i_self{this};
     const std::shared_ptr<std::atomic<bool>> i_stopRef;
     std::vector<SongID> i_wanted;   // the next one last
     std::set<SongID> i_looked;      // in this run

@@ -3,12 +3,12 @@
 #include "Audio/CAS_SpoolRec.h"
 #include "Audio/SongSource.h"
 #include "Core/Assertions.h"
-#include "Zip/CByteSource_Zip.h"
 #include "Core/CLog.h"
-#include "Zip/CZipArchive.h"
-#include "Zip/CZipSongMembers.h"
 #include "Graphics/CountDrawnPackets.h"
 #include "Library/SongFileTypes.h"
+#include "Zip/CByteSource_Zip.h"
+#include "Zip/CZipArchive.h"
+#include "Zip/CZipSongMembers.h"
 
 namespace {
 
@@ -146,7 +146,7 @@ OSErr CSongLoad::ChooseFromZip(const CFileRef& file) {
         if (const OSErr err = LoadGraphics(file, zip.Members()[*chosen.graphics]); Failed(err)) return err;
         if (!chosen.audio && (i_spec.requireAudioB || i_graphicsP == nullptr))
             return LogStep(fnfErr, "no sound in the zip", file.GetPath());
-        i_kind = !chosen.audio   ? SongKind::kGraphics
+        i_kind = !chosen.audio            ? SongKind::kGraphics
                  : i_graphicsP != nullptr ? SongKind::kSoundAndGraphics
                                           : SongKind::kSound;
         return noErr;

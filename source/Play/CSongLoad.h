@@ -8,13 +8,13 @@
 #include <vector>
 
 #include "Audio/CAS_AudioRing.h"
-#include "Threads/CS_MainThread_AbortProc.h"
 #include "Core/Ref.h"
-#include "Movies/CAS_QuickTimeVideo.h"
 #include "Graphics/CSubCodeStream_Memory.h"
 #include "Library/CSongFiles.h"
+#include "Movies/CAS_QuickTimeVideo.h"
 #include "Play/FileStamp.h"
 #include "Play/SongPlaySpec.h"
+#include "Threads/CS_MainThread_AbortProc.h"
 
 struct CZipMember;
 

@@ -23,12 +23,9 @@ constexpr double kSectors_PerSecond = 75;
 }   // namespace
 
 CSongMovie::CSongMovie(Ref<CAS_QuickTimeVideo> movieP, CGraphics& graphics, const CGraphicsClock& clock)
-    : i_movieP(std::move(movieP)),
-      i_graphics(graphics),
-      i_clock(clock),
-      i_selfRef(std::make_shared<CSongMovie*>(this)) {
+    : i_movieP(std::move(movieP)), i_graphics(graphics), i_clock(clock) {
     i_movieP->SetLeader([this] { return Told(); });
-    static_cast<void>(new CT_MovieLook(i_selfRef));   // owned by the map of forks
+    static_cast<void>(new CT_MovieLook(i_self.Handle()));   // owned by the map of forks
 }
 
 CSongMovie::~CSongMovie() {

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "Movies/CAS_QuickTimeVideo.h"
+#include "Threads/CHandle.h"
 
 class CGraphics;
 class CGraphicsClock;
@@ -42,7 +43,7 @@ private:
     std::shared_ptr<const CHeardSound> i_soundP;
     std::shared_ptr<const CPlayPace> i_paceP;
     std::function<bool()> i_soundOver;
-    std::int64_t i_clock300 = -1;                   // as it was seen last
-    double i_movedT = -1e9;                         // steady time at which it last moved
-    const std::shared_ptr<CSongMovie*> i_selfRef;   // for the timer, which may outlive this
+    std::int64_t i_clock300 = -1;        // as it was seen last
+    double i_movedT = -1e9;              // steady time at which it last moved
+    CHandled<CSongMovie> i_self{this};   // for the timer, which may outlive this
 };

@@ -104,7 +104,7 @@ long CSongPicture::SyncSlip300() const {
 }
 
 /** What is drawn stands until the next look, a fifteenth of a second later: so it is that of the middle of this time,
-   or it would be late by up to all of it, and by another part of it in each song. */
+    or it would be late by up to all of it, and by another part of it in each song. */
 long CSongPicture::Lead300() const {
     constexpr double kLook_300ths = 300.0 / 15;
     return i_paceP && i_paceP->IsRunning() ? std::lround(i_paceP->Tempo() * kLook_300ths / 2) : 0;
@@ -114,8 +114,8 @@ bool CSongPicture::IsAtEnd() const {
     const long end300 = i_parts.spec.trimEnd300;
     if (end300 > i_parts.spec.trimStart300) return Time300() >= end300;
     // What lies behind the last packet that draws keeps nobody waiting once the sound is over.
-    return i_graphicsP && !i_pausedB && i_parts.loadP->Graphics() != nullptr && Packets() >= i_parts.loadP->DrawnPackets() &&
-           i_owner.IsSoundOver();
+    return i_graphicsP && !i_pausedB && i_parts.loadP->Graphics() != nullptr &&
+           Packets() >= i_parts.loadP->DrawnPackets() && i_owner.IsSoundOver();
 }
 
 /** The pictures of a movie go on where its sound is shorter. */

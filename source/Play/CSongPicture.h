@@ -93,7 +93,7 @@ private:
     CT_DriftFree_Graphics* i_threadP = nullptr;   // the fork's; lives until it was told to stop
     bool i_pausedB = true;
     bool i_endToldB = false;   // of a song without graphics
-    double i_slipT = 0;   // seconds; the clock starts with it
+    double i_slipT = 0;        // seconds; the clock starts with it
     long i_slipMoved300 = 0;   // since the start
     long i_delayL = 0;         // milliseconds
 };

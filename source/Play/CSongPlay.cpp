@@ -4,13 +4,13 @@
 
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
-#include "Threads/ThreadInfo.h"
 #include "Graphics/CGraphicsPorts.h"
 #include "Platform/CClock.h"
 #include "Play/CMainThread_SongCall.h"
 #include "Play/CT_EndSong.h"
 #include "Play/CT_PlayAudio.h"
 #include "Play/CT_SeekSound.h"
+#include "Threads/ThreadInfo.h"
 
 namespace {
 constexpr long kApart_300ths = 150;   // what a slow crystal does in an hour is no reason to jump

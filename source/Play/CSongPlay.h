@@ -29,7 +29,7 @@ public:
     /** The song stands where it begins, paused; SetPaused lets it go. */
     OSErr Begin();
     /** There is no way back. Nobody waits: a pre-roll ends with abortErr on its own. `next` is the name of the song
-       that takes its place, if one does. */
+        that takes its place, if one does. */
     void Stop(std::string next = {});
     void SetPaused(bool pausedB);
     [[nodiscard]] bool IsPaused() const noexcept { return i_picture.IsPaused(); }
@@ -77,8 +77,7 @@ private:
     void PictureFailed(OSErr err) override;
     void NoteDrawn() override;
 
-    /** A device that was away, or a disc that stood still, has left the sound behind: it goes on where the words are.
-     */
+    /** A device that was away, or a disc that stood still, has left the sound behind: it goes on where the words are. */
     void MendDrift();
     void StartSeekWorker();
     void SeeksDone();

@@ -32,7 +32,7 @@ public:
     /** A worker is about to use all this; by who starts it. */
     void BeginWork();
     /** It is done; by the worker. After Stop it disposes. False, and the work goes on, when a seek was asked for
-     * meanwhile. */
+        meanwhile. */
     [[nodiscard]] bool LeaveWork();
 
     // ---- Main thread ----

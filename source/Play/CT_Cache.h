@@ -1,7 +1,7 @@
 #pragma once
-#include "Threads/CT_Preemptive.h"
 #include "Play/CSongLoad.h"
 #include "Play/CSongLoadCompletion.h"
+#include "Threads/CT_Preemptive.h"
 
 /** Loads a song ahead of its time. A failure is left to the play of the song, which tries again and tells.
     Owner    the fork; it keeps what it loads. */

@@ -1,12 +1,12 @@
 #pragma once
 #include <memory>
 
-#include "Threads/CT_DriftFree.h"
 #include "Play/CPlayPace.h"
+#include "Threads/CT_DriftFree.h"
 
 /** The fake clock: a CD sector's four packets of the picture, 75 times a second at tempo 1.0; it rests while the
-   picture stands. Owner    the fork, as every thread; the song tells it to Stop and takes its clock out of the shared
-   pace. */
+    picture stands.
+    Owner    the fork, as every thread; the song tells it to Stop and takes its clock out of the shared pace. */
 class CT_DriftFree_Graphics final : public CT_DriftFree {
 public:
     explicit CT_DriftFree_Graphics(std::shared_ptr<CPlayPace> paceP)

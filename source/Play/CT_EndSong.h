@@ -1,6 +1,6 @@
 #pragma once
-#include "Threads/CT_Preemptive.h"
 #include "Play/CSongPlay.h"
+#include "Threads/CT_Preemptive.h"
 
 /** Ends the player of a song that was stopped: the device takes its time to close, and the main thread has none.
     Owner    the fork; it keeps the play. */

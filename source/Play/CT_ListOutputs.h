@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "Threads/CT_Preemptive.h"
 #include "Platform/CAudioOutput.h"
+#include "Threads/CT_Preemptive.h"
 
 /** Asks an output that nobody plays through for the devices of the machine, which may take a while. */
 class CT_ListOutputs final : public CT_Preemptive {

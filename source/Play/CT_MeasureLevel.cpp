@@ -2,9 +2,9 @@
 
 #include "Audio/SongSource.h"
 #include "Core/CLog.h"
-#include "SongFiles/FindSongLength.h"
 #include "Platform/CClock.h"
 #include "Platform/ThreadPriority.h"
+#include "SongFiles/FindSongLength.h"
 
 OSErr CT_MeasureLevel::Operate(OSErr) {
     LowerThreadPriority();
@@ -28,7 +28,6 @@ OSErr CT_MeasureLevel::Measure() {
 }
 
 OSErr CT_MeasureLevel::Completion(OSErr err) {
-    if (const auto ownerRef = i_ownerRef.lock(); ownerRef && *ownerRef != nullptr)
-        (*ownerRef)->Measured(i_song, i_found, i_tookT);
+    if (CSongLevels* const ownerP = i_ownerRef.Get(); ownerP != nullptr) ownerP->Measured(i_song, i_found, i_tookT);
     return err;
 }

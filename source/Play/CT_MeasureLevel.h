@@ -1,13 +1,14 @@
 #pragma once
-#include "Threads/CT_Preemptive.h"
 #include "Library/CSongFiles.h"
 #include "Play/CSongLevels.h"
+#include "Threads/CHandle.h"
+#include "Threads/CT_Preemptive.h"
 
 /** Measures one song for CSongLevels, unless what is known of it still holds.
     Owner    the fork. */
 class CT_MeasureLevel final : public CT_Preemptive {
 public:
-    CT_MeasureLevel(std::weak_ptr<CSongLevels*> ownerRef, SongID song, CSongFiles files, std::optional<SongLevel> known,
+    CT_MeasureLevel(CHandle<CSongLevels> ownerRef, SongID song, CSongFiles files, std::optional<SongLevel> known,
                     std::shared_ptr<const std::atomic<bool>> stopRef)
         : CT_Preemptive("measure loudness"),
           i_ownerRef(std::move(ownerRef)),
@@ -23,7 +24,7 @@ protected:
 private:
     OSErr Measure();
 
-    const std::weak_ptr<CSongLevels*> i_ownerRef;
+    const CHandle<CSongLevels> i_ownerRef;
     const SongID i_song;
     CSongFiles i_files;
     const std::optional<SongLevel> i_known;

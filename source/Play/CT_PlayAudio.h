@@ -1,7 +1,7 @@
 #pragma once
+#include "Play/CSongPlay.h"
 #include "Threads/CS_MainThread_AbortProc.h"
 #include "Threads/CT_Preemptive.h"
-#include "Play/CSongPlay.h"
 
 /** Makes a song ready: opens its files, fills its ring, makes its player. The completion tells the song.
     Owner    the fork; it keeps the play. */

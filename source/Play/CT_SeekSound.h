@@ -1,6 +1,6 @@
 #pragma once
-#include "Threads/CT_Preemptive.h"
 #include "Play/CSongPlay.h"
+#include "Threads/CT_Preemptive.h"
 
 /** Takes the sound of a song to where it was asked to go; of several askings the last one counts.
     Owner    the fork; it keeps the play. */

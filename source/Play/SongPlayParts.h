@@ -13,6 +13,6 @@ struct SongPlayParts {
     bool hq4xB = false;
     bool anyDeviceB = false;   // CPlayHost::PlaysOnAnyDevice
     bool oneLevelB = false;    // "Play all songs at one level"
-    long pictureDelayL = 0;   // milliseconds: CPictureDelays
-    long startAt300 = -1;     // from there rather than from where the music begins; -1: no
+    long pictureDelayL = 0;    // milliseconds: CPictureDelays
+    long startAt300 = -1;      // from there rather than from where the music begins; -1: no
 };

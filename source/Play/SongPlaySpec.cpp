@@ -4,10 +4,10 @@
 #include <cmath>
 
 #include "Audio/CTimePitch.h"
-#include "Values/CCFPrefDictionary.h"
-#include "Meta/CDataTraits_Menus.h"
 #include "Library/CSongDatabase.h"
+#include "Meta/CDataTraits_Menus.h"
 #include "Meta/TempoSteps.h"
+#include "Values/CCFPrefDictionary.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include <QScrollArea>
 #include <QVBoxLayout>
 
-#include "App/LibraryVersions.h"
 #include "App/CApp.h"
+#include "App/LibraryVersions.h"
 #include "Widgets/CWindowPlace.h"
 #include "Widgets/QtText.h"
 

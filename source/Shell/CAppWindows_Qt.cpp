@@ -7,17 +7,17 @@
 #include <QScreen>
 #include <QWidget>
 
-#include "App/CTaskList.h"
 #include "App/CApp.h"
-#include "Widgets/CSleepInhibitor.h"
-#include "Widgets/CWindowPlace.h"
-#include "Widgets/QtText.h"
+#include "App/CTaskList.h"
 #include "Shell/VideoWindowMenu.h"
 #include "Shell/XActions.h"
 #include "Shell/XBrowserWindow.h"
-#include "Widgets/XLook.h"
 #include "Shell/XTasksWindow.h"
 #include "Shell/XVideoWindow.h"
+#include "Widgets/CSleepInhibitor.h"
+#include "Widgets/CWindowPlace.h"
+#include "Widgets/QtText.h"
+#include "Widgets/XLook.h"
 
 namespace {
 constexpr int kTasks_Milliseconds = 100;   // the eye follows no faster
@@ -126,7 +126,8 @@ void CAppWindows_Qt::CreateVideo(WindowKind kind) {
     AskGraphicsCard();
     auto window = std::make_unique<XVideoWindow>(static_cast<int>(kind), Ports(), i_card.Draws());
     XVideoWindow* const windowP = window.get();
-    windowP->setAttribute(Qt::WA_ShowWithoutActivating);   // it comes and goes with the songs; the keys stay where they are
+    windowP->setAttribute(
+        Qt::WA_ShowWithoutActivating);   // it comes and goes with the songs; the keys stay where they are
     windowP->setAccessibleName(kind == PREF_Wind_VIDEO ? "Video" : "Second video");
     windowP->setAccessibleDescription("The picture of the song");
     QObject::connect(windowP, &XVideoWindow::CloseAsked, windowP, [this, kind] {

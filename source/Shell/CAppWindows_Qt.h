@@ -1,9 +1,9 @@
 #pragma once
-#include <QPointer>
-#include <QTimer>
 #include <functional>
 #include <map>
 #include <memory>
+#include <QPointer>
+#include <QTimer>
 
 #include "App/CAppWindows.h"
 #include "Widgets/CGraphicsCard.h"

@@ -4,11 +4,12 @@
 #include <QList>
 #include <vector>
 
-#include "Values/CCFDictionary.h"
 #include "Shell/Commands.h"
+#include "Values/CCFDictionary.h"
 
 /** Which keys a command has: the factory's, or the user's. A key that two commands of meeting scopes have is a
-   conflict, and works for neither until one gives it up. Threads  main. */
+    conflict, and works for neither until one gives it up.
+    Threads  main. */
 class CKeyMap {
 public:
     using Keys = QList<QKeySequence>;

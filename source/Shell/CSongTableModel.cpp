@@ -4,8 +4,8 @@
 
 #include "Meta/CMeta_PLItem.h"
 #include "Meta/CMetaManager.h"
-#include "Widgets/QtText.h"
 #include "Shell/SongCells.h"
+#include "Widgets/QtText.h"
 #include "Widgets/XIcons.h"
 #include "Widgets/XLook.h"
 
@@ -168,7 +168,7 @@ void CSongTableModel::ShowRows(std::vector<PLItemID> rows) {
 namespace {
 
 /** The runs of `all` (from, to; ascending) that are not in `some`; nothing when there are too many for a view, or when
-   what is in both stands in another order. */
+    what is in both stands in another order. */
 std::optional<std::vector<std::pair<std::size_t, std::size_t>>> RunsBetween(const std::vector<PLItemID>& all,
                                                                             const std::vector<PLItemID>& some) {
     constexpr std::size_t kMostRuns = 64;

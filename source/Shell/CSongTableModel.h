@@ -8,9 +8,9 @@
 #include "Shell/CT_FilterRows.h"
 
 /** One list of the library as a table: a row for each item in the shown order, or for those that match a filter. It
-   keeps the ids of the rows and nothing else; a value is asked for when it is shown. What the library tells is gathered
-   until the messages of this turn are through, and becomes the least that the view must hear. Threads  main. Goes
-   before its database. */
+    keeps the ids of the rows and nothing else; a value is asked for when it is shown. What the library tells is
+    gathered until the messages of this turn are through, and becomes the least that the view must hear.
+    Threads  main. Goes before its database. */
 class CSongTableModel final : public QAbstractTableModel, private CListWatcher {
     Q_OBJECT
 public:
@@ -62,12 +62,12 @@ public:
     /** Rows of this list, which may be moved, but not in the order that is shown. */
     [[nodiscard]] bool IsRefusedBySort(const QMimeData& data) const;
     /** Puts dragged rows of any list in front of row `where` (from 1) of `list`; false when they are no rows, or may
-     * not go there. */
+        not go there. */
     static bool DropRows(CSongDatabase& database, const QMimeData& data, PlaylistID list, RowIndex where);
 
 signals:
     /** The rows change so much that the view starts anew; who wants to keep a selection saves it now, and sets it again
-     * after. */
+        after. */
     void AboutToReplace();
     void Replaced();
     /** The list's name, how many rows, of how many, and how long they last; or a sort began or ended. */

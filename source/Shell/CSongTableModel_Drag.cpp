@@ -71,7 +71,8 @@ bool CSongTableModel::canDropMimeData(const QMimeData* dataP, Qt::DropAction, in
 
 bool CSongTableModel::IsRefusedBySort(const QMimeData& data) const {
     const CPlayList* const listP = List();
-    if (listP == nullptr || data.hasUrls() || !listP->IsModifyable() || MainKey(listP->Spec()) == kUserOrder) return false;
+    if (listP == nullptr || data.hasUrls() || !listP->IsModifyable() || MainKey(listP->Spec()) == kUserOrder)
+        return false;
     const auto rows = ReadRows(data);
     return rows && rows->list == i_list;
 }

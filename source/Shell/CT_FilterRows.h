@@ -3,9 +3,9 @@
 #include <functional>
 #include <memory>
 
-#include "Threads/CT_Preemptive.h"
 #include "Library/CRowValues.h"
 #include "Shell/CTextFilter.h"
+#include "Threads/CT_Preemptive.h"
 
 /** Rows of a list to be looked through, and where their values are found. */
 struct FilterJob {
@@ -35,7 +35,7 @@ private:
 };
 
 /** Looks a list through for the rows that match, on a thread of its own. Nothing of the list is held between two
- * pieces. */
+    pieces. */
 class CT_FilterRows final : public CT_Preemptive {
 public:
     CT_FilterRows(FilterJob job, std::shared_ptr<CFilterResult> resultRef);

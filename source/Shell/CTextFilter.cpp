@@ -12,8 +12,7 @@ std::string FoldedByICU(std::string_view text, bool plainLettersB) {
     return (plainLettersB ? lower.WithoutDiacritics() : lower.Normalized(NormalForm::kC)).UTF8();
 }
 
-/** The letters up to U+024F, each folded by itself: what most texts with marks have, at a tenth of the library's time.
- */
+/** The letters up to U+024F, each folded by itself: what most texts with marks have, at a tenth of the library's time. */
 class LatinFolds {
 public:
     static constexpr std::size_t kFirst = 0x80, kEnd = 0x250;

@@ -4,7 +4,8 @@
 #include <vector>
 
 /** What a person typed to find a song: every word must be in the name or the artist, in any order, whatever the case
-   and, when wanted, whatever the marks on the letters. Threads  any; it does not change. */
+    and, when wanted, whatever the marks on the letters.
+    Threads  any; it does not change. */
 class CTextFilter {
 public:
     CTextFilter() = default;

@@ -14,15 +14,15 @@
 #include <QVBoxLayout>
 #include <utility>
 
-#include "App/CNotices.h"
 #include "App/CApp.h"
+#include "App/CNotices.h"
 #include "Platform/CFolders.h"
-#include "Widgets/FileDialog.h"
-#include "Widgets/QtText.h"
 #include "Shell/XBrowserWindow.h"
-#include "Widgets/XProgressWindow.h"
 #include "Shell/XQuestion.h"
 #include "Shell/XVideoWindow.h"
+#include "Widgets/FileDialog.h"
+#include "Widgets/QtText.h"
+#include "Widgets/XProgressWindow.h"
 
 namespace {
 

@@ -84,7 +84,7 @@ enum class CommandScope : std::uint8_t {
 enum class CommandGroup : std::uint8_t { kPlaying, kSound, kPicture, kSongs, kLists, kProgram };
 
 /** One line of the table from which the menus, the keys, the page that changes them and the sheet of shortcuts are
- * made. */
+    made. */
 struct CommandRow {
     Command command;
     CommandGroup group;

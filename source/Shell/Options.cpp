@@ -15,6 +15,8 @@ std::optional<Options> ReadOptions(std::span<const std::string> words) {
             options.askCardB = true;
         } else if (!onlyFilesB && (word == "--help" || word == "-h")) {
             options.helpB = true;
+        } else if (!onlyFilesB && word == "--version") {
+            options.versionB = true;
         } else if (!onlyFilesB && word == "--root" && n + 1 < words.size() && !words[n + 1].empty()) {
             options.root = words[++n];
         } else if ((!onlyFilesB && word.starts_with("-")) || word.empty()) {

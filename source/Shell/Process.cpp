@@ -6,14 +6,14 @@
 #include <cstdlib>
 #include <iostream>
 #include <QApplication>
+#include <QIcon>
 #include <QLocale>
 #include <QSurfaceFormat>
 
 #include "App/CAppWindows_None.h"
-#include "App/TVoplaApp.h"
 #include "App/CCrashReporter.h"
+#include "App/TVoplaApp.h"
 #include "Core/CLog.h"
-#include "Threads/CThreadManager.h"
 #include "Core/NumberForms.h"
 #include "Core/SuperString.h"
 #include "Platform/BesideShow.h"
@@ -22,9 +22,10 @@
 #include "Platform/CSecondInstance.h"
 #include "Platform/CUserInterface_Plain.h"
 #include "Shell/CAppWindows_Qt.h"
+#include "Shell/CUserInterface_Qt.h"
+#include "Threads/CThreadManager.h"
 #include "Widgets/CMainLoop_Qt.h"
 #include "Widgets/CSignalWatch.h"
-#include "Shell/CUserInterface_Qt.h"
 #include "Widgets/XLook.h"
 
 namespace {
@@ -92,6 +93,8 @@ int RunDesktop(const Options& options, CSecondInstance& instance, bool cleanB, i
     std::setlocale(LC_NUMERIC, "C");
     SetDecimalMark(QLocale().decimalPoint().toStdString());
     QApplication::setQuitOnLastWindowClosed(false);
+    QApplication::setDesktopFileName("org.vopla.Vopla");   // by which the desktop finds our name and icon
+    QApplication::setWindowIcon(QIcon::fromTheme("vopla"));
     const XLook look;
     CMainLoop_Qt loop;
     CUserInterface_Qt ui;

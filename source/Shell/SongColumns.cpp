@@ -2,8 +2,8 @@
 
 namespace {
 
-constexpr MetaKey kSong[] = {"name"_key, "arts"_key, "albm"_key, "trak"_key, "genr"_key, "cryr"_key, "drtn"_key,
-                             "stIx"_key};
+constexpr MetaKey kSong[] = {"name"_key, "arts"_key, "albm"_key, "trak"_key,
+                             "genr"_key, "cryr"_key, "drtn"_key, "stIx"_key};
 constexpr MetaKey kMore[] = {"SUBg"_key, "rdtn"_key, "Lang"_key, "gndr"_key, "Keyc"_key, "KeCH"_key, "bpm "_key,
                              "ORyr"_key, "cBak"_key, "cmmt"_key, "cust"_key, "keyw"_key, "Bio "_key};
 constexpr MetaKey kCredits[] = {"wrtr"_key, "swrt"_key, "cpsr"_key, "pbls"_key, "ORpb"_key, "cprt"_key};
@@ -14,8 +14,9 @@ constexpr MetaKey kMarks[] = {"colr"_key, "rtng"_key, "Duet"_key, "Expl"_key, "b
 constexpr MetaKey kFiles[] = {"Msng"_key, "Frmt"_key, "bRat"_key, "SIZE"_key, "Date"_key, "DAdd"_key, "soID"_key,
                               "Sfs0"_key, "Sfs1"_key, "Sfs2"_key, "Sfs5"_key, "Sf10"_key, "Sf11"_key};
 
-constexpr SongColumnGroup kGroups[] = {{"Song", kSong},        {"More of the Song", kMore}, {"Credits", kCredits},
-                                       {"How It Plays", kPlaying}, {"Marks", kMarks},       {"Files", kFiles}};
+constexpr SongColumnGroup kGroups[] = {{"Song", kSong},       {"More of the Song", kMore},
+                                       {"Credits", kCredits}, {"How It Plays", kPlaying},
+                                       {"Marks", kMarks},     {"Files", kFiles}};
 
 }   // namespace
 

@@ -8,14 +8,14 @@
 #include <QMenu>
 #include <QStandardPaths>
 
-#include "App/CBreakScreen.h"
 #include "App/CApp.h"
+#include "App/CBreakScreen.h"
 #include "Shell/CAppWindows_Qt.h"
 #include "Shell/Commands.h"
+#include "Shell/XVideoWindow.h"
 #include "Widgets/DisplayAbilities.h"
 #include "Widgets/FileDialog.h"
 #include "Widgets/QtText.h"
-#include "Shell/XVideoWindow.h"
 
 namespace {
 
@@ -79,7 +79,8 @@ void AddBreakPicture(QMenu& menu, XVideoWindow& window) {
     QObject::connect(chooseP, &QAction::triggered, &window, [&window] { ChooseBreakPicture(window, gApp->Prefs()); });
     QAction* const noneP = menu.addAction(Words("&No Picture Between Songs"));
     noneP->setEnabled(!gApp->Prefs().GetString(kBreak_PreferenceZ).Empty());
-    QObject::connect(noneP, &QAction::triggered, &window, [] { gApp->Prefs().Set(kBreak_PreferenceZ, CCFValue(SuperString())); });
+    QObject::connect(noneP, &QAction::triggered, &window,
+                     [] { gApp->Prefs().Set(kBreak_PreferenceZ, CCFValue(SuperString())); });
 }
 
 }   // namespace

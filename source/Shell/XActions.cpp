@@ -17,8 +17,8 @@
 #include <QToolButton>
 #include <QWidget>
 
-#include "Widgets/XSeekBar.h"
 #include "Shell/XVideoWindow.h"
+#include "Widgets/XSeekBar.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <QMenuBar>
 
 #include "Play/CPlayControl.h"
-#include "Widgets/QtText.h"
 #include "Shell/XActions.h"
+#include "Widgets/QtText.h"
 
 XBrowserMenus::XBrowserMenus(QMainWindow& window, XActions& actions, const CPlayControl& play)
     : QObject(&window), i_actions(actions), i_play(play) {
@@ -23,12 +23,17 @@ XBrowserMenus::XBrowserMenus(QMainWindow& window, XActions& actions, const CPlay
     QMenu* const fileP = add(
         tr("&File"), {kOpenFiles, kOpenFolder, kLine, kNewList, kRenameList, kDeleteList, kLine, kPreferences, kLine});
     fileP->addAction(&i_actions.Get(kQuit));
-    add(tr("&Songs"), {kPlaySelected, kPlayNext, kAddToList, kLine, kCopy, kPaste, kEditCell, kLine, kFind, kShowPlaying,
-                       kShowUserOrder, kUserOrder, kLine, kReveal, kConformNames, kZip, kUnzip, kLine, kFindMissing,
-                       kLocateMissing, kRemoveDuplicates, kLine, kRemoveFromList, kRemoveFromLibrary,
+    add(tr("&Songs"), {kPlaySelected,  kPlayNext,       kAddToList,
+                       kLine,          kCopy,           kPaste,
+                       kEditCell,      kLine,           kFind,
+                       kShowPlaying,   kShowUserOrder,  kUserOrder,
+                       kLine,          kReveal,         kConformNames,
+                       kZip,           kUnzip,          kLine,
+                       kFindMissing,   kLocateMissing,  kRemoveDuplicates,
+                       kLine,          kRemoveFromList, kRemoveFromLibrary,
                        kTrashOriginals});
-    add(tr("&Play"), {kPlayPause, kStop, kRewind, kLine, kPrevious, kNext, kGoBack, kLine, kSeekBack, kSeekForward, kSeekBackFar,
-                      kSeekForwardFar});
+    add(tr("&Play"), {kPlayPause, kStop, kRewind, kLine, kPrevious, kNext, kGoBack, kLine, kSeekBack, kSeekForward,
+                      kSeekBackFar, kSeekForwardFar});
     add(tr("S&ound"), {kVolumeUp, kVolumeDown, kMute, kOneLevel, kLine, kPitchUp, kPitchDown, kPitchReset, kLine,
                        kTempoUp, kTempoDown, kTempoReset, kLine, kVocalNext});
     QMenu* const pictureP = add(tr("P&icture"), {kFullScreen});

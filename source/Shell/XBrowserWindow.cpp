@@ -11,18 +11,13 @@
 #include <QVBoxLayout>
 
 #include "App/CAlerts.h"
-#include "Values/CPreferences.h"
 #include "Core/SizeForms.h"
-#include "SongFiles/CLibraryCommands.h"
 #include "Meta/CMetaManager.h"
 #include "Play/CPlayControl.h"
 #include "Shell/AboutBox.h"
 #include "Shell/CSongTableModel.h"
-#include "Widgets/QtText.h"
 #include "Shell/XActions.h"
 #include "Shell/XBrowserMenus.h"
-#include "Widgets/XElidedLabel.h"
-#include "Widgets/XIcons.h"
 #include "Shell/XNoticeBar.h"
 #include "Shell/XNoticesWindow.h"
 #include "Shell/XOutputPanel.h"
@@ -33,6 +28,11 @@
 #include "Shell/XSourceList.h"
 #include "Shell/XTasksButton.h"
 #include "Shell/XTransport.h"
+#include "SongFiles/CLibraryCommands.h"
+#include "Values/CPreferences.h"
+#include "Widgets/QtText.h"
+#include "Widgets/XElidedLabel.h"
+#include "Widgets/XIcons.h"
 #include "Widgets/XValueLabel.h"
 
 namespace {
@@ -433,15 +433,15 @@ void XBrowserWindow::PlayItem(PLItemID item, long confirmModeL) {
     const auto row = listP == nullptr || item == SDB_kNoItem ? std::nullopt : listP->Items()->Get(item);
     if (!row) return;
     // When the answer comes another list may be shown, and the row be another song's.
-    i_setup.ifInterruptible(confirmModeL, [self = QPointer<XBrowserWindow>(this), list = listP->ID(), item,
-                                           target = row->target] {
-        CPlayList* const thenP = self.isNull() ? nullptr : self->i_setup.database.GetPlayList(list);
-        const auto now = thenP == nullptr ? std::nullopt : thenP->Items()->Get(item);
-        if (!now || !(now->target == target)) return;
-        thenP->SetSelectedItem(item);
-        self->i_begunItem = item;
-        (void)self->i_setup.play.Play(list, item);   // tells its own failure
-    });
+    i_setup.ifInterruptible(
+        confirmModeL, [self = QPointer<XBrowserWindow>(this), list = listP->ID(), item, target = row->target] {
+            CPlayList* const thenP = self.isNull() ? nullptr : self->i_setup.database.GetPlayList(list);
+            const auto now = thenP == nullptr ? std::nullopt : thenP->Items()->Get(item);
+            if (!now || !(now->target == target)) return;
+            thenP->SetSelectedItem(item);
+            self->i_begunItem = item;
+            (void)self->i_setup.play.Play(list, item);   // tells its own failure
+        });
 }
 
 void XBrowserWindow::PlaySelected(long confirmModeL) {

@@ -41,7 +41,7 @@ struct BrowserSetup {
     CPreferences& prefs;
     CLibraryCommands& commands;
     CNotices& notices;
-    CGraphicsPorts* portsP = nullptr;                                     // of the preview; null leaves it out
+    CGraphicsPorts* portsP = nullptr;   // of the preview; null leaves it out
     /** CApp::ConfirmManualSongChange. */
     std::function<void(long, std::function<void()>)> ifInterruptible = [](long, const auto& then) { then(); };
 };
@@ -145,8 +145,8 @@ private:
     XElidedLabel* i_listNameP = nullptr;
     QWidget* i_previewP = nullptr;   // null without a picture to show
     XBrowserMenus* i_menusP = nullptr;
-    QSplitter* i_sideP = nullptr;    // the lists over the preview
-    QBoxLayout* i_barP = nullptr;    // the list's name and the search
+    QSplitter* i_sideP = nullptr;   // the lists over the preview
+    QBoxLayout* i_barP = nullptr;   // the list's name and the search
     QSplitter* i_splitterP = nullptr;
     QPointer<XPreferencesWindow> i_preferencesP;
     QPointer<XNoticesWindow> i_noticeListP;

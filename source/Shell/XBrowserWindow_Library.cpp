@@ -5,20 +5,20 @@
 
 #include "App/CAlerts.h"
 #include "Core/CLog.h"
-#include "Values/CPreferences.h"
-#include "Zip/CZipSongMembers.h"
 #include "Core/FaultText.h"
-#include "SongFiles/AddFilesToLibrary.h"
-#include "SongFiles/CLibraryCommands.h"
 #include "Platform/CFolders.h"
 #include "Play/CPlayControl.h"
 #include "Shell/CSongTableModel.h"
-#include "Widgets/FileDialog.h"
-#include "Widgets/QtText.h"
 #include "Shell/XActions.h"
 #include "Shell/XBrowserWindow.h"
 #include "Shell/XSongTable.h"
 #include "Shell/XSourceList.h"
+#include "SongFiles/AddFilesToLibrary.h"
+#include "SongFiles/CLibraryCommands.h"
+#include "Values/CPreferences.h"
+#include "Widgets/FileDialog.h"
+#include "Widgets/QtText.h"
+#include "Zip/CZipSongMembers.h"
 
 namespace {
 constexpr const char* kAddFrom_PreferenceZ = "Add Files Folder";   // where the user added from the last time
@@ -28,8 +28,11 @@ constexpr struct {
     const char* titleZ;
     bool zipB, audioB, graphicsB, videoB;
 } kFile_Kinds[] = {
-    {"Songs", true, true, true, true},     {"Sound", false, true, false, false}, {"CD+G graphics", false, false, true, false},
-    {"Videos", false, false, false, true}, {"Zips", true, false, false, false},
+    {"Songs", true, true, true, true},
+    {"Sound", false, true, false, false},
+    {"CD+G graphics", false, false, true, false},
+    {"Videos", false, false, false, true},
+    {"Zips", true, false, false, false},
 };
 
 QStringList SongFileFilters(bool midiB) {
@@ -96,8 +99,8 @@ void XBrowserWindow::AddFiles(const QStringList& paths, PlaylistID list, RowInde
                 for (const SongID song : added.songs) items.push_back({song});
                 if (!items.empty()) listP->AddItemVec(std::move(items), where);
             }
-            window.SetStatus(added.newL == 1   ? tr("1 new song")
-                             : added.newL > 1  ? tr("%1 new songs").arg(added.newL)
+            window.SetStatus(added.newL == 1       ? tr("1 new song")
+                             : added.newL > 1      ? tr("%1 new songs").arg(added.newL)
                              : added.songs.empty() ? QString()
                                                    : tr("In the library already"));
             if (added.songs.size() == 1) window.ShowAdded(added.songs.front());

@@ -3,17 +3,17 @@
 #include <QClipboard>
 #include <QMimeData>
 
-#include "SongFiles/CLibraryCommands.h"
 #include "Meta/CMetaManager.h"
 #include "Play/CPlayControl.h"
 #include "Shell/CSongTableModel.h"
 #include "Shell/FileDrop.h"
-#include "Widgets/QtText.h"
 #include "Shell/RowClipboard.h"
 #include "Shell/XActions.h"
 #include "Shell/XBrowserWindow.h"
 #include "Shell/XListPicker.h"
 #include "Shell/XSongTable.h"
+#include "SongFiles/CLibraryCommands.h"
+#include "Widgets/QtText.h"
 
 namespace {
 
@@ -63,11 +63,12 @@ void XBrowserWindow::PlayNext() {
     if (songs.empty()) return;
     CPlayControl& play = i_setup.play;
     if (play.State() == PlayState::kIdle)
-        return SetStatus(tr("Nothing plays: %1 plays a song at once.").arg(KeysText(i_keys.KeysOf(Command::kPlaySelected))));
+        return SetStatus(
+            tr("Nothing plays: %1 plays a song at once.").arg(KeysText(i_keys.KeysOf(Command::kPlaySelected))));
     CPlayList* listP = i_setup.database.GetPlayList(play.CurrentList());
     PLItemID playing = play.CurrentItem();
-    const bool placeB = listP != nullptr && listP->IsModifyable() && MainKey(listP->Spec()) == kMyOrder &&
-                        playing != SDB_kNoItem;
+    const bool placeB =
+        listP != nullptr && listP->IsModifyable() && MainKey(listP->Spec()) == kMyOrder && playing != SDB_kNoItem;
     if (!placeB) {
         // The library, and a list in a sorted order, have no place behind a row: the show goes on in a list that has.
         if (Number(play.CurrentSong()) <= 0) return SetStatus(tr("The song that plays is no longer in the library."));
@@ -84,10 +85,9 @@ void XBrowserWindow::PlayNext() {
         (void)listP->AddItemVec(RowsOf(songs), behind);
     }
     const CSong* const firstP = i_setup.database.GetSong(songs.front());
-    SetStatus(songs.size() > 1 ? tr("%1 songs play next, in “%2”.").arg(songs.size()).arg(QtText(listP->Name()))
-              : firstP == nullptr
-                  ? QString()
-                  : tr("“%1” plays next, in “%2”.").arg(QtText(firstP->Name()), QtText(listP->Name())));
+    SetStatus(songs.size() > 1    ? tr("%1 songs play next, in “%2”.").arg(songs.size()).arg(QtText(listP->Name()))
+              : firstP == nullptr ? QString()
+                                  : tr("“%1” plays next, in “%2”.").arg(QtText(firstP->Name()), QtText(listP->Name())));
 }
 
 void XBrowserWindow::AddToList() {
@@ -139,7 +139,8 @@ void XBrowserWindow::Paste() {
     CPlayList* const listP = i_model->List();
     if (dataP == nullptr || listP == nullptr) return;
     if (const auto songs = CopiedSongs(i_setup.database, *dataP); songs) {
-        if (!listP->IsModifyable()) return SetStatus(tr("The library has these songs: choose a list of yours for them."));
+        if (!listP->IsModifyable())
+            return SetStatus(tr("The library has these songs: choose a list of yours for them."));
         (void)listP->AddItemVec(RowsOf(*songs), RowBehindSelection());
         return SetStatus(songs->size() == 1 ? tr("1 song pasted.") : tr("%1 songs pasted.").arg(songs->size()));
     }

@@ -119,7 +119,8 @@ XKeysPage::XKeysPage(CKeyMap map)
     }
     i_treeP->setCurrentItem(i_treeP->topLevelItem(0));
     ShowRows();
-    if (XLook* const lookP = XLook::Get(); lookP != nullptr) connect(lookP, &XLook::Changed, this, &XKeysPage::ShowRows);
+    if (XLook* const lookP = XLook::Get(); lookP != nullptr)
+        connect(lookP, &XLook::Changed, this, &XKeysPage::ShowRows);
 }
 
 QTreeWidgetItem* XKeysPage::Selected() const { return i_treeP->currentItem(); }

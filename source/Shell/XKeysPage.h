@@ -8,7 +8,8 @@ class QTreeWidget;
 class QTreeWidgetItem;
 
 /** The commands with their keys: a key is pressed to give it to a command, and what would be in conflict is said before
-   and marked after. Threads  main. Works on a map of its own and tells of each change. */
+    and marked after.
+    Threads  main. Works on a map of its own and tells of each change. */
 class XKeysPage final : public QWidget {
     Q_OBJECT
 public:

@@ -8,9 +8,9 @@
 #include <utility>
 
 #include "Platform/CClock.h"
+#include "Shell/XActions.h"
 #include "Widgets/ActionButton.h"
 #include "Widgets/QtText.h"
-#include "Shell/XActions.h"
 #include "Widgets/XElidedLabel.h"
 
 namespace {

@@ -9,7 +9,8 @@ class XActions;
 class XElidedLabel;
 
 /** The latest notice that was not read, with the number of the others, beneath what the user works with: no row moves
-    when it comes, and it takes neither the focus nor the keys. Hidden while all is read. Threads  main. */
+    when it comes, and it takes neither the focus nor the keys. Hidden while all is read.
+    Threads  main. */
 class XNoticeBar final : public QFrame {
     Q_OBJECT
 public:

@@ -10,9 +10,9 @@
 #include <QVBoxLayout>
 
 #include "Platform/CClock.h"
+#include "Shell/XNoticeBar.h"
 #include "Widgets/CWindowPlace.h"
 #include "Widgets/QtText.h"
-#include "Shell/XNoticeBar.h"
 
 namespace {
 constexpr int kNotice_Role = Qt::UserRole;

@@ -10,9 +10,9 @@
 #include <QSpinBox>
 #include <QVBoxLayout>
 
-#include "Values/CPreferences.h"
 #include "Play/CPictureDelays.h"
 #include "Play/CPlayControl.h"
+#include "Values/CPreferences.h"
 #include "Widgets/QtText.h"
 
 namespace {

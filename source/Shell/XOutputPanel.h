@@ -12,7 +12,8 @@ class QVBoxLayout;
 
 /** Where the sound goes, and how much later the picture is shown for that device: what plays by radio or through a
     television is heard late. Both hold at once. The machine is asked for its devices on a worker; until it answers, the
-    one that is chosen stands alone. Threads  main. Goes before its play control. */
+    one that is chosen stands alone.
+    Threads  main. Goes before its play control. */
 class XOutputPanel final : public QWidget, private CPlayWatcher {
     Q_OBJECT
 public:

@@ -1,8 +1,8 @@
 #pragma once
 #include <functional>
+#include <QScrollArea>
 #include <span>
 #include <vector>
-#include <QScrollArea>
 
 class CPreferences;
 class QFormLayout;
@@ -17,7 +17,7 @@ struct PreferenceRow {
     double low = 0, high = 0, step = 1, scale = 1;
     int decimals = 0;
     const char* unitZ = "";
-    bool onB = false;               // a switch that is not stored
+    bool onB = false;                            // a switch that is not stored
     std::span<const char* const> choices = {};   // words for the numbers from 0 on
 };
 

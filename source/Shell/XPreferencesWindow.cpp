@@ -10,19 +10,19 @@
 #include <QVBoxLayout>
 
 #include "App/CBreakScreen.h"
-#include "Values/CPreferences.h"
 #include "Play/CPlayControl.h"
+#include "Shell/VideoWindowMenu.h"
+#include "Shell/XActions.h"
+#include "Shell/XKeysPage.h"
+#include "Shell/XOutputPanel.h"
+#include "Shell/XPreferencePage.h"
+#include "Values/CPreferences.h"
 #include "Widgets/CGraphicsCard.h"
 #include "Widgets/CWindowPlace.h"
 #include "Widgets/DisplayAbilities.h"
 #include "Widgets/QtText.h"
-#include "Shell/VideoWindowMenu.h"
-#include "Shell/XActions.h"
 #include "Widgets/XElidedLabel.h"
-#include "Shell/XKeysPage.h"
 #include "Widgets/XLook.h"
-#include "Shell/XOutputPanel.h"
-#include "Shell/XPreferencePage.h"
 
 namespace {
 
@@ -59,15 +59,18 @@ constexpr PreferenceRow kVideoDuring[] = {
 constexpr const char* kDrawings[] = {"The graphics card, if there is one", "The processor", "OpenGL"};
 constexpr PreferenceRow kVideoPicture[] = {
     {"Use hq4x upscaling (fast computers only)", nullptr, "Smooth letters on a large screen; from the next song on."},
-    {.keyZ = CGraphicsCard::kPreferenceZ, .labelZ = "Drawn by", .wordsZ = "From the next start on.", .choices = kDrawings},
+    {.keyZ = CGraphicsCard::kPreferenceZ,
+     .labelZ = "Drawn by",
+     .wordsZ = "From the next start on.",
+     .choices = kDrawings},
 };
 
 constexpr PreferenceRow kOneLevel = {"Play all songs at one level", nullptr,
                                      "A song is measured when it comes next, or plays for the first time."};
 constexpr PreferenceRow kSound[] = {
     {.labelZ = "Auto-cue"},
-    {"Auto Cue Threshold (0..1) (smaller is more sensitive)", "Music begins at", "Of the full level; smaller is earlier.",
-     0.0001, 0.5, 0.001, 1, 4},
+    {"Auto Cue Threshold (0..1) (smaller is more sensitive)", "Music begins at",
+     "Of the full level; smaller is earlier.", 0.0001, 0.5, 0.001, 1, 4},
     {"Auto Cue rollback (seconds)", "Start before it by", nullptr, 0, 5, 0.1, 1, 2, " s"},
     {.labelZ = "Output"},
     {"Pre-Fetched Audio Blocks (must be > 2)", "Blocks ahead of the device",
@@ -96,7 +99,10 @@ constexpr PreferenceRow kLibrary[] = {
 constexpr const char* kLooks[] = {"Like the desktop", "Dark", "Light"};
 constexpr const char* kTimes[] = {"How long the song has played", "What is left of it"};
 constexpr PreferenceRow kLook[] = {
-    {.keyZ = XLook::kPreferenceZ, .labelZ = "Look", .wordsZ = "Of the windows; not of the pictures.", .choices = kLooks},
+    {.keyZ = XLook::kPreferenceZ,
+     .labelZ = "Look",
+     .wordsZ = "Of the windows; not of the pictures.",
+     .choices = kLooks},
     {"Show Artwork Panel", "Preview", "In the main window: what the room sees, or the cover of the song."},
     {.keyZ = "Time display: (0=elapsed, 1=remain)", .labelZ = "The time that stands out", .choices = kTimes},
     {"Browser Font Size", "Text of the lists", "In points.", 8, 32, 1, 1, 0, " pt"},
@@ -129,7 +135,8 @@ XPreferencesWindow::XPreferencesWindow(CPreferences& prefs, CPlayControl& play, 
     columnP->addWidget(buttonsP);
     buttonsP->setContentsMargins(0, 0, 16, 0);
     i_tabsP->setCurrentIndex(i_prefs.GetLong(kPage_PreferenceZ, 0));   // where the user was the last time
-    connect(i_tabsP, &QTabWidget::currentChanged, this, [this](int page) { i_prefs.Set(kPage_PreferenceZ, CCFValue(page)); });
+    connect(i_tabsP, &QTabWidget::currentChanged, this,
+            [this](int page) { i_prefs.Set(kPage_PreferenceZ, CCFValue(page)); });
     resize(720, 640);
     (void)CWindowPlace::Of(*this);   // it fits the display with its frame
 }
@@ -240,5 +247,6 @@ void XPreferencesWindow::MakeKeys() {
 void XPreferencesWindow::changeEvent(QEvent* eventP) {
     QDialog::changeEvent(eventP);
     if (eventP->type() != QEvent::ActivationChange || !isActiveWindow()) return;
-    for (XPreferencePage* const pageP : i_pages) pageP->ShowValues();   // the video window's menu sets some of them, too
+    for (XPreferencePage* const pageP : i_pages)
+        pageP->ShowValues();   // the video window's menu sets some of them, too
 }

@@ -6,8 +6,8 @@
 #include <QScrollArea>
 #include <QVBoxLayout>
 
-#include "Widgets/CWindowPlace.h"
 #include "Shell/XActions.h"
+#include "Widgets/CWindowPlace.h"
 #include "Widgets/XLook.h"
 
 namespace {

@@ -4,7 +4,9 @@
 class CSongTableModel;
 
 /** Editors of the cells: a text field, or the menu of a key. The mark of the row that plays stands in front of its
-   name. Owner    the table. Threads  main. */
+    name.
+    Owner    the table.
+    Threads  main. */
 class XSongDelegate final : public QStyledItemDelegate {
     Q_OBJECT
 public:

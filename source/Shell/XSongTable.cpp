@@ -9,14 +9,14 @@
 #include <QPainter>
 #include <QScrollBar>
 
-#include "Values/CPreferences.h"
 #include "Meta/CMetaManager.h"
 #include "Shell/FileDrop.h"
-#include "Widgets/QtText.h"
 #include "Shell/SongColumns.h"
 #include "Shell/XActions.h"
-#include "Widgets/XLook.h"
 #include "Shell/XSongDelegate.h"
+#include "Values/CPreferences.h"
+#include "Widgets/QtText.h"
+#include "Widgets/XLook.h"
 
 namespace {
 

@@ -8,7 +8,8 @@ class CPreferences;
 class XActions;
 
 /** The songs of a list: columns chosen by a menu over the header, a click on it sorts, cells are edited in place, rows
-   and files are dragged. Keeps the selection by the ids of its rows when the table starts anew. Threads  main. */
+    and files are dragged. Keeps the selection by the ids of its rows when the table starts anew.
+    Threads  main. */
 class XSongTable final : public QTableView {
     Q_OBJECT
 public:

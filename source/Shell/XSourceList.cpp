@@ -10,8 +10,8 @@
 
 #include "Shell/CSongTableModel.h"
 #include "Shell/FileDrop.h"
-#include "Widgets/QtText.h"
 #include "Shell/XActions.h"
+#include "Widgets/QtText.h"
 #include "Widgets/XIcons.h"
 #include "Widgets/XLook.h"
 

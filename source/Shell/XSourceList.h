@@ -7,7 +7,8 @@
 class XActions;
 
 /** The column of lists: the library, then the others in their order. A name is edited in place; rows and files are
-   dropped on it. Threads  main. Goes before its database. */
+    dropped on it.
+    Threads  main. Goes before its database. */
 class XSourceList final : public QListWidget, private CListWatcher {
     Q_OBJECT
 public:
@@ -36,8 +37,7 @@ protected:
     void contextMenuEvent(QContextMenuEvent* eventP) override;
     void keyboardSearch(const QString& text) override { emit Typed(text); }
     /** The list that has the keys is always the marked one: Del never means another. */
-    QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index,
-                                                         const QEvent* eventP) const override;
+    QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index, const QEvent* eventP) const override;
     void focusInEvent(QFocusEvent* eventP) override;
     void focusOutEvent(QFocusEvent* eventP) override;
 

@@ -1,7 +1,7 @@
 #include "Shell/XTasksButton.h"
 
-#include "Widgets/ActionButton.h"
 #include "Shell/XTasksWindow.h"
+#include "Widgets/ActionButton.h"
 
 namespace {
 constexpr int kLate_Milliseconds = 500;

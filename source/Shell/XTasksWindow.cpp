@@ -22,9 +22,9 @@ QString TaskTitle(const TaskRow& row) {
 }
 
 int TaskShare(const TaskRow& row) {
-    return row.totalL <= 0 ? -1
-                           : static_cast<int>(static_cast<double>(row.doneL) / static_cast<double>(row.totalL) *
-                                              kShare_Whole);
+    return row.totalL <= 0
+               ? -1
+               : static_cast<int>(static_cast<double>(row.doneL) / static_cast<double>(row.totalL) * kShare_Whole);
 }
 
 /** One task. */
@@ -55,10 +55,10 @@ public:
     void Show(const TaskRow& row) {
         const QString title = TaskTitle(row);
         i_titleP->setText(title);
-        const QString steps = row.totalL > 0
-                                  ? tr("%1 of %2").arg(QLocale().toString(static_cast<qlonglong>(row.doneL)),
-                                                       QLocale().toString(static_cast<qlonglong>(row.totalL)))
-                                  : QString();
+        const QString steps = row.totalL > 0 ? tr("%1 of %2")
+                                                   .arg(QLocale().toString(static_cast<qlonglong>(row.doneL)),
+                                                        QLocale().toString(static_cast<qlonglong>(row.totalL)))
+                                             : QString();
         i_textP->SetText(row.cancelledB ? tr("Ending…") : row.text.empty() ? steps : QtText(row.text));
         const int share = TaskShare(row);
         i_barP->setRange(0, share < 0 ? 0 : kShare_Whole);

@@ -11,9 +11,9 @@
 
 #include "Library/CSongDatabase.h"
 #include "Play/CPlayControl.h"
+#include "Shell/XActions.h"
 #include "Widgets/ActionButton.h"
 #include "Widgets/QtText.h"
-#include "Shell/XActions.h"
 #include "Widgets/XElidedLabel.h"
 #include "Widgets/XIcons.h"
 #include "Widgets/XSeekBar.h"
@@ -165,7 +165,8 @@ void XTransport::Arrange() {
         timeP->style()->polish(timeP);   // the style sheet looks at the property
     }
     i_titleP->setAlignment(i_lowB ? Qt::AlignLeft | Qt::AlignVCenter : Qt::AlignHCenter | Qt::AlignBottom);
-    for (QWidget* const partP : std::initializer_list<QWidget*>{i_elapsedP, i_namesP, i_leftP}) i_topP->removeWidget(partP);
+    for (QWidget* const partP : std::initializer_list<QWidget*>{i_elapsedP, i_namesP, i_leftP})
+        i_topP->removeWidget(partP);
     i_topP->removeWidget(i_seekP);
     i_columnP->removeWidget(i_seekP);
     if (i_lowB) {
@@ -185,7 +186,9 @@ void XTransport::resizeEvent(QResizeEvent* eventP) {
     QWidget::resizeEvent(eventP);
     // What gives way first stands first; the menus have its commands.
     QWidget* const groups[] = {i_slipP, i_vocalGroupP, i_tempoP, i_pitchP};
-    const auto widthOf = [this](const QWidget* groupP) { return groupP->minimumSizeHint().width() + i_bottomP->spacing(); };
+    const auto widthOf = [this](const QWidget* groupP) {
+        return groupP->minimumSizeHint().width() + i_bottomP->spacing();
+    };
     const QMargins margins = i_columnP->contentsMargins();
     int room = width() - margins.left() - margins.right() - i_bottomP->minimumSize().width();
     for (const QWidget* const groupP : groups)
@@ -384,9 +387,7 @@ void XTransport::SettingsChanged() {
     i_oneLevelP->setChecked(i_play.IsOneLevel());
 }
 
-void XTransport::GoBackChanged() {
-    i_actions.Get(Command::kGoBack).setEnabled(i_play.InterruptedSong().has_value());
-}
+void XTransport::GoBackChanged() { i_actions.Get(Command::kGoBack).setEnabled(i_play.InterruptedSong().has_value()); }
 
 void XTransport::ShowSlip() {
     const double slipT = i_play.State() == PlayState::kIdle ? 0 : i_play.SlipT();

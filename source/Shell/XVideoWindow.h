@@ -13,8 +13,9 @@ class CGraphicsPorts;
 class XCardSurface;
 
 /** A window the room looks at: its port, all over it. A double click changes to full screen and back, and so do the
-   keys of the commands that were attached to it. In full screen the pointer hides when it rests. With a graphics card its
-   port is drawn on a surface that lies over it; a window that is seen through paints by itself. Threads  main. */
+    keys of the commands that were attached to it. In full screen the pointer hides when it rests. With a graphics card
+    its port is drawn on a surface that lies over it; a window that is seen through paints by itself.
+    Threads  main. */
 class XVideoWindow final : public QWidget, public CPortView, public CPortWindow {
     Q_OBJECT
 public:

@@ -1,16 +1,17 @@
 #include "SongFiles/AddFilesToLibrary.h"
 
 #include "Core/CLog.h"
-#include "Threads/WaitMode.h"
 #include "Library/CSongDatabase.h"
 #include "SongFiles/CT_AddFiles.h"
+#include "Threads/WaitMode.h"
 
 std::string AddedFiles::RefusedText() const {
     constexpr std::size_t kMostShown = 10;
     std::string text;
     for (std::size_t n = 0; n < std::min(refused.size(), kMostShown); ++n)
         text += refused[n].path.filename().string() + ": " + refused[n].Reason() + "\n";
-    if (refused.size() > kMostShown) text += "and " + std::to_string(refused.size() - kMostShown) + " more, see the log\n";
+    if (refused.size() > kMostShown)
+        text += "and " + std::to_string(refused.size() - kMostShown) + " more, see the log\n";
     return text;
 }
 

@@ -3,8 +3,8 @@
 #include <set>
 #include <string>
 
-#include "Threads/CMutex.h"
 #include "Library/LibraryIDs.h"
+#include "Threads/CMutex.h"
 
 /** The songs whose files somebody is packing, unpacking or moving right now: one at a time for each.
     Threads  any.

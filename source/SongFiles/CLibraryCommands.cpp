@@ -9,17 +9,17 @@
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
 #include "Files/FileURL.h"
-#include "Threads/ThreadInfo.h"
-#include "Threads/WaitMode.h"
 #include "Library/CSongDatabase.h"
+#include "Library/SongFileTypes.h"
+#include "Platform/BesideShow.h"
 #include "SongFiles/CT_ConformNames.h"
 #include "SongFiles/CT_FindMissing.h"
 #include "SongFiles/CT_PurgeCache.h"
 #include "SongFiles/CT_TrashSongs.h"
 #include "SongFiles/CT_UnzipSongs.h"
-#include "Library/SongFileTypes.h"
 #include "SongFiles/ZipSongs.h"
-#include "Platform/BesideShow.h"
+#include "Threads/ThreadInfo.h"
+#include "Threads/WaitMode.h"
 
 namespace {
 
@@ -59,8 +59,8 @@ OSErr CLibraryCommands::Asked(const std::function<void(std::function<void(const 
         bool laterB = false;
     };
     const auto course = std::make_shared<Course>();
-    ask([course, selfRef = std::weak_ptr(i_selfRef)](const Work& work) {
-        if (selfRef.expired()) return;   // the application is ending
+    ask([course, self = i_self.Handle()](const Work& work) {
+        if (self.Get() == nullptr) return;   // the application is ending
         const OSErr err = work ? work() : userCanceledErr;
         if (!course->laterB)
             course->err = err;
@@ -203,7 +203,8 @@ OSErr CLibraryCommands::DeletePlaylist(PlaylistID list) {
 
 CPlayList* CLibraryCommands::FindNamed(const SuperString& name, PlaylistID except) const {
     for (CPlayList* const listP : i_database.PlayLists())
-        if (listP->Type() == kSourceDB_PLAYLIST && listP->ID() != except && listP->Name().EqualNoCase(name)) return listP;
+        if (listP->Type() == kSourceDB_PLAYLIST && listP->ID() != except && listP->Name().EqualNoCase(name))
+            return listP;
     return nullptr;
 }
 
@@ -218,7 +219,8 @@ OSErr CLibraryCommands::RenamePlaylist(PlaylistID list, const SuperString& name)
 CPlayList& CLibraryCommands::NewPlaylist(const std::string& wish) {
     const std::string base = wish.empty() ? GetSourceName(kSourceDB_PLAYLIST) : wish;
     std::string name = base;
-    for (int numberL = 2; FindNamed(SuperString(name)) != nullptr; ++numberL) name = base + " " + std::to_string(numberL);
+    for (int numberL = 2; FindNamed(SuperString(name)) != nullptr; ++numberL)
+        name = base + " " + std::to_string(numberL);
     return i_database.AddPlaylist(kSourceDB_PLAYLIST, SuperString(name));
 }
 

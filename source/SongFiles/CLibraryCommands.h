@@ -4,12 +4,13 @@
 #include <span>
 #include <vector>
 
-#include "Values/CCFDictionary.h"
 #include "Library/CPlayListItem.h"
+#include "Library/SDB_Selection.h"
 #include "SongFiles/CSongUnpacker.h"
 #include "SongFiles/CSongZipper.h"
 #include "SongFiles/LibraryDialogs.h"
-#include "Library/SDB_Selection.h"
+#include "Threads/CHandle.h"
+#include "Values/CCFDictionary.h"
 
 class CPlayList;
 class CSong;
@@ -17,7 +18,7 @@ class CSongDatabase;
 
 /** The commands of the library that a user chooses from a menu: each asks what must be asked, shows how far it is, and
    does the work on the disc by a task. A question stands beside the show, so what it is about may go before the answer:
-   ids are kept, not lists.
+    ids are kept, not lists.
     Threads  main.
     Owner    the application's library.
     Errors   userCanceledErr when the user does not want it; what the work says. noErr, too, while a question stands: what
@@ -37,7 +38,7 @@ public:
     OSErr TrashOriginals(const SDB_Selection& selection, Done done = {});
     enum class WarnLast : bool { kNo, kYes };
     /** Rows of a playlist leave it; of the library's list, their songs leave the library. Asks when one of them plays,
-       and stops it first; and, when that is wanted, before a playlist gets empty. */
+        and stops it first; and, when that is wanted, before a playlist gets empty. */
     OSErr DeleteTracks(const SDB_Selection& selection, WarnLast warnLast = WarnLast::kNo);
     OSErr DeletePlaylist(PlaylistID list);
     /** Asks when another list has this name already. */
@@ -108,6 +109,5 @@ private:
     const std::shared_ptr<CBusySongs> i_busyRef = std::make_shared<CBusySongs>();
     CSongZipper i_zipper;
     const std::shared_ptr<CSongUnpacker> i_unpackerRef;   // shared with tasks that may outlive this
-    const std::shared_ptr<CLibraryCommands*> i_selfRef =
-        std::make_shared<CLibraryCommands*>(this);   // for late answers
+    CHandled<CLibraryCommands> i_self{this};              // for late answers
 };

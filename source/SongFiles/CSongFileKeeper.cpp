@@ -4,10 +4,10 @@
 
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
+#include "Core/SmallExtension.h"
 #include "Files/FSError.h"
 #include "Files/FSrMove.h"
 #include "Files/FSrObjects.h"
-#include "Core/SmallExtension.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "Core/CLog.h"
+#include "Library/CSongDatabase.h"
 #include "Meta/CMetaValue.h"
 #include "SongFiles/CPushMetaTimer.h"
-#include "Library/CSongDatabase.h"
 #include "SongFiles/CSongFileKeeper.h"
 #include "SongFiles/CT_ConformNames.h"
 #include "SongFiles/CT_FindMissing.h"
@@ -56,7 +56,8 @@ void CSongFileWork::FileNamed(SongID song, const CMetaValue& file) {
 
 void CSongFileWork::SongsWereChanged(std::span<const SongChange> changes) {
     NoteEdits(changes);
-    if (std::ranges::none_of(changes, [](const SongChange& change) { return IsAmong(kMissing_Keys, change.key); })) return;
+    if (std::ranges::none_of(changes, [](const SongChange& change) { return IsAmong(kMissing_Keys, change.key); }))
+        return;
     std::vector<SongID> songs;
     for (const SongChange& change : changes) songs.push_back(change.song);
     std::ranges::sort(songs);

@@ -2,12 +2,12 @@
 #include <memory>
 #include <set>
 
-#include "Threads/CHandle.h"
-#include "Threads/CMutex.h"
-#include "Threads/ForkRecord.h"
 #include "Library/CSongFollower.h"
 #include "SongFiles/CSongLengths.h"
 #include "SongFiles/CSongWarnings.h"
+#include "Threads/CHandle.h"
+#include "Threads/CMutex.h"
+#include "Threads/ForkRecord.h"
 
 class CSongDatabase;
 class CSongFileKeeper;

@@ -3,15 +3,15 @@
 #include <array>
 #include <vector>
 
-#include "Zip/CByteSource_Zip.h"
-#include "Files/CDataFork.h"
 #include "Core/CLog.h"
-#include "Zip/CZipArchive.h"
-#include "Zip/CZipSongMembers.h"
+#include "Files/CDataFork.h"
 #include "Files/FSrFolders.h"
 #include "Files/FSrObjects.h"
-#include "SongFiles/CallOnDatabase.h"
 #include "Library/CSongDatabase.h"
+#include "SongFiles/CallOnDatabase.h"
+#include "Zip/CByteSource_Zip.h"
+#include "Zip/CZipArchive.h"
+#include "Zip/CZipSongMembers.h"
 
 namespace {
 

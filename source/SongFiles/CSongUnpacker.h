@@ -4,6 +4,7 @@
 
 #include "Files/CTempItem.h"
 #include "SongFiles/CSongZip.h"
+#include "Threads/CHandle.h"
 
 /** The files of a zipped song, unpacked; empty for what the zip has not. */
 struct UnpackedSong {
@@ -16,7 +17,7 @@ struct UnpackedSong {
     Owner    CLibraryCommands. The folders go with it. */
 class CSongUnpacker {
 public:
-    CSongUnpacker(std::weak_ptr<CSongDatabase*> databaseRef, std::shared_ptr<CBusySongs> busyRef)
+    CSongUnpacker(CHandle<CSongDatabase> databaseRef, std::shared_ptr<CBusySongs> busyRef)
         : i_databaseRef(std::move(databaseRef)), i_busyRef(std::move(busyRef)) {}
 
     /** opWrErr, and the user is told, while somebody else works on this zip; fnfErr without a zip; what the zip or the
@@ -35,7 +36,7 @@ private:
     [[nodiscard]] bool Find(SongID song, const FileInfo& zip, UnpackedSong& unpacked) const;
     static OSErr UnpackInto(const CFileRef& zip, const CFileRef& folder, UnpackedSong& unpacked);
 
-    const std::weak_ptr<CSongDatabase*> i_databaseRef;   // locked on the main thread alone
+    const CHandle<CSongDatabase> i_databaseRef;
     const std::shared_ptr<CBusySongs> i_busyRef;
     const std::shared_ptr<CBusySongs> i_unpackingRef = std::make_shared<CBusySongs>();   // of those, the ones here
     CMutexT<std::map<std::int32_t, std::shared_ptr<const Entry>>> i_entries;

@@ -3,10 +3,10 @@
 #include <algorithm>
 
 #include "Core/Assertions.h"
-#include "Threads/ThreadInfo.h"
 #include "Library/CSongDatabase.h"
 #include "Platform/CClock.h"
 #include "Platform/CUserInterface.h"
+#include "Threads/ThreadInfo.h"
 
 namespace {
 

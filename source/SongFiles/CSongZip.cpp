@@ -1,14 +1,14 @@
 #include "SongFiles/CSongZip.h"
 
 #include "Core/CLog.h"
+#include "Core/SmallExtension.h"
 #include "Files/FSError.h"
 #include "Files/FSrObjects.h"
-#include "Core/SmallExtension.h"
-#include "SongFiles/CallOnDatabase.h"
 #include "Library/CSongDatabase.h"
-#include "SongFiles/CSongFileWork.h"
 #include "Library/FileSystemName.h"
 #include "Library/SongFileTypes.h"
+#include "SongFiles/CallOnDatabase.h"
+#include "SongFiles/CSongFileWork.h"
 #include "SongFiles/SongFolders.h"
 
 namespace {
@@ -102,7 +102,8 @@ OSErr CSongZip::Prepare() {
     OSErr err = VerifyAudio(i_files->Ref(SDB_SongFile_AUDIO));
     if (Failed(LogStep(err, "verifying before copying meta", i_files->Ref(SDB_SongFile_AUDIO).GetPath()))) {
         (void)CallOnDatabase("corrupt sound", i_world.databaseRef, [this](CSongDatabase& database) {
-            if (database.GetSong(i_song) != nullptr) CSongFileWork::Of(database).Warnings().Add(SongWarning::kCorruptMP3, i_song);
+            if (database.GetSong(i_song) != nullptr)
+                CSongFileWork::Of(database).Warnings().Add(SongWarning::kCorruptMP3, i_song);
             return noErr;
         });
         return err;

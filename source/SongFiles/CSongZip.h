@@ -6,18 +6,19 @@
 #include <vector>
 
 #include "Files/CTempItem.h"
-#include "Threads/CThreadHost.h"
-#include "Zip/CZipWriter.h"
-#include "SongFiles/CBusySongs.h"
 #include "Library/CRowValues.h"
+#include "Library/CSongFiles.h"
+#include "SongFiles/CBusySongs.h"
 #include "SongFiles/CSong_ZipCompletion.h"
 #include "SongFiles/CSongFileKeeper.h"
-#include "Library/CSongFiles.h"
 #include "SongFiles/VerifyFiles.h"
+#include "Threads/CHandle.h"
+#include "Threads/CThreadHost.h"
+#include "Zip/CZipWriter.h"
 
 /** What those who work on files of songs share with the database. */
 struct SongFileWorld {
-    std::weak_ptr<CSongDatabase*> databaseRef;   // locked on the main thread alone
+    CHandle<CSongDatabase> databaseRef;
     std::shared_ptr<CMutex_SongMap> songsRef;
     std::shared_ptr<const LibrarySettings> settingsRef;
     std::shared_ptr<CBusySongs> busyRef;
@@ -27,9 +28,9 @@ struct SongFileWorld {
 enum class OldZip : bool { kRefuse, kReplace };
 
 /** Packs the sound and the graphics of one song into a zip, which then takes their place. Until the zip was read back
-   and lies where it belongs the originals are not touched; whatever fails, or is aborted, leaves them and removes the
+    and lies where it belongs the originals are not touched; whatever fails, or is aborted, leaves them and removes the
     temporary folder. A referenced original stays on its disc. A movie is whole by itself and is not packed, nor is a file
-   that another song names (alreadyReportedErr).
+    that another song names (alreadyReportedErr).
     Threads  Run on a worker; Abort any.
     Owner    CSongZipper. */
 class CSongZip {

@@ -24,10 +24,9 @@ void CSongZipper::AbortAll() {
 
 OSErr CSongZipper::Zip(SongID song, OldZip oldZip, std::function<void(OSErr err)> done) {
     Log("ZIP: --> queing for zip");
-    auto zipRef = std::make_shared<CSongZip>(
-        SongFileWorld{i_database.Self(), i_database.Songs(), i_database.Settings(), i_busyRef,
-                      CSongFileWork::Of(i_database).Keeper()},
-        song, oldZip);
+    auto zipRef = std::make_shared<CSongZip>(SongFileWorld{i_database.Self(), i_database.Songs(), i_database.Settings(),
+                                                           i_busyRef, CSongFileWork::Of(i_database).Keeper()},
+                                             song, oldZip);
     const bool newB =
         i_runningRef->With([&](Running& running) { return running.try_emplace(Number(song), zipRef).second; });
     if (!newB) return opWrErr;

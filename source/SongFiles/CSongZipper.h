@@ -3,8 +3,8 @@
 #include <map>
 #include <memory>
 
-#include "Threads/CMutex_ThreadQue.h"
 #include "SongFiles/CSongZip.h"
+#include "Threads/CMutex_ThreadQue.h"
 
 /** Zips songs one after the other, on "Zip Que".
     Threads  main; Abort any.

@@ -1,8 +1,9 @@
 #include "SongFiles/CSong_ZipCompletion.h"
 
 #include "Library/CSongDatabase.h"
+#include "Threads/CHandle.h"
 
-CSong_ZipCompletion::CSong_ZipCompletion(std::weak_ptr<CSongDatabase*> databaseRef, const CSongFiles& packed,
+CSong_ZipCompletion::CSong_ZipCompletion(CHandle<CSongDatabase> databaseRef, const CSongFiles& packed,
                                          std::vector<Place> places)
     : CS_MainThread_AbortProc("zip completion", StackHeld::kYes),
       i_databaseRef(std::move(databaseRef)),
@@ -10,11 +11,11 @@ CSong_ZipCompletion::CSong_ZipCompletion(std::weak_ptr<CSongDatabase*> databaseR
       i_places(std::move(places)) {}
 
 OSErr CSong_ZipCompletion::Operate() {
-    const auto databaseRef = i_databaseRef.lock();
-    if (databaseRef == nullptr || *databaseRef == nullptr) return abortErr;
-    CSong* const songP = (*databaseRef)->GetSong(i_packed.Song());
+    auto* const databaseP = i_databaseRef.Get();
+    if (databaseP == nullptr) return abortErr;
+    CSong* const songP = databaseP->GetSong(i_packed.Song());
     if (songP == nullptr) return fnfErr;
-    const CSongFiles now(*songP, (*databaseRef)->Settings());
+    const CSongFiles now(*songP, databaseP->Settings());
     for (const SDB_SongFile type : {SDB_SongFile_AUDIO, SDB_SongFile_VIDEO})
         if (now.Ref(type).GetPath() != i_packed.Ref(type).GetPath()) return opWrErr;
     OSErr err = noErr;

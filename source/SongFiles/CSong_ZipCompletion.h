@@ -2,8 +2,9 @@
 #include <memory>
 #include <vector>
 
-#include "Threads/CS_MainThread_AbortProc.h"
 #include "Library/CSongFiles.h"
+#include "Threads/CHandle.h"
+#include "Threads/CS_MainThread_AbortProc.h"
 
 /** What the zip of a song tells the main thread: asks whether the song still stands as it was packed, and puts into its
     places what has become of its files. The work on the disc is the worker's.
@@ -16,14 +17,13 @@ public:
         SDB_SongFile type;
         CFileRef file;   // empty: the place is emptied
     };
-    CSong_ZipCompletion(std::weak_ptr<CSongDatabase*> databaseRef, const CSongFiles& packed,
-                        std::vector<Place> places = {});
+    CSong_ZipCompletion(CHandle<CSongDatabase> databaseRef, const CSongFiles& packed, std::vector<Place> places = {});
 
 protected:
     OSErr Operate() override;
 
 private:
-    const std::weak_ptr<CSongDatabase*> i_databaseRef;
+    const CHandle<CSongDatabase> i_databaseRef;
     const CSongFiles& i_packed;
     const std::vector<Place> i_places;
 };

@@ -4,9 +4,9 @@
 
 #include "Core/CLog.h"
 #include "Library/CSongDatabase.h"
+#include "Platform/CClock.h"
 #include "SongFiles/CSongFileWork.h"
 #include "SongFiles/MakeSongOfFiles.h"
-#include "Platform/CClock.h"
 
 namespace {
 
@@ -14,9 +14,10 @@ constexpr SDB_SongFile kLookedUp[] = {SDB_SongFile_AUDIO, SDB_SongFile_VIDEO, SD
 constexpr std::size_t kLookUp_Block = 512;   // songs under one lock
 
 // In one call: the main thread is not held up.
-constexpr std::size_t kMake_Block = 100;       // songs that are made
-constexpr std::size_t kEnter_Block = 20'000;   // songs that enter the library's list; each block may have it sorted again
-constexpr double kEnter_EveryT = 2;            // in the course of it: what was made is saved soon
+constexpr std::size_t kMake_Block = 100;   // songs that are made
+constexpr std::size_t kEnter_Block =
+    20'000;                           // songs that enter the library's list; each block may have it sorted again
+constexpr double kEnter_EveryT = 2;   // in the course of it: what was made is saved soon
 
 }   // namespace
 
@@ -75,14 +76,15 @@ OSErr CT_AddFiles::Operate(OSErr err) {
 }
 
 OSErr CT_AddFiles::EnterSongs(std::size_t mostL) {
-    const auto databaseRef = i_databaseRef.lock();
-    if (databaseRef == nullptr || *databaseRef == nullptr) return abortErr;
-    const auto block = std::span<const SongID>(i_fresh).subspan(i_enteredL, std::min(mostL, i_fresh.size() - i_enteredL));
+    auto* const databaseP = i_databaseRef.Get();
+    if (databaseP == nullptr) return abortErr;
+    const auto block =
+        std::span<const SongID>(i_fresh).subspan(i_enteredL, std::min(mostL, i_fresh.size() - i_enteredL));
     i_enterAtT = CClock::Get().SteadyT() + kEnter_EveryT;
     if (block.empty()) return noErr;
-    (void)(*databaseRef)->AddSongsToLibrary(block);
+    (void)databaseP->AddSongsToLibrary(block);
     i_enteredL += block.size();
-    (*databaseRef)->SetDirty(true, "songs added");
+    databaseP->SetDirty(true, "songs added");
     return noErr;
 }
 
@@ -107,9 +109,9 @@ SongID CT_AddFiles::SongOf(const SongFileSet& set) const {
 }
 
 OSErr CT_AddFiles::Completion(OSErr err) {
-    const auto databaseRef = i_databaseRef.lock();
-    if (databaseRef == nullptr || *databaseRef == nullptr) return err;
-    CSongDatabase& database = **databaseRef;
+    auto* const databaseP = i_databaseRef.Get();
+    if (databaseP == nullptr) return err;
+    CSongDatabase& database = *databaseP;
     (void)EnterSongs(i_fresh.size());   // of a task that was cancelled
     i_added.newL = i_fresh.size();
     i_added.refused = std::move(i_found.refused);
@@ -122,9 +124,9 @@ OSErr CT_AddFiles::Completion(OSErr err) {
 }
 
 OSErr CT_AddFiles::MakeSongs(std::span<const SongFileSet> sets) {
-    const auto databaseRef = i_databaseRef.lock();
-    if (databaseRef == nullptr || *databaseRef == nullptr) return abortErr;
-    CSongDatabase& database = **databaseRef;
+    auto* const databaseP = i_databaseRef.Get();
+    if (databaseP == nullptr) return abortErr;
+    CSongDatabase& database = *databaseP;
     // What came while the disc was read, by another drop perhaps.
     std::vector<SongID> late;
     for (std::int32_t id = i_nextID; id < database.PeekNextID(); ++id) late.push_back(SongID{id});

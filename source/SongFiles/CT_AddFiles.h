@@ -8,14 +8,15 @@
 #include <unordered_set>
 #include <vector>
 
+#include "Library/CSongDatabase.h"
+#include "SongFiles/AddFilesToLibrary.h"
+#include "Threads/CHandle.h"
 #include "Threads/CT_Preemptive.h"
 #include "Threads/CThreadHost.h"
-#include "SongFiles/AddFilesToLibrary.h"
-#include "Library/CSongDatabase.h"
 
 /** Reads the disc for AddFilesToLibrary, looks up what the library has already, and has the songs made on the main
    thread, a block at a time. What was made is saved in the course of it. A task that is cancelled leaves the songs that
-   were made. */
+    were made. */
 class CT_AddFiles final : public CT_Preemptive {
 public:
     using Done = std::function<void(OSErr err, const AddedFiles& added)>;
@@ -40,7 +41,7 @@ private:
     OSErr EnterSongs(std::size_t mostL);
     class CMainThread_AddSong;
 
-    std::weak_ptr<CSongDatabase*> i_databaseRef;   // locked on the main thread alone
+    CHandle<CSongDatabase> i_databaseRef;
     std::shared_ptr<CMutex_SongMap> i_songsRef;
     std::shared_ptr<const LibrarySettings> i_settingsRef;
     std::shared_ptr<const std::atomic<bool>> i_stoppingRef;
@@ -53,7 +54,7 @@ private:
     AddedFiles i_added;
     std::unordered_set<std::int32_t> i_answered;   // the songs of i_added
     std::vector<SongID> i_fresh;
-    std::size_t i_enteredL = 0;   // of i_fresh, that stand in the library's list
-    double i_enterAtT;            // then those that were made meanwhile enter it, and are saved
+    std::size_t i_enteredL = 0;                      // of i_fresh, that stand in the library's list
+    double i_enterAtT;                               // then those that were made meanwhile enter it, and are saved
     std::optional<CSongDatabase::Adding> i_adding;   // until all are in
 };

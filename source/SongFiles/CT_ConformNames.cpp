@@ -2,8 +2,8 @@
 
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
-#include "SongFiles/CSongFileWork.h"
 #include "Library/FileSystemName.h"
+#include "SongFiles/CSongFileWork.h"
 #include "SongFiles/SongRename.h"
 
 OSErr CT_ConformNames::Start(CSongDatabase& database, std::vector<SongID> songs, Done done) {
@@ -16,7 +16,8 @@ OSErr CT_ConformNames::Start(CSongDatabase& database, std::vector<SongID> songs,
 }
 
 CT_ConformNames::CT_ConformNames(CSongDatabase& database, std::vector<SongID> songs, Done done)
-    : CT_OnSongs("conform names", database, std::move(songs), std::move(done)), i_keeperRef(CSongFileWork::Of(database).Keeper()) {}
+    : CT_OnSongs("conform names", database, std::move(songs), std::move(done)),
+      i_keeperRef(CSongFileWork::Of(database).Keeper()) {}
 
 OSErr CT_ConformNames::OnSong(CSongFiles& files) {
     const SongID id = files.Song();

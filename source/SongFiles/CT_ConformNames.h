@@ -4,7 +4,7 @@
 
 /** Renames the owned files of songs after their songs, by the preference "Conform song name template". A name with
     unknown values leaves its song's files alone; a song that plays gets its name when it has ceased to; one that cannot
-   be renamed goes to the list of those. */
+    be renamed goes to the list of those. */
 class CT_ConformNames final : public CT_OnSongs {
 public:
     /** Does nothing while "Conform Song Names" is off. Main thread; abortErr when there is no thread. */

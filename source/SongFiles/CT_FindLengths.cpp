@@ -5,14 +5,14 @@
 #include <span>
 
 #include "Core/CLog.h"
-#include "SongFiles/FindSongLength.h"
 #include "Platform/CClock.h"
+#include "SongFiles/FindSongLength.h"
 
 namespace {
 
 constexpr MetaKey kLength_Key = "drtn"_key;
 constexpr double kStep_FirstT = 0.5, kStep_MostT = 30;
-constexpr std::size_t kTell_Most = 2000;   // songs that wait to be told
+constexpr std::size_t kTell_Most = 2000;      // songs that wait to be told
 constexpr std::size_t kLengths_Block = 200;   // songs in one call to the main thread
 
 bool HasLength(const CSong& song) { return song.Meta().Stored(kLength_Key).Integer() > 0; }

@@ -4,8 +4,8 @@
 
 #include "Core/CLog.h"
 #include "Files/FSrFolders.h"
-#include "SongFiles/CSongFileWork.h"
 #include "Library/SongFileTypes.h"
+#include "SongFiles/CSongFileWork.h"
 
 namespace {
 constexpr SDB_SongFile kLookedAt[] = {SDB_SongFile_ZIP, SDB_SongFile_AUDIO, SDB_SongFile_VIDEO};
@@ -31,7 +31,8 @@ OSErr CT_FindMissing::StartMarked(CSongDatabase& database, Done done) {
 }
 
 CT_FindMissing::CT_FindMissing(CSongDatabase& database, std::vector<SongID> songs, Done done)
-    : CT_OnSongs("find missing", database, std::move(songs), std::move(done)), i_keeperRef(CSongFileWork::Of(database).Keeper()) {}
+    : CT_OnSongs("find missing", database, std::move(songs), std::move(done)),
+      i_keeperRef(CSongFileWork::Of(database).Keeper()) {}
 
 bool CT_FindMissing::IsConcerned(const CSongFiles& files) const {
     if (i_below.empty() || files.WasMissing()) return true;

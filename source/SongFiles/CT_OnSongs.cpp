@@ -37,7 +37,7 @@ OSErr CT_OnSongs::Operate(OSErr err) {
 }
 
 OSErr CT_OnSongs::Completion(OSErr err) {
-    const auto databaseRef = i_databaseRef.lock();
-    if (databaseRef != nullptr && *databaseRef != nullptr && i_done) i_done(err);
+    auto* const databaseP = i_databaseRef.Get();
+    if (databaseP != nullptr && i_done) i_done(err);
     return err;
 }

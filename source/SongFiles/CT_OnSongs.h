@@ -3,14 +3,15 @@
 #include <memory>
 #include <vector>
 
-#include "Threads/CT_Preemptive.h"
-#include "Threads/CThreadHost.h"
 #include "Library/CSongDatabase.h"
 #include "Library/CSongFiles.h"
+#include "Threads/CHandle.h"
+#include "Threads/CT_Preemptive.h"
+#include "Threads/CThreadHost.h"
 
 /** Base of the tasks that work on the files of many songs, one after the other: shows itself in the task list, ends
-   when the user wants it, and keeps no lock and no song over its work on the disc. Threads  made on the main thread;
-   OnSong and AtEnd on the task's; what OnMain is given, on the main one. */
+    when the user wants it, and keeps no lock and no song over its work on the disc.
+    Threads  made on the main thread; OnSong and AtEnd on the task's; what OnMain is given, on the main one. */
 class CT_OnSongs : public CT_Preemptive {
 public:
     /** How it ended: noErr, userCanceledErr, or the first failure. Main thread; not when the database has gone. */
@@ -40,7 +41,7 @@ private:
     OSErr Operate(OSErr err) final;
     OSErr Completion(OSErr err) final;
 
-    std::weak_ptr<CSongDatabase*> i_databaseRef;   // locked on the main thread alone
+    CHandle<CSongDatabase> i_databaseRef;
     std::shared_ptr<CMutex_SongMap> i_songsRef;
     std::shared_ptr<const LibrarySettings> i_settingsRef;
     std::shared_ptr<const std::atomic<bool>> i_stoppingRef;

@@ -4,14 +4,14 @@
 #include <map>
 
 #include "Core/CLog.h"
+#include "Core/SmallExtension.h"
 #include "Files/FSrFolders.h"
 #include "Files/FSrObjects.h"
-#include "Core/SmallExtension.h"
-#include "Threads/WaitMode.h"
-#include "SongFiles/CallOnDatabase.h"
 #include "Library/CSongDatabase.h"
+#include "SongFiles/CallOnDatabase.h"
 #include "SongFiles/CSongFileWork.h"
 #include "SongFiles/SongFolders.h"
+#include "Threads/WaitMode.h"
 
 namespace {
 
@@ -29,10 +29,9 @@ CacheFile KindOf(const CFileRef::Path& file) {
 
 OSErr CT_PurgeCache::Start(CSongDatabase& database, std::shared_ptr<CBusySongs> busyRef,
                            std::function<void(OSErr err)> done) {
-    std::unique_ptr<CT_Preemptive> taskP(
-        new CT_PurgeCache({database.Self(), database.Songs(), database.Settings(), std::move(busyRef),
-                           CSongFileWork::Of(database).Keeper()},
-                          database.PlayingSong(), std::move(done)));
+    std::unique_ptr<CT_Preemptive> taskP(new CT_PurgeCache({database.Self(), database.Songs(), database.Settings(),
+                                                            std::move(busyRef), CSongFileWork::Of(database).Keeper()},
+                                                           database.PlayingSong(), std::move(done)));
     return CT_Preemptive::Start(std::move(taskP)) == 0 ? abortErr : noErr;
 }
 
@@ -61,8 +60,8 @@ OSErr CT_PurgeCache::Operate(OSErr err) {
 }
 
 OSErr CT_PurgeCache::Completion(OSErr err) {
-    const auto databaseRef = i_world.databaseRef.lock();
-    if (databaseRef != nullptr && *databaseRef != nullptr && i_done) i_done(err);
+    auto* const databaseP = i_world.databaseRef.Get();
+    if (databaseP != nullptr && i_done) i_done(err);
     return err;
 }
 

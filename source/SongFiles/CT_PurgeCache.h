@@ -5,12 +5,13 @@
 #include <string>
 #include <vector>
 
-#include "Threads/CT_Preemptive.h"
 #include "SongFiles/CSongZip.h"
+#include "Threads/CT_Preemptive.h"
 
 /** Deletes the oldest of the cache folder: what is above "Number of cached songs", and disc images above "Max Cache
-   Burn Images". The files of one song are one, as are a bin and its cue. What plays, or is being worked on, stays, and
-   so does what the program does not know. Threads  started on the main thread. The work on the disc is the task's. */
+    Burn Images". The files of one song are one, as are a bin and its cue. What plays, or is being worked on, stays, and
+    so does what the program does not know.
+    Threads  started on the main thread. The work on the disc is the task's. */
 class CT_PurgeCache final : public CT_Preemptive {
 public:
     /** `done` runs on the main thread, unless the database has gone. abortErr when there is no thread. */

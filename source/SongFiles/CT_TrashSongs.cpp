@@ -16,7 +16,8 @@ OSErr CT_TrashSongs::Start(CSongDatabase& database, std::vector<SongID> songs, D
 }
 
 CT_TrashSongs::CT_TrashSongs(CSongDatabase& database, std::vector<SongID> songs, Done done)
-    : CT_OnSongs("Moving songs to trash", database, std::move(songs), std::move(done)), i_keeperRef(CSongFileWork::Of(database).Keeper()) {}
+    : CT_OnSongs("Moving songs to trash", database, std::move(songs), std::move(done)),
+      i_keeperRef(CSongFileWork::Of(database).Keeper()) {}
 
 OSErr CT_TrashSongs::OnSong(CSongFiles& files) {
     const OSErr plays = OnMain("may it go", [&](const CSongDatabase& database) {

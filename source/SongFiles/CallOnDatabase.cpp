@@ -1,5 +1,6 @@
 #include "SongFiles/CallOnDatabase.h"
 
+#include "Threads/CHandle.h"
 #include "Threads/CMainThreadProc.h"
 
 namespace {
@@ -7,23 +8,23 @@ namespace {
 class CMainThread_OnDatabase final : public CMainThreadProc {
 public:
     using Work = std::function<OSErr(CSongDatabase& database)>;
-    CMainThread_OnDatabase(const char* nameZ, const std::weak_ptr<CSongDatabase*>& databaseRef, const Work& work)
+    CMainThread_OnDatabase(const char* nameZ, const CHandle<CSongDatabase>& databaseRef, const Work& work)
         : CMainThreadProc(nameZ, StackHeld::kYes), i_databaseRef(databaseRef), i_work(work) {}
 
 protected:
     OSErr Operate() override {
-        const auto databaseRef = i_databaseRef.lock();
-        return databaseRef == nullptr || *databaseRef == nullptr ? abortErr : i_work(**databaseRef);
+        CSongDatabase* const databaseP = i_databaseRef.Get();
+        return databaseP == nullptr ? abortErr : i_work(*databaseP);
     }
 
 private:
-    const std::weak_ptr<CSongDatabase*>& i_databaseRef;
+    const CHandle<CSongDatabase>& i_databaseRef;
     const Work& i_work;
 };
 
 }   // namespace
 
-OSErr CallOnDatabase(const char* nameZ, const std::weak_ptr<CSongDatabase*>& databaseRef,
+OSErr CallOnDatabase(const char* nameZ, const CHandle<CSongDatabase>& databaseRef,
                      const std::function<OSErr(CSongDatabase& database)>& work) {
     return CMainThread_OnDatabase(nameZ, databaseRef, work).Call(CallMode::kWait);
 }

@@ -3,12 +3,12 @@
 #include <functional>
 #include <memory>
 
-#include "Media/MediaLength.h"
+#include "Core/SmallExtension.h"
 #include "Files/CByteSource_File.h"
+#include "Media/MediaLength.h"
 #include "Zip/CByteSource_Zip.h"
 #include "Zip/CZipArchive.h"
 #include "Zip/CZipSongMembers.h"
-#include "Core/SmallExtension.h"
 
 namespace {
 

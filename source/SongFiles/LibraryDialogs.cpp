@@ -31,8 +31,8 @@ constexpr struct {
     {"Rename List",
      "There is a list “%s” already.  Two lists of one name are hard to tell apart.  Do you want to use the name twice?",
      "Use It Twice"},
-    {"Delete Tracks", "These are the last songs of “%s”: the list will be empty.  Are you sure you want to delete them?",
-     "Delete"},
+    {"Delete Tracks",
+     "These are the last songs of “%s”: the list will be empty.  Are you sure you want to delete them?", "Delete"},
 };
 
 }   // namespace

@@ -5,15 +5,15 @@
 #include <set>
 
 #include "Core/CLog.h"
-#include "Zip/CZipArchive.h"
-#include "Zip/CZipSongMembers.h"
-#include "Files/FSError.h"
-#include "Files/FSrObjects.h"
 #include "Core/FaultText.h"
 #include "Core/SmallExtension.h"
 #include "Core/SuperString.h"
+#include "Files/FSError.h"
+#include "Files/FSrObjects.h"
 #include "Library/CSongFileSearch.h"
 #include "Library/SongFileTypes.h"
+#include "Zip/CZipArchive.h"
+#include "Zip/CZipSongMembers.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "Files/CFileRef.h"
 #include "Core/CLog.h"
+#include "Files/CFileRef.h"
 #include "Library/SongFileFacts.h"
 #include "Platform/OSErr.h"
 
@@ -38,8 +38,9 @@ struct SongFileRules {
 };
 
 /** Turns files and folders, in whatever mixture they were chosen, into songs. The halves of a pair find each other,
-   also when only one was chosen; what is no part of a song is passed over in a folder, and refused when it was chosen
-   itself. Threads  a worker: reads folders and the directories of zips. */
+    also when only one was chosen; what is no part of a song is passed over in a folder, and refused when it was chosen
+    itself.
+    Threads  a worker: reads folders and the directories of zips. */
 struct SongFileSets {
     std::vector<SongFileSet> sets;   // in the order of the paths, folders by name; no two alike
     std::vector<RefusedFile> refused;

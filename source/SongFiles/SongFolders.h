@@ -17,7 +17,8 @@ enum class SongRoot : unsigned char {
 OSErr GetSongRoot(const LibrarySettings& settings, SongRoot root, CFileRef& folder);
 
 /** Where a song's owned files belong: the root, the artist's folder in it, the album's in that, made when missing. A
-   song without an artist goes to "Unknown Artist", one without an album into its artist's folder. Threads  a worker.
+    song without an artist goes to "Unknown Artist", one without an album into its artist's folder.
+    Threads  a worker.
     Errors   that of the folder which cannot be had, logged; dupFNErr when a file has its name. */
 OSErr GetFolderForSong(const LibrarySettings& settings, SongRoot root, std::string_view artist, std::string_view album,
                        CFileRef& folder);

@@ -64,7 +64,8 @@ SongRename SongRename::Run(CSongFileKeeper& keeper, const CSongFiles& files, con
         const bool takenB = std::ranges::any_of(steps, [](const Step& step) {
             const CFileRef wanted(step.from.GetParent(), step.newName);
             bool existsB = false;
-            return !Failed(FSrObjectExists(wanted, existsB)) && existsB && !FSrIsSameFile(step.from, wanted);   // in other capitals on a disc that does not tell them
+            return !Failed(FSrObjectExists(wanted, existsB)) && existsB &&
+                   !FSrIsSameFile(step.from, wanted);   // in other capitals on a disc that does not tell them
         });
         if (takenB) continue;
         result.err = Apply(keeper, files.Song(), steps, result.moved);

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <vector>
 
-#include "Media/CMediaAudio.h"
+#include "Core/SmallExtension.h"
 #include "Files/CByteSource_File.h"
+#include "Media/CMediaAudio.h"
 #include "Zip/CByteSource_Zip.h"
 #include "Zip/CZipArchive.h"
-#include "Core/SmallExtension.h"
 
 namespace {
 

@@ -4,10 +4,11 @@
 #include <mutex>
 #include <string>
 
-#include "Threads/CThreadHost.h"
 #include "Library/CSongDatabase.h"
 #include "SongFiles/CSongFileWork.h"
 #include "SongFiles/CSongZipper.h"
+#include "Threads/CHandle.h"
+#include "Threads/CThreadHost.h"
 
 namespace {
 
@@ -15,7 +16,10 @@ namespace {
 class ZipBatch {
 public:
     ZipBatch(CSongDatabase& database, std::size_t countL, std::function<void(OSErr err)> done)
-        : i_databaseRef(database.Self()), i_keeperRef(CSongFileWork::Of(database).Keeper()), i_countL(static_cast<long>(countL)), i_done(std::move(done)) {
+        : i_databaseRef(database.Self()),
+          i_keeperRef(CSongFileWork::Of(database).Keeper()),
+          i_countL(static_cast<long>(countL)),
+          i_done(std::move(done)) {
         (void)CThreadHost::With([this](CThreadHost& host) { i_viewP = host.OpenTask("Zip songs"); });
         ShowSteps(i_viewP.get(), 0);
     }
@@ -43,8 +47,7 @@ public:
         i_keeperRef->Tell();
         (void)CThreadHost::With([&](CThreadHost& host) {
             host.MainLoop().Post([databaseRef = i_databaseRef, done = std::move(i_done), err] {
-                const auto aliveRef = databaseRef.lock();
-                if (aliveRef != nullptr && *aliveRef != nullptr && done) done(err);
+                if (databaseRef.Get() != nullptr && done) done(err);
             });
         });
     }
@@ -56,7 +59,7 @@ private:
         viewP->SetSteps(endedL, i_countL);
     }
 
-    const std::weak_ptr<CSongDatabase*> i_databaseRef;   // locked on the main thread alone
+    const CHandle<CSongDatabase> i_databaseRef;
     const std::shared_ptr<CSongFileKeeper> i_keeperRef;
     const long i_countL;
     std::function<void(OSErr err)> i_done;   // taken by the last
@@ -73,8 +76,7 @@ OSErr ZipSongs(CSongDatabase& database, CSongZipper& zipper, std::vector<SongID>
     if (songs.empty()) return paramErr;
     const auto batchRef = std::make_shared<ZipBatch>(database, songs.size(), std::move(done));
     batchRef->OnCancel([&zipper, databaseRef = database.Self(), songs] {
-        const auto aliveRef = databaseRef.lock();   // the zipper lives with it
-        if (aliveRef == nullptr || *aliveRef == nullptr) return;
+        if (databaseRef.Get() == nullptr) return;   // the zipper lives with it
         for (const SongID song : songs) zipper.Abort(song);
     });
     for (const SongID song : songs)

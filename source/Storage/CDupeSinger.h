@@ -1,6 +1,6 @@
 #pragma once
-#include "Files/CFileRef.h"
 #include "Core/SuperString.h"
+#include "Files/CFileRef.h"
 #include "Library/LibraryIDs.h"
 
 class CSongDatabaseHost;

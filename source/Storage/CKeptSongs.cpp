@@ -4,13 +4,13 @@
 #include <array>
 #include <ctime>
 
-#include "Zip/CByteSource_Zip.h"
 #include "Core/CLog.h"
-#include "Zip/CZipArchive.h"
 #include "Files/FSrFolders.h"
 #include "Files/FSrObjects.h"
 #include "Storage/CLibraryBackup.h"
 #include "Storage/CSongFileReader.h"
+#include "Zip/CByteSource_Zip.h"
+#include "Zip/CZipArchive.h"
 
 namespace {
 

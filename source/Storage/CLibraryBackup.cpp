@@ -6,15 +6,15 @@
 #include <utility>
 
 #include "Core/AlertHook.h"
-#include "Files/CDataFork.h"
 #include "Core/CLog.h"
-#include "Zip/CZipWriter.h"
+#include "Core/FaultText.h"
+#include "Files/CDataFork.h"
 #include "Files/FSError.h"
 #include "Files/FSrObjects.h"
-#include "Core/FaultText.h"
 #include "Storage/BackupNames.h"
 #include "Storage/CLibraryRestore.h"
 #include "Storage/LibraryImage.h"
+#include "Zip/CZipWriter.h"
 
 namespace {
 

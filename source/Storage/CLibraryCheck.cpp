@@ -5,13 +5,13 @@
 #include <unordered_set>
 
 #include "Core/CLog.h"
+#include "Core/FaultText.h"
 #include "Files/FSError.h"
 #include "Files/FSrObjects.h"
-#include "Core/FaultText.h"
+#include "Library/SourceType.h"
 #include "Storage/CSongFileReader.h"
 #include "Storage/SDB_ForEach_LoadLibrary.h"
 #include "Storage/SingerAccounts.h"
-#include "Library/SourceType.h"
 
 namespace {
 
@@ -131,7 +131,8 @@ void CLibraryCheck::CheckSongFiles(const SongRecord& record) {
         CFileRef found(path);
         if ((errnoL == 0 && info.kind != FileKind::kFolder) || i_modder(found)) continue;
         if (errnoL != 0 && errnoL != ENOENT && errnoL != ENOTDIR)
-            Problem(SongWords(record) + ": the " + row.wordZ + " file cannot be read: " + FaultText(MapErrno(errnoL), path));
+            Problem(SongWords(record) + ": the " + row.wordZ +
+                    " file cannot be read: " + FaultText(MapErrno(errnoL), path));
         else
             Problem(SongWords(record) + ": the " + row.wordZ + " file is missing: " + path.string());
     }
@@ -140,7 +141,8 @@ void CLibraryCheck::CheckSongFiles(const SongRecord& record) {
 void CLibraryCheck::CheckSongsMeta() {
     SongDictionaries meta;
     const OSErr err = ReadSongTable(CFileRef(i_places.root, "Songs Meta.xml"), SongTable::kMeta, meta);
-    if (Failed(err) && err != fnfErr) Problem("Songs Meta.xml cannot be read whole: " + FaultWords(err, FaultOf::kFile));
+    if (Failed(err) && err != fnfErr)
+        Problem("Songs Meta.xml cannot be read whole: " + FaultWords(err, FaultOf::kFile));
     if (!i_songsReadB) return;
     for (const auto& [id, keys] : meta)
         if (Find(id) == nullptr) Problem("Songs Meta.xml names song " + std::to_string(id) + ", which is not there");

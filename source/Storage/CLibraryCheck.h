@@ -22,7 +22,8 @@ struct LibraryFindings {
 class CLibraryCheck {
 public:
     enum class SongFiles : bool { kLeaveOut, kLookFor };
-    CLibraryCheck(const LibraryPlaces& places, SongFiles files) : i_places(places), i_files(files), i_modder(places.musicFolder) {}
+    CLibraryCheck(const LibraryPlaces& places, SongFiles files)
+        : i_places(places), i_files(files), i_modder(places.musicFolder) {}
     [[nodiscard]] LibraryFindings Run();
 
 private:

@@ -7,13 +7,13 @@
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
-#include "Threads/ThreadInfo.h"
 #include "Storage/CLoadingScope.h"
 #include "Storage/CReportXMLErr.h"
 #include "Storage/CScopedClock.h"
 #include "Storage/CSongFileReader.h"
 #include "Storage/LibraryFileName.h"
 #include "Storage/SDB_ForEach_LoadLibrary.h"
+#include "Threads/ThreadInfo.h"
 
 namespace {
 
@@ -54,7 +54,9 @@ OSErr CLibraryLoader::Load(LibraryFileMap& files, LibraryReport& report) {
     report.emptyB =
         i_songsErr == fnfErr && !image.index && image.lists.empty() && image.venues.empty() && image.unread.empty();
     MendSongs();
-    if (Failed(walked) && walked != fnfErr) Problem("the library's folder could not be read: " + FaultText(walked, FaultOf::kFolder, i_places.root.GetPath().string()));
+    if (Failed(walked) && walked != fnfErr)
+        Problem("the library's folder could not be read: " +
+                FaultText(walked, FaultOf::kFolder, i_places.root.GetPath().string()));
 
     CPlaylistLoader loader(i_database);
     loader.DropMissing(i_songs.IsWhole());
@@ -145,9 +147,10 @@ void CLibraryLoader::MendSongs() {
     i_changedB = true;
     if (Failed(found)) {
         Problem("no whole copy of the songs was found");
-        ShowAlert("Your library is damaged.",
-                  text + "  There is no whole copy of it.  Files of the music folder that no "
-                                                     "song names are taken in again." + kKeptZ);
+        ShowAlert("Your library is damaged.", text +
+                                                  "  There is no whole copy of it.  Files of the music folder that no "
+                                                  "song names are taken in again." +
+                                                  kKeptZ);
         return;
     }
     enum Button : std::size_t { kBringBack, kGoOn };
@@ -174,7 +177,7 @@ void CLibraryLoader::LoadIndex(LibraryImage& image) {
 }
 
 /** Every id of the files, before the first new one is given out: whoever comes twice, or without one, must not take
-   that of somebody who comes later. */
+    that of somebody who comes later. */
 void CLibraryLoader::NoteIDs(const LibraryImage& image) {
     const auto note = [this](std::uint32_t id) { i_database.NoteID(Number(PlaylistIDOf(id))); };
     const auto noteLists = [&note](const std::vector<PlaylistFile>& lists) {

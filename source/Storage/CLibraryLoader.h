@@ -16,7 +16,7 @@ struct LibraryReport {
     bool emptyB = false;                 // there was no library
     bool wholeB = true;                  // every song of the files was read
     std::shared_ptr<const CKeptSongs> keptRef;   // a copy that knows songs which were not brought back from it
-    bool storesB = false;                // there is a folder of music stores
+    bool storesB = false;                        // there is a folder of music stores
 };
 
 /** Loads a library into an empty database: songs, then all lists and singers that a walk of the root finds, which runs

@@ -2,12 +2,12 @@
 #include "Files/CDataFork.h"
 
 /** Says that this process changes the library of a folder: two would write over each other's changes. A lock on the
-   file
+    file
     "~In Use" in the folder, which the system takes back when the process ends, however that comes.
     Threads  one at a time.
     Owner    whoever has the library loaded to change it: the application, or a command.
     Errors   opWrErr: another process has it. A disc that knows no locks, or cannot be written, is no reason to refuse
-   the library: noErr, and a log line. */
+    the library: noErr, and a log line. */
 class CLibraryLock {
 public:
     /** Tries at once; once it is had it stays. */

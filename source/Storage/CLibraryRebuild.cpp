@@ -6,11 +6,11 @@
 
 #include "Core/CLog.h"
 #include "Core/SmallExtension.h"
-#include "Threads/ThreadInfo.h"
-#include "Threads/WaitMode.h"
+#include "SongFiles/MakeSongOfFiles.h"
 #include "Storage/CLoadingScope.h"
 #include "Storage/CScopedClock.h"
-#include "SongFiles/MakeSongOfFiles.h"
+#include "Threads/ThreadInfo.h"
+#include "Threads/WaitMode.h"
 
 namespace {
 
@@ -44,7 +44,8 @@ std::size_t CLibraryRebuild::Run() {
     std::vector<SongID> songs;
     for (const SongFileSet& set : sets) {
         i_database.Host().ShowSteps(songs.size(), sets.size());
-        if (const CSong* const songP = MakeSongOfFiles(i_database, set, DateAdded::kFile)) songs.push_back(songP->GetSongID());
+        if (const CSong* const songP = MakeSongOfFiles(i_database, set, DateAdded::kFile))
+            songs.push_back(songP->GetSongID());
     }
     (void)i_database.AddSongsToLibrary(songs);
     LogF("Songs found: %zu", songs.size());

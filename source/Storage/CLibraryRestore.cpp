@@ -2,13 +2,13 @@
 
 #include <algorithm>
 
-#include "Zip/CByteSource_Zip.h"
-#include "Files/CDataFork.h"
 #include "Core/CLog.h"
-#include "Zip/CZipArchive.h"
+#include "Files/CDataFork.h"
 #include "Files/FSError.h"
 #include "Files/FSrObjects.h"
 #include "Storage/BackupNames.h"
+#include "Zip/CByteSource_Zip.h"
+#include "Zip/CZipArchive.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 /** Brings the files of a kept copy back: all of them, or none. They are unpacked into a folder beside the library; when
     that stands whole on the disc it gets the name "~Restore", and from then on the restore counts: a crash in the
-   middle is carried to its end before the library is read again. A move that fails is taken back with those before it.
+    middle is carried to its end before the library is read again. A move that fails is taken back with those before it.
     Threads  one at a time, with nobody else in the library's files.
     Errors   statuses, logged; nothing is shown. */
 class CLibraryRestore {
@@ -14,7 +14,7 @@ public:
     explicit CLibraryRestore(CFileRef root) : i_root(std::move(root)) {}
 
     /** Checks the whole zip and unpacks it; the library's own files are not touched. ioErr or paramErr for a zip that
-       is damaged or no copy of a library, fLckdErr when a file that would be replaced is locked. */
+        is damaged or no copy of a library, fLckdErr when a file that would be replaced is locked. */
     OSErr Prepare(const CFileRef& zip);
     /** Gives up what was prepared. */
     OSErr Drop();

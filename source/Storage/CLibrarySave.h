@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "Library/LibraryIDs.h"
 #include "Storage/CPlaylistWriter.h"
 #include "Storage/CSongStore.h"
-#include "Library/LibraryIDs.h"
 
 /** One list to be written: into its file, or into a new one of its name in `folder`. */
 struct ListSave {

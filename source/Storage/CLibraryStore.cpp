@@ -2,19 +2,19 @@
 
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
+#include "Core/FaultText.h"
 #include "Files/CSafeSave.h"
 #include "Files/FSError.h"
 #include "Files/FSrObjects.h"
-#include "Core/FaultText.h"
-#include "Threads/WaitMode.h"
-#include "Threads/WaitUntil.h"
+#include "SongFiles/LibraryDialogs.h"
 #include "Storage/CLibraryRebuild.h"
 #include "Storage/CLostSongs.h"
 #include "Storage/COrphanSearch.h"
 #include "Storage/CT_Preemtive_SaveSongs.h"
 #include "Storage/CT_SDB_WritePList.h"
-#include "SongFiles/LibraryDialogs.h"
 #include "Storage/LibraryImage.h"
+#include "Threads/WaitMode.h"
+#include "Threads/WaitUntil.h"
 
 namespace {
 
@@ -28,14 +28,13 @@ bool IsThere(const CFileRef& file) {
 CLibraryStore::CLibraryStore(CSongDatabase& database, LibraryPlaces places, CBackOff* backOffP)
     : i_database(database),
       i_places(std::move(places)),
-      i_selfRef(std::make_shared<CLibraryStore*>(this)),
       i_songs(std::make_shared<CSongStore>(database, i_places)),
       i_backOff(backOffP == nullptr ? i_ownBackOff : *backOffP) {
     i_database.AddWatcher(*this);
 }
 
 CLibraryStore::~CLibraryStore() {
-    *i_selfRef = nullptr;
+    i_self.Empty();
     while (i_saveRef != nullptr && i_saveRef->runningB.load(std::memory_order_acquire)) WaitOneTurn();
     i_database.RemoveWatcher(*this);
 }
@@ -129,7 +128,7 @@ OSErr CLibraryStore::SaveLibrary(SaveForce force) {
     i_database.SetDirty(false);
     i_saveRef->runningB.store(true, std::memory_order_relaxed);
     const auto saveRef = i_saveRef;
-    if (CT_Preemptive::Start(std::make_unique<CT_Preemtive_SaveSongs>(saveRef, i_selfRef)) != 0) return noErr;
+    if (CT_Preemptive::Start(std::make_unique<CT_Preemtive_SaveSongs>(saveRef, i_self.Handle())) != 0) return noErr;
     saveRef->RunSongs();   // no thread can be had: then here
     SongsSaved(saveRef);
     return noErr;
@@ -137,7 +136,7 @@ OSErr CLibraryStore::SaveLibrary(SaveForce force) {
 
 void CLibraryStore::SongsSaved(const std::shared_ptr<CLibrarySave>& saveRef) {
     saveRef->runningB.store(true, std::memory_order_relaxed);
-    if (CT_Preemptive::Start(std::make_unique<CT_SDB_WritePList>(saveRef, i_selfRef)) != 0) return;
+    if (CT_Preemptive::Start(std::make_unique<CT_SDB_WritePList>(saveRef, i_self.Handle())) != 0) return;
     saveRef->RunLists();
     saveRef->runningB.store(false, std::memory_order_relaxed);
     Saved(saveRef);

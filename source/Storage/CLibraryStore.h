@@ -3,9 +3,10 @@
 #include <memory>
 
 #include "Core/CBackOff.h"
+#include "Library/CListWatcher.h"
 #include "Storage/CLibraryLoader.h"
 #include "Storage/CLibrarySave.h"
-#include "Library/CListWatcher.h"
+#include "Threads/CHandle.h"
 
 enum class SaveForce : bool {
     kDirty,   // what has changed since it was last written
@@ -16,8 +17,9 @@ enum class SaveForce : bool {
     which list and singer, and at which revision; songs, lists and singers count their changes themselves.
     Threads  main; the writing runs on a worker, one save at a time.
     Owner    whoever owns the database, which outlives it. The folder must be there; it is never made here, so that a
-   disc that went away is not written beside. Errors   a save that failed leaves the old files whole and the database
-   dirty, is told by one alert until one succeeds, and is tried again as CBackOff says. */
+             disc that went away is not written beside.
+    Errors   a save that failed leaves the old files whole and the database dirty, is told by one alert until one
+             succeeds, and is tried again as CBackOff says. */
 class CLibraryStore final : private CListWatcher {
 public:
     /** `backOffP`: who saves other things beside the library shares it; it outlives this. Null: one of its own. */
@@ -32,7 +34,7 @@ public:
     [[nodiscard]] const CFileRef& Root() const noexcept { return i_places.root; }
     [[nodiscard]] const LibraryReport& Report() const noexcept { return i_report; }
     /** Once dirty marks count: the load may have found what must be saved; songs that a damaged file lost are looked
-       for in the music folder. */
+        for in the music folder. */
     void AfterStart();
 
     /** Somebody is about to change the library: names of an old program, which some discs refuse, are changed, and a
@@ -40,7 +42,7 @@ public:
     void BeginChanges();
 
     /** Starts a save. noErr: it runs, or there is nothing to write. queueNotDoneErr: not now, ask again (another one
-       runs, or the last one failed a moment ago). opWrErr: the library is of a later program, or was not loaded. */
+        runs, or the last one failed a moment ago). opWrErr: the library is of a later program, or was not loaded. */
     OSErr SaveLibrary(SaveForce force);
     /** The same here and now; how it ended. For programs without a main loop, and tests. */
     OSErr SaveLibraryNow(SaveForce force);
@@ -82,7 +84,7 @@ private:
 
     CSongDatabase& i_database;
     const LibraryPlaces i_places;
-    const std::shared_ptr<CLibraryStore*> i_selfRef;
+    CHandled<CLibraryStore> i_self{this};
     const std::shared_ptr<CSongStore> i_songs;
     FileIdentity i_rootIdentity;                   // of the folder as it was loaded
     bool i_rootKnownB = false, i_filesB = false;   // `i_filesB`: library files stand in it

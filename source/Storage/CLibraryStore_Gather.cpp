@@ -1,7 +1,7 @@
 // What a save has to write, and what was written: the revisions of all that stands in files.
 #include "Core/CLog.h"
-#include "Storage/CLibraryStore.h"
 #include "Meta/CMetaManager.h"
+#include "Storage/CLibraryStore.h"
 #include "Storage/LibraryFileName.h"
 #include "Storage/LibraryImage.h"
 

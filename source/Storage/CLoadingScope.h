@@ -1,6 +1,6 @@
 #pragma once
-#include "Meta/CMetaManager.h"
 #include "Library/CSongDatabase.h"
+#include "Meta/CMetaManager.h"
 
 /** The database loads for as long as this lives: nothing becomes dirty or is queued, texts stay as the files have them.
     Main thread; one may lie inside another. */

@@ -3,8 +3,8 @@
 #include <array>
 
 #include "Library/CSongDatabase.h"
-#include "Storage/CSongStore.h"
 #include "SongFiles/FileTitle.h"
+#include "Storage/CSongStore.h"
 
 namespace {
 
@@ -73,7 +73,8 @@ CSong* CLostSongs::Make(const SongFileSet& set) {
     (void)record.Decode(all.first<SongRecord::kBytes>(), all.subspan(SongRecord::kBytes), SongFileOrder::kBig);
     CSong* const songP = i_storeRef->MakeLost(record);
     if (songP == nullptr) return nullptr;
-    for (const auto& [type, fileP] : {std::pair{SDB_SongFile_AUDIO, &set.audio}, {SDB_SongFile_VIDEO, &set.video}, {SDB_SongFile_ZIP, &set.zip}})
+    for (const auto& [type, fileP] :
+         {std::pair{SDB_SongFile_AUDIO, &set.audio}, {SDB_SongFile_VIDEO, &set.video}, {SDB_SongFile_ZIP, &set.zip}})
         if (!fileP->IsEmpty()) (void)songP->SetFile(type, *fileP);
     return songP;
 }

@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "Storage/CKeptSongs.h"
 #include "Library/LibrarySettings.h"
 #include "SongFiles/SongFileSets.h"
+#include "Storage/CKeptSongs.h"
 
 class CSong;
 class CSongDatabase;

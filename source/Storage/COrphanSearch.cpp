@@ -3,10 +3,10 @@
 #include <algorithm>
 
 #include "Core/CLog.h"
-#include "SongFiles/AddFilesToLibrary.h"
-#include "Storage/CLostSongs.h"
 #include "Library/CSongDatabase.h"
+#include "SongFiles/AddFilesToLibrary.h"
 #include "SongFiles/MakeSongOfFiles.h"
+#include "Storage/CLostSongs.h"
 
 namespace {
 

@@ -141,7 +141,8 @@ void CSingerLoader::TakeLeftOver(CSinger& singer, const PlaylistFile& file, cons
     PlaylistFile named = file;
     named.record.keys.Set("Name", SuperString(name));
     (void)take(named, kSourceDB_PLAYLIST);
-    const std::string words = "“" + singer.Name().UTF8() + "” has one list too many.  It is the playlist “" + name + "”.";
+    const std::string words =
+        "“" + singer.Name().UTF8() + "” has one list too many.  It is the playlist “" + name + "”.";
     Problem(words);
     ShowAlert(words, file.file.GetPath().string());
 }

@@ -75,7 +75,7 @@ private:
 };
 
 /** A relative path that is its own normal form for sure: nothing in it goes up, stays, or is empty. (One with a name
-   that begins with a dot is none of these, and is taken the long way.) */
+    that begins with a dot is none of these, and is taken the long way.) */
 bool IsPlain(std::string_view path) {
     return !path.empty() && path.front() != '/' && path.front() != '.' && path.back() != '/' &&
            path.find("//") == std::string_view::npos && path.find("/.") == std::string_view::npos;
@@ -171,9 +171,8 @@ SongRecord CSongRecordMeta::Make(std::uint32_t songID, const CMeta& song, CCFDic
         const CMetaValue& value = stored[SongFileKey(field.type)];
         if (value) record.Text(field.text) = StoredPath(field, value, record.flags);
     }
-    const bool placeB = std::ranges::any_of(
-        std::array{SongText::kAudioPath, SongText::kVideoPath, SongText::kZipPath},
-        [&record](SongText which) { return !record.Text(which).empty(); });
+    const bool placeB = std::ranges::any_of(std::array{SongText::kAudioPath, SongText::kVideoPath, SongText::kZipPath},
+                                            [&record](SongText which) { return !record.Text(which).empty(); });
     if (!placeB || stored["Msng"_key].Bool() == BoolValueType::kTrue) record.flags |= kSongFlag_Missing;
     rest = Rest(song);
     return record;

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "Meta/CMeta.h"
 #include "Library/CSongStatus.h"
+#include "Meta/CMeta.h"
 #include "Storage/SongRecord.h"
 
 /** Between a record of "Songs.vlb" and a song's values. Paths in the music folder stand in a record without it, so that

@@ -3,14 +3,14 @@
 #include <array>
 #include <limits>
 
-#include "Files/CDataFork.h"
 #include "Core/CLog.h"
+#include "Files/CDataFork.h"
 #include "Files/FSrObjects.h"
+#include "Library/CSongDatabase.h"
 #include "Storage/CKeptSongs.h"
 #include "Storage/CLibraryRestore.h"
 #include "Storage/CLoadingScope.h"
 #include "Storage/CScopedClock.h"
-#include "Library/CSongDatabase.h"
 #include "Storage/CSongFileReader.h"
 #include "Storage/CSongFileWriter.h"
 #include "Storage/CSongsXML.h"

@@ -3,8 +3,8 @@
 #include <limits>
 
 #include "Core/CLog.h"
-#include "Values/FileRefDictionary.h"
 #include "Library/CSongDatabase.h"
+#include "Values/FileRefDictionary.h"
 
 namespace {
 
@@ -13,10 +13,10 @@ struct Field {
     MetaKey key;
 };
 constexpr Field kSong_Texts[] = {{"Name", "name"_key},
-                            {"Artist", "arts"_key},
-                            {"Album", "albm"_key},
-                            {"Genre", "genr"_key},
-                            {"FreeDB extended data", "cmmt"_key}};
+                                 {"Artist", "arts"_key},
+                                 {"Album", "albm"_key},
+                                 {"Genre", "genr"_key},
+                                 {"FreeDB extended data", "cmmt"_key}};
 constexpr Field kNumbers[] = {{"Track Number", "trak"_key}, {"Year", "cryr"_key}, {"Times Sung", "tsng"_key}};
 struct Location {
     std::string_view name;

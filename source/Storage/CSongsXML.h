@@ -1,6 +1,6 @@
 #pragma once
-#include "Meta/CMeta.h"
 #include "Library/CSongStatus.h"
+#include "Meta/CMeta.h"
 #include "Storage/LibraryFiles.h"
 
 class CSongDatabase;

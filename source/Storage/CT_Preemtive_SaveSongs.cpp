@@ -9,7 +9,6 @@ OSErr CT_Preemtive_SaveSongs::Operate(OSErr err) {
 }
 
 OSErr CT_Preemtive_SaveSongs::Completion(OSErr err) {
-    if (const auto storeRef = i_storeRef.lock(); storeRef != nullptr && *storeRef != nullptr)
-        (*storeRef)->SongsSaved(i_saveRef);
+    if (CLibraryStore* const storeP = i_storeRef.Get(); storeP != nullptr) storeP->SongsSaved(i_saveRef);
     return err;
 }

@@ -1,8 +1,9 @@
 #pragma once
 #include <memory>
 
-#include "Threads/CT_Preemptive.h"
 #include "Storage/CLibrarySave.h"
+#include "Threads/CHandle.h"
+#include "Threads/CT_Preemptive.h"
 
 class CLibraryStore;
 
@@ -10,7 +11,7 @@ class CLibraryStore;
     Owner    itself; the store may go while it runs, then nobody hears of its end. */
 class CT_Preemtive_SaveSongs final : public CT_Preemptive {
 public:
-    CT_Preemtive_SaveSongs(std::shared_ptr<CLibrarySave> saveRef, std::weak_ptr<CLibraryStore*> storeRef)
+    CT_Preemtive_SaveSongs(std::shared_ptr<CLibrarySave> saveRef, CHandle<CLibraryStore> storeRef)
         : CT_Preemptive("No Kill: saving songs"), i_saveRef(std::move(saveRef)), i_storeRef(std::move(storeRef)) {}
 
 protected:
@@ -19,5 +20,5 @@ protected:
 
 private:
     std::shared_ptr<CLibrarySave> i_saveRef;
-    std::weak_ptr<CLibraryStore*> i_storeRef;   // locked on the main thread alone
+    CHandle<CLibraryStore> i_storeRef;
 };

@@ -9,7 +9,6 @@ OSErr CT_SDB_WritePList::Operate(OSErr err) {
 }
 
 OSErr CT_SDB_WritePList::Completion(OSErr err) {
-    if (const auto storeRef = i_storeRef.lock(); storeRef != nullptr && *storeRef != nullptr)
-        (*storeRef)->Saved(i_saveRef);
+    if (CLibraryStore* const storeP = i_storeRef.Get(); storeP != nullptr) storeP->Saved(i_saveRef);
     return err;
 }

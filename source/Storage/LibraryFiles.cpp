@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "Core/CLog.h"
-#include "Storage/PropertyListStream.h"
 #include "Library/ReadID.h"
+#include "Storage/PropertyListStream.h"
 
 namespace {
 
@@ -93,9 +93,7 @@ OSErr ReadLibraryIndex(const CFileRef& file, LibraryIndex& index) {
     return noErr;
 }
 
-OSErr WriteLibraryIndex(const CFileRef& file, const LibraryIndex& index) {
-    return WriteLibraryIndex(file, index, {});
-}
+OSErr WriteLibraryIndex(const CFileRef& file, const LibraryIndex& index) { return WriteLibraryIndex(file, index, {}); }
 
 OSErr WriteLibraryIndex(const CFileRef& file, const LibraryIndex& index,
                         const std::function<void(CCFXmlWriter&)>& writeFirst) {

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "Files/CFileRef.h"
-#include "Storage/PlaylistRecord.h"
 #include "Library/SingerRecord.h"
+#include "Storage/PlaylistRecord.h"
 
 /** The property-list files of the library, read and written as plain records. What a file holds that this program does
     not know is kept and written again.
@@ -35,7 +35,7 @@ OSErr WriteLibraryIndex(const CFileRef& file, const LibraryIndex& index,
                         const std::function<void(CCFXmlWriter&)>& writeFirst);
 
 /** A file of "Playlists", or "Tonight.xml", "Favorites.xml", "History.xml". Its items are there even if none stand in
- * it. */
+    it. */
 OSErr ReadPlaylistFile(const CFileRef& file, PlaylistRecord& playlist);
 OSErr WritePlaylistFile(const CFileRef& file, const PlaylistRecord& playlist);
 
@@ -59,5 +59,5 @@ OSErr ReadSongTable(const CFileRef& file, SongTable form, SongDictionaries& song
 OSErr WriteSongTable(const CFileRef& file, SongTable form, const SongDictionaries& songs);
 
 /** Gives a file that could not be read whole another name beside it, "Library (damaged 2024-02-29 12.00.01).xml", so
-   that no save takes its place. `file` names it there afterwards. Nothing is ever replaced by it. */
+    that no save takes its place. `file` names it there afterwards. Nothing is ever replaced by it. */
 OSErr SetAsideDamaged(CFileRef& file);

@@ -2,9 +2,9 @@
 
 #include <limits>
 
-#include "Values/CCFXmlWriter.h"
 #include "Core/CLog.h"
 #include "Library/ReadID.h"
+#include "Values/CCFXmlWriter.h"
 
 namespace {
 // The keys of a row.

@@ -37,4 +37,3 @@ struct PlaylistRecord {
     void Write(CCFXmlWriter& writer) const;
     friend bool operator==(const PlaylistRecord&, const PlaylistRecord&) = default;
 };
-

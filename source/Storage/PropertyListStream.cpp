@@ -1,7 +1,7 @@
 #include "Storage/PropertyListStream.h"
 
-#include "Files/CDataFork.h"
 #include "Core/CLog.h"
+#include "Files/CDataFork.h"
 #include "Files/CSafeSave.h"
 
 OSErr ReadPropertyListStream(const CFileRef& file, CCFXmlParser::Taker taker, CCFValue& root) {

@@ -1,9 +1,9 @@
 #pragma once
 #include <functional>
 
+#include "Files/CFileRef.h"
 #include "Values/CCFXmlParser.h"
 #include "Values/CCFXmlWriter.h"
-#include "Files/CFileRef.h"
 
 /** Reads a property list from front to end and hands each value to `taker` as it is complete, so that a list of a
     million rows never stands in memory as a tree. `root` gets what was not taken, and is untouched on failure; what was

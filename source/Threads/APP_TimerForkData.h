@@ -4,8 +4,8 @@
 #include <memory>
 #include <string>
 
-#include "Threads/ForkRecord.h"
 #include "Platform/CMainLoop.h"
+#include "Threads/ForkRecord.h"
 
 /** A timer's link to the main loop.
     Threads  Arm and the destructor on the main thread; GetFireInterval from any.

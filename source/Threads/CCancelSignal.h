@@ -13,7 +13,7 @@ public:
     void Cancel();
     [[nodiscard]] bool IsCancelled() const noexcept { return i_cancelledB.load(); }
     /** `hook` is called once, by Cancel, or now if that has been. It is short, waits for nothing, and may find that
-       what it was to wake has gone. */
+        what it was to wake has gone. */
     void OnCancel(std::function<void()> hook);
 
 private:

@@ -2,8 +2,8 @@
 #include <atomic>
 #include <cstdint>
 
-#include "Threads/CSemaphore.h"
 #include "Platform/OSErr.h"
+#include "Threads/CSemaphore.h"
 
 /** Where a call object lives: kNo is the heap, and it deletes itself once it is done. */
 enum class StackHeld : bool { kNo, kYes };
@@ -16,10 +16,11 @@ using ForkID = std::int32_t;
 
 /** A call to be run on the main thread. Subclasses are named MT_... or CMainThread_...; ids go in, a status comes out.
     Threads  made and called on any; Operate runs on the main thread, in the order of posting, with no lock of this
-   layer held. On a cooperative thread, which counts as the main thread, it runs in place. Owner    a heap object
-   belongs to itself from Call, Fork or Post on: do not touch it afterwards. One on the stack must be called with kWait.
+             layer held. On a cooperative thread, which counts as the main thread, it runs in place.
+    Owner    a heap object belongs to itself from Call, Fork or Post on: do not touch it afterwards. One on the stack
+             must be called with kWait.
     Errors   the status of Operate; abortErr when there is no application to run it (any more). An exception of Operate
-   is logged and becomes abortErr. */
+             is logged and becomes abortErr. */
 class CMainThreadProc {
 public:
     /** `nameZ` is for logs and must stay. */
@@ -45,7 +46,7 @@ protected:
     /** The body of the call. */
     virtual OSErr Operate() = 0;
     /** Lets the waiting caller go on, or disposes of a call that nobody waits for. Last: the object may be gone after
-     * it. */
+        it. */
     virtual void Done();
 
 private:

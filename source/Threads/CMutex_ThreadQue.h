@@ -45,9 +45,10 @@ struct QueLink {
 };
 
 /** A named work queue: runs its elements one after the other on a thread of its own, which starts when there is
-   something to do after a Quit. Elements that finish themselves later run beside each other, as many as the limit
-   allows. States   idle (no thread, quit flag set), working, quitting, finished, deleted. Threads  any. Not to be
-   destroyed by one of its own elements. Locks    its own before those of its flags; none is held while an element runs.
+    something to do after a Quit. Elements that finish themselves later run beside each other, as many as the limit
+    allows. States   idle (no thread, quit flag set), working, quitting, finished, deleted.
+    Threads  any. Not to be destroyed by one of its own elements. Locks    its own before those of its flags; none is
+             held while an element runs.
     Errors   an element without a routine gives paramErr; one that is dropped by Quit or Abort gives abortErr. */
 class CMutex_ThreadQue : public CMutex {
 public:
@@ -62,7 +63,7 @@ public:
     OSErr Add(CT_QueElement element);
     OSErr AddVec(std::vector<CT_QueElement> elements);
     /** Drops what waits and ends the thread. With `waitB` it comes back when that is done, and nothing is taken any
-     * more. */
+        more. */
     void Quit(bool waitB);
     /** Drops what waits; what is added afterwards runs. */
     void Abort();
@@ -73,7 +74,7 @@ public:
     /** An id whose elements run in spite of the limit. */
     void Allow(short id, bool allowB);
     /** Tells `owner` once, when the last element is done; on the thread of that element. The owner must not delete the
-       queue on the spot, but may post a call that does. */
+        queue on the spot, but may post a call that does. */
     void SetAutoDispose(OwnerProc owner);
     /** Looks again at what may run, for instance once the application is ready. */
     void WakeUp() { i_wake_up.Signal(); }

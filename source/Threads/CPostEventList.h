@@ -15,10 +15,10 @@ using PostEventKind = std::uint32_t;
 inline constexpr PostEventKind kPostEvent_Call = PostEventCode("Call");
 
 /** Events put off until the end of a pass of the run loop, and the calls to the main thread that came while there was
-   no window to catch them. Order    events are taken from the newest to the oldest; the calls among them run last, in
-   the order of their posting, as they would have from the message queue. Threads  Add and AddCall from any; the rest on
-   the main thread. No lock is held while an event is handled. Errors   a call that never ran is destroyed with the
-   list, which tells whoever waits for it. */
+    no window to catch them. Order    events are taken from the newest to the oldest; the calls among them run last, in
+    the order of their posting, as they would have from the message queue.
+    Threads  Add and AddCall from any; the rest on the main thread. No lock is held while an event is handled.
+    Errors   a call that never ran is destroyed with the list, which tells whoever waits for it. */
 class CPostEventList {
 public:
     using Call = std::function<void()>;

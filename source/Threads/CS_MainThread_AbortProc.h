@@ -7,7 +7,7 @@
 #include "Threads/CMutex.h"
 
 /** Base of the calls that a long task makes at its end, and by which it learns meanwhile that it has been cancelled.
-   Abort and IsAborted from any thread, as long as the object is there. */
+    Abort and IsAborted from any thread, as long as the object is there. */
 class CS_MainThread_AbortProc : public CMainThreadProc {
 public:
     explicit CS_MainThread_AbortProc(const char* nameZ = "abort proc", StackHeld held = StackHeld::kNo)

@@ -2,8 +2,8 @@
 #include <cstdint>
 #include <memory>
 
-#include "Threads/WaitMode.h"
 #include "Platform/OSErr.h"
+#include "Threads/WaitMode.h"
 
 /** A signal that one wait takes. The main thread keeps its messages flowing while it waits.
     Threads  any. It may be destroyed under its waiters: they return with the stored status.

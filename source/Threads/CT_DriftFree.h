@@ -6,9 +6,10 @@
 #include "Threads/CT_Preemptive.h"
 
 /** A thread that calls Tick on a fixed grid: it sleeps until the next point of the grid, not for a period, so that no
-   error adds up. A tick that was late shortens the sleeps after it; lost ticks are made up without sleeping. When there
-   is nothing to do it rests until it is woken, and the grid begins there. Units the period in microseconds; a new one
-   holds from the next tick on. Threads  Tick on its own; the rest from any, as long as the object is known to live. */
+    error adds up. A tick that was late shortens the sleeps after it; lost ticks are made up without sleeping. When
+    there is nothing to do it rests until it is woken, and the grid begins there. Units the period in microseconds; a
+    new one holds from the next tick on.
+    Threads  Tick on its own; the rest from any, as long as the object is known to live. */
 class CT_DriftFree : public CT_Preemptive {
 public:
     void SetPeriod(long microseconds) { i_periodL.Set(microseconds); }

@@ -5,9 +5,10 @@
 #include "Threads/ForkRecord.h"
 
 /** Base of a task with a thread of its own. Operate is its body, Completion runs on the main thread, after which the
-   object is deleted there. Start forks a task that is wholly made: a constructor that started its own thread would let
-   Operate run on an object whose last lines are not written yet. Errors   the result is the first failure of Operate
-   and Completion. Start answers 0, and destroys the task, when no thread can be had. */
+    object is deleted there. Start forks a task that is wholly made: a constructor that started its own thread would let
+    Operate run on an object whose last lines are not written yet.
+    Errors   the result is the first failure of Operate and Completion. Start answers 0, and destroys the task, when no
+             thread can be had. */
 class CT_Task {
 public:
     virtual ~CT_Task() = default;

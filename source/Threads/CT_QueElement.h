@@ -7,10 +7,10 @@
 class CMutex_ThreadQue;
 struct QueLink;
 
-/** An element of a queue. Its copies are one element: it is finished once.
-    An entry routine that answers queueNotDoneErr keeps a copy and calls Finish later, from any thread; the queue may
-   have gone by then. Threads  entry on the queue's thread, or on the main thread for a queue that runs its elements
-   there; the completion on the queue's thread, or on the one that calls Finish. */
+/** An element of a queue. Its copies are one element: it is finished once. An entry routine that answers
+    queueNotDoneErr keeps a copy and calls Finish later, from any thread; the queue may have gone by then.
+    Threads  entry on the queue's thread, or on the main thread for a queue that runs its elements there; the completion
+             on the queue's thread, or on the one that calls Finish. */
 class CT_QueElement {
 public:
     using Entry = std::function<OSErr(CT_QueElement& element)>;

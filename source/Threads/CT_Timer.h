@@ -6,9 +6,9 @@
     Units    seconds; -1.0 is off.
     Threads  made on the main thread (armed at once) or on another (armed by its first SetFireInterval, when its
              constructor is surely over). Timer, Fire and the destructor on the main thread. SetFireInterval, Restart
-   and Dispose from any, as long as the object is known to live; SetInterval, by identifier, always. Owner    on the
-   heap; it belongs to the map of forks and goes with its fork, or when it is deleted earlier. It may be deleted or
-   killed from within its own Timer. While it runs it does not fire again inside itself. */
+             and Dispose from any, as long as the object is known to live; SetInterval, by identifier, always.
+    Owner    on the heap; it belongs to the map of forks and goes with its fork, or when it is deleted earlier. It may
+             be deleted or killed from within its own Timer. While it runs it does not fire again inside itself. */
 class CT_Timer : public APP_TimerForkData {
 public:
     CT_Timer(const char* nameZ, double intervalF, bool idleB = false);

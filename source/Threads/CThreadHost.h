@@ -5,9 +5,9 @@
 #include <string_view>
 #include <utility>
 
+#include "Platform/CMainLoop.h"
 #include "Threads/CCancelSignal.h"
 #include "Threads/CPostEventList.h"
-#include "Platform/CMainLoop.h"
 
 class CMainThreadProc;
 
@@ -35,15 +35,15 @@ private:
 
 /** What the thread layer needs of the application; `CApp` is one, a test brings its own.
     Threads  each operation says which. Those for any thread must not wait for the main thread: they run under a lock
-   that Install takes. Owner    whoever installs it; it must stay until it is taken out again. */
+             that Install takes.
+    Owner    whoever installs it; it must stay until it is taken out again. */
 class CThreadHost {
 public:
     virtual ~CThreadHost() = default;
 
     /** The message queue; the same one as long as this host is installed. Any thread. */
     [[nodiscard]] virtual CMainLoop& MainLoop() = 0;
-    /** True when calls can be posted to the main loop: the main window stands (or there will never be one). Any thread.
-     */
+    /** True when calls can be posted to the main loop: the main window stands (or there will never be one). Any thread. */
     [[nodiscard]] virtual bool HasMainWindow() const = 0;
     /** The last act of the start-up is over. Any thread. */
     [[nodiscard]] virtual bool IsAppReady() const = 0;

@@ -6,9 +6,9 @@
 #include <system_error>
 #include <thread>
 
-#include "Threads/APP_TimerForkData.h"
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
+#include "Threads/APP_TimerForkData.h"
 #include "Threads/CMutex_ThreadQue_MainThread.h"
 #include "Threads/CThreadHost.h"
 #include "Threads/ThreadInfo.h"

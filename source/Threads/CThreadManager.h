@@ -27,7 +27,7 @@ public:
     /** Enters a timer; it belongs to the map from now on. On the main thread it is armed at once. */
     static ForkID ForkTimer(ForkKind kind, APP_TimerForkData& timer, const char* nameZ);
     /** Ends a fork. `removeB`: forgets a thread without waiting for it. `selfB`: the fork ends itself. Any thread; not
-       for the caller's own thread, unless selfB. */
+        for the caller's own thread, unless selfB. */
     static void Kill(ForkID id, bool removeB, bool selfB);
     /** A fork that is not killed by force; the prefix is put before the name. */
     static void SetNoKill(ForkID id);

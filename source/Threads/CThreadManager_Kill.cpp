@@ -1,15 +1,15 @@
 // How forks end: the second half of CThreadManager.
 #include <thread>
 
-#include "Threads/APP_TimerForkData.h"
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
+#include "Platform/CClock.h"
+#include "Threads/APP_TimerForkData.h"
 #include "Threads/CThreadHost.h"
 #include "Threads/CThreadManager.h"
 #include "Threads/ThreadInfo.h"
 #include "Threads/WaitMode.h"
 #include "Threads/WaitUntil.h"
-#include "Platform/CClock.h"
 
 namespace {
 

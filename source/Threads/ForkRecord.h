@@ -5,8 +5,8 @@
 #include <string>
 #include <thread>
 
-#include "Threads/CMainThreadProc.h"
 #include "Platform/OSErr.h"
+#include "Threads/CMainThreadProc.h"
 
 class APP_TimerForkData;
 class CForkMap;
@@ -19,8 +19,8 @@ using ForkCompletion = std::function<OSErr(void* dataP, OSErr err)>;
 
 /** One fork: a thread or a timer.
     Threads  the atomics from any; `thread` and `name` under the lock of the map; `timerDataP`, `deleteAfterB` on the
-   main thread alone; the rest is fixed once the fork has started. Owner    shared by the map, the thread itself, and
-   whoever waits for its end. */
+             main thread alone; the rest is fixed once the fork has started.
+    Owner    shared by the map, the thread itself, and whoever waits for its end. */
 struct ForkRecord {
     ForkKind kind{};
     ForkID id = 0;
@@ -41,5 +41,5 @@ struct ForkRecord {
 };
 
 /** The body of every fork: tags the thread, runs the entry routine and the completion, ends the fork. A timer passes
-   here each time it fires. */
+    here each time it fires. */
 OSErr ThreadWrapper(const std::shared_ptr<ForkRecord>& forkP);

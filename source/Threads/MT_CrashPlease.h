@@ -2,7 +2,7 @@
 #include "Threads/CMainThreadProc.h"
 
 /** The guard of a routine that finds itself on the wrong thread: the assertion is reported on the main thread, where it
-   can be shown. Any thread. */
+    can be shown. Any thread. */
 class MT_CrashPlease final : public CMainThreadProc {
 public:
     /** Reports `expressionZ`, which must stay. */

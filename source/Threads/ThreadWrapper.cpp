@@ -1,9 +1,9 @@
 #include <exception>
 #include <new>
 
-#include "Threads/APP_TimerForkData.h"
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
+#include "Threads/APP_TimerForkData.h"
 #include "Threads/CMutex.h"
 #include "Threads/CThreadHost.h"
 #include "Threads/CThreadManager.h"

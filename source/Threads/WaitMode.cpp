@@ -4,11 +4,11 @@
 #include <chrono>
 #include <thread>
 
+#include "Platform/CClock.h"
 #include "Threads/CT_Timer.h"
 #include "Threads/CThreadHost.h"
 #include "Threads/CThreadManager.h"
 #include "Threads/ThreadInfo.h"
-#include "Platform/CClock.h"
 
 namespace {
 

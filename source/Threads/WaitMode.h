@@ -17,7 +17,7 @@ void Wait(double seconds, WaitMode mode = WaitMode::kMain_TimersPaint);
 
 /** One turn of a wait on the main thread: at most one call, one paint and one timer message, then the calls that were
     posted before the application was ready. A timer that runs is held back when the user did something. Elsewhere:
-   nothing. True when something was dispatched. */
+    nothing. True when something was dispatched. */
 bool PumpLimited();
 /** One turn of `mode` on the main thread, without waiting; true when something was dispatched. */
 bool PumpTurn(WaitMode mode);

@@ -1,9 +1,9 @@
 #include "Threads/WaitUntil.h"
 
+#include "Platform/CClock.h"
 #include "Threads/CThreadHost.h"
 #include "Threads/ThreadInfo.h"
 #include "Threads/WaitMode.h"
-#include "Platform/CClock.h"
 
 void WaitUntil(const std::function<bool()>& doneB, double mostT) {
     const CClock& clock = CClock::Get();

@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "Core/Base64.h"
-#include "Values/CCFDictionary.h"
 #include "Core/CLog.h"
+#include "Values/CCFDictionary.h"
 #include "Values/PropertyListDate.h"
 
 namespace {

@@ -6,9 +6,9 @@
 #include <cmath>
 
 #include "Core/Base64.h"
+#include "Core/UTF8.h"
 #include "Values/CCFDictionary.h"
 #include "Values/PropertyListDate.h"
-#include "Core/UTF8.h"
 
 namespace {
 

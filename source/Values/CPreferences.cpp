@@ -3,10 +3,10 @@
 #include <array>
 
 #include "Core/CLog.h"
+#include "Values/FileRefDictionary.h"
 #include "Values/PreferenceCorrections.h"
 #include "Values/PreferenceTable.h"
 #include "Values/PropertyList.h"
-#include "Values/FileRefDictionary.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <optional>
 #include <vector>
 
-#include "Values/CCFPrefDictionary.h"
-#include "Threads/CMutex.h"
 #include "Files/ReplaceFile.h"
+#include "Threads/CMutex.h"
+#include "Values/CCFPrefDictionary.h"
 
 /** Where the preferences are: the file, and the name that it had in older versions, read when the first is missing. */
 struct PrefsFiles {

@@ -16,7 +16,7 @@ enum class DateForm {
 inline constexpr int kDateForm_Count = 7;
 
 /** In English, in the zone of that name ("Europe/Berlin"); an empty one is the machine's. Any thread. Empty when the
-   date has no form. */
+    date has no form. */
 [[nodiscard]] SuperString PrintDate(CFDate date, DateForm form, std::string_view zone = {});
 /** The whole text must be of that form; a text without a zone is in `zone`. paramErr when it is not. */
 OSErr ParseDate(std::string_view text, DateForm form, CFDate& date, std::string_view zone = {});

@@ -1,6 +1,6 @@
 #pragma once
-#include "Values/CCFDictionary.h"
 #include "Files/CFileRef.h"
+#include "Values/CCFDictionary.h"
 
 /** The dictionary by which every library file names a file: "type" 2 with "alias", 3 with nothing, 4 with "path".
     Errors   paramErr for an empty reference, which has no form. May resolve `file`. */

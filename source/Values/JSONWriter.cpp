@@ -6,10 +6,10 @@
 #include <cstdio>
 
 #include "Core/Base64.h"
-#include "Values/CCFDictionary.h"
-#include "Values/DateForms.h"
 #include "Core/UTF8.h"
 #include "Platform/CClock.h"
+#include "Values/CCFDictionary.h"
+#include "Values/DateForms.h"
 
 namespace {
 

@@ -41,5 +41,5 @@ struct PrefRow {
 /** Null for a key that the table does not know. */
 [[nodiscard]] const PrefRow* FindPreference(std::string_view key) noexcept;
 /** `value` when it is of `type`, or a number or switch that a person wrote in a neighbouring form (5 for 5.0, 5.0 for
-   5, 1 for true); else nothing. */
+    5, 1 for true); else nothing. */
 [[nodiscard]] std::optional<CCFValue> AsType(const CCFValue& value, CFType type);

@@ -6,11 +6,11 @@
 #include <cmath>
 #include <filesystem>
 
+#include "Core/UTF8.h"
 #include "Files/CFileRef.h"
 #include "Values/FileRefDictionary.h"
 #include "Values/PreferenceTable.h"
 #include "Values/PropertyListDate.h"
-#include "Core/UTF8.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 #include <cerrno>
 #include <vector>
 
+#include "Files/CDataFork.h"
 #include "Values/CCFXmlParser.h"
 #include "Values/CCFXmlWriter.h"
-#include "Files/CDataFork.h"
 
 OSErr ReadPropertyList(std::span<const std::byte> bytes, CCFValue& value) {
     CCFXmlParser parser;

@@ -1,8 +1,8 @@
 #pragma once
+#include <memory>
 #include <QProcess>
 #include <QString>
 #include <QStringList>
-#include <memory>
 
 /** Whether the machine's graphics card draws the video windows, by OpenGL. It scales pictures for nothing, but a driver
     may crash, hang or be a program that draws with the processor, far slower than the toolkit does: this program is run

@@ -65,8 +65,7 @@ public:
         i_nudge.setSingleShot(true);
         i_nudge.setInterval(kNudge_Milliseconds);
         connect(&i_nudge, &QTimer::timeout, this, [this] {
-            if (!Held())
-                QCoreApplication::eventDispatcher()->wakeUp();   // else the end of the dispatch starts it anew
+            if (!Held()) QCoreApplication::eventDispatcher()->wakeUp();   // else the end of the dispatch starts it anew
         });
         i_retry.setSingleShot(true);
         i_retry.setInterval(kNudge_Milliseconds);
@@ -203,9 +202,9 @@ private:
     double i_inputT = CClock::Get().SteadyT();
     const bool i_x11B = QGuiApplication::platformName() == "xcb";
     bool i_hiddenB = false;   // a dispatch without the user's messages may have passed over some
-    bool i_heldB = false;    // Qt dispatches for us
-    int i_heldLevelL = 0;    // the depth of Qt's loops when it began to
-    bool i_eatB = false;    // input is being flushed
+    bool i_heldB = false;     // Qt dispatches for us
+    int i_heldLevelL = 0;     // the depth of Qt's loops when it began to
+    bool i_eatB = false;      // input is being flushed
 };
 
 CMainLoop_Qt::CMainLoop_Qt() : i_receiverP(std::make_unique<Receiver>()) {}

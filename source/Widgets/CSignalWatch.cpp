@@ -1,10 +1,10 @@
 #include "Widgets/CSignalWatch.h"
 
-#include <cerrno>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
+#include <cerrno>
 
 namespace {
 

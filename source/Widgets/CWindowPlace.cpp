@@ -146,7 +146,8 @@ void CWindowPlace::SetNormal(const QRect& wanted) {
 
 void CWindowPlace::SetNormalBeside(const QWidget& other) {
     const QList<QScreen*> screens = QGuiApplication::screens();
-    const auto found = std::ranges::find_if(screens, [&other](const QScreen* screenP) { return screenP != other.screen(); });
+    const auto found =
+        std::ranges::find_if(screens, [&other](const QScreen* screenP) { return screenP != other.screen(); });
     const bool aloneB = found == screens.end();
     const QRect room = (aloneB ? other.screen() : *found)->availableGeometry();
     QRect place(QPoint(), i_window.size().boundedTo(room.size()));

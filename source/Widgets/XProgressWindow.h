@@ -24,6 +24,6 @@ protected:
     bool eventFilter(QObject* watchedP, QEvent* eventP) override;
 
 private:
-    QLabel* i_textP;         // children, owned by Qt
+    QLabel* i_textP;   // children, owned by Qt
     QProgressBar* i_barP;
 };

@@ -13,8 +13,8 @@
 
 namespace {
 
-constexpr int kIndicator = 17;     // pixels of a mark
-constexpr int kBox_Height = 30;    // of what opens, or holds a number, at the least
+constexpr int kIndicator = 17;    // pixels of a mark
+constexpr int kBox_Height = 30;   // of what opens, or holds a number, at the least
 constexpr qreal kBox_Radius = 6;
 constexpr int kDrop_Width = 2;
 constexpr qreal kDisabled_Opacity = 0.45;

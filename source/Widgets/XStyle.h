@@ -1,9 +1,11 @@
 #pragma once
 #include <QProxyStyle>
 
-/** Draws what a style sheet cannot without picture files: the marks of check boxes and radio buttons, boxes that open and
-    boxes of numbers, in the colours of the look of now. A wheel that rolls over a page changes none of them. All else is
-    Fusion's. Threads  main. Owner    the toolkit. */
+/** Draws what a style sheet cannot without picture files: the marks of check boxes and radio buttons, boxes that open
+    and boxes of numbers, in the colours of the look of now. A wheel that rolls over a page changes none of them. All
+    else is Fusion's.
+    Threads  main.
+    Owner    the toolkit. */
 class XStyle final : public QProxyStyle {
 public:
     XStyle();

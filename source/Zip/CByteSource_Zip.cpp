@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <array>
 
-#include "Files/CByteSource_File.h"
 #include "Core/CLog.h"
+#include "Files/CByteSource_File.h"
 #include "Zip/ZipRecords.h"
 
 namespace {

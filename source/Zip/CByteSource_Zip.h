@@ -9,12 +9,13 @@
 #include "Zip/CZipUnpacker.h"
 
 /** One member of a zip, read in place: nothing is unpacked to a file or held whole in memory. A packed member keeps
-   saved states of its unpacker, at most 24, so that a step back unpacks a small part again (512 KB, or a 24th of a big
-   member) and not all from the start. Threads  one at a time, Abort any; two members of one zip may be read on two
-   threads, each by a source of its own. Owner    its own open file. Errors   as CByteSource, abortErr among them;
-   Fault() has the reason, and one line is in the log. Never more than the size that the directory tells is given. A
-   member that holds more or less, or, when all of it was read, has another checksum, fails at its end, with all the
-   bytes given before. */
+    saved states of its unpacker, at most 24, so that a step back unpacks a small part again (512 KB, or a 24th of a big
+    member) and not all from the start.
+    Threads  one at a time, Abort any; two members of one zip may be read on two threads, each by a source of its own.
+    Owner    its own open file.
+    Errors   as CByteSource, abortErr among them; Fault() has the reason, and one line is in the log. Never more than
+             the size that the directory tells is given. A member that holds more or less, or, when all of it was read,
+             has another checksum, fails at its end, with all the bytes given before. */
 class CByteSource_Zip final : public CByteSource {
 public:
     /** `member` is one that CZipArchive found in `zip`; it is copied. */

@@ -19,12 +19,12 @@ public:
     static constexpr std::uint8_t kKind_LITERAL = 0x80, kKind_END = 0x40, kKind_BAD = 0x20, kKind_TABLE = 0xC0;
 
     /** Makes the table of the code with these lengths, 0 for symbols that are not in it. `meaning` gives value and kind
-       of each symbol. False when more codes are told than there is room for, or, but for a single code of one bit and
-       for no code at all, when fewer. */
+        of each symbol. False when more codes are told than there is room for, or, but for a single code of one bit and
+        for no code at all, when fewer. */
     bool Build(std::span<const std::uint8_t> lengths, std::span<const Entry> meaning) noexcept;
 
     /** The entry of the code at the low end of `bits`, with the whole code's length in `bitsL`. Bits above those that
-       are known count as 0: the caller compares `bitsL` with what he has. */
+        are known count as 0: the caller compares `bitsL` with what he has. */
     [[nodiscard]] Entry Find(std::uint64_t bits) const noexcept {
         const Entry first = i_entries[bits & ((1U << kRoot_Bits) - 1)];
         if (first.kind != kKind_TABLE) [[likely]]

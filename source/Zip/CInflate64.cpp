@@ -314,7 +314,7 @@ bool CInflate64::Match() noexcept {
 }
 
 /** From `i_distanceL` back. Where the two run into each other, what was just written is read again, as the format
- * wants. */
+    wants. */
 void CInflate64::CopyMatch(std::size_t countL) noexcept {
     std::size_t fromL = (i_atL - i_distanceL) & (kWindow - 1), toL = i_atL;
     i_freshL += countL;

@@ -7,10 +7,10 @@
 #include "Zip/CHuffmanTable.h"
 
 /** Decompresses deflate64, which zlib does not know: deflate with a window of 64 KB, distance codes 30 and 31, and
-   length code 285 with 16 extra bits. Takes the data in pieces of any size and goes on where it stopped. A copy is a
-   saved state. Memory   all in the object, 80 KB and a little; nothing is allocated. Threads  one at a time. Errors
-   kBad for data that are no deflate64; it stays. No input makes it write outside `out`. Source   RFC 1951; .ZIP File
-   Format Specification (APPNOTE.TXT), 4.4.5, method 9. */
+    length code 285 with 16 extra bits. Takes the data in pieces of any size and goes on where it stopped. A copy is a
+    saved state. Memory   all in the object, 80 KB and a little; nothing is allocated.
+    Threads  one at a time. Errors kBad for data that are no deflate64; it stays. No input makes it write outside `out`.
+    Source   RFC 1951; .ZIP File Format Specification (APPNOTE.TXT), 4.4.5, method 9. */
 class CInflate64 {
 public:
     enum class Status : unsigned char {

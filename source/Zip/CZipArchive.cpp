@@ -1,7 +1,7 @@
 #include "Zip/CZipArchive.h"
 
-#include "Files/CByteSource_File.h"
 #include "Core/CLog.h"
+#include "Files/CByteSource_File.h"
 #include "Zip/ZipDirectory.h"
 
 OSErr CZipArchive::Open(const CFileRef& file) {

@@ -22,7 +22,7 @@ public:
     [[nodiscard]] const std::vector<CZipMember>& Members() const { return i_members; }
     [[nodiscard]] ZipFault Fault() const { return i_fault; }
     /** Read by the headers of the members: names and sizes are less sure, and what lay behind the damage may be
-     * missing. */
+        missing. */
     [[nodiscard]] bool IsRepaired() const { return i_repairedB; }
 
 private:

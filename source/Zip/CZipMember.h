@@ -31,5 +31,5 @@ struct CZipMember {
 
 /** The name of a member as UTF-8: as it stands with `utf8B` (what is no UTF-8 becomes U+FFFD), else from code page 437.
    A name in valid UTF-8 beyond ASCII is taken for it even without the flag: many programs forget to set it. Source .ZIP
-   File Format Specification (APPNOTE.TXT), appendix D. */
+    File Format Specification (APPNOTE.TXT), appendix D. */
 [[nodiscard]] std::string ZipName(std::string_view bytes, bool utf8B);

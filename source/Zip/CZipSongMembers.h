@@ -4,8 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "Zip/CZipMember.h"
 #include "Files/ZipSongKinds.h"
+#include "Zip/CZipMember.h"
 
 /** Which members of a zip are the song, however the members are named and wherever in it they lie. Indexes into the
     members that Choose was given. Pure. */

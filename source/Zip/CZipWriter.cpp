@@ -8,11 +8,11 @@
 #include <utility>
 #include <vector>
 
-#include "Files/CDataFork.h"
 #include "Core/CLog.h"
-#include "Zip/CZipMember.h"
-#include "Files/FSrObjects.h"
 #include "Core/UTF8.h"
+#include "Files/CDataFork.h"
+#include "Files/FSrObjects.h"
+#include "Zip/CZipMember.h"
 
 namespace {
 

@@ -7,9 +7,11 @@
 #include "Files/CFileRef.h"
 
 /** Packs files into a new zip: deflate, names in UTF-8, 64-bit records where they are needed. One that was not closed
-   with noErr leaves no file behind. Units    bytes of the files that go in. Threads  one, a worker; Abort and DoneBytes
-   from any. Errors   the first failure stays and is answered by every later call; dskFulErr when the disk is full,
-   abortErr after Abort. A call that failed at the system leaves its line in the log. */
+    with noErr leaves no file behind.
+    Units    bytes of the files that go in.
+    Threads  one, a worker; Abort and DoneBytes from any.
+    Errors   the first failure stays and is answered by every later call; dskFulErr when the disk is full, abortErr
+             after Abort. A call that failed at the system leaves its line in the log. */
 class CZipWriter {
 public:
     enum class Effort : bool { kUsual, kFast };   // kFast: a third of the time, some more bytes

@@ -78,8 +78,7 @@ ZipFault ReadCentral(ZipBytes& bytes, std::uint64_t moved, std::uint64_t directo
     return ZipFault::kNone;
 }
 
-/** Members that reach into the next one: the way to make a small file unpack to a huge one, and never made in earnest.
- */
+/** Members that reach into the next one: the way to make a small file unpack to a huge one, and never made in earnest. */
 void FindOverlaps(std::vector<CZipMember>& members) {
     std::vector<std::size_t> order(members.size());
     std::iota(order.begin(), order.end(), std::size_t{0});

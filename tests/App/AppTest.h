@@ -1,11 +1,11 @@
 #pragma once
+#include <gtest/gtest.h>
 #include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <sstream>
 
-#include "App/CAppWindows_None.h"
 #include "App/CApp.h"
+#include "App/CAppWindows_None.h"
 #include "Core/CLog.h"
 #include "Platform/CClock.h"
 #include "Platform/CFolders.h"
@@ -31,7 +31,10 @@ protected:
         fs::remove_all(i_folder);
     }
     AppSetup MakeSetup() {
-        return {.loop = i_loop, .ui = i_ui, .windows = i_windows, .resources = fs::path(VOPLA_SOURCE_DIR) / "resources",
+        return {.loop = i_loop,
+                .ui = i_ui,
+                .windows = i_windows,
+                .resources = fs::path(VOPLA_SOURCE_DIR) / "resources",
                 .prefs = PrefsFilesFor(i_folder / "config")};
     }
     std::string LogText() const {

@@ -1,17 +1,17 @@
 #include "App/CAppSaves.h"
 
+#include <sys/stat.h>
 #include <atomic>
 #include <map>
 #include <set>
-#include <sys/stat.h>
 #include <thread>
 
 #include "App/AppTest.h"
 #include "App/CSaveTarget.h"
-#include "SongFiles/CLibraryCommands.h"
 #include "Library/CSongDatabase.h"
 #include "Platform/CFileCalls_Faults.h"
 #include "Platform/ScriptedClock.h"
+#include "SongFiles/CLibraryCommands.h"
 
 namespace {
 

@@ -1,16 +1,17 @@
 #include "App/CApp.h"
 
+#include <gtest/gtest.h>
 #include <deque>
 #include <filesystem>
 #include <fstream>
 #include <future>
-#include <gtest/gtest.h>
 #include <iostream>
 #include <map>
 #include <sstream>
 #include <thread>
 
 #include "App/AppTest.h"
+#include "App/CAlerts.h"
 #include "App/CAppSaves.h"
 #include "App/CSaveTarget.h"
 #include "App/MemoryWarning.h"
@@ -18,18 +19,17 @@
 #include "App/SaveRules.h"
 #include "App/TVoplaApp.h"
 #include "Core/Assertions.h"
-#include "App/CAlerts.h"
-#include "Threads/CMainThreadProc.h"
 #include "Graphics/CArtworkPort.h"
 #include "Graphics/CGraphics.h"
 #include "Graphics/COffscreen.h"
 #include "Graphics/Png.h"
 #include "Graphics/PortTest.h"
-#include "Meta/CMetaManager.h"
 #include "Library/CSongDatabase.h"
+#include "Meta/CMetaManager.h"
 #include "Platform/CClock.h"
 #include "Platform/CUserInterface_Plain.h"
 #include "Play/CPlayControl.h"
+#include "Threads/CMainThreadProc.h"
 
 namespace {
 
@@ -38,14 +38,35 @@ TEST_F(AppTest, StartsAndQuitsInTheToldOrder) {
     EXPECT_EQ(gApp, nullptr);
     const std::string log = LogText();
     std::size_t from = 0;
-    for (const char* const wordsZ :
-         {"initting prefs", "New Vopla", "Thread Manager Initted", "Loading Plugins", "Creating Song Database",
-          "Installing event handlers", "new timer <idle timer save>", "new timer <idle timer log Time>",
-          "new timer <idle timer no sleep>", "new timer <idle timer graphics>", "new timer <idle timer app>",
-          "Getting App Res Folder", "Creating task manager", "Loading Database", "Creating Browser Window",
-          "Initializing Fast CDG Upscaling", "Showing Windows", "Flushing Events", "Ready!", "Quitting",
-          "Shutting down Web Server", "Saving Database…", "Hide Windows", "Timers: 5", "closing prefs",
-          "Done: Saving Preferences", "Shutting down thread manager", "closing database", "Quit Successful"}) {
+    for (const char* const wordsZ : {"initting prefs",
+                                     "New Vopla",
+                                     "Thread Manager Initted",
+                                     "Loading Plugins",
+                                     "Creating Song Database",
+                                     "Installing event handlers",
+                                     "new timer <idle timer save>",
+                                     "new timer <idle timer log Time>",
+                                     "new timer <idle timer no sleep>",
+                                     "new timer <idle timer graphics>",
+                                     "new timer <idle timer app>",
+                                     "Getting App Res Folder",
+                                     "Creating task manager",
+                                     "Loading Database",
+                                     "Creating Browser Window",
+                                     "Initializing Fast CDG Upscaling",
+                                     "Showing Windows",
+                                     "Flushing Events",
+                                     "Ready!",
+                                     "Quitting",
+                                     "Shutting down Web Server",
+                                     "Saving Database…",
+                                     "Hide Windows",
+                                     "Timers: 5",
+                                     "closing prefs",
+                                     "Done: Saving Preferences",
+                                     "Shutting down thread manager",
+                                     "closing database",
+                                     "Quit Successful"}) {
         const std::size_t at = log.find(wordsZ, from);
         ASSERT_NE(at, std::string::npos) << wordsZ << " is missing, or stands too early";
         from = at;
@@ -94,7 +115,11 @@ TEST_F(AppTest, AMissingMusicFolderIsAskedFor) {
 TEST(SaveRules, TheFirstThatDoesNotHoldIsNamed) {
     const SaveState fine{.databaseDirtyB = true};
     EXPECT_FALSE(RefuseSave(fine).has_value());
-    const struct { void (*spoil)(SaveState&); const char* nameZ; const char* valueZ; } kCases[] = {
+    const struct {
+        void (*spoil)(SaveState&);
+        const char* nameZ;
+        const char* valueZ;
+    } kCases[] = {
         {[](SaveState& s) { s.shutdownB = true; }, "gApp->IsShutdown()", "TRUE"},
         {[](SaveState& s) { s.resizingWindowB = true; }, "gApp->i_resizing_windB", "TRUE"},
         {[](SaveState& s) { s.idleGraphicsB = false; }, "gApp->i_idleGraphicsB", "FALSE"},
@@ -110,16 +135,25 @@ TEST(SaveRules, TheFirstThatDoesNotHoldIsNamed) {
         EXPECT_STREQ(refusal->nameZ, c.nameZ);
         EXPECT_STREQ(refusal->valueZ, c.valueZ);
     }
-    SaveState late{.databaseDirtyB = true, .addingToLibraryB = true, .idleGraphicsB = false, .resizingWindowB = true, .lateB = true};
+    SaveState late{.databaseDirtyB = true,
+                   .addingToLibraryB = true,
+                   .idleGraphicsB = false,
+                   .resizingWindowB = true,
+                   .lateB = true};
     EXPECT_FALSE(RefuseSave(late).has_value()) << "no state holds a save up for long";
     late.shutdownB = true;
     EXPECT_TRUE(RefuseSave(late).has_value());
 }
 
 TEST_F(AppTest, TooLittleMemoryIsToldOnceADay) {
-    const CFDate now{1000 * 86400.0}, anHourAgo{now.absoluteT - 3600}, twoDaysAgo{now.absoluteT - 2 * 86400}, toCome{now.absoluteT + 9e6};
-    const struct { std::uint64_t freeL; CFDate told; bool warnedB; } kCases[] = {
-        {kMemory_Wanted, {}, false}, {kMemory_Wanted - 1, {}, true},         {0, anHourAgo, false},
+    const CFDate now{1000 * 86400.0}, anHourAgo{now.absoluteT - 3600}, twoDaysAgo{now.absoluteT - 2 * 86400},
+        toCome{now.absoluteT + 9e6};
+    const struct {
+        std::uint64_t freeL;
+        CFDate told;
+        bool warnedB;
+    } kCases[] = {
+        {kMemory_Wanted, {}, false}, {kMemory_Wanted - 1, {}, true},     {0, anHourAgo, false},
         {0, twoDaysAgo, true},       {kMemory_Wanted - 1, toCome, true},
     };
     for (const auto& c : kCases) EXPECT_EQ(MemoryWarning(c.freeL, c.told, now).has_value(), c.warnedB) << c.freeL;
@@ -142,10 +176,10 @@ TEST_F(AppTest, WhatTheQuitSavedIsThereAtTheNextStart) {
     }
     const std::string log = LogText();
     std::size_t from = 0;
-    for (const char* const wordsZ : {"Saving Database…", "Saving Database: End", "Library.xml", "Hide Windows", "closing database",
-                                     "Waiting for purges", "reverting library", "disposing song database backend",
-                                     "Clearing Song List", "Closing Database", "disposing singers (if any)",
-                                     "disposing playlists", "Deleting task manager"}) {
+    for (const char* const wordsZ :
+         {"Saving Database…", "Saving Database: End", "Library.xml", "Hide Windows", "closing database",
+          "Waiting for purges", "reverting library", "disposing song database backend", "Clearing Song List",
+          "Closing Database", "disposing singers (if any)", "disposing playlists", "Deleting task manager"}) {
         from = log.find(wordsZ, from);
         ASSERT_NE(from, std::string::npos) << wordsZ << " is missing, or stands too early";
     }
@@ -208,7 +242,10 @@ TEST_F(AppTest, TheQuitPurgesTheCache) {
 TEST_F(AppTest, ARefusedLibraryEndsTheProgramAndIsLeftAsItIs) {
     const fs::path songs = i_folder / "Music/Vopla/Songs.vlb";
     fs::create_directories(songs.parent_path());
-    const std::string later("\0\1\0\1\0\x0B\0\0\0\0\0\1" "twelve bytes", 24);
+    const std::string later(
+        "\0\1\0\1\0\x0B\0\0\0\0\0\1"
+        "twelve bytes",
+        24);
     std::ofstream(songs, std::ios::binary) << later;
     TVoplaApp application(MakeSetup());
     application.StartUp();
@@ -243,14 +280,20 @@ public:
 TEST_F(AppTest, AsksBeforeAChangeOfSong) {
     CApp app(MakeSetup());
     Song song;
-    const struct { long modeL; bool playingB, alwaysB, transportB; std::size_t button; bool askedB, allowedB; } kCases[] = {
+    const struct {
+        long modeL;
+        bool playingB, alwaysB, transportB;
+        std::size_t button;
+        bool askedB, allowedB;
+    } kCases[] = {
         {3, false, true, true, 1, false, true},  {3, true, false, false, 0, true, true},
         {3, true, false, false, 1, true, false}, {1, true, false, true, 1, false, true},
         {1, true, true, false, 1, true, false},  {2, true, true, false, 1, false, true},
         {2, true, true, true, 0, true, true},    {4, true, true, true, 1, false, true},
     };
     for (const auto& c : kCases) {
-        SCOPED_TRACE(testing::Message() << "mode " << c.modeL << " always " << c.alwaysB << " transport " << c.transportB);
+        SCOPED_TRACE(testing::Message() << "mode " << c.modeL << " always " << c.alwaysB << " transport "
+                                        << c.transportB);
         song.playingB = c.playingB;
         app.SetCurrentSong(&song);
         app.Prefs().Set("Always confirm manual song changes", CCFValue(c.alwaysB));
@@ -320,7 +363,8 @@ TEST_F(AppTest, AlertsOfTenThreadsWaitForTheApplicationToBeReady) {
             });
         while (raisedL.load() < 10) std::this_thread::yield();   // no alert waits for the user
     });
-    AppSetup setup{.loop = i_loop, .ui = ui, .windows = i_windows, .resources = MakeSetup().resources, .prefs = MakeSetup().prefs};
+    AppSetup setup{
+        .loop = i_loop, .ui = ui, .windows = i_windows, .resources = MakeSetup().resources, .prefs = MakeSetup().prefs};
     CApp app(setup);
     EXPECT_TRUE(RunUntil(app, [&] { return ui.alerts.size() == 10; }));
 }
@@ -352,7 +396,11 @@ TEST_F(AppTest, AFatalAlertOfAThreadIsShownBeforeTheEnd) {
     EXPECT_EXIT(
         {
             CUserInterface_Plain ui([](std::string_view line) { std::cerr << line << std::endl; });
-            CApp app({.loop = i_loop, .ui = ui, .windows = i_windows, .resources = MakeSetup().resources, .prefs = MakeSetup().prefs});
+            CApp app({.loop = i_loop,
+                      .ui = ui,
+                      .windows = i_windows,
+                      .resources = MakeSetup().resources,
+                      .prefs = MakeSetup().prefs});
             const std::jthread thread([] { FatalAlert("no way on"); });
             for (;;) app.RunLoopPass();
         },
@@ -430,7 +478,8 @@ public:
 
 TEST_F(AppTest, WindowsComeBackWhereTheyStood) {
     Windows windows;
-    AppSetup setup{.loop = i_loop, .ui = i_ui, .windows = windows, .resources = MakeSetup().resources, .prefs = MakeSetup().prefs};
+    AppSetup setup{
+        .loop = i_loop, .ui = i_ui, .windows = windows, .resources = MakeSetup().resources, .prefs = MakeSetup().prefs};
     {
         const CApp app(setup);
         windows.places[PREF_Wind_VIDEO] = {10, 20, 310, 420, true, true};
@@ -448,8 +497,11 @@ TEST_F(AppTest, WindowsComeBackWhereTheyStood) {
 
 TEST_F(AppTest, TheCommandLineSetsAPreference) {
     Windows windows;
-    TVoplaApp application(
-        {.loop = i_loop, .ui = i_ui, .windows = windows, .resources = MakeSetup().resources, .prefs = MakeSetup().prefs});
+    TVoplaApp application({.loop = i_loop,
+                           .ui = i_ui,
+                           .windows = windows,
+                           .resources = MakeSetup().resources,
+                           .prefs = MakeSetup().prefs});
     application.StartUp();
     const auto ask = [&application](const std::string& request) {
         return std::async(std::launch::async,
@@ -467,7 +519,11 @@ TEST_F(AppTest, TheCommandLineSetsAPreference) {
 
 TEST_F(AppTest, FilesThatAreOpenedEnterTheLibraryAndInterruptNothing) {
     Windows windows;
-    TVoplaApp application({.loop = i_loop, .ui = i_ui, .windows = windows, .resources = MakeSetup().resources, .prefs = MakeSetup().prefs});
+    TVoplaApp application({.loop = i_loop,
+                           .ui = i_ui,
+                           .windows = windows,
+                           .resources = MakeSetup().resources,
+                           .prefs = MakeSetup().prefs});
     application.StartUp();
     gApp->Prefs().Set("Audio Output Device", CCFValue(SuperString("dummy")));
     gApp->Prefs().Set("Always confirm manual song changes", CCFValue(true));
@@ -524,7 +580,8 @@ TEST_F(AppTest, ThePictureOfTheBreakFollowsItsPreference) {
     ASSERT_EQ(pixels.Fill32(pixels.bounds(), 0xFF336699), noErr);
     ASSERT_EQ(WritePng(pixels, file), noErr);
     Windows windows;
-    const AppSetup setup{.loop = i_loop, .ui = i_ui, .windows = windows, .resources = MakeSetup().resources, .prefs = MakeSetup().prefs};
+    const AppSetup setup{
+        .loop = i_loop, .ui = i_ui, .windows = windows, .resources = MakeSetup().resources, .prefs = MakeSetup().prefs};
     const auto shown = [&windows] {
         windows.screen.pictureP = nullptr;
         windows.screen.port.Redraw();
@@ -575,7 +632,11 @@ TEST_F(AppTest, ThePreviewShowsTheCoverOfASongWithoutAPicture) {
     Windows windows;
     windows.Ports().Enter(preview);
     {
-        CApp app({.loop = i_loop, .ui = i_ui, .windows = windows, .resources = MakeSetup().resources, .prefs = MakeSetup().prefs});
+        CApp app({.loop = i_loop,
+                  .ui = i_ui,
+                  .windows = windows,
+                  .resources = MakeSetup().resources,
+                  .prefs = MakeSetup().prefs});
         app.Prefs().Set("Audio Output Device", CCFValue(SuperString("dummy")));
         CSong* const songP = app.Database().CreateSong();
         songP->Meta().SetSongFile("Sfs0"_key, {.status = SDB_SongFileStatus_REFERENCE, .ref = CFileRef(song)});

@@ -2,9 +2,9 @@
 
 #include <array>
 
-#include "Zip/ZipTest.h"
 #include "Audio/CAS_QuickTimeAudioReader.h"
 #include "Platform/CFileCalls_Faults.h"
+#include "Zip/ZipTest.h"
 
 namespace {
 

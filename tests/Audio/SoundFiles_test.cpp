@@ -15,14 +15,14 @@
 #include "Audio/CAS_Wav.h"
 #include "Audio/CLoudness.h"
 #include "Audio/CSpoolPump.h"
-#include "Files/CByteSource_File.h"
-#include "Threads/CThreadManager.h"
-#include "Files/FileTest.h"
 #include "Core/ProgramNumber.h"
 #include "Core/TempFolder.h"
-#include "Threads/ThreadInfo.h"
-#include "MediaFiles.h"
+#include "Files/CByteSource_File.h"
+#include "Files/FileTest.h"
+#include "Media/MediaFiles.h"
 #include "Platform/CFileCalls_Faults.h"
+#include "Threads/CThreadManager.h"
+#include "Threads/ThreadInfo.h"
 
 namespace {
 

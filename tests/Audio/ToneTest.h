@@ -36,7 +36,7 @@ inline double MeasureHertz(const Sound& sound, std::size_t from, std::size_t to)
 }
 
 /** The loudest sample above 5 kHz between two frames, in dB to `level`: a tone of a few hundred hertz has nothing
-   there, a click has. */
+    there, a click has. */
 inline double MeasureClick(const Sound& sound, std::size_t from, std::size_t to, double level = 0.5) {
     constexpr int kHalf = 100;
     constexpr double kEdge = 5000.0 / 44100;
@@ -80,8 +80,7 @@ private:
     std::size_t i_at = 0;
 };
 
-/** All that the engine makes of the source, in blocks of `block` frames. `before(frames so far)` is called before each.
- */
+/** All that the engine makes of the source, in blocks of `block` frames. `before(frames so far)` is called before each. */
 template <class Before>
 Sound RenderAll(CTimePitch& engine, CTimePitchSource& source, std::size_t block, Before before) {
     Sound all, part(block * 2);

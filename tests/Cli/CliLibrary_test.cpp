@@ -7,9 +7,9 @@
 #include "Cli/CliRun.h"
 #include "Core/CLog.h"
 #include "Core/TempFolder.h"
-#include "Storage/CLibraryLock.h"
 #include "Meta/MetaKeyTable.h"
 #include "Platform/CFolders.h"
+#include "Storage/CLibraryLock.h"
 
 namespace {
 

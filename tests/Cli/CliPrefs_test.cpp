@@ -7,11 +7,11 @@
 #include "App/PreferenceRequest.h"
 #include "Cli/CliRun.h"
 #include "Core/CLog.h"
-#include "Values/CPreferences.h"
-#include "Values/PreferenceTable.h"
 #include "Core/TempFolder.h"
 #include "Platform/CFolders.h"
 #include "Platform/CSecondInstance.h"
+#include "Values/CPreferences.h"
+#include "Values/PreferenceTable.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <set>
 
+#include "App/CApp.h"
 #include "Cli/CliCommand.h"
 #include "Cli/CliRun.h"
-#include "App/CApp.h"
 #include "Core/TempFolder.h"
 #include "Platform/CFolders.h"
 

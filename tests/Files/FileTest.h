@@ -7,8 +7,8 @@
 #include <string>
 
 #include "Core/AlertHook.h"
-#include "Files/CFileRef.h"
 #include "Core/CLog.h"
+#include "Files/CFileRef.h"
 #include "Platform/CFileCalls.h"
 #include "Platform/CFolders.h"
 

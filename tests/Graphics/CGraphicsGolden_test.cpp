@@ -11,8 +11,8 @@
 namespace {
 /** The last picture that the ffmpeg program makes of a stream, three bytes a pixel; empty when it fails. */
 std::vector<unsigned char> LastFrameOfFFmpeg(const std::filesystem::path& file) {
-    const std::string command = "ffmpeg -v error -nostdin -f cdg -i '" + file.string() +
-                                "' -vsync passthrough -f rawvideo -pix_fmt rgb24 -";
+    const std::string command =
+        "ffmpeg -v error -nostdin -f cdg -i '" + file.string() + "' -vsync passthrough -f rawvideo -pix_fmt rgb24 -";
     std::FILE* pipeP = ::popen(command.c_str(), "r");
     if (pipeP == nullptr) return {};
     std::vector<unsigned char> frame, last(300 * 216 * 3);

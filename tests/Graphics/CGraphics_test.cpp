@@ -95,7 +95,8 @@ TEST(CSubCodeStream_Memory, AFileIsReadInPartsAndGivenUpBetweenThem) {
     const TempFolder folder;
     const std::filesystem::path file = folder.Path() / "a.cdg";
     std::string bytes(600'000, '\0');
-    for (std::size_t n = 0; n < bytes.size(); ++n) bytes[n] = static_cast<char>(n * 31 + n / 977);   // no part is like another
+    for (std::size_t n = 0; n < bytes.size(); ++n)
+        bytes[n] = static_cast<char>(n * 31 + n / 977);   // no part is like another
     WriteWhole(file, bytes);
     CSubCodeStream_Memory stream;
     ASSERT_EQ(stream.LoadFile(file), noErr);

@@ -101,7 +101,7 @@ TEST(CSubChannels, WhatIsEncodedComesBackThroughTheInterleave) {
 }
 
 // Where the 24 symbols of a packet lie on a disc, written out here: a round trip alone would not see a wrong table.
-constexpr std::array<std::size_t, 24> kOnDisc{0,   66,  125, 191, 100, 50, 150, 175, 8,   33,  58, 83,
+constexpr std::array<std::size_t, 24> kOnDisc{0,   66,  125, 191, 100, 50, 150, 175, 8,   33,  58,  83,
                                               108, 133, 158, 183, 16,  41, 25,  91,  116, 141, 166, 75};
 
 TEST(CSubChannels, TakesEachSymbolFromItsPlaceOnTheDisc) {

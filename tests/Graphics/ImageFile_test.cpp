@@ -73,9 +73,12 @@ TEST_F(ImageFileTest, FindsTheCoverInsideASong) {
         fs::path file;
         bool coverB;
     } kCases[] = {
-        {run(twoPictures, "two.mp3"), true},     {run(onePicture + " -c:a flac", "one.flac"), true},
-        {run(onePicture, "one.m4a"), true},      {i_folder / "tone.wav", false},
-        {run("-i tone.wav", "none.mp3"), false}, {front, false},
+        {run(twoPictures, "two.mp3"), true},
+        {run(onePicture + " -c:a flac", "one.flac"), true},
+        {run(onePicture, "one.m4a"), true},
+        {i_folder / "tone.wav", false},
+        {run("-i tone.wav", "none.mp3"), false},
+        {front, false},
         {i_folder / "two.zip", true},
     };
     const std::string zip = "cd '" + i_folder.string() + "' && python3 -m zipfile -c two.zip two.mp3";

@@ -16,7 +16,7 @@ inline Pixel32 Color12(unsigned rgb) {
 }
 
 /** Four lines of made-up letters: thick strokes with an outline. What lies left of `sungX` on the line `sungLine` has
-   the colour of sung text. */
+    the colour of sung text. */
 class LyricsPage {
 public:
     explicit LyricsPage(unsigned seed, std::span<const Pixel32, 4> colors) : i_colors(colors.begin(), colors.end()) {

@@ -4,10 +4,10 @@
 #include <vector>
 
 #include "Core/Assertions.h"
-#include "Threads/ThreadTest.h"
-#include "Meta/CMetaManager.h"
 #include "Library/CSongDatabase.h"
+#include "Meta/CMetaManager.h"
 #include "Platform/CUserInterface_Scripted.h"
+#include "Threads/ThreadTest.h"
 
 /** What the library asked of the world above. */
 class TestDatabaseHost final : public CSongDatabaseHost {

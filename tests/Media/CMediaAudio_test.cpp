@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "Media/CMediaFrames.h"
-#include "MediaFiles.h"
+#include "Media/MediaFiles.h"
 
 namespace {
 

@@ -134,12 +134,12 @@ private:
                     " -ar " + std::to_string(file.rate) + " " + file.encodingZ + " " + file.nameZ;
             const bool rawB = std::string(file.nameZ).ends_with(".pcm");
             in += std::string(rawB ? " -f s16le -ac 2 -ar 44100" : "") + " -i " + file.nameZ;
-            out += " -map " + std::to_string(number++) + ":a" +
-                   (file.channels == 1   ? " -af 'pan=stereo|c0=c0|c1=c0'"
-                    : file.channels == 6 ? " -af 'pan=stereo|FL=FL+0.707107*FC+0.707107*BL|FR=FR+0.707107*FC+0.707107*BR'"
-                                         : "") +
-                   " -f s16le -ac 2 -ar 44100 " +
-                   file.nameZ + ".witness";
+            out +=
+                " -map " + std::to_string(number++) + ":a" +
+                (file.channels == 1   ? " -af 'pan=stereo|c0=c0|c1=c0'"
+                 : file.channels == 6 ? " -af 'pan=stereo|FL=FL+0.707107*FC+0.707107*BL|FR=FR+0.707107*FC+0.707107*BR'"
+                                      : "") +
+                " -f s16le -ac 2 -ar 44100 " + file.nameZ + ".witness";
         }
         return make + in + out;
     }

@@ -4,7 +4,7 @@
 #include <random>
 
 #include "Core/ProgramNumber.h"
-#include "MediaFiles.h"
+#include "Media/MediaFiles.h"
 
 namespace {
 

@@ -36,13 +36,13 @@ constexpr struct {
     long legalized;
     std::int32_t usable;
 } kLegal[] = {
-    {"vChn"_key, -1, false, 0, 0},    {"vChn"_key, 255, true, 0, 0},  {"vChn"_key, 0, true, 0, 0},
-    {"vChn"_key, 3, true, 3, 3},      {"vChn"_key, -2, false, -2, 0}, {"PICH"_key, 255, false, 0, 0},
-    {"PICH"_key, -1, true, -1, -1},   {"PICH"_key, 12, true, 12, 12}, {"PICH"_key, 13, true, 12, 12},
+    {"vChn"_key, -1, false, 0, 0},      {"vChn"_key, 255, true, 0, 0},  {"vChn"_key, 0, true, 0, 0},
+    {"vChn"_key, 3, true, 3, 3},        {"vChn"_key, -2, false, -2, 0}, {"PICH"_key, 255, false, 0, 0},
+    {"PICH"_key, -1, true, -1, -1},     {"PICH"_key, 12, true, 12, 12}, {"PICH"_key, 13, true, 12, 12},
     {"PICH"_key, -999, true, -12, -12}, {"colr"_key, 7, true, 7, 7},    {"colr"_key, 8, false, 0, 0},
-    {"colr"_key, -1, false, 0, 0},    {"gChn"_key, 1, false, 0, 3},   {"gChn"_key, 0, false, 0, 3},
-    {"gChn"_key, 2, true, 2, 2},      {"gChn"_key, -4, false, 0, 3},  {"SmsC"_key, 0, true, 0, 0},
-    {"SmsC"_key, -1, false, 0, 0},    {"SmsR"_key, 5, true, 5, 5},    {"drtn"_key, -9, true, -9, -9},
+    {"colr"_key, -1, false, 0, 0},      {"gChn"_key, 1, false, 0, 3},   {"gChn"_key, 0, false, 0, 3},
+    {"gChn"_key, 2, true, 2, 2},        {"gChn"_key, -4, false, 0, 3},  {"SmsC"_key, 0, true, 0, 0},
+    {"SmsC"_key, -1, false, 0, 0},      {"SmsR"_key, 5, true, 5, 5},    {"drtn"_key, -9, true, -9, -9},
 };
 constexpr struct {
     MetaKey key;

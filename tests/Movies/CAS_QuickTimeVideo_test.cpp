@@ -8,8 +8,8 @@
 #include <thread>
 
 #include "Files/MemorySource.h"
+#include "Movies/MovieFiles.h"
 #include "Threads/ThreadTest.h"
-#include "MovieFiles.h"
 
 namespace {
 

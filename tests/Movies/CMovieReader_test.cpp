@@ -9,7 +9,7 @@
 
 #include "Files/MemorySource.h"
 #include "Movies/CMoviePainter.h"
-#include "MovieFiles.h"
+#include "Movies/MovieFiles.h"
 
 extern "C" {
 #include <libavutil/frame.h>

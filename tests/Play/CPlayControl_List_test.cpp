@@ -62,11 +62,11 @@ TEST_F(PlayTest, AListGoesOnBehindWhatCannotBePlayed) {
     ASSERT_TRUE(RunUntilIdle());
     EXPECT_EQ(i_sung, (Words{"a", "b"}));
     EXPECT_EQ(i_failed, (Words{"missing", "junk", "x", "y", "z"}));
-    EXPECT_EQ(AlertsSoFar(),
-              (Words{"Could not find the song “missing”", "The song “junk” could not be played",
-                     "The song “x” could not be played", "The song “y” could not be played",
-                     "The song “z” could not be played"}));
-    for (std::size_t n = 0; n < 5; ++n) EXPECT_NE(Details()[n].find((i_folder / i_failed[n]).string()), std::string::npos) << n;
+    EXPECT_EQ(AlertsSoFar(), (Words{"Could not find the song “missing”", "The song “junk” could not be played",
+                                    "The song “x” could not be played", "The song “y” could not be played",
+                                    "The song “z” could not be played"}));
+    for (std::size_t n = 0; n < 5; ++n)
+        EXPECT_NE(Details()[n].find((i_folder / i_failed[n]).string()), std::string::npos) << n;
     EXPECT_NE(Details()[1].find("The list goes on with “b”."), std::string::npos) << Details()[1];
     EXPECT_NE(Details()[4].find("The list has stopped here"), std::string::npos) << Details()[4];
     EXPECT_EQ(i_controlP->CurrentItem(), Row(6));   // there the operator may try again, or go on

@@ -14,7 +14,9 @@ TEST_F(PlayTest, FilesThatAreGoneAndNoSongsAtAllAreTold) {
     const struct {
         std::size_t row;
         const char* alertZ;
-    } cases[] = {{0, "Could not find the song “gone”"}, {1, "Could not find the song “naked”"}, {2, "The song “bad” could not be played"}};
+    } cases[] = {{0, "Could not find the song “gone”"},
+                 {1, "Could not find the song “naked”"},
+                 {2, "The song “bad” could not be played"}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.alertZ);
         ASSERT_EQ(Play(c.row), noErr);

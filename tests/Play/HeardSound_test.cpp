@@ -67,7 +67,7 @@ protected:
         });
     }
     /** The largest sample that the two before it do not foretell, for a tone and for silence: the height of a step,
-       where there is one. In dB to full scale; `heardT` are the seconds in which something is heard. */
+        where there is one. In dB to full scale; `heardT` are the seconds in which something is heard. */
     double MostStep(double hertz, double& heardT) const {
         const double turn = 2 * std::cos(2 * std::numbers::pi * hertz / 44100);
         double most = 1e-9;

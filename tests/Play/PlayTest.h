@@ -4,18 +4,18 @@
 #include <mutex>
 
 #include "Core/AlertHook.h"
-#include "Values/CCFPrefDictionary.h"
-#include "Threads/ThreadTest.h"
 #include "Graphics/CGraphicsPorts.h"
-#include "Meta/CMetaManager.h"
 #include "Library/CSongDatabase.h"
-#include "SongFiles/CSongFileWork.h"
+#include "Meta/CMetaManager.h"
 #include "Platform/CAudioOutput_Null.h"
 #include "Platform/CUserInterface_Scripted.h"
 #include "Platform/Feeder.h"
 #include "Play/CPlayControl.h"
 #include "Play/CPlayHost.h"
 #include "Play/CPlayWatcher.h"
+#include "SongFiles/CSongFileWork.h"
+#include "Threads/ThreadTest.h"
+#include "Values/CCFPrefDictionary.h"
 
 /** The clock of a show: `speed` times the machine's, but only while the test turns its loop, and in steps that whoever feeds
     the device has followed. A machine that is slow, or busy, makes a test longer and nothing else. */

@@ -6,11 +6,11 @@
 #include "Shell/AboutBox.h"
 #include "Shell/BrowserTest.h"
 #include "Shell/XListPicker.h"
-#include "Widgets/XLook.h"
 #include "Shell/XOutputPanel.h"
 #include "Shell/XPreferencesWindow.h"
 #include "Shell/XShortcutSheet.h"
 #include "Shell/XTasksWindow.h"
+#include "Widgets/XLook.h"
 
 namespace {
 
@@ -90,7 +90,8 @@ TEST_F(BrowserTest, WhatTheTransportAndTheListTellAreValues) {
     const auto spoken = [&](const char* nameZ) {
         for (const QLabel* const labelP : i_windowP->findChildren<QLabel*>())
             if (labelP->accessibleName().startsWith(nameZ)) {
-                QAccessibleInterface* const interfaceP = QAccessible::queryAccessibleInterface(const_cast<QLabel*>(labelP));
+                QAccessibleInterface* const interfaceP =
+                    QAccessible::queryAccessibleInterface(const_cast<QLabel*>(labelP));
                 return std::pair(interfaceP->text(QAccessible::Name), interfaceP->text(QAccessible::Value));
             }
         return std::pair<QString, QString>();
@@ -128,7 +129,9 @@ TEST_F(BrowserTest, TabComesRoundAllControls) {
 /** Of the pixels' light, as WCAG has it. */
 double Contrast(const QColor& a, const QColor& b) {
     const auto light = [](const QColor& color) {
-        const auto linear = [](double part) { return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4); };
+        const auto linear = [](double part) {
+            return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+        };
         return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
     };
     const double lightA = light(a), lightB = light(b);
@@ -160,7 +163,8 @@ TEST(Look, WordsCanBeReadOnTheirGround) {
             {"the focus", c.accent, c.window, 3},
         };
         for (const auto& pair : pairs)
-            EXPECT_GE(Contrast(pair.ink, pair.ground), pair.least) << pair.whatZ << (look.IsDark() ? ", dark" : ", light");
+            EXPECT_GE(Contrast(pair.ink, pair.ground), pair.least)
+                << pair.whatZ << (look.IsDark() ? ", dark" : ", light");
     }
 }
 

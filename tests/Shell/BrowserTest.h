@@ -5,21 +5,21 @@
 #include <semaphore>
 
 #include "App/CNotices.h"
-#include "Values/CPreferences.h"
 #include "Graphics/CGraphicsPorts.h"
-#include "SongFiles/CLibraryCommands.h"
-#include "SongFiles/FileWorkTest.h"
 #include "Platform/CAudioOutput_Null.h"
 #include "Platform/CClock.h"
 #include "Platform/CUserInterface_Scripted.h"
 #include "Play/CPlayControl.h"
 #include "Play/CPlayHost.h"
 #include "Shell/CSongTableModel.h"
-#include "Widgets/QtApp.h"
 #include "Shell/XActions.h"
 #include "Shell/XBrowserWindow.h"
 #include "Shell/XSongTable.h"
 #include "Shell/XSourceList.h"
+#include "SongFiles/CLibraryCommands.h"
+#include "SongFiles/FileWorkTest.h"
+#include "Values/CPreferences.h"
+#include "Widgets/QtApp.h"
 
 using Gate = std::counting_semaphore<64>;
 

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "Widgets/QtApp.h"
 #include "Shell/XActions.h"
+#include "Widgets/QtApp.h"
 
 namespace {
 

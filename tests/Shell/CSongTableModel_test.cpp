@@ -7,8 +7,8 @@
 
 #include "Core/NumberForms.h"
 #include "Library/ListTest.h"
-#include "Widgets/QtApp.h"
 #include "Shell/SongCells.h"
+#include "Widgets/QtApp.h"
 #include "Widgets/XNumberBox.h"
 
 namespace {
@@ -55,7 +55,7 @@ protected:
 };
 
 /** Random additions, removals, moves, edits and sorts: the table is the list, row by row, a selected row stays
-   selected, and no signal lies. */
+    selected, and no signal lies. */
 TEST_F(SongTableModel, IsTheListWhateverHappensToIt) {
     CPlayList& list = UserList();
     CSongTableModel model(*i_databaseP);

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 #include <QtTest/QTest>
 
-#include "Widgets/QtApp.h"
 #include "Shell/XTransport.h"
+#include "Widgets/QtApp.h"
 
 namespace {
 

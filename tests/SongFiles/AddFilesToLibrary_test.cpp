@@ -1,8 +1,8 @@
 #include "SongFiles/AddFilesToLibrary.h"
 
-#include "SongFiles/MakeSongOfFiles.h"
-#include "SongFiles/FileTitle.h"
 #include "Library/SongFileFacts.h"
+#include "SongFiles/FileTitle.h"
+#include "SongFiles/MakeSongOfFiles.h"
 #include "SongFiles/SongFileTest.h"
 
 namespace {
@@ -99,8 +99,8 @@ TEST_F(AddFiles, WhatIsMadeIsInTheLibraryInTheCourseOfItAndWhoIsToldHoldsNothing
 TEST_F(AddFiles, SizeFormatAndDayAreNoted) {
     const CFDate day{700'000'000};   // in 2023
     const auto age = [&](const Path& file) {
-        std::filesystem::last_write_time(file, std::chrono::file_clock::from_sys(
-                                                   std::chrono::sys_seconds(std::chrono::seconds(1'678'307'200))));
+        std::filesystem::last_write_time(
+            file, std::chrono::file_clock::from_sys(std::chrono::sys_seconds(std::chrono::seconds(1'678'307'200))));
     };
     age(Make("out/One.mp3", "12345"));
     age(Make("out/One.cdg", "678"));
@@ -110,7 +110,8 @@ TEST_F(AddFiles, SizeFormatAndDayAreNoted) {
         std::string lines;
         for (const SongID id : database.Songs()->Ids()) {
             CMeta& meta = database.GetSong(id)->Meta();
-            lines += std::to_string(SizeOfStored(meta.GetInteger("SIZE"_key))) + " " + meta.GetString("Frmt"_key).UTF8() + "|";
+            lines += std::to_string(SizeOfStored(meta.GetInteger("SIZE"_key))) + " " +
+                     meta.GetString("Frmt"_key).UTF8() + "|";
         }
         return lines;
     };
@@ -123,7 +124,8 @@ TEST_F(AddFiles, SizeFormatAndDayAreNoted) {
     // A library that is made of what lies there: the files' own dates.
     TestDatabaseHost host;
     CSongDatabase other(host);
-    for (const SongFileSet& set : SongFileSets::Gather(std::vector<Path>{i_folder / "out"}, {}, [] { return false; }).sets)
+    for (const SongFileSet& set :
+         SongFileSets::Gather(std::vector<Path>{i_folder / "out"}, {}, [] { return false; }).sets)
         (void)MakeSongOfFiles(other, set, DateAdded::kFile);
     ASSERT_EQ(other.Songs()->Count(), 2U);
     EXPECT_EQ(facts(other).size(), seen.size());

@@ -1,8 +1,8 @@
 #include "SongFiles/CLibraryCommands.h"
 
+#include "Platform/CFileCalls_Faults.h"
 #include "SongFiles/CallOnDatabase.h"
 #include "SongFiles/SongFileTest.h"
-#include "Platform/CFileCalls_Faults.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 #include "SongFiles/CSongZip.h"
 
+#include "Platform/CFileCalls_Faults.h"
 #include "SongFiles/CLibraryCommands.h"
 #include "SongFiles/CSongZipper.h"
 #include "SongFiles/SongFileTest.h"
-#include "Platform/CFileCalls_Faults.h"
 
 namespace {
 
@@ -21,8 +21,7 @@ protected:
         return song;
     }
     SongFileWorld World() {
-        return {i_databaseP->Self(), i_databaseP->Songs(), i_databaseP->Settings(), i_busyRef,
-                i_filesP->Keeper()};
+        return {i_databaseP->Self(), i_databaseP->Songs(), i_databaseP->Settings(), i_busyRef, i_filesP->Keeper()};
     }
     /** Here, where the main thread answers itself. */
     OSErr Zip(SongID song, OldZip oldZip = OldZip::kRefuse) { return CSongZip(World(), song, oldZip).Run(); }

@@ -1,13 +1,13 @@
 #include "Files/FSrObjects.h"
-#include "SongFiles/CT_ConformNames.h"
-#include "SongFiles/CT_FindMissing.h"
 #include "Library/FileSystemName.h"
-#include "SongFiles/SongFileTest.h"
-#include "SongFiles/SongFolders.h"
 #include "Library/SongName.h"
-#include "SongFiles/SongRename.h"
 #include "Platform/CFileCalls_Faults.h"
 #include "Platform/CFileCalls_Linux.h"
+#include "SongFiles/CT_ConformNames.h"
+#include "SongFiles/CT_FindMissing.h"
+#include "SongFiles/SongFileTest.h"
+#include "SongFiles/SongFolders.h"
+#include "SongFiles/SongRename.h"
 
 namespace {
 
@@ -334,8 +334,7 @@ TEST_F(SongRenames, ATakenNameGetsANumberForAllFiles) {
     EXPECT_EQ(Read(i_folder / "Music/New.cdg"), "another song's");
     (void)song.SetFile(SDB_SongFile_AUDIO, CFileRef(i_folder / "Music/New 3.mp3"));
     (void)song.SetFile(SDB_SongFile_VIDEO, CFileRef(i_folder / "Music/New 3.cdg"));
-    EXPECT_TRUE(
-        SongRename::Run(*i_filesP->Keeper(), FilesOf(song), "New").moved.empty());   // it keeps its number
+    EXPECT_TRUE(SongRename::Run(*i_filesP->Keeper(), FilesOf(song), "New").moved.empty());   // it keeps its number
     // A long name is cut alike for all, and what is only referenced keeps its name.
     CSong& other = PairIn("Music", "x", "", "");
     ASSERT_EQ(other.SetFile(SDB_SongFile_PROJECT, CFileRef(Make("out/x.lrc"))), noErr);
@@ -388,8 +387,7 @@ TEST_F(SongRenames, OtherCapitalsAreTheSameFileOnADiscThatIgnoresThem) {
     EXPECT_EQ(Tree("Music"), "QUEEN.mp3|Queen 2.cdg|Queen 2.mp3");
     (void)song.SetFile(SDB_SongFile_AUDIO, CFileRef(i_folder / "Music/Queen 2.mp3"));
     (void)Song("Other").SetFile(SDB_SongFile_AUDIO, CFileRef(i_folder / "Music/QUEEN 2.MP3"));   // the same one
-    EXPECT_EQ(i_filesP->Keeper()->Delete(song.FileRef(SDB_SongFile_AUDIO), song.GetSongID()),
-              alreadyReportedErr);
+    EXPECT_EQ(i_filesP->Keeper()->Delete(song.FileRef(SDB_SongFile_AUDIO), song.GetSongID()), alreadyReportedErr);
     CFileCalls::Install(nullptr);
 }
 

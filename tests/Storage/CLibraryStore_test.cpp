@@ -6,12 +6,12 @@
 #include <fstream>
 
 #include "Core/AlertHook.h"
-#include "Storage/COrphanSearch.h"
-#include "SongFiles/FileWorkTest.h"
-#include "Storage/LibraryFileName.h"
-#include "ListTest.h"
+#include "Library/ListTest.h"
 #include "Platform/CFileCalls_Faults.h"
 #include "Platform/CFolders.h"
+#include "SongFiles/FileWorkTest.h"
+#include "Storage/COrphanSearch.h"
+#include "Storage/LibraryFileName.h"
 
 namespace {
 

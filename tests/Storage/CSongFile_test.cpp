@@ -1,10 +1,10 @@
 #include <cmath>
 #include <random>
 
+#include "Meta/TempoSteps.h"
 #include "Storage/CSongFileReader.h"
 #include "Storage/CSongFileWriter.h"
-#include "Meta/TempoSteps.h"
-#include "LibraryFileTest.h"
+#include "Storage/LibraryFileTest.h"
 
 namespace {
 

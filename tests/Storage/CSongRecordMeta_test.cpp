@@ -1,6 +1,6 @@
 #include "Storage/CSongRecordMeta.h"
 
-#include "MetaTest.h"
+#include "Meta/MetaTest.h"
 
 namespace {
 

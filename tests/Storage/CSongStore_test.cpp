@@ -1,7 +1,7 @@
 #include "Storage/CSongStore.h"
 
 #include "Files/FileTest.h"
-#include "ListTest.h"
+#include "Library/ListTest.h"
 
 namespace {
 

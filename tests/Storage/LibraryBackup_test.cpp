@@ -1,10 +1,10 @@
 #include <map>
 
 #include "Files/FileTest.h"
+#include "Platform/CFileCalls_Faults.h"
 #include "Storage/BackupNames.h"
 #include "Storage/CLibraryBackup.h"
 #include "Storage/CLibraryRestore.h"
-#include "Platform/CFileCalls_Faults.h"
 
 namespace {
 

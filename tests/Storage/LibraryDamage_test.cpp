@@ -5,11 +5,11 @@
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
 #include "Files/FSError.h"
-#include "Storage/CLibraryStore.h"
-#include "SongFiles/FileWorkTest.h"
-#include "ListTest.h"
+#include "Library/ListTest.h"
 #include "Platform/CFileCalls_Faults.h"
 #include "Platform/CFolders.h"
+#include "SongFiles/FileWorkTest.h"
+#include "Storage/CLibraryStore.h"
 
 // Files of a library that are cut or changed, and discs that fail: what was whole stays, what was not is kept beside.
 
@@ -155,7 +155,8 @@ TEST_F(LibraryDamage, WhatIsKeptBackIsNoDamage) {
         for (const auto& [failingZ, errnoL] :
              {std::pair{"open", EACCES}, std::pair{"open", ELOOP}, std::pair{"read", EIO}})
             for (const bool backB : {true, false}) {
-                SCOPED_TRACE(std::string(nameZ) + " " + failingZ + " " + std::to_string(errnoL) + (backB ? " back" : ""));
+                SCOPED_TRACE(std::string(nameZ) + " " + failingZ + " " + std::to_string(errnoL) +
+                             (backB ? " back" : ""));
                 CFileCalls_Faults faults(CFileCalls::Get());
                 bool openB = false;
                 int failuresL = 0;

@@ -2,7 +2,7 @@
 
 #include <random>
 
-#include "LibraryFileTest.h"
+#include "Storage/LibraryFileTest.h"
 
 namespace {
 

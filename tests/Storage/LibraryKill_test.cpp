@@ -9,10 +9,10 @@
 #include <set>
 #include <sstream>
 
-#include "Storage/CLibraryStore.h"
-#include "ListTest.h"
+#include "Library/ListTest.h"
 #include "Platform/CFolders.h"
 #include "SongFiles/FileWorkTest.h"
+#include "Storage/CLibraryStore.h"
 
 // A process that edits and saves as fast as it can, and is killed in the middle of it, again and again.
 

@@ -10,13 +10,13 @@
 #include <string>
 
 #include "Core/CLog.h"
-#include "Threads/CThreadHost.h"
-#include "Threads/CThreadManager.h"
-#include "Threads/ThreadInfo.h"
 #include "Platform/CFileCalls.h"
 #include "Platform/CMainLoop_Plain.h"
 #include "Platform/Patience.h"
 #include "Platform/ScriptedClock.h"
+#include "Threads/CThreadHost.h"
+#include "Threads/CThreadManager.h"
+#include "Threads/ThreadInfo.h"
 
 /** An application for the thread layer: a plain loop, and flags that a test sets. */
 class TestHost final : public CThreadHost {

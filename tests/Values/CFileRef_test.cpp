@@ -1,9 +1,9 @@
 #include "Files/CFileRef.h"
 
-#include "Values/FileRefDictionary.h"
 #include "Files/FileTest.h"
-#include "Values/PropertyList.h"
 #include "Files/FSrObjects.h"
+#include "Values/FileRefDictionary.h"
+#include "Values/PropertyList.h"
 
 namespace {
 

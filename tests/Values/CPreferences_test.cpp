@@ -4,10 +4,10 @@
 #include <thread>
 
 #include "Core/CLog.h"
-#include "Values/PreferenceTable.h"
 #include "Core/ProgramNumber.h"
-#include "Values/PropertyList.h"
 #include "Core/TempFolder.h"
+#include "Values/PreferenceTable.h"
+#include "Values/PropertyList.h"
 
 namespace {
 
@@ -94,7 +94,8 @@ TEST_F(PrefsTest, FirstStartStoresDefaultsAndSavesThem) {
     EXPECT_TRUE(kept.Has("Current Volume (0-100)"));
     EXPECT_TRUE(kept.GetBool("Auto-cue"));
     for (const PrefRow& row : PreferenceTable())
-        EXPECT_EQ(kept.Has(row.key) || row.rule == PrefRule::kTypeOnly || row.rule == PrefRule::kFolder, true) << row.key;
+        EXPECT_EQ(kept.Has(row.key) || row.rule == PrefRule::kTypeOnly || row.rule == PrefRule::kFolder, true)
+            << row.key;
     { const CPreferences again(i_files); }
     EXPECT_EQ(OnDisk(), kept);   // a second start changes nothing
 }

@@ -2,9 +2,9 @@
 
 #include <cmath>
 
+#include "Core/SizeForms.h"
 #include "Values/CCFDictionary.h"
 #include "Values/DateForms.h"
-#include "Core/SizeForms.h"
 
 namespace {
 

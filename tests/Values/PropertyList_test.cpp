@@ -6,10 +6,10 @@
 #include <random>
 
 #include "Core/Base64.h"
+#include "Core/TempFolder.h"
 #include "Values/CCFDictionary.h"
 #include "Values/CCFXmlParser.h"
 #include "Values/CCFXmlWriter.h"
-#include "Core/TempFolder.h"
 
 namespace {
 

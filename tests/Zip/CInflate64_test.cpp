@@ -4,7 +4,7 @@
 #include <random>
 
 #include "Zip/ZipRecords.h"
-#include "ZipTest.h"
+#include "Zip/ZipTest.h"
 
 namespace {
 

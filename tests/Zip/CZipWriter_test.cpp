@@ -4,7 +4,7 @@
 
 #include "Platform/CFileCalls_Faults.h"
 #include "Platform/CFileCalls_Linux.h"
-#include "ZipTest.h"
+#include "Zip/ZipTest.h"
 
 namespace {
 

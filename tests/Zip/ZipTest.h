@@ -9,13 +9,13 @@
 #include <string>
 #include <vector>
 
+#include "Core/TempFolder.h"
+#include "Files/MemorySource.h"
 #include "Zip/CByteSource_Zip.h"
 #include "Zip/CZipArchive.h"
-#include "MemorySource.h"
-#include "TempFolder.h"
 
 /** The archives of zip_maker.py. They are made once for the build folder, and again when the script has changed: each
-   test may be a process of its own. */
+    test may be a process of its own. */
 class ZipTest : public testing::Test {
 protected:
     static void SetUpTestSuite() {
