@@ -26,6 +26,17 @@ function(vopla_read_layers)
     set(VOPLA_ROOMS ${rooms} PARENT_SCOPE)
 endfunction()
 
+# vopla_precompile(TARGET KIND headers...): the first target of a kind compiles them, the others use what it has.
+function(vopla_precompile name kind)
+    get_property(first GLOBAL PROPERTY PRECOMPILED_${kind})
+    if(first)
+        target_precompile_headers(${name} REUSE_FROM ${first})
+    else()
+        target_precompile_headers(${name} PRIVATE ${ARGN})
+        set_property(GLOBAL PROPERTY PRECOMPILED_${kind} ${name})
+    endif()
+endfunction()
+
 # vopla_room(NAME): the library of a room; main.cpp is a program of its own. Without a folder it is what it stands on.
 function(vopla_room name)
     file(GLOB files CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/source/${name}/*.cpp ${PROJECT_SOURCE_DIR}/source/${name}/*.h)
@@ -45,9 +56,13 @@ function(vopla_room name)
     if(QT IN_LIST ROOM_${name}_FOREIGN)
         set_target_properties(${name} PROPERTIES AUTOMOC ON)
         target_link_libraries(${name} PUBLIC Qt6::Widgets)   # its headers are of the toolkit
-        target_precompile_headers(${name} PRIVATE <QtWidgets> <functional> <memory> <string>)
+        vopla_precompile(${name} ROOM_QT <QtWidgets> <functional> <memory> <string>)
     else()
-        target_precompile_headers(${name} PRIVATE <algorithm> <array> <cstdint> <filesystem> <functional> <map> <memory>
+        set(kind ROOM)
+        if(SDL IN_LIST ROOM_${name}_FOREIGN)
+            set(kind ROOM_SDL)   # its flags are others
+        endif()
+        vopla_precompile(${name} ${kind} <algorithm> <array> <cstdint> <filesystem> <functional> <map> <memory>
             <mutex> <optional> <span> <string> <string_view> <vector>)
     endif()
 endfunction()
@@ -67,7 +82,11 @@ function(vopla_tests room)
         VOPLA_BINARY_DIR="${PROJECT_BINARY_DIR}")
     # A test runs once for each time that it is compiled: what counts is the compiler's time.
     target_compile_options(${name} PRIVATE -O0)
-    target_precompile_headers(${name} PRIVATE <gtest/gtest.h> <string> <vector>)
+    set(kind TESTS)
+    if(T_LIBS OR QT IN_LIST ROOM_${room}_FOREIGN)
+        set(kind TESTS_${room})   # its flags are others
+    endif()
+    vopla_precompile(${name} ${kind} <gtest/gtest.h> <string> <vector>)
     if(NOT QT IN_LIST ROOM_${room}_FOREIGN)
         add_dependencies(engine_tests ${name})   # what the sanitizers build: the toolkit is not instrumented
     endif()

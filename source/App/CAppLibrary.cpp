@@ -70,7 +70,7 @@ OSErr CAppLibrary::Load(LibraryPlaces places) {
         i_app.Ui().Alert("The library is in use by another program.", places.root.GetPath().string());
         return err;
     }
-    i_store = std::make_unique<CLibraryStore>(i_database, std::move(places), &i_backOff);
+    i_store = std::make_unique<CLibraryStore>(i_database, std::move(places), *this, &i_backOff);
     return i_store->LoadLibrary();
 }
 

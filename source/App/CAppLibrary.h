@@ -5,6 +5,7 @@
 #include "Platform/CMountTable.h"
 #include "SongFiles/CLibraryCommands.h"
 #include "SongFiles/CSongFileWork.h"
+#include "Storage/CLibraryHost.h"
 #include "Storage/CLibraryLock.h"
 #include "Storage/CLibraryStore.h"
 
@@ -14,7 +15,7 @@ class CApp;
     save timer and the quit save.
     Threads  main.
     Owner    CApp. */
-class CAppLibrary final : public CSongDatabaseHost, public CSaveTarget {
+class CAppLibrary final : public CSongDatabaseHost, public CLibraryHost, public CSaveTarget {
 public:
     explicit CAppLibrary(CApp& app);
     ~CAppLibrary() override;

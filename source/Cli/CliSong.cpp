@@ -118,7 +118,10 @@ bool SetByKind(CSong& song, const LibraryPlaces& places, const CDataTraits& trai
             meta.SetBool(key, text == "true");
             return true;
         case ValType::ValType_INTEGER: {
-            const auto number = ReadNumber<std::int32_t>(text);
+            // A trim mark as a column shows it, "0:05.5", or as a file has it, in 300ths.
+            const bool timeB = (key == "Tsrt"_key || key == "Tend"_key) && text.find(':') != std::string::npos;
+            const auto number =
+                ReadNumber<std::int32_t>(timeB ? traits.ToDisplayFromString(SuperString(text)).UTF8() : text);
             if (!number) return false;
             if (traits.Usable(*number) == *number)
                 meta.SetInteger(key, *number);

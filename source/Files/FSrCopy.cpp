@@ -12,7 +12,6 @@ namespace {
 constexpr std::string_view kInWork_Front = ".vopla-";
 constexpr std::string_view kInWork_End = ".copying";
 constexpr std::size_t kCopy_Step = 256 * 1024;
-constexpr int kDepth_Most = 256;
 
 /** The copy while it grows: a hidden file in the destination folder, gone again unless it was put in place. */
 class CopyInWork {
@@ -72,7 +71,7 @@ OSErr CopyLink(const CFileRef::Path& from, const CFileRef::Path& to) {
 
 /** The insides of one folder into another that is there. */
 OSErr CopyTree(const CFileRef& from, const CFileRef& to, int depth) {
-    if (depth == kDepth_Most) return FSError(ELOOP, "mkdir", to.GetPath());
+    if (depth == kFolder_DepthMost) return FSError(ELOOP, "mkdir", to.GetPath());
     std::vector<std::string> names;
     if (const OSErr err = FSrList(from, names); Failed(err))
         return LogStep(err, "CopyToFolder: GetCatInfoBulk", from.GetPath());

@@ -10,7 +10,6 @@
 namespace {
 
 constexpr std::size_t kName_MaxBytes = 255;
-constexpr int kDepth_Most = 256;   // of folders in folders; deeper ones are left alone
 constexpr int kUnique_Most = 10'000;
 
 CFileCalls& Calls() { return CFileCalls::Get(); }
@@ -50,7 +49,7 @@ OSErr DeleteTree(const CFileRef::Path& path, int depth) {
     FileInfo info;
     if (const int err = Calls().Look(path, false, info); err != 0) return FSError(err, "stat", path);
     if (info.kind != FileKind::kFolder) return FSError(Calls().Unlink(path), "unlink", path);
-    if (depth == kDepth_Most) return FSError(ELOOP, "rmdir", path);
+    if (depth == kFolder_DepthMost) return FSError(ELOOP, "rmdir", path);
     std::vector<std::string> names;
     if (const int err = Calls().List(path, names); err != 0) return FSError(err, "opendir", path);
     OSErr first = noErr;   // one file that stays keeps no other

@@ -4,6 +4,9 @@
 
 #include "Files/CFileRef.h"
 
+/** Of folders in folders; deeper ones are left alone. */
+inline constexpr int kFolder_DepthMost = 256;
+
 /** Single files and folders. Each answers a status; what failed at the system leaves an "### FS Error" line, but that
     something is not there is an answer and leaves none.
     Threads  any; no function holds a lock. */

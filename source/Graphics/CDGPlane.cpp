@@ -9,7 +9,7 @@ constexpr std::size_t kRowBytes = kCDGPlane_Width / 2;
 constexpr std::size_t kTileBytes = kCDGTile_Width / 2;
 
 std::size_t Size(int value) noexcept { return static_cast<std::size_t>(value); }
-std::uint8_t Pair(std::uint8_t color) noexcept { return static_cast<std::uint8_t>(color * 0x11); }
+std::uint8_t Twice(std::uint8_t color) noexcept { return static_cast<std::uint8_t>(color * 0x11); }
 
 /** Six pixels as three packed bytes, the leftmost pair lowest: 0xF wherever a bit is set. */
 constexpr std::array<std::uint32_t, 64> kTileMasks = [] {
@@ -47,7 +47,7 @@ std::uint8_t CDGPlane::Pixel(std::size_t x, std::size_t y) const noexcept {
 
 void CDGPlane::Fill(const Rect& area, std::uint8_t color) const noexcept {
     for (int y = area.top; y < area.bottom; ++y)
-        std::memset(Row(Size(y)) + area.left / 2, Pair(color), Size(area.right - area.left) / 2);
+        std::memset(Row(Size(y)) + area.left / 2, Twice(color), Size(area.right - area.left) / 2);
 }
 
 void CDGPlane::FillBorder(std::uint8_t color) const noexcept {

@@ -5,17 +5,11 @@
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
 
-namespace {
-
-constexpr MetaKey kUserOrder = "stIx"_key;
-
-}   // namespace
-
 CMutex_PLIVec::CMutex_PLIVec(CPlayList* listP, Indexed indexed)
     : i_plP(listP),
       i_indexed(indexed),
       i_pliVec(1),
-      i_userP(&i_orders.try_emplace(kUserOrder, listP, SortSpec{{kUserOrder}}, true).first->second) {}
+      i_userP(&i_orders.try_emplace(kKey_UserOrder, listP, SortSpec{{kKey_UserOrder}}, true).first->second) {}
 
 // ---- Slots ----
 

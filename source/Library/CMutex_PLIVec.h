@@ -11,6 +11,9 @@
 #include "Library/SDB_Selection.h"
 #include "Threads/CMutex.h"
 
+/** The key of the order that the user gave a list. */
+inline constexpr MetaKey kKey_UserOrder = "stIx"_key;
+
 /** A copy of a row, for those who have no business with the row itself. */
 struct PLRow {
     PLItemID id{SDB_kOrphanID};

@@ -11,6 +11,7 @@
 #include "Library/CT_SumDurations.h"
 #include "Library/SongFileFacts.h"
 #include "Meta/CMetaManager.h"
+#include "Meta/FloatBounds.h"
 #include "Meta/TitleText.h"
 #include "Threads/ThreadInfo.h"
 
@@ -156,6 +157,7 @@ bool CPlayList::SetRowValue(PLItemID item, MetaKey key, CMetaValue value) {
     if (!AssertWords(CMeta_PLItem::IsRowKey(key), "IsRowKey(key)")) return false;
     if (value.Type() == ValType::ValType_INTEGER)
         value = CMetaValue(MetaManager().GetTraits(key).Usable(value.Integer()));
+    if (value.Type() == ValType::ValType_FLOAT && !BoundsOf(key).Holds(value.Float())) return false;   // as a song does
     CMeta_PLItem* const metaP = i_list->MakeMeta(item);
     if (metaP == nullptr || !metaP->SetValue(key, std::move(value))) return false;
     Touch("playlist item changed");

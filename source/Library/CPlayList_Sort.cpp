@@ -12,7 +12,6 @@
 
 namespace {
 
-constexpr MetaKey kUserOrder = "stIx"_key;
 // Up to so many rows find their places one by one (some 20 comparisons each); more are sorted by a task.
 constexpr std::size_t kMostInserted = 64;
 
@@ -36,7 +35,7 @@ void CPlayList::Shown(SortSpec spec, SortTold told) {
 
 void CPlayList::SetSort(SortSpec spec, SortWait wait, SortTold told) {
     (void)Assert(IsMainThread());
-    if (MainKey(spec) == kUserOrder) spec = {{kUserOrder}};
+    if (MainKey(spec) == kKey_UserOrder) spec = {{kKey_UserOrder}};
     const auto first = [](const SortSpec& keys) {
         return SortSpec(keys.begin(), keys.begin() + (keys.empty() ? 0 : 1));
     };
@@ -185,7 +184,7 @@ void CPlayList::ItemsChanged(std::span<const PLItemID> items, std::span<const Me
 void CPlayList::SetSavedSort(MetaKey key, bool ascendingB) {
     const bool refusedB = MetaManager().GetTraits(key).Has(kKeyFlag_NoSavedSort) ||
                           (key == "DAdd"_key && !i_database.Host().IsDateAddedReal());
-    i_sortSpec = {{refusedB ? CM_Key_SORT_INDEX : key, ascendingB || key == kUserOrder}};
+    i_sortSpec = {{refusedB ? CM_Key_SORT_INDEX : key, ascendingB || key == kKey_UserOrder}};
 }
 
 const std::vector<PLItemID>& CPlayList::GetSortedList() {

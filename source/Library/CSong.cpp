@@ -3,6 +3,7 @@
 #include "Core/Assertions.h"
 #include "Library/CSongDatabase.h"
 #include "Meta/CMetaManager.h"
+#include "Meta/MetaKeyTable.h"
 
 namespace {
 constexpr MetaKey kDuration = "drtn"_key, kActualDuration = "aDur"_key;
@@ -17,7 +18,8 @@ CSongMeta::CSongMeta(CSongDatabase* databaseP, SongID id) : i_databaseP(database
 void CSongMeta::OnChanged(MetaKey key, const CMetaValue& value) {
     if (i_databaseP == nullptr) return;
     if (value.Type() == ValType::ValType_SONGFILE) i_databaseP->NoteFile(i_id, value);
-    if (Manager().GetTraits(key).Has(kKeyFlag_Hidden)) return;
+    // A key that the table does not know is hidden, but kept with the song.
+    if (Manager().GetTraits(key).Has(kKeyFlag_Hidden) && FindMetaKeyRow(key) != nullptr) return;
     i_databaseP->QueueChange(i_id, key);
     if (key == kDuration) i_databaseP->QueueChange(i_id, kActualDuration);   // which follows from it
 }

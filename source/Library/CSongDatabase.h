@@ -47,18 +47,8 @@ public:
                         std::function<void()> act = {});
     /** The user wants no warning of this preference any more. */
     virtual void StopWarning(std::string_view /*preference*/) {}
-    // ---- The library's files ----
-    /** A question of the load; the safe answer when nobody sits in front. */
-    virtual Answer Ask(const Question& question) { return {question.safeIndex, question.checkedB}; }
-    /** What the load does now, and how far it is. */
-    virtual void ShowProgress(std::string_view /*words*/) {}
-    virtual void ShowSteps(std::size_t /*doneL*/, std::size_t /*totalL*/) {}
     /** Shows the folder of a file. */
     virtual void Reveal(const CFileRef& /*file*/) {}
-    /** Songs that lists named and that are nowhere any more. */
-    virtual void SongsLost(long /*countL*/) {}
-    /** Why all of a library that is as its files have it is saved anew after its load; empty: it is not. */
-    [[nodiscard]] virtual std::string_view WhySaveAnew() const { return {}; }
     /** The preference "Date Added Field *really* Updated". */
     [[nodiscard]] virtual bool IsDateAddedReal() const { return false; }
 };

@@ -138,6 +138,8 @@ public:
         hidden ones too, since what is cached must be found again. A file place that has no form is left out and logged. */
     [[nodiscard]] CCFDictionary ToDictionary(FileSlots files = FileSlots::kWithout,
                                              HiddenKeys hidden = HiddenKeys::kWithout) const;
+    /** Of these entries, whatever they are. */
+    [[nodiscard]] static CCFDictionary MakeDictionary(std::span<const MetaEntry> entries);
     /** Takes all values of the dictionary that have a form here, each by its setter; "Illegal key type: " is logged for
         the others. A key that is not in the table gets the kind of its value. Keys not in the dictionary stay. */
     void FromDictionary(const CCFDictionary& dictionary);

@@ -71,11 +71,17 @@ ValType KindOf(CFType type) {
 }   // namespace
 
 CCFDictionary CMeta::ToDictionary(FileSlots files, HiddenKeys hidden) const {
+    std::vector<MetaEntry> entries = AllStored();   // a copy: a file reference may look at the disc
+    std::erase_if(entries, [&](const MetaEntry& entry) {
+        if (entry.value.Type() == ValType::ValType_SONGFILE) return files == FileSlots::kWithout;
+        return hidden == HiddenKeys::kWithout && i_manager.GetTraits(entry.key).Has(kKeyFlag_Hidden);
+    });
+    return MakeDictionary(entries);
+}
+
+CCFDictionary CMeta::MakeDictionary(std::span<const MetaEntry> entries) {
     CCFDictionary dictionary;
-    for (const MetaEntry& entry : AllStored()) {   // a copy: a file reference may look at the disc
-        const bool fileB = entry.value.Type() == ValType::ValType_SONGFILE;
-        const bool hiddenB = hidden == HiddenKeys::kWithout && i_manager.GetTraits(entry.key).Has(kKeyFlag_Hidden);
-        if (fileB ? files == FileSlots::kWithout : hiddenB) continue;
+    for (const MetaEntry& entry : entries) {
         if (auto value = ToCF(entry.value))
             dictionary.Set(MetaKeyText(entry.key), *std::move(value));
         else

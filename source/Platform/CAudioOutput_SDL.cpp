@@ -6,6 +6,7 @@
 #include <array>
 #include <cstring>
 #include <mutex>
+#include <utility>
 
 #include "Platform/CClock.h"
 #include "Platform/SoundFade.h"
@@ -153,6 +154,7 @@ OSErr CAudioOutput_SDL::Prepare(std::string_view device, const AudioBlocks& bloc
     i_lostB = false;
     i_newDeviceB = false;
     i_paceF = 0;
+    i_pacedT = 0;
     i_openB = true;
     return noErr;
 }
@@ -316,15 +318,18 @@ void CAudioOutput_SDL::WaitForRoom(std::size_t frames, double seconds) {
 
 void CAudioOutput_SDL::Rest(double seconds) {
     if (i_deviceID != 0) {
+        i_pacedT = 0;
         i_wake.Wait(seconds);
         return;
     }
-    // Nothing is left that takes frames, not even a lost device: the writer keeps the pace of the show.
+    // Nothing is left that takes frames, not even a lost device: the writer keeps the pace of the show, in which the time
+    // between two rests counts too.
+    if (i_pacedT == 0) i_pacedT = CClock::Get().SteadyT();
     const std::uint64_t playedL = i_playedL.load(std::memory_order_relaxed);
     const std::uint64_t waitingL = i_queuedL.load(std::memory_order_relaxed) - playedL;
-    const double sinceT = CClock::Get().SteadyT();
     i_wake.Wait(seconds);
-    i_paceF += (CClock::Get().SteadyT() - sinceT) * kAudioOutput_Rate;   // whatever ended the wait
+    const double sinceT = std::exchange(i_pacedT, CClock::Get().SteadyT());
+    i_paceF += (i_pacedT - sinceT) * kAudioOutput_Rate;   // whatever ended the wait
     const std::uint64_t takenL = std::min(static_cast<std::uint64_t>(i_paceF), waitingL);
     i_paceF = std::min(i_paceF - static_cast<double>(takenL), 1.0);   // nothing is owed for what was not queued
     i_playedL.store(playedL + takenL, std::memory_order_release);

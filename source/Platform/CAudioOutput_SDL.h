@@ -52,7 +52,8 @@ private:
     std::uint32_t i_deviceID = 0;                 // SDL's number, 0 for none; the writer's
     std::atomic<std::uint32_t> i_watchedID{0};    // the same, for the watch
     bool i_openB = false, i_subsystemB = false;   // the second is not there where SDL finds no sound system at all
-    double i_paceF = 0;   // parts of a frame that are due while there is no device; the writer's
+    double i_paceF = 0;    // parts of a frame that are due while there is no device; the writer's
+    double i_pacedT = 0;   // by CClock::SteadyT, up to when; 0 with a device
     CWakeSignal i_wake;
     std::atomic<bool> i_lostB{false}, i_newDeviceB{false};
     enum class Leaving : int { kNo, kAsked, kDone };

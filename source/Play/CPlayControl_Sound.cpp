@@ -191,6 +191,8 @@ OSErr CPlayControl::SetOutputDevice(const std::string& name) {
     if (State() == PlayState::kPlaying) {
         how.at300 = CurTime300();
         spec.launch = {};   // it was opened
+    } else {
+        how.at300 = i_playP->StartAt300();   // it was to begin there, and has not yet
     }
     return PlaySong(spec, how);
 }

@@ -171,8 +171,9 @@ void CSongPlay::SetOneLevel(bool onB) {
 
 long CSongPlay::EndTime300() const {
     if (State() != PlayState::kPlaying) return 0;
-    if (Spec().trimEnd300 > Spec().trimStart300) return Spec().trimEnd300;
-    return std::max(i_sound.Length300(), i_picture.End300());
+    const long end300 = std::max(i_sound.Length300(), i_picture.End300());
+    if (Spec().trimEnd300 <= Spec().trimStart300) return end300;
+    return end300 > 0 ? std::min(Spec().trimEnd300, end300) : Spec().trimEnd300;   // a mark behind the end is none
 }
 
 long CSongPlay::HeardLength300() const {

@@ -45,6 +45,8 @@ public:
     void SetSlipT(double seconds) { i_picture.SetSlipT(seconds); }
 
     [[nodiscard]] const SongPlaySpec& Spec() const noexcept { return i_parts.spec; }
+    /** Where it was asked to begin, in 300ths; -1: where the music does. */
+    [[nodiscard]] long StartAt300() const noexcept { return i_parts.startAt300; }
     [[nodiscard]] const CSongLoad& Files() const noexcept { return *i_parts.loadP; }
     [[nodiscard]] PlayState State() const noexcept { return static_cast<PlayState>(i_sound.State()); }
     [[nodiscard]] bool HasPlayer() const noexcept {

@@ -1,6 +1,7 @@
 #include "Play/CSongSound.h"
 
 #include "Audio/CAutoCue.h"
+#include "Core/AlertHook.h"
 #include "Core/CLog.h"
 
 namespace {
@@ -86,6 +87,11 @@ OSErr CSongSound::GoToStart() {
         i_start300 = i_parts.startAt300;
     else if (i_parts.autoCueB || TrimStart() != 0)
         i_start300 = i_playerP->AutoCue();
+    if (const long length300 = Length300(); length300 > 0 && i_start300 >= length300) {
+        ShowAlert("The trim start of “" + i_parts.spec.name + "” lies behind its end.",
+                  "It plays from the beginning. Clear the column “Trim Start”, or set an earlier time.");
+        i_start300 = 0;
+    }
     if (i_start300 <= 0) return Err();
     if (const OSErr err = LogStep(SeekPlayer(i_start300), "going to the start of the song"); Failed(err)) {
         if (err != eofErr) return err;

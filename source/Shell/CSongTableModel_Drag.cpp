@@ -9,8 +9,6 @@
 
 namespace {
 
-constexpr MetaKey kUserOrder = "stIx"_key;
-
 struct DraggedRows {
     PlaylistID list{0};
     std::vector<PLItemID> items;
@@ -55,7 +53,8 @@ QMimeData* CSongTableModel::mimeData(const QModelIndexList& indexes) const {
 RowIndex CSongTableModel::DropRow(int row) const {
     const CPlayList* const listP = List();
     // Behind the last row, or between rows that stand in another order: at the end.
-    if (listP == nullptr || row < 0 || row >= rowCount() || MainKey(listP->Spec()) != kUserOrder) return SDB_Index_END;
+    if (listP == nullptr || row < 0 || row >= rowCount() || MainKey(listP->Spec()) != kKey_UserOrder)
+        return SDB_Index_END;
     return listP->GetPLI_Index(ItemAt(row));
 }
 
@@ -66,12 +65,12 @@ bool CSongTableModel::canDropMimeData(const QMimeData* dataP, Qt::DropAction, in
     const auto rows = ReadRows(*dataP);
     if (!rows || !listP->IsModifyable()) return false;
     // Rows of this list are put into another order only where that order is shown.
-    return rows->list != i_list || MainKey(listP->Spec()) == kUserOrder;
+    return rows->list != i_list || MainKey(listP->Spec()) == kKey_UserOrder;
 }
 
 bool CSongTableModel::IsRefusedBySort(const QMimeData& data) const {
     const CPlayList* const listP = List();
-    if (listP == nullptr || data.hasUrls() || !listP->IsModifyable() || MainKey(listP->Spec()) == kUserOrder)
+    if (listP == nullptr || data.hasUrls() || !listP->IsModifyable() || MainKey(listP->Spec()) == kKey_UserOrder)
         return false;
     const auto rows = ReadRows(data);
     return rows && rows->list == i_list;

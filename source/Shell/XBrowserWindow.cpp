@@ -393,9 +393,9 @@ void XBrowserWindow::ShowState() {
     if (duration300 > 0) text += tr(", %1").arg(SumText(duration300));
     if (selectedL > 1) text += tr(", %1 selected").arg(locale.toString(selectedL));
     if (i_model->IsLooking()) text += tr(", looking…");
+    if (listP->IsSorting()) text += tr(", sorting…");
     i_countP->SetValue(text);
     i_listNameP->SetText(QtText(listP->Name()));
-    if (listP->IsSorting()) SetStatus(tr("Sorting…"));
     EnableSongs();
     if (i_model->IsFiltering())
         i_tableP->SetHint(i_model->IsLooking() ? tr("Looking…") : tr("Nothing found"),

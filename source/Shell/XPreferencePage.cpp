@@ -140,7 +140,9 @@ void XPreferencePage::AddNumber(const PreferenceRow& row, bool wholeB) {
     auto* const boxP = new XNumberBox;
     boxP->setObjectName(row.keyZ);
     boxP->setDecimals(row.decimals);
-    boxP->setRange(row.low, row.high);
+    const PrefRow* const boundsP = FindPreference(row.keyZ);   // where the program has bounds, they are the box's
+    const bool boundB = boundsP != nullptr && std::isfinite(boundsP->least) && std::isfinite(boundsP->most);
+    boxP->setRange(boundB ? boundsP->least * row.scale : row.low, boundB ? boundsP->most * row.scale : row.high);
     boxP->setSingleStep(row.step);
     boxP->setSuffix(row.unitZ);
     boxP->setMinimumSize(110, kBox_Height);

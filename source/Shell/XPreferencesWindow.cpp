@@ -47,7 +47,7 @@ constexpr PreferenceRow kDuringPlay[] = {
      "Letters, arrows and signs are commands in every window, not in the video windows alone; off, letters search."},
     {"Sync Slip increment (300ths)", "Step of the sync slip", "How far one press moves the picture against the sound.",
      0.01, 5, 0.1, 1.0 / 300, 2, " s"},
-    {"Tempo change increment (percent)", "Step of the tempo", nullptr, 1, 25, 1, 1, 0, " %"},
+    {"Tempo change increment (percent)", "Step of the tempo", nullptr, 0.1, 25, 0.5, 1, 1, " %"},
 };
 
 constexpr PreferenceRow kVideoDuring[] = {

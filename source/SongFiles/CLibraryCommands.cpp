@@ -145,11 +145,13 @@ OSErr CLibraryCommands::RemoveFromLibrary(const SDB_Selection& selection) {
 
 OSErr CLibraryCommands::RemoveDuplicates(const SDB_Selection& selection) {
     if (selection.List() != &i_database.Library()) return paramErr;
-    if (i_database.DuplicatesIn(selection).empty()) {
+    SDB_Selection doubles(selection.List());
+    doubles.SetItems(i_database.DuplicatesIn(selection));
+    if (doubles.Count() == 0) {
         i_ui.Alert("There are no duplicates.", "Each of these songs has one row in the library.");
         return noErr;
     }
-    return IfConfirmed(LibraryDialog::kRemoveDuplicates, NamesOf(SongsOf(selection)), [this, rows = RowsOf(selection)] {
+    return IfConfirmed(LibraryDialog::kRemoveDuplicates, NamesOf(SongsOf(doubles)), [this, rows = RowsOf(doubles)] {
         const std::unique_ptr<CProgressView> progressP = i_ui.OpenProgress("Remove Duplicates");
         WaitForSorts(*progressP);
         return i_database.RemoveDuplicates(StillThere(rows));

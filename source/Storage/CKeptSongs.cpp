@@ -15,7 +15,7 @@
 namespace {
 
 constexpr const char* kSongs_Name = "Songs.vlb";
-constexpr std::size_t kPiece_Bytes = std::size_t{256} << 10;
+constexpr std::size_t kKept_PieceBytes = std::size_t{256} << 10;
 
 /** To the end of the member, whose checksum must be right. */
 OSErr Unpack(const CFileRef& zip, const CZipMember& member, const CFileRef& to) {
@@ -23,7 +23,7 @@ OSErr Unpack(const CFileRef& zip, const CZipMember& member, const CFileRef& to) 
     if (const OSErr err = source.Open(zip, member); Failed(err)) return err;
     CDataFork fork;
     if (const OSErr err = fork.Open(to, FileAccess::kCreateNew); Failed(err)) return err;
-    std::vector<std::byte> piece(kPiece_Bytes);
+    std::vector<std::byte> piece(kKept_PieceBytes);
     for (OSErr read = noErr; read != eofErr;) {
         std::size_t gotL = 0;
         read = source.Read(piece, gotL);

@@ -31,7 +31,7 @@ OSErr CLibraryLoader::Load(LibraryFileMap& files, LibraryReport& report) {
     i_reportP = &report;
     const CScopedClock total("Total Database Load time");
     const CLoadingScope loading(i_database);
-    i_database.Host().ShowProgress("Loading Library");
+    i_host.ShowProgress("Loading Library");
     if (const OSErr err = WaitUntilReadable(); Failed(err)) return err;
     LibraryImage image;
     const OSErr walked = Read(image);
@@ -65,9 +65,9 @@ OSErr CLibraryLoader::Load(LibraryFileMap& files, LibraryReport& report) {
     NoteIDs(image);
     for (VenueFolder& venue : image.venues) singers.LoadVenue(venue);
     LoadLists(image, loader, files);
-    i_database.Host().ShowProgress("Calculating Playlist durations…");
+    i_host.ShowProgress("Calculating Playlist durations…");
     for (CPlayList* const listP : i_database.PlayLists()) listP->CalculateDuration();
-    i_database.Host().ShowProgress("Finalizing Playlists…");
+    i_host.ShowProgress("Finalizing Playlists…");
     Verify(image, loader, singers.Changed());
     return noErr;
 }
@@ -96,7 +96,7 @@ OSErr CLibraryLoader::TellKeptBack(const CFileRef& file, OSErr err, bool againB,
     if (againB) question.buttons.emplace_back("Try Again");
     question.defaultIndex = question.buttons.size() - 1;
     question.safeIndex = kQuit;   // nobody in front: it must not ask for ever
-    tryB = i_database.Host().Ask(question).buttonIndex == kTryAgain && againB;
+    tryB = i_host.Ask(question).buttonIndex == kTryAgain && againB;
     return err;
 }
 
@@ -125,7 +125,7 @@ OSErr CLibraryLoader::AskIfTooNew(const LibraryImage& image) {
     Problem(question.text);
     question.text += "\nIf you continue, nothing that you change is saved.";
     question.buttons = {"Quit", "Continue"};
-    return i_database.Host().Ask(question).buttonIndex == 1 ? noErr : userCanceledErr;
+    return i_host.Ask(question).buttonIndex == 1 ? noErr : userCanceledErr;
 }
 
 /** Damage is told before anything else is asked. What a whole copy has is added to what could be read: nothing is written
@@ -140,7 +140,7 @@ void CLibraryLoader::MendSongs() {
     text += goneB ? "missing.  " : "damaged.  ";
     text += std::to_string(readL);
     text += readL == 1 ? " song could be read." : " songs could be read.";
-    i_database.Host().ShowProgress("Looking for a whole copy of the library…");
+    i_host.ShowProgress("Looking for a whole copy of the library…");
     auto keptRef = std::make_shared<CKeptSongs>();
     const OSErr found = keptRef->Find(i_places.root);
     if (goneB && (Failed(found) || keptRef->Count() == 0)) return;   // there never was one
@@ -160,7 +160,7 @@ void CLibraryLoader::MendSongs() {
                     ".  Shall the songs that are missing come back from it?" + (goneB ? "" : kKeptZ);
     question.buttons = {"Bring Back", "Go On Without"};
     Problem(question.text);
-    if (i_database.Host().Ask(question).buttonIndex == kGoOn) {
+    if (i_host.Ask(question).buttonIndex == kGoOn) {
         i_reportP->keptRef = std::move(keptRef);
         return;
     }
@@ -205,7 +205,7 @@ void CLibraryLoader::LoadLists(LibraryImage& image, CPlaylistLoader& loader, Lib
         return file.file.GetPath().stem() == LibraryFileName(file.record.Name());
     });
     for (const PlaylistFile& file : image.lists) {
-        i_database.Host().ShowSteps(++doneL, image.lists.size());
+        i_host.ShowSteps(++doneL, image.lists.size());
         const std::int64_t number = file.record.Type();
         const bool keptB = number == static_cast<std::int64_t>(kSourceDB_CD) ||
                            Is_MusicStore_PlayList(static_cast<SourceType>(std::clamp<std::int64_t>(number, 0, 99)));
@@ -248,7 +248,7 @@ void CLibraryLoader::Verify(const LibraryImage& image, const CPlaylistLoader& lo
     if (!without.empty() && image.index) Problem(std::to_string(without.size()) + " songs had no row in the library");
     if (loader.Lost() != 0) {
         Problem(std::to_string(loader.Lost()) + " rows named songs that are not there");
-        i_database.Host().SongsLost(loader.Lost());
+        i_host.SongsLost(loader.Lost());
     }
     const bool olderB = i_songs.IsOlder() || (image.index && VersionOf(*image.index) < kIndex_Version);
     i_changedB = i_changedB || !without.empty() || loader.Lost() != 0;
@@ -258,7 +258,7 @@ void CLibraryLoader::Verify(const LibraryImage& image, const CPlaylistLoader& lo
     else if (i_changedB)
         reason = "updated playlists";
     else
-        reason = i_database.Host().WhySaveAnew();
+        reason = i_host.WhySaveAnew();
 }
 
 void CLibraryLoader::Problem(std::string words) {

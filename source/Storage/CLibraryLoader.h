@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "Storage/CKeptSongs.h"
+#include "Storage/CLibraryHost.h"
 #include "Storage/CSingerLoader.h"
 #include "Storage/CSongStore.h"
 
@@ -21,14 +22,14 @@ struct LibraryReport {
 
 /** Loads a library into an empty database: songs, then all lists and singers that a walk of the root finds, which runs
     beside the reading of the songs.
-    Threads  main, before anybody saves; shows its progress by the database's host.
+    Threads  main, before anybody saves; shows its progress by the host.
     Errors   userCanceledErr: the library is of a later program, and the user would rather quit. A file of the songs that
              its disc or a permission keeps back: its status, once the user has tried often enough. What is damaged is
              told by an alert and stands in the report; all that could be read is there. */
 class CLibraryLoader {
 public:
-    CLibraryLoader(CSongDatabase& database, CSongStore& songs, const LibraryPlaces& places)
-        : i_database(database), i_songs(songs), i_places(places) {}
+    CLibraryLoader(CSongDatabase& database, CSongStore& songs, const LibraryPlaces& places, CLibraryHost& host)
+        : i_database(database), i_host(host), i_songs(songs), i_places(places) {}
     OSErr Load(LibraryFileMap& files, LibraryReport& report);
 
 private:
@@ -44,6 +45,7 @@ private:
     void Problem(std::string words);
 
     CSongDatabase& i_database;
+    CLibraryHost& i_host;
     CSongStore& i_songs;
     const LibraryPlaces& i_places;
     OSErr i_songsErr = noErr;

@@ -36,14 +36,14 @@ std::string SimpleName(const SongFileSet& set) {
 
 std::size_t CLibraryRebuild::Run() {
     const CScopedClock clock("Time to Rebuild from scratch");
-    i_database.Host().ShowProgress("Rebuilding library");
+    i_host.ShowProgress("Rebuilding library");
     std::vector<SongFileSet> sets = Gather();
     JoinHalves(sets);
     if (i_database.Settings()->requireAudioB) std::erase_if(sets, IsGraphicsAlone);
     const CLoadingScope loading(i_database);
     std::vector<SongID> songs;
     for (const SongFileSet& set : sets) {
-        i_database.Host().ShowSteps(songs.size(), sets.size());
+        i_host.ShowSteps(songs.size(), sets.size());
         if (const CSong* const songP = MakeSongOfFiles(i_database, set, DateAdded::kFile))
             songs.push_back(songP->GetSongID());
     }
@@ -91,7 +91,7 @@ bool CLibraryRebuild::AreSame(const SongFileSet& first, const SongFileSet& secon
     question.buttons = {"1st name", "2nd name", "Not Same"};
     question.defaultIndex = kNotSame;
     question.safeIndex = kNotSame;
-    const std::size_t button = i_database.Host().Ask(question).buttonIndex;
+    const std::size_t button = i_host.Ask(question).buttonIndex;
     if (button == kSecond) base = second.base;
     return button == kFirst || button == kSecond;
 }

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "SongFiles/SongFileSets.h"
+#include "Storage/CLibraryHost.h"
 
 class CSongDatabase;
 
@@ -12,8 +13,8 @@ class CSongDatabase;
     Threads  main; the disc is read by a thread, while timers and paint go on. */
 class CLibraryRebuild {
 public:
-    CLibraryRebuild(CSongDatabase& database, std::filesystem::path folder)
-        : i_database(database), i_folder(std::move(folder)) {}
+    CLibraryRebuild(CSongDatabase& database, std::filesystem::path folder, CLibraryHost& host)
+        : i_database(database), i_host(host), i_folder(std::move(folder)) {}
     /** How many songs were made. */
     std::size_t Run();
 
@@ -24,5 +25,6 @@ private:
     [[nodiscard]] bool AreSame(const SongFileSet& first, const SongFileSet& second, std::string& base) const;
 
     CSongDatabase& i_database;
+    CLibraryHost& i_host;
     const std::filesystem::path i_folder;
 };

@@ -25,10 +25,11 @@ bool IsThere(const CFileRef& file) {
 
 }   // namespace
 
-CLibraryStore::CLibraryStore(CSongDatabase& database, LibraryPlaces places, CBackOff* backOffP)
+CLibraryStore::CLibraryStore(CSongDatabase& database, LibraryPlaces places, CLibraryHost& host, CBackOff* backOffP)
     : i_database(database),
+      i_host(host),
       i_places(std::move(places)),
-      i_songs(std::make_shared<CSongStore>(database, i_places)),
+      i_songs(std::make_shared<CSongStore>(database, i_places, host)),
       i_backOff(backOffP == nullptr ? i_ownBackOff : *backOffP) {
     i_database.AddWatcher(*this);
 }
@@ -47,11 +48,11 @@ OSErr CLibraryStore::LoadLibrary() {
         i_rootIdentity = FileIdentity::Of(info);
         i_rootKnownB = true;
     }
-    const OSErr err = CLibraryLoader(i_database, *i_songs, i_places).Load(i_files, i_report);
+    const OSErr err = CLibraryLoader(i_database, *i_songs, i_places, i_host).Load(i_files, i_report);
     i_refusedB = Failed(err);
     if (i_refusedB) return err;
     i_filesB = !i_report.emptyB;
-    if (i_report.emptyB && CLibraryRebuild(i_database, i_places.musicFolder).Run() != 0)
+    if (i_report.emptyB && CLibraryRebuild(i_database, i_places.musicFolder, i_host).Run() != 0)
         i_report.dirtyReason = "rebuilt";
     for (const CFileRef& file : i_report.damaged) i_damaged.insert(file.GetPath());
     if (i_report.dirtyReason.empty() && i_filesB) MarkAllWritten();

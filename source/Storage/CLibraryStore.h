@@ -4,6 +4,7 @@
 
 #include "Core/CBackOff.h"
 #include "Library/CListWatcher.h"
+#include "Storage/CLibraryHost.h"
 #include "Storage/CLibraryLoader.h"
 #include "Storage/CLibrarySave.h"
 #include "Threads/CHandle.h"
@@ -23,7 +24,8 @@ enum class SaveForce : bool {
 class CLibraryStore final : private CListWatcher {
 public:
     /** `backOffP`: who saves other things beside the library shares it; it outlives this. Null: one of its own. */
-    CLibraryStore(CSongDatabase& database, LibraryPlaces places, CBackOff* backOffP = nullptr);
+    CLibraryStore(CSongDatabase& database, LibraryPlaces places, CLibraryHost& host = CLibraryHost::Nobody(),
+                  CBackOff* backOffP = nullptr);
     /** Waits for a save that runs. */
     ~CLibraryStore() override;
     CLibraryStore(const CLibraryStore&) = delete;
@@ -83,6 +85,7 @@ private:
     class CT_SaveCopy;
 
     CSongDatabase& i_database;
+    CLibraryHost& i_host;
     const LibraryPlaces i_places;
     CHandled<CLibraryStore> i_self{this};
     const std::shared_ptr<CSongStore> i_songs;

@@ -174,7 +174,7 @@ SongRecord CSongRecordMeta::Make(std::uint32_t songID, const CMeta& song, CCFDic
     const bool placeB = std::ranges::any_of(std::array{SongText::kAudioPath, SongText::kVideoPath, SongText::kZipPath},
                                             [&record](SongText which) { return !record.Text(which).empty(); });
     if (!placeB || stored["Msng"_key].Bool() == BoolValueType::kTrue) record.flags |= kSongFlag_Missing;
-    rest = Rest(song);
+    rest = Rest();
     return record;
 }
 
@@ -229,13 +229,12 @@ bool CSongRecordMeta::IsHeld(MetaKey key, const CMetaValue& value) {
     }
 }
 
-CCFDictionary CSongRecordMeta::Rest(const CMeta& song) const {
-    const auto heldB = [](const MetaEntry& entry) { return IsHeld(entry.key, entry.value); };
-    if (std::ranges::all_of(i_stored, heldB)) return {};   // nearly all: a dictionary of each took half of a save
-    CCFDictionary rest = song.ToDictionary(CMeta::FileSlots::kWith);
+/** Keys that nobody knows here too, of a later program perhaps. */
+CCFDictionary CSongRecordMeta::Rest() const {
+    std::vector<MetaEntry> rest;
     for (const MetaEntry& entry : i_stored)
-        if (heldB(entry)) rest.Remove(MetaKeyText(entry.key));
-    return rest;
+        if (!IsHeld(entry.key, entry.value)) rest.push_back(entry);
+    return CMeta::MakeDictionary(rest);
 }
 
 void CSongRecordMeta::LoadRest(const CCFDictionary& rest, CMeta& song) {

@@ -32,7 +32,7 @@ private:
     [[nodiscard]] std::string_view StoredPath(const PathField& field, const CMetaValue& value, std::uint16_t& flags);
     /** A record has room for it. */
     [[nodiscard]] static bool IsHeld(MetaKey key, const CMetaValue& value);
-    [[nodiscard]] CCFDictionary Rest(const CMeta& song) const;
+    [[nodiscard]] CCFDictionary Rest() const;
 
     const std::filesystem::path i_music;
     const std::string i_musicPrefix;

@@ -28,8 +28,9 @@ bool IsDamage(OSErr err) { return err == eofErr || err == paramErr; }
 std::uint32_t TickOf(std::uint32_t songsL) { return songsL < 1000 ? 10 : 50; }
 }   // namespace
 
-CSongStore::CSongStore(CSongDatabase& database, LibraryPlaces places)
+CSongStore::CSongStore(CSongDatabase& database, LibraryPlaces places, CLibraryHost& host)
     : i_database(database),
+      i_host(host),
       i_places(std::move(places)),
       i_forms(i_places.musicFolder, CSongStatus(i_places.musicFolder, i_places.cacheFolder)),
       i_backup(i_places.root) {}
@@ -84,9 +85,9 @@ OSErr CSongStore::LoadRecords(SongDictionaries& meta) {
     FileInfo info;   // the header's number is not to be trusted, the size of the file is
     if (!Failed(FSrCheckFile(CFileRef(i_places.root, kSongs_Name), info)))
         i_database.Songs()->Reserve(std::min<std::size_t>(songsL, info.bytesL / SongRecord::kBytes));
-    i_database.Host().ShowProgress("Loading songs into Database…");
+    i_host.ShowProgress("Loading songs into Database…");
     for (SongRecord record; reader.Next(record);) {
-        if (reader.Count() % tickL == 0) i_database.Host().ShowSteps(reader.Count(), songsL);
+        if (reader.Count() % tickL == 0) i_host.ShowSteps(reader.Count(), songsL);
         const bool idB = record.songID <= static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max());
         CSong* songP = idB ? i_database.CreateSong(SongID{static_cast<std::int32_t>(record.songID)}) : nullptr;
         if (songP == nullptr) {   // damaged, or there twice: the song matters more than its number

@@ -2,6 +2,7 @@
 #include <filesystem>
 
 #include "Storage/CLibraryBackup.h"
+#include "Storage/CLibraryHost.h"
 #include "Storage/CSongRecordMeta.h"
 #include "Storage/LibraryFiles.h"
 
@@ -21,7 +22,7 @@ struct LibraryPlaces {
              program is never written over. */
 class CSongStore {
 public:
-    CSongStore(CSongDatabase& database, LibraryPlaces places);
+    CSongStore(CSongDatabase& database, LibraryPlaces places, CLibraryHost& host = CLibraryHost::Nobody());
 
     /** Ends a restore that a crash cut short, before the first file is read. By Load too. */
     OSErr FinishRestore();
@@ -63,6 +64,7 @@ private:
     OSErr WriteRecords(SongDictionaries& meta);
 
     CSongDatabase& i_database;
+    CLibraryHost& i_host;
     const LibraryPlaces i_places;
     CSongRecordMeta i_forms;
     CLibraryBackup i_backup;

@@ -7,20 +7,12 @@
 #include "Threads/APP_TimerForkData.h"
 #include "Threads/CThreadHost.h"
 #include "Threads/CThreadManager.h"
+#include "Threads/LogThread.h"
 #include "Threads/ThreadInfo.h"
 #include "Threads/WaitMode.h"
 #include "Threads/WaitUntil.h"
 
 namespace {
-
-void LogThread(const char* textZ, const std::string& name) {
-    if (CLog::Get().IsOn(LogSwitch::kThreads)) Log(textZ + name);
-}
-
-std::string NameOf(const ForkRecord& fork) {
-    const CMutex::Scope guard(*fork.mapP);
-    return fork.name;
-}
 
 bool IsNoKill(const std::string& name) { return name.starts_with(kFork_NoKillZ); }
 

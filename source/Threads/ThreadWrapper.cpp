@@ -8,19 +8,11 @@
 #include "Threads/CThreadHost.h"
 #include "Threads/CThreadManager.h"
 #include "Threads/ForkRecord.h"
+#include "Threads/LogThread.h"
 #include "Threads/MT_Completion.h"
 #include "Threads/ThreadInfo.h"
 
 namespace {
-
-void LogThread(const char* textZ, const std::string& name) {
-    if (CLog::Get().IsOn(LogSwitch::kThreads)) Log(textZ + name);
-}
-
-std::string NameOf(const ForkRecord& fork) {
-    const CMutex::Scope guard(*fork.mapP);   // "No Kill: " may be put in front at any time
-    return fork.name;
-}
 
 /** The entry routine; what it throws ends here, at the edge of the thread. */
 OSErr RunEntry(ForkRecord& fork, const std::string& name) {

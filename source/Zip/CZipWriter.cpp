@@ -16,7 +16,7 @@
 
 namespace {
 
-constexpr std::size_t kBlock = 64 * 1024;
+constexpr std::size_t kCopy_Block = 64 * 1024;
 constexpr std::uint64_t kPlain_Most = 0xFFFF0000;   // beyond it the packed form, or what follows, may need 64 bits
 constexpr uLong kVersionMadeBy = 3 << 8 | 20;       // Unix, 2.0
 constexpr std::size_t kName_Most = 0xFFFF;
@@ -134,7 +134,7 @@ OSErr CZipWriter::Add(const CFileRef& file, std::string_view name) {
 }
 
 OSErr CZipWriter::Pack(CDataFork& from) {
-    std::vector<std::byte> block(kBlock);
+    std::vector<std::byte> block(kCopy_Block);
     std::uint64_t wholeL = 0;
     FileInfo info;
     if (const OSErr err = from.Look(info); Failed(err)) return err;

@@ -195,6 +195,7 @@ TEST_F(PlayList, RowsHaveValuesOfTheirOwn) {
     EXPECT_FALSE(i_databaseP->Library().KeepsInRow("PICH"_key));
     EXPECT_EQ(list.ValueOf(one, "PICH"_key).Integer(), -2);
     EXPECT_EQ(list.ValueOf(other, "PICH"_key).Integer(), 1);
+    for (const double tempo : {0.0, 0.1, 2.6}) EXPECT_FALSE(list.SetRowValue(one, "TMPO"_key, CMetaValue(tempo)));
     EXPECT_TRUE(list.SetRowValue(one, "PICH"_key, CMetaValue(0)));   // not its song's
     EXPECT_EQ(list.ValueOf(one, "PICH"_key).Integer(), 0);
     EXPECT_EQ(list.ValueOf(one, "name"_key).Text(), "A");

@@ -92,6 +92,10 @@ TEST_F(SongDatabase, ChangesAreHandedOnAQuarterOfASecondAfterTheFirst) {
     });
     Advance(0.3);
     EXPECT_EQ(watcher.i_said, "*1@1 songs2x2 *1@1 songs1x1 ");
+    other.Meta().SetValue("LUFS"_key,
+                          CMetaValue(CMetaText::Of("-14")));   // what the table does not know is kept with the song
+    Advance(0.3);
+    EXPECT_EQ(watcher.i_said, "*1@1 songs2x2 *1@1 songs1x1 songs1x1 ");
     i_databaseP->RemoveWatcher(watcher);
 }
 

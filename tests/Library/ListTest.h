@@ -24,7 +24,6 @@ public:
     bool IsSaving() const override { return i_savingB; }
     bool MayDelete(SongID song) override { return song != i_playing; }
     bool IsDateAddedReal() const override { return i_dateAddedB; }
-    Answer Ask(const Question& question) override { return i_ui.Ask(question); }
     void Notify(std::string_view words, std::string_view detail, std::string_view, std::function<void()> act) override {
         i_told.push_back(std::string(words) + ": " + std::string(detail));
         i_act = std::move(act);

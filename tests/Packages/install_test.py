@@ -48,7 +48,7 @@ class Installed(unittest.TestCase):
                                 stderr=subprocess.PIPE, text=True)
         try:
             until = time.monotonic() + PATIENCE
-            log = self.home / ".local/state/Vopla/Vopla Log file.txt"
+            log = self.home / "root/state/Vopla/Vopla Log file.txt"
             while not (log.exists() and "Play has started" in log.read_text(errors="replace")):
                 self.assertIsNone(host.poll(), host.poll() is not None and host.stderr.read())
                 self.assertLess(time.monotonic(), until, "the demo was not played")

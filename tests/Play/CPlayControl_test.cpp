@@ -294,6 +294,17 @@ TEST_F(PlayTest, TheStartIsTheMusicOrTheTrimAndTheEndItsMark) {
     i_preferences.Set("Auto-cue", CCFValue(false));
     EXPECT_EQ(startOf(0), 0);
     EXPECT_EQ(startOf(1), 900);
+    // Marks behind the end are none.
+    trimmed.Meta().SetInteger("Tend"_key, 6000);
+    EXPECT_EQ(startOf(1), 900);
+    EXPECT_EQ(i_controlP->EndTime300(), 3000);
+    Alerts().clear();
+    trimmed.Meta().SetInteger("Tsrt"_key, 3000);
+    EXPECT_EQ(startOf(1), 0);
+    EXPECT_EQ(i_controlP->State(), kPlaying);
+    const std::scoped_lock guard(AlertLock());
+    ASSERT_EQ(Alerts().size(), 1U);
+    EXPECT_NE(Alerts().front().find("trim start"), std::string::npos);
     (void)cued;
 }
 

@@ -12,6 +12,7 @@
 #include "SongFiles/FileWorkTest.h"
 #include "Storage/COrphanSearch.h"
 #include "Storage/LibraryFileName.h"
+#include "Storage/TestLibraryHost.h"
 
 namespace {
 
@@ -66,7 +67,7 @@ protected:
         CFolders::SetRoot(i_root);
         fs::create_directories(i_root / "lib");
         i_places = {CFileRef(i_root / "lib"), i_root / "music", "/cache"};
-        i_storeP = std::make_unique<CLibraryStore>(*i_databaseP, i_places);
+        i_storeP = std::make_unique<CLibraryStore>(*i_databaseP, i_places, i_library);
     }
     ~CLibraryStoreTest() override {
         i_storeP.reset();
@@ -84,11 +85,13 @@ protected:
     /** A database of its own that loaded the same folder. */
     struct Loaded {
         TestDatabaseHost host;
+        TestLibraryHost library{host.i_ui};
         CSongDatabase database{host};
         CSongFileWork files{database};
         std::unique_ptr<CLibraryStore> storeP;
         OSErr err = noErr;
-        explicit Loaded(const LibraryPlaces& places) : storeP(std::make_unique<CLibraryStore>(database, places)) {
+        explicit Loaded(const LibraryPlaces& places)
+            : storeP(std::make_unique<CLibraryStore>(database, places, library)) {
             err = storeP->LoadLibrary();
         }
     };
@@ -159,6 +162,7 @@ protected:
     static inline std::vector<std::string> s_alerts;
     fs::path i_root;
     LibraryPlaces i_places;
+    TestLibraryHost i_library{i_above.i_ui};
     std::unique_ptr<CLibraryStore> i_storeP;
 };
 
@@ -532,7 +536,8 @@ TEST_F(CLibraryStoreTest, ADamagedSongsFileIsMendedFromAWholeCopy) {
             CSongDatabase database(host);
             const CSongFileWork files(database);
             database.SetSettings(settings);
-            CLibraryStore store(database, i_places);
+            TestLibraryHost library(host.i_ui);
+            CLibraryStore store(database, i_places, library);
             ASSERT_EQ(store.LoadLibrary(), noErr);
             ASSERT_EQ(host.i_ui.questions.size(), 1U);
             const Question& asked = host.i_ui.questions[0];

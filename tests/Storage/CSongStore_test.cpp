@@ -30,6 +30,7 @@ TEST_F(CSongStoreTest, SongsComeBackWithAllTheirValues) {
     CSong& one = Song("Ёлочка", "Artist");
     one.Meta().SetInteger("PICH"_key, -1);
     one.Meta().SetString("SUBg"_key, "among the rest");
+    one.Meta().SetValue("ZZZZ"_key, CMetaValue(CMetaText::Of("of a later program")));
     one.Meta().SetSongFile("Sfs0"_key, {SDB_SongFileStatus_MUSIC, CFileRef("/music/a/caf\xe9.mp3")});
     one.Meta().SetSongFile("Sfs3"_key, {SDB_SongFileStatus_CACHE, CFileRef("/cache/a.pcm")});
     Song("two");

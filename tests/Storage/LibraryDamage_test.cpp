@@ -10,6 +10,7 @@
 #include "Platform/CFolders.h"
 #include "SongFiles/FileWorkTest.h"
 #include "Storage/CLibraryStore.h"
+#include "Storage/TestLibraryHost.h"
 
 // Files of a library that are cut or changed, and discs that fail: what was whole stays, what was not is kept beside.
 
@@ -73,11 +74,12 @@ protected:
     /** A database of its own over the folder. */
     struct Loaded {
         TestDatabaseHost host;
+        TestLibraryHost library{host.i_ui};
         CSongDatabase database{host};
         CSongFileWork files{database};
         CLibraryStore store;
         OSErr err;
-        explicit Loaded(const LibraryPlaces& places) : store(database, places), err(store.LoadLibrary()) {}
+        explicit Loaded(const LibraryPlaces& places) : store(database, places, library), err(store.LoadLibrary()) {}
     };
     static const CPlayList* Find(const CSongDatabase& database, const std::string& name) {
         for (const CPlayList* const listP : database.PlayLists())
@@ -170,7 +172,8 @@ TEST_F(LibraryDamage, WhatIsKeptBackIsNoDamage) {
                 if (backB) host.i_ui.answers = {Answer{1, false}, Answer{1, false}};
                 CSongDatabase database(host);
                 const CSongFileWork files(database);
-                CLibraryStore store(database, i_places);
+                TestLibraryHost library(host.i_ui);
+                CLibraryStore store(database, i_places, library);
                 const OSErr err = store.LoadLibrary();
                 CFileCalls::Install(nullptr);
                 ASSERT_EQ(host.i_ui.questions.size(), backB ? 2U : 1U);

@@ -39,28 +39,36 @@ TEST_F(HandleTest, LeadsToItsObjectAndNowhereOnceThatHasGone) {
 
 /** Other threads keep, copy and drop it; asked there it says nothing, and that is a fault. */
 TEST_F(HandleTest, AskedFromTenThreadsWhileTheObjectGoes) {
-    constexpr int kThreads = 10, kTurns = 1000;
-    for (int round = 0; round < 20; ++round) {
-        s_assertedL = 0;
-        auto thingP = std::make_unique<Thing>();
-        std::atomic<int> readyL{0}, gotL{0};
-        std::vector<std::thread> threads;
-        for (int n = 0; n < kThreads; ++n)
-            threads.emplace_back([&, handle = thingP->self.Handle()] {
-                ++readyL;
-                for (int turn = 0; turn < kTurns; ++turn) {
-                    const CHandle<Thing> copy = handle;
-                    gotL += copy.Get() != nullptr ? 1 : 0;
-                }
-            });
-        while (readyL < kThreads) std::this_thread::yield();
-        const CHandle<Thing> handle = thingP->self.Handle();
-        thingP.reset();
-        EXPECT_EQ(handle.Get(), nullptr);
-        for (std::thread& thread : threads) thread.join();
-        EXPECT_EQ(gotL, 0);
-        EXPECT_EQ(s_assertedL, kThreads * kTurns);
-    }
+    constexpr int kThreads = 10;
+    auto thingP = std::make_unique<Thing>();
+    const CHandle<Thing> handle = thingP->self.Handle();
+    std::atomic<int> startedL{0}, askedL{0}, gotL{0}, endedL{0};
+    std::atomic<bool> stopB{false};
+    for (int n = 0; n < kThreads; ++n)
+        ASSERT_NE(CThreadManager::Fork(
+                      ForkKind::kPreemptive,
+                      [&, mine = handle](void*) {
+                          for (bool firstB = true; !stopB; firstB = false) {
+                              const CHandle<Thing> copy = mine;
+                              gotL += copy.Get() != nullptr ? 1 : 0;
+                              ++askedL;
+                              startedL += firstB ? 1 : 0;
+                          }
+                          return noErr;
+                      },
+                      [&](void*, OSErr) {
+                          ++endedL;
+                          return noErr;
+                      },
+                      nullptr, "asks"),
+                  0);
+    ASSERT_TRUE(RunUntil([&] { return startedL == kThreads; }));
+    thingP.reset();
+    EXPECT_EQ(handle.Get(), nullptr);
+    stopB = true;
+    ASSERT_TRUE(RunUntil([&] { return endedL == kThreads; }));
+    EXPECT_EQ(gotL, 0);
+    EXPECT_EQ(s_assertedL, askedL);
 }
 
 }   // namespace

@@ -1,4 +1,4 @@
-#include "Graphics/GuardedMemory.h"
+#include "Movies/GuardedMemory.h"
 
 #include <sys/mman.h>
 #include <unistd.h>

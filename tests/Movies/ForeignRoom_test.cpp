@@ -5,9 +5,9 @@
 #include <random>
 
 #include "Graphics/CHq4x.h"
-#include "Graphics/GuardedMemory.h"
 #include "Graphics/ImageDecode.h"
 #include "Movies/CMoviePainter.h"
+#include "Movies/GuardedMemory.h"
 #include "Movies/MovieFrame.h"
 
 extern "C" {
