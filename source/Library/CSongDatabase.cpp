@@ -5,6 +5,7 @@
 #include "Core/AlertHook.h"
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
+#include "Library/CSinger.h"
 #include "Library/CT_SongChanges.h"
 #include "Threads/CThreadManager.h"
 #include "Threads/ThreadInfo.h"

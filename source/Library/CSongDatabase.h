@@ -10,9 +10,9 @@
 #include "Core/CWatchers.h"
 #include "Files/CFileRef.h"
 #include "Library/CListWatcher.h"
+#include "Library/CMutex_ItemMap.h"
 #include "Library/CPlayList.h"
 #include "Library/CRowValues.h"
-#include "Library/CSinger.h"
 #include "Library/CSong.h"
 #include "Library/CSongFollower.h"
 #include "Library/LibrarySettings.h"
@@ -20,6 +20,10 @@
 #include "Threads/CHandle.h"
 #include "Threads/CMainThreadProc.h"
 #include "Threads/CMutex.h"
+
+class CSinger;
+enum class SingerList : std::uint8_t;
+using CMutex_SingerMap = CMutex_ItemMap<SingerID, CSinger>;
 
 /** What the library asks of those above it. Main thread; outlives the database. */
 class CSongDatabaseHost {

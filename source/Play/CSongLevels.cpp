@@ -9,8 +9,10 @@
 #include "Play/SongPlaySpec.h"
 
 namespace {
-constexpr double kRest = 3;   // times as long as it worked
-}
+constexpr double kRest = 3;               // times as long as it worked
+constexpr std::size_t kAgain_Songs = 2;   // what comes next, and what plays
+constexpr double kAgain_T = 60;
+}   // namespace
 
 CSongLevels::CSongLevels(CSongDatabase& database)
     : i_database(database), i_stopRef(std::make_shared<std::atomic<bool>>(false)) {}
@@ -21,8 +23,14 @@ CSongLevels::~CSongLevels() {
 }
 
 void CSongLevels::Want(std::vector<SongID> songs) {
-    i_wanted = std::move(songs);
-    std::erase_if(i_wanted, [this](SongID song) { return i_looked.contains(song); });
+    // Once is enough for most; what comes next and what plays may have got another file meanwhile.
+    const double nowT = CClock::Get().SteadyT();
+    i_wanted.clear();
+    for (std::size_t n = 0; n < songs.size(); ++n) {
+        const auto looked = i_lookedT.find(songs[n]);
+        if (looked == i_lookedT.end() || (n < kAgain_Songs && nowT - looked->second > kAgain_T))
+            i_wanted.push_back(songs[n]);
+    }
     std::ranges::reverse(i_wanted);
 }
 
@@ -32,7 +40,9 @@ void CSongLevels::Idle(bool playingB) {
     const SongID song = i_wanted.back();
     i_wanted.pop_back();
     CSong* const songP = i_database.GetSong(song);
-    if (songP == nullptr || !i_looked.insert(song).second) return;
+    const auto [looked, newB] = i_lookedT.try_emplace(song, CClock::Get().SteadyT());
+    if (songP == nullptr || (!newB && CClock::Get().SteadyT() - looked->second <= kAgain_T)) return;   // two rows of it
+    looked->second = CClock::Get().SteadyT();
     i_busyB = true;
     auto taskP = std::make_unique<CT_MeasureLevel>(i_self.Handle(), song, CSongFiles(*songP, i_database.Settings()),
                                                    LevelOf(*songP), i_stopRef);

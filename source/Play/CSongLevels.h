@@ -1,7 +1,7 @@
 #pragma once
 #include <atomic>
+#include <map>
 #include <memory>
-#include <set>
 #include <vector>
 
 #include "Library/LibraryIDs.h"
@@ -37,8 +37,8 @@ private:
     CSongDatabase& i_database;
     CHandled<CSongLevels> i_self{this};
     const std::shared_ptr<std::atomic<bool>> i_stopRef;
-    std::vector<SongID> i_wanted;   // the next one last
-    std::set<SongID> i_looked;      // in this run
+    std::vector<SongID> i_wanted;         // the next one last
+    std::map<SongID, double> i_lookedT;   // in this run, by CClock::SteadyT
     bool i_busyB = false;
     double i_endedT = 0, i_tookT = 0;   // of the last one
 };

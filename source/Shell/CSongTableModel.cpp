@@ -289,10 +289,12 @@ QVariant CSongTableModel::data(const QModelIndex& index, int role) const {
             return IsCheckBox(traits) ? QVariant() : QVariant(CellText(*listP, item, key));
         case Qt::ToolTipRole:
         case Qt::AccessibleTextRole: {
-            const QString text = CellText(*listP, item, key);
-            const bool nameB = key == "name"_key;
-            if (nameB && role == Qt::AccessibleTextRole && IsPlayingRow(item)) return tr("%1, it plays").arg(text);
-            const QString told = nameB && IsMissingRow(item) ? tr("%1: its files are missing").arg(text) : text;
+            // A row says of itself what it is in the column of its name, or in the first one where that is not shown.
+            const bool tellB = key == "name"_key ||
+                               (index.column() == 0 && std::ranges::find(i_columns, "name"_key) == i_columns.end());
+            QString told = CellText(*listP, item, key);
+            if (tellB && role == Qt::AccessibleTextRole && IsPlayingRow(item)) told = tr("%1, it plays").arg(told);
+            if (tellB && IsMissingRow(item)) told = tr("%1: its files are missing").arg(told);
             return role == Qt::ToolTipRole ? PlainToolTip(told) : told;
         }
         case Qt::EditRole:

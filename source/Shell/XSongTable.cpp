@@ -30,7 +30,9 @@ constexpr std::size_t kSelection_MostKept = 10'000;
 constexpr MetaKey kFactory_Columns[] = {"name"_key, "arts"_key, "albm"_key, "trak"_key, "drtn"_key};
 
 /** Until the user sets another one: texts take their part of what there is. */
-int FactoryWidth(MetaKey key, int room) {
+int FactoryWidth(MetaKey key, int room, const QFontMetrics& font) {
+    constexpr int kMargins = 24;
+    if (key == "Tsrt"_key || key == "Tend"_key) return font.horizontalAdvance("00:00.000") + kMargins;
     if (key == "arts"_key) return std::max(140, room * 24 / 100);
     if (key == "albm"_key) return std::max(120, room * 18 / 100);
     return std::max<int>(MetaManager().GetTraits(key).InitialWidth(), 60);
@@ -167,7 +169,7 @@ void XSongTable::ApplyWidths() {
         const auto it = widths.find(columns[n]);
         horizontalHeader()->setSectionResizeMode(static_cast<int>(n), QHeaderView::Interactive);
         setColumnWidth(static_cast<int>(n),
-                       it != widths.end() ? it->second : FactoryWidth(columns[n], viewport()->width()));
+                       it != widths.end() ? it->second : FactoryWidth(columns[n], viewport()->width(), fontMetrics()));
     }
     // What is left goes to the names, or to the last column where they are not shown.
     const auto name = std::ranges::find(columns, "name"_key);

@@ -6,6 +6,7 @@
 #include "Files/CSafeSave.h"
 #include "Files/FSError.h"
 #include "Files/FSrObjects.h"
+#include "Library/CSinger.h"
 #include "SongFiles/LibraryDialogs.h"
 #include "Storage/CLibraryRebuild.h"
 #include "Storage/CLostSongs.h"

@@ -1,5 +1,6 @@
 // What a save has to write, and what was written: the revisions of all that stands in files.
 #include "Core/CLog.h"
+#include "Library/CSinger.h"
 #include "Meta/CMetaManager.h"
 #include "Storage/CLibraryStore.h"
 #include "Storage/LibraryFileName.h"

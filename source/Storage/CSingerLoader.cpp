@@ -5,6 +5,7 @@
 
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
+#include "Library/CSinger.h"
 #include "Storage/CDupeSinger.h"
 #include "Storage/SingerAccounts.h"
 

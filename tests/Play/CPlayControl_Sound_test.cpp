@@ -127,12 +127,20 @@ TEST_F(UnhurriedPlayTest, ThePictureIsAheadOfTheClockByHalfALook) {
     for (const double tempo : {1.0, 1.5}) {
         ASSERT_EQ(i_controlP->SetTempo(tempo), noErr);
         RunFor(2);   // what was given before has another tempo
-        long mostL = 0;
+        long mostL = 0, leastHeardL = 0, mostHeardL = 0;
         for (int n = 0; n < 200; ++n) {
             Pass();
-            mostL = std::max(mostL, i_controlP->Current()->Packets() - i_controlP->CurTime300());
+            const long drawnL = i_controlP->Current()->Packets();
+            mostL = std::max(mostL, drawnL - i_controlP->CurTime300());
+            leastHeardL = std::min(leastHeardL, drawnL - i_controlP->Current()->Heard300());
+            mostHeardL = std::max(mostHeardL, drawnL - i_controlP->Current()->Heard300());
         }
         EXPECT_NEAR(static_cast<double>(mostL), 10 * tempo, 1);
+        // Against what is heard: the look either way, and a step of the clock.
+        RecordProperty("least " + std::to_string(tempo), std::to_string(leastHeardL));
+        RecordProperty("most " + std::to_string(tempo), std::to_string(mostHeardL));
+        EXPECT_GT(leastHeardL, -20 * tempo);
+        EXPECT_LT(mostHeardL, 20 * tempo);
     }
 }
 

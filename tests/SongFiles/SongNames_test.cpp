@@ -234,6 +234,7 @@ TEST_F(SongNames, MissingSongsAreMarkedAndFoundAgain) {
     };
     EXPECT_EQ(missing(), "Naked Empty ");
     Advance(1.0);   // what the making of the songs set off
+    ASSERT_TRUE(RunUntil([&] { return CThreadManager::ThreadCount() <= i_threadsL; }));   // and has looked
     i_databaseP->SetDirty(false);
     std::filesystem::rename(i_folder / "out", i_folder / "away");
     EXPECT_EQ(missing(), "Pair Clip Naked Empty ");

@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "Core/AlertHook.h"
+#include "Library/CSinger.h"
 #include "Library/ListTest.h"
 #include "Platform/CFileCalls_Faults.h"
 #include "Platform/CFolders.h"

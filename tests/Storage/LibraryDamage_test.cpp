@@ -5,6 +5,7 @@
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
 #include "Files/FSError.h"
+#include "Library/CSinger.h"
 #include "Library/ListTest.h"
 #include "Platform/CFileCalls_Faults.h"
 #include "Platform/CFolders.h"
