@@ -1,5 +1,6 @@
 #include "Cli/CliPlay.h"
 
+#include <unistd.h>
 #include <algorithm>
 #include <cmath>
 
@@ -19,6 +20,8 @@
 #include "Values/CPreferences.h"
 
 namespace {
+
+constexpr std::string_view kDisk = "disk:";   // an output that is a file
 
 constexpr double kLine_T = 0.25;
 constexpr double kTick_T = 1.0 / 15.0;
@@ -85,7 +88,6 @@ private:
 
     /** The sound would be written into a file that is to be played. */
     bool RecordsOverSong(const CliCall& call) const {
-        constexpr std::string_view kDisk = "disk:";
         const std::string* const outputP = call.words.Text("--output");
         if (outputP == nullptr || !outputP->starts_with(kDisk)) return false;
         const std::string made = outputP->substr(kDisk.size());
@@ -140,9 +142,18 @@ private:
         Tell("ended", play);
         i_endedB = true;
     }
+    /** The file that the sound was to go into, when that is what failed. */
+    CFileRef Unwritten(OSErr err) const {
+        const std::string device = i_preferences.GetString("Audio Output Device").UTF8();
+        if (!device.starts_with(kDisk)) return {};
+        const std::filesystem::path file = std::filesystem::absolute(device.substr(kDisk.size()));
+        const std::filesystem::path asked = ::access(file.c_str(), F_OK) == 0 ? file : file.parent_path();
+        return err == dskFulErr || ::access(asked.c_str(), W_OK) != 0 ? CFileRef(file) : CFileRef();
+    }
     void SongFailed(const CSongPlay& play, OSErr err) override {
         const SongPlaySpec& spec = play.Spec();
-        CFileRef file = play.Files().FailedFile();
+        CFileRef file = Unwritten(err);
+        if (file.IsEmpty()) file = play.Files().FailedFile();
         if (file.IsEmpty()) file = !spec.zip.IsEmpty() ? spec.zip : !spec.audio.IsEmpty() ? spec.audio : spec.video;
         i_status = CliFailFile(i_context, err, file.GetPath());   // the others play all the same
         i_endedB = true;

@@ -17,4 +17,4 @@ def x_server(screen, root):
     finally:
         os.close(shown)
         server.terminate()
-        server.wait(10)
+        server.wait(120)
