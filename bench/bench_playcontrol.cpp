@@ -67,7 +67,7 @@ private:
 class Bench final : private CSongDatabaseHost, private CPlayHost {
 public:
     Bench() {
-        i_preferences.Set("Stop between tracks", CCFValue(true));
+        i_preferences.SetBool("Stop between tracks", true);
         i_controlP = std::make_unique<CPlayControl>(static_cast<CPlayHost&>(*this));
         i_listP = &i_database.AddPlaylist(kSourceDB_PLAYLIST, "bench");
     }
@@ -128,7 +128,7 @@ public:
 
     void Drift(PLItemID item, double seconds) {
         i_speed = 1 - 200e-6;
-        i_preferences.Set("Audio Output Device", CCFValue(SuperString("slow")));
+        i_preferences.SetString("Audio Output Device", SuperString("slow"));
         Must(!Failed(i_controlP->Play(i_listP->ID(), item)), "no play");
         RunUntil([&] { return i_controlP->CurTime300() > 300; });
         const long first300 = i_controlP->CurTime300() - i_controlP->Current()->Heard300();
@@ -148,9 +148,9 @@ public:
     void Many(const std::string& audio, const std::string& video, int songs) {
         const FastClock clock(50);
         i_speed = 1;
-        i_preferences.Set("Audio Output Device", CCFValue(SuperString("fast")));
-        i_preferences.Set("Stop between tracks", CCFValue(false));
-        i_preferences.Set("Stop at playlist end", CCFValue(true));
+        i_preferences.SetString("Audio Output Device", SuperString("fast"));
+        i_preferences.SetBool("Stop between tracks", false);
+        i_preferences.SetBool("Stop at playlist end", true);
         CPlayList& list = i_database.AddPlaylist(kSourceDB_PLAYLIST, "evening");
         i_listP = &list;
         for (int n = 0; n < songs; ++n) (void)Add(audio, video);

@@ -123,7 +123,7 @@ class Storm final : private CSongDatabaseHost, private CPlayHost, private CPlayW
 public:
     Storm(fs::path folder, unsigned seed) : i_folder(std::move(folder)), i_random(seed) {
         for (const char* const nameZ : kFiles) Restore(nameZ);
-        i_preferences.Set("Require Audio (no naked CDG files)", CCFValue(false));
+        i_preferences.SetBool("Require Audio (no naked CDG files)", false);
         i_databaseP = std::make_unique<CSongDatabase>(static_cast<CSongDatabaseHost&>(*this));
         i_filesP = std::make_unique<CSongFileWork>(*i_databaseP);
         i_controlP = std::make_unique<CPlayControl>(static_cast<CPlayHost&>(*this));
@@ -147,7 +147,8 @@ public:
         i_device.otherB = i_device.newB = true;
         i_unpackingB = false;
         for (const char* const nameZ : kFiles) Restore(nameZ);
-        for (const char* const onZ : {"Stop between tracks", "Auto-cue"}) i_preferences.Set(onZ, CCFValue(true));
+        for (const BoolPref on : {BoolPref("Stop between tracks"), BoolPref("Auto-cue")})
+            i_preferences.SetBool(on, true);
         NewList();
         const std::vector<PLItemID> rows = i_listP->GetSortedList();
         for (const PLItemID row : rows) {
@@ -360,7 +361,7 @@ private:
         i_device.newB = Any(2) == 0;
     }
     void ChangePreferences() {
-        static constexpr const char* kSwitchesZ[] = {
+        static constexpr BoolPref kSwitches[] = {
             "Auto-cue",
             "pre-cache next song",
             "Stop at playlist end",
@@ -370,7 +371,7 @@ private:
             "Remember pitch / tempo in all playlists",
             "Hide on pause",
         };
-        i_preferences.Set(kSwitchesZ[Any(std::size(kSwitchesZ))], CCFValue(Any(2) == 0));
+        i_preferences.SetBool(kSwitches[Any(std::size(kSwitches))], Any(2) == 0);
         i_unpackingB = Any(3) == 0;
     }
 

@@ -13,7 +13,7 @@
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
 #include "Platform/BesideShow.h"
-#include "Threads/CMainThreadProc.h"
+#include "Threads/CallOnMain.h"
 #include "Threads/CMutex_ThreadQue_Alert.h"
 #include "Threads/ThreadInfo.h"
 
@@ -180,23 +180,12 @@ namespace {
     std::_Exit(1);
 }
 
-/** Shows the last alert of the process where it can be shown. */
-class MT_FatalAlert final : public CMainThreadProc {
-public:
-    explicit MT_FatalAlert(std::string_view message) : CMainThreadProc("fatal alert"), i_message(message) {}
-
-protected:
-    OSErr Operate() override { ShowAndEnd(i_message); }
-
-private:
-    const std::string i_message;
-};
-
 }   // namespace
 
 void FatalAlert(std::string_view message) {
     const bool againB = s_fatalB.exchange(true);
     if (IsLoopThread()) ShowAndEnd(message);
-    if (!againB && Failed((new MT_FatalAlert(message))->Call(CallMode::kPost))) ShowAndEnd(message);   // the log alone
+    const auto show = [words = std::string(message)] { ShowAndEnd(words); };   // where it can be shown
+    if (!againB && !PostToMain("fatal alert", show)) ShowAndEnd(message);      // the log alone
     for (;;) ::pause();   // the process ends under this thread, behind the alert
 }

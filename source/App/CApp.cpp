@@ -1,16 +1,18 @@
 #include "App/CApp.h"
 
+#include <optional>
+#include <utility>
+
+#include "App/AppStages.h"
 #include "App/CAlerts.h"
 #include "App/CAppLibrary.h"
 #include "App/CAppPlay.h"
-#include "App/CAppQuit.h"
+#include "App/CAppPreferences.h"
+#include "App/CAppProgress.h"
 #include "App/CAppSaves.h"
-#include "App/CAppStartUp.h"
+#include "App/CAppThreads.h"
 #include "App/CAppWindows.h"
-#include "App/CBreakScreen.h"
-#include "App/CCoverArt.h"
 #include "App/CCrashReporter.h"
-#include "App/CGoBackNotice.h"
 #include "App/CNotices.h"
 #include "App/CScopedInitializing.h"
 #include "App/CTaskList.h"
@@ -19,20 +21,17 @@
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
 #include "Files/CFolderKinds.h"
-#include "Meta/CMetaManager.h"
 #include "Platform/BesideShow.h"
 #include "Platform/CClock.h"
-#include "Threads/CThreadManager.h"
+#include "Threads/CallOnMain.h"
 #include "Threads/ThreadInfo.h"
 #include "Threads/WaitMode.h"
-#include "Values/CPreferences.h"
 
 CApp* gApp = nullptr;
 
 namespace {
 
 constexpr double kIdleGraphics_T = 1.0 / 30.0;
-constexpr double kIdleTasks_T = 0.25;
 constexpr double kSaveTimer_T = 2.0;   // of the user's rest
 // Whatever there is to do wakes the loop; cooperative threads alone wait for their turn.
 constexpr double kRunLoop_WakeT = 0.05;
@@ -52,27 +51,47 @@ std::string CApp::DisplayName() { return std::string(kApp_ProductName) + " " + k
 CApp::CApp(const AppSetup& setup)
     : i_setup(setup),
       i_lastIdleGraphicsT(CClock::Get().SteadyT()),
-      i_lastIdleTasksT(i_lastIdleGraphicsT),
       i_tasks(std::make_unique<CTaskList>()),
       i_notices(std::make_unique<CNotices>([this] { Windows().NoticesChanged(); })),
       i_folders(std::make_unique<CFolderKinds>()) {
     gApp = this;
     CLog::Get().SetLive(true);
     CThreadHost::Install(this);
+    TagThread(0, false);
     try {
-        CAppStartUp(*this).Run();
+        RunStart();
     } catch (...) {   // half an application: take down what stands, in the order of the quit
-        i_shutdownB.store(true);
-        CAppQuit(*this, CAppQuit::After::kFailedStart).Run();
-        CThreadHost::Install(nullptr);
-        gApp = nullptr;
+        i_state.SetInitializing(false);
+        i_state.SetShutdown();
+        RunQuit(Quit::kFailedStart);
         throw;
     }
 }
 
 CApp::~CApp() {
-    i_shutdownB.store(true, std::memory_order_release);
-    CAppQuit(*this, CAppQuit::After::kShow).Run();
+    i_state.SetShutdown();
+    RunQuit(Quit::kShow);
+}
+
+void CApp::RunStart() {
+    i_state.SetInitializing(true);
+    for (const AppStage& stage : StartStages()) {
+        if (!stage.words.empty()) ShowProgress(stage.words);
+        stage.actP(*this);
+    }
+}
+
+void CApp::RunQuit(Quit which) {
+    for (const AppStage& stage : QuitStages()) {
+        try {
+            if (!stage.words.empty()) ShowProgress(stage.words);
+            stage.actP(*this);
+        } catch (const std::exception& fault) {   // one subsystem's fault must not keep the others from saving
+            LogF("### Error quitting: %s", fault.what());
+        }
+    }
+    Log(which == Quit::kShow ? "Quit Successful" : "### Error the start-up failed");
+    i_self.Empty();
     CThreadHost::Install(nullptr);
     gApp = nullptr;
 }
@@ -83,10 +102,22 @@ std::unique_ptr<ScopedCrashReporter> CApp::InstallCrashReporter(std::string_view
 
 std::unique_ptr<CTaskView> CApp::OpenTask(std::string_view name) { return i_tasks->Open(i_setup.loop, name); }
 
-CSaveTarget& CApp::SaveTarget() { return *i_library; }
-CSongDatabase& CApp::Database() { return i_library->Database(); }
-CLibraryCommands& CApp::LibraryCommands() { return i_library->Commands(); }
-CPlayControl& CApp::Play() { return i_play->Control(); }
+CPreferences& CApp::Prefs() { return i_parts.Find<CAppPreferences>()->Prefs(); }
+CThreadManager& CApp::Threads() { return i_parts.Find<CAppThreads>()->Manager(); }
+CAppSaves& CApp::Saves() { return *i_parts.Find<CAppSaves>(); }
+CSongDatabase& CApp::Database() { return i_parts.Find<CAppLibrary>()->Database(); }
+CLibraryCommands& CApp::LibraryCommands() { return i_parts.Find<CAppLibrary>()->Commands(); }
+CPlayControl& CApp::Play() { return i_parts.Find<CAppPlay>()->Control(); }
+
+bool CApp::IsLibraryLoaded() const {
+    const CAppLibrary* const libraryP = i_parts.Find<CAppLibrary>();
+    return libraryP != nullptr && libraryP->IsLoaded();
+}
+
+std::string CApp::StartFailure() const {
+    const CAppLibrary* const libraryP = i_parts.Find<CAppLibrary>();
+    return libraryP != nullptr ? libraryP->Refusal() : std::string();
+}
 
 void CApp::RunLoopPass() {
     PostEvents().DrainCalls();
@@ -94,63 +125,27 @@ void CApp::RunLoopPass() {
     for (int n = 0; n < kRunLoop_MostMessages && MainLoop().PumpOne(kMessage_All); ++n) {
     }
     YieldToCooperative();
-    PostEvents().Run([this](PostEventKind kind, long /*dataL*/) { HandlePostEvent(kind); });
-}
-
-void CApp::PostEvent(PostEventKind kind, long dataL) {
-    if (kind == PostEventCode("BadS")) i_lostSongsL.fetch_add(std::max(1L, dataL), std::memory_order_relaxed);
-    PostEvents().Add(kind, dataL);
-    MainLoop().Wake();
-}
-
-void CApp::HandlePostEvent(PostEventKind kind) {
-    if (kind == PostEventCode("drty")) {
-        SetDirty(true);
-    } else if (kind == PostEventCode("Pref")) {
-        FollowPreferences();
-    } else if (kind == PostEventCode("BadS")) {
-        if (const long lostL = i_lostSongsL.exchange(0); lostL > 0)
-            MessageAlert("Umm, sorry, but I've somehow lost track of this many songs: " + std::to_string(lostL));
-    }
-}
-
-void CApp::FollowPreferences() {
-    if (i_prefs == nullptr) return;   // the event was still waiting when they were closed
-    Windows().FollowPreferences(Prefs());
-    if (i_break != nullptr) i_break->Follow(Prefs());
+    PostEvents().DrainCalls();
 }
 
 void CApp::SetDirty(bool dirtyB) {
-    if (IsPreemptiveThread()) {   // the flag and the timer are the main thread's
-        if (dirtyB) PostEvent(PostEventCode("drty"));
+    if (IsPreemptiveThread()) {   // saves and their timer are the main thread's
+        PostToMain("SetDirty", i_self.Handle(), [dirtyB](CApp& app) { app.SetDirty(dirtyB); });
         return;
     }
     if (dirtyB && !AssertWords(!NoMoreSaves(), "!gApp->i_no_more_savesB.Get()")) return;
-    if (i_library) i_library->SetDirty(dirtyB);
-    if (i_saves && dirtyB) i_saves->NoteChange();
-    if (!i_timers.empty()) i_timers.front()->SetFireInterval(dirtyB ? kSaveTimer_T : kTimer_Off);
+    if (auto* const savesP = i_parts.Find<CAppSaves>(); savesP != nullptr && dirtyB) savesP->NoteChange();
+    if (auto* const timersP = i_parts.Find<CAppTimers>(); timersP != nullptr)
+        timersP->SaveTimer().SetFireInterval(dirtyB ? kSaveTimer_T : kTimer_Off);
 }
 
-void CApp::FireSaveTimer(CT_Timer& timer) {
-    i_saves->UserRests();
-    if (!i_library->IsDirty()) timer.SetFireInterval(kTimer_Off);
-}
-
-void CApp::FireVideoRefresh() {
-    const std::scoped_lock guard(i_currentSongLock);
+void CApp::RefreshVideo() {
     if (i_currentSongP != nullptr) i_currentSongP->VideoIdle(false);
 }
 
-void CApp::FireIdle() {
-    if (!IsAppReady()) return;
-    i_saves->LookForLate();
-    i_library->Idle();
-    if (const bool playingB = IsSongPlaying(); std::exchange(i_displayOnB, playingB) != playingB)
-        Windows().KeepDisplayOn(playingB);
-}
-
-void CApp::FireNoSleep() {
-    if (IsSongPlaying()) Windows().KeepDisplayOn(true);
+void CApp::StopIdling() {
+    i_idleGraphicsB = false;
+    StopCurrentSong();   // its threads end with the others
 }
 
 void CApp::IdleGraphics(const char* /*whoZ*/, bool forcedB) {
@@ -158,7 +153,7 @@ void CApp::IdleGraphics(const char* /*whoZ*/, bool forcedB) {
     std::optional<ScopedValue<bool>> idling;
     const bool preemptiveB = IsPreemptiveThread();
     if (forcedB && !preemptiveB) {
-        initializing.emplace(*this, false);
+        initializing.emplace(i_state, false);
         idling.emplace(i_idleGraphicsB, true);
     }
     if (preemptiveB || !i_idleGraphicsB || IsInitializing()) return;
@@ -167,43 +162,32 @@ void CApp::IdleGraphics(const char* /*whoZ*/, bool forcedB) {
     i_lastIdleGraphicsT = nowT;
 
     const ScopedValue<bool> notAgain(i_idleGraphicsB, false);
-    {
-        const std::scoped_lock guard(i_currentSongLock);
-        if (i_currentSongP != nullptr && i_currentSongP->IsPlaying()) i_currentSongP->VideoIdle(!forcedB);
-    }
+    if (IsSongPlaying()) i_currentSongP->VideoIdle(!forcedB);
     if (forcedB) Wait(kWait_TurnT);
-    if (nowT - i_lastIdleTasksT >= kIdleTasks_T) i_lastIdleTasksT = nowT;
 }
 
-void CApp::SetCurrentSong(CPlayingSong* songP) {
-    const std::scoped_lock guard(i_currentSongLock);
-    i_currentSongP = songP;
-}
+void CApp::SetCurrentSong(CPlayingSong* songP) { i_currentSongP = songP; }
 
 bool CApp::ClearCurrentSong(const CPlayingSong& song) {
-    const std::scoped_lock guard(i_currentSongLock);
     if (i_currentSongP != &song) return false;
     i_currentSongP = nullptr;
     return true;
 }
 
-bool CApp::IsSongPlaying() const {
-    const std::scoped_lock guard(i_currentSongLock);
-    return i_currentSongP != nullptr && i_currentSongP->IsPlaying();
-}
+bool CApp::IsSongPlaying() const { return i_currentSongP != nullptr && i_currentSongP->IsPlaying(); }
 
 void CApp::StopCurrentSong() {
-    const std::scoped_lock guard(i_currentSongLock);
     if (i_currentSongP != nullptr) i_currentSongP->Stop();
 }
 
 void CApp::ShowProgress(std::string_view words) {
     Log(words);
-    if (i_curScope) i_curScope->SetText(words);
+    if (auto* const progressP = i_parts.Find<CAppProgress>(); progressP != nullptr) progressP->View().SetText(words);
 }
 
 void CApp::ShowProgressSteps(std::size_t doneL, std::size_t totalL) {
-    if (i_curScope) i_curScope->SetSteps(doneL, totalL);
+    if (auto* const progressP = i_parts.Find<CAppProgress>(); progressP != nullptr)
+        progressP->View().SetSteps(doneL, totalL);
 }
 
 void CApp::SetStatus(std::string_view text) {
@@ -212,8 +196,8 @@ void CApp::SetStatus(std::string_view text) {
 }
 
 void CApp::PrepareToQuit() {
-    if (i_shutdownB.exchange(true, std::memory_order_acq_rel)) return;
-    StopCurrentSong();
+    if (!i_state.SetShutdown()) return;
+    i_parts.ForEach("stopping", [](CAppPart& part) { part.Stop(); });
     Ui().DismissDialogs();
 }
 
@@ -221,7 +205,7 @@ bool CApp::MustConfirm(long modeL) {
     if (!IsSongPlaying()) return false;
     if (modeL == 3) return true;
     const bool alwaysB = Prefs().GetBool("Always confirm manual song changes");
-    const bool transportB = Prefs().GetBool("Always confirm manual song changes (transport buttons)", false);
+    const bool transportB = Prefs().GetBool("Always confirm manual song changes (transport buttons)");
     return alwaysB && (modeL == 1 || (modeL == 2 && transportB));
 }
 
@@ -248,57 +232,3 @@ Question CApp::InterruptQuestion() {
 }
 
 void CApp::NoteGraphicsDrawn() { i_lastIdleGraphicsT = CClock::Get().SteadyT(); }
-
-namespace {
-
-/** The windows whose places are kept, by their names in the preferences; full screen has a key of its own. */
-constexpr struct {
-    WindowKind kind;
-    const char* nameZ;
-    const char *fullScreenKeyZ, *displayKeyZ;   // null: it never fills a display
-    bool shownFirstB;                           // at the first start, when no place is kept
-} kKept_Windows[] = {
-    {PREF_Wind_BROWSER, "Browser", nullptr, nullptr, true},
-    {PREF_Wind_VIDEO2, "Video 2", "Full Screen2", "Full Screen2 Display", false},
-    {PREF_Wind_VIDEO, "Video", "Full Screen", "Full Screen Display", true},
-    {PREF_Wind_TASKS, "Tasks", nullptr, nullptr, false},
-};
-
-}   // namespace
-
-void CApp::ShowWindowsAsSaved() {
-    for (const auto& row : kKept_Windows) {
-        const auto record = Prefs().Window(row.nameZ);
-        if (record.has_value()) {
-            CAppWindows::Place place{record->topS, record->leftS, record->bottomS, record->rightS, record->visibleB};
-            if (row.fullScreenKeyZ != nullptr) {
-                place.fullScreenB = Prefs().GetBool(row.fullScreenKeyZ);
-                place.display = Prefs().GetString(row.displayKeyZ).UTF8();
-            }
-            Windows().SetPlace(row.kind, place);
-        }
-        if (record.has_value() ? record->visibleB : row.shownFirstB) Windows().Show(row.kind);
-    }
-    Windows().Select(PREF_Wind_VIDEO);
-    Windows().Select(PREF_Wind_BROWSER);   // last, so that it ends in front
-}
-
-CCFDictionary CApp::FullScreenKeys() const {
-    if (i_recordsAtQuit.has_value()) return i_fullScreenAtQuit;
-    CCFDictionary keys;
-    for (const auto& row : kKept_Windows)
-        if (const auto place = i_setup.windows.PlaceOf(row.kind); place.has_value() && row.fullScreenKeyZ != nullptr) {
-            keys.Set(row.fullScreenKeyZ, CCFValue(place->fullScreenB));
-            keys.Set(row.displayKeyZ, CCFValue(SuperString(place->display)));
-        }
-    return keys;
-}
-
-std::vector<WindowRecord> CApp::WindowRecords() const {
-    if (i_recordsAtQuit.has_value()) return *i_recordsAtQuit;
-    std::vector<WindowRecord> records;
-    for (const auto& row : kKept_Windows)
-        if (const auto place = i_setup.windows.PlaceOf(row.kind); place.has_value())
-            records.push_back({row.nameZ, place->top, place->left, place->bottom, place->right, place->visibleB});
-    return records;
-}

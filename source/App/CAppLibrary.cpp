@@ -4,14 +4,18 @@
 
 #include "App/CAlerts.h"
 #include "App/CApp.h"
+#include "App/CAppSaves.h"
 #include "App/CAppWindows.h"
 #include "App/CNotices.h"
 #include "Core/CLog.h"
+#include "Core/FaultText.h"
+#include "Files/CFolderKinds.h"
 #include "Files/FileURL.h"
 #include "Platform/CClock.h"
 #include "Play/CPlayControl.h"
 #include "SongFiles/CT_FindMissing.h"
 #include "Threads/WaitMode.h"
+#include "Threads/WaitUntil.h"
 
 namespace {
 constexpr int kLock_Tries = 500;   // turns of 0.01 s
@@ -19,7 +23,8 @@ constexpr int kLock_Tries = 500;   // turns of 0.01 s
 
 CAppLibrary::CAppLibrary(CApp& app)
     : i_app(app), i_database(*this), i_files(i_database), i_commands(i_database, app.Ui()) {
-    i_database.SetSettings(ReadLibrarySettings(app.Prefs()));
+    i_follower =
+        app.Prefs().Follow([this, &prefs = app.Prefs()] { i_database.SetSettings(ReadLibrarySettings(prefs)); });
 }
 CAppLibrary::~CAppLibrary() = default;
 
@@ -52,14 +57,61 @@ void CAppLibrary::SongCached() {
 
 std::string_view CAppLibrary::WhySaveAnew() const {
     if (i_app.Ui().IsShiftHeld()) return "shift held on startup";
-    return i_app.Prefs().GetBool("Save Library at Start", false) ? "the preferences ask for it" : "";
+    return i_app.Prefs().GetBool("Save Library at Start") ? "the preferences ask for it" : "";
 }
 
 bool CAppLibrary::IsDateAddedReal() const { return i_app.Prefs().GetBool("Date Added Field *really* Updated"); }
 
-void CAppLibrary::StopWarning(std::string_view preference) { i_app.Prefs().Set(preference, CCFValue(false)); }
+void CAppLibrary::StopWarning(BoolPref preference) { i_app.Prefs().SetBool(preference, false); }
 
-OSErr CAppLibrary::Load(LibraryPlaces places) {
+// ---- Start ----
+
+void CAppLibrary::Load() {
+    CFileRef root;
+    if (!FindMusicFolder(root)) {
+        i_refusal = "The music folder, which holds the library, was not found.";
+        return;
+    }
+    OSErr err = i_app.Folders().Hold(FolderKind::kDatabase, root);
+    if (!Failed(err)) err = LoadFrom({root, i_app.Prefs().MusicFolder(), i_app.Prefs().CacheFolder()});
+    i_loadedB = !Failed(LogStep(err, "loading the library"));
+    if (i_loadedB) return;
+    const std::string why = i_store == nullptr              ? "it is in use by another program"
+                            : i_store->Report().tooNewB     ? "a later version of Vopla made it"
+                            : Failed(i_store->Report().err) ? i_store->Report().problems.back()
+                                                            : FaultText(err, FaultOf::kFolder, {});
+    i_refusal = "The library in “" + root.GetPath().string() + "” was not opened: " + why;
+}
+
+/** The root of the library, or false when the user would rather quit. */
+bool CAppLibrary::FindMusicFolder(CFileRef& root) {
+    enum Button : std::size_t { kQuit, kTryAgain, kFindIt };
+    for (;;) {
+        const OSErr err = i_app.Folders().Find(FolderKind::kRoot, root);
+        if (!Failed(err)) return true;
+        if (Failed(LogStep(err, "finding the music folder")) && i_app.IsShutdown()) return false;
+
+        const std::string name = kApp_ProductName;
+        Question question;
+        question.title.append("“").append(name).append("” folder not found");
+        question.text = "There was a problem locating your “" + name +
+                        "” folder.  Is it perhaps an alias to an offline volume? " +
+                        FaultText(err, FaultOf::kFolder, root.GetPath().string());
+        question.buttons = {"Quit", "Try again", "Find it"};
+        question.defaultIndex = kTryAgain;
+        question.safeIndex = kQuit;   // nobody in front: it must not ask for ever
+        const std::size_t button = i_app.Ui().Ask(question).buttonIndex;
+        if (button == kQuit) return false;
+        CFileRef chosen;
+        if (button == kFindIt)
+            if (const auto folder = i_app.Ui().ChooseFolder(question.title); folder.has_value())
+                chosen = CFileRef(*folder);
+        i_app.Folders().ForgetRoot(chosen);   // an empty choice is "Try again"
+    }
+}
+
+/** userCanceledErr when the user would rather quit; opWrErr, told, when another program changes it. */
+OSErr CAppLibrary::LoadFrom(LibraryPlaces places) {
     // A command that sets a value has it for some seconds.
     OSErr err = i_lock.Take(places.root);
     for (int tries = 0; err == opWrErr && tries < kLock_Tries; ++tries) {
@@ -70,11 +122,20 @@ OSErr CAppLibrary::Load(LibraryPlaces places) {
         i_app.Ui().Alert("The library is in use by another program.", places.root.GetPath().string());
         return err;
     }
-    i_store = std::make_unique<CLibraryStore>(i_database, std::move(places), *this, &i_backOff);
+    i_store = std::make_unique<CLibraryStore>(i_database, std::move(places), *this, &i_app.Saves().BackOff());
     return i_store->LoadLibrary();
 }
 
-void CAppLibrary::AfterStart() {
+void CAppLibrary::Sort() {
+    CPlayList& library = i_database.Library();
+    const SortSpec shown = library.Spec();
+    if (library.Count() > 1) library.SetSort(shown.empty() ? SortSpec{{CM_Key_SORT_INDEX}} : shown);
+}
+
+void CAppLibrary::Ready() {
+    if (!i_loadedB) return;
+    if (i_lostL > 0)
+        MessageAlert("Umm, sorry, but I've somehow lost track of this many songs: " + std::to_string(i_lostL));
     i_store->AfterStart();
     i_store->BeginChanges();
     SongCached();   // by another run, or the limits are others now
@@ -96,6 +157,7 @@ void CAppLibrary::LookForMarked() {
 }
 
 void CAppLibrary::Idle() {
+    if (!i_loadedB) return;
     LookForMarked();
     std::vector<CFileRef::Path> changed = i_mounts.Changed();
     if (changed.empty() || i_database.Songs()->Count() == 0) return;
@@ -103,12 +165,31 @@ void CAppLibrary::Idle() {
     if (Failed(CT_FindMissing::StartBelow(i_database, std::move(changed)))) Log("### Error looking for missing songs");
 }
 
-OSErr CAppLibrary::Save(bool lastB) {
-    i_othersDirtyB = false;
-    if (!i_store || !i_database.IsDirty()) return noErr;   // the preferences are saved by who asks
-    if (lastB) i_backOff.NoteSuccess();                    // the last one of the evening does not wait
-    return i_store->SaveLibrary(SaveForce::kDirty);
+OSErr CAppLibrary::Save() { return i_store->SaveLibrary(SaveForce::kDirty); }
+
+// ---- Quit ----
+
+void CAppLibrary::BeginPurge() {
+    if (!i_loadedB) return;
+    const OSErr err = i_commands.PurgeCache([purgingRef = i_lastPurgeRef](OSErr) { *purgingRef = false; });
+    *i_lastPurgeRef = !Failed(err);
 }
+
+void CAppLibrary::WaitForPurge() {
+    constexpr double kMostT = 10;   // what is left goes after the next night
+    WaitUntil([this] { return !*i_lastPurgeRef; }, kMostT);
+}
+
+void CAppLibrary::AbortTasks() {
+    i_commands.StopWork();
+    // What was added is saved; a disc that does not answer is not waited for.
+    constexpr double kMostT = 4;
+    WaitUntil([this] { return !IsAddingToLibrary(); }, kMostT);
+}
+
+void CAppLibrary::EndZipper() { i_commands.Zipper().Quit(); }
+
+// ---- What the database asks ----
 
 OSErr CAppLibrary::RenameListFile(const CPlayList& list, const SuperString& newName) {
     return i_store ? i_store->RenameListFile(list, newName) : noErr;
@@ -129,5 +210,3 @@ void CAppLibrary::ShowSteps(std::size_t doneL, std::size_t totalL) { i_app.ShowP
 void CAppLibrary::Reveal(const CFileRef& file) {
     if (!i_app.Ui().OpenPage(FileURL(file.GetParent().GetPath()))) Log("### Error nothing shows folders here");
 }
-
-void CAppLibrary::SongsLost(long countL) { i_app.PostEvent(PostEventCode("BadS"), countL); }

@@ -1,6 +1,5 @@
 #pragma once
-#include "App/CSaveTarget.h"
-#include "Core/CBackOff.h"
+#include "App/CAppPart.h"
 #include "Library/CSongDatabase.h"
 #include "Platform/CMountTable.h"
 #include "SongFiles/CLibraryCommands.h"
@@ -8,30 +7,49 @@
 #include "Storage/CLibraryHost.h"
 #include "Storage/CLibraryLock.h"
 #include "Storage/CLibraryStore.h"
+#include "Values/CPreferences.h"
 
 class CApp;
 
-/** The library as the application has it: owns the database, answers what it asks of those above it, and is what the
-    save timer and the quit save.
-    Threads  main.
-    Owner    CApp. */
-class CAppLibrary final : public CSongDatabaseHost, public CLibraryHost, public CSaveTarget {
+/** The library as the application has it: owns the database, answers what it asks of those above it, loads it and saves
+    it. */
+class CAppLibrary final : public CAppPart, public CSongDatabaseHost, public CLibraryHost {
 public:
     explicit CAppLibrary(CApp& app);
     ~CAppLibrary() override;
 
     [[nodiscard]] CSongDatabase& Database() noexcept { return i_database; }
-    /** Loads the library of this root. userCanceledErr when the user would rather quit; opWrErr, told, when another
-        program changes it. */
-    OSErr Load(LibraryPlaces places);
+    /** Finds the music folder, with the user's help, and loads its library. What refuses it is told, and kept. */
+    void Load();
+    /** False when the load was refused: no window is shown then, and nothing is ever saved. */
+    [[nodiscard]] bool IsLoaded() const noexcept { return i_loadedB; }
+    /** Why it was refused, in one line. */
+    [[nodiscard]] const std::string& Refusal() const noexcept { return i_refusal; }
+    /** The order by slot, which others fall back on, is made on a worker before somebody waits for it. */
+    void Sort();
+
+    // At the quit.
+    /** The last purge of the cache, when nobody waits for a song of it. */
+    void BeginPurge();
+    void WaitForPurge();
+    /** What adds, looks and zips ends. */
+    void AbortTasks();
+    /** Its queue has a thread: it goes while there is somebody to end it. */
+    void EndZipper();
+
     /** What a user may want of the library. */
     [[nodiscard]] CLibraryCommands& Commands() noexcept { return i_commands; }
     /** Null before Load. */
     [[nodiscard]] CLibraryStore* Store() noexcept { return i_store.get(); }
-    /** The application is ready, and the library was loaded: what the load found to be saved becomes dirty. */
-    void AfterStart();
-    /** Twice a second: a disc that came or went makes songs found or missing, and so do files that are back. */
-    void Idle();
+    /** What the load found to be saved becomes dirty. */
+    void Ready() override;
+    /** A disc that came or went makes songs found or missing, and so do files that are back. */
+    void Idle() override;
+    [[nodiscard]] bool IsDirty() const override { return i_store != nullptr && i_database.IsDirty(); }
+    OSErr Save() override;
+    /** The database asks the same. */
+    [[nodiscard]] bool IsSaving() const override { return i_store != nullptr && i_store->IsSaving(); }
+    [[nodiscard]] bool IsAddingToLibrary() const { return i_database.IsAddingToLibrary(); }
 
     // What the database asks.
     [[nodiscard]] bool IsReady() const override;
@@ -46,34 +64,29 @@ public:
     void ShowProgress(std::string_view words) override;
     void ShowSteps(std::size_t doneL, std::size_t totalL) override;
     void Reveal(const CFileRef& file) override;
-    void SongsLost(long countL) override;
+    void SongsLost(long countL) override { i_lostL += countL; }
     [[nodiscard]] std::string_view WhySaveAnew() const override;
     [[nodiscard]] bool IsDateAddedReal() const override;
-    void StopWarning(std::string_view preference) override;
-
-    // What the save timer and the quit ask.
-    [[nodiscard]] bool IsDirty() const override { return i_database.IsDirty() || i_othersDirtyB; }
-    [[nodiscard]] bool IsAddingToLibrary() const override { return i_database.IsAddingToLibrary(); }
-    void SetDirty(bool dirtyB) override { i_othersDirtyB = dirtyB; }
-    /** The database asks the same. */
-    [[nodiscard]] bool IsSaving() const override { return i_store != nullptr && i_store->IsSaving(); }
-    OSErr Save(bool lastB) override;
-    /** After a save that failed, of the library or of what is saved beside it. */
-    [[nodiscard]] CBackOff& BackOff() noexcept { return i_backOff; }
+    void StopWarning(BoolPref preference) override;
 
 private:
+    [[nodiscard]] bool FindMusicFolder(CFileRef& root);
+    OSErr LoadFrom(LibraryPlaces places);
+    void LookForMarked();
+
     CApp& i_app;
     CLibraryLock i_lock;
     CSongDatabase i_database;
     CSongFileWork i_files;
     CLibraryCommands i_commands;
-    CBackOff i_backOff;
-    std::unique_ptr<CLibraryStore> i_store;   // before the database goes
-    bool i_othersDirtyB = false;              // what is saved beside the library: the preferences
+    std::unique_ptr<CLibraryStore> i_store;   // null before Load; goes before the database
+    std::unique_ptr<CPrefFollower> i_follower;
     CMountTable i_mounts;
-    void LookForMarked();
-
+    bool i_loadedB = false;
+    std::string i_refusal;
+    long i_lostL = 0;        // rows whose song the load did not find
     bool i_looksB = false;   // whether what is missing is back,
     double i_lookAtT = 0;    // and when again
     bool i_purgesB = false, i_purgeAgainB = false;
+    const std::shared_ptr<bool> i_lastPurgeRef = std::make_shared<bool>(false);   // the task may outlive the quit
 };

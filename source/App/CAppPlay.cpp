@@ -1,10 +1,9 @@
 #include "App/CAppPlay.h"
 
-#include "App/CApp.h"
 #include "App/CAppWindows.h"
 #include "SongFiles/CLibraryCommands.h"
 
-CAppPlay::CAppPlay(CApp& app) : i_app(app), i_control(static_cast<CPlayHost&>(*this)) {
+CAppPlay::CAppPlay(CApp& app) : i_app(app), i_prefs(app.Prefs()), i_control(static_cast<CPlayHost&>(*this)) {
     i_app.SetCurrentSong(&i_control);
     i_control.AddWatcher(*this);
 }
@@ -16,7 +15,7 @@ CAppPlay::~CAppPlay() {
 }
 
 CSongDatabase& CAppPlay::Database() { return i_app.Database(); }
-CCFPrefDictionary& CAppPlay::Preferences() { return i_app.Prefs(); }
+CCFPrefDictionary& CAppPlay::Preferences() { return i_prefs; }
 CUserInterface& CAppPlay::Ui() { return i_app.Ui(); }
 bool CAppPlay::IsQuitting() const { return i_app.IsShutdown(); }
 CGraphicsPorts& CAppPlay::Ports() { return i_app.Windows().Ports(); }

@@ -1,14 +1,13 @@
 #pragma once
+#include "App/CApp.h"
+#include "App/CAppPart.h"
 #include "Play/CPlayControl.h"
 #include "Play/CPlayHost.h"
 #include "Play/CPlayWatcher.h"
 
-class CApp;
-
-/** Playing as the application has it: owns the control, and answers what it asks of those above it.
-    Threads  main.
-    Owner    CApp; goes before the library. */
-class CAppPlay final : private CPlayHost, private CPlayWatcher {
+/** Playing as the application has it: owns the control, and answers what it asks of those above it. Goes before the
+    library. */
+class CAppPlay final : public CAppPart, private CPlayHost, private CPlayWatcher {
 public:
     explicit CAppPlay(CApp& app);
     ~CAppPlay() override;
@@ -26,9 +25,11 @@ private:
     void NoteDrawn() override;
     void ShowMessage(std::string_view text) override;
     void Deselect() override;
+    void Stop() override { i_app.StopCurrentSong(); }
     /** The library leaves the files of the song that plays alone. */
     void PlayChanged() override;
 
     CApp& i_app;
+    CPreferences& i_prefs;   // asked on other threads, too
     CPlayControl i_control;
 };

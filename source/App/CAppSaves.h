@@ -1,41 +1,43 @@
 #pragma once
 #include <optional>
 
-#include "Platform/OSErr.h"
+#include "App/CAppPart.h"
+#include "Core/CBackOff.h"
 
 class CApp;
+class CT_Timer;
 
-/** When what has changed is written, library and preferences alike: as soon as the user rests for two seconds, and five
-    seconds after the first change whether he rests or not. One save at a time, on workers; one back-off for both when
-    something cannot be written.
-    Threads  main.
-    Owner    CApp. Whoever ends it waits until IsWriting says no. */
-class CAppSaves {
+/** When what has changed is written, of all parts alike: as soon as the user rests for two seconds, and five seconds after
+    the first change whether he rests or not. One save at a time, on workers; one back-off for all when something cannot be
+    written.
+    Threads  main. */
+class CAppSaves final : public CAppPart {
 public:
     explicit CAppSaves(CApp& app) : i_app(app) {}
 
     /** Something is not on the disc yet. */
     void NoteChange();
     /** Two seconds without a key or a move of the mouse. */
-    void UserRests();
-    /** Twice a second: what waits too long for the user's rest is written now. */
-    void LookForLate();
-    /** A worker writes the library or the preferences. */
+    void UserRests(CT_Timer& timer);
+    /** What waits too long for the user's rest is written now. */
+    void Idle() override;
+    /** Of some part. */
+    [[nodiscard]] bool IsDirty() const override;
+    /** A worker writes, of some part. */
     [[nodiscard]] bool IsWriting() const;
+    /** After a save that failed. */
+    [[nodiscard]] CBackOff& BackOff() noexcept { return i_backOff; }
+    /** The last save of the evening; none may start after it. */
+    void SaveLast();
 
     /** A change is written after so many seconds, at the latest. The writing itself comes on top. */
     static constexpr double kLate_T = 5.0;
 
 private:
-    class CT_SavePreferences;
-
     [[nodiscard]] bool MayStart(bool lateB) const;
     void Start();
-    void StartPreferences();
-    void PreferencesWritten(OSErr err);
 
     CApp& i_app;
+    CBackOff i_backOff;
     std::optional<double> i_sinceT;   // the first change that no save has taken yet
-    bool i_writesPrefsB = false;
-    bool i_toldB = false;   // that the preferences cannot be written
 };

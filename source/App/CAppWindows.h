@@ -1,9 +1,11 @@
 #pragma once
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "Graphics/CGraphicsPorts.h"
 #include "Platform/CUserInterface.h"
+#include "Values/PreferenceTable.h"
 
 class CCFPrefDictionary;
 
@@ -15,6 +17,19 @@ enum class WindowKind : short {
     PREF_Wind_VIDEO2 = 9,
 };
 using enum WindowKind;
+
+/** A window whose place is kept. */
+struct WindowRow {
+    /** Of a window that may fill a display: whether it does, and which, by its name. */
+    struct FullScreen {
+        BoolPref onB;
+        StringPref display;
+    };
+    WindowKind kind;
+    const char* nameZ;                           // in the keys of its place
+    std::optional<FullScreen> fullScreen = {};   // the video windows have one
+    bool shownFirstB = false;                    // at the first start, when no place is kept
+};
 
 /** The windows of the application, behind one interface: the desktop's, or none at all (headless, tests).
     Threads  main. */
@@ -29,6 +44,8 @@ public:
     };
 
     virtual ~CAppWindows() = default;
+    /** Those there are, in the order in which they are made. */
+    [[nodiscard]] virtual std::vector<WindowRow> Rows() const = 0;
     virtual void Create(WindowKind kind) = 0;
     virtual void Dispose(WindowKind kind) = 0;
     [[nodiscard]] virtual bool Exists(WindowKind kind) const = 0;

@@ -9,6 +9,9 @@
 class CAppWindows_None final : public CAppWindows {
 public:
     ~CAppWindows_None() override;
+    std::vector<WindowRow> Rows() const override {
+        return {{PREF_Wind_VIDEO, "Video", WindowRow::FullScreen{"Full Screen", "Full Screen Display"}}};
+    }
     void Create(WindowKind kind) override;
     void Dispose(WindowKind kind) override;
     bool Exists(WindowKind) const override { return false; }

@@ -24,7 +24,7 @@ CBreakScreen::~CBreakScreen() {
 }
 
 void CBreakScreen::Follow(const CCFPrefDictionary& preferences) {
-    std::filesystem::path file = preferences.GetString(kBreak_PreferenceZ).UTF8();
+    std::filesystem::path file = preferences.GetString(kPref_BreakPicture).UTF8();
     if (file == i_file) return;
     i_file = std::move(file);
     i_tellB = gApp != nullptr && gApp->IsAppReady();

@@ -5,6 +5,7 @@
 #include "App/CT_ReadBreakPicture.h"
 #include "Platform/CMainLoop.h"
 #include "Threads/CHandle.h"
+#include "Values/PreferenceTable.h"
 
 class CAS_QuickTimeVideo;
 class CBreakOverlay;
@@ -12,7 +13,7 @@ class CCFPrefDictionary;
 class CGraphicsPorts;
 
 /** The path of what the video windows show between songs; empty for black. */
-inline constexpr const char* kBreak_PreferenceZ = "Break Picture";
+inline constexpr StringPref kPref_BreakPicture = "Break Picture";
 
 /** The picture of the break: the file that the preference "Break Picture" names, on all ports while no song's picture
     is. A movie runs in a loop, without its sound, and stands still while nobody sees it. The file is read on a worker;

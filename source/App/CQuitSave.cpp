@@ -15,11 +15,13 @@
 #include "Platform/CUserInterface.h"
 #include "Threads/WaitUntil.h"
 
+CAppLibrary& CQuitSave::Library() const { return *i_app.Parts().Find<CAppLibrary>(); }
+
 void CQuitSave::Run() {
     const OSErr first = SaveOnce();
     for (OSErr err = first; Failed(err); err = SaveOnce()) {
         Log("### Error saving the database at quit");
-        switch (i_app.i_quitAsksB ? Ask(err) : Wish::kQuit) {
+        switch (i_app.AsksAtQuit() ? Ask(err) : Wish::kQuit) {
             case Wish::kTryAgain:
                 continue;
             case Wish::kElsewhere:
@@ -27,25 +29,26 @@ void CQuitSave::Run() {
                 continue;
             case Wish::kQuit:
                 // Where no copy could be written either he is told, and asked once more: what he changed would be lost.
-                if (CopyAnywhere() || !i_app.i_quitAsksB || std::exchange(i_noCopyB, true)) return;
+                if (CopyAnywhere() || !i_app.AsksAtQuit() || std::exchange(i_noCopyB, true)) return;
                 continue;
         }
     }
 }
 
 OSErr CQuitSave::SaveOnce() {
-    CAppLibrary& library = *i_app.i_library;
-    const auto written = [this] { return !i_app.i_saves->IsWriting(); };
+    CAppLibrary& library = Library();
+    const auto written = [this] { return !i_app.Saves().IsWriting(); };
     WaitUntil(written);                  // one that fails leaves the library dirty
     library.Database().FlushChanges();   // what was edited a moment ago has not made it dirty yet
     if (library.Store() == nullptr || !library.Database().IsDirty()) return noErr;
-    if (const OSErr err = library.Save(true); Failed(err)) return err;
+    i_app.Saves().BackOff().NoteSuccess();   // this one does not wait
+    if (const OSErr err = library.Save(); Failed(err)) return err;
     WaitUntil(written);
     return library.Database().IsDirty() ? FirstOf(library.Store()->LastSaveErr(), abortErr) : noErr;
 }
 
 CQuitSave::Wish CQuitSave::Ask(OSErr err) {
-    const CFileRef root = i_app.i_library->Store()->Root();
+    const CFileRef root = Library().Store()->Root();
     Question question;
     question.title = "Your library could not be saved";
     question.text =
@@ -86,8 +89,7 @@ bool CQuitSave::CopyElsewhere() {
 }
 
 OSErr CQuitSave::CopyInto(const CFileRef& folder) {
-    const OSErr err =
-        LogStep(i_app.i_library->Store()->SaveCopy(folder), "saving a copy of the library", folder.GetPath());
+    const OSErr err = LogStep(Library().Store()->SaveCopy(folder), "saving a copy of the library", folder.GetPath());
     std::error_code fault;
     if (Failed(err)) std::filesystem::remove(folder.GetPath(), fault);   // if there is nothing in it
     return err;

@@ -4,8 +4,9 @@
 #include "Files/CFileRef.h"
 
 class CApp;
+class CAppLibrary;
 
-/** The last save of the evening. What cannot be written is asked about: try again, write a copy elsewhere, or quit, which
+/** The last save of the evening, of an application that has a library. What cannot be written is asked about: try again, write a copy elsewhere, or quit, which
     leaves a copy beside the log or where else one can be written; that is what happens where nobody answers, too.
     Threads  main; pumps while workers write.
     Errors   told in the log; what was left beside the log, on the error stream as well. */
@@ -19,6 +20,7 @@ private:
 
     /** noErr when nothing is left to be written. */
     [[nodiscard]] OSErr SaveOnce();
+    [[nodiscard]] CAppLibrary& Library() const;
     [[nodiscard]] Wish Ask(OSErr err);
     /** False when there is no copy: the user changed his mind, or is told why by the next question. */
     [[nodiscard]] bool CopyElsewhere();

@@ -1,17 +1,17 @@
 #pragma once
-#include "App/CApp.h"
+#include "App/CAppState.h"
 
 /** Sets the initialising flag for the length of a scope and puts it back.
     Threads  main only. */
 class CScopedInitializing {
 public:
-    CScopedInitializing(CApp& app, bool initializingB)
-        : i_app(app), i_beforeB(app.i_initializingB.exchange(initializingB, std::memory_order_relaxed)) {}
-    ~CScopedInitializing() { i_app.i_initializingB.store(i_beforeB, std::memory_order_relaxed); }
+    CScopedInitializing(CAppState& state, bool initializingB)
+        : i_state(state), i_beforeB(state.SetInitializing(initializingB)) {}
+    ~CScopedInitializing() { i_state.SetInitializing(i_beforeB); }
     CScopedInitializing(const CScopedInitializing&) = delete;
     CScopedInitializing& operator=(const CScopedInitializing&) = delete;
 
 private:
-    CApp& i_app;
-    bool i_beforeB;
+    CAppState& i_state;
+    const bool i_beforeB;
 };

@@ -1,6 +1,8 @@
 #include "App/IdleTimers.h"
 
 #include "App/CApp.h"
+#include "App/CAppSaves.h"
+#include "App/CAppWindowSet.h"
 #include "App/LocalTime.h"
 #include "Core/CLog.h"
 
@@ -12,7 +14,7 @@ void CT_IdleTimer_Save::SetFireInterval(double seconds) {
 }
 
 OSErr CT_IdleTimer_Save::Timer() {
-    i_app.FireSaveTimer(*this);
+    i_app.Saves().UserRests(*this);
     return timerKeepErr;
 }
 
@@ -26,20 +28,32 @@ OSErr CT_Timer_LogTime::Timer() {
 CT_IdleTimer_NoSleep::CT_IdleTimer_NoSleep(CApp& app) : CT_Timer("idle timer no sleep", 30.0, true), i_app(app) {}
 
 OSErr CT_IdleTimer_NoSleep::Timer() {
-    i_app.FireNoSleep();
+    if (auto* const windowsP = i_app.Parts().Find<CAppWindowSet>(); windowsP != nullptr) windowsP->KeepAwake();
     return noErr;
 }
 
 CT_Timer_VideoRefresh::CT_Timer_VideoRefresh(CApp& app) : CT_Timer("idle timer graphics", 1.0 / 15.0), i_app(app) {}
 
 OSErr CT_Timer_VideoRefresh::Timer() {
-    i_app.FireVideoRefresh();
+    i_app.RefreshVideo();
     return noErr;
 }
 
 CT_IdleTimer_App::CT_IdleTimer_App(CApp& app) : CT_Timer("idle timer app", 0.5), i_app(app) {}
 
 OSErr CT_IdleTimer_App::Timer() {
-    i_app.FireIdle();
+    if (i_app.IsAppReady()) i_app.Parts().ForEach("idling", [](CAppPart& part) { part.Idle(); });
     return noErr;
+}
+
+CAppTimers::CAppTimers(CApp& app)
+    : i_timers{new CT_IdleTimer_Save(app), new CT_Timer_LogTime(), new CT_IdleTimer_NoSleep(app),
+               new CT_Timer_VideoRefresh(app), new CT_IdleTimer_App(app)} {}
+
+CAppTimers::~CAppTimers() {
+    LogF("Timers: %zu\n", i_timers.size());
+    for (CT_Timer* const timerP : i_timers) {
+        LogF("\tdisposing: %s\n", timerP->Name().c_str());
+        timerP->Dispose();
+    }
 }

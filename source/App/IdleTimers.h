@@ -1,10 +1,12 @@
 #pragma once
+#include <vector>
+
+#include "App/CAppPart.h"
 #include "Threads/CT_Timer.h"
 
 class CApp;
 
-// The five timers of the application, one line of work each; what they do stands in CApp. Made at the start-up, on the main
-// thread; the map of forks owns them.
+// The five timers of the application, one line of work each. The map of forks owns them.
 
 /** Saves library and preferences after 2 idle seconds. Off until something is dirty. */
 class CT_IdleTimer_Save final : public CT_Timer {
@@ -55,3 +57,14 @@ private:
 };
 
 inline constexpr double kTimer_Off = -1.0;
+
+/** The timers, from the start to the quit. */
+class CAppTimers final : public CAppPart {
+public:
+    explicit CAppTimers(CApp& app);
+    ~CAppTimers() override;
+    [[nodiscard]] CT_Timer& SaveTimer() { return *i_timers.front(); }
+
+private:
+    std::vector<CT_Timer*> i_timers;
+};

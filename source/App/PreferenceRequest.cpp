@@ -31,7 +31,7 @@ std::string Set(std::string_view rest, CPreferences& prefs) {
     const OSErr err = ParsePreference(prefs, key, text, value, fault);
     if (!Failed(err)) {
         LogF("preference by the command line: %s", key.c_str());
-        prefs.Set(key, std::move(*value));
+        prefs.SetByName(key, std::move(*value));
     }
     return PreferenceAnswerText(err, fault);
 }

@@ -11,7 +11,6 @@
 #include "Platform/CUserInterface.h"
 #include "Play/CPlayControl.h"
 #include "SongFiles/AddFilesToLibrary.h"
-#include "Threads/CMainThreadProc.h"
 #include "Threads/WaitMode.h"
 
 TVoplaApp* gVoplaApp = nullptr;
@@ -136,7 +135,7 @@ void TVoplaApp::ShowOpened(const std::vector<SongID>& songs) {
     if (songP == nullptr) return;
     const std::string name = songP->Name().UTF8();
     const bool playB = songs.size() == 1 && i_app->Play().State() == PlayState::kIdle &&
-                       i_app->Prefs().GetBool("Auto-play when you add single song to Library", true);
+                       i_app->Prefs().GetBool("Auto-play when you add single song to Library");
     if (!playB)
         i_app->SetStatus(songs.size() == 1 ? "“" + name + "” is in the library"
                                            : std::to_string(songs.size()) + " songs are in the library");

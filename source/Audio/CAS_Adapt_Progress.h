@@ -3,8 +3,8 @@
 #include <span>
 #include <utility>
 
-#include "Audio/CAS_Progress_MainThread.h"
 #include "Audio/CSpooler.h"
+#include "Threads/CallOnMain.h"
 
 /** Tells the task list how far the reading of its base has come, in steps of a hundredth, each told once.
     Threads  as the base. The telling happens on the main thread, later. */
@@ -25,8 +25,8 @@ protected:
         const auto stepL = static_cast<long>(doneL * kSteps / totalL);
         if (stepL == i_stepL) return unitsL;
         i_stepL = stepL;
-        CAS_Progress_MainThread* const callP = new CAS_Progress_MainThread(Ref<CSpooler>(this), stepL, kSteps);
-        if (Failed(callP->Call(CallMode::kNoWait))) return unitsL;   // no application any more: nobody looks
+        // Held until it was shown. Without an application nobody looks.
+        PostToMain("progress", [spoolP = Ref<CSpooler>(this), stepL] { spoolP->ReportTask(stepL, kSteps); });
         return unitsL;
     }
 

@@ -14,14 +14,13 @@ AudioPlayerSettings AudioPlayerSettings::Read(const CCFPrefDictionary& preferenc
     AudioPlayerSettings settings;
     const std::string device = preferences.GetString("Audio Output Device").UTF8();
     if (!device.empty()) settings.device = device;
-    settings.blocksL = preferences.GetLong("Pre-Fetched Audio Blocks (must be > 2)", settings.blocksL);
+    settings.blocksL = preferences.GetLong("Pre-Fetched Audio Blocks (must be > 2)");
     settings.sleepMillisecondsL = preferences.GetLong("Audio Engine sleep time (should be zero)");
-    const double threshold =
-        preferences.GetFloat("Auto Cue Threshold (0..1) (smaller is more sensitive)", settings.cueThreshold);
+    const double threshold = preferences.GetFloat("Auto Cue Threshold (0..1) (smaller is more sensitive)");
     if (!std::isnan(threshold)) settings.cueThreshold = std::clamp(threshold, 0.0, 1.0);
-    settings.cueRollbackT = preferences.GetFloat("Auto Cue rollback (seconds)", settings.cueRollbackT);
+    settings.cueRollbackT = preferences.GetFloat("Auto Cue rollback (seconds)");
     settings.timePitchUnitB = preferences.GetBool("Use Apple AUTimePitch for pitch bending");
-    settings.bestPitchB = preferences.GetBool("Use maximum quality for pitch bending", true);
+    settings.bestPitchB = preferences.GetBool("Use maximum quality for pitch bending");
     return settings;
 }
 

@@ -33,12 +33,12 @@ public:
     PlayRun(const CliContext& context, CCliHost& host, const CliWords& words, const SongSound& sound)
         : i_context(context), i_host(host), i_sound(sound) {
         const std::unique_ptr<CPreferences> storedP = CliPreferences(context);
-        for (const auto& [key, value] : storedP->Snapshot()) i_preferences.Set(key, value);
+        for (const auto& [key, value] : storedP->Snapshot()) i_preferences.SetByName(key, value);
         if (const std::string* outputP = words.Text("--output"))
-            i_preferences.Set("Audio Output Device", CCFValue(SuperString(*outputP)));
-        for (const char* const offZ : {"Stop between tracks", "Pause between tracks"})
-            i_preferences.Set(offZ, CCFValue(false));
-        i_preferences.Set("Stop at playlist end", CCFValue(true));
+            i_preferences.SetString("Audio Output Device", SuperString(*outputP));
+        i_preferences.SetBool("Stop between tracks", false);
+        i_preferences.SetBool("Pause between tracks", false);
+        i_preferences.SetBool("Stop at playlist end", true);
         i_databaseP = std::make_unique<CSongDatabase>(static_cast<CSongDatabaseHost&>(*this));
         i_filesP = std::make_unique<CSongFileWork>(*i_databaseP);
         i_controlP = std::make_unique<CPlayControl>(static_cast<CPlayHost&>(*this));

@@ -72,7 +72,7 @@ int SetPreference(const CliCall& call) {
     if (errnoL != 0 && errnoL != ENOENT)
         return CliFail(call.context, opWrErr, "the host that runs does not answer: nothing was set, try again");
     if (errnoL == ENOENT) {
-        prefsP->Set(key, *value);
+        prefsP->SetByName(key, *value);
         if (const OSErr err = prefsP->Save(); Failed(err))
             return CliFailStep(call.context, err, "saving the preferences");
     }

@@ -4,7 +4,7 @@
 
 CPlayWindowRule CPlayWindowRule::Read(const CCFPrefDictionary& preferences) {
     return {.autoFullScreenB = preferences.GetBool("Auto Full Screen During Play"),
-            .bringToFrontB = preferences.GetBool("Bring Video Window to front when playing", true),
+            .bringToFrontB = preferences.GetBool("Bring Video Window to front when playing"),
             .hideOnPauseB = preferences.GetBool("Hide on pause"),
             .alwaysOnTopB = preferences.GetBool("Always on top")};
 }

@@ -9,6 +9,7 @@
 #include "Library/CT_SongChanges.h"
 #include "Threads/CThreadManager.h"
 #include "Threads/ThreadInfo.h"
+#include "Values/PreferenceTable.h"
 
 namespace {
 
@@ -17,6 +18,8 @@ constexpr const char* kOwnerless =
     "playlist, sorry.  You can try to find that singer and drag the items back into their playlist.";
 
 }   // namespace
+
+void CSongDatabaseHost::StopWarning(BoolPref /*preference*/) {}
 
 void CSongDatabaseHost::Notify(std::string_view words, std::string_view detail, std::string_view /*label*/,
                                std::function<void()> /*act*/) {

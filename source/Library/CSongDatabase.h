@@ -18,8 +18,8 @@
 #include "Library/LibrarySettings.h"
 #include "Platform/CUserInterface.h"
 #include "Threads/CHandle.h"
-#include "Threads/CMainThreadProc.h"
 #include "Threads/CMutex.h"
+#include "Values/PrefTypes.h"
 
 class CSinger;
 enum class SingerList : std::uint8_t;
@@ -50,7 +50,7 @@ public:
     virtual void Notify(std::string_view words, std::string_view detail, std::string_view label = {},
                         std::function<void()> act = {});
     /** The user wants no warning of this preference any more. */
-    virtual void StopWarning(std::string_view /*preference*/) {}
+    virtual void StopWarning(BoolPref preference);
     /** Shows the folder of a file. */
     virtual void Reveal(const CFileRef& /*file*/) {}
     /** The preference "Date Added Field *really* Updated". */
@@ -234,6 +234,8 @@ public:
     void SongsLeaveLibrary(CPlayList& library, std::span<const PLItemID> items);
 
 private:
+    /** `work` on the list, on the main thread; fnfErr when there is no such list any more. */
+    [[nodiscard]] OSErr OnList(const char* nameZ, PlaylistID list, const std::function<OSErr(CPlayList& found)>& work);
     [[nodiscard]] std::vector<PLItemID> ItemsOf(const CPlayList& list, std::span<const SongID> songs) const;
 
     CSongDatabaseHost& i_host;

@@ -5,36 +5,15 @@
 #include "Core/CLog.h"
 #include "Library/CSongDatabase.h"
 #include "Library/CT_SongChanges.h"
-#include "Threads/CHandle.h"
+#include "Threads/CallOnMain.h"
 #include "Threads/ThreadInfo.h"
-
-namespace {
-
-class MT_SetDirty final : public CMainThreadProc {
-public:
-    MT_SetDirty(CHandle<CSongDatabase> databaseRef, bool dirtyB, std::string_view reason)
-        : CMainThreadProc("set dirty"), i_databaseRef(std::move(databaseRef)), i_dirtyB(dirtyB), i_reason(reason) {}
-
-protected:
-    OSErr Operate() override {
-        auto* const databaseP = i_databaseRef.Get();
-        if (databaseP == nullptr) return abortErr;
-        databaseP->SetDirty(i_dirtyB, i_reason);
-        return noErr;
-    }
-
-private:
-    CHandle<CSongDatabase> i_databaseRef;
-    bool i_dirtyB;
-    std::string i_reason;
-};
-
-}   // namespace
 
 void CSongDatabase::SetDirty(bool dirtyB, std::string_view reason) {
     if (!IsMainThread()) {
-        if (Failed((new MT_SetDirty(i_self.Handle(), dirtyB, reason))->Call(CallMode::kPost)))
-            Log("### Error posting set dirty");
+        const auto set = [dirtyB, why = std::string(reason)](CSongDatabase& database) {
+            database.SetDirty(dirtyB, why);
+        };
+        if (!PostToMain("MT_SetDirty", i_self.Handle(), set)) Log("### Error posting set dirty");
         return;
     }
     if (IsLoading() || !i_host.IsReady()) return;

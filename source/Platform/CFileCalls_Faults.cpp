@@ -75,6 +75,12 @@ int CFileCalls_Faults::Before(const char* callZ, const Path& path) {
     return 0;
 }
 
+CFileCalls_Faults::Path CFileCalls_Faults::PathOf(int handle) const {
+    const Guard guard(i_lock);
+    const auto file = i_open.find(handle);
+    return file == i_open.end() ? Path{} : file->second.path;
+}
+
 void CFileCalls_Faults::MarkDirty(int handle) {
     FileInfo info;
     if (i_below.Look(handle, info) != 0) return;
@@ -96,28 +102,28 @@ int CFileCalls_Faults::Open(const Path& path, FileAccess access, std::uint32_t m
     if (const int err = Before("open", path); err != 0) return err;
     const int err = i_below.Open(path, access, mode, handle);
     const Guard guard(i_lock);
-    if (err == 0 && access == FileAccess::kFolder) i_folders[handle] = path;
+    if (err == 0) i_open[handle] = {path, access == FileAccess::kFolder};
     return err;
 }
 
 int CFileCalls_Faults::Close(int handle) {
-    const int err = Before("close");
+    const int err = Before("close", PathOf(handle));
     const Guard guard(i_lock);   // over the closing too: the number may be another file's at once
-    i_folders.erase(handle);
+    i_open.erase(handle);
     const int closed = i_below.Close(handle);   // even without power: the handle is the process's, not the disc's
     return err != 0 ? err : closed;
 }
 
 int CFileCalls_Faults::ReadAt(int handle, std::uint64_t at, std::span<std::byte> to, std::size_t& got) {
     got = 0;
-    const int err = Before("read");
+    const int err = Before("read", PathOf(handle));
     return err != 0 ? err : i_below.ReadAt(handle, at, to, got);
 }
 
 int CFileCalls_Faults::WriteAt(int handle, std::uint64_t at, std::span<const std::byte> from, std::size_t& written) {
     written = 0;
     const bool wasCutB = IsCut();
-    const int err = Before("write");
+    const int err = Before("write", PathOf(handle));
     const Guard guard(i_lock);
     if (wasCutB || (err != 0 && i_cutB)) return err;
     std::size_t room = err != 0 ? from.size() / 2 : from.size();
@@ -134,16 +140,15 @@ int CFileCalls_Faults::WriteAt(int handle, std::uint64_t at, std::span<const std
 }
 
 int CFileCalls_Faults::Truncate(int handle, std::uint64_t bytes) {
-    if (const int err = Before("truncate"); err != 0) return err;
+    if (const int err = Before("truncate", PathOf(handle)); err != 0) return err;
     const int err = i_below.Truncate(handle, bytes);
     if (err == 0) MarkDirty(handle);
     return err;
 }
 
 int CFileCalls_Faults::Sync(int handle) {
-    const std::map<int, Path> folders = Locked(i_folders);
-    const auto folder = folders.find(handle);
-    if (const int err = Before("sync", folder == folders.end() ? Path{} : folder->second); err != 0) return err;
+    const OpenFile file = Locked(i_open)[handle];
+    if (const int err = Before("sync", file.path); err != 0) return err;
     FileInfo info;
     const int err = i_below.Sync(handle);
     if (err != 0 || i_below.Look(handle, info) != 0) return err;
@@ -152,27 +157,27 @@ int CFileCalls_Faults::Sync(int handle) {
         ::close(it->second);
         i_dirty.erase(it);
     }
-    if (folder != folders.end()) i_dirtyFolders.erase(folder->second);
+    if (file.folderB) i_dirtyFolders.erase(file.path);
     return 0;
 }
 
 int CFileCalls_Faults::SetMode(int handle, std::uint32_t mode) {
-    const int err = Before("chmod");
+    const int err = Before("chmod", PathOf(handle));
     return err != 0 ? err : i_below.SetMode(handle, mode);
 }
 
 int CFileCalls_Faults::SetModified(int handle, std::int64_t nanoseconds) {
-    const int err = Before("utimens");
+    const int err = Before("utimens", PathOf(handle));
     return err != 0 ? err : i_below.SetModified(handle, nanoseconds);
 }
 
 int CFileCalls_Faults::Lock(int handle) {
-    const int err = Before("lock");
+    const int err = Before("lock", PathOf(handle));
     return err != 0 ? err : i_below.Lock(handle);
 }
 
 int CFileCalls_Faults::Look(int handle, FileInfo& info) {
-    const int err = Before("fstat");
+    const int err = Before("fstat", PathOf(handle));
     return err != 0 ? err : i_below.Look(handle, info);
 }
 

@@ -31,7 +31,7 @@ public:
     void ExitAt(long n, int code);
     /** From now on the disc holds so many bytes more; then ENOSPC. */
     void SetSpace(std::uint64_t bytes);
-    /** Called before each call with its name and path; the path is empty when only a handle is known. */
+    /** Called before each call with its name and path, that of the open file where the call has only a handle. */
     using Watch = std::function<void(long n, const char* callZ, const Path& path)>;
     void SetWatch(Watch watch) { i_watch = std::move(watch); }
 
@@ -69,10 +69,15 @@ public:
 
 private:
     enum class Plan : unsigned char { kNone, kFail, kCut, kExit };
+    struct OpenFile {
+        Path path;
+        bool folderB = false;
+    };
     using FileID = std::pair<std::uint64_t, std::uint64_t>;
 
     /** What call number i_countL shall answer without being made; 0: make it. */
     [[nodiscard]] int Before(const char* callZ, const Path& path = {});
+    [[nodiscard]] Path PathOf(int handle) const;
     void CutPower();
     void MarkDirty(int handle);
     void MarkFolder(const Path& changed);
@@ -94,6 +99,6 @@ private:
     std::optional<std::uint64_t> i_spaceL;
     Watch i_watch;
     std::map<FileID, int> i_dirty;   // a handle of each file, owned here
-    std::map<int, Path> i_folders;   // open folders
+    std::map<int, OpenFile> i_open;
     std::set<Path> i_dirtyFolders;
 };

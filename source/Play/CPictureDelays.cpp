@@ -5,7 +5,7 @@
 #include "Values/CCFPrefDictionary.h"
 
 namespace {
-constexpr std::string_view kPref_Delays = "Picture Delays (ms)";
+constexpr DictionaryPref kPref_Delays = "Picture Delays (ms)";
 }
 
 long CPictureDelays::Of(std::string_view device) const {
@@ -20,5 +20,5 @@ void CPictureDelays::Set(std::string_view device, long milliseconds) {
         delays.Set(device, CCFValue(std::int64_t{milliseconds}));
     else
         delays.Remove(device);
-    i_preferences.Set(kPref_Delays, CCFValue(std::move(delays)));
+    i_preferences.SetDictionary(kPref_Delays, std::move(delays));
 }

@@ -122,7 +122,7 @@ OSErr CPlayControl::PlaySong(const SongPlaySpec& spec, const StartHow& how) {
                         .loadP = i_next.Take(spec),
                         .outputP = i_outputP,
                         .settings = AudioPlayerSettings::Read(preferences),
-                        .autoCueB = preferences.GetBool("Auto-cue", true),
+                        .autoCueB = preferences.GetBool("Auto-cue"),
                         .hq4xB = preferences.GetBool("Use hq4x upscaling (fast computers only)"),
                         .anyDeviceB = i_host.PlaysOnAnyDevice(),
                         .oneLevelB = IsOneLevel(),
@@ -226,7 +226,7 @@ void CPlayControl::CacheNext() {
     i_nextStaleB = false;
     WantLevels();
     i_nextLookT = CClock::Get().SteadyT() + kNextLook_T;
-    if (i_place.List() == nullptr || !i_host.Preferences().GetBool("pre-cache next song", true)) {
+    if (i_place.List() == nullptr || !i_host.Preferences().GetBool("pre-cache next song")) {
         i_next.Drop();
         return;
     }
@@ -387,7 +387,7 @@ void CPlayControl::VideoIdle(bool forcedB) {
 }
 
 bool CPlayControl::IsQuitting() const { return i_host.IsQuitting(); }
-long CPlayControl::GlobalSlip300() const { return i_host.Preferences().GetLong("Global Song Sync Slip (300ths)", 0); }
+long CPlayControl::GlobalSlip300() const { return i_host.Preferences().GetLong("Global Song Sync Slip (300ths)"); }
 CGraphicsPorts& CPlayControl::Ports() { return i_host.Ports(); }
 CPlayWindowRule CPlayControl::WindowRule() const { return CPlayWindowRule::Read(i_host.Preferences()); }
 

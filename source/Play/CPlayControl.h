@@ -22,7 +22,7 @@ class CPlayWatcher;
 /** What desktop, command line and phones ask to play: one song of one list at a time, and what follows it.
     Units    300ths of the song; a position is 0 to 1 of it.
     Threads  main. Nothing here waits: a song that starts says so by State, and PlayChanged tells of each change.
-             CMainThreadProc_Play brings a wish from another thread.
+             CallOnMain brings a wish from another thread.
     Owner    CApp, or a command. Whoever waits for the threads at the end of the application waits for the songs that
              are on their way out, too.
     Errors   a status when the wish makes no sense now; what breaks later is told to the user, and kept (PlayErr). */

@@ -15,10 +15,10 @@
 namespace {
 
 constexpr double kPerSecond = 300;
-constexpr const char* kPref_Volume = "Current Volume (0-100)";
-constexpr const char* kPref_Slip = "Global Song Sync Slip (300ths)";
-constexpr const char* kPref_Device = "Audio Output Device";
-constexpr const char* kPref_OneLevel = "Play all songs at one level";
+constexpr LongPref kPref_Volume = "Current Volume (0-100)";
+constexpr LongPref kPref_Slip = "Global Song Sync Slip (300ths)";
+constexpr StringPref kPref_Device = "Audio Output Device";
+constexpr BoolPref kPref_OneLevel = "Play all songs at one level";
 /** So many rows ahead of the one that plays are measured. */
 constexpr std::size_t kLevels_Ahead = 20;
 
@@ -31,7 +31,7 @@ std::string SlipText(const char* wordsZ, long slip300) {
 }   // namespace
 
 float CPlayControl::ReadVolume(CPlayHost& host) {
-    return static_cast<float>(std::clamp(host.Preferences().GetLong(kPref_Volume, 100), 0, 100)) / 100;
+    return static_cast<float>(std::clamp(host.Preferences().GetLong(kPref_Volume), 0, 100)) / 100;
 }
 
 void CPlayControl::KeepValue(MetaKey key, double value) {
@@ -69,7 +69,7 @@ OSErr CPlayControl::SetTempo(double tempo) {
 }
 
 OSErr CPlayControl::StepTempo(int steps) {
-    const double percent = i_host.Preferences().GetFloat("Tempo change increment (percent)", 5.0);
+    const double percent = i_host.Preferences().GetFloat("Tempo change increment (percent)");
     return SetTempo(SteppedTempo(i_tempo, steps, percent));
 }
 
@@ -78,7 +78,7 @@ void CPlayControl::SetVolume(float volumeF) {
     i_volumeF = std::clamp(volumeF, 0.0F, 1.0F);
     i_songLevelF.reset();
     i_outputP->Level().gainF = i_volumeF;
-    i_host.Preferences().Set(kPref_Volume, CCFValue(std::lround(i_volumeF * 100)));
+    i_host.Preferences().SetLong(kPref_Volume, std::lround(i_volumeF * 100));
     TellSettings();
 }
 
@@ -97,7 +97,7 @@ void CPlayControl::SetVocalMode(VocalMode mode) {
 bool CPlayControl::IsOneLevel() const { return i_host.Preferences().GetBool(kPref_OneLevel); }
 
 void CPlayControl::SetOneLevel(bool onB) {
-    i_host.Preferences().Set(kPref_OneLevel, CCFValue(onB));
+    i_host.Preferences().SetBool(kPref_OneLevel, onB);
     if (i_playP) i_playP->SetOneLevel(onB);
     WantLevels();
     TellSettings();
@@ -121,7 +121,7 @@ void CPlayControl::WantLevels() {
 
 std::string CPlayControl::SlipSong(int steps) {
     if (!i_playP) return {};
-    return SetSongSlip300(As300ths(i_slipT) + steps * i_host.Preferences().GetLong("Sync Slip increment (300ths)", 30));
+    return SetSongSlip300(As300ths(i_slipT) + steps * i_host.Preferences().GetLong("Sync Slip increment (300ths)"));
 }
 
 std::string CPlayControl::SetSongSlip300(long slip300) {
@@ -136,12 +136,12 @@ std::string CPlayControl::SetSongSlip300(long slip300) {
 
 std::string CPlayControl::SlipGlobal(int steps) {
     const CCFPrefDictionary& preferences = i_host.Preferences();
-    return SetGlobalSlip300(preferences.GetLong(kPref_Slip, 0) +
-                            steps * preferences.GetLong("Sync Slip increment (300ths)", 30));
+    return SetGlobalSlip300(preferences.GetLong(kPref_Slip) +
+                            steps * preferences.GetLong("Sync Slip increment (300ths)"));
 }
 
 std::string CPlayControl::SetGlobalSlip300(long slip300) {
-    i_host.Preferences().Set(kPref_Slip, CCFValue(slip300));
+    i_host.Preferences().SetLong(kPref_Slip, slip300);
     const std::string text = GlobalSlipText();
     i_host.ShowMessage(text);
     return text;
@@ -150,7 +150,7 @@ std::string CPlayControl::SetGlobalSlip300(long slip300) {
 std::string CPlayControl::SongSlipText() const { return SlipText("Song Sync Slip", As300ths(i_slipT)); }
 
 std::string CPlayControl::GlobalSlipText() const {
-    return SlipText("Global Sync Slip", i_host.Preferences().GetLong(kPref_Slip, 0));
+    return SlipText("Global Sync Slip", i_host.Preferences().GetLong(kPref_Slip));
 }
 
 void CPlayControl::SetPictureDelay(long milliseconds) {
@@ -179,7 +179,7 @@ OSErr CPlayControl::AskOutputDevices(std::function<void(const std::vector<std::s
 }
 
 OSErr CPlayControl::SetOutputDevice(const std::string& name) {
-    i_host.Preferences().Set(kPref_Device, CCFValue(SuperString(name)));
+    i_host.Preferences().SetString(kPref_Device, SuperString(name));
     TellSettings();
     if (WantedDevice() == i_device) i_outputP->LookAgain();   // it may not be the one that plays
     if (!i_playP || WantedDevice() == i_device) return noErr;

@@ -6,10 +6,10 @@
 #include "Core/CLog.h"
 #include "Graphics/CGraphicsPorts.h"
 #include "Platform/CClock.h"
-#include "Play/CMainThread_SongCall.h"
 #include "Play/CT_EndSong.h"
 #include "Play/CT_PlayAudio.h"
 #include "Play/CT_SeekSound.h"
+#include "Threads/CallOnMain.h"
 #include "Threads/ThreadInfo.h"
 
 namespace {
@@ -20,12 +20,17 @@ constexpr double kApart_T = 1;
 CSongPlay::CSongPlay(SongPlayParts parts, CSongPlayOwner& owner)
     : i_parts(std::move(parts)), i_ownerP(&owner), i_sound(i_parts), i_picture(i_parts, *this) {}
 
+void CSongPlay::Post(const char* nameZ, void (CSongPlay::*act)()) {
+    // Kept until then; it knows by then whether it was stopped. Without an application nobody plays any more.
+    PostToMain(nameZ, [playP = Ref<CSongPlay>(this), act] { (playP.Get()->*act)(); });
+}
+
 // ---- Workers ----
 
 OSErr CSongPlay::PreRoll(std::unique_ptr<CS_MainThread_AbortProc> completionP) {
     OSErr err = i_parts.loadP->Load(std::move(completionP));
     if (!Failed(err)) {
-        CMainThread_SongCall::Post("wire up graphics ports", Ref<CSongPlay>(this), &CSongPlay::WireUpGraphics);
+        Post("wire up graphics ports", &CSongPlay::WireUpGraphics);
         err = i_sound.Prepare();
     }
     if (i_sound.IsStopped()) err = abortErr;   // whatever broke on the way out
@@ -201,12 +206,12 @@ bool CSongPlay::IsSoundOver() const {
 
 void CSongPlay::PictureEnded() {
     i_endedB = true;
-    CMainThread_SongCall::Post("PlayNext", Ref<CSongPlay>(this), &CSongPlay::TellEnded);
+    Post("PlayNext", &CSongPlay::TellEnded);
 }
 
 void CSongPlay::PictureFailed(OSErr err) {
     i_sound.SetErr(err);
-    CMainThread_SongCall::Post("stop song", Ref<CSongPlay>(this), &CSongPlay::TellFailed);
+    Post("stop song", &CSongPlay::TellFailed);
 }
 
 void CSongPlay::TellEnded() {

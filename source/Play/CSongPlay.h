@@ -84,6 +84,8 @@ private:
     void StartSeekWorker();
     void SeeksDone();
     [[nodiscard]] bool IsSeeking() const noexcept { return i_seekersL > 0; }
+    /** `act` on the main thread, later. */
+    void Post(const char* nameZ, void (CSongPlay::*act)());
     void TellEnded();
     void TellFailed();
 

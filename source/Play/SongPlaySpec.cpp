@@ -69,7 +69,7 @@ SongPlaySpec ReadSongPlaySpec(CSong& song, const CCFPrefDictionary& preferences)
     spec.level = LevelOf(song);
     spec.cooperativeB = meta.GetBool("Coop"_key) == BoolValueType::kTrue;
     spec.channels = static_cast<std::uint16_t>(meta.GetInteger("gChn"_key));
-    spec.requireAudioB = preferences.GetBool("Require Audio (no naked CDG files)", true);
+    spec.requireAudioB = preferences.GetBool("Require Audio (no naked CDG files)");
     spec.launchMidiB = preferences.GetBool("Launch Midi Files");
     return spec;
 }

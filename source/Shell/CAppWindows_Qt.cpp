@@ -9,6 +9,7 @@
 
 #include "App/CApp.h"
 #include "App/CTaskList.h"
+#include "Shell/FrameShapeChoice.h"
 #include "Shell/VideoWindowMenu.h"
 #include "Shell/XActions.h"
 #include "Shell/XBrowserWindow.h"
@@ -42,14 +43,33 @@ QWidget* CAppWindows_Qt::Find(WindowKind kind) const {
     return found == i_windows.end() ? nullptr : found->second.get();
 }
 
+// The browser first: the others stand beside it, and have its commands.
+const CAppWindows_Qt::DeskWindow CAppWindows_Qt::kWindows[] = {
+    {{PREF_Wind_BROWSER, "Browser", {}, true},
+     std::nullopt,
+     [](CAppWindows_Qt& windows, WindowKind) { return windows.MakeBrowser(); }},
+    {{PREF_Wind_VIDEO2, "Video 2", WindowRow::FullScreen{"Full Screen2", "Full Screen2 Display"}},
+     Command::kShowVideo2,
+     [](CAppWindows_Qt& windows, WindowKind kind) { return windows.MakeVideo(kind); }},
+    {{PREF_Wind_VIDEO, "Video", WindowRow::FullScreen{"Full Screen", "Full Screen Display"}, true},
+     Command::kShowVideo,
+     [](CAppWindows_Qt& windows, WindowKind kind) { return windows.MakeVideo(kind); }},
+    {{PREF_Wind_TASKS, "Tasks"},
+     Command::kShowTasks,
+     [](CAppWindows_Qt& windows, WindowKind) { return windows.MakeTasks(); }},
+};
+
+std::vector<WindowRow> CAppWindows_Qt::Rows() const {
+    std::vector<WindowRow> rows;
+    for (const DeskWindow& window : kWindows) rows.push_back(window.row);
+    return rows;
+}
+
 void CAppWindows_Qt::Create(WindowKind kind) {
-    if (Exists(kind)) return;
-    if (kind == PREF_Wind_BROWSER)
-        CreateBrowser();
-    else if (kind == PREF_Wind_VIDEO || kind == PREF_Wind_VIDEO2)
-        CreateVideo(kind);
-    else if (kind == PREF_Wind_TASKS)
-        CreateTasks();
+    if (Exists(kind) || gApp == nullptr) return;
+    for (const DeskWindow& window : kWindows)
+        if (window.row.kind == kind) i_windows[kind] = window.makeP(*this, kind);
+    if (kind == PREF_Wind_TASKS) ShowTasks();
 }
 
 namespace {
@@ -61,17 +81,15 @@ void NoteResizing(bool resizingB) {
 }   // namespace
 
 void CAppWindows_Qt::AskGraphicsCard() {
-    if (gApp == nullptr) return;
-    const std::int64_t choice = gApp->Prefs().GetLong(CGraphicsCard::kPreferenceZ, CGraphicsCard::kChoice_AUTOMATIC);
+    const std::int64_t choice = gApp->Prefs().GetLong("Video Drawing (0=automatic, 1=processor, 2=OpenGL)");
     i_card.Ask(static_cast<CGraphicsCard::Choice>(
         std::clamp<std::int64_t>(choice, CGraphicsCard::kChoice_AUTOMATIC, CGraphicsCard::kChoice_OPENGL)));
 }
 
-void CAppWindows_Qt::CreateBrowser() {
-    if (gApp == nullptr) return;
+std::unique_ptr<QWidget> CAppWindows_Qt::MakeBrowser() {
     AskGraphicsCard();   // it answers while the window is made
     if (XLook* const lookP = XLook::Get(); lookP != nullptr)
-        lookP->Choose(static_cast<XLook::Choice>(gApp->Prefs().GetLong(XLook::kPreferenceZ, 0)));
+        lookP->Choose(static_cast<XLook::Choice>(gApp->Prefs().GetLong("Look (0=desktop, 1=dark, 2=light)")));
     auto window =
         std::make_unique<XBrowserWindow>(BrowserSetup{.database = gApp->Database(),
                                                       .play = gApp->Play(),
@@ -90,20 +108,17 @@ void CAppWindows_Qt::CreateBrowser() {
     actions.On(Command::kLeaveFullScreen, [this] { LeaveFullScreen(); });
     actions.On(Command::kNextDisplay, [this] { NextDisplay(); });
     QObject::connect(&window->DisplayMenu(), &QMenu::aboutToShow, window.get(), [this] { FillDisplays(); });
-    actions.On(Command::kShowVideo, [this] { ToggleVisible(PREF_Wind_VIDEO); });
-    actions.On(Command::kShowVideo2, [this] { ToggleVisible(PREF_Wind_VIDEO2); });
-    actions.On(Command::kShowTasks, [this] { ToggleVisible(PREF_Wind_TASKS); });
-    i_windows[PREF_Wind_BROWSER] = std::move(window);
+    for (const DeskWindow& other : kWindows)
+        if (other.toggle) actions.On(*other.toggle, [this, kind = other.row.kind] { ToggleVisible(kind); });
+    return window;
 }
 
-void CAppWindows_Qt::CreateTasks() {
-    if (gApp == nullptr) return;
+std::unique_ptr<QWidget> CAppWindows_Qt::MakeTasks() {
     auto window = std::make_unique<XTasksWindow>(gApp->Tasks());
     (void)CWindowPlace::Of(*window);
     QObject::connect(window.get(), &XTasksWindow::CloseAsked, window.get(), [this] { Hide(PREF_Wind_TASKS); });
     if (XBrowserWindow* const browserP = Browser(); browserP != nullptr) browserP->Actions().AttachEverywhere(*window);
-    i_windows[PREF_Wind_TASKS] = std::move(window);
-    ShowTasks();
+    return window;
 }
 
 void CAppWindows_Qt::TasksChanged() {
@@ -122,7 +137,7 @@ void CAppWindows_Qt::ShowTasks() {
     if (XBrowserWindow* const browserP = Browser(); browserP != nullptr) browserP->ShowTasks(rows);
 }
 
-void CAppWindows_Qt::CreateVideo(WindowKind kind) {
+std::unique_ptr<QWidget> CAppWindows_Qt::MakeVideo(WindowKind kind) {
     AskGraphicsCard();
     auto window = std::make_unique<XVideoWindow>(static_cast<int>(kind), Ports(), i_card.Draws());
     XVideoWindow* const windowP = window.get();
@@ -156,7 +171,7 @@ void CAppWindows_Qt::CreateVideo(WindowKind kind) {
         if (kind == PREF_Wind_VIDEO) windowP->Place().SetNormalBeside(*browserP);
     }
     windowP->SetOpen(kind == PREF_Wind_VIDEO);
-    i_windows[kind] = std::move(window);
+    return window;
 }
 
 XBrowserWindow* CAppWindows_Qt::Browser() const { return qobject_cast<XBrowserWindow*>(Find(PREF_Wind_BROWSER)); }
@@ -300,12 +315,9 @@ std::optional<CAppWindows::Place> CAppWindows_Qt::PlaceOf(WindowKind kind) const
 
 void CAppWindows_Qt::FollowPreferences(const CCFPrefDictionary& preferences) {
     if (XBrowserWindow* const browserP = Browser(); browserP != nullptr) browserP->FollowPreferences();
-    FrameShape shape = FrameShape::kPicture;
-    if (preferences.GetBool("4x3 aspect ratio")) shape = FrameShape::k4x3;
-    if (preferences.GetBool("16x9 aspect ratio")) shape = FrameShape::k16x9;
-    Ports().SetFrameShape(shape);
+    Ports().SetFrameShape(ReadFrameShape(preferences));
     const bool transparentB = preferences.GetBool("Transparent Video Window");
-    const auto opacity = static_cast<float>(std::clamp(preferences.GetFloat("Video Window Opacity", 1.0), 0.1, 1.0));
+    const auto opacity = static_cast<float>(std::clamp(preferences.GetFloat("Video Window Opacity"), 0.1, 1.0));
     for (const WindowKind kind : {PREF_Wind_VIDEO, PREF_Wind_VIDEO2}) {
         auto* const windowP = qobject_cast<XVideoWindow*>(Find(kind));
         if (windowP == nullptr) continue;

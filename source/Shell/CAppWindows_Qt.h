@@ -2,10 +2,12 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <QPointer>
 #include <QTimer>
 
 #include "App/CAppWindows.h"
+#include "Shell/Commands.h"
 #include "Widgets/CGraphicsCard.h"
 
 class CSleepInhibitor;
@@ -24,6 +26,7 @@ public:
     explicit CAppWindows_Qt(std::function<void()> askToQuit);
     ~CAppWindows_Qt() override;
 
+    std::vector<WindowRow> Rows() const override;
     void Create(WindowKind kind) override;
     void Dispose(WindowKind kind) override;
     bool Exists(WindowKind kind) const override;
@@ -45,12 +48,20 @@ public:
     void KeepDisplayOn(bool neededB) override;
 
 private:
+    /** A window of the desktop: its row, the command that shows and hides it, how it is made. */
+    struct DeskWindow {
+        WindowRow row;
+        std::optional<Command> toggle;
+        std::unique_ptr<QWidget> (*makeP)(CAppWindows_Qt& windows, WindowKind kind);
+    };
+    static const DeskWindow kWindows[];
+
     [[nodiscard]] QWidget* Find(WindowKind kind) const;
     [[nodiscard]] XBrowserWindow* Browser() const;
     void AskGraphicsCard();
-    void CreateBrowser();
-    void CreateVideo(WindowKind kind);
-    void CreateTasks();
+    [[nodiscard]] std::unique_ptr<QWidget> MakeBrowser();
+    [[nodiscard]] std::unique_ptr<QWidget> MakeVideo(WindowKind kind);
+    [[nodiscard]] std::unique_ptr<QWidget> MakeTasks();
     void ShowTasks();
     void ToggleFullScreen();
     void LeaveFullScreen();

@@ -13,7 +13,6 @@
 class CKeyMap {
 public:
     using Keys = QList<QKeySequence>;
-    static constexpr const char* kPreferenceZ = "Key Map";
 
     /** The factory's keys. */
     CKeyMap();

@@ -1,31 +1,11 @@
 #include "Shell/CT_FilterRows.h"
 
-#include "Threads/CMainThreadProc.h"
+#include "Threads/CallOnMain.h"
 
 namespace {
 
 constexpr std::size_t kFirstPiece = 2048;   // about what a screen shows, at once
 constexpr std::size_t kMostPiece = 1U << 16;
-
-class MT_FilterFound final : public CMainThreadProc {
-public:
-    MT_FilterFound(std::shared_ptr<CFilterResult> resultRef, std::vector<PLItemID> items, bool lastB)
-        : CMainThreadProc("filter found"),
-          i_resultRef(std::move(resultRef)),
-          i_items(std::move(items)),
-          i_lastB(lastB) {}
-
-protected:
-    OSErr Operate() override {
-        i_resultRef->Tell(i_items, i_lastB);
-        return noErr;
-    }
-
-private:
-    const std::shared_ptr<CFilterResult> i_resultRef;
-    const std::vector<PLItemID> i_items;
-    const bool i_lastB;
-};
 
 }   // namespace
 
@@ -46,9 +26,10 @@ OSErr CT_FilterRows::Operate(OSErr err) {
             if (i_job.filter.Matches(names[n].Text(), artists[n].Text())) found.push_back(rows[n].id);
         begin = end;
         pieceL = std::min(pieceL * 4, kMostPiece);
-        if (Failed(
-                (new MT_FilterFound(i_resultRef, std::move(found), begin == i_job.rows.size()))->Call(CallMode::kPost)))
-            return abortErr;   // the application ends: nobody waits
+        auto tell = [resultRef = i_resultRef, found = std::move(found), lastB = begin == i_job.rows.size()] {
+            resultRef->Tell(found, lastB);
+        };
+        if (!PostToMain("filter found", std::move(tell))) return abortErr;   // the application ends: nobody waits
     } while (begin < i_job.rows.size());
     return noErr;
 }

@@ -12,6 +12,7 @@
 #include "App/CBreakScreen.h"
 #include "Shell/CAppWindows_Qt.h"
 #include "Shell/Commands.h"
+#include "Shell/FrameShapeChoice.h"
 #include "Shell/XVideoWindow.h"
 #include "Widgets/DisplayAbilities.h"
 #include "Widgets/FileDialog.h"
@@ -21,13 +22,13 @@ namespace {
 
 QString Words(const char* textZ) { return QCoreApplication::translate("VideoWindowMenu", textZ); }
 
-/** An action that is on or off as the preference `keyZ` is. */
-QAction& AddSwitch(QMenu& menu, const char* textZ, const char* keyZ, bool possibleB = true) {
+/** An action that is on or off as its preference is. */
+QAction& AddSwitch(QMenu& menu, const char* textZ, BoolPref pref, bool possibleB = true) {
     QAction* const actionP = menu.addAction(Words(textZ));
     actionP->setCheckable(true);
-    actionP->setChecked(gApp->Prefs().GetBool(keyZ));
+    actionP->setChecked(gApp->Prefs().GetBool(pref));
     actionP->setEnabled(possibleB || actionP->isChecked());   // what is on can always be turned off
-    QObject::connect(actionP, &QAction::triggered, &menu, [keyZ](bool onB) { gApp->Prefs().Set(keyZ, CCFValue(onB)); });
+    QObject::connect(actionP, &QAction::triggered, &menu, [pref](bool onB) { gApp->Prefs().SetBool(pref, onB); });
     return *actionP;
 }
 
@@ -53,24 +54,19 @@ void FillDisplayMenu(QMenu& menu, XVideoWindow& window) {
 namespace {
 
 void AddShapes(QMenu& menu) {
-    constexpr const char* kWide = "16x9 aspect ratio";
-    constexpr const char* kNarrow = "4x3 aspect ratio";
     QMenu* const shapesP = menu.addMenu(Words("&Shape of the Picture"));
     auto* const groupP = new QActionGroup(shapesP);
-    const bool wideB = gApp->Prefs().GetBool(kWide), narrowB = !wideB && gApp->Prefs().GetBool(kNarrow);
-    const auto add = [&](const char* textZ, bool setWideB, bool setNarrowB) {
+    const FrameShape now = ReadFrameShape(gApp->Prefs());
+    const auto add = [&](const char* textZ, FrameShape shape) {
         QAction* const actionP = shapesP->addAction(Words(textZ));
         actionP->setCheckable(true);
-        actionP->setChecked(setWideB == wideB && setNarrowB == narrowB);
+        actionP->setChecked(shape == now);
         groupP->addAction(actionP);
-        QObject::connect(actionP, &QAction::triggered, shapesP, [=] {
-            gApp->Prefs().Set(kWide, CCFValue(setWideB));
-            gApp->Prefs().Set(kNarrow, CCFValue(setNarrowB));
-        });
+        QObject::connect(actionP, &QAction::triggered, shapesP, [shape] { KeepFrameShape(gApp->Prefs(), shape); });
     };
-    add("Its own", false, false);
-    add("4:3", false, true);
-    add("16:9", true, false);
+    add("Its own", FrameShape::kPicture);
+    add("4:3", FrameShape::k4x3);
+    add("16:9", FrameShape::k16x9);
 }
 
 void AddBreakPicture(QMenu& menu, XVideoWindow& window) {
@@ -78,15 +74,15 @@ void AddBreakPicture(QMenu& menu, XVideoWindow& window) {
     QAction* const chooseP = menu.addAction(Words("&Picture Between Songs…"));
     QObject::connect(chooseP, &QAction::triggered, &window, [&window] { ChooseBreakPicture(window, gApp->Prefs()); });
     QAction* const noneP = menu.addAction(Words("&No Picture Between Songs"));
-    noneP->setEnabled(!gApp->Prefs().GetString(kBreak_PreferenceZ).Empty());
+    noneP->setEnabled(!gApp->Prefs().GetString(kPref_BreakPicture).Empty());
     QObject::connect(noneP, &QAction::triggered, &window,
-                     [] { gApp->Prefs().Set(kBreak_PreferenceZ, CCFValue(SuperString())); });
+                     [] { gApp->Prefs().SetString(kPref_BreakPicture, SuperString()); });
 }
 
 }   // namespace
 
 void ChooseBreakPicture(QWidget& parent, CPreferences& prefs, std::function<void()> chosen) {
-    QString now = QtText(prefs.GetString(kBreak_PreferenceZ));
+    QString now = QtText(prefs.GetString(kPref_BreakPicture));
     if (now.isEmpty()) now = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
     auto* const dialogP = MakeFileDialog(&parent, Words("Picture Between Songs"), {});
     dialogP->setFileMode(QFileDialog::ExistingFile);
@@ -97,7 +93,7 @@ void ChooseBreakPicture(QWidget& parent, CPreferences& prefs, std::function<void
     dialogP->setDirectory(info.isDir() ? now : info.path());
     if (!info.isDir()) dialogP->selectFile(info.fileName());
     ShowFileDialog(*dialogP, [&prefs, chosen = std::move(chosen)](const QStringList& files) {
-        prefs.Set(kBreak_PreferenceZ, CCFValue(SuperString(files.front().toStdString())));
+        prefs.SetString(kPref_BreakPicture, SuperString(files.front().toStdString()));
         if (chosen) chosen();
     });
 }

@@ -37,10 +37,10 @@
 
 namespace {
 
-constexpr const char* kSidebar_PreferenceZ = "Sources Panel Width";
-constexpr const char* kPreview_PreferenceZ = "Show Artwork Panel";
-constexpr const char* kPreviewHeight_PreferenceZ = "Artwork Panel height";
-constexpr const char* kTime_PreferenceZ = "Time display: (0=elapsed, 1=remain)";
+constexpr LongPref kPref_Sidebar = "Sources Panel Width";
+constexpr BoolPref kPref_Preview = "Show Artwork Panel";
+constexpr LongPref kPref_PreviewHeight = "Artwork Panel height";
+constexpr LongPref kPref_TimeDisplay = "Time display: (0=elapsed, 1=remain)";
 constexpr int kSidebar_Least = 150, kSidebar_Most = 480;
 constexpr int kTyping_Milliseconds = 120;   // a word is typed faster than this
 constexpr int kMessage_Milliseconds = 5000;
@@ -70,7 +70,7 @@ void Raise(QPointer<Dialog>& dialogP, Make&& make) {
 }   // namespace
 
 XBrowserWindow::XBrowserWindow(BrowserSetup setup) : i_setup(std::move(setup)) {
-    i_keys.FromDictionary(i_setup.prefs.GetDictionary(CKeyMap::kPreferenceZ));
+    i_keys.FromDictionary(i_setup.prefs.GetDictionary("Key Map"));
     i_actions = std::make_unique<XActions>(i_keys);
     i_model = std::make_unique<CSongTableModel>(i_setup.database);
     setObjectName("browser");
@@ -88,8 +88,7 @@ XBrowserWindow::XBrowserWindow(BrowserSetup setup) : i_setup(std::move(setup)) {
     i_splitterP->addWidget(MakeSongs());
     i_splitterP->setStretchFactor(0, 0);
     i_splitterP->setStretchFactor(1, 1);
-    const int sidebar =
-        std::clamp<int>(i_setup.prefs.GetLong(kSidebar_PreferenceZ, 185), kSidebar_Least, kSidebar_Most);
+    const int sidebar = std::clamp<int>(i_setup.prefs.GetLong(kPref_Sidebar), kSidebar_Least, kSidebar_Most);
     i_splitterP->setSizes({sidebar, width() - sidebar});
     auto* const centralP = new QWidget;
     auto* const columnP = new QVBoxLayout(centralP);
@@ -154,7 +153,7 @@ QWidget* XBrowserWindow::MakeSidebar() {
     i_sideP->addWidget(upperP);
     i_sideP->setStretchFactor(0, 1);
     connect(i_sideP, &QSplitter::splitterMoved, this, [this] {
-        if (i_previewP != nullptr) i_setup.prefs.Set(kPreviewHeight_PreferenceZ, CCFValue(i_previewP->height()));
+        if (i_previewP != nullptr) i_setup.prefs.SetLong(kPref_PreviewHeight, i_previewP->height());
     });
     columnP->addWidget(i_sideP);
     i_actions->Get(Command::kShowPreview).setVisible(i_setup.portsP != nullptr);
@@ -235,7 +234,7 @@ void XBrowserWindow::MakeStatus() {
 }
 
 void XBrowserWindow::FollowPreferences() {
-    i_actions->SetSingleKeys(i_setup.prefs.GetBool("Single-key commands", false));
+    i_actions->SetSingleKeys(i_setup.prefs.GetBool("Single-key commands"));
     const int points = std::clamp<int>(i_setup.prefs.GetBrowserFontSize(), kFont_Least, kFont_Most);
     if (i_tableP->font().pointSize() != points) {
         QFont font = i_tableP->font();
@@ -244,12 +243,12 @@ void XBrowserWindow::FollowPreferences() {
         font.setPointSize(std::min(points, kFont_MostBeside));   // the column beside is narrow
         i_sourcesP->setFont(font);
     }
-    const bool namesB = i_setup.prefs.GetBool("Allow Name Editing", true);
+    const bool namesB = i_setup.prefs.GetBool("Allow Name Editing");
     i_model->SetNamesLocked(!namesB);
     i_sourcesP->SetNamesLocked(!namesB);
     EnableList();
-    i_tableP->SetEditWait(i_setup.prefs.GetFloat("Seconds to wait after click to edit", 0.75));
-    i_transportP->SetTimeDisplay(i_setup.prefs.GetLong(kTime_PreferenceZ, 0) == 1);
+    i_tableP->SetEditWait(i_setup.prefs.GetFloat("Seconds to wait after click to edit"));
+    i_transportP->SetTimeDisplay(i_setup.prefs.GetLong(kPref_TimeDisplay) == 1);
     ShowPreview();
 }
 
@@ -261,14 +260,14 @@ void XBrowserWindow::EnableList() {
 }
 
 void XBrowserWindow::ShowPreview() {
-    const bool onB = i_setup.prefs.GetBool(kPreview_PreferenceZ);
+    const bool onB = i_setup.prefs.GetBool(kPref_Preview);
     i_actions->Get(Command::kShowPreview).setChecked(onB);
     const bool shownB = onB && height() >= kWindow_Low;
     if (i_previewP == nullptr || !isVisible() || shownB == !i_previewP->isHidden()) return;
     i_previewP->setVisible(shownB);
     if (!shownB) return;
     const int all = i_sideP->height();
-    const int own = std::clamp<int>(i_setup.prefs.GetLong(kPreviewHeight_PreferenceZ, 133), i_previewP->minimumHeight(),
+    const int own = std::clamp<int>(i_setup.prefs.GetLong(kPref_PreviewHeight), i_previewP->minimumHeight(),
                                     std::max(i_previewP->minimumHeight(), all / 2));
     i_sideP->setSizes({all - own, own});
 }
@@ -305,7 +304,7 @@ void XBrowserWindow::Connect() {
     i_actions->On(kOpenFolder, [this] { AskForFolder(); });
     i_actions->Get(kShowPreview).setCheckable(true);
     i_actions->On(kShowPreview, [this] {
-        i_setup.prefs.Set(kPreview_PreferenceZ, CCFValue(i_actions->Get(kShowPreview).isChecked()));
+        i_setup.prefs.SetBool(kPref_Preview, i_actions->Get(kShowPreview).isChecked());
         ShowPreview();
     });
     i_actions->On(kAbout, [this] { ShowAbout(*this); });
@@ -316,7 +315,7 @@ void XBrowserWindow::Connect() {
 
     connect(i_transportP, &XTransport::PlayTold, this, &XBrowserWindow::PlayTold);
     connect(i_transportP, &XTransport::TimeDisplayChosen, this, [this](bool leftB) {
-        i_setup.prefs.Set(kTime_PreferenceZ, CCFValue(leftB ? 1 : 0));
+        i_setup.prefs.SetLong(kPref_TimeDisplay, leftB ? 1 : 0);
         i_transportP->SetTimeDisplay(leftB);
     });
     connect(i_transportP, &XTransport::Message, this, &XBrowserWindow::SetStatus);
@@ -372,7 +371,7 @@ void XBrowserWindow::ShowList(PlaylistID list) {
 void XBrowserWindow::Filter() {
     i_typing.stop();
     i_model->SetFilter(
-        CTextFilter(i_searchP->text().toStdString(), i_setup.prefs.GetBool("Diacritic Insensitive Searching", true)));
+        CTextFilter(i_searchP->text().toStdString(), i_setup.prefs.GetBool("Diacritic Insensitive Searching")));
 }
 
 void XBrowserWindow::ShowState() {
@@ -522,7 +521,7 @@ void XBrowserWindow::Escape() {
 
 void XBrowserWindow::SavePlaces() {
     i_tableP->SaveColumns();
-    if (!i_splitterP->sizes().empty()) i_setup.prefs.Set(kSidebar_PreferenceZ, CCFValue(i_splitterP->sizes().front()));
+    if (!i_splitterP->sizes().empty()) i_setup.prefs.SetLong(kPref_Sidebar, i_splitterP->sizes().front());
 }
 
 void XBrowserWindow::showEvent(QShowEvent* eventP) {

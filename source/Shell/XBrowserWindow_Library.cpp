@@ -21,7 +21,7 @@
 #include "Zip/CZipSongMembers.h"
 
 namespace {
-constexpr const char* kAddFrom_PreferenceZ = "Add Files Folder";   // where the user added from the last time
+constexpr StringPref kPref_AddFolder = "Add Files Folder";   // where the user added from the last time
 
 /** What the dialog shows of a folder: files of some kinds, each by its endings in small letters and in capitals. */
 constexpr struct {
@@ -55,7 +55,7 @@ QStringList SongFileFilters(bool midiB) {
 }   // namespace
 
 QString XBrowserWindow::FolderToAddFrom() const {
-    const QString kept = QtText(i_setup.prefs.GetString(kAddFrom_PreferenceZ));
+    const QString kept = QtText(i_setup.prefs.GetString(kPref_AddFolder));
     return !kept.isEmpty() && QFileInfo(kept).isDir() ? kept : QString::fromStdString(CFolders::Music().string());
 }
 
@@ -66,7 +66,7 @@ void XBrowserWindow::AskForFiles() {
     dialogP->setOption(QFileDialog::HideNameFilterDetails);
     ShowFileDialog(*dialogP, [this, list = i_model->ListID()](const QStringList& files) {
         const std::string folder = QFileInfo(files.front()).path().toStdString();
-        i_setup.prefs.Set(kAddFrom_PreferenceZ, CCFValue(SuperString(folder)));
+        i_setup.prefs.SetString(kPref_AddFolder, SuperString(folder));
         AddFiles(files, list, SDB_Index_END);
     });
 }
@@ -77,7 +77,7 @@ void XBrowserWindow::AskForFolder() {
     dialogP->setOption(QFileDialog::ShowDirsOnly);
     ShowFileDialog(*dialogP, [this, list = i_model->ListID()](const QStringList& folders) {
         const std::string above = QFileInfo(folders.front()).path().toStdString();
-        i_setup.prefs.Set(kAddFrom_PreferenceZ, CCFValue(SuperString(above)));
+        i_setup.prefs.SetString(kPref_AddFolder, SuperString(above));
         AddFiles(folders, list, SDB_Index_END);
     });
 }
@@ -114,7 +114,7 @@ void XBrowserWindow::ShowAdded(SongID song) {
     if (songP == nullptr) return;
     i_model->Settle();
     if (i_model->ListID() == kPlaylistID_Library) i_tableP->SelectItem(songP->LibraryItem());
-    const bool playB = i_setup.prefs.GetBool("Auto-play when you add single song to Library", true);
+    const bool playB = i_setup.prefs.GetBool("Auto-play when you add single song to Library");
     if (playB && i_setup.play.State() == PlayState::kIdle)
         (void)i_setup.play.Play(kPlaylistID_Library, songP->LibraryItem());
 }
@@ -134,7 +134,7 @@ void XBrowserWindow::ConnectLibrary() {
         };
     };
     i_actions->On(kRemoveFromList, onSelected([&, this](const SDB_Selection& rows) {
-                      const bool warnB = i_setup.prefs.GetBool("warn about deleting last song", true);
+                      const bool warnB = i_setup.prefs.GetBool("warn about deleting last song");
                       return commands.DeleteTracks(rows, CLibraryCommands::WarnLast{warnB});
                   }));
     i_actions->On(kRemoveFromLibrary,

@@ -10,7 +10,6 @@
 #include <QVBoxLayout>
 
 #include "Values/CPreferences.h"
-#include "Values/PreferenceTable.h"
 #include "Widgets/QtText.h"
 #include "Widgets/XNumberBox.h"
 
@@ -39,7 +38,8 @@ QWidget* WithWords(QWidget* widgetP, const char* wordsZ, int indent) {
     return groupP;
 }
 
-QString LabelOf(const PreferenceRow& row) { return row.labelZ != nullptr ? row.labelZ : row.keyZ; }
+QString KeyOf(const PreferenceRow& row) { return QtText(row.pref.Row()->key); }
+QString LabelOf(const PreferenceRow& row) { return row.labelZ != nullptr ? row.labelZ : KeyOf(row); }
 
 }   // namespace
 
@@ -61,23 +61,34 @@ XPreferencePage::XPreferencePage(CPreferences& prefs) : i_prefs(prefs), i_formP(
 
 void XPreferencePage::Add(std::span<const PreferenceRow> rows) {
     for (const PreferenceRow& row : rows) {
-        if (row.keyZ == nullptr) {
+        const PrefRow* const prefP = row.pref.Row();
+        if (prefP == nullptr) {
             AddHeading(row.labelZ);
             continue;
         }
-        const PrefRow* const knownP = FindPreference(row.keyZ);
-        switch (knownP == nullptr ? CFType::kBool : knownP->type) {
-            case CFType::kInteger:
-                row.choices.empty() ? AddNumber(row, true) : AddChoice(row);
+        switch (prefP->type) {
+            case CFType::kInteger: {
+                const LongPref pref(*prefP);
+                if (!row.choices.empty())
+                    AddChoice(row, pref);
+                else
+                    AddNumber(
+                        row, [this, pref] { return i_prefs.GetLong(pref); },
+                        [this, pref](double value) { i_prefs.SetLong(pref, std::lround(value)); });
                 break;
-            case CFType::kFloat:
-                AddNumber(row, false);
+            }
+            case CFType::kFloat: {
+                const FloatPref pref(*prefP);
+                AddNumber(
+                    row, [this, pref] { return i_prefs.GetFloat(pref); },
+                    [this, pref](double value) { i_prefs.SetFloat(pref, value); });
                 break;
+            }
             case CFType::kString:
-                AddText(row);
+                AddText(row, StringPref(*prefP));
                 break;
             default:
-                AddSwitch(row);
+                AddSwitch(row, BoolPref(*prefP));
         }
     }
 }
@@ -109,66 +120,60 @@ void XPreferencePage::ShowValues() {
     for (const auto& show : i_shows) show();
 }
 
-void XPreferencePage::AddSwitch(const PreferenceRow& row) {
+void XPreferencePage::AddSwitch(const PreferenceRow& row, BoolPref pref) {
     auto* const boxP = new QCheckBox(LabelOf(row).replace('&', "&&"));
-    boxP->setObjectName(row.keyZ);
+    boxP->setObjectName(KeyOf(row));
     boxP->setAccessibleName(LabelOf(row));
     boxP->setAccessibleDescription(row.wordsZ != nullptr ? row.wordsZ : tr("On or off"));
     i_formP->addRow(WithWords(boxP, row.wordsZ, kWords_Indent));
-    OnShow([this, boxP, row] {
+    OnShow([this, boxP, pref] {
         const QSignalBlocker quiet(boxP);
-        boxP->setChecked(i_prefs.GetBool(row.keyZ, row.onB));
+        boxP->setChecked(i_prefs.GetBool(pref));
     });
-    connect(boxP, &QCheckBox::toggled, this, [this, keyZ = row.keyZ](bool onB) { i_prefs.Set(keyZ, CCFValue(onB)); });
+    connect(boxP, &QCheckBox::toggled, this, [this, pref](bool onB) { i_prefs.SetBool(pref, onB); });
 }
 
-void XPreferencePage::AddChoice(const PreferenceRow& row) {
+void XPreferencePage::AddChoice(const PreferenceRow& row, LongPref pref) {
     auto* const boxP = new QComboBox;
-    boxP->setObjectName(row.keyZ);
+    boxP->setObjectName(KeyOf(row));
     for (const char* const choiceZ : row.choices) boxP->addItem(choiceZ);
-    boxP->setAccessibleDescription(row.wordsZ != nullptr ? row.wordsZ : row.keyZ);
+    boxP->setAccessibleDescription(row.wordsZ != nullptr ? row.wordsZ : KeyOf(row));
     AddWidget(LabelOf(row), boxP, row.wordsZ);
-    OnShow([this, boxP, row] {
+    OnShow([this, boxP, pref] {
         const QSignalBlocker quiet(boxP);
-        boxP->setCurrentIndex(std::clamp<int>(i_prefs.GetLong(row.keyZ, 0), 0, boxP->count() - 1));
+        boxP->setCurrentIndex(std::clamp<int>(i_prefs.GetLong(pref), 0, boxP->count() - 1));
     });
-    connect(boxP, &QComboBox::currentIndexChanged, this,
-            [this, keyZ = row.keyZ](int choice) { i_prefs.Set(keyZ, CCFValue(choice)); });
+    connect(boxP, &QComboBox::currentIndexChanged, this, [this, pref](int choice) { i_prefs.SetLong(pref, choice); });
 }
 
-void XPreferencePage::AddNumber(const PreferenceRow& row, bool wholeB) {
+void XPreferencePage::AddNumber(const PreferenceRow& row, const std::function<double()>& get,
+                                std::function<void(double)> set) {
     auto* const boxP = new XNumberBox;
-    boxP->setObjectName(row.keyZ);
+    boxP->setObjectName(KeyOf(row));
     boxP->setDecimals(row.decimals);
-    const PrefRow* const boundsP = FindPreference(row.keyZ);   // where the program has bounds, they are the box's
-    const bool boundB = boundsP != nullptr && std::isfinite(boundsP->least) && std::isfinite(boundsP->most);
-    boxP->setRange(boundB ? boundsP->least * row.scale : row.low, boundB ? boundsP->most * row.scale : row.high);
+    const PrefRow& bounds = *row.pref.Row();   // where the program has bounds, they are the box's
+    const bool boundB = std::isfinite(bounds.least) && std::isfinite(bounds.most);
+    boxP->setRange(boundB ? bounds.least * row.scale : row.low, boundB ? bounds.most * row.scale : row.high);
     boxP->setSingleStep(row.step);
     boxP->setSuffix(row.unitZ);
     boxP->setMinimumSize(110, kBox_Height);
-    boxP->setAccessibleDescription(row.wordsZ != nullptr ? row.wordsZ : row.keyZ);
+    boxP->setAccessibleDescription(row.wordsZ != nullptr ? row.wordsZ : KeyOf(row));
     AddWidget(LabelOf(row), boxP, row.wordsZ);
-    OnShow([this, boxP, row, wholeB] {
+    OnShow([boxP, get, scale = row.scale] {
         const QSignalBlocker quiet(boxP);
-        const double stored = wholeB ? i_prefs.GetLong(row.keyZ, 0) : i_prefs.GetFloat(row.keyZ, row.high / row.scale);
-        boxP->setValue(stored * row.scale);
+        boxP->setValue(get() * scale);
     });
-    connect(boxP, &QDoubleSpinBox::valueChanged, this, [this, row, wholeB](double shown) {
-        const double stored = shown / row.scale;
-        i_prefs.Set(row.keyZ, wholeB ? CCFValue(std::lround(stored)) : CCFValue(stored));
-    });
+    connect(boxP, &QDoubleSpinBox::valueChanged, this,
+            [set = std::move(set), scale = row.scale](double shown) { set(shown / scale); });
 }
 
-void XPreferencePage::AddText(const PreferenceRow& row) {
+void XPreferencePage::AddText(const PreferenceRow& row, StringPref pref) {
     auto* const fieldP = new QLineEdit;
-    fieldP->setObjectName(row.keyZ);
+    fieldP->setObjectName(KeyOf(row));
     fieldP->setMinimumSize(220, kBox_Height);
-    fieldP->setAccessibleDescription(row.wordsZ != nullptr ? row.wordsZ : row.keyZ);
+    fieldP->setAccessibleDescription(row.wordsZ != nullptr ? row.wordsZ : KeyOf(row));
     AddWidget(LabelOf(row), fieldP, row.wordsZ);
-    OnShow([this, fieldP, keyZ = row.keyZ] { fieldP->setText(QtText(i_prefs.GetString(keyZ))); });
-    connect(fieldP, &QLineEdit::editingFinished, this, [this, fieldP, row] {
-        const SuperString text(fieldP->text().toStdString());
-        if (text == i_prefs.GetString(row.keyZ)) return;
-        i_prefs.Set(row.keyZ, CCFValue(text));
-    });
+    OnShow([this, fieldP, pref] { fieldP->setText(QtText(i_prefs.GetString(pref))); });
+    connect(fieldP, &QLineEdit::editingFinished, this,
+            [this, fieldP, pref] { i_prefs.SetString(pref, SuperString(fieldP->text().toStdString())); });
 }

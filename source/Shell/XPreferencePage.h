@@ -4,20 +4,20 @@
 #include <span>
 #include <vector>
 
+#include "Values/PreferenceTable.h"
+
 class CPreferences;
 class QFormLayout;
 
-/** One control of a page of the preferences. It carries the key that it edits; what kind of control that is follows from
-    the type of the key's value. */
+/** One control of a page of the preferences; what kind of control that is follows from the type of its preference. */
 struct PreferenceRow {
-    const char* keyZ = nullptr;     // null: a heading, whose words are the label
+    AnyPref pref = {};              // none: a heading, whose words are the label
     const char* labelZ = nullptr;   // null: the key itself
     const char* wordsZ = nullptr;   // one line more, beneath
     // Of numbers, as they are shown: the stored value times `scale`.
     double low = 0, high = 0, step = 1, scale = 1;
     int decimals = 0;
     const char* unitZ = "";
-    bool onB = false;                            // a switch that is not stored
     std::span<const char* const> choices = {};   // words for the numbers from 0 on
 };
 
@@ -39,10 +39,11 @@ public:
     void ShowValues();
 
 private:
-    void AddSwitch(const PreferenceRow& row);
-    void AddChoice(const PreferenceRow& row);
-    void AddNumber(const PreferenceRow& row, bool wholeB);
-    void AddText(const PreferenceRow& row);
+    void AddSwitch(const PreferenceRow& row, BoolPref pref);
+    void AddChoice(const PreferenceRow& row, LongPref pref);
+    /** `get` and `set` are in units of what is stored. */
+    void AddNumber(const PreferenceRow& row, const std::function<double()>& get, std::function<void(double)> set);
+    void AddText(const PreferenceRow& row, StringPref pref);
 
     CPreferences& i_prefs;
     QFormLayout* i_formP;   // a child

@@ -11,6 +11,7 @@
 
 #include "App/CBreakScreen.h"
 #include "Play/CPlayControl.h"
+#include "Shell/FrameShapeChoice.h"
 #include "Shell/VideoWindowMenu.h"
 #include "Shell/XActions.h"
 #include "Shell/XKeysPage.h"
@@ -59,7 +60,7 @@ constexpr PreferenceRow kVideoDuring[] = {
 constexpr const char* kDrawings[] = {"The graphics card, if there is one", "The processor", "OpenGL"};
 constexpr PreferenceRow kVideoPicture[] = {
     {"Use hq4x upscaling (fast computers only)", nullptr, "Smooth letters on a large screen; from the next song on."},
-    {.keyZ = CGraphicsCard::kPreferenceZ,
+    {.pref = "Video Drawing (0=automatic, 1=processor, 2=OpenGL)",
      .labelZ = "Drawn by",
      .wordsZ = "From the next start on.",
      .choices = kDrawings},
@@ -89,28 +90,27 @@ constexpr PreferenceRow kLibrary[] = {
     {"Allow Name Editing", "Names can be edited in the lists", "Off: of songs and of lists, whoever clicks on them."},
     {"Seconds to wait after click to edit", "A second, slow click edits after", nullptr, 0.5, 10, 0.25, 1, 2, " s"},
     {.labelZ = "Warnings"},
-    {.keyZ = "Warn if there is a problem updating meta", .onB = true},
+    {"Warn if there is a problem updating meta"},
     {"Warn if there is a possibly corrupted MP3"},
     {"warn about deleting last song", "Warn before a list gets empty"},
     {.labelZ = "Cache"},
     {"Number of cached songs", "Songs kept at hand", "Their graphics lie unpacked in the cache folder.", 0, 10000},
 };
 
+constexpr LongPref kPref_Look = "Look (0=desktop, 1=dark, 2=light)";
 constexpr const char* kLooks[] = {"Like the desktop", "Dark", "Light"};
 constexpr const char* kTimes[] = {"How long the song has played", "What is left of it"};
 constexpr PreferenceRow kLook[] = {
-    {.keyZ = XLook::kPreferenceZ,
+    {.pref = "Look (0=desktop, 1=dark, 2=light)",
      .labelZ = "Look",
      .wordsZ = "Of the windows; not of the pictures.",
      .choices = kLooks},
     {"Show Artwork Panel", "Preview", "In the main window: what the room sees, or the cover of the song."},
-    {.keyZ = "Time display: (0=elapsed, 1=remain)", .labelZ = "The time that stands out", .choices = kTimes},
+    {.pref = "Time display: (0=elapsed, 1=remain)", .labelZ = "The time that stands out", .choices = kTimes},
     {"Browser Font Size", "Text of the lists", "In points.", 8, 32, 1, 1, 0, " pt"},
 };
 
-constexpr const char* kPage_PreferenceZ = "Selected Pref Resource ID";
-constexpr const char* kShape_Wide = "16x9 aspect ratio";
-constexpr const char* kShape_Narrow = "4x3 aspect ratio";
+constexpr LongPref kPref_Page = "Selected Pref Resource ID";
 
 }   // namespace
 
@@ -134,9 +134,8 @@ XPreferencesWindow::XPreferencesWindow(CPreferences& prefs, CPlayControl& play, 
     columnP->addWidget(i_tabsP, 1);
     columnP->addWidget(buttonsP);
     buttonsP->setContentsMargins(0, 0, 16, 0);
-    i_tabsP->setCurrentIndex(i_prefs.GetLong(kPage_PreferenceZ, 0));   // where the user was the last time
-    connect(i_tabsP, &QTabWidget::currentChanged, this,
-            [this](int page) { i_prefs.Set(kPage_PreferenceZ, CCFValue(page)); });
+    i_tabsP->setCurrentIndex(i_prefs.GetLong(kPref_Page));   // where the user was the last time
+    connect(i_tabsP, &QTabWidget::currentChanged, this, [this](int page) { i_prefs.SetLong(kPref_Page, page); });
     resize(720, 640);
     (void)CWindowPlace::Of(*this);   // it fits the display with its frame
 }
@@ -156,9 +155,11 @@ void XPreferencesWindow::MakeVideo() {
     page.AddHeading(tr("The window"));
     const auto addIfAble = [&](const PreferenceRow& row, bool ableB) {
         page.Add({&row, 1});
+        const PrefRow& pref = *row.pref.Row();
         // What is on can always be turned off.
-        if (auto* const controlP = page.findChild<QWidget*>(row.keyZ); controlP != nullptr)
-            controlP->setEnabled(ableB || i_prefs.GetBool(row.keyZ));
+        const bool onB = pref.type == CFType::kBool && i_prefs.GetBool(BoolPref(pref));
+        if (auto* const controlP = page.findChild<QWidget*>(QtText(pref.key)); controlP != nullptr)
+            controlP->setEnabled(ableB || onB);
     };
     addIfAble({"Always on top"}, abilities.onTopB);
     addIfAble({"Transparent Video Window", nullptr, "What is behind it shines through the colour of the border."},
@@ -173,12 +174,10 @@ void XPreferencesWindow::MakeVideo() {
     page.AddWidget(tr("Shape"), shapeP);
     page.OnShow([this, shapeP] {
         const QSignalBlocker quiet(shapeP);
-        shapeP->setCurrentIndex(i_prefs.GetBool(kShape_Wide) ? 2 : i_prefs.GetBool(kShape_Narrow) ? 1 : 0);
+        shapeP->setCurrentIndex(static_cast<int>(ReadFrameShape(i_prefs)));
     });
-    connect(shapeP, &QComboBox::currentIndexChanged, this, [this](int shape) {
-        i_prefs.Set(kShape_Wide, CCFValue(shape == 2));
-        i_prefs.Set(kShape_Narrow, CCFValue(shape == 1));
-    });
+    connect(shapeP, &QComboBox::currentIndexChanged, this,
+            [this](int shape) { KeepFrameShape(i_prefs, static_cast<FrameShape>(shape)); });
     page.Add(kVideoPicture);
 
     page.AddHeading(tr("Between songs"));
@@ -197,7 +196,7 @@ void XPreferencesWindow::MakeVideo() {
     for (QWidget* const partP : std::initializer_list<QWidget*>{nameP, chooseP, noneP}) boxP->addWidget(partP);
     page.AddWidget(tr("Picture"), rowP);
     const auto show = [this, nameP, noneP] {
-        const QString path = QtText(i_prefs.GetString(kBreak_PreferenceZ));
+        const QString path = QtText(i_prefs.GetString(kPref_BreakPicture));
         nameP->SetText(path.isEmpty() ? tr("None: black") : path.section('/', -1));
         nameP->setToolTip(PlainToolTip(path));
         noneP->setEnabled(!path.isEmpty());
@@ -208,7 +207,7 @@ void XPreferencesWindow::MakeVideo() {
         ChooseBreakPicture(*this, i_prefs, show);   // the dialog goes with this window
     });
     connect(noneP, &QPushButton::clicked, this, [this, show] {
-        i_prefs.Set(kBreak_PreferenceZ, CCFValue(SuperString()));
+        i_prefs.SetString(kPref_BreakPicture, SuperString());
         show();
     });
 }
@@ -220,7 +219,7 @@ void XPreferencesWindow::MakeSound() {
     page.AddWidget({}, panelP);
     page.AddHeading(tr("Level"));
     page.Add({&kOneLevel, 1});
-    connect(page.findChild<QAbstractButton*>(kOneLevel.keyZ), &QAbstractButton::toggled, this,
+    connect(page.findChild<QAbstractButton*>(QtText(kOneLevel.pref.Row()->key)), &QAbstractButton::toggled, this,
             [this](bool onB) { i_play.SetOneLevel(onB); });
     page.Add(kSound);
 }
@@ -228,9 +227,10 @@ void XPreferencesWindow::MakeSound() {
 void XPreferencesWindow::MakeLook() {
     XPreferencePage& page = *MakePage(tr("Look"));
     page.Add(kLook);
-    connect(page.findChild<QComboBox*>(XLook::kPreferenceZ), &QComboBox::currentIndexChanged, this, [](int choice) {
-        if (XLook* const xP = XLook::Get(); xP != nullptr) xP->Choose(static_cast<XLook::Choice>(choice));
-    });
+    connect(page.findChild<QComboBox*>(QtText(kPref_Look.Key())), &QComboBox::currentIndexChanged, this,
+            [](int choice) {
+                if (XLook* const xP = XLook::Get(); xP != nullptr) xP->Choose(static_cast<XLook::Choice>(choice));
+            });
 }
 
 void XPreferencesWindow::MakeKeys() {
@@ -240,7 +240,7 @@ void XPreferencesWindow::MakeKeys() {
     connect(keysP, &XKeysPage::MapChanged, this, [this, keysP] {
         i_actions.Keys() = keysP->Map();
         i_actions.KeysChanged();
-        i_prefs.Set(CKeyMap::kPreferenceZ, CCFValue(i_actions.Keys().ToDictionary()));
+        i_prefs.SetDictionary("Key Map", i_actions.Keys().ToDictionary());
     });
 }
 

@@ -20,9 +20,9 @@
 
 namespace {
 
-constexpr const char* kColumns_PreferenceZ = "Browser Columns";          // of the library
-constexpr const char* kDefaultColumns_PreferenceZ = "Default Columns";   // of lists without any of their own
-constexpr int kColumns_Milliseconds = 1000;                              // a drag is over
+constexpr DictionaryPref kPref_Columns = "Browser Columns";          // of the library
+constexpr DictionaryPref kPref_DefaultColumns = "Default Columns";   // of lists without any of their own
+constexpr int kColumns_Milliseconds = 1000;                          // a drag is over
 constexpr int kRow_Height = 30, kRow_Margin = 12, kTitle_MostPoints = 12;
 constexpr double kEditWait_MostT = 10;                     // seconds
 constexpr quint64 kAfterDoubleClick_Milliseconds = 2000;   // so long a click on its row edits nothing
@@ -131,9 +131,9 @@ void XSongTable::LoadColumns() {
     const CPlayList* const listP = i_model.List();
     CCFDictionary kept = listP == nullptr ? CCFDictionary() : listP->Columns();
     const bool libraryB = i_model.ListID() == kPlaylistID_Library;
-    for (const char* const keyZ : {libraryB ? kColumns_PreferenceZ : kDefaultColumns_PreferenceZ,
-                                   libraryB ? kDefaultColumns_PreferenceZ : kColumns_PreferenceZ})
-        if (kept.GetArray("Order").empty()) kept = i_prefs.GetDictionary(keyZ);
+    for (const DictionaryPref pref :
+         {libraryB ? kPref_Columns : kPref_DefaultColumns, libraryB ? kPref_DefaultColumns : kPref_Columns})
+        if (kept.GetArray("Order").empty()) kept = i_prefs.GetDictionary(pref);
     i_columnsOf = i_model.ListID();
     std::vector<MetaKey> columns;
     for (const CCFValue& value : kept.GetArray("Order"))
@@ -202,7 +202,7 @@ void XSongTable::SaveColumns() {
     CPlayList* const listP = i_model.List();
     if (now == i_keptColumns || listP == nullptr || i_columnsOf != i_model.ListID()) return;
     i_keptColumns = now;
-    if (i_columnsOf == kPlaylistID_Library) return i_prefs.Set(kColumns_PreferenceZ, CCFValue(now));
+    if (i_columnsOf == kPlaylistID_Library) return i_prefs.SetDictionary(kPref_Columns, now);
     CCFDictionary columns = listP->Columns();   // with what others may keep there
     for (const auto& [name, value] : now) columns.Set(name, value);
     listP->SetColumns(std::move(columns));
@@ -217,8 +217,7 @@ void XSongTable::FillColumnMenu(QMenu& menu) {
     }
     menu.addSeparator();
     QAction* const newP = menu.addAction(tr("Use These Columns for New Lists"));
-    connect(newP, &QAction::triggered, this,
-            [this] { i_prefs.Set(kDefaultColumns_PreferenceZ, CCFValue(ColumnsNow())); });
+    connect(newP, &QAction::triggered, this, [this] { i_prefs.SetDictionary(kPref_DefaultColumns, ColumnsNow()); });
 }
 
 void XSongTable::AddColumnAction(QMenu& menu, MetaKey key) {

@@ -8,7 +8,7 @@
 #include "Files/FSrFolders.h"
 #include "Files/FSrObjects.h"
 #include "Library/CSongDatabase.h"
-#include "SongFiles/CallOnDatabase.h"
+#include "Threads/CallOnMain.h"
 #include "Zip/CByteSource_Zip.h"
 #include "Zip/CZipArchive.h"
 #include "Zip/CZipSongMembers.h"
@@ -57,7 +57,7 @@ bool CSongUnpacker::Find(SongID song, const FileInfo& zip, UnpackedSong& unpacke
 
 OSErr CSongUnpacker::Unpack(SongID song, UnpackedSong& unpacked) {
     std::optional<CSongFiles> files;
-    const OSErr asked = CallOnDatabase("to unpack", i_databaseRef, [&](const CSongDatabase& database) {
+    const OSErr asked = CallOnMain("to unpack", i_databaseRef, [&](const CSongDatabase& database) {
         files = CSongFiles::Of(database, song);   // by the folders of now
         return noErr;
     });
@@ -86,7 +86,7 @@ OSErr CSongUnpacker::Unpack(SongID song, UnpackedSong& unpacked) {
     const CFileRef folder = entryRef->folderP->Ref();
     std::shared_ptr<const Entry> before = std::move(entryRef);   // the old folder goes after the lock
     i_entries.With([&](auto& entries) { entries[Number(song)].swap(before); });
-    return CallOnDatabase("unpacked", i_databaseRef, [&](const CSongDatabase& database) {
+    return CallOnMain("unpacked", i_databaseRef, [&](const CSongDatabase& database) {
         CSong* const songP = database.GetSong(song);
         if (songP == nullptr) return noErr;
         files->Store(*songP);

@@ -7,11 +7,13 @@
 #include "Platform/CClock.h"
 #include "Platform/CUserInterface.h"
 #include "Threads/ThreadInfo.h"
+#include "Values/PreferenceTable.h"
 
 namespace {
 
 struct WarningRow {
-    const char *listZ, *titleZ, *textZ, *preferenceZ;
+    const char *listZ, *titleZ, *textZ;
+    BoolPref preference;
     bool LibrarySettings::*onB;
 };
 constexpr WarningRow kWarnings[] = {
@@ -54,5 +56,5 @@ void CSongWarnings::Warn(SongWarning kind) {
     if (warnedT && nowT - *warnedT <= kWarnAgain_T) return;
     warnedT = nowT;
     CSongDatabaseHost& host = i_database.Host();   // which outlives the database
-    host.Notify(row.titleZ, row.textZ, "Do Not Warn Again", [&host, &row] { host.StopWarning(row.preferenceZ); });
+    host.Notify(row.titleZ, row.textZ, "Do Not Warn Again", [&host, &row] { host.StopWarning(row.preference); });
 }

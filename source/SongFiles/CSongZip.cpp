@@ -7,9 +7,9 @@
 #include "Library/CSongDatabase.h"
 #include "Library/FileSystemName.h"
 #include "Library/SongFileTypes.h"
-#include "SongFiles/CallOnDatabase.h"
 #include "SongFiles/CSongFileWork.h"
 #include "SongFiles/SongFolders.h"
+#include "Threads/CallOnMain.h"
 
 namespace {
 
@@ -59,7 +59,7 @@ OSErr CSongZip::Run() {
     if (i_enclosure.IsMade()) {
         (void)LogStep(i_enclosure.Delete(), "deleting temp enclosure");
         Log("setting temp zip ref to NULL");
-        (void)CallOnDatabase("temp zip", i_world.databaseRef, [this](const CSongDatabase& database) {
+        (void)CallOnMain("temp zip", i_world.databaseRef, [this](const CSongDatabase& database) {
             CSong* const songP = database.GetSong(i_song);
             return songP == nullptr ? noErr : songP->SetFile(SDB_SongFile_TEMP_ZIP, CFileRef());
         });
@@ -101,7 +101,7 @@ OSErr CSongZip::Prepare() {
     }
     OSErr err = VerifyAudio(i_files->Ref(SDB_SongFile_AUDIO));
     if (Failed(LogStep(err, "verifying before copying meta", i_files->Ref(SDB_SongFile_AUDIO).GetPath()))) {
-        (void)CallOnDatabase("corrupt sound", i_world.databaseRef, [this](CSongDatabase& database) {
+        (void)CallOnMain("corrupt sound", i_world.databaseRef, [this](CSongDatabase& database) {
             if (database.GetSong(i_song) != nullptr)
                 CSongFileWork::Of(database).Warnings().Add(SongWarning::kCorruptMP3, i_song);
             return noErr;

@@ -7,6 +7,7 @@
 #include "Platform/CClock.h"
 #include "SongFiles/CSongFileWork.h"
 #include "SongFiles/MakeSongOfFiles.h"
+#include "Threads/CallOnMain.h"
 
 namespace {
 
@@ -20,18 +21,6 @@ constexpr std::size_t kEnter_Block =
 constexpr double kEnter_EveryT = 2;   // in the course of it: what was made is saved soon
 
 }   // namespace
-
-class CT_AddFiles::CMainThread_AddSong final : public CMainThreadProc {
-public:
-    explicit CMainThread_AddSong(std::function<OSErr()> work)
-        : CMainThreadProc("add song", StackHeld::kYes), i_work(std::move(work)) {}
-
-protected:
-    OSErr Operate() override { return i_work(); }
-
-private:
-    const std::function<OSErr()> i_work;
-};
 
 CT_AddFiles::CT_AddFiles(CSongDatabase& database, std::vector<std::filesystem::path> paths, Done done)
     : CT_Preemptive("add files"),
@@ -65,11 +54,11 @@ OSErr CT_AddFiles::Operate(OSErr err) {
         const auto block = left.first(std::min(kMake_Block, left.size()));
         left = left.subspan(block.size());
         if (*i_stoppingRef || (viewP && viewP->IsCancelled())) return userCanceledErr;
-        const auto make = [&] { return MakeSongs(block); };
-        if (const OSErr made = CMainThread_AddSong(make).Call(CallMode::kWait); Failed(made)) return made;
+        if (const OSErr made = CallOnMain("CMainThread_AddSong", [&] { return MakeSongs(block); }); Failed(made))
+            return made;
     }
     while (i_enteredL < i_fresh.size())
-        if (const OSErr entered = CMainThread_AddSong([&] { return EnterSongs(kEnter_Block); }).Call(CallMode::kWait);
+        if (const OSErr entered = CallOnMain("CMainThread_AddSong", [&] { return EnterSongs(kEnter_Block); });
             Failed(entered))
             return entered;
     return noErr;

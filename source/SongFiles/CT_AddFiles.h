@@ -39,7 +39,6 @@ private:
     OSErr MakeSongs(std::span<const SongFileSet> sets);
     /** So many of the new songs enter the library's list, as one block. Main thread. */
     OSErr EnterSongs(std::size_t mostL);
-    class CMainThread_AddSong;
 
     CHandle<CSongDatabase> i_databaseRef;
     std::shared_ptr<CMutex_SongMap> i_songsRef;

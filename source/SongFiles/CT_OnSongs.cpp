@@ -1,6 +1,6 @@
 #include "SongFiles/CT_OnSongs.h"
 
-#include "SongFiles/CallOnDatabase.h"
+#include "Threads/CallOnMain.h"
 
 CT_OnSongs::CT_OnSongs(const char* nameZ, CSongDatabase& database, std::vector<SongID> songs, Done done)
     : CT_Preemptive(nameZ),
@@ -14,7 +14,7 @@ CT_OnSongs::CT_OnSongs(const char* nameZ, CSongDatabase& database, std::vector<S
 bool CT_OnSongs::IsCancelled() const { return *i_stoppingRef || (i_viewP && i_viewP->IsCancelled()); }
 
 OSErr CT_OnSongs::OnMain(const char* nameZ, const std::function<OSErr(CSongDatabase& database)>& work) {
-    return CallOnDatabase(nameZ, i_databaseRef, work);
+    return CallOnMain(nameZ, i_databaseRef, work);
 }
 
 OSErr CT_OnSongs::Operate(OSErr err) {

@@ -8,9 +8,9 @@
 #include "Files/FSrFolders.h"
 #include "Files/FSrObjects.h"
 #include "Library/CSongDatabase.h"
-#include "SongFiles/CallOnDatabase.h"
 #include "SongFiles/CSongFileWork.h"
 #include "SongFiles/SongFolders.h"
+#include "Threads/CallOnMain.h"
 #include "Threads/WaitMode.h"
 
 namespace {
@@ -68,7 +68,7 @@ OSErr CT_PurgeCache::Completion(OSErr err) {
 OSErr CT_PurgeCache::WaitForSaves() const {
     constexpr double kWait_T = 0.05;
     for (;;) {
-        const OSErr err = CallOnDatabase("purge cache", i_world.databaseRef, [](const CSongDatabase& database) {
+        const OSErr err = CallOnMain("purge cache", i_world.databaseRef, [](const CSongDatabase& database) {
             return database.Host().IsSaving() ? queueNotDoneErr : noErr;
         });
         if (err != queueNotDoneErr) return err;
@@ -122,7 +122,7 @@ OSErr CT_PurgeCache::Delete(const std::vector<Item>& items) {
     OSErr first = noErr;   // one file that stays keeps no other
     for (const Item& item : items) {
         // First the song: nobody shall find a place whose file is going. It may play since we began.
-        OSErr err = CallOnDatabase("purge cache", i_world.databaseRef, [&](const CSongDatabase& database) {
+        OSErr err = CallOnMain("purge cache", i_world.databaseRef, [&](const CSongDatabase& database) {
             if (Number(item.song) == 0) return noErr;
             if (database.PlayingSong() == item.song) return opWrErr;
             CSong* const songP = database.GetSong(item.song);
@@ -162,7 +162,7 @@ void CT_PurgeCache::CleanOrphans() {
         for (const SDB_SongFile type : kCached) {
             FileInfo info;
             if (orphan.Ref(type).IsEmpty() || FSrCheckFile(orphan.Ref(type), info) != fnfErr) continue;
-            (void)CallOnDatabase("purge cache", i_world.databaseRef, [&](const CSongDatabase& database) {
+            (void)CallOnMain("purge cache", i_world.databaseRef, [&](const CSongDatabase& database) {
                 CSong* const songP = database.GetSong(orphan.Song());
                 const bool sameB = songP != nullptr && songP->FileRef(type).GetPath() == orphan.Ref(type).GetPath();
                 return sameB ? songP->SetFile(type, CFileRef()) : noErr;

@@ -4,6 +4,7 @@
 
 #include "Platform/OSErr.h"
 #include "Threads/CSemaphore.h"
+#include "Threads/ThreadInfo.h"
 
 /** Where a call object lives: kNo is the heap, and it deletes itself once it is done. */
 enum class StackHeld : bool { kNo, kYes };
@@ -12,7 +13,6 @@ enum class CallMode : short {
     kWait = 1,     // in place on the main thread, else posted and waited for
     kPost = 2,     // always posted, not waited for
 };
-using ForkID = std::int32_t;
 
 /** A call to be run on the main thread. Subclasses are named MT_... or CMainThread_...; ids go in, a status comes out.
     Threads  made and called on any; Operate runs on the main thread, in the order of posting, with no lock of this

@@ -1,29 +1,23 @@
 #include "Threads/CPostEventList.h"
 
-#include "Threads/WaitMode.h"
+#include <algorithm>
+#include <iterator>
+#include <utility>
 
-void CPostEventList::Add(PostEventKind kind, long dataL) {
-    const std::scoped_lock guard(i_lock);
-    i_events.push_back({kind, dataL, {}});
-}
+#include "Threads/WaitMode.h"
 
 void CPostEventList::AddCall(Call call) {
     const std::scoped_lock guard(i_lock);
-    i_events.push_back({kPostEvent_Call, 0, std::move(call)});
+    i_calls.push_back(std::move(call));
 }
 
-void CPostEventList::MoveCallsToPending() {
-    // From the oldest, behind those of an earlier round that a nested pass has not come to yet.
-    std::erase_if(i_events, [&](Event& event) {
-        if (event.kind != kPostEvent_Call) return false;
-        i_pending.push_back(std::move(event.call));
-        return true;
-    });
-}
-
-bool CPostEventList::RunPending() {
-    bool ranB = false;
-    for (;;) {
+bool CPostEventList::DrainCalls() {
+    {
+        const std::scoped_lock guard(i_lock);
+        std::ranges::move(i_calls, std::back_inserter(i_pending));
+        i_calls.clear();
+    }
+    for (bool ranB = false;; ranB = true) {
         Call call;
         {
             const std::scoped_lock guard(i_lock);
@@ -31,33 +25,12 @@ bool CPostEventList::RunPending() {
             call = std::move(i_pending.front());
             i_pending.pop_front();
         }
-        if (call) call();
-        ranB = true;
+        if (call) call();   // which may drain the rest
         YieldToCooperative();
     }
 }
 
-bool CPostEventList::DrainCalls() {
-    {
-        const std::scoped_lock guard(i_lock);
-        MoveCallsToPending();
-    }
-    return RunPending();
-}
-
-void CPostEventList::Run(const Handler& handler) {
-    std::vector<Event> taken;
-    {
-        const std::scoped_lock guard(i_lock);
-        MoveCallsToPending();
-        taken.swap(i_events);
-    }
-    for (auto it = taken.rbegin(); it != taken.rend(); ++it)
-        if (handler) handler(it->kind, it->dataL);
-    RunPending();
-}
-
 bool CPostEventList::IsEmpty() const {
     const std::scoped_lock guard(i_lock);
-    return i_events.empty() && i_pending.empty();
+    return i_calls.empty() && i_pending.empty();
 }

@@ -5,6 +5,7 @@
 #include "Core/CLog.h"
 #include "Platform/CClock.h"
 #include "Threads/APP_TimerForkData.h"
+#include "Threads/CallOnMain.h"
 #include "Threads/CThreadHost.h"
 #include "Threads/CThreadManager.h"
 #include "Threads/LogThread.h"
@@ -117,25 +118,6 @@ void CThreadManager::KillRecord(ForkRecord& fork, bool removeB, bool selfB) {
         KillThread(fork, removeB, selfB);
 }
 
-namespace {
-
-/** A timer goes on the main thread, whoever kills it. */
-class MT_KillTimer final : public CMainThreadProc {
-public:
-    MT_KillTimer(ForkID id, StackHeld held) : CMainThreadProc("kill timer", held), i_id(id) {}
-
-protected:
-    OSErr Operate() override {
-        CThreadManager::Kill(i_id, false, false);
-        return noErr;
-    }
-
-private:
-    const ForkID i_id;
-};
-
-}   // namespace
-
 void CThreadManager::Kill(ForkID id, bool removeB, bool selfB) {
     LogIf(LogSwitch::kThreads, "Searching for thread to kill");
     const std::shared_ptr<ForkRecord> forkP = Find(id);
@@ -143,10 +125,15 @@ void CThreadManager::Kill(ForkID id, bool removeB, bool selfB) {
     const std::string name = NameOf(*forkP);
     LogThread("Found Thread: ", name);
     if (IsTimer(forkP->kind) && !IsLoopThread()) {
+        // A timer goes on the main thread, whoever kills it. Refused: the manager's end takes it.
+        const auto kill = [id] {
+            Kill(id, false, false);
+            return noErr;
+        };
         if (IsPreemptiveThread())
-            (void)MT_KillTimer(id, StackHeld::kYes).Call(CallMode::kWait);   // refused: the manager's end takes it
+            (void)CallOnMain("kill timer", kill);
         else
-            (void)(new MT_KillTimer(id, StackHeld::kNo))->Call(CallMode::kPost);
+            PostToMain("kill timer", kill);
         return;
     }
     bool ownB = false;

@@ -2,6 +2,9 @@
 #include <cstdint>
 #include <memory>
 
+/** What the thread manager knows a thread or a timer by; 0 for none. */
+using ForkID = std::int32_t;
+
 /** Who runs this line. A value belongs to its thread and ends with it.
     g_threadIndexL   0 or unset on the main thread; positive on a preemptive thread; minus the fork's identifier on a
                      cooperative thread, and on the main thread while a timer runs.

@@ -1,68 +1,64 @@
 #include "Values/CCFPrefDictionary.h"
 
 #include <limits>
+#include <utility>
 
 #include "Core/CLog.h"
 
 namespace {
 
+thread_local PrefKeys* s_readKeysP = nullptr;   // of the innermost Reading
+
+void NoteRead(std::string_view key) {
+    if (s_readKeysP != nullptr) s_readKeysP->emplace(key);
+}
+
 template <typename Number>
-Number Within(std::string_view key, std::int64_t valueL, Number defaultL) {
-    if (valueL >= std::numeric_limits<Number>::min() && valueL <= std::numeric_limits<Number>::max())
-        return static_cast<Number>(valueL);
-    Log("### Error preference \"" + std::string(key) + "\" is out of range: " + std::to_string(valueL));
-    return defaultL;
+Number Narrowed(const PrefRow& row, std::int64_t valueL) {
+    if (std::in_range<Number>(valueL)) return static_cast<Number>(valueL);
+    Log("### Error preference \"" + std::string(row.key) + "\" is out of range: " + std::to_string(valueL));
+    return static_cast<Number>(row.defaultL);
 }
 
 }   // namespace
 
-bool CCFPrefDictionary::Has(std::string_view key) const {
-    const std::shared_lock guard(i_lock);
-    return CCFDictionary::Has(key);
+CCFPrefDictionary::Reading::Reading(PrefKeys& keys) : i_outerP(std::exchange(s_readKeysP, &keys)) {}
+CCFPrefDictionary::Reading::~Reading() { s_readKeysP = i_outerP; }
+
+CCFValue CCFPrefDictionary::Value(const PrefRow& row) const {
+    const std::optional<CCFValue> stored = GetByName(row.key);
+    if (!stored) return row.Default(row.computeP == nullptr ? CCFDictionary() : Snapshot());
+    if (auto value = AsType(*stored, row.type)) return *std::move(value);
+    Log("### Error preference \"" + std::string(row.key) + "\" is not of type " + std::string(CFTypeName(row.type)));
+    return row.Default(Snapshot());
 }
-std::optional<CCFValue> CCFPrefDictionary::Get(std::string_view key) const {
+
+bool CCFPrefDictionary::GetBool(BoolPref pref) const { return *Value(pref.Row()).Bool(); }
+short CCFPrefDictionary::GetShort(LongPref pref) const {
+    return Narrowed<short>(pref.Row(), *Value(pref.Row()).Integer());
+}
+std::int32_t CCFPrefDictionary::GetLong(LongPref pref) const {
+    return Narrowed<std::int32_t>(pref.Row(), *Value(pref.Row()).Integer());
+}
+double CCFPrefDictionary::GetFloat(FloatPref pref) const { return *Value(pref.Row()).Number(); }
+SuperString CCFPrefDictionary::GetString(StringPref pref) const { return *Value(pref.Row()).String(); }
+CFDate CCFPrefDictionary::GetDate(DatePref pref) const { return *Value(pref.Row()).Date(); }
+CCFDictionary CCFPrefDictionary::GetDictionary(DictionaryPref pref) const { return *Value(pref.Row()).Dictionary(); }
+
+std::optional<CCFValue> CCFPrefDictionary::GetByName(std::string_view key) const {
+    NoteRead(key);
     const std::shared_lock guard(i_lock);
-    const CCFValue* valueP = Find(key);
+    const CCFValue* const valueP = Find(key);
     return valueP == nullptr ? std::nullopt : std::optional(*valueP);
 }
 
-// The typed getters log; they read from a copy of the one value, since a log line is no work to do under the lock.
-namespace {
-CCFDictionary One(std::string_view key, const std::optional<CCFValue>& value) {
-    CCFDictionary one;
-    if (value) one.Set(key, *value);
-    return one;
-}
-}   // namespace
-
-bool CCFPrefDictionary::GetBool(std::string_view key, bool defaultB) const {
-    return One(key, Get(key)).GetBool(key, defaultB);
-}
-short CCFPrefDictionary::GetShort(std::string_view key, short defaultS) const {
-    return Within<short>(key, One(key, Get(key)).GetInteger(key, defaultS), defaultS);
-}
-std::int32_t CCFPrefDictionary::GetLong(std::string_view key, std::int32_t defaultL) const {
-    return Within<std::int32_t>(key, One(key, Get(key)).GetInteger(key, defaultL), defaultL);
-}
-double CCFPrefDictionary::GetFloat(std::string_view key, double defaultF) const {
-    return One(key, Get(key)).GetFloat(key, defaultF);
-}
-SuperString CCFPrefDictionary::GetString(std::string_view key, const SuperString& defaultText) const {
-    return One(key, Get(key)).GetString(key, defaultText);
-}
-CFDate CCFPrefDictionary::GetDate(std::string_view key, CFDate defaultDate) const {
-    return One(key, Get(key)).GetDate(key, defaultDate);
-}
-CCFDictionary CCFPrefDictionary::GetDictionary(std::string_view key) const {
-    return One(key, Get(key)).GetDictionary(key);
-}
 CCFDictionary CCFPrefDictionary::Snapshot() const {
     const std::shared_lock guard(i_lock);
     return *this;
 }
 
-void CCFPrefDictionary::Set(std::string_view key, CCFValue value) {
-    if (Store(key, std::move(value))) OnChanged();
+void CCFPrefDictionary::SetByName(std::string_view key, CCFValue value) {
+    if (Store(key, std::move(value))) OnChanged(key);
 }
 
 bool CCFPrefDictionary::Store(std::string_view key, CCFValue value) {
@@ -79,7 +75,7 @@ void CCFPrefDictionary::Remove(std::string_view key) {
         const std::unique_lock guard(i_lock);
         if (!CCFDictionary::Remove(key)) return;
     }
-    OnChanged();
+    OnChanged(key);
 }
 
 void CCFPrefDictionary::Replace(CCFDictionary content) {
@@ -89,4 +85,4 @@ void CCFPrefDictionary::Replace(CCFDictionary content) {
 }
 
 void CCFPrefDictionary::OnStored(std::string_view /*key*/, const CCFValue& /*value*/) {}
-void CCFPrefDictionary::OnChanged() {}
+void CCFPrefDictionary::OnChanged(std::string_view /*key*/) {}

@@ -1,8 +1,10 @@
 #include "Values/CPreferences.h"
 
+#include <algorithm>
 #include <array>
 
 #include "Core/CLog.h"
+#include "Threads/CallOnMain.h"
 #include "Values/FileRefDictionary.h"
 #include "Values/PreferenceCorrections.h"
 #include "Values/PreferenceTable.h"
@@ -11,13 +13,13 @@
 namespace {
 
 constexpr std::size_t kPrefs_MaxBytes = std::size_t{64} << 20;
-constexpr std::string_view kMusicFolder = "Music Library Location";
-constexpr std::string_view kCacheFolder = "Cache Folder Location";
-constexpr std::string_view kColumns = "Default Columns";
+constexpr DictionaryPref kMusicFolder = "Music Library Location";
+constexpr DictionaryPref kCacheFolder = "Cache Folder Location";
+constexpr DictionaryPref kColumns = "Default Columns";
 constexpr std::int64_t kFileRef_Path = 4;   // the form of a file reference that names a path
 
 struct SwitchRow {
-    std::string_view key;
+    BoolPref pref;
     LogSwitch which;
 };
 constexpr SwitchRow kLogSwitches[] = {
@@ -85,17 +87,17 @@ CCFDictionary CPreferences::Load() {
         i_keepAsideB = true;
     }
     CorrectPreferences(content);
-    if (!content.Has(kColumns)) {
+    if (!content.Has(kColumns.Key())) {
         CCFDictionary columns;   // without the resource the browser shows its own
         if (!i_options.defaultColumns.empty())
             (void)LogStep(ReadDictionary(i_options.defaultColumns, columns), "reading default columns",
                           i_options.defaultColumns);
-        if (!columns.Empty()) content.Set(kColumns, std::move(columns));
+        if (!columns.Empty()) content.Set(kColumns.Key(), std::move(columns));
     }
     Log("getting music folder default");
-    StoreFolder(content, kMusicFolder, i_options.musicFolder);
+    StoreFolder(content, kMusicFolder.Key(), i_options.musicFolder);
     Log("getting cache folder default");
-    StoreFolder(content, kCacheFolder, i_options.cacheFolder);
+    StoreFolder(content, kCacheFolder.Key(), i_options.cacheFolder);
     return content;
 }
 
@@ -106,7 +108,7 @@ void CPreferences::StoreFolder(CCFDictionary& content, std::string_view key,
     if (!path.empty() && std::filesystem::is_directory(path, problem)) return;
     if (content.Has(key)) {
         // Music may lie on a volume that is plugged in later: its place is kept. A cache is made anew.
-        if (key == kMusicFolder) {
+        if (key == kMusicFolder.Key()) {
             Log("Error getting music folder from pref");
             return;
         }
@@ -157,7 +159,7 @@ std::optional<CCFDictionary> CPreferences::Gather() {
     if (i_options.atSave)
         for (const auto& [key, value] : i_options.atSave()) (void)Store(key, value);
     for (const PrefRow& row : PreferenceTable())
-        if (row.rule == PrefRule::kAtSave && !Has(row.key)) (void)Store(row.key, row.Default({}));
+        if (row.rule == PrefRule::kAtSave && !GetByName(row.key)) (void)Store(row.key, row.Default({}));
     (void)Store("Prefs file version (do not change!)", 2);
     CCFDictionary content = Snapshot();
     if (i_written.With([&](const auto& written) { return written == content; })) return std::nullopt;
@@ -181,17 +183,19 @@ OSErr CPreferences::Write(const CCFDictionary& content) {
 }
 
 std::optional<WindowRecord> CPreferences::Window(const std::string& name) const {
-    if (!Has(RectangleKey(name))) return std::nullopt;
-    const CCFDictionary rectangle = GetDictionary(RectangleKey(name));
+    const std::optional<CCFValue> stored = GetByName(RectangleKey(name));
+    const CCFDictionary* const rectangleP = stored ? stored->Dictionary() : nullptr;
+    if (rectangleP == nullptr) return std::nullopt;
     std::array<short, 4> sidesS{};
     constexpr std::array<std::string_view, 4> kSides = {"top", "left", "bottom", "right"};
     for (std::size_t n = 0; n < kSides.size(); ++n) {
-        const std::int64_t sideL = rectangle.GetInteger(kSides[n]);
+        const std::int64_t sideL = rectangleP->GetInteger(kSides[n]);
         if (sideL < -32768 || sideL > 32767) return std::nullopt;
         sidesS[n] = static_cast<short>(sideL);
     }
     if (sidesS[2] <= sidesS[0] || sidesS[3] <= sidesS[1]) return std::nullopt;   // no window could be found in it
-    return WindowRecord{name, sidesS[0], sidesS[1], sidesS[2], sidesS[3], GetBool(VisibleKey(name))};
+    return WindowRecord{name,      sidesS[0], sidesS[1],
+                        sidesS[2], sidesS[3], GetByName(VisibleKey(name)).value_or(false).Bool().value_or(false)};
 }
 
 std::filesystem::path CPreferences::MusicFolder() const {
@@ -205,9 +209,40 @@ std::filesystem::path CPreferences::CacheFolder() const {
 
 void CPreferences::OnStored(std::string_view key, const CCFValue& value) {
     for (const SwitchRow& row : kLogSwitches)
-        if (row.key == key) CLog::Get().SetSwitch(row.which, value.Bool().value_or(false));
+        if (row.pref.Key() == key) CLog::Get().SetSwitch(row.which, value.Bool().value_or(false));
 }
 
-void CPreferences::OnChanged() {
+void CPreferences::OnChanged(std::string_view key) {
     if (i_options.onDirty) i_options.onDirty();
+    const bool firstB = i_changed.With([&](PrefKeys& changed) { return changed.emplace(key), changed.size() == 1; });
+    // Later: whoever set it may be any thread, and be in the middle of more. Without an application nobody follows.
+    const auto tell = [](CPreferences& prefs) { prefs.TellFollowers(); };
+    if (firstB && !PostToMain("preferences", i_self.Handle(), tell)) i_changed.Set({});
+}
+
+std::unique_ptr<CPrefFollower> CPreferences::Follow(std::function<void()> work) {
+    auto followerP = std::make_unique<CPrefFollower>(std::move(work));
+    followerP->i_prefs = i_self.Handle();
+    i_followers.Add(*followerP);
+    Run(*followerP);
+    return followerP;
+}
+
+CPrefFollower::~CPrefFollower() {
+    if (CPreferences* const prefsP = i_prefs.Get(); prefsP != nullptr) prefsP->i_followers.Remove(*this);
+}
+
+void CPreferences::Run(const CPrefFollower& follower) {
+    const auto state = follower.i_state;
+    state->keys.clear();
+    const Reading reading(state->keys);
+    state->work();
+}
+
+void CPreferences::TellFollowers() {
+    const PrefKeys changed = i_changed.Exchange({});
+    i_followers.Tell([&](CPrefFollower& follower) {
+        if (std::ranges::any_of(changed, [&](const std::string& key) { return follower.i_state->keys.contains(key); }))
+            Run(follower);
+    });
 }

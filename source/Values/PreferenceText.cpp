@@ -88,7 +88,7 @@ OSErr FolderOf(const std::string& text, std::optional<CCFValue>& value, std::str
 OSErr ParsePreference(const CCFPrefDictionary& prefs, const std::string& key, const std::string& text,
                       std::optional<CCFValue>& value, std::string& fault) {
     const PrefRow* const rowP = FindPreference(key);
-    const auto old = prefs.Get(key);
+    const auto old = prefs.GetByName(key);
     if (rowP == nullptr && !old) {
         fault = "no such preference: " + key;
         return fnfErr;

@@ -12,7 +12,6 @@
 class CGraphicsCard {
 public:
     enum Choice : int { kChoice_AUTOMATIC, kChoice_PROCESSOR, kChoice_OPENGL };
-    static constexpr const char* kPreferenceZ = "Video Drawing (0=automatic, 1=processor, 2=OpenGL)";
     /** The word of the command line that asks. */
     static constexpr const char* kOptionZ = "--ask-graphics-card";
 

@@ -10,7 +10,6 @@ class XLook final : public QObject {
     Q_OBJECT
 public:
     enum class Choice : int { kDesktop = 0, kDark = 1, kLight = 2 };
-    static constexpr const char* kPreferenceZ = "Look (0=desktop, 1=dark, 2=light)";
 
     /** `style` parts that the program draws by itself. */
     struct Colors {

@@ -7,7 +7,6 @@
 #include <thread>
 
 #include "App/AppTest.h"
-#include "App/CSaveTarget.h"
 #include "Library/CSongDatabase.h"
 #include "Platform/CFileCalls_Faults.h"
 #include "Platform/ScriptedClock.h"
@@ -95,21 +94,21 @@ TEST_F(AppSavesTest, TheMainThreadWaitsForNoDiscAndOnlyWhatChangedIsWritten) {
     const auto saved = [&] {
         for (int n = 0; n < 10; ++n) Pass(app, 0.5, false);
         EndWriting(app);
-        EXPECT_FALSE(app.SaveTarget().IsDirty());
+        EXPECT_FALSE(app.Saves().IsDirty());
         Names names;
         for (const auto& [name, inode] : inodes())
             if (before[name] != inode) names.insert(name);
         before = inodes();
         return names;
     };
-    app.Prefs().Set("Number of undos", CCFValue(std::int64_t{7}));
+    app.Prefs().SetLong("Number of undos", std::int64_t{7});
     EXPECT_EQ(saved(), Names{prefs});
     const SongID song = AddSong(app, "One");
     EXPECT_EQ(saved(), (Names{songs, index}));
     app.Database().GetSong(song)->Meta().SetString("name"_key, "Two");
     EXPECT_EQ(saved(), Names{songs});
-    app.Prefs().Set("Number of undos", CCFValue(std::int64_t{8}));
-    app.Prefs().Set("Number of undos", CCFValue(std::int64_t{7}));   // as the file has it
+    app.Prefs().SetLong("Number of undos", std::int64_t{8});
+    app.Prefs().SetLong("Number of undos", std::int64_t{7});   // as the file has it
     EXPECT_EQ(saved(), Names());
     EXPECT_EQ(onMainL.load(), 0);
     CFileCalls::Install(nullptr);
@@ -120,7 +119,7 @@ TEST_F(AppSavesTest, OneBackOffForAllAndSavedSoonOnceItCanBe) {
     CFileCalls::Install(&i_faults);
     i_faults.SetSpace(0);   // the disc is full
     AddSong(app, "One");
-    app.Prefs().Set("Number of undos", CCFValue(std::int64_t{7}));
+    app.Prefs().SetLong("Number of undos", std::int64_t{7});
     for (double waitedT = 0; waitedT < 30; waitedT += 0.5) {
         Pass(app, 0.5, false);
         EndWriting(app);
@@ -131,7 +130,7 @@ TEST_F(AppSavesTest, OneBackOffForAllAndSavedSoonOnceItCanBe) {
     EXPECT_EQ(i_ui.alerts.size(), 2U) << "told once each";
     i_faults.SetSpace(std::uint64_t{1} << 30);
     double waitedT = 0;
-    for (; app.SaveTarget().IsDirty() && waitedT < 60; waitedT += 0.5) {
+    for (; app.Saves().IsDirty() && waitedT < 60; waitedT += 0.5) {
         Pass(app, 0.5, false);
         EndWriting(app);
     }
@@ -225,7 +224,7 @@ TEST_F(AppSavesTest, AQuitWaitsForNoClock) {
         CApp app(MakeSetup());
         const SongID song = AddSong(app, "One");
         (void)app.LibraryCommands().Zipper().Zip(song);   // its queue has a thread now
-        app.Prefs().Set("Number of undos", CCFValue(std::int64_t{7}));
+        app.Prefs().SetLong("Number of undos", std::int64_t{7});
     }   // the time stands still: whoever waits for it never comes back
     EXPECT_EQ(Logged("was forced to kill"), 0);
     EXPECT_EQ(Logged("Quit Successful"), 1);

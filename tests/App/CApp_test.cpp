@@ -13,7 +13,6 @@
 #include "App/AppTest.h"
 #include "App/CAlerts.h"
 #include "App/CAppSaves.h"
-#include "App/CSaveTarget.h"
 #include "App/MemoryWarning.h"
 #include "App/PreferenceRequest.h"
 #include "App/SaveRules.h"
@@ -29,7 +28,7 @@
 #include "Platform/CClock.h"
 #include "Platform/CUserInterface_Plain.h"
 #include "Play/CPlayControl.h"
-#include "Threads/CMainThreadProc.h"
+#include "Threads/CallOnMain.h"
 
 namespace {
 
@@ -83,9 +82,9 @@ TEST_F(AppTest, TheMetaManagerFollowsThePreferences) {
         EXPECT_EQ(s_MetaManagerP->Software(), CApp::DisplayName());
         EXPECT_TRUE(s_MetaManagerP->MovesArticles());
         EXPECT_FALSE(s_MetaManagerP->GetTraits("siID"_key).Has(kKeyFlag_Column));
-        app.Prefs().Set("Move 'The' to end of Artits title", CCFValue(false));
-        EXPECT_FALSE(s_MetaManagerP->MovesArticles());
-        app.Prefs().Set("Show Singer ID", CCFValue(true));
+        app.Prefs().SetBool("Move 'The' to end of Artits title", false);
+        EXPECT_TRUE(RunUntil(app, [] { return !s_MetaManagerP->MovesArticles(); }));
+        app.Prefs().SetBool("Show Singer ID", true);
     }
     EXPECT_EQ(s_MetaManagerP, nullptr);
     const CApp app(MakeSetup());   // the next start
@@ -195,8 +194,7 @@ TEST_F(AppTest, WhatTheQuitSavedIsThereAtTheNextStart) {
         const fs::path songs = i_folder / "Music/Vopla/Songs.vlb";
         const auto before = fs::last_write_time(songs);
         app.Database().GetSong(song)->Meta().SetString("name"_key, "Edited");
-        EXPECT_TRUE(
-            RunUntil(app, [&] { return fs::last_write_time(songs) != before && !app.SaveTarget().IsSaving(); }));
+        EXPECT_TRUE(RunUntil(app, [&] { return fs::last_write_time(songs) != before && !app.Saves().IsWriting(); }));
         app.Database().GetSong(song)->Meta().SetString("name"_key, "A moment before the quit");
         EXPECT_FALSE(app.Database().IsDirty());
     }
@@ -260,9 +258,9 @@ TEST_F(AppTest, ARefusedLibraryEndsTheProgramAndIsLeftAsItIs) {
 TEST_F(AppTest, AChangedPreferenceIsSavedAfterTwoIdleSeconds) {
     CApp app(MakeSetup());
     const double startT = CClock::Get().SteadyT();
-    app.Prefs().Set("Number of undos", CCFValue(std::int64_t{7}));
-    EXPECT_TRUE(app.SaveTarget().IsDirty());
-    ASSERT_TRUE(RunUntil(app, [&] { return !app.SaveTarget().IsDirty() && !app.Saves().IsWriting(); }));
+    app.Prefs().SetLong("Number of undos", std::int64_t{7});
+    EXPECT_TRUE(app.Saves().IsDirty());
+    ASSERT_TRUE(RunUntil(app, [&] { return !app.Saves().IsDirty() && !app.Saves().IsWriting(); }));
     EXPECT_GE(CClock::Get().SteadyT() - startT, 1.9);
     EXPECT_NE(LogText().find("Done: Saving Preferences"), std::string::npos);
 }
@@ -296,8 +294,8 @@ TEST_F(AppTest, AsksBeforeAChangeOfSong) {
                                         << c.transportB);
         song.playingB = c.playingB;
         app.SetCurrentSong(&song);
-        app.Prefs().Set("Always confirm manual song changes", CCFValue(c.alwaysB));
-        app.Prefs().Set("Always confirm manual song changes (transport buttons)", CCFValue(c.transportB));
+        app.Prefs().SetBool("Always confirm manual song changes", c.alwaysB);
+        app.Prefs().SetBool("Always confirm manual song changes (transport buttons)", c.transportB);
         i_ui.questions.clear();
         i_ui.answers = {Answer{c.button, false}};
         bool allowedB = false;
@@ -325,7 +323,7 @@ TEST_F(AppTest, TheGraphicsTimerDrawsTheCurrentSong) {
 
 TEST_F(AppTest, PlaysASongAtThePaceOfTheClockAndSeeksTrue) {
     CApp app(MakeSetup());
-    app.Prefs().Set("Audio Output Device", CCFValue(SuperString("dummy")));
+    app.Prefs().SetString("Audio Output Device", SuperString("dummy"));
     const fs::path file = fs::path(VOPLA_SOURCE_DIR) / "resources/demo/Vopla Demo - Amazing Grace.cdg";
     CSong* const songP = app.Database().CreateSong();
     songP->Meta().SetSongFile("Sfs1"_key, {.status = SDB_SongFileStatus_REFERENCE, .ref = CFileRef(file)});
@@ -358,6 +356,12 @@ TEST_F(AppTest, PlaysASongAtThePaceOfTheClockAndSeeksTrue) {
 /** Windows that remember what was done to them. */
 class Windows final : public CAppWindows {
 public:
+    std::vector<WindowRow> Rows() const override {
+        return {{PREF_Wind_BROWSER, "Browser", {}, true},
+                {PREF_Wind_VIDEO2, "Video 2", WindowRow::FullScreen{"Full Screen2", "Full Screen2 Display"}},
+                {PREF_Wind_VIDEO, "Video", WindowRow::FullScreen{"Full Screen", "Full Screen Display"}, true},
+                {PREF_Wind_TASKS, "Tasks"}};
+    }
     void Create(WindowKind kind) override {
         places.try_emplace(kind);
         if (kind == PREF_Wind_VIDEO) Ports().Enter(screen.port);
@@ -431,8 +435,8 @@ TEST_F(AppTest, FilesThatAreOpenedEnterTheLibraryAndInterruptNothing) {
                            .resources = MakeSetup().resources,
                            .prefs = MakeSetup().prefs});
     application.StartUp();
-    gApp->Prefs().Set("Audio Output Device", CCFValue(SuperString("dummy")));
-    gApp->Prefs().Set("Always confirm manual song changes", CCFValue(true));
+    gApp->Prefs().SetString("Audio Output Device", SuperString("dummy"));
+    gApp->Prefs().SetBool("Always confirm manual song changes", true);
     const std::string demo = std::string(VOPLA_SOURCE_DIR) + "/resources/demo/Vopla Demo - Amazing Grace.cdg";
     const std::string other = (i_folder / "Other\nline.mp3").string(), folder = (i_folder / "folder").string();
     const auto copy = [&](const std::string& to) { fs::copy_file(fs::path(demo).replace_extension(".mp3"), to); };
@@ -441,7 +445,7 @@ TEST_F(AppTest, FilesThatAreOpenedEnterTheLibraryAndInterruptNothing) {
     copy(folder + "/a.mp3");
     copy(folder + "/b.mp3");
     enum class Play { kNone, kDemo };
-    constexpr const char* kKey = "Auto-play when you add single song to Library";
+    constexpr BoolPref kKey = "Auto-play when you add single song to Library";
     const struct {
         LaunchFiles files;
         bool autoB, stoppedB;   // before
@@ -458,7 +462,7 @@ TEST_F(AppTest, FilesThatAreOpenedEnterTheLibraryAndInterruptNothing) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.files.front() + (c.stoppedB ? " stopped" : ""));
-        gApp->Prefs().Set(kKey, CCFValue(c.autoB));
+        gApp->Prefs().SetBool(kKey, c.autoB);
         if (c.stoppedB) gApp->Play().Stop();
         application.OnSecondInstance(LaunchFilesOf(LaunchText(c.files)));
         i_loop.Post([] {});
@@ -496,7 +500,7 @@ TEST_F(AppTest, ThePictureOfTheBreakFollowsItsPreference) {
     {
         CApp app(setup);
         EXPECT_EQ(shown(), nullptr);
-        app.Prefs().Set("Break Picture", CCFValue(SuperString(file.string())));
+        app.Prefs().SetString("Break Picture", SuperString(file.string()));
         ASSERT_TRUE(RunUntil(app, [&] { return shown() != nullptr; }));
         EXPECT_EQ(shown()->bounds(), (Rect{0, 0, 20, 40}));
         EXPECT_EQ(shown()->PixelAt(7, 7), 0xFF336699U);
@@ -506,7 +510,7 @@ TEST_F(AppTest, ThePictureOfTheBreakFollowsItsPreference) {
     {
         CApp app(setup);   // the next start
         ASSERT_TRUE(RunUntil(app, [&] { return shown() != nullptr; }));
-        app.Prefs().Set("Break Picture", CCFValue(SuperString((i_folder / "log.txt").string())));
+        app.Prefs().SetString("Break Picture", SuperString((i_folder / "log.txt").string()));
         ASSERT_TRUE(RunUntil(app, [&] { return !i_ui.alerts.empty(); }));
         EXPECT_NE(i_ui.alerts.front().find("The break picture could not be read: log.txt"), std::string::npos);
         EXPECT_EQ(shown(), nullptr);
@@ -543,7 +547,7 @@ TEST_F(AppTest, ThePreviewShowsTheCoverOfASongWithoutAPicture) {
                   .windows = windows,
                   .resources = MakeSetup().resources,
                   .prefs = MakeSetup().prefs});
-        app.Prefs().Set("Audio Output Device", CCFValue(SuperString("dummy")));
+        app.Prefs().SetString("Audio Output Device", SuperString("dummy"));
         CSong* const songP = app.Database().CreateSong();
         songP->Meta().SetSongFile("Sfs0"_key, {.status = SDB_SongFileStatus_REFERENCE, .ref = CFileRef(song)});
         const PLItemID item = app.Database().AddSongToLibrary(*songP);
@@ -567,21 +571,7 @@ TEST_F(AppTest, ThePreviewShowsTheCoverOfASongWithoutAPicture) {
 TEST_F(AppTest, AProcPostedBeforeTheWindowStandsRunsInItsOrder) {
     CApp app(MakeSetup());
     std::vector<int> order;
-    class MT_Note final : public CMainThreadProc {
-    public:
-        MT_Note(std::vector<int>& noted, int n) : CMainThreadProc("note"), i_noted(noted), i_n(n) {}
-
-    protected:
-        OSErr Operate() override {
-            i_noted.push_back(i_n);
-            return noErr;
-        }
-
-    private:
-        std::vector<int>& i_noted;
-        int i_n;
-    };
-    for (int n = 0; n < 3; ++n) EXPECT_EQ((new MT_Note(order, n))->Call(CallMode::kPost), noErr);
+    for (int n = 0; n < 3; ++n) EXPECT_TRUE(PostToMain("note", [&order, n] { order.push_back(n); }));
     EXPECT_TRUE(RunUntil(app, [&] { return order.size() == 3; }));
     EXPECT_EQ(order, (std::vector<int>{0, 1, 2}));
 }

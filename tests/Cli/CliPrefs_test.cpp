@@ -110,7 +110,7 @@ TEST(CliPrefs, AHostThatRunsIsAskedAndTold) {
         const CliRun own = prefs({"set", keyZ, "1"});
         EXPECT_EQ(own.status, 1);
         EXPECT_NE(own.err.find("belongs to the windows of the host that runs"), std::string::npos) << own.err;
-        EXPECT_FALSE(hosts.Has(keyZ));
+        EXPECT_FALSE(hosts.GetByName(keyZ));
     }
     EXPECT_FALSE(std::filesystem::exists(root / "config"));   // it is the host that writes
     // One that has the lock and does not listen: nothing is set behind its back.

@@ -270,7 +270,7 @@ TEST_F(SafeSaveTest, AFailedReplacementKeepsTheNewDataOnce) {
         SCOPED_TRACE(failing);
         CFileCalls_Faults faults(i_linux);
         faults.SetWatch([&](long n, const char* callZ, const Path& path) {
-            const bool hereB = failing == "rename" ? path == i_file : path.empty();   // a file, not a folder
+            const bool hereB = failing == "rename" ? path == i_file : !std::filesystem::is_directory(path);
             if (failing == callZ && hereB) faults.FailAt(n, EIO);
         });
         CFileCalls::Install(&faults);

@@ -8,6 +8,7 @@
 #include "Meta/CMetaManager.h"
 #include "Platform/CUserInterface_Scripted.h"
 #include "Threads/ThreadTest.h"
+#include "Values/PreferenceTable.h"
 
 /** What the library asked of the world above. */
 class TestDatabaseHost final : public CSongDatabaseHost {
@@ -28,7 +29,7 @@ public:
         i_told.push_back(std::string(words) + ": " + std::string(detail));
         i_act = std::move(act);
     }
-    void StopWarning(std::string_view preference) override { i_stopped = preference; }
+    void StopWarning(BoolPref preference) override { i_stopped = preference.Key(); }
 
     bool i_readyB = true, i_dateAddedB = false, i_savingB = false;
     std::string i_dirty, i_stopped;

@@ -11,9 +11,9 @@ TEST_F(PlayTest, WhatComesNextIsThePreferences) {
     for (const char* const nameZ : {"a", "b"}) Add(Sound(std::string(nameZ) + ".wav", 1));
     for (unsigned bits = 0; bits < 8; ++bits) {
         const bool endB = (bits & 1) != 0, pauseB = (bits & 2) != 0, stopB = (bits & 4) != 0;
-        i_preferences.Set("Stop at playlist end", CCFValue(endB));
-        i_preferences.Set("Pause between tracks", CCFValue(pauseB));
-        i_preferences.Set("Stop between tracks", CCFValue(stopB));
+        i_preferences.SetBool("Stop at playlist end", endB);
+        i_preferences.SetBool("Pause between tracks", pauseB);
+        i_preferences.SetBool("Stop between tracks", stopB);
         for (const std::size_t row : {0U, 1U}) {
             SCOPED_TRACE(testing::Message()
                          << "end " << endB << ", pause " << pauseB << ", stop " << stopB << ": " << row);
@@ -33,8 +33,8 @@ TEST_F(PlayTest, WhatComesNextIsThePreferences) {
 
 TEST_F(PlayTest, ByHandTheEndOfTheListIsNone) {
     for (const char* const nameZ : {"a", "b", "c"}) Add(Sound(std::string(nameZ) + ".wav", 60));
-    for (const char* const onZ : {"Stop at playlist end", "Stop between tracks"})
-        i_preferences.Set(onZ, CCFValue(true));
+    i_preferences.SetBool("Stop at playlist end", true);
+    i_preferences.SetBool("Stop between tracks", true);
     ASSERT_TRUE(Starts(1));
     EXPECT_EQ(i_controlP->PlayNext(), noErr);
     EXPECT_EQ(i_controlP->CurrentItem(), Row(2));
@@ -77,7 +77,7 @@ TEST_F(PlayTest, AListGoesOnBehindWhatCannotBePlayed) {
     ASSERT_TRUE(RunUntil([&] { return i_sung.size() == 3; }));
     EXPECT_EQ(i_sung.back(), "b");
     ASSERT_TRUE(RunUntilIdle());
-    i_preferences.Set("Stop at playlist end", CCFValue(true));
+    i_preferences.SetBool("Stop at playlist end", true);
     ASSERT_TRUE(Starts(0, true));
     ASSERT_EQ(i_controlP->PlayNext(), noErr);
     ASSERT_TRUE(RunUntil([&] { return i_sung.size() == 4; }));
@@ -274,8 +274,8 @@ TEST_F(PlayTest, TheWindowLeavesTheFullScreenWhenNothingFollows) {
     } window;
     Screen screen(CGraphicsPort::kScreen_VIDEO, &window);
     i_ports.Enter(screen.port);
-    i_preferences.Set("Auto Full Screen During Play", CCFValue(true));
-    i_preferences.Set("Stop at playlist end", CCFValue(true));
+    i_preferences.SetBool("Auto Full Screen During Play", true);
+    i_preferences.SetBool("Stop at playlist end", true);
     Add(Sound("a.wav", 0.3), Graphics("a.cdg", 90));
     Add(Sound("b.wav", 0.3), Graphics("b.cdg", 90));
     ASSERT_EQ(Play(0), noErr);

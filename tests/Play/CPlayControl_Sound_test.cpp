@@ -24,7 +24,7 @@ TEST_F(PlayTest, SettingsReachTheSoundAndAreKept) {
     EXPECT_EQ(i_settingsL, settingsL + 2);
     EXPECT_EQ(song.Meta().GetInteger("PICH"_key), 12);
     EXPECT_NEAR(song.Meta().GetFloat("TMPO"_key), 0.9, 1e-6);
-    i_preferences.Set("Tempo change increment (percent)", CCFValue(2.5));
+    i_preferences.SetFloat("Tempo change increment (percent)", 2.5);
     EXPECT_EQ(i_controlP->SetTempo(1), noErr);
     for (const int step : {1, 1, 1, 1, -1, -1, -1, -1}) EXPECT_EQ(i_controlP->StepTempo(step), noErr);
     EXPECT_EQ(i_controlP->Tempo(), 1.0);
@@ -61,7 +61,7 @@ TEST_F(PlayTest, EachSongBeginsAtItsOwnLevelOrTheTransports) {
     Add(Sound("own.wav", 1)).Meta().SetFloat("volm"_key, 0.25);
     Add(Sound("plain.wav", 1));
     Add(Sound("again.wav", 1)).Meta().SetFloat("volm"_key, 50);
-    i_preferences.Set("Stop at playlist end", CCFValue(true));
+    i_preferences.SetBool("Stop at playlist end", true);
     ASSERT_EQ(Play(0), noErr);
     EXPECT_FLOAT_EQ(i_controlP->Volume(), 0.25F);
     ASSERT_TRUE(RunUntilIdle());

@@ -1,7 +1,7 @@
 #include "Play/CPlayControl.h"
 
-#include "Play/CMainThreadProc_Play.h"
 #include "Play/PlayTest.h"
+#include "Threads/CallOnMain.h"
 
 namespace {
 
@@ -9,7 +9,7 @@ using enum PlayState;
 
 TEST_F(PlayTest, PlaysPictureAndSoundAndEnds) {
     CSong& song = Add(Sound("a.wav", 2), Graphics("a.cdg", 600));
-    i_preferences.Set("Stop between tracks", CCFValue(true));
+    i_preferences.SetBool("Stop between tracks", true);
     ASSERT_EQ(Play(0), noErr);
     EXPECT_EQ(i_controlP->State(), kStarting);
     EXPECT_EQ(i_controlP->CurrentSong(), song.GetSongID());
@@ -34,7 +34,7 @@ TEST_F(PlayTest, PlaysPictureAndSoundAndEnds) {
 }
 
 TEST_F(PlayTest, ASongThatIsSoughtBackBeforeItsEndWasHeardOfPlaysOn) {
-    i_preferences.Set("Stop between tracks", CCFValue(true));
+    i_preferences.SetBool("Stop between tracks", true);
     Add(Sound("a.wav", 60), Graphics("a.cdg", 18000));
     Add(Sound("b.wav", 60), Graphics("b.cdg", 18000)).Meta().SetInteger("Tend"_key, 12000);
     for (const std::size_t row : {0U, 1U})
@@ -59,7 +59,7 @@ TEST_F(PlayTest, ASongThatIsSoughtBackBeforeItsEndWasHeardOfPlaysOn) {
 }
 
 TEST_F(PlayTest, TheTrueLengthIsNotedWhenASongWasHeardToItsEnd) {
-    i_preferences.Set("Stop between tracks", CCFValue(true));
+    i_preferences.SetBool("Stop between tracks", true);
     CSong& wrong = Add(Sound("wrong.wav", 2), Graphics("wrong.cdg", 600));
     CSong& right = Add(Sound("right.wav", 2));
     CSong& left = Add(Sound("left.wav", 2));
@@ -102,7 +102,7 @@ TEST_F(PlayTest, ASongWithoutGraphicsThatCanBeSeenPlaysAndTheOperatorIsTold) {
 
 /** Silence under a picture that still changes is part of the song, padding is not. */
 TEST_F(PlayTest, ASongEndsWithItsSoundOrWithTheLastThatIsDrawn) {
-    i_preferences.Set("Stop between tracks", CCFValue(true));
+    i_preferences.SetBool("Stop between tracks", true);
     const auto padded = [&](const std::string& name, std::size_t drawnL) {
         const std::filesystem::path file = Graphics(name, drawnL);
         std::ofstream(file, std::ios::binary | std::ios::app) << std::string(24 * 90000, 0);
@@ -279,7 +279,7 @@ TEST_F(PlayTest, TheStartIsTheMusicOrTheTrimAndTheEndItsMark) {
     CSong& trimmed = Add(Sound("trimmed.wav", 10));
     trimmed.Meta().SetInteger("Tsrt"_key, 900);
     trimmed.Meta().SetInteger("Tend"_key, 1200);
-    i_preferences.Set("Stop between tracks", CCFValue(true));
+    i_preferences.SetBool("Stop between tracks", true);
     const auto startOf = [&](std::size_t row) {
         EXPECT_TRUE(Starts(row, true));
         RunFor(1);   // it stands
@@ -291,7 +291,7 @@ TEST_F(PlayTest, TheStartIsTheMusicOrTheTrimAndTheEndItsMark) {
     i_controlP->SetPaused(false);
     ASSERT_TRUE(RunUntil([&] { return i_controlP->State() == kIdle || i_controlP->CurTime300() > 1500; }));
     EXPECT_EQ(i_controlP->State(), kIdle);
-    i_preferences.Set("Auto-cue", CCFValue(false));
+    i_preferences.SetBool("Auto-cue", false);
     EXPECT_EQ(startOf(0), 0);
     EXPECT_EQ(startOf(1), 900);
     // Marks behind the end are none.
@@ -313,7 +313,7 @@ TEST_F(PlayTest, ASongThatIsBeingUnpackedWaitsWhenItShall) {
     i_unpacking = song.GetSongID();
     ASSERT_TRUE(Starts(0));
     EXPECT_FALSE(i_controlP->IsPaused());   // it is not asked for
-    i_preferences.Set("Delay start of song playback until unpacked", CCFValue(true));
+    i_preferences.SetBool("Delay start of song playback until unpacked", true);
     ASSERT_TRUE(Starts(0));
     RunFor(1);
     EXPECT_TRUE(i_controlP->IsPaused());
@@ -343,7 +343,7 @@ TEST_F(PlayTest, AWishFromAnotherThreadIsDoneOnTheMainOne) {
     const PlaylistID list = i_listP->ID();
     const PLItemID row = Row(0);
     const auto ask = [&](void*) {
-        const OSErr err = CMainThreadProc_Play(self, list, row, StackHeld::kYes).Call(CallMode::kWait);
+        const OSErr err = CallOnMain("play", self, [&](CPlayControl& control) { return control.Play(list, row); });
         answer = Number(err);
         return err;
     };
@@ -355,7 +355,7 @@ TEST_F(PlayTest, AWishFromAnotherThreadIsDoneOnTheMainOne) {
     EXPECT_TRUE(RunUntilPlaying());
     i_controlP.reset();
     i_controlP = std::make_unique<CPlayControl>(static_cast<CPlayHost&>(*this));
-    EXPECT_EQ(CMainThreadProc_Play(self, i_listP->ID(), Row(0), StackHeld::kYes).Call(CallMode::kWait), abortErr);
+    EXPECT_EQ(ask(nullptr), abortErr);
 }
 
 }   // namespace

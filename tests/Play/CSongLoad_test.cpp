@@ -9,7 +9,7 @@ TEST_F(PlayTest, FilesThatAreGoneAndNoSongsAtAllAreTold) {
     Add({}, Graphics("naked.cdg", 300));
     std::ofstream(i_folder / "bad.wav") << "no music in here";
     Add(i_folder / "bad.wav");
-    i_preferences.Set("Stop between tracks", CCFValue(true));
+    i_preferences.SetBool("Stop between tracks", true);
     std::filesystem::remove(i_folder / "gone.wav");
     const struct {
         std::size_t row;
@@ -56,7 +56,7 @@ TEST_F(PlayTest, FilesThatWereMovedOrRenamedAreFoundAndNoted) {
     CSong& gone = Add(i_folder / "gone.wav");
     const auto isMissing = [](CSong& song) { return song.Meta().GetBool("Msng"_key) == BoolValueType::kTrue; };
     half.SetMissing(true);
-    i_preferences.Set("Stop between tracks", CCFValue(true));
+    i_preferences.SetBool("Stop between tracks", true);
     ASSERT_TRUE(Starts(0));
     EXPECT_EQ(moved.FileRef(SDB_SongFile_AUDIO).GetPath(), i_folder / "Music/moved.wav");
     ASSERT_TRUE(Starts(1));
@@ -70,8 +70,8 @@ TEST_F(PlayTest, FilesThatWereMovedOrRenamedAreFoundAndNoted) {
 
 TEST_F(PlayTest, GraphicsAlonePlayWhenTheyMay) {
     Add({}, Graphics("naked.cdg", 300));
-    i_preferences.Set("Require Audio (no naked CDG files)", CCFValue(false));
-    i_preferences.Set("Stop between tracks", CCFValue(true));
+    i_preferences.SetBool("Require Audio (no naked CDG files)", false);
+    i_preferences.SetBool("Stop between tracks", true);
     ASSERT_TRUE(Starts(0));
     EXPECT_EQ(i_controlP->EndTime300(), 290);   // what comes behind is drawn into the border, and not seen
     ASSERT_TRUE(RunUntilIdle());
@@ -87,7 +87,7 @@ TEST_F(PlayTest, AMidiFileIsHandedToTheDesktop) {
     const std::string path = std::getenv("PATH");
     ::setenv("PATH", (i_folder.string() + ":" + path).c_str(), 1);
     Add(i_folder / "tune.mid");
-    i_preferences.Set("Launch Midi Files", CCFValue(true));
+    i_preferences.SetBool("Launch Midi Files", true);
     ASSERT_EQ(Play(0), noErr);
     EXPECT_TRUE(RunUntilIdle());
     EXPECT_TRUE(RunUntil([&] {
@@ -112,7 +112,7 @@ TEST_F(PlayTest, AZipAndAMovieGoTheSameRoad) {
         "-c:v mpeg4 -c:a aac movie.mp4 && ffmpeg -v error -nostdin -i movie.mp4 -an -c copy silent.mp4";
     ASSERT_EQ(std::system(make.c_str()), 0);
     for (const char* const nameZ : {"song.wav", "song.cdg"}) std::filesystem::remove(i_folder / nameZ);
-    i_preferences.Set("Stop between tracks", CCFValue(true));
+    i_preferences.SetBool("Stop between tracks", true);
     const struct {
         const char* nameZ;
         SongKind kind;

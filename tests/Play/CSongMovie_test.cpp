@@ -16,8 +16,8 @@ class CSongMovieTest : public PlayTest {
 protected:
     CSongMovieTest() {
         MovieFiles::Get();
-        i_preferences.Set("Stop between tracks", CCFValue(true));
-        i_preferences.Set("Auto-cue", CCFValue(false));
+        i_preferences.SetBool("Stop between tracks", true);
+        i_preferences.SetBool("Auto-cue", false);
     }
     /** The movie in the place of the sound, or of the graphics. */
     void AddMovie(const std::string& name) { Add(MovieFiles::Path(name)); }

@@ -50,8 +50,8 @@ private:
 class HeardTest : public PlayTest {
 protected:
     HeardTest() {
-        i_preferences.Set("Auto-cue", CCFValue(false));
-        i_preferences.Set("Stop at playlist end", CCFValue(true));
+        i_preferences.SetBool("Auto-cue", false);
+        i_preferences.SetBool("Stop at playlist end", true);
     }
     AudioOutputChoice MakeOutput(const std::string&) override {
         i_heard.push_back(i_folder / ("heard " + std::to_string(i_heard.size())));
@@ -138,7 +138,7 @@ TEST_F(HeardTest, NoEventLeavesAStepAbove60dB) {
             song.Meta().SetInteger("Tsrt"_key, static_cast<std::int32_t>(event.trimStart300));
             song.Meta().SetInteger("Tend"_key, static_cast<std::int32_t>(event.trimEnd300));
             i_heard.clear();
-            i_preferences.Set("Audio Output Device", CCFValue(SuperString(event.nameZ)));   // new files
+            i_preferences.SetString("Audio Output Device", SuperString(event.nameZ));   // new files
             ASSERT_TRUE(Starts(row));
             ASSERT_TRUE(RunUntil([&] { return play.Current()->Heard300() > event.trimStart300 + 250; }));
             event.act();
@@ -161,7 +161,7 @@ TEST_F(HeardTest, AllSongsComeAtOneLevelOnceTheyAreMeasured) {
     }));
     const auto heardAt = [&](std::size_t row) {
         i_heard.clear();
-        i_preferences.Set("Audio Output Device", CCFValue(SuperString(std::to_string(i_settingsL))));   // a new file
+        i_preferences.SetString("Audio Output Device", SuperString(std::to_string(i_settingsL)));   // a new file
         EXPECT_TRUE(Starts(row) && RunUntil([&] { return i_controlP->Current()->Heard300() > 500; }));
         i_controlP->Stop();
         EXPECT_TRUE(RunUntilOutputIsFree());

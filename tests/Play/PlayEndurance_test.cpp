@@ -5,7 +5,7 @@
 namespace {
 
 TEST_F(PlayTest, ManySongsInARowLeaveNoThreadAndNoFileOpen) {
-    i_preferences.Set("Stop at playlist end", CCFValue(true));
+    i_preferences.SetBool("Stop at playlist end", true);
     const std::filesystem::path sound = Sound("a.wav", 0.5), graphics = Graphics("a.cdg", 150);
     for (int n = 0; n < 20; ++n) Add(sound, graphics);
     const auto openFiles = [] {

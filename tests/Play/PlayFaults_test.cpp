@@ -28,9 +28,7 @@ struct DiscHolder {
 
 class PlayFaultTest : protected DiscHolder, public PlayTest {   // in this order: it outlives all threads
 protected:
-    explicit PlayFaultTest(double speed = 20) : PlayTest(speed) {
-        i_preferences.Set("Stop between tracks", CCFValue(true));
-    }
+    explicit PlayFaultTest(double speed = 20) : PlayTest(speed) { i_preferences.SetBool("Stop between tracks", true); }
 };
 
 /** The end of a seek that was overtaken is told while the next one is still on its way. */

@@ -153,7 +153,7 @@ TEST_F(RowsTest, BeforeAListGetsEmptyItIsAsked) {
     EXPECT_EQ(i_commandsP->DeleteTracks(rows, CLibraryCommands::WarnLast::kYes), userCanceledErr);
     EXPECT_EQ(list.Count(), 3U);
     EXPECT_NE(i_ui.questions.back().text.find("“List”"), std::string::npos);
-    i_prefs.Set("warn about deleting last song", CCFValue(false));
+    i_prefs.SetBool("warn about deleting last song", false);
     Show(list.ID());
     Find<XSongTable>().selectAll();
     Do(Command::kRemoveFromList);
@@ -170,7 +170,7 @@ TEST_F(RowsTest, ThePreferencesOfTheWindowHold) {
     list.AddItem({i_songs[0]});
     Turn();
     EXPECT_TRUE(editableB());
-    i_prefs.Set("Allow Name Editing", CCFValue(false));
+    i_prefs.SetBool("Allow Name Editing", false);
     i_windowP->FollowPreferences();
     Turn();
     EXPECT_FALSE(editableB());
@@ -181,7 +181,7 @@ TEST_F(RowsTest, ThePreferencesOfTheWindowHold) {
     auto* const previewP = i_windowP->findChild<QWidget*>("preview");
     ASSERT_NE(previewP, nullptr);
     EXPECT_FALSE(previewP->isVisible());
-    i_prefs.Set("Artwork Panel height", CCFValue(200));
+    i_prefs.SetLong("Artwork Panel height", 200);
     Do(Command::kShowPreview);
     Turn();
     EXPECT_TRUE(i_prefs.GetBool("Show Artwork Panel"));
@@ -196,7 +196,7 @@ TEST_F(RowsTest, ThePreferencesOfTheWindowHold) {
     QTest::mouseClick(times[left], Qt::LeftButton);
     EXPECT_TRUE(chosen(left));
     EXPECT_FALSE(chosen(1 - left));
-    EXPECT_EQ(i_prefs.GetLong("Time display: (0=elapsed, 1=remain)", 0), 1);
+    EXPECT_EQ(i_prefs.GetLong("Time display: (0=elapsed, 1=remain)"), 1);
 }
 
 /** A second click on a row edits when the time is over, unless it was the first half of a double click. */

@@ -60,7 +60,7 @@ TEST_F(BrowserTest, SpacePlaysButNeverInATextField) {
 
 TEST_F(BrowserTest, WhateverIsMappedATextFieldKeepsItsPlainKeys) {
     Count(Command::kNext);
-    i_prefs.Set("Single-key commands", CCFValue(true));
+    i_prefs.SetBool("Single-key commands", true);
     i_windowP->FollowPreferences();
     XActions& actions = i_windowP->Actions();
     actions.Keys().SetKeys(Command::kNext,
@@ -123,7 +123,7 @@ TEST_F(BrowserTest, WhatIsTypedInAListIsSearchedUnlessSingleKeysAreCommands) {
              {Qt::Key_Space, {}}, {Qt::Key_F, {}}, {Qt::Key_Right, Qt::AltModifier}, {Qt::Key_M, Qt::ControlModifier}})
         press(key, held);
     EXPECT_EQ(i_askedL, 4);
-    i_prefs.Set("Single-key commands", CCFValue(true));
+    i_prefs.SetBool("Single-key commands", true);
     i_windowP->FollowPreferences();
     type("m0");
     press(Qt::Key_Escape);
@@ -379,7 +379,7 @@ TEST_F(BrowserTest, PreferencesHoldAtOnce) {
         const std::string key = boxP->objectName().toStdString();
         const bool wasB = boxP->isChecked();
         boxP->setChecked(!wasB);
-        EXPECT_EQ(i_prefs.GetBool(key, wasB), !wasB) << key;
+        EXPECT_EQ(i_prefs.GetByName(key), CCFValue(!wasB)) << key;
     }
     const struct {
         const char* keyZ;
@@ -393,20 +393,21 @@ TEST_F(BrowserTest, PreferencesHoldAtOnce) {
         auto* const boxP = window.findChild<QDoubleSpinBox*>(n.keyZ);
         ASSERT_NE(boxP, nullptr) << n.keyZ;
         boxP->setValue(n.shown);
-        EXPECT_NEAR(i_prefs.Get(n.keyZ)->Number().value_or(0), n.stored, 1e-6) << n.keyZ;
+        EXPECT_NEAR(i_prefs.GetByName(n.keyZ)->Number().value_or(0), n.stored, 1e-6) << n.keyZ;
     }
     const char* const choices[] = {"Look (0=desktop, 1=dark, 2=light)",
                                    "Video Drawing (0=automatic, 1=processor, 2=OpenGL)"};
     for (const char* const keyZ : choices) {
         window.findChild<QComboBox*>(keyZ)->setCurrentIndex(2);
-        EXPECT_EQ(i_prefs.GetLong(keyZ, 0), 2) << keyZ;
+        EXPECT_EQ(i_prefs.GetByName(keyZ), CCFValue(2)) << keyZ;
     }
     i_windowP->FollowPreferences();
     EXPECT_EQ(Find<XSongTable>().font().pointSize(), 20);
     EXPECT_GE(Find<XSongTable>().rowHeight(0), QFontMetrics(Find<XSongTable>().font()).height());
     const XPreferencesWindow next(i_prefs, i_play, i_windowP->Actions(), nullptr);
     for (const QCheckBox* const boxP : next.findChildren<QCheckBox*>())
-        EXPECT_EQ(boxP->isChecked(), i_prefs.GetBool(boxP->objectName().toStdString())) << boxP->text().toStdString();
+        EXPECT_EQ(CCFValue(boxP->isChecked()), i_prefs.GetByName(boxP->objectName().toStdString()))
+            << boxP->text().toStdString();
     for (const char* const keyZ : choices) EXPECT_EQ(next.findChild<QComboBox*>(keyZ)->currentIndex(), 2) << keyZ;
     for (const auto& n : numbers)
         EXPECT_NEAR(next.findChild<QDoubleSpinBox*>(n.keyZ)->value(), n.shown, 1e-6) << n.keyZ;

@@ -1,8 +1,8 @@
 #include "SongFiles/CLibraryCommands.h"
 
 #include "Platform/CFileCalls_Faults.h"
-#include "SongFiles/CallOnDatabase.h"
 #include "SongFiles/SongFileTest.h"
+#include "Threads/CallOnMain.h"
 
 namespace {
 
@@ -162,7 +162,7 @@ TEST_F(LibraryCommands, TheTrashLeavesASongThatBeganToPlay) {
     bool begunB = false;
     faults.SetWatch([&](long, const char*, const Path& path) {   // while the third goes, when the first has gone
         if (path.filename() != "3.mp3" || std::exchange(begunB, true)) return;
-        (void)CallOnDatabase("play", i_databaseP->Self(), [&](CSongDatabase& database) {
+        (void)CallOnMain("play", i_databaseP->Self(), [&](CSongDatabase& database) {
             database.SetPlayingSong(firstID);
             return noErr;
         });

