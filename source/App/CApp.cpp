@@ -82,13 +82,16 @@ void CApp::RunStart() {
 }
 
 void CApp::RunQuit(Quit which) {
-    for (const AppStage& stage : QuitStages()) {
+    const auto guarded = [](const auto& work) {
         try {
-            if (!stage.words.empty()) ShowProgress(stage.words);
-            stage.actP(*this);
+            work();
         } catch (const std::exception& fault) {   // one subsystem's fault must not keep the others from saving
             LogF("### Error quitting: %s", fault.what());
         }
+    };
+    for (const AppStage& stage : QuitStages()) {
+        if (!stage.words.empty()) guarded([&] { ShowProgress(stage.words); });
+        guarded([&] { stage.actP(*this); });
     }
     Log(which == Quit::kShow ? "Quit Successful" : "### Error the start-up failed");
     i_self.Empty();

@@ -31,8 +31,12 @@ CAppLibrary::~CAppLibrary() = default;
 bool CAppLibrary::IsReady() const { return i_app.IsAppReady() && !i_app.NoMoreSaves(); }
 
 void CAppLibrary::DirtyChanged(bool dirtyB) {
-    i_app.Windows().SetDirtyMark(dirtyB);
     if (dirtyB) i_app.SetDirty(true);
+    try {
+        i_app.Windows().SetDirtyMark(dirtyB);
+    } catch (const std::exception& fault) {   // a save does not end by the mark that tells of it
+        LogF("### Error showing the mark of changes: %s", fault.what());
+    }
 }
 
 void CAppLibrary::StopPlayback() { i_app.StopCurrentSong(); }

@@ -58,6 +58,14 @@ void CAppSaves::Start() {
 }
 
 void CAppSaves::SaveLast() {
-    if (i_app.Parts().Find<CAppLibrary>() != nullptr) CQuitSave(i_app).Run();
+    // Others are told of what is flushed and written: what one of them throws costs a second try, and not the library.
+    for (int n = 0; n < 2 && i_app.Parts().Find<CAppLibrary>() != nullptr; ++n) {
+        try {
+            CQuitSave(i_app).Run();
+            break;
+        } catch (const std::exception& fault) {
+            LogF("### Error saving at quit: %s", fault.what());
+        }
+    }
     i_app.State().SetNoMoreSaves();
 }

@@ -31,6 +31,7 @@ public:
     virtual ~CSongDatabaseHost() = default;
     /** Off while the application starts and ends: nothing becomes dirty then. */
     [[nodiscard]] virtual bool IsReady() const { return true; }
+    /** In the middle of saves: throws nothing. */
     virtual void DirtyChanged(bool /*dirtyB*/) {}
     /** Renames the file, or folder, of a list whose name is still the old one. */
     virtual OSErr RenameListFile(const CPlayList& /*list*/, const SuperString& /*newName*/) { return noErr; }

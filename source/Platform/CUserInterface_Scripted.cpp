@@ -4,13 +4,16 @@ namespace {
 
 class CProgressView_Scripted final : public CProgressView {
 public:
-    explicit CProgressView_Scripted(std::vector<std::string>& lines) : i_lines(lines) {}
-    void SetText(std::string_view text) override { i_lines.emplace_back(text); }
+    explicit CProgressView_Scripted(CUserInterface_Scripted& user) : i_user(user) {}
+    void SetText(std::string_view text) override {
+        i_user.progress.emplace_back(text);
+        if (i_user.atProgress) i_user.atProgress(text);
+    }
     void SetSteps(std::size_t, std::size_t) override {}
     void Redraw() override {}
 
 private:
-    std::vector<std::string>& i_lines;
+    CUserInterface_Scripted& i_user;
 };
 
 template <class T>
@@ -34,7 +37,7 @@ Answer CUserInterface_Scripted::Ask(const Question& question) {
 
 std::unique_ptr<CProgressView> CUserInterface_Scripted::OpenProgress(std::string_view title) {
     progress.emplace_back(title);
-    return std::make_unique<CProgressView_Scripted>(progress);
+    return std::make_unique<CProgressView_Scripted>(*this);
 }
 
 std::optional<std::filesystem::path> CUserInterface_Scripted::ChooseFolder(std::string_view) {

@@ -1,5 +1,6 @@
 #pragma once
 #include <deque>
+#include <functional>
 
 #include "Platform/CUserInterface.h"
 
@@ -16,6 +17,8 @@ public:
     std::vector<Question> questions;
     std::vector<std::string> progress;
     std::vector<std::string> pages;
+    /** Called with each text of progress; what it throws, the interface throws. */
+    std::function<void(std::string_view text)> atProgress;
 
     void Alert(std::string_view message, std::string_view detail) override;
     Answer Ask(const Question& question) override;
