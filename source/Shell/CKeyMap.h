@@ -37,5 +37,5 @@ public:
 private:
     static std::size_t Index(Command command) { return static_cast<std::size_t>(command); }
 
-    std::array<Keys, static_cast<std::size_t>(Command::kQuit) + 1> i_keys;
+    std::array<Keys, kCommand_Count> i_keys;
 };

@@ -1,4 +1,5 @@
 #pragma once
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -7,10 +8,10 @@
 enum class Command : std::uint8_t {
     kPlayPause,
     kStop,
-    kNext,
-    kPrevious,
-    kGoBack,
     kRewind,
+    kPrevious,
+    kNext,
+    kGoBack,
     kSeekBack,
     kSeekForward,
     kSeekBackFar,
@@ -37,40 +38,42 @@ enum class Command : std::uint8_t {
     kNextDisplay,
     kShowVideo,
     kShowVideo2,
-    kShowTasks,
     kShowPreview,
-    kShowNotices,
+    kOpenFiles,
+    kOpenFolder,
     kPlaySelected,
     kPlayNext,
     kAddToList,
     kCopy,
     kPaste,
     kEditCell,
+    kFind,
+    kShowPlaying,
+    kShowUserOrder,
+    kUserOrder,
+    kReveal,
+    kConformNames,
+    kZip,
+    kUnzip,
+    kFindMissing,
+    kLocateMissing,
+    kRemoveDuplicates,
     kRemoveFromList,
     kRemoveFromLibrary,
     kTrashOriginals,
-    kReveal,
-    kZip,
-    kUnzip,
-    kConformNames,
-    kRemoveDuplicates,
-    kFindMissing,
-    kLocateMissing,
-    kShowPlaying,
-    kFind,
-    kUserOrder,
-    kShowUserOrder,
     kNewList,
-    kOpenList,
     kRenameList,
+    kOpenList,
     kDeleteList,
-    kOpenFiles,
-    kOpenFolder,
     kPreferences,
+    kQuit,
+    kShowTasks,
+    kShowNotices,
     kShortcuts,
     kAbout,
-    kQuit,
 };
+
+inline constexpr std::size_t kCommand_Count = static_cast<std::size_t>(Command::kAbout) + 1;
 
 /** Where a command's key works. */
 enum class CommandScope : std::uint8_t {
@@ -83,6 +86,9 @@ enum class CommandScope : std::uint8_t {
 
 enum class CommandGroup : std::uint8_t { kPlaying, kSound, kPicture, kSongs, kLists, kProgram };
 
+/** The menus of the main window, in their order; kSlip lies within the one before it. */
+enum class CommandMenu : std::uint8_t { kNone, kFile, kSongs, kPlay, kSound, kPicture, kSlip, kWindow, kHelp };
+
 /** One line of the table from which the menus, the keys, the page that changes them and the sheet of shortcuts are
     made. */
 struct CommandRow {
@@ -93,6 +99,8 @@ struct CommandRow {
     const char* titleZ;      // in menus and tables
     const char* toolTipZ;    // one line more
     std::string_view keys;   // the factory keys, portable names between blanks; empty for none
+    CommandMenu menu;
+    bool lineB = false;   // above it in the menu
 };
 
 [[nodiscard]] std::span<const CommandRow> CommandTable() noexcept;

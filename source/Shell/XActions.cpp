@@ -72,8 +72,13 @@ XActions::XActions(CKeyMap& keys) : i_keys(keys) {
 
 XActions::~XActions() = default;
 
-void XActions::On(Command command, std::function<void()> work) {
+void XActions::On(Command command, std::function<void()> work, std::function<bool()> ifB) {
     connect(&Get(command), &QAction::triggered, this, [work = std::move(work)] { work(); });
+    if (ifB) i_rules[command] = std::move(ifB);
+}
+
+void XActions::Refresh() {
+    for (const auto& [command, ifB] : i_rules) Get(command).setEnabled(ifB());
 }
 
 void XActions::Attach(CommandScope scope, QWidget& widget) {

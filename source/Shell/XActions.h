@@ -22,8 +22,10 @@ public:
     ~XActions() override;
 
     [[nodiscard]] QAction& Get(Command command) const { return *i_actions.at(command); }
-    /** What the command does; one each. */
-    void On(Command command, std::function<void()> work);
+    /** What the command does, one each; and when it can be given, without a rule always. Said by who owns the deed. */
+    void On(Command command, std::function<void()> work, std::function<bool()> ifB = {});
+    /** Something has changed that the rules ask. */
+    void Refresh();
     /** Its keys of CommandScope::kEverywhere work in this window from now on. */
     void AttachEverywhere(QWidget& window);
     /** The keys of one scope work while `widget`, or what is in it, has the focus. */
@@ -52,6 +54,7 @@ private:
     bool i_singleKeysB = false;
     const QObject* i_tabbedP = nullptr;      // has the focus, and got it by Tab; compared, never used
     std::map<Command, QAction*> i_actions;   // children
+    std::map<Command, std::function<bool()>> i_rules;
 };
 
 /** Without single-key commands `key` of this command works, if anywhere, in the video windows alone. */

@@ -18,12 +18,14 @@
 #include "Shell/CSongTableModel.h"
 #include "Shell/XActions.h"
 #include "Shell/XBrowserMenus.h"
+#include "Shell/XFileAdder.h"
 #include "Shell/XNoticeBar.h"
 #include "Shell/XNoticesWindow.h"
 #include "Shell/XOutputPanel.h"
 #include "Shell/XPreferencesWindow.h"
 #include "Shell/XPreviewPane.h"
 #include "Shell/XShortcutSheet.h"
+#include "Shell/XSongCommands.h"
 #include "Shell/XSongTable.h"
 #include "Shell/XSourceList.h"
 #include "Shell/XTasksButton.h"
@@ -102,11 +104,11 @@ XBrowserWindow::XBrowserWindow(BrowserSetup setup) : i_setup(std::move(setup)) {
 
     MakeStatus();
     i_menusP = new XBrowserMenus(*this, *i_actions, i_setup.play);
+    i_adderP = new XFileAdder(
+        i_setup, *i_actions, [this] { return i_model->ListID(); }, *this);
+    i_songsP = new XSongCommands(i_setup, *i_actions, *i_tableP, *i_model, *i_adderP, *this);
     Connect();
     ConnectLists();
-    ConnectLibrary();
-    ConnectFiles();
-    ConnectRows();
     ShowList(kPlaylistID_Library);
     PlayTold();
     FollowPreferences();
@@ -246,17 +248,15 @@ void XBrowserWindow::FollowPreferences() {
     const bool namesB = i_setup.prefs.GetBool("Allow Name Editing");
     i_model->SetNamesLocked(!namesB);
     i_sourcesP->SetNamesLocked(!namesB);
-    EnableList();
+    i_actions->Refresh();
     i_tableP->SetEditWait(i_setup.prefs.GetFloat("Seconds to wait after click to edit"));
     i_transportP->SetTimeDisplay(i_setup.prefs.GetLong(kPref_TimeDisplay) == 1);
     ShowPreview();
 }
 
-void XBrowserWindow::EnableList() {
+bool XBrowserWindow::IsOwnList() const {
     const CPlayList* const listP = i_model->List();
-    const bool ownB = listP != nullptr && listP->Type() == kSourceDB_PLAYLIST;
-    i_actions->Get(Command::kRenameList).setEnabled(ownB && !i_sourcesP->NamesLocked());
-    i_actions->Get(Command::kDeleteList).setEnabled(ownB);
+    return listP != nullptr && listP->Type() == kSourceDB_PLAYLIST;
 }
 
 void XBrowserWindow::ShowPreview() {
@@ -283,25 +283,26 @@ void XBrowserWindow::Connect() {
     i_actions->Attach(CommandScope::kEverywhere, *this);
     i_actions->Attach(CommandScope::kBrowser, *this);
     i_actions->On(kPlayPause, [this] { PlayOrPause(); });
-    i_actions->On(kPlaySelected, [this] { PlaySelected(1); });
-    i_actions->On(kEditCell, [this] { i_tableP->EditCurrent(); });
-    i_actions->On(kShowPlaying, [this] {
-        if (i_setup.database.GetPlayList(i_setup.play.CurrentList()) == nullptr) return;
-        i_searchP->clear();
-        ShowList(i_setup.play.CurrentList());
-        i_model->Settle();
-        i_tableP->SelectItem(i_setup.play.CurrentItem());
-        i_tableP->setFocus();
-    });
+    const auto rowsB = [this] { return i_model->rowCount() > 0; };
+    i_actions->On(
+        kPlaySelected, [this] { PlaySelected(1); }, rowsB);
+    i_actions->On(
+        kEditCell, [this] { i_tableP->EditCurrent(); }, rowsB);
+    i_actions->On(
+        kShowPlaying,
+        [this] {
+            if (i_setup.database.GetPlayList(i_setup.play.CurrentList()) == nullptr) return;
+            i_searchP->clear();
+            ShowList(i_setup.play.CurrentList());
+            i_model->Settle();
+            i_tableP->SelectItem(i_setup.play.CurrentItem());
+            i_tableP->setFocus();
+        },
+        [this] { return i_setup.play.State() != PlayState::kIdle; });
     i_actions->On(kFind, [this] {
         i_searchP->setFocus(Qt::ShortcutFocusReason);
         i_searchP->selectAll();
     });
-    i_actions->On(kUserOrder, [this] {
-        if (CPlayList* const listP = i_model->List(); listP != nullptr) listP->MakeUserOrder();
-    });
-    i_actions->On(kOpenFiles, [this] { AskForFiles(); });
-    i_actions->On(kOpenFolder, [this] { AskForFolder(); });
     i_actions->Get(kShowPreview).setCheckable(true);
     i_actions->On(kShowPreview, [this] {
         i_setup.prefs.SetBool(kPref_Preview, i_actions->Get(kShowPreview).isChecked());
@@ -327,7 +328,10 @@ void XBrowserWindow::Connect() {
     connect(i_sourcesP, &XSourceList::Typed, this, &XBrowserWindow::TypeSearch);
     for (QWidget* const listP : std::initializer_list<QWidget*>{i_tableP, i_sourcesP}) listP->installEventFilter(this);
     connect(i_model.get(), &CSongTableModel::StateChanged, this, &XBrowserWindow::ShowState);
-    connect(i_model.get(), &CSongTableModel::FilesDropped, this, &XBrowserWindow::AddFiles);
+    connect(i_model.get(), &CSongTableModel::FilesDropped, i_adderP, &XFileAdder::Add);
+    connect(i_adderP, &XFileAdder::Told, this, &XBrowserWindow::SetStatus);
+    connect(i_adderP, &XFileAdder::SongAdded, this, &XBrowserWindow::ShowAdded);
+    connect(i_songsP, &XSongCommands::Told, this, &XBrowserWindow::SetStatus);
 
     i_typing.setSingleShot(true);
     i_typing.setInterval(kTyping_Milliseconds);
@@ -342,7 +346,7 @@ void XBrowserWindow::Connect() {
 void XBrowserWindow::ConnectLists() {
     using enum Command;
     connect(i_sourcesP, &XSourceList::Chosen, this, &XBrowserWindow::ShowList);
-    connect(i_sourcesP, &XSourceList::FilesDropped, this, &XBrowserWindow::AddFiles);
+    connect(i_sourcesP, &XSourceList::FilesDropped, i_adderP, &XFileAdder::Add);
     i_actions->On(kNewList, [this] {
         const PlaylistID list = i_setup.commands.NewPlaylist({}).ID();
         i_sourcesP->EditName(list);
@@ -351,7 +355,17 @@ void XBrowserWindow::ConnectLists() {
         (void)i_setup.commands.RenamePlaylist(list, SuperString(name.toStdString()));   // tells its own failure
     });
     i_actions->On(kOpenList, [this] { GoToSongs(); });
-    i_actions->On(kRenameList, [this] { i_sourcesP->EditName(i_sourcesP->Selected()); });
+    i_actions->On(
+        kRenameList, [this] { i_sourcesP->EditName(i_sourcesP->Selected()); },
+        [this] { return IsOwnList() && !i_sourcesP->NamesLocked(); });
+    i_actions->On(
+        kDeleteList,
+        [this] {
+            const CPlayList* const listP = i_setup.database.GetPlayList(i_sourcesP->Selected());
+            if (listP != nullptr && listP->Type() == kSourceDB_PLAYLIST)
+                (void)i_setup.commands.DeletePlaylist(listP->ID());
+        },
+        [this] { return IsOwnList(); });
 }
 
 void XBrowserWindow::ShowList(PlaylistID list) {
@@ -364,7 +378,6 @@ void XBrowserWindow::ShowList(PlaylistID list) {
         i_model->SetList(list);
     }
     i_listNameP->SetText(QtText(listP->Name()));
-    EnableList();
     ShowState();
 }
 
@@ -395,7 +408,7 @@ void XBrowserWindow::ShowState() {
     if (listP->IsSorting()) text += tr(", sorting…");
     i_countP->SetValue(text);
     i_listNameP->SetText(QtText(listP->Name()));
-    EnableSongs();
+    i_songsP->Refresh();
     if (i_model->IsFiltering())
         i_tableP->SetHint(i_model->IsLooking() ? tr("Looking…") : tr("Nothing found"),
                           i_model->IsLooking() ? QString() : tr("Escape in the search field shows all songs again."));
@@ -413,6 +426,16 @@ void XBrowserWindow::GoToSongs() {
     if (!i_tableP->selectionModel()->hasSelection() && i_model->rowCount() > 0) i_tableP->selectRow(0);
 }
 
+void XBrowserWindow::ShowAdded(SongID song) {
+    const CSong* const songP = i_setup.database.GetSong(song);
+    if (songP == nullptr) return;
+    i_model->Settle();
+    if (i_model->ListID() == kPlaylistID_Library) i_tableP->SelectItem(songP->LibraryItem());
+    const bool playB = i_setup.prefs.GetBool("Auto-play when you add single song to Library");
+    if (playB && i_setup.play.State() == PlayState::kIdle)
+        (void)i_setup.play.Play(kPlaylistID_Library, songP->LibraryItem());
+}
+
 // ---- Play ----
 
 void XBrowserWindow::PlayTold() {
@@ -423,7 +446,6 @@ void XBrowserWindow::PlayTold() {
     CSong* const songP = idleB || Number(i_setup.play.CurrentSong()) <= 0
                              ? nullptr
                              : i_setup.database.GetSong(i_setup.play.CurrentSong());
-    i_actions->Get(Command::kShowPlaying).setEnabled(!idleB);
     setWindowTitle(songP == nullptr ? "Vopla[*]" : QtText(songP->Name()) + "[*] - Vopla");
 }
 
@@ -444,7 +466,7 @@ void XBrowserWindow::PlayItem(PLItemID item, long confirmModeL) {
 }
 
 void XBrowserWindow::PlaySelected(long confirmModeL) {
-    if (const SDB_Selection selection = Selected(); selection.Count() > 1)
+    if (const SDB_Selection selection = i_songsP->Selected(); selection.Count() > 1)
         (void)i_setup.play.Play(selection);   // asks; nothing is played
     else
         PlayItem(i_tableP->CurrentItem(), confirmModeL);

@@ -1,20 +1,14 @@
 #pragma once
-#include <filesystem>
-#include <functional>
 #include <memory>
 #include <QMainWindow>
 #include <QPointer>
 #include <QTimer>
 
-#include "App/CNotices.h"
 #include "App/CTaskList.h"
-#include "Library/CSongDatabase.h"
+#include "Library/LibraryIDs.h"
+#include "Shell/BrowserSetup.h"
 #include "Shell/CKeyMap.h"
 
-class CGraphicsPorts;
-class CLibraryCommands;
-class CPlayControl;
-class CPreferences;
 class CSongTableModel;
 class QAction;
 class QBoxLayout;
@@ -24,27 +18,17 @@ class QSplitter;
 class XActions;
 class XBrowserMenus;
 class XElidedLabel;
+class XFileAdder;
 class XNoticeBar;
 class XNoticesWindow;
 class XPreferencesWindow;
 class XShortcutSheet;
+class XSongCommands;
 class XSongTable;
 class XSourceList;
 class XTasksButton;
 class XTransport;
 class XValueLabel;
-
-/** What the main window shows and orders about; all outlive it. */
-struct BrowserSetup {
-    CSongDatabase& database;
-    CPlayControl& play;
-    CPreferences& prefs;
-    CLibraryCommands& commands;
-    CNotices& notices;
-    CGraphicsPorts* portsP = nullptr;   // of the preview; null leaves it out
-    /** CApp::ConfirmManualSongChange. */
-    std::function<void(long, std::function<void()>)> ifInterruptible = [](long, const auto& then) { then(); };
-};
 
 /** The main window: the lists at the left over the preview, the songs of one of them at the right, the transport above.
     Threads  main. */
@@ -66,8 +50,6 @@ public:
     /** What works in the background: a button in the status line while there is anything. */
     void ShowTasks(const std::vector<TaskRow>& rows);
     void NoticesChanged();
-    /** Adds files and folders to the library, and their songs to a list of the user's. */
-    void AddFiles(const QStringList& paths, PlaylistID list, RowIndex where);
 
 signals:
     void CloseAsked();
@@ -104,26 +86,9 @@ private:
     /** The one song that is selected; several are refused with a question. */
     void PlaySelected(long confirmModeL);
     void PlayOrPause();
-    void ConnectLibrary();
-    void ConnectFiles();
-    void ConnectRows();
-    void EnableList();
     void ShowPreview();
-    void PlayNext();
-    void AddToList();
-    void Paste();
-    /** The list is sorted: says by what, and offers the order in which rows can be moved. */
-    void OfferUserOrder(const QPoint& global);
-    /** In the user's order; the end of the list where another one is shown, or nothing is selected. */
-    [[nodiscard]] RowIndex RowBehindSelection() const;
-    [[nodiscard]] SDB_Selection Selected() const;
-    /** The songs' commands can be given when they would do something with one of the rows. */
-    void EnableSongs();
-    static void TellFailure(OSErr err);
-    /** The user chooses what to add to the list that is shown, from where it was the last time. */
-    void AskForFiles();
-    void AskForFolder();
-    [[nodiscard]] QString FolderToAddFrom() const;
+    /** A list of the user's own is chosen. */
+    [[nodiscard]] bool IsOwnList() const;
     void SavePlaces();
     /** One song came: it is shown, and played when nothing else is. */
     void ShowAdded(SongID song);
@@ -145,6 +110,8 @@ private:
     XElidedLabel* i_listNameP = nullptr;
     QWidget* i_previewP = nullptr;   // null without a picture to show
     XBrowserMenus* i_menusP = nullptr;
+    XFileAdder* i_adderP = nullptr;
+    XSongCommands* i_songsP = nullptr;
     QSplitter* i_sideP = nullptr;   // the lists over the preview
     QBoxLayout* i_barP = nullptr;   // the list's name and the search
     QSplitter* i_splitterP = nullptr;

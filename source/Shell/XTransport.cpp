@@ -281,16 +281,22 @@ void XTransport::Connect() {
         ShowTime();
     };
     const auto volumeBy = [this](int percent) { i_volumeP->setValue(i_volumeP->value() + percent); };
-    const std::pair<Command, std::function<void()>> works[] = {
-        {Command::kStop, [this] { i_ifInterruptible([&play = i_play] { play.Stop(); }); }},
+    const auto playsB = [this] { return i_play.State() != PlayState::kIdle; };
+    const struct {
+        Command command;
+        std::function<void()> work;
+        std::function<bool()> ifB = {};
+    } works[] = {
+        {Command::kStop, [this] { i_ifInterruptible([&play = i_play] { play.Stop(); }); }, playsB},
         {Command::kNext, [this] { i_ifInterruptible([&play = i_play] { (void)play.PlayNext(); }); }},
         {Command::kPrevious, [this] { i_ifInterruptible([&play = i_play] { (void)play.PlayPrevious(); }); }},
-        {Command::kGoBack, [this] { (void)i_play.GoBack(); }},   // never asks: a singer waits
-        {Command::kRewind, [this] { i_play.Rewind(); }},
-        {Command::kSeekBack, [seekBy] { seekBy(-5); }},
-        {Command::kSeekForward, [seekBy] { seekBy(5); }},
-        {Command::kSeekBackFar, [seekBy] { seekBy(-30); }},
-        {Command::kSeekForwardFar, [seekBy] { seekBy(30); }},
+        {Command::kGoBack, [this] { (void)i_play.GoBack(); },   // never asks: a singer waits
+         [this] { return i_play.InterruptedSong().has_value(); }},
+        {Command::kRewind, [this] { i_play.Rewind(); }, playsB},
+        {Command::kSeekBack, [seekBy] { seekBy(-5); }, playsB},
+        {Command::kSeekForward, [seekBy] { seekBy(5); }, playsB},
+        {Command::kSeekBackFar, [seekBy] { seekBy(-30); }, playsB},
+        {Command::kSeekForwardFar, [seekBy] { seekBy(30); }, playsB},
         {Command::kVolumeUp, [volumeBy] { volumeBy(kVolume_Step); }},
         {Command::kVolumeDown, [volumeBy] { volumeBy(-kVolume_Step); }},
         {Command::kMute, [this] { i_play.SetMute(!i_play.IsMuted()); }},
@@ -310,22 +316,25 @@ void XTransport::Connect() {
          [this] {
              (void)i_play.SlipSong(1);
              ShowSlip();
-         }},
+         },
+         playsB},
         {Command::kSlipSongLater,
          [this] {
              (void)i_play.SlipSong(-1);
              ShowSlip();
-         }},
+         },
+         playsB},
         {Command::kSlipSongReset,
          [this] {
              (void)i_play.SetSongSlip300(0);
              ShowSlip();
-         }},
+         },
+         playsB},
         {Command::kSlipAllEarlier, [this] { (void)i_play.SlipGlobal(1); }},
         {Command::kSlipAllLater, [this] { (void)i_play.SlipGlobal(-1); }},
         {Command::kSlipAllReset, [this] { (void)i_play.SetGlobalSlip300(0); }},
     };
-    for (const auto& [command, work] : works) i_actions.On(command, work);
+    for (const auto& [command, work, ifB] : works) i_actions.On(command, work, ifB);
 
     connect(i_seekP, &XSeekBar::SeekAsked, this, [this](long time300) {
         i_play.SeekTo300(time300);
@@ -350,10 +359,7 @@ void XTransport::PlayChanged() {
     i_playP->setIcon(Icon(runsB ? IconKind::kPause : IconKind::kPlay, IconInk::kOnAccent));
     i_playP->setAccessibleName(runsB ? tr("Pause") : tr("Play"));
     const bool idleB = i_play.State() == PlayState::kIdle;
-    for (const Command command :
-         {Command::kStop, Command::kRewind, Command::kSlipSongEarlier, Command::kSlipSongLater, Command::kSlipSongReset,
-          Command::kSeekBack, Command::kSeekForward, Command::kSeekBackFar, Command::kSeekForwardFar})
-        i_actions.Get(command).setEnabled(!idleB);
+    i_actions.Refresh();
     const SongID song = idleB ? SongID{0} : i_play.CurrentSong();
     if (std::exchange(i_song, song) != song) i_seekP->ForgetDrag();
     ShowSong();
@@ -387,7 +393,7 @@ void XTransport::SettingsChanged() {
     i_oneLevelP->setChecked(i_play.IsOneLevel());
 }
 
-void XTransport::GoBackChanged() { i_actions.Get(Command::kGoBack).setEnabled(i_play.InterruptedSong().has_value()); }
+void XTransport::GoBackChanged() { i_actions.Refresh(); }
 
 void XTransport::ShowSlip() {
     const double slipT = i_play.State() == PlayState::kIdle ? 0 : i_play.SlipT();

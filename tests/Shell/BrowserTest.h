@@ -72,8 +72,8 @@ protected:
     void Count(Command command) {
         QAction& action = i_windowP->Actions().Get(command);
         action.disconnect(SIGNAL(triggered(bool)));
-        action.setEnabled(true);
-        QObject::connect(&action, &QAction::triggered, i_windowP.get(), [this] { ++i_askedL; });
+        i_windowP->Actions().On(command, [this] { ++i_askedL; }, [] { return true; });
+        i_windowP->Actions().Refresh();
     }
     void Turn() {
         ASSERT_TRUE(RunUntil([n = 0]() mutable {

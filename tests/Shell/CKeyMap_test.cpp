@@ -15,7 +15,7 @@ TEST(CKeyMap, EveryCommandStandsInItsPlaceUnderAnIdOfItsOwn) {
         EXPECT_EQ(static_cast<std::size_t>(CommandTable()[n].command), n);
         EXPECT_TRUE(ids.insert(CommandTable()[n].id).second) << CommandTable()[n].id;
     }
-    EXPECT_EQ(CommandTable().size(), static_cast<std::size_t>(Command::kQuit) + 1);
+    EXPECT_EQ(CommandTable().size(), kCommand_Count);
 }
 
 TEST(CKeyMap, FactoryKeysAreKeysAndNotInConflict) {
