@@ -72,7 +72,8 @@ protected:
     void Count(Command command) {
         QAction& action = i_windowP->Actions().Get(command);
         action.disconnect(SIGNAL(triggered(bool)));
-        i_windowP->Actions().On(command, [this] { ++i_askedL; }, [] { return true; });
+        i_windowP->Actions().On(
+            command, [this] { ++i_askedL; }, [] { return true; });
         i_windowP->Actions().Refresh();
     }
     void Turn() {
