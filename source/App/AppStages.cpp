@@ -11,6 +11,7 @@
 #include "App/CAppWindowSet.h"
 #include "App/IdleTimers.h"
 #include "App/StartSteps.h"
+#include "Core/Localize.h"
 #include "Graphics/CHq4x.h"
 
 namespace {
@@ -46,7 +47,7 @@ constexpr AppStage kStart[] = {
     {"Creating QuickTime Components menu…"},
     {"Finishing menu creation"},
     {"Initializing Fast CDG Upscaling", [](CApp&) { CHq4x::InitTables(); }},
-    {"Building Venues", [](CApp& app) { app.SetStatus("Loading…"); }},
+    {"Building Venues", [](CApp& app) { app.SetStatus(Localize("Loading…")); }},
     {"Loading Zipper"},
     {"Initializing Microphone"},
     {"Showing Windows", kAct<&CAppWindowSet::Show>},

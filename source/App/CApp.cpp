@@ -20,6 +20,7 @@
 #include "App/ScopedValue.h"
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
+#include "Core/Localize.h"
 #include "Files/CFolderKinds.h"
 #include "Platform/BesideShow.h"
 #include "Platform/CClock.h"
@@ -224,11 +225,11 @@ void CApp::ConfirmManualSongChange(long modeL, std::function<void()> then) {
 
 Question CApp::InterruptQuestion() {
     Question question;
-    question.title = "Are you sure?";
-    question.text = "Are you sure you want to interrupt the current song?";
+    question.title = Localize("Are you sure?");
+    question.text = Localize("Are you sure you want to interrupt the current song?");
     if (const CSongPlay* const playP = Play().Current(); playP != nullptr)
-        question.text += "\n\n“" + playP->Spec().name + "” plays.";
-    question.buttons = {"Yes", "Cancel"};
+        question.text += "\n\n" + Localize("“%1” plays.", {playP->Spec().name});
+    question.buttons = {Localize("Yes"), Localize("Cancel")};
     question.defaultIndex = 1;
     question.safeIndex = 1;
     return question;

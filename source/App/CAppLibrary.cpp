@@ -9,6 +9,7 @@
 #include "App/CNotices.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
+#include "Core/Localize.h"
 #include "Files/CFolderKinds.h"
 #include "Files/FileURL.h"
 #include "Platform/CClock.h"
@@ -95,13 +96,13 @@ bool CAppLibrary::FindMusicFolder(CFileRef& root) {
         if (!Failed(err)) return true;
         if (Failed(LogStep(err, "finding the music folder")) && i_app.IsShutdown()) return false;
 
-        const std::string name = kApp_ProductName;
         Question question;
-        question.title.append("“").append(name).append("” folder not found");
-        question.text = "There was a problem locating your “" + name +
-                        "” folder.  Is it perhaps an alias to an offline volume? " +
-                        FaultText(err, FaultOf::kFolder, root.GetPath().string());
-        question.buttons = {"Quit", "Try again", "Find it"};
+        question.title = Localize("“%1” folder not found", {kApp_ProductName});
+        question.text = Localize(
+            "There was a problem locating your “%1” folder.  Is it perhaps an alias to an offline "
+            "volume? %2",
+            {kApp_ProductName, FaultText(err, FaultOf::kFolder, root.GetPath().string())});
+        question.buttons = {Localize("Quit"), Localize("Try again"), Localize("Find it")};
         question.defaultIndex = kTryAgain;
         question.safeIndex = kQuit;   // nobody in front: it must not ask for ever
         const std::size_t button = i_app.Ui().Ask(question).buttonIndex;
@@ -123,7 +124,7 @@ OSErr CAppLibrary::LoadFrom(LibraryPlaces places) {
         err = i_lock.Take(places.root);
     }
     if (Failed(err)) {
-        i_app.Ui().Alert("The library is in use by another program.", places.root.GetPath().string());
+        i_app.Ui().Alert(Localize("The library is in use by another program."), places.root.GetPath().string());
         return err;
     }
     i_store = std::make_unique<CLibraryStore>(i_database, std::move(places), *this, &i_app.Saves().BackOff());
@@ -139,7 +140,8 @@ void CAppLibrary::Sort() {
 void CAppLibrary::Ready() {
     if (!i_loadedB) return;
     if (i_lostL > 0)
-        MessageAlert("Umm, sorry, but I've somehow lost track of this many songs: " + std::to_string(i_lostL));
+        MessageAlert(
+            Localize("Umm, sorry, but I've somehow lost track of this many songs: %1", {std::to_string(i_lostL)}));
     i_store->AfterStart();
     i_store->BeginChanges();
     SongCached();   // by another run, or the limits are others now

@@ -1,6 +1,7 @@
 #include "App/CAppMeta.h"
 
 #include "App/CApp.h"
+#include "Core/Localize.h"
 
 namespace {
 
@@ -8,6 +9,7 @@ constexpr BoolPref kPref_MoveArticles = "Move 'The' to end of Artits title";
 
 MetaSetup SetupOf(const CPreferences& prefs) {
     MetaSetup setup;
+    setup.traits.translate = [](const char* textZ) { return SuperString(Localize(textZ)); };
     setup.traits.showSingerIDB = prefs.GetBool("Show Singer ID");
     setup.moveArticlesB = prefs.GetBool(kPref_MoveArticles);
     setup.software = CApp::DisplayName();

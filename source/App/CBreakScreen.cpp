@@ -6,6 +6,7 @@
 #include "App/CApp.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
+#include "Core/Localize.h"
 #include "Graphics/CGraphicsPorts.h"
 #include "Graphics/COffscreen.h"
 #include "Movies/CAS_QuickTimeVideo.h"
@@ -45,7 +46,8 @@ void CBreakScreen::Take(const std::filesystem::path& file, BreakPicture picture,
     if (picture.movieP != nullptr) overlay = std::make_unique<CBreakOverlay>(std::move(picture.movieP));
     Show(std::move(overlay));
     if (Failed(LogStep(err, "reading the break picture", file)) && i_tellB)
-        MessageAlert("The break picture could not be read: " + file.filename().string(), FaultText(err, file));
+        MessageAlert(Localize("The break picture could not be read: %1", {file.filename().string()}),
+                     FaultText(err, file));
 }
 
 void CBreakScreen::Show(std::unique_ptr<CBreakOverlay> overlay) {

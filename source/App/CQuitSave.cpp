@@ -10,6 +10,7 @@
 #include "App/LocalTime.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
+#include "Core/Localize.h"
 #include "Files/FSrObjects.h"
 #include "Platform/CFolders.h"
 #include "Platform/CUserInterface.h"
@@ -50,17 +51,19 @@ OSErr CQuitSave::SaveOnce() {
 CQuitSave::Wish CQuitSave::Ask(OSErr err) {
     const CFileRef root = Library().Store()->Root();
     Question question;
-    question.title = "Your library could not be saved";
+    question.title = Localize("Your library could not be saved");
     question.text =
-        "The changes that you made could not be written to “" + root.GetPath().string() + "”.\n" +
-        FaultText(err, FaultOf::kFolder, {}) +
-        "\n\nYou can try again, for instance after making room on the disk, or write a whole copy of the library "
-        "into another folder. " +
+        Localize("The changes that you made could not be written to “%1”.", {root.GetPath().string()}) + "\n" +
+        FaultText(err, FaultOf::kFolder, {}) + "\n\n" +
+        Localize(
+            "You can try again, for instance after making room on the disk, or write a whole copy of the library "
+            "into another folder.") +
+        " " +
         (i_noCopyB ? std::string()
-                   : "If you quit all the same, Vopla writes a copy beside its log, in “" +
-                         CLog::Get().File().parent_path().string() + "”.") +
+                   : Localize("If you quit all the same, Vopla writes a copy beside its log, in “%1”.",
+                              {CLog::Get().File().parent_path().string()})) +
         std::exchange(i_copyFailure, {});
-    question.buttons = {"Try Again", "Save a Copy Elsewhere…", "Quit All the Same"};
+    question.buttons = {Localize("Try Again"), Localize("Save a Copy Elsewhere…"), Localize("Quit All the Same")};
     question.defaultIndex = static_cast<std::size_t>(Wish::kTryAgain);
     question.safeIndex = static_cast<std::size_t>(Wish::kQuit);
     return static_cast<Wish>(i_app.Ui().Ask(question).buttonIndex);
@@ -76,12 +79,12 @@ CFileRef CQuitSave::NewFolderIn(const CFileRef& parent) const {
 }
 
 bool CQuitSave::CopyElsewhere() {
-    const auto chosen = i_app.Ui().ChooseFolder("Where shall the copy of your library be written?");
+    const auto chosen = i_app.Ui().ChooseFolder(Localize("Where shall the copy of your library be written?"));
     if (!chosen) return false;
     const CFileRef folder = NewFolderIn(CFileRef(*chosen));
     if (const OSErr err = CopyInto(folder); Failed(err)) {
-        i_copyFailure = "\n\nThe copy could not be written to “" + folder.GetPath().string() +
-                        "”: " + FaultText(err, FaultOf::kFolder, {});
+        i_copyFailure = "\n\n" + Localize("The copy could not be written to “%1”: %2",
+                                          {folder.GetPath().string(), FaultText(err, FaultOf::kFolder, {})});
         return false;
     }
     LogF("A copy of the library was saved as <%s>", folder.GetPath().c_str());
@@ -96,18 +99,19 @@ OSErr CQuitSave::CopyInto(const CFileRef& folder) {
 }
 
 bool CQuitSave::CopyAnywhere() {
-    std::string told = "The library could not be saved, nor a copy of it.";
+    std::string told = Localize("The library could not be saved, nor a copy of it.");
     for (const CFileRef::Path& place : {CLog::Get().File().parent_path(), CFolders::Home(), CFolders::Temp()}) {
         const CFileRef folder = NewFolderIn(CFileRef(place));
         const OSErr err = CopyInto(folder);
         if (!Failed(err)) {
-            Tell("The library could not be saved. A whole copy of it is in “" + folder.GetPath().string() + "”.");
+            Tell(Localize("The library could not be saved. A whole copy of it is in “%1”.",
+                          {folder.GetPath().string()}));
             return true;
         }
         told += "\n" + FaultText(err, FaultOf::kFolder, folder.GetPath().string());
     }
     Tell(told);
-    i_copyFailure = "\n\n" + told + "\nIf you quit now, what you changed is lost.";
+    i_copyFailure = "\n\n" + told + "\n" + Localize("If you quit now, what you changed is lost.");
     return false;
 }
 

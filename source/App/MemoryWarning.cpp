@@ -1,5 +1,7 @@
 #include "App/MemoryWarning.h"
 
+#include "Core/Localize.h"
+
 #include <fstream>
 
 namespace {
@@ -20,6 +22,8 @@ std::optional<std::string> MemoryWarning(std::uint64_t freeBytes, CFDate lastTol
     const double sinceT = now.absoluteT - lastTold.absoluteT;
     const bool toldB = sinceT >= 0 && sinceT < kTold_AgainT;   // a date to come is of a clock that went wrong
     if (freeBytes >= kMemory_Wanted || toldB) return std::nullopt;
-    return "Only " + std::to_string(freeBytes >> 20) + " MB of memory are free, and a show with movies may want " +
-           std::to_string(kMemory_Wanted >> 20) + " MB. Please quit other programs before the show begins.";
+    return Localize(
+        "Only %1 MB of memory are free, and a show with movies may want %2 MB. Please quit other programs "
+        "before the show begins.",
+        {std::to_string(freeBytes >> 20), std::to_string(kMemory_Wanted >> 20)});
 }

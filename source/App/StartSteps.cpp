@@ -9,6 +9,7 @@
 #include "App/MemoryWarning.h"
 #include "App/SystemFacts.h"
 #include "Core/CLog.h"
+#include "Core/Localize.h"
 #include "Files/CFileRef.h"
 #include "Files/FSrFolders.h"
 #include "Platform/CClock.h"
@@ -28,14 +29,14 @@ void LogSystemFacts(CApp& /*app*/) {
 
 void TestMediaLibrary(CApp& /*app*/) {
     if (MediaLibraryVersion() >= kMediaLibrary_Minimum) return;
-    FatalAlert("Vopla requires FFmpeg 5.0 or greater.");
+    FatalAlert(Localize("Vopla requires FFmpeg 5.0 or greater."));
 }
 
 void FindApplicationFolder(CApp& app) {
     std::error_code err;
     if (std::filesystem::is_directory(app.Setup().resources, err)) return;
     Log("Failed!");
-    FatalAlert("Could not get app bundle");
+    FatalAlert(Localize("Could not get app bundle"));
 }
 
 namespace {
@@ -48,14 +49,14 @@ void WarnOfMemory(CPreferences& prefs) {
     const auto warning = freeL ? MemoryWarning(*freeL, prefs.GetDate(kPref_MemoryTold), now) : std::nullopt;
     if (!warning) return;
     prefs.SetDate(kPref_MemoryTold, now);
-    CAlerts::Queue("Your computer is short of memory.", *warning);   // the start is not held up by it
+    CAlerts::Queue(Localize("Your computer is short of memory."), *warning);   // the start is not held up by it
 }
 
 }   // namespace
 
 void MarkReady(CApp& app) {
     if (!app.Setup().lastQuitCleanB) Log("the last session did not end with its quit: it may have crashed");
-    app.SetStatus("Ready!");
+    app.SetStatus(Localize("Ready!"));
     app.State().SetReady();
     app.Parts().ForEach("getting ready", [](CAppPart& part) { part.Ready(); });
     if (app.IsLibraryLoaded()) WarnOfMemory(app.Prefs());

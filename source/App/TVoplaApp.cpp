@@ -6,6 +6,7 @@
 #include "App/PreferenceRequest.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
+#include "Core/Localize.h"
 #include "Library/CSongDatabase.h"
 #include "Platform/CMainLoop.h"
 #include "Platform/CUserInterface.h"
@@ -98,7 +99,7 @@ void TVoplaApp::OnSecondInstance(const LaunchFiles& files) {
             return;
         }
         if (files.empty()) {
-            MessageAlert("You can't run more than one copy of Vopla at once!");
+            MessageAlert(Localize("You can't run more than one copy of Vopla at once!"));
             return;
         }
         for (const std::string& file : files) Log(file);
@@ -118,12 +119,14 @@ std::string TVoplaApp::OnRequest(std::string_view request) {
 void TVoplaApp::OpenFiles(const LaunchFiles& files) {
     if (files.empty() || i_app == nullptr || i_app->IsInitializing() || i_app->IsShutdown()) return;
     const std::string& name = files.front();
-    const auto tell = [name](const std::string& why) { MessageAlert("The file could not be opened: " + name, why); };
+    const auto tell = [name](const std::string& why) {
+        MessageAlert(Localize("The file could not be opened: %1", {name}), why);
+    };
     const auto done = [this, name, tell](const AddedFiles& added) {
         if (i_app == nullptr || i_app->IsShutdown()) return;   // it came while the application went
         if (added.songs.empty())
             return tell(added.refused.empty() ? FaultText(fnfErr, name) : added.refused.front().Reason());
-        if (!added.refused.empty()) MessageAlert("Some files could not be added.", added.RefusedText());
+        if (!added.refused.empty()) MessageAlert(Localize("Some files could not be added."), added.RefusedText());
         ShowOpened(added.songs);
     };
     if (const OSErr err = AddFilesToLibrary(i_app->Database(), {files.begin(), files.end()}, done); Failed(err))
@@ -137,8 +140,8 @@ void TVoplaApp::ShowOpened(const std::vector<SongID>& songs) {
     const bool playB = songs.size() == 1 && i_app->Play().State() == PlayState::kIdle &&
                        i_app->Prefs().GetBool("Auto-play when you add single song to Library");
     if (!playB)
-        i_app->SetStatus(songs.size() == 1 ? "“" + name + "” is in the library"
-                                           : std::to_string(songs.size()) + " songs are in the library");
+        i_app->SetStatus(songs.size() == 1 ? Localize("“%1” is in the library", {name})
+                                           : Localize("%1 songs are in the library", {std::to_string(songs.size())}));
     else if (Failed(i_app->Play().Play(kPlaylistID_Library, songP->LibraryItem())))
         LogF("not played: %s", name.c_str());   // told by the control
 }

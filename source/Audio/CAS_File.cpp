@@ -6,6 +6,7 @@
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
+#include "Core/Localize.h"
 
 namespace {
 
@@ -75,7 +76,7 @@ OSErr CAS_File::TellOpen(OSErr err, const char* stepZ) const {
     LogF("### Error %s: %s", stepZ, ErrorText(err).c_str());
     LogF("The file was: %s\r", i_file.GetPath().c_str());
     LogF("File spool open result: %d", Number(err));
-    ShowAlert("bummer", "File spooler open error\n" + FaultText(err, i_file.GetPath()));
+    ShowAlert(Localize("bummer"), Localize("File spooler open error") + "\n" + FaultText(err, i_file.GetPath()));
     return alreadyReportedErr;
 }
 

@@ -6,6 +6,7 @@
 #include "Core/AlertHook.h"
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
+#include "Core/Localize.h"
 #include "Core/SmallExtension.h"
 #include "Files/CByteSource_File.h"
 
@@ -117,7 +118,7 @@ OSErr CAS_QuickTimeAudioReader::Read_i(std::span<std::byte> buffer, std::size_t&
     }
     AssertWords(err != paramErr, "\"Crazy freak out error\" == NULL");   // it could be read when it was opened
     if (IsQuiet()) return err;
-    ShowAlert("bummer", "Some crazy QuickTime error trying to extract audio!  Bummer!");
+    ShowAlert(Localize("bummer"), Localize("Some crazy QuickTime error trying to extract audio!  Bummer!"));
     return alreadyReportedErr;
 }
 

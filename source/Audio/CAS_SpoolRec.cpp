@@ -3,6 +3,7 @@
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
+#include "Core/Localize.h"
 
 namespace {
 /** The number of the first write; 0 when no thread could be had. */
@@ -25,6 +26,6 @@ OSErr Start(const Ref<CSpooler>& sourceP, const Ref<CSpooler>& destinationP, boo
     destinationP->i_firstWrite.Wait(numberL, WaitMode::kForever);
     const OSErr err = FirstOf(sourceP->Err(), destinationP->Err());
     if (Failed(err) && !CSpooler::IsIgnorable(err) && !sourceP->IsQuiet())
-        ShowAlert("Spooler Error", FaultWords(err, FaultOf::kSound));
+        ShowAlert(Localize("Spooler Error"), FaultWords(err, FaultOf::kSound));
     return err;
 }

@@ -7,6 +7,7 @@
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
+#include "Core/Localize.h"
 #include "Platform/CClock.h"
 
 namespace {
@@ -28,12 +29,12 @@ OSErr CAudioUnitChain::Open(const std::string& device, const AudioBlocks& blocks
     const OSErr err = LogStep(i_anyB ? i_output.OpenAny(device, blocks, i_device) : i_output.Open(device, blocks),
                               "opening the audio output " + device);
     if (err == fnfErr)
-        ShowAlert("There was a problem initializing audio output, you may want to quit and re-run",
+        ShowAlert(Localize("There was a problem initializing audio output, you may want to quit and re-run"),
                   FaultText(err, FaultOf::kSoundOutput, device));
     else if (Failed(err))
         ShowAlert(
-            "There was a problem initializing audio output, check your audio output device. Are your speakers plugged "
-            "in?",
+            Localize("There was a problem initializing audio output, check your audio output device. Are your speakers "
+                     "plugged in?"),
             FaultText(err, FaultOf::kSoundOutput, device));
     if (Failed(err)) return err;
     if (IsElsewhere()) {

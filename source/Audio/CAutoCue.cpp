@@ -6,6 +6,7 @@
 #include "Audio/Stereo.h"
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
+#include "Core/Localize.h"
 
 namespace {
 constexpr std::size_t kCue_Frames = 1024;
@@ -52,8 +53,9 @@ long CAutoCue::Search() {
         }
         if (Failed(err)) {
             ShowAlert(
-                "You may get silent audio.  If so, stop the song and clear your cache, then try again.  If the problem "
-                "persists, turn off “Skip silence at start of song”.",
+                Localize(
+                    "You may get silent audio.  If so, stop the song and clear your cache, then try again.  If the "
+                    "problem persists, turn off “Auto-cue”."),
                 {});
             LogF("error auto cue, read: %llu, total: %llu", static_cast<unsigned long long>(i_spool.GetPos()),
                  static_cast<unsigned long long>(i_spool.GetTotal()));

@@ -2,9 +2,10 @@
 
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
+#include "Core/Localize.h"
 
 namespace {
-constexpr const char* kSilent_Z = "The songs go on without sound. An output is looked for each second.";
+constexpr const char* kSilent_Z = N_("The songs go on without sound. An output is looked for each second.");
 }
 
 bool CDeviceNews::IsNews(const std::string& wanted, const std::string& instead) {
@@ -16,20 +17,20 @@ void CDeviceNews::Missing(const std::string& wanted, const std::string& instead)
     if (!IsNews(wanted, instead)) return;
     if (instead.empty())
         ShowAlert(
-            "There was a problem initializing audio output, check your audio output device. Are your speakers plugged "
-            "in?",
-            "The audio output “" + wanted + "” is not there, nor any other. " + kSilent_Z);
+            Localize("There was a problem initializing audio output, check your audio output device. Are your speakers "
+                     "plugged in?"),
+            Localize("The audio output “%1” is not there, nor any other.", {wanted}) + " " + Localize(kSilent_Z));
     else
-        ShowAlert("The audio output “" + wanted + "” is not there.",
-                  "The songs play through “" + instead + "” until it is back.");
+        ShowAlert(Localize("The audio output “%1” is not there.", {wanted}),
+                  Localize("The songs play through “%1” until it is back.", {instead}));
 }
 
 void CDeviceNews::Gone(const std::string& lost, const std::string& wanted, const std::string& instead) {
     if (!IsNews(wanted, instead)) return;
-    ShowAlert("The audio output “" + lost + "” has gone.",
-              instead.empty()   ? kSilent_Z
-              : instead == lost ? "The song goes on with another one, as the system has it."
-                                : "The song goes on with “" + instead + "”.");
+    ShowAlert(Localize("The audio output “%1” has gone.", {lost}),
+              instead.empty()   ? Localize(kSilent_Z)
+              : instead == lost ? Localize("The song goes on with another one, as the system has it.")
+                                : Localize("The song goes on with “%1”.", {instead}));
 }
 
 void CDeviceNews::Plays(const std::string& wanted) {

@@ -3,6 +3,7 @@
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
+#include "Core/Localize.h"
 #include "Files/FSrFolders.h"
 #include "Files/FSrMove.h"
 #include "Files/FSrObjects.h"
@@ -49,7 +50,7 @@ void MoveOldPlugins(const CFileRef& to) {
     for (const std::string& name : names) {
         CFileRef plugin(from, name);
         if (const OSErr err = FSrMoveFile(plugin, to); Failed(err))
-            ShowAlert("There was an error moving “" + name + "” into the folder “" + to.GetName() + "”",
+            ShowAlert(Localize("There was an error moving “%1” into the folder “%2”", {name, to.GetName()}),
                       FaultText(err, plugin.GetPath()));
     }
 }

@@ -7,6 +7,7 @@
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
+#include "Core/Localize.h"
 #include "Files/FSError.h"
 #include "Files/FSrCopy.h"
 #include "Files/FSrFolders.h"
@@ -221,6 +222,6 @@ OSErr SafeSavePropertyList(const CFileRef& file, const std::function<OSErr(std::
 
 OSErr TellSaveError(OSErr err, const CFileRef& file) {
     if (!Failed(err) || err == alreadyReportedErr || err == abortErr || err == userCanceledErr) return err;
-    ShowAlert("There was an error saving the file “" + file.GetName() + "”", FaultText(err, file.GetPath()));
+    ShowAlert(Localize("There was an error saving the file “%1”", {file.GetName()}), FaultText(err, file.GetPath()));
     return alreadyReportedErr;
 }

@@ -6,6 +6,7 @@
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
+#include "Core/Localize.h"
 #include "Files/CDataFork.h"
 #include "Files/FSError.h"
 #include "Files/FSrCopy.h"
@@ -146,8 +147,9 @@ OSErr FSrWriteTest(const CFileRef& folder) {
         err = FirstOf(err, FSrDelete(test));
     }
     if (!Failed(err)) return noErr;
-    ShowAlert("Vopla requires write access to the folder <" + folder.GetPath().string() +
-                  ">, you must fix this for Vopla to function correctly.",
+    ShowAlert(Localize("Vopla requires write access to the folder <%1>, you must fix this for Vopla to function "
+                       "correctly.",
+                       {folder.GetPath().string()}),
               FaultText(err, FaultOf::kFolder, folder.GetPath().string()));
     return LogStep(err, "write test", folder.GetPath());
 }

@@ -2,6 +2,7 @@
 
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
+#include "Core/Localize.h"
 #include "Files/FSError.h"
 #include "Files/FSrObjects.h"
 #include "Platform/Helper.h"
@@ -14,9 +15,8 @@ OSErr RunHelperApplication(const CFileRef& helper, const std::vector<std::string
     if (result.errnoL != 0)
         return LogStep(FSError(result.errnoL, "posix_spawn", helper.GetPath()), "running helper", helper.GetPath());
     if (!result.timedOutB) return noErr;
-    const std::string text = "Timeout running helper application “" + helper.GetName() + "”";
-    Log(text);
-    ShowAlert(text, helper.GetPath().string());
+    Log("Timeout running helper application “" + helper.GetName() + "”");
+    ShowAlert(Localize("Timeout running helper application “%1”", {helper.GetName()}), helper.GetPath().string());
     return alreadyReportedErr;
 }
 

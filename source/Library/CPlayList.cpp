@@ -6,6 +6,7 @@
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
+#include "Core/Localize.h"
 #include "Core/SizeForms.h"
 #include "Library/CSongDatabase.h"
 #include "Library/CT_SumDurations.h"
@@ -36,10 +37,9 @@ OSErr CPlayList::Rename(const SuperString& name) {
     if (title == i_name) return noErr;
     if (i_sourceType == kSourceDB_PLAYLIST || i_sourceType == kSourceDB_VENUE) {
         if (const OSErr err = i_database.Host().RenameListFile(*this, title); Failed(err)) {
-            const std::string words = "Error renaming <" + i_name.UTF8() + "> in the file system! (" +
-                                      FaultText(err, FaultOf::kFile, i_name.UTF8()) + ")";
-            Log(words);
-            ShowAlert(words, "");
+            const std::string why = FaultText(err, FaultOf::kFile, i_name.UTF8());
+            Log("Error renaming <" + i_name.UTF8() + "> in the file system! (" + why + ")");
+            ShowAlert(Localize("Error renaming <%1> in the file system! (%2)", {i_name.UTF8(), why}), "");
             return err;
         }
     }

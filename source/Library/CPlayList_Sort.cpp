@@ -4,6 +4,7 @@
 #include "Core/AlertHook.h"
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
+#include "Core/Localize.h"
 #include "Library/CPlayList.h"
 #include "Library/CSongDatabase.h"
 #include "Library/CT_SortSelection.h"
@@ -205,7 +206,7 @@ SDB_Selection CPlayList::GetAsSelection_FromViewer() {
 }
 
 void CPlayList::MakeUserOrder() {
-    if (i_sortingB) return ShowAlert("Please wait until the sort tasks are finished.", "");
+    if (i_sortingB) return ShowAlert(Localize("Please wait until the sort tasks are finished."), "");
     LogF("Setting user sort order for %s\n", i_name.CString());
     if (!AssertWords(i_list->SetUserOrder(GetSortedList()), "the shown order holds every row")) return;
     Touch("user sort order");

@@ -5,6 +5,7 @@
 #include "Core/AlertHook.h"
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
+#include "Core/Localize.h"
 #include "Library/CSinger.h"
 #include "Library/CT_SongChanges.h"
 #include "Threads/CThreadManager.h"
@@ -13,9 +14,9 @@
 
 namespace {
 
-constexpr const char* kOwnerless =
-    "Turns out that playlist belonged to a singer. But I don't know which one.  So i'm going to just make it a regular "
-    "playlist, sorry.  You can try to find that singer and drag the items back into their playlist.";
+constexpr const char* kOwnerless = N_(
+    "Turns out that playlist belonged to a singer. But I don't know which one.  So I'm going to just make it a regular "
+    "playlist, sorry.  You can try to find that singer and drag the items back into their playlist.");
 
 }   // namespace
 
@@ -169,7 +170,7 @@ CPlayList& CSongDatabase::AddPlaylist(SourceType type, const SuperString& name, 
             singer = OwnerOf(id);
             if (Number(singer) == SDB_kUninitializedID) {
                 Log(kOwnerless);
-                ShowAlert(kOwnerless, "");
+                ShowAlert(Localize(kOwnerless), "");
                 type = kSourceDB_PLAYLIST;
             }
         }

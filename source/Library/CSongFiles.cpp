@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Core/Localize.h"
 #include "Files/FSrObjects.h"
 #include "Library/CSong.h"
 #include "Library/CSongDatabase.h"
@@ -105,4 +106,4 @@ void CSongFiles::Store(CSong& song) const {
     }
 }
 
-std::string MissingSongText(const std::string& name) { return "Could not find the song “" + name + "”"; }
+std::string MissingSongText(const std::string& name) { return Localize("Could not find the song “%1”", {name}); }

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 #include <vector>
+#include "Core/Localize.h"
 
 /** The tokens of a name template; the first six stand for a value each. */
 enum class NameToken : std::uint8_t {
@@ -28,7 +29,7 @@ enum class NameToken : std::uint8_t {
 };
 inline constexpr std::size_t kName_Values = 6;
 inline constexpr const char* kName_IllegalZ =
-    "You have entered an illegal character in one of your templates. Legal characters are LTRSI-()/. and Space.";
+    N_("You have entered an illegal character in one of your templates. Legal characters are LTRSI-()/. and Space.");
 
 /** Between kLineStart and kLineEnd; nothing for a character that is none of the language. */
 [[nodiscard]] std::optional<std::vector<NameToken>> NameTokens(std::string_view text);

@@ -7,6 +7,7 @@
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
+#include "Core/Localize.h"
 #include "Graphics/CGraphicsPorts.h"
 #include "Graphics/PlayNext.h"
 #include "Platform/BesideShow.h"
@@ -55,11 +56,11 @@ OSErr CPlayControl::Play(const SDB_Selection& selection) {
     if (selection.Count() == 0 || selection.List() == nullptr) return paramErr;
     if (selection.Count() == 1) return Play(selection.List()->ID(), selection.Items().front());
     Question question;
-    question.title = "Play";
-    question.text =
-        "You must have exactly one song selected to play.  Somehow, it seems there are 2 or more songs selected.  "
-        "Would you like to deselect them?  You can then just double click the song you want to play.";
-    question.buttons = {"Deselect", "Cancel"};
+    question.title = Localize("Play");
+    question.text = Localize(
+        "You must have exactly one song selected to play.  Somehow, it seems there are 2 or more songs "
+        "selected.  Would you like to deselect them?  You can then just double click the song you want to play.");
+    question.buttons = {Localize("Deselect"), Localize("Cancel")};
     question.safeIndex = 1;
     AskThen(i_host.Ui(), question, [self = Self()](const Answer& answer) {
         CPlayControl* const controlP = self.Get();
@@ -91,7 +92,9 @@ OSErr CPlayControl::PlayRow(PlaylistID list, PLItemID item, const StartHow& how)
     if (i_host.IsQuitting()) return abortErr;
     const std::optional<SongPlaySpec> spec = SpecOf(list, item);
     if (!spec) {
-        ShowAlert("Stranger than Fiction error: The song you're trying to play is not in the current playlist.", {});
+        ShowAlert(
+            Localize("Stranger than Fiction error: The song you're trying to play is not in the current playlist."),
+            {});
         return fnfErr;
     }
     if (i_playP && !how.stepB && CurrentSong() != spec->song)
@@ -170,7 +173,7 @@ void CPlayControl::PreRollDone(CSongPlay& play, OSErr err) {
     play.SetPaused(i_startPausedB || i_delayedB);
     if (!play.Spec().launch.IsEmpty()) (void)Failed(LaunchFile(play.Spec().launch));   // logged; the song plays on
     CacheNext();
-    if (i_delayedB) i_host.ShowMessage("“" + play.Spec().name + "” starts once it is unpacked");
+    if (i_delayedB) i_host.ShowMessage(Localize("“%1” starts once it is unpacked", {play.Spec().name}));
     TellPlay();
     if (Failed(play.Files().GraphicsErr()))
         TellLostGraphics(play);   // last: the operator reads it while the song plays
@@ -183,11 +186,11 @@ void CPlayControl::TellLostGraphics(const CSongPlay& play) {
     static_cast<void>(LogStep(fnfErr, "wiring up graphics ports", path));
     std::string why;
     if (files.GraphicsErr() == eofErr)
-        why = "There are none in this file:\n";
+        why = Localize("There are none in this file:") + "\n";
     else if (foundB)
         why = FaultWords(files.GraphicsErr(), path) + "\n";
-    ShowAlert("The graphics of “" + play.Spec().name + "” were not found",
-              why + path.string() + "\nThe song plays without them.");
+    ShowAlert(Localize("The graphics of “%1” were not found", {play.Spec().name}),
+              why + path.string() + "\n" + Localize("The song plays without them."));
 }
 
 bool CPlayControl::MustWait(const CSongPlay& play) const {
@@ -271,12 +274,13 @@ void CPlayControl::SongFailed(CSongPlay& play, OSErr err) {
     std::string then;
     bool onB = false;
     if (++i_failedL >= kFailures_Most)
-        then = "The list has stopped here: several songs in a row could not be played.";
+        then = Localize("The list has stopped here: several songs in a row could not be played.");
     else
         onB = GoOn();
     if (!onB && (!i_playP || i_playP.Get() == &play)) EndShow();
     i_lastErr = onB ? i_lastErr : err;
-    if (onB && i_playP && i_place.Item() != here) then = "The list goes on with “" + i_playP->Spec().name + "”.";
+    if (onB && i_playP && i_place.Item() != here)
+        then = Localize("The list goes on with “%1”.", {i_playP->Spec().name});
     i_host.SongFailed(play, err);
     TellFailure(play, err, then);   // last: the operator may begin another song before he has read it
 }
@@ -285,15 +289,14 @@ void CPlayControl::TellFailure(const CSongPlay& play, OSErr err, const std::stri
     if (err == abortErr || err == userCanceledErr) return;
     const std::string& name = play.Spec().name;
     const std::filesystem::path& path = play.Files().FailedFile().GetPath();
-    std::string message = "The song “" + name + "” could not be played";
+    std::string message = Localize("The song “%1” could not be played", {name});
     std::string why = FaultWords(err, path) + " (" + std::to_string(Number(err)) + ")";
     if (play.LacksPlayer() && Number(err) >= -1)
-        why =
+        why = Localize(
             "This audio file is not (yet?) compatible with modern CoreAudio.  If you can play it with iTunes, you "
-            "might "
-            "try re-encoding it. ";
+            "might try re-encoding it. ");
     else if (err == fnfErr)
-        message = MissingSongText(name), why = "Its files are not where the library says, nor near there.";
+        message = MissingSongText(name), why = Localize("Its files are not where the library says, nor near there.");
     std::string detail = path.empty() ? why : why + "\n" + path.string();
     if (!then.empty()) detail += "\n" + then;
     ShowAlert(message, detail);

@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "Audio/CTimePitch.h"
+#include "Core/Localize.h"
 #include "Core/NumberForms.h"
 #include "Meta/TempoSteps.h"
 #include "Play/CPictureDelays.h"
@@ -24,8 +25,9 @@ constexpr std::size_t kLevels_Ahead = 20;
 
 long As300ths(double seconds) { return static_cast<long>(std::floor(seconds * kPerSecond + 0.5)); }
 
+/** `wordsZ` has "%1" where the seconds stand. */
 std::string SlipText(const char* wordsZ, long slip300) {
-    return std::string(wordsZ) + ": " + ShownNumber(static_cast<double>(slip300) / kPerSecond, 1) + " seconds";
+    return Localize(wordsZ, {ShownNumber(static_cast<double>(slip300) / kPerSecond, 1)});
 }
 
 }   // namespace
@@ -147,10 +149,10 @@ std::string CPlayControl::SetGlobalSlip300(long slip300) {
     return text;
 }
 
-std::string CPlayControl::SongSlipText() const { return SlipText("Song Sync Slip", As300ths(i_slipT)); }
+std::string CPlayControl::SongSlipText() const { return SlipText(N_("Song Sync Slip: %1 seconds"), As300ths(i_slipT)); }
 
 std::string CPlayControl::GlobalSlipText() const {
-    return SlipText("Global Sync Slip", i_host.Preferences().GetLong(kPref_Slip));
+    return SlipText(N_("Global Sync Slip: %1 seconds"), i_host.Preferences().GetLong(kPref_Slip));
 }
 
 void CPlayControl::SetPictureDelay(long milliseconds) {

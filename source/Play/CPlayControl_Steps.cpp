@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "Core/CLog.h"
+#include "Core/Localize.h"
 #include "Platform/CClock.h"
 #include "Play/CPlayControl.h"
 #include "Play/CPlayHost.h"
@@ -36,7 +37,8 @@ OSErr CPlayControl::PlayNext() {
         FinishSong(*beforeP);
         i_interrupted.NoteCounted(beforeP->Spec().song);
     }
-    if (!Failed(err) && i_playP) i_host.ShowMessage("Next: " + i_playP->Spec().name);   // no watcher has stopped it
+    if (!Failed(err) && i_playP)
+        i_host.ShowMessage(Localize("Next: %1", {i_playP->Spec().name}));   // no watcher has stopped it
     return err;
 }
 
@@ -52,13 +54,13 @@ OSErr CPlayControl::PlayPrevious() {
         return noErr;
     }
     if (rotationB && i_place.IsFirst() && listP->PendingSkips() == 0) {
-        i_host.ShowMessage("Can't skip back to previous rotation");
+        i_host.ShowMessage(Localize("Can't skip back to previous rotation"));
         return paramErr;
     }
     const PLItemID item = i_place.Previous();
     if (item == SDB_kNoItem) return fnfErr;
     const OSErr err = StepTo(item, {.handB = true});
-    if (!Failed(err) && i_playP) i_host.ShowMessage("Previous: " + i_playP->Spec().name);
+    if (!Failed(err) && i_playP) i_host.ShowMessage(Localize("Previous: %1", {i_playP->Spec().name}));
     return err;
 }
 
@@ -100,7 +102,7 @@ OSErr CPlayControl::GoBack() {
     if (song->levelF != i_volumeF) how.levelF = song->levelF;
     const OSErr err = PlaySong(song->spec, how);
     TellGoBack();
-    if (!Failed(err)) i_host.ShowMessage("Back to: " + song->spec.name);
+    if (!Failed(err)) i_host.ShowMessage(Localize("Back to: %1", {song->spec.name}));
     return err;
 }
 
@@ -108,9 +110,8 @@ OSErr CPlayControl::GoBack() {
 
 void CPlayControl::Rewind() {
     if (!i_playP) return;
-    const std::string text = "Rewind: " + i_playP->Spec().name;
-    Log(text);
-    i_host.ShowMessage(text);
+    Log("Rewind: " + i_playP->Spec().name);
+    i_host.ShowMessage(Localize("Rewind: %1", {i_playP->Spec().name}));
     SeekTo300(i_playP->Spec().trimStart300);
 }
 

@@ -3,6 +3,7 @@
 #include "Audio/CAutoCue.h"
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
+#include "Core/Localize.h"
 
 namespace {
 
@@ -88,8 +89,8 @@ OSErr CSongSound::GoToStart() {
     else if (i_parts.autoCueB || TrimStart() != 0)
         i_start300 = i_playerP->AutoCue();
     if (const long length300 = Length300(); length300 > 0 && i_start300 >= length300) {
-        ShowAlert("The trim start of “" + i_parts.spec.name + "” lies behind its end.",
-                  "It plays from the beginning. Clear the column “Trim Start”, or set an earlier time.");
+        ShowAlert(Localize("The trim start of “%1” lies behind its end.", {i_parts.spec.name}),
+                  Localize("It plays from the beginning. Clear the column “Trim Start”, or set an earlier time."));
         i_start300 = 0;
     }
     if (i_start300 <= 0) return Err();

@@ -9,6 +9,7 @@
 
 #include "App/CApp.h"
 #include "App/CTaskList.h"
+#include "Core/Localize.h"
 #include "Shell/FrameShapeChoice.h"
 #include "Shell/VideoWindowMenu.h"
 #include "Shell/XActions.h"
@@ -143,8 +144,8 @@ std::unique_ptr<QWidget> CAppWindows_Qt::MakeVideo(WindowKind kind) {
     XVideoWindow* const windowP = window.get();
     windowP->setAttribute(
         Qt::WA_ShowWithoutActivating);   // it comes and goes with the songs; the keys stay where they are
-    windowP->setAccessibleName(kind == PREF_Wind_VIDEO ? "Video" : "Second video");
-    windowP->setAccessibleDescription("The picture of the song");
+    windowP->setAccessibleName(kind == PREF_Wind_VIDEO ? QObject::tr("Video") : QObject::tr("Second video"));
+    windowP->setAccessibleDescription(QObject::tr("The picture of the song"));
     QObject::connect(windowP, &XVideoWindow::CloseAsked, windowP, [this, kind] {
         if (kind == PREF_Wind_VIDEO && !Exists(PREF_Wind_BROWSER))
             i_askToQuit();   // the only one there is
@@ -198,12 +199,12 @@ void CAppWindows_Qt::NextDisplay() {
     XVideoWindow* const windowP = FrontVideo();
     if (windowP == nullptr) return;
     const QStringList names = CWindowPlace::DisplayNames();
-    if (names.size() < 2) return SetStatus("There is one display alone.");
+    if (names.size() < 2) return SetStatus(Localize("There is one display alone."));
     CWindowPlace& place = windowP->Place();
     const QString now = place.KeptDisplay().isEmpty() ? windowP->screen()->name() : place.KeptDisplay();
     const QString next = names[(names.indexOf(now) + 1) % names.size()];   // the first one when that is away
     place.ChooseDisplay(next);
-    SetStatus("The full screen is on " + next.toStdString() + ".");
+    SetStatus(Localize("The full screen is on %1.", {next.toStdString()}, "the name of a display"));
 }
 
 void CAppWindows_Qt::ToggleFullScreen() {

@@ -96,8 +96,8 @@ struct CommandRow {
     CommandGroup group;
     CommandScope scope;
     std::string_view id;     // in the preferences: never changes
-    const char* titleZ;      // in menus and tables
-    const char* toolTipZ;    // one line more
+    const char* titleZ;      // in menus and tables; looked up in the catalogue where it is shown,
+    const char* toolTipZ;    // as is this, one line more
     std::string_view keys;   // the factory keys, portable names between blanks; empty for none
     CommandMenu menu;
     bool lineB = false;   // above it in the menu

@@ -7,6 +7,7 @@
 #include <iostream>
 #include <QApplication>
 #include <QIcon>
+#include <QLibraryInfo>
 #include <QLocale>
 #include <QSurfaceFormat>
 
@@ -14,6 +15,7 @@
 #include "App/CCrashReporter.h"
 #include "App/TVoplaApp.h"
 #include "Core/CLog.h"
+#include "Core/Localize.h"
 #include "Core/NumberForms.h"
 #include "Core/SuperString.h"
 #include "Platform/BesideShow.h"
@@ -24,6 +26,7 @@
 #include "Shell/CAppWindows_Qt.h"
 #include "Shell/CUserInterface_Qt.h"
 #include "Threads/CThreadManager.h"
+#include "Widgets/CCatalogueTranslator.h"
 #include "Widgets/CMainLoop_Qt.h"
 #include "Widgets/CSignalWatch.h"
 #include "Widgets/XLook.h"
@@ -60,9 +63,10 @@ int RunApplication(const AppSetup& setup, CSecondInstance& instance, const Launc
     } catch (const std::exception& fault) {
         LogF("### Error %s", fault.what());
         std::cerr << "vopla: " << fault.what() << '\n';
-        AlertAndWait(setup.ui,
-                     "Vopla has to quit: something failed that it has no answer to. Your library is saved first.",
-                     fault.what());
+        AlertAndWait(
+            setup.ui,
+            Localize("Vopla has to quit: something failed that it has no answer to. Your library is saved first."),
+            fault.what());
     }
     application.EndRequests();
     instance.StopListening();   // its thread holds the application; the lock is given up behind the last save
@@ -92,6 +96,12 @@ int RunDesktop(const Options& options, CSecondInstance& instance, bool cleanB, i
     // It has taken the user's locale for the whole process: numbers of libraries, and of ours, keep the form of files.
     std::setlocale(LC_NUMERIC, "C");
     SetDecimalMark(QLocale().decimalPoint().toStdString());
+    ChooseCatalogue(FindResources().parent_path() / "locale");
+    QTranslator toolkit;
+    if (toolkit.load(QLocale(), "qtbase", "_", QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QApplication::installTranslator(&toolkit);
+    CCatalogueTranslator translator;   // asked first
+    QApplication::installTranslator(&translator);
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setDesktopFileName("org.vopla.Vopla");   // by which the desktop finds our name and icon
     QApplication::setWindowIcon(QIcon::fromTheme("vopla"));

@@ -60,7 +60,7 @@ QString KeysText(const CKeyMap::Keys& keys) {
 
 XActions::XActions(CKeyMap& keys) : i_keys(keys) {
     for (const CommandRow& row : CommandTable()) {
-        auto* const actionP = new QAction(row.titleZ, this);
+        auto* const actionP = new QAction(tr(row.titleZ), this);
         actionP->setObjectName(QString::fromUtf8(row.id.data(), static_cast<qsizetype>(row.id.size())));
         actionP->setShortcutContext(row.scope >= CommandScope::kSongs ? Qt::WidgetWithChildrenShortcut
                                                                       : Qt::WindowShortcut);
@@ -106,8 +106,8 @@ void XActions::KeysChanged() {
         action.setShortcuts(keys);
         if (!i_singleKeysB) keys.removeIf([&](const QKeySequence& key) { return IsTypedOutsideVideo(row, key); });
         const QString keyText = KeysText(keys);   // those that work where the tool tip is seen
-        action.setToolTip(keyText.isEmpty() ? QString(row.toolTipZ) : QString("%1 (%2)").arg(row.toolTipZ, keyText));
-        action.setStatusTip(row.toolTipZ);
+        action.setToolTip(keyText.isEmpty() ? tr(row.toolTipZ) : QString("%1 (%2)").arg(tr(row.toolTipZ), keyText));
+        action.setStatusTip(tr(row.toolTipZ));
     }
     emit Remapped();
 }

@@ -145,7 +145,7 @@ QWidget* XBrowserWindow::MakeSidebar() {
     newP->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     newP->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     newP->setAccessibleName(tr("New List"));
-    newP->setAccessibleDescription(RowOf(Command::kNewList).toolTipZ);
+    newP->setAccessibleDescription(tr(RowOf(Command::kNewList).toolTipZ));
     auto* const buttonsP = new QHBoxLayout;
     buttonsP->setContentsMargins(0, 0, 0, 0);
     buttonsP->addWidget(newP, 1);
@@ -175,7 +175,7 @@ QWidget* XBrowserWindow::MakeSidebar() {
         previewP->setIconSize({18, 18});
         previewP->setToolButtonStyle(Qt::ToolButtonIconOnly);
         previewP->setAccessibleName(tr("Preview"));
-        previewP->setAccessibleDescription(RowOf(Command::kShowPreview).toolTipZ);
+        previewP->setAccessibleDescription(tr(RowOf(Command::kShowPreview).toolTipZ));
         buttonsP->addWidget(previewP);
     }
     return sidebarP;
@@ -377,7 +377,7 @@ void XBrowserWindow::ShowList(PlaylistID list) {
         Filter();
         i_model->SetList(list);
     }
-    i_listNameP->SetText(QtText(listP->Name()));
+    i_listNameP->SetText(XSourceList::TitleOf(*listP));
     ShowState();
 }
 
@@ -407,7 +407,7 @@ void XBrowserWindow::ShowState() {
     if (i_model->IsLooking()) text += tr(", looking…");
     if (listP->IsSorting()) text += tr(", sorting…");
     i_countP->SetValue(text);
-    i_listNameP->SetText(QtText(listP->Name()));
+    i_listNameP->SetText(XSourceList::TitleOf(*listP));
     i_songsP->Refresh();
     if (i_model->IsFiltering())
         i_tableP->SetHint(i_model->IsLooking() ? tr("Looking…") : tr("Nothing found"),

@@ -6,6 +6,7 @@
 
 #include "App/CAlerts.h"
 #include "Core/FaultText.h"
+#include "Core/Localize.h"
 #include "Library/CSongDatabase.h"
 #include "Platform/CFolders.h"
 #include "Shell/XActions.h"
@@ -23,11 +24,11 @@ constexpr struct {
     const char* titleZ;
     bool zipB, audioB, graphicsB, videoB;
 } kFile_Kinds[] = {
-    {"Songs", true, true, true, true},
-    {"Sound", false, true, false, false},
-    {"CD+G graphics", false, false, true, false},
-    {"Videos", false, false, false, true},
-    {"Zips", true, false, false, false},
+    {N_("Songs"), true, true, true, true},
+    {N_("Sound"), false, true, false, false},
+    {N_("CD+G graphics"), false, false, true, false},
+    {N_("Videos"), false, false, false, true},
+    {N_("Zips"), true, false, false, false},
 };
 
 QStringList SongFileFilters(bool midiB) {
@@ -41,7 +42,7 @@ QStringList SongFileFilters(bool midiB) {
                 add(QtText(ending));
         if (kind.audioB && midiB)
             for (const char* const endingZ : {".mid", ".midi", ".kar"}) add(endingZ);
-        filters << QString("%1 (%2)").arg(kind.titleZ, patterns.join(' '));
+        filters << QString("%1 (%2)").arg(QObject::tr(kind.titleZ), patterns.join(' '));
     }
     filters << QString("%1 (*)").arg(QObject::tr("All files"));
     return filters;
@@ -105,7 +106,7 @@ void XFileAdder::Add(const QStringList& paths, PlaylistID list, RowIndex where) 
                             : added.songs.empty() ? QString()
                                                   : tr("In the library already"));
             if (added.songs.size() == 1) emit self->SongAdded(added.songs.front());
-            if (!added.refused.empty()) MessageAlert("Some files could not be added.", added.RefusedText());
+            if (!added.refused.empty()) MessageAlert(Localize("Some files could not be added."), added.RefusedText());
         });
-    if (Failed(err)) MessageAlert("The files could not be added.", FaultText(err, FaultOf::kStep, {}));
+    if (Failed(err)) MessageAlert(Localize("The files could not be added."), FaultText(err, FaultOf::kStep, {}));
 }

@@ -18,7 +18,7 @@ constexpr int kCommand_Role = Qt::UserRole;
 
 QString Titles(const std::vector<Command>& commands) {
     QStringList titles;
-    for (const Command command : commands) titles << QString("“%1”").arg(RowOf(command).titleZ);
+    for (const Command command : commands) titles << QString("“%1”").arg(QObject::tr(RowOf(command).titleZ));
     return titles.join(", ");
 }
 
@@ -114,7 +114,7 @@ XKeysPage::XKeysPage(CKeyMap map)
     });
     for (const CommandRow& row : CommandTable()) {
         auto* const itemP = new QTreeWidgetItem(i_treeP);
-        itemP->setText(0, QString("%1: %2").arg(TitleOf(row.group), row.titleZ));
+        itemP->setText(0, QString("%1: %2").arg(tr(TitleOf(row.group)), tr(row.titleZ)));
         itemP->setData(0, kCommand_Role, static_cast<int>(row.command));
     }
     i_treeP->setCurrentItem(i_treeP->topLevelItem(0));

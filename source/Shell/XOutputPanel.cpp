@@ -112,6 +112,15 @@ void XOutputPanel::SettingsChanged() {
     i_wordsP->setText(tr("Remembered for “%1”. More when the words come before they are heard, less when they come "
                          "after.")
                           .arg(Chosen()));
+    FitWords();
+}
+
+/** Some layouts around this give it the height of one line. */
+void XOutputPanel::FitWords() { i_wordsP->setMinimumHeight(i_wordsP->heightForWidth(width())); }
+
+void XOutputPanel::resizeEvent(QResizeEvent* eventP) {
+    QWidget::resizeEvent(eventP);
+    FitWords();
 }
 
 void XOutputPanel::PopUp(CPlayControl& play, CPreferences& prefs, QWidget& parent, const QPoint& at) {

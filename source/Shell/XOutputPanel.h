@@ -26,7 +26,11 @@ public:
 signals:
     void Resized();
 
+protected:
+    void resizeEvent(QResizeEvent* eventP) override;
+
 private:
+    void FitWords();
     void PlayChanged() override {}
     void SettingsChanged() override;
     void ShowDevices(const std::vector<std::string>& names);

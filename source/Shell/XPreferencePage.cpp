@@ -34,12 +34,12 @@ QWidget* WithWords(QWidget* widgetP, const char* wordsZ, int indent) {
     columnP->setContentsMargins(0, 0, 0, 0);
     columnP->setSpacing(2);
     columnP->addWidget(widgetP, 0, Qt::AlignLeft);
-    if (wordsZ != nullptr) columnP->addWidget(MakeWords(wordsZ, indent));
+    if (wordsZ != nullptr) columnP->addWidget(MakeWords(QObject::tr(wordsZ), indent));
     return groupP;
 }
 
 QString KeyOf(const PreferenceRow& row) { return QtText(row.pref.Row()->key); }
-QString LabelOf(const PreferenceRow& row) { return row.labelZ != nullptr ? row.labelZ : KeyOf(row); }
+QString LabelOf(const PreferenceRow& row) { return QObject::tr(row.labelZ); }
 
 }   // namespace
 
@@ -63,7 +63,7 @@ void XPreferencePage::Add(std::span<const PreferenceRow> rows) {
     for (const PreferenceRow& row : rows) {
         const PrefRow* const prefP = row.pref.Row();
         if (prefP == nullptr) {
-            AddHeading(row.labelZ);
+            AddHeading(LabelOf(row));
             continue;
         }
         switch (prefP->type) {
@@ -124,7 +124,7 @@ void XPreferencePage::AddSwitch(const PreferenceRow& row, BoolPref pref) {
     auto* const boxP = new QCheckBox(LabelOf(row).replace('&', "&&"));
     boxP->setObjectName(KeyOf(row));
     boxP->setAccessibleName(LabelOf(row));
-    boxP->setAccessibleDescription(row.wordsZ != nullptr ? row.wordsZ : tr("On or off"));
+    boxP->setAccessibleDescription(row.wordsZ != nullptr ? tr(row.wordsZ) : tr("On or off"));
     i_formP->addRow(WithWords(boxP, row.wordsZ, kWords_Indent));
     OnShow([this, boxP, pref] {
         const QSignalBlocker quiet(boxP);
@@ -136,8 +136,8 @@ void XPreferencePage::AddSwitch(const PreferenceRow& row, BoolPref pref) {
 void XPreferencePage::AddChoice(const PreferenceRow& row, LongPref pref) {
     auto* const boxP = new QComboBox;
     boxP->setObjectName(KeyOf(row));
-    for (const char* const choiceZ : row.choices) boxP->addItem(choiceZ);
-    boxP->setAccessibleDescription(row.wordsZ != nullptr ? row.wordsZ : KeyOf(row));
+    for (const char* const choiceZ : row.choices) boxP->addItem(tr(choiceZ));
+    boxP->setAccessibleDescription(row.wordsZ != nullptr ? tr(row.wordsZ) : LabelOf(row));
     AddWidget(LabelOf(row), boxP, row.wordsZ);
     OnShow([this, boxP, pref] {
         const QSignalBlocker quiet(boxP);
@@ -157,7 +157,7 @@ void XPreferencePage::AddNumber(const PreferenceRow& row, const std::function<do
     boxP->setSingleStep(row.step);
     boxP->setSuffix(row.unitZ);
     boxP->setMinimumSize(110, kBox_Height);
-    boxP->setAccessibleDescription(row.wordsZ != nullptr ? row.wordsZ : KeyOf(row));
+    boxP->setAccessibleDescription(row.wordsZ != nullptr ? tr(row.wordsZ) : LabelOf(row));
     AddWidget(LabelOf(row), boxP, row.wordsZ);
     OnShow([boxP, get, scale = row.scale] {
         const QSignalBlocker quiet(boxP);
@@ -171,7 +171,7 @@ void XPreferencePage::AddText(const PreferenceRow& row, StringPref pref) {
     auto* const fieldP = new QLineEdit;
     fieldP->setObjectName(KeyOf(row));
     fieldP->setMinimumSize(220, kBox_Height);
-    fieldP->setAccessibleDescription(row.wordsZ != nullptr ? row.wordsZ : KeyOf(row));
+    fieldP->setAccessibleDescription(row.wordsZ != nullptr ? tr(row.wordsZ) : LabelOf(row));
     AddWidget(LabelOf(row), fieldP, row.wordsZ);
     OnShow([this, fieldP, pref] { fieldP->setText(QtText(i_prefs.GetString(pref))); });
     connect(fieldP, &QLineEdit::editingFinished, this,

@@ -12,7 +12,7 @@ class QFormLayout;
 /** One control of a page of the preferences; what kind of control that is follows from the type of its preference. */
 struct PreferenceRow {
     AnyPref pref = {};              // none: a heading, whose words are the label
-    const char* labelZ = nullptr;   // null: the key itself
+    const char* labelZ = nullptr;   // looked up in the catalogue, as all texts here
     const char* wordsZ = nullptr;   // one line more, beneath
     // Of numbers, as they are shown: the stored value times `scale`.
     double low = 0, high = 0, step = 1, scale = 1;

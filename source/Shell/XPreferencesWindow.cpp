@@ -10,6 +10,7 @@
 #include <QVBoxLayout>
 
 #include "App/CBreakScreen.h"
+#include "Core/Localize.h"
 #include "Play/CPlayControl.h"
 #include "Shell/FrameShapeChoice.h"
 #include "Shell/VideoWindowMenu.h"
@@ -28,86 +29,98 @@
 namespace {
 
 constexpr PreferenceRow kDuringPlay[] = {
-    {.labelZ = "At the end of a song"},
-    {"Pause between tracks", nullptr, "The next song is ready, and waits for Space."},
-    {"Stop between tracks", nullptr, "Nothing follows by itself."},
-    {"Stop at playlist end", nullptr, "The list does not begin again."},
-    {"pre-cache next song", "Load the next song while one plays", "It begins at once, and a slow disk is not heard."},
-    {.labelZ = "At the start of a song"},
-    {"Auto-cue", nullptr, "Skips the silence before the music."},
-    {"Remember pitch / tempo in all playlists", nullptr, "Off: each row of a list has its own."},
-    {"Require Audio (no naked CDG files)", nullptr, "Off: a CD+G file without its sound can be played, too."},
-    {"Delay start of song playback until unpacked", "Wait for a song that is being unpacked",
-     "It stands paused, and begins by itself; Space lets it go at once."},
-    {"Launch Midi Files", nullptr, "MIDI files are handed to the program that the desktop has for them."},
-    {.labelZ = "By hand"},
-    {"Always confirm manual song changes", nullptr, "Asks before another song ends the one that plays."},
-    {"Always confirm manual song changes (transport buttons)", nullptr, "Also for Stop, Next and Previous."},
-    {"Auto-play when you add single song to Library"},
-    {"Single-key commands", nullptr,
-     "Letters, arrows and signs are commands in every window, not in the video windows alone; off, letters search."},
-    {"Sync Slip increment (300ths)", "Step of the sync slip", "How far one press moves the picture against the sound.",
-     0.01, 5, 0.1, 1.0 / 300, 2, " s"},
-    {"Tempo change increment (percent)", "Step of the tempo", nullptr, 0.1, 25, 0.5, 1, 1, " %"},
+    {.labelZ = N_("At the end of a song")},
+    {"Pause between tracks", N_("Pause between tracks"), N_("The next song is ready, and waits for Space.")},
+    {"Stop between tracks", N_("Stop between tracks"), N_("Nothing follows by itself.")},
+    {"Stop at playlist end", N_("Stop at playlist end"), N_("The list does not begin again.")},
+    {"pre-cache next song", N_("Load the next song while one plays"),
+     N_("It begins at once, and a slow disk is not heard.")},
+    {.labelZ = N_("At the start of a song")},
+    {"Auto-cue", N_("Auto-cue"), N_("Skips the silence before the music.")},
+    {"Remember pitch / tempo in all playlists", N_("Remember pitch / tempo in all playlists"),
+     N_("Off: each row of a list has its own.")},
+    {"Require Audio (no naked CDG files)", N_("Require Audio (no naked CDG files)"),
+     N_("Off: a CD+G file without its sound can be played, too.")},
+    {"Delay start of song playback until unpacked", N_("Wait for a song that is being unpacked"),
+     N_("It stands paused, and begins by itself; Space lets it go at once.")},
+    {"Launch Midi Files", N_("Launch Midi Files"),
+     N_("MIDI files are handed to the program that the desktop has for them.")},
+    {.labelZ = N_("By hand")},
+    {"Always confirm manual song changes", N_("Always confirm manual song changes"),
+     N_("Asks before another song ends the one that plays.")},
+    {"Always confirm manual song changes (transport buttons)",
+     N_("Always confirm manual song changes (transport buttons)"), N_("Also for Stop, Next and Previous.")},
+    {"Auto-play when you add single song to Library", N_("Auto-play when you add single song to Library")},
+    {"Single-key commands", N_("Single-key commands"),
+     N_("Letters, arrows and signs are commands in every window, not in the video windows alone; off, letters "
+        "search.")},
+    {"Sync Slip increment (300ths)", N_("Step of the sync slip"),
+     N_("How far one press moves the picture against the sound."), 0.01, 5, 0.1, 1.0 / 300, 2, " s"},
+    {"Tempo change increment (percent)", N_("Step of the tempo"), nullptr, 0.1, 25, 0.5, 1, 1, " %"},
 };
 
 constexpr PreferenceRow kVideoDuring[] = {
-    {.labelZ = "While a song plays"},
-    {"Auto Full Screen During Play", nullptr, "The video window fills its display when a song begins."},
-    {"Bring Video Window to front when playing"},
-    {"Hide on pause"},
+    {.labelZ = N_("While a song plays")},
+    {"Auto Full Screen During Play", N_("Auto Full Screen During Play"),
+     N_("The video window fills its display when a song begins.")},
+    {"Bring Video Window to front when playing", N_("Bring Video Window to front when playing")},
+    {"Hide on pause", N_("Hide on pause")},
 };
-constexpr const char* kDrawings[] = {"The graphics card, if there is one", "The processor", "OpenGL"};
+constexpr const char* kDrawings[] = {N_("The graphics card, if there is one"), N_("The processor"), N_("OpenGL")};
 constexpr PreferenceRow kVideoPicture[] = {
-    {"Use hq4x upscaling (fast computers only)", nullptr, "Smooth letters on a large screen; from the next song on."},
+    {"Use hq4x upscaling (fast computers only)", N_("Use hq4x upscaling (fast computers only)"),
+     N_("Smooth letters on a large screen; from the next song on.")},
     {.pref = "Video Drawing (0=automatic, 1=processor, 2=OpenGL)",
-     .labelZ = "Drawn by",
-     .wordsZ = "From the next start on.",
+     .labelZ = N_("Drawn by"),
+     .wordsZ = N_("From the next start on."),
      .choices = kDrawings},
 };
 
-constexpr PreferenceRow kOneLevel = {"Play all songs at one level", nullptr,
-                                     "A song is measured when it comes next, or plays for the first time."};
+constexpr PreferenceRow kOneLevel = {"Play all songs at one level", N_("Play all songs at one level"),
+                                     N_("A song is measured when it comes next, or plays for the first time.")};
 constexpr PreferenceRow kSound[] = {
-    {.labelZ = "Auto-cue"},
-    {"Auto Cue Threshold (0..1) (smaller is more sensitive)", "Music begins at",
-     "Of the full level; smaller is earlier.", 0.0001, 0.5, 0.001, 1, 4},
-    {"Auto Cue rollback (seconds)", "Start before it by", nullptr, 0, 5, 0.1, 1, 2, " s"},
-    {.labelZ = "Output"},
-    {"Pre-Fetched Audio Blocks (must be > 2)", "Blocks ahead of the device",
-     "More survive a busy machine, fewer answer faster; from the next song on.", 2, 25},
+    {.labelZ = N_("Auto-cue")},
+    {"Auto Cue Threshold (0..1) (smaller is more sensitive)", N_("Music begins at"),
+     N_("Of the full level; smaller is earlier."), 0.0001, 0.5, 0.001, 1, 4},
+    {"Auto Cue rollback (seconds)", N_("Start before it by"), nullptr, 0, 5, 0.1, 1, 2, " s"},
+    {.labelZ = N_("Output")},
+    {"Pre-Fetched Audio Blocks (must be > 2)", N_("Blocks ahead of the device"),
+     N_("More survive a busy machine, fewer answer faster; from the next song on."), 2, 25},
 };
 
 constexpr PreferenceRow kLibrary[] = {
-    {.labelZ = "File names"},
-    {"Conform Song Names", nullptr, "Files in the music folder are named after their songs when those are edited."},
-    {"Conform song name template", "Template",
-     "L label, T track, S song, R artist; between them - ( ) / . and blanks."},
-    {"Seconds to wait after edit to push meta", "Wait after an edit", nullptr, 0, 600, 1, 1, 0, " s"},
-    {.labelZ = "Names"},
-    {"Move 'The' to end of Artits title", "Sort artists without “The”"},
-    {"Diacritic Insensitive Searching", "Find “é” with “e”"},
-    {"Allow Name Editing", "Names can be edited in the lists", "Off: of songs and of lists, whoever clicks on them."},
-    {"Seconds to wait after click to edit", "A second, slow click edits after", nullptr, 0.5, 10, 0.25, 1, 2, " s"},
-    {.labelZ = "Warnings"},
-    {"Warn if there is a problem updating meta"},
-    {"Warn if there is a possibly corrupted MP3"},
-    {"warn about deleting last song", "Warn before a list gets empty"},
-    {.labelZ = "Cache"},
-    {"Number of cached songs", "Songs kept at hand", "Their graphics lie unpacked in the cache folder.", 0, 10000},
+    {.labelZ = N_("File names")},
+    {"Conform Song Names", N_("Conform Song Names"),
+     N_("Files in the music folder are named after their songs when those are edited.")},
+    {"Conform song name template", N_("Template"),
+     N_("L label, T track, S song, R artist; between them - ( ) / . and blanks.")},
+    {"Seconds to wait after edit to push meta", N_("Wait after an edit"), nullptr, 0, 600, 1, 1, 0, " s"},
+    {.labelZ = N_("Names")},
+    {"Move 'The' to end of Artits title", N_("Sort artists without “The”")},
+    {"Diacritic Insensitive Searching", N_("Find “é” with “e”")},
+    {"Allow Name Editing", N_("Names can be edited in the lists"),
+     N_("Off: of songs and of lists, whoever clicks on them.")},
+    {"Seconds to wait after click to edit", N_("A second, slow click edits after"), nullptr, 0.5, 10, 0.25, 1, 2, " s"},
+    {.labelZ = N_("Warnings")},
+    {"Warn if there is a problem updating meta", N_("Warn if there is a problem updating meta")},
+    {"Warn if there is a possibly corrupted MP3", N_("Warn if there is a possibly corrupted MP3")},
+    {"warn about deleting last song", N_("Warn before a list gets empty")},
+    {.labelZ = N_("Cache")},
+    {"Number of cached songs", N_("Songs kept at hand"), N_("Their graphics lie unpacked in the cache folder."), 0,
+     10000},
 };
 
 constexpr LongPref kPref_Look = "Look (0=desktop, 1=dark, 2=light)";
-constexpr const char* kLooks[] = {"Like the desktop", "Dark", "Light"};
-constexpr const char* kTimes[] = {"How long the song has played", "What is left of it"};
+constexpr const char* kLooks[] = {N_("Like the desktop"), N_("Dark"), N_("Light")};
+constexpr const char* kTimes[] = {N_("How long the song has played"), N_("What is left of it")};
 constexpr PreferenceRow kLook[] = {
     {.pref = "Look (0=desktop, 1=dark, 2=light)",
-     .labelZ = "Look",
-     .wordsZ = "Of the windows; not of the pictures.",
+     .labelZ = N_("Look"),
+     .wordsZ = N_("Of the windows; not of the pictures."),
      .choices = kLooks},
-    {"Show Artwork Panel", "Preview", "In the main window: what the room sees, or the cover of the song."},
-    {.pref = "Time display: (0=elapsed, 1=remain)", .labelZ = "The time that stands out", .choices = kTimes},
-    {"Browser Font Size", "Text of the lists", "In points.", 8, 32, 1, 1, 0, " pt"},
+    {"Show Artwork Panel", N_("Preview"), N_("In the main window: what the room sees, or the cover of the song.")},
+    {.pref = "Time display: (0=elapsed, 1=remain)", .labelZ = N_("The time that stands out"), .choices = kTimes},
+    {"Browser Font Size", N_("Text of the lists"), N_("In points."), 8, 32, 1, 1, 0, " pt"},
 };
 
 constexpr LongPref kPref_Page = "Selected Pref Resource ID";
@@ -161,10 +174,11 @@ void XPreferencesWindow::MakeVideo() {
         if (auto* const controlP = page.findChild<QWidget*>(QtText(pref.key)); controlP != nullptr)
             controlP->setEnabled(ableB || onB);
     };
-    addIfAble({"Always on top"}, abilities.onTopB);
-    addIfAble({"Transparent Video Window", nullptr, "What is behind it shines through the colour of the border."},
+    addIfAble({"Always on top", N_("Always on top")}, abilities.onTopB);
+    addIfAble({"Transparent Video Window", N_("Transparent Video Window"),
+               N_("What is behind it shines through the colour of the border.")},
               abilities.transparentB);
-    addIfAble({"Video Window Opacity", "Opacity", nullptr, 10, 100, 5, 100, 0, " %"}, abilities.opacityB);
+    addIfAble({"Video Window Opacity", N_("Opacity"), nullptr, 10, 100, 5, 100, 0, " %"}, abilities.opacityB);
     if (!abilities.why.isEmpty()) page.AddWords(abilities.why, "warning");
 
     page.AddHeading(tr("The picture"));

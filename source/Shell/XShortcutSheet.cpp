@@ -29,13 +29,13 @@ QWidget* MakeGroup(const CKeyMap& keys, CommandGroup group) {
     gridP->setContentsMargins(0, 0, 0, 14);
     gridP->setHorizontalSpacing(18);
     gridP->setVerticalSpacing(5);
-    auto* const titleP = new QLabel(TitleOf(group));
+    auto* const titleP = new QLabel(QObject::tr(TitleOf(group)));
     titleP->setObjectName("songTitle");
     gridP->addWidget(titleP, 0, 0, 1, 2);
     int row = 1;
     for (const CommandRow& command : CommandTable()) {
         if (command.group != group || keys.KeysOf(command.command).isEmpty()) continue;
-        gridP->addWidget(new QLabel(command.titleZ), row, 0);
+        gridP->addWidget(new QLabel(QObject::tr(command.titleZ)), row, 0);
         gridP->addWidget(MakeKey(KeysText(keys.KeysOf(command.command))), row++, 1);
     }
     return groupP;

@@ -8,6 +8,7 @@
 
 #include "App/CAlerts.h"
 #include "Core/FaultText.h"
+#include "Core/Localize.h"
 #include "Meta/CMetaManager.h"
 #include "Play/CPlayControl.h"
 #include "Shell/CSongTableModel.h"
@@ -310,5 +311,5 @@ void XSongCommands::Paste() {
 void XSongCommands::TellFailure(OSErr err) {
     // What the user did not want is no failure, and a list that may not be changed says so by its menu.
     if (Failed(err) && err != userCanceledErr && err != paramErr)
-        MessageAlert("That could not be done for all songs.", FaultText(err, FaultOf::kStep, {}));
+        MessageAlert(Localize("That could not be done for all songs."), FaultText(err, FaultOf::kStep, {}));
 }

@@ -116,10 +116,10 @@ void XSourceList::Fill() {
         QListWidgetItem& row = *item(static_cast<int>(n));
         const CPlayList& list = *lists[n];
         const bool libraryB = list.ID() == kPlaylistID_Library;
-        row.setText(QtText(list.Name()));
-        row.setToolTip(PlainToolTip(QtText(list.Name())));
+        row.setText(TitleOf(list));
+        row.setToolTip(PlainToolTip(TitleOf(list)));
         row.setData(Qt::AccessibleTextRole,
-                    tr("%1, %n songs", nullptr, static_cast<int>(list.Count())).arg(QtText(list.Name())));
+                    tr("%1, %n songs", nullptr, static_cast<int>(list.Count())).arg(TitleOf(list)));
         row.setIcon(Icon(libraryB ? IconKind::kLibrary : IconKind::kList));
         row.setData(kList_Role, Number(list.ID()));
         row.setData(kCount_Role, static_cast<qlonglong>(list.Count()));
@@ -149,6 +149,10 @@ void XSourceList::EditName(PlaylistID list) {
     if (currentItem() != nullptr && currentItem()->flags().testFlag(Qt::ItemIsEditable)) editItem(currentItem());
 }
 
+QString XSourceList::TitleOf(const CPlayList& list) {
+    return list.ID() == kPlaylistID_Library ? tr("Library") : QtText(list.Name());
+}
+
 CPlayList* XSourceList::ListOf(const QListWidgetItem* itemP) const {
     return itemP == nullptr ? nullptr : i_database.GetPlayList(IdOf(itemP));
 }
@@ -156,7 +160,7 @@ CPlayList* XSourceList::ListOf(const QListWidgetItem* itemP) const {
 void XSourceList::OnRenamed(QListWidgetItem* itemP) {
     if (i_fillingB) return;
     CPlayList* const listP = ListOf(itemP);
-    if (listP != nullptr && itemP->text() != QtText(listP->Name())) emit RenameAsked(listP->ID(), itemP->text());
+    if (listP != nullptr && itemP->text() != TitleOf(*listP)) emit RenameAsked(listP->ID(), itemP->text());
     Refresh();   // what the list made of it
 }
 

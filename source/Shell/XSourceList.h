@@ -17,6 +17,8 @@ public:
 
     [[nodiscard]] PlaylistID Selected() const;
     void Select(PlaylistID list);
+    /** The name of a list, as people read it. */
+    [[nodiscard]] static QString TitleOf(const CPlayList& list);
     void EditName(PlaylistID list);
     /** Lists keep their names. */
     void SetNamesLocked(bool lockedB);

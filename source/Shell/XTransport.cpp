@@ -9,6 +9,7 @@
 #include <QStyle>
 #include <QToolButton>
 
+#include "Core/Localize.h"
 #include "Library/CSongDatabase.h"
 #include "Play/CPlayControl.h"
 #include "Shell/XActions.h"
@@ -31,10 +32,10 @@ constexpr struct {
     VocalMode mode;
     const char* titleZ;
 } kVocal_Modes[] = {
-    {VocalMode::kBoth, "As recorded"},
-    {VocalMode::kLeftOnly, "Left channel"},
-    {VocalMode::kRightOnly, "Right channel"},
-    {VocalMode::kVocalCut, "Vocal cut"},
+    {VocalMode::kBoth, N_("As recorded")},
+    {VocalMode::kLeftOnly, N_("Left channel")},
+    {VocalMode::kRightOnly, N_("Right channel")},
+    {VocalMode::kVocalCut, N_("Vocal cut")},
 };
 
 QLabel* MakeCaption(const QString& text, QWidget* ofP) {

@@ -1,6 +1,7 @@
 #include "SongFiles/CBusySongs.h"
 
 #include "Core/AlertHook.h"
+#include "Core/Localize.h"
 
 CBusySongs::Hold::Hold(std::shared_ptr<CBusySongs> busyRef, SongID song)
     : i_busyRef(std::move(busyRef)),
@@ -17,6 +18,7 @@ bool CBusySongs::IsBusy(SongID song) const {
 
 void TellSongBusy(const std::string& name) {
     ShowAlert(
-        "There is some other process that is busy with the zip file for the song “" + name + "”, please try again.",
+        Localize("There is some other process that is busy with the zip file for the song “%1”, please try again.",
+                 {name}),
         "");
 }

@@ -8,6 +8,7 @@
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
+#include "Core/Localize.h"
 #include "Files/FileURL.h"
 #include "Library/CSongDatabase.h"
 #include "Library/SongFileTypes.h"
@@ -65,7 +66,7 @@ OSErr CLibraryCommands::Asked(const std::function<void(std::function<void(const 
         if (!course->laterB)
             course->err = err;
         else if (Failed(err) && err != userCanceledErr)
-            ShowAlert("That could not be done for all songs.", FaultText(err, FaultOf::kStep, {}));
+            ShowAlert(Localize("That could not be done for all songs."), FaultText(err, FaultOf::kStep, {}));
     });
     course->laterB = true;
     return course->err;
@@ -123,14 +124,14 @@ std::vector<SongID> CLibraryCommands::SongsOf(const SDB_Selection& selection) co
 void CLibraryCommands::WaitForSorts(CProgressView& progress) const {
     const auto sorting = [this] { return std::ranges::any_of(i_database.PlayLists(), &CPlayList::IsSorting); };
     if (!sorting()) return;
-    progress.SetText("Waiting for sort tasks…");
+    progress.SetText(Localize("Waiting for sort tasks…"));
     while (sorting()) WaitOneTurn();
 }
 
 OSErr CLibraryCommands::RemoveSongs(const std::vector<SongID>& songs, const std::string& title) {
     const std::unique_ptr<CProgressView> progressP = i_ui.OpenProgress(title);
     WaitForSorts(*progressP);
-    progressP->SetText("Removing Songs from all playlists");
+    progressP->SetText(Localize("Removing Songs from all playlists"));
     progressP->Redraw();
     return i_database.RemoveFromLibrary(songs);
 }
@@ -139,7 +140,7 @@ OSErr CLibraryCommands::RemoveFromLibrary(const SDB_Selection& selection) {
     const std::vector<SongID> songs = SongsOf(selection);
     if (songs.empty()) return noErr;
     return IfConfirmed(LibraryDialog::kRemoveFromLibrary, NamesOf(songs), [this, songs] {
-        return OnceStopped(songs, [this, songs] { return RemoveSongs(songs, "Remove from Library"); });
+        return OnceStopped(songs, [this, songs] { return RemoveSongs(songs, Localize("Remove from Library")); });
     });
 }
 
@@ -148,11 +149,11 @@ OSErr CLibraryCommands::RemoveDuplicates(const SDB_Selection& selection) {
     SDB_Selection doubles(selection.List());
     doubles.SetItems(i_database.DuplicatesIn(selection));
     if (doubles.Count() == 0) {
-        i_ui.Alert("There are no duplicates.", "Each of these songs has one row in the library.");
+        i_ui.Alert(Localize("There are no duplicates."), Localize("Each of these songs has one row in the library."));
         return noErr;
     }
     return IfConfirmed(LibraryDialog::kRemoveDuplicates, NamesOf(SongsOf(doubles)), [this, rows = RowsOf(doubles)] {
-        const std::unique_ptr<CProgressView> progressP = i_ui.OpenProgress("Remove Duplicates");
+        const std::unique_ptr<CProgressView> progressP = i_ui.OpenProgress(Localize("Remove Duplicates"));
         WaitForSorts(*progressP);
         return i_database.RemoveDuplicates(StillThere(rows));
     });
@@ -165,7 +166,7 @@ OSErr CLibraryCommands::TrashOriginals(const SDB_Selection& selection, Done done
         return OnceStopped(songs, [this, songs, done] {
             Log("Moving songs to trash");
             return CT_TrashSongs::Start(i_database, songs,
-                                        Telling("Some files could not be moved to the trash.", done));
+                                        Telling(N_("Some files could not be moved to the trash."), done));
         });
     });
 }
@@ -176,9 +177,9 @@ OSErr CLibraryCommands::DeleteTracks(const SDB_Selection& selection, WarnLast wa
     if (listP->ID() == kPlaylistID_Library) return RemoveFromLibrary(selection);
     if (!listP->IsModifyable()) return paramErr;
     const Work remove = [this, rows = RowsOf(selection)] {
-        const std::unique_ptr<CProgressView> progressP = i_ui.OpenProgress("Delete Tracks");
+        const std::unique_ptr<CProgressView> progressP = i_ui.OpenProgress(Localize("Delete Tracks"));
         WaitForSorts(*progressP);
-        progressP->SetText("Clearing Playlist");
+        progressP->SetText(Localize("Clearing Playlist"));
         Log("Clearing Playlist");
         return i_database.RemoveFromList(rows.list, StillThere(rows).Items());
     };
@@ -198,7 +199,8 @@ OSErr CLibraryCommands::DeletePlaylist(PlaylistID list) {
     const std::string name = listP->Name().UTF8();
     return IfConfirmed(LibraryDialog::kDeletePlaylist, name, [this, list, name] {
         const OSErr err = i_database.DeletePlaylist(list);
-        if (Failed(err)) i_ui.Alert("The playlist “" + name + "” could not be deleted.", kDelete_HintZ);
+        if (Failed(err))
+            i_ui.Alert(Localize("The playlist “%1” could not be deleted.", {name}), Localize(kDelete_HintZ));
         return err;
     });
 }
@@ -299,7 +301,7 @@ OSErr CLibraryCommands::FindMissing(std::span<const SongID> songs, Done done) {
 CLibraryCommands::Done CLibraryCommands::Telling(const char* wordsZ, Done done) {
     return [&ui = i_ui, wordsZ, done = std::move(done)](OSErr err) {
         const bool wishedB = err == userCanceledErr || err == abortErr || err == alreadyReportedErr;
-        if (Failed(err) && !wishedB) ui.Alert(wordsZ, FaultText(err, FaultOf::kStep, {}));
+        if (Failed(err) && !wishedB) ui.Alert(Localize(wordsZ), FaultText(err, FaultOf::kStep, {}));
         if (done) done(err);
     };
 }
@@ -324,16 +326,16 @@ bool CLibraryCommands::CanUnzip(const CSong& song) {
 
 OSErr CLibraryCommands::Zip(std::span<const SongID> songs, Done done) {
     return ZipSongs(i_database, i_zipper, Those(songs, &CanZip),
-                    Telling("Some songs could not be zipped.", std::move(done)));
+                    Telling(N_("Some songs could not be zipped."), std::move(done)));
 }
 
 OSErr CLibraryCommands::Unzip(std::span<const SongID> songs, Done done) {
     std::vector<SongID> zipped = Those(songs, &CanUnzip);
     if (zipped.empty()) return paramErr;
-    return InFolder("Where shall the unzipped files go?",
+    return InFolder(Localize("Where shall the unzipped files go?"),
                     [this, zipped = std::move(zipped), done = std::move(done)](const CFileRef& folder) {
                         return CT_UnzipSongs::Start(i_database, i_unpackerRef, zipped, folder,
-                                                    Telling("Some songs could not be unzipped.", done));
+                                                    Telling(N_("Some songs could not be unzipped."), done));
                     });
 }
 

@@ -4,6 +4,7 @@
 
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
+#include "Core/Localize.h"
 #include "Core/SmallExtension.h"
 #include "Files/FSError.h"
 #include "Files/FSrMove.h"
@@ -201,9 +202,10 @@ void CSongFileKeeper::Tell() {
         const std::scoped_lock guard(i_lock);
         if (i_leftL == 0) return;
         for (const std::string& line : i_left) lines += line + "\n";
-        if (i_leftL > i_left.size()) lines += "And " + std::to_string(i_leftL - i_left.size()) + " more, in the log.\n";
+        if (i_leftL > i_left.size())
+            lines += Localize("And %1 more, in the log.", {std::to_string(i_leftL - i_left.size())}) + "\n";
         i_left.clear();
         i_leftL = 0;
     }
-    ShowAlert("Some files were left as they are, since other songs use them too.", lines);
+    ShowAlert(Localize("Some files were left as they are, since other songs use them too."), lines);
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Core/Assertions.h"
+#include "Core/Localize.h"
 #include "Library/CSongDatabase.h"
 #include "Platform/CClock.h"
 #include "Platform/CUserInterface.h"
@@ -17,16 +18,16 @@ struct WarningRow {
     bool LibrarySettings::*onB;
 };
 constexpr WarningRow kWarnings[] = {
-    {"* Songs Not Renamed", "Error Renaming Songs",
-     "One or more of your song files could not be renamed after their songs.  The songs still play: only the names on "
-     "your disk are the old ones.  Perhaps the disk is full or write protected, another program holds the files, or "
-     "another song uses them too.  "
-     "The songs are in the playlist “* Songs Not Renamed”.",
+    {"* Songs Not Renamed", N_("Error Renaming Songs"),
+     N_("One or more of your song files could not be renamed after their songs.  The songs still play: only the names "
+        "on "
+        "your disk are the old ones.  Perhaps the disk is full or write protected, another program holds the files, or "
+        "another song uses them too.  The songs are in the playlist “* Songs Not Renamed”."),
      "Warn if there is a problem updating meta", &LibrarySettings::warnNamesB},
-    {"* Possibly Corrupted MP3", "Corrupted MP3 File",
-     "One or more of your MP3 files may be corrupted.  For each one, try to play it.  If it does not play, then delete "
-     "it "
-     "by selecting it and choosing the menu command: “Edit->Trash Original Files…”.",
+    {"* Possibly Corrupted MP3", N_("Corrupted MP3 File"),
+     N_("One or more of your MP3 files may be corrupted.  For each one, try to play it.  If it does not play, then "
+        "delete "
+        "it by selecting it and choosing the menu command: “Songs->Move Files to Trash…”."),
      "Warn if there is a possibly corrupted MP3", &LibrarySettings::warnMP3B},
 };
 const WarningRow& RowOf(SongWarning kind) { return kWarnings[static_cast<std::size_t>(kind)]; }
@@ -56,5 +57,6 @@ void CSongWarnings::Warn(SongWarning kind) {
     if (warnedT && nowT - *warnedT <= kWarnAgain_T) return;
     warnedT = nowT;
     CSongDatabaseHost& host = i_database.Host();   // which outlives the database
-    host.Notify(row.titleZ, row.textZ, "Do Not Warn Again", [&host, &row] { host.StopWarning(row.preference); });
+    host.Notify(Localize(row.titleZ), Localize(row.textZ), Localize("Do Not Warn Again"),
+                [&host, &row] { host.StopWarning(row.preference); });
 }

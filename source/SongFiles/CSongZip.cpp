@@ -1,6 +1,7 @@
 #include "SongFiles/CSongZip.h"
 
 #include "Core/CLog.h"
+#include "Core/Localize.h"
 #include "Core/SmallExtension.h"
 #include "Files/FSError.h"
 #include "Files/FSrObjects.h"
@@ -43,7 +44,7 @@ OSErr CSongZip::Run() {
         TellSongBusy(name);
         return opWrErr;
     }
-    (void)CThreadHost::With([&](CThreadHost& host) { i_viewP = host.OpenTask("Zipping Audio+G with zLib"); });
+    (void)CThreadHost::With([&](CThreadHost& host) { i_viewP = host.OpenTask(Localize("Zipping Audio+G with zLib")); });
     if (i_viewP) i_viewP->SetText(name);
     OSErr err = i_abortB ? abortErr : Prepare();
     if (!Failed(err)) err = Pack();

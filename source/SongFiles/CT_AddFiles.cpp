@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Core/CLog.h"
+#include "Core/Localize.h"
 #include "Library/CSongDatabase.h"
 #include "Platform/CClock.h"
 #include "SongFiles/CSongFileWork.h"
@@ -38,8 +39,8 @@ OSErr CT_AddFiles::Operate(OSErr err) {
     if (Failed(err)) return err;
     bool cancelledB = false;
     std::unique_ptr<CTaskView> viewP;
-    (void)CThreadHost::With([&](CThreadHost& host) { viewP = host.OpenTask("Add Files"); });
-    if (viewP) viewP->SetText("Gathering Files in folder");
+    (void)CThreadHost::With([&](CThreadHost& host) { viewP = host.OpenTask(Localize("Add Files")); });
+    if (viewP) viewP->SetText(Localize("Gathering Files in folder"));
     const SongFileRules rules{.requireAudioB = i_settingsRef->requireAudioB, .midiB = i_settingsRef->launchMidiB};
     i_found = SongFileSets::Gather(i_paths, rules, [&] {
         cancelledB = cancelledB || *i_stoppingRef || (viewP && viewP->IsCancelled());

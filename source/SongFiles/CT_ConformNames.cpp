@@ -2,6 +2,7 @@
 
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
+#include "Core/Localize.h"
 #include "Library/FileSystemName.h"
 #include "SongFiles/CSongFileWork.h"
 #include "SongFiles/SongRename.h"
@@ -34,7 +35,7 @@ OSErr CT_ConformNames::OnSong(CSongFiles& files) {
     if (err == fnfErr || playsB) return noErr;
     if (Failed(err)) return err;
     if (!name) {
-        ShowAlert(kName_IllegalZ, "");
+        ShowAlert(Localize(kName_IllegalZ), "");
         return paramErr;   // the same for every song
     }
     if (name->unknownsB) {

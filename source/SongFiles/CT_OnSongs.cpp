@@ -1,5 +1,6 @@
 #include "SongFiles/CT_OnSongs.h"
 
+#include "Core/Localize.h"
 #include "Threads/CallOnMain.h"
 
 CT_OnSongs::CT_OnSongs(const char* nameZ, CSongDatabase& database, std::vector<SongID> songs, Done done)
@@ -19,7 +20,8 @@ OSErr CT_OnSongs::OnMain(const char* nameZ, const std::function<OSErr(CSongDatab
 
 OSErr CT_OnSongs::Operate(OSErr err) {
     if (Failed(err)) return err;
-    if (!i_quietB) (void)CThreadHost::With([&](CThreadHost& host) { i_viewP = host.OpenTask(Name()); });
+    if (!i_quietB)
+        (void)CThreadHost::With([&](CThreadHost& host) { i_viewP = host.OpenTask(Localize(Name().c_str())); });
     long doneL = 0;
     for (const SongID song : i_songs) {
         if (IsCancelled()) err = userCanceledErr;

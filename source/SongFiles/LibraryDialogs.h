@@ -1,6 +1,7 @@
 #pragma once
 #include <string>
 
+#include "Core/Localize.h"
 #include "Platform/CUserInterface.h"
 
 /** The commands of the library that ask first. */
@@ -16,10 +17,10 @@ enum class LibraryDialog : unsigned char {
     kLastSong
 };
 
-/** The question of a command; "%s" or "%d" of its text becomes `detail`. The safe answer, which is no, comes last. */
+/** The question of a command; "%1" of its text becomes `detail`. The safe answer, which is no, comes last. */
 [[nodiscard]] Question LibraryQuestion(LibraryDialog dialog, const std::string& detail = {});
 /** What helps when the file of a list cannot go. */
 inline constexpr const char* kDelete_HintZ =
-    "You may need to empty your trash first, or rename the Playlist before deleting it.";
+    N_("You may need to empty your trash first, or rename the Playlist before deleting it.");
 /** What the first button of such a question is. */
 inline constexpr std::size_t kAnswer_Do = 0;

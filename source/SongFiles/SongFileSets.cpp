@@ -6,6 +6,7 @@
 
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
+#include "Core/Localize.h"
 #include "Core/SmallExtension.h"
 #include "Core/SuperString.h"
 #include "Files/FSError.h"
@@ -172,11 +173,11 @@ private:
 std::string RefusedFile::Reason() const {
     switch (why) {
         case Why::kNoSong:
-            return "There is no song in it.";
+            return Localize("There is no song in it.");
         case Why::kNoSound:
-            return "Its sound was not found. Put the sound file of the same name beside it.";
+            return Localize("Its sound was not found. Put the sound file of the same name beside it.");
         case Why::kMidi:
-            return "MIDI files are songs only with the preference “Launch Midi Files”.";
+            return Localize("MIDI files are songs only with the preference “Launch Midi Files”.");
         case Why::kErr:
             break;
     }

@@ -4,6 +4,7 @@
 #include <mutex>
 #include <string>
 
+#include "Core/Localize.h"
 #include "Library/CSongDatabase.h"
 #include "SongFiles/CSongFileWork.h"
 #include "SongFiles/CSongZipper.h"
@@ -20,7 +21,7 @@ public:
           i_keeperRef(CSongFileWork::Of(database).Keeper()),
           i_countL(static_cast<long>(countL)),
           i_done(std::move(done)) {
-        (void)CThreadHost::With([this](CThreadHost& host) { i_viewP = host.OpenTask("Zip songs"); });
+        (void)CThreadHost::With([this](CThreadHost& host) { i_viewP = host.OpenTask(Localize("Zip songs")); });
         ShowSteps(i_viewP.get(), 0);
     }
 

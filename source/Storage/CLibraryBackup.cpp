@@ -8,6 +8,7 @@
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
+#include "Core/Localize.h"
 #include "Files/CDataFork.h"
 #include "Files/FSError.h"
 #include "Files/FSrObjects.h"
@@ -65,9 +66,9 @@ OSErr CLibraryBackup::KeepOnce() {
     const OSErr err = Pack(leftOut);
     static_cast<void>(LogStep(err, "keeping a copy of the library", i_root.GetPath()));
     if ((Failed(err) || !leftOut.empty()) && !std::exchange(i_toldB, true))
-        ShowAlert("No whole copy of the library could be kept before it is saved.",
+        ShowAlert(Localize("No whole copy of the library could be kept before it is saved."),
                   Failed(err) ? FaultText(err, FaultOf::kFolder, i_root.GetPath().string())
-                              : "“" + leftOut.front().string() + "” cannot be read.");
+                              : Localize("“%1” cannot be read.", {leftOut.front().string()}));
     if (Failed(err)) return err;
     i_keptB = true;
     static_cast<void>(LogStep(Prune(), "removing old copies of the library", i_root.GetPath()));

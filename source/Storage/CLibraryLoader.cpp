@@ -7,6 +7,7 @@
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
+#include "Core/Localize.h"
 #include "Storage/CLoadingScope.h"
 #include "Storage/CReportXMLErr.h"
 #include "Storage/CScopedClock.h"
@@ -86,14 +87,14 @@ OSErr CLibraryLoader::WaitUntilReadable() {
 OSErr CLibraryLoader::TellKeptBack(const CFileRef& file, OSErr err, bool againB, bool& tryB) {
     enum Button : std::size_t { kQuit, kTryAgain };
     Question question;
-    question.title = "Your library cannot be read.";
+    question.title = Localize("Your library cannot be read.");
     question.text = FaultText(err, file.GetPath());
     if (i_reportP->problems.empty() || i_reportP->problems.back() != question.text) Problem(question.text);
     i_reportP->err = err;
     i_reportP->wholeB = false;
-    question.text += "\nNothing is lost: the files stay as they are.";
-    question.buttons = {"Quit"};
-    if (againB) question.buttons.emplace_back("Try Again");
+    question.text += "\n" + Localize("Nothing is lost: the files stay as they are.");
+    question.buttons = {Localize("Quit")};
+    if (againB) question.buttons.emplace_back(Localize("Try Again"));
     question.defaultIndex = question.buttons.size() - 1;
     question.safeIndex = kQuit;   // nobody in front: it must not ask for ever
     tryB = i_host.Ask(question).buttonIndex == kTryAgain && againB;
@@ -118,13 +119,13 @@ OSErr CLibraryLoader::AskIfTooNew(const LibraryImage& image) {
     if (!indexB && !i_songs.IsTooNew()) return noErr;
     i_reportP->tooNewB = true;
     Question question;
-    question.title = "This library is of a later Vopla";
+    question.title = Localize("This library is of a later Vopla");
     question.text = i_songs.IsTooNew()
                         ? i_songs.TooNewText().UTF8()
                         : TooNewWords(static_cast<std::uint32_t>(VersionOf(*image.index)), kIndex_Version).UTF8();
     Problem(question.text);
-    question.text += "\nIf you continue, nothing that you change is saved.";
-    question.buttons = {"Quit", "Continue"};
+    question.text += "\n" + Localize("If you continue, nothing that you change is saved.");
+    question.buttons = {Localize("Quit"), Localize("Continue")};
     return i_host.Ask(question).buttonIndex == 1 ? noErr : userCanceledErr;
 }
 
@@ -133,32 +134,34 @@ OSErr CLibraryLoader::AskIfTooNew(const LibraryImage& image) {
 void CLibraryLoader::MendSongs() {
     const bool goneB = i_songsErr == fnfErr && !i_reportP->emptyB;
     if (!goneB && !i_songs.AreSongsDamaged()) return;
-    constexpr const char* kKeptZ =
-        "\nThe damaged file stays beside the new one, with “damaged” and the date in its name.";
-    const std::size_t readL = i_database.Songs()->Count();
-    std::string text = "“Songs.vlb”, the file with the songs of your library, is ";
-    text += goneB ? "missing.  " : "damaged.  ";
-    text += std::to_string(readL);
-    text += readL == 1 ? " song could be read." : " songs could be read.";
-    i_host.ShowProgress("Looking for a whole copy of the library…");
+    const std::string kept =
+        "\n" + Localize("The damaged file stays beside the new one, with “damaged” and the date in its name.");
+    const std::string text =
+        (goneB ? Localize("“Songs.vlb”, the file with the songs of your library, is missing.")
+               : Localize("“Songs.vlb”, the file with the songs of your library, is damaged.")) +
+        "  " + LocalizeCount("%1 song could be read.", "%1 songs could be read.", i_database.Songs()->Count());
+    i_host.ShowProgress(Localize("Looking for a whole copy of the library…"));
     auto keptRef = std::make_shared<CKeptSongs>();
     const OSErr found = keptRef->Find(i_places.root);
     if (goneB && (Failed(found) || keptRef->Count() == 0)) return;   // there never was one
     i_changedB = true;
     if (Failed(found)) {
         Problem("no whole copy of the songs was found");
-        ShowAlert("Your library is damaged.", text +
-                                                  "  There is no whole copy of it.  Files of the music folder that no "
-                                                  "song names are taken in again." +
-                                                  kKeptZ);
+        ShowAlert(Localize("Your library is damaged."),
+                  text + "  " +
+                      Localize("There is no whole copy of it.  Files of the music folder that no song names are taken "
+                               "in again.") +
+                      kept);
         return;
     }
     enum Button : std::size_t { kBringBack, kGoOn };
     Question question;
-    question.title = "Your library is damaged.";
-    question.text = text + "  A whole copy of " + keptRef->Date() + " has " + std::to_string(keptRef->Count()) +
-                    ".  Shall the songs that are missing come back from it?" + (goneB ? "" : kKeptZ);
-    question.buttons = {"Bring Back", "Go On Without"};
+    question.title = Localize("Your library is damaged.");
+    question.text = text + "  " +
+                    Localize("A whole copy of %1 has %2.  Shall the songs that are missing come back from it?",
+                             {keptRef->Date(), std::to_string(keptRef->Count())}, "a date, a number of songs") +
+                    (goneB ? "" : kept);
+    question.buttons = {Localize("Bring Back"), Localize("Go On Without")};
     Problem(question.text);
     if (i_host.Ask(question).buttonIndex == kGoOn) {
         i_reportP->keptRef = std::move(keptRef);

@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "Core/CLog.h"
+#include "Core/Localize.h"
 #include "Core/SmallExtension.h"
 #include "SongFiles/MakeSongOfFiles.h"
 #include "Storage/CLoadingScope.h"
@@ -86,9 +87,9 @@ void CLibraryRebuild::JoinHalves(std::vector<SongFileSet>& sets) const {
 bool CLibraryRebuild::AreSame(const SongFileSet& first, const SongFileSet& second, std::string& base) const {
     enum Button : std::size_t { kFirst, kSecond, kNotSame };
     Question question;
-    question.title = "Are these songs the same?";
-    question.text = "If so, please pick which name to use:\n1st:\t" + first.base + "\n2nd:\t" + second.base;
-    question.buttons = {"1st name", "2nd name", "Not Same"};
+    question.title = Localize("Are these songs the same?");
+    question.text = Localize("If so, please pick which name to use:\n1st:\t%1\n2nd:\t%2", {first.base, second.base});
+    question.buttons = {Localize("1st name"), Localize("2nd name"), Localize("Not Same")};
     question.defaultIndex = kNotSame;
     question.safeIndex = kNotSame;
     const std::size_t button = i_host.Ask(question).buttonIndex;

@@ -3,6 +3,7 @@
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
+#include "Core/Localize.h"
 #include "Files/CSafeSave.h"
 #include "Files/FSError.h"
 #include "Files/FSrObjects.h"
@@ -103,9 +104,9 @@ void CLibraryStore::BeginChanges() {
     if (const OSErr err = MayWrite(); Failed(err)) {
         // Said now, before a night's work, and not again at each save: those are tried until one succeeds.
         i_toldB = true;
-        ShowAlert("Your library cannot be written.",
-                  FaultText(err, FaultOf::kFolder, i_places.root.GetPath().string()) +
-                      "\nWhat you change is kept in memory, and saved as soon as the folder can be written.");
+        ShowAlert(Localize("Your library cannot be written."),
+                  FaultText(err, FaultOf::kFolder, i_places.root.GetPath().string()) + "\n" +
+                      Localize("What you change is kept in memory, and saved as soon as the folder can be written."));
         return;
     }
     if (!i_report.tooNewB) UpgradeNames();
@@ -209,9 +210,10 @@ void CLibraryStore::NoteFailure(const CLibrarySave& save) {
     i_database.SetDirty(true, "the last save failed");
     if (std::exchange(i_toldB, true)) return;
     if (save.FailedToDelete())
-        ShowAlert("The playlist file “" + save.FailedFile().GetName() + "” could not be deleted.", kDelete_HintZ);
+        ShowAlert(Localize("The playlist file “%1” could not be deleted.", {save.FailedFile().GetName()}),
+                  Localize(kDelete_HintZ));
     else if (save.FailedFile().GetName() == "Songs.vlb")
-        ShowAlert("Error attempting to save database!", FaultText(save.Err(), save.FailedFile().GetPath()));
+        ShowAlert(Localize("Error attempting to save database!"), FaultText(save.Err(), save.FailedFile().GetPath()));
     else
         (void)TellSaveError(save.Err(), save.FailedFile());
 }

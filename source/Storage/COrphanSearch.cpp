@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Core/CLog.h"
+#include "Core/Localize.h"
 #include "Library/CSongDatabase.h"
 #include "SongFiles/AddFilesToLibrary.h"
 #include "SongFiles/MakeSongOfFiles.h"
@@ -32,12 +33,16 @@ OSErr COrphanSearch::Start(CSongDatabase& database, const std::filesystem::path&
         if (added.newL == 0) return;
         std::string words;
         if (!rows.empty())
-            words = std::to_string(rows.size()) +
-                    " songs lay in your music folder and in no playlist.  They are in the Library again, and in the "
-                    "playlist “Orphaned Songs”.";
+            words = Localize(
+                "%1 songs lay in your music folder and in no playlist.  They are in the Library again, and in "
+                "the playlist “Orphaned Songs”.",
+                {std::to_string(rows.size())});
         if (backL != 0)
-            words += (rows.empty() ? "" : "  ") + std::to_string(backL) +
-                     " songs that were lost were found in your music folder.  They are in their playlists again.";
+            words += (rows.empty() ? "" : "  ") +
+                     Localize(
+                         "%1 songs that were lost were found in your music folder.  They are in their playlists "
+                         "again.",
+                         {std::to_string(backL)});
         if (!rows.empty()) (void)OrphanList(database).AddItemVec(std::move(rows));
         database.SetDirty(true, "scanned for orphans");
         database.Host().Notify(kList_Name, words);

@@ -2,9 +2,10 @@
 
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
+#include "Core/Localize.h"
 #include "Library/CSongDatabase.h"
 
 void CReportXMLErr::Report(CSongDatabaseHost& host, const CFileRef& file, OSErr err) {
-    host.Notify("Error loading XML file", FaultText(err, file.GetPath()), "Reveal",
+    host.Notify(Localize("Error loading XML file"), FaultText(err, file.GetPath()), Localize("Reveal"),
                 [&host, file] { host.Reveal(file); });
 }

@@ -5,6 +5,7 @@
 
 #include "Core/AlertHook.h"
 #include "Core/CLog.h"
+#include "Core/Localize.h"
 #include "Library/CSinger.h"
 #include "Storage/CDupeSinger.h"
 #include "Storage/SingerAccounts.h"
@@ -79,9 +80,10 @@ void CSingerLoader::LoadFolder(CPlayList& venue, SingerFolder& folder, std::vect
 SingerRecord CSingerLoader::NewAccount(const SingerFolder& folder) {
     SingerRecord record;
     record.meta.Set("SNGR", SuperString(folder.folder.GetName()));
-    const std::string words = "“" + folder.folder.GetName() +
-                              "” somehow lost their account.  A new account has been created, and we will attempt to "
-                              "recover their playlists.";
+    const std::string words = Localize(
+        "“%1” somehow lost their account.  A new account has been created, and we will attempt to recover "
+        "their playlists.",
+        {folder.folder.GetName()});
     Problem(words);
     ShowAlert(words, "");
     return record;
@@ -143,7 +145,7 @@ void CSingerLoader::TakeLeftOver(CSinger& singer, const PlaylistFile& file, cons
     named.record.keys.Set("Name", SuperString(name));
     (void)take(named, kSourceDB_PLAYLIST);
     const std::string words =
-        "“" + singer.Name().UTF8() + "” has one list too many.  It is the playlist “" + name + "”.";
+        Localize("“%1” has one list too many.  It is the playlist “%2”.", {singer.Name().UTF8(), name});
     Problem(words);
     ShowAlert(words, file.file.GetPath().string());
 }

@@ -232,7 +232,7 @@ TEST_F(BrowserTest, ListsAreMadeRenamedAndDeletedByKeys) {
     EXPECT_EQ(i_databaseP->GetPlayList(kSourceDB_PLAYLIST), nullptr);
     EXPECT_EQ(sources.Selected(), kPlaylistID_Library);
     EXPECT_EQ(i_ui.questions.front().text,
-              "Are you sure you want to permanantly delete playlist “Friday night”?  You can not undo this action.");
+              "Are you sure you want to permanently delete playlist “Friday night”?  You can not undo this action.");
 }
 
 // ---- Drops ----
