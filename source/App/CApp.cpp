@@ -1,5 +1,6 @@
 #include "App/CApp.h"
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -149,7 +150,7 @@ void CApp::RefreshVideo() {
 
 void CApp::StopIdling() {
     i_idleGraphicsB = false;
-    StopCurrentSong();   // its threads end with the others
+    i_parts.ForEach("stopping", [](CAppPart& part) { part.Stop(); });   // a song's threads end with the others
 }
 
 void CApp::IdleGraphics(const char* /*whoZ*/, bool forcedB) {
@@ -162,7 +163,9 @@ void CApp::IdleGraphics(const char* /*whoZ*/, bool forcedB) {
     }
     if (preemptiveB || !i_idleGraphicsB || IsInitializing()) return;
     const double nowT = CClock::Get().SteadyT();
-    if (nowT - i_lastIdleGraphicsT <= kIdleGraphics_T) return;
+    const CAppPlay* const playP = i_parts.Find<CAppPlay>();
+    const double drawnT = playP == nullptr ? 0 : playP->DrawnT();   // by the timer: then there is no hurry
+    if (nowT - std::max(i_lastIdleGraphicsT, drawnT) <= kIdleGraphics_T) return;
     i_lastIdleGraphicsT = nowT;
 
     const ScopedValue<bool> notAgain(i_idleGraphicsB, false);
@@ -234,5 +237,3 @@ Question CApp::InterruptQuestion() {
     question.safeIndex = 1;
     return question;
 }
-
-void CApp::NoteGraphicsDrawn() { i_lastIdleGraphicsT = CClock::Get().SteadyT(); }

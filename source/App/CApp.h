@@ -99,8 +99,6 @@ public:
     [[nodiscard]] bool IsResizingWindow() const { return i_resizing_windB; }
     std::unique_ptr<ScopedCrashReporter> InstallCrashReporter(std::string_view threadName) override;
     std::unique_ptr<CTaskView> OpenTask(std::string_view name) override;
-    /** A picture was drawn now: IdleGraphics need not hurry. */
-    void NoteGraphicsDrawn();
     /** False within IdleGraphics, and from the quit on. */
     [[nodiscard]] bool IdlesGraphics() const { return i_idleGraphicsB; }
     /** The first act of the quit. */

@@ -17,7 +17,7 @@ public:
     virtual void Ready() {}
     /** Twice a second, once the application is ready. */
     virtual void Idle() {}
-    /** The quit was allowed, and its stages come next: what sounds, or goes on by itself, stops. */
+    /** The quit was allowed, and its stages come next: what sounds, or goes on by itself, stops. Told twice, perhaps. */
     virtual void Stop() {}
 
     /** Something here is not on the disc yet; whoever makes it so calls CApp::SetDirty. */

@@ -6,6 +6,12 @@
 CAppPlay::CAppPlay(CApp& app) : i_app(app), i_prefs(app.Prefs()), i_control(static_cast<CPlayHost&>(*this)) {
     i_app.SetCurrentSong(&i_control);
     i_control.AddWatcher(*this);
+    i_follower = i_prefs.Follow([this] { Show()->globalSlip300 = i_prefs.GetLong("Global Song Sync Slip (300ths)"); });
+}
+
+void CAppPlay::Stop() {
+    Show()->quittingB = true;
+    i_app.StopCurrentSong();
 }
 
 CAppPlay::~CAppPlay() {
@@ -17,10 +23,8 @@ CAppPlay::~CAppPlay() {
 CSongDatabase& CAppPlay::Database() { return i_app.Database(); }
 CCFPrefDictionary& CAppPlay::Preferences() { return i_prefs; }
 CUserInterface& CAppPlay::Ui() { return i_app.Ui(); }
-bool CAppPlay::IsQuitting() const { return i_app.IsShutdown(); }
 CGraphicsPorts& CAppPlay::Ports() { return i_app.Windows().Ports(); }
 bool CAppPlay::IsUnpacking(SongID song) { return i_app.LibraryCommands().Unpacker().IsUnpacking(song); }
-void CAppPlay::NoteDrawn() { i_app.NoteGraphicsDrawn(); }
 void CAppPlay::ShowMessage(std::string_view text) { i_app.SetStatus(text); }
 void CAppPlay::Deselect() { i_app.Windows().DeselectSongs(); }
 

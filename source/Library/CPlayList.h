@@ -111,14 +111,11 @@ public:
 
     // ---- What comes next ----
     enum class Step : bool { kForward, kBackward };
-    enum class AtEnd : bool { kStop, kIgnore };
     /** The row to play after `item` (SDB_kNoItem: after the selected one) in the shown order, round its end; rows that
-        cannot be played are passed over. SDB_kNoItem when there is none. The rotation of a KJ stops at its end. */
-    [[nodiscard]] PLItemID GetNextID(PLItemID item, Step step, AtEnd end = AtEnd::kStop);
+        cannot be played are passed over. SDB_kNoItem when there is none. */
+    [[nodiscard]] PLItemID GetNextID(PLItemID item, Step step);
     void SetSelectedItem(PLItemID item) noexcept;
     [[nodiscard]] PLItemID SelectedItem() const noexcept { return i_selectedItem; }
-    [[nodiscard]] long PendingSkips() const noexcept { return i_current_pli; }
-    void SetPendingSkips(long skipsL) noexcept { i_current_pli = skipsL; }
 
     /** Values of these rows changed: they take their new places in the orders by these keys. */
     void ItemsChanged(std::span<const PLItemID> items, std::span<const MetaKey> keys);
@@ -167,7 +164,6 @@ private:
     SortTold i_waitingTold = SortTold::kTold;
     std::vector<PLItemID> i_touched;   // rows that came, left or changed while a task sorts; some more than once
     PLItemID i_selectedItem = SDB_kNoItem;
-    long i_current_pli = 0;   // pending skips
     std::uint64_t i_duration300 = 0;
     bool i_durationStaleB = false;   // rows or durations have changed since
     bool i_summingB = false;         // a task sums up, or waits for its completion

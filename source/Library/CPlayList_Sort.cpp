@@ -217,28 +217,16 @@ void CPlayList::SetSelectedItem(PLItemID item) noexcept {
     if (std::exchange(i_selectedItem, item) != item) ++i_revisionL;   // likewise
 }
 
-PLItemID CPlayList::GetNextID(PLItemID item, Step step, AtEnd end) {
-    const bool backwardsB = step == Step::kBackward, rotationB = i_sourceType == kSourceDB_KJ_ROTATION;
+PLItemID CPlayList::GetNextID(PLItemID item, Step step) {
+    const bool backwardsB = step == Step::kBackward;
     if (item == SDB_kNoItem) item = i_selectedItem;
-    if (rotationB && backwardsB && i_current_pli > 0) {
-        --i_current_pli;
-        return item;
-    }
-    const std::vector<PLItemID> ids = GetSortedList();   // a copy: stopping the play may change the list
-    if (ids.empty()) return SDB_kNoItem;
-    const auto it = std::ranges::find(ids, item);
+    const std::vector<PLItemID>& ids = GetSortedList();
     const std::size_t countL = ids.size();
+    const auto it = std::ranges::find(ids, item);
     // An item that is not there stands before the first and behind the last.
     std::size_t place = it != ids.end() ? static_cast<std::size_t>(it - ids.begin()) : backwardsB ? 0 : countL - 1;
-    bool fromNowhereB = it == ids.end();
     for (std::size_t n = 0; n < countL; ++n) {
-        const bool lastB = place == countL - 1;
         place = backwardsB ? (place + countL - 1) % countL : (place + 1) % countL;
-        if (lastB && !backwardsB && rotationB && end == AtEnd::kStop && !fromNowhereB) {
-            i_current_pli = 0;
-            i_database.Host().StopPlayback();
-        }
-        fromNowhereB = false;
         const CPlayListItem* const itemP = i_list->Item(ids[place]);
         const bool playsB =
             itemP != nullptr && (itemP->Type() == SDB_kPLItem_SINGER || Number(itemP->GetSongID()) != SDB_kOrphanID);

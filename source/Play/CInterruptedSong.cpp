@@ -32,5 +32,5 @@ bool CInterruptedSong::HasRunOut() {
 }
 
 void CInterruptedSong::RowsLeave(PlaylistID list, std::span<const PLItemID> items) {
-    if (i_song) i_song->place.RowsLeave(list, items);
+    if (i_song) i_song->order->RowsLeave(list, items);
 }

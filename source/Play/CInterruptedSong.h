@@ -1,7 +1,7 @@
 #pragma once
 #include <optional>
 
-#include "Play/CPlayPlace.h"
+#include "Play/CPlayOrder.h"
 #include "Play/SongPlaySpec.h"
 
 /** What the operator is offered: the name of the song, and where it stood, in 300ths. */
@@ -21,7 +21,7 @@ public:
 
     struct Song {
         SongPlaySpec spec;
-        CPlayPlace place;
+        std::unique_ptr<CPlayOrder> order;   // and the place in it
         long at300 = 0;
         float levelF = 1;
         bool pausedB = false;

@@ -37,9 +37,10 @@ CPlayControl::CPlayControl(CPlayHost& host)
     : i_host(host),
       i_outputP(MakeRef<CPlayOutput>()),
       i_levels(host.Database()),
-      i_place(host.Database()),
+      i_orderP(host.OrderOf(PlaylistID{SDB_kUninitializedID})),
       i_volumeF(ReadVolume(host)) {
     i_outputP->Level().gainF = i_volumeF;
+    i_host.Show()->globalSlip300 = host.Preferences().GetLong("Global Song Sync Slip (300ths)");
     i_host.Database().AddWatcher(*this);
 }
 
@@ -76,7 +77,7 @@ OSErr CPlayControl::GoOnIn(PlaylistID list, PLItemID item) {
     const auto row = listP == nullptr ? std::nullopt : listP->Items()->Get(item);
     if (!row) return fnfErr;
     if (State() == PlayState::kIdle || row->target != PLTarget(CurrentSong())) return paramErr;
-    i_place.Set(list, item);
+    StandAt(list, item);
     i_nextStaleB = true;
     TellPlay();
     return noErr;
@@ -89,7 +90,7 @@ std::optional<SongPlaySpec> CPlayControl::SpecOf(PlaylistID list, PLItemID item)
 }
 
 OSErr CPlayControl::PlayRow(PlaylistID list, PLItemID item, const StartHow& how) {
-    if (i_host.IsQuitting()) return abortErr;
+    if (IsQuitting()) return abortErr;
     const std::optional<SongPlaySpec> spec = SpecOf(list, item);
     if (!spec) {
         ShowAlert(
@@ -100,8 +101,13 @@ OSErr CPlayControl::PlayRow(PlaylistID list, PLItemID item, const StartHow& how)
     if (i_playP && !how.stepB && CurrentSong() != spec->song)
         Log("WARNING****  A case where the previous song wasn't stopped!");
     if (how.handB) KeepInterrupted();
-    i_place.Set(list, item);
+    StandAt(list, item);
     return PlaySong(*spec, how);
+}
+
+void CPlayControl::StandAt(PlaylistID list, PLItemID item) {
+    if (i_orderP->ListID() != list) i_orderP = i_host.OrderOf(list);
+    i_orderP->GoTo(item);
 }
 
 OSErr CPlayControl::PlaySong(const SongPlaySpec& spec, const StartHow& how) {
@@ -122,6 +128,7 @@ OSErr CPlayControl::PlaySong(const SongPlaySpec& spec, const StartHow& how) {
 
     const CCFPrefDictionary& preferences = i_host.Preferences();
     SongPlayParts parts{.spec = spec,
+                        .show = i_host.Show(),
                         .loadP = i_next.Take(spec),
                         .outputP = i_outputP,
                         .settings = AudioPlayerSettings::Read(preferences),
@@ -209,34 +216,35 @@ void CPlayControl::NoteFiles(CSongPlay& play, OSErr err) const {
 }
 
 void CPlayControl::ListRemoved(PlaylistID list) {
-    if (list == i_place.ListID()) i_nextStaleB = true;
+    if (list == i_orderP->ListID()) i_nextStaleB = true;
 }
 
 void CPlayControl::ItemsChanged(PlaylistID list, ListMessage, std::span<const PLItemID>) {
-    if (list == i_place.ListID()) i_nextStaleB = true;
+    if (list == i_orderP->ListID()) i_nextStaleB = true;
 }
 
 void CPlayControl::ItemsLeave(PlaylistID list, std::span<const PLItemID> items) {
-    i_place.RowsLeave(list, items);
+    i_orderP->RowsLeave(list, items);
     i_interrupted.RowsLeave(list, items);
 }
 
 void CPlayControl::SortChanged(PlaylistID list, const SortSpec&, bool startedB) {
-    if (list == i_place.ListID() && !startedB) i_nextStaleB = true;
+    if (list == i_orderP->ListID() && !startedB) i_nextStaleB = true;
 }
 
 void CPlayControl::CacheNext() {
     i_nextStaleB = false;
     WantLevels();
     i_nextLookT = CClock::Get().SteadyT() + kNextLook_T;
-    if (i_place.List() == nullptr || !i_host.Preferences().GetBool("pre-cache next song")) {
+    if (!i_orderP->IsThere() || !i_host.Preferences().GetBool("pre-cache next song")) {
         i_next.Drop();
         return;
     }
-    const PLItemID item = i_place.Next(CPlayList::AtEnd::kIgnore);
-    const bool endB = i_host.Preferences().GetBool("Stop at playlist end") && i_place.IsLast();
+    const PLItemID item = i_orderP->Next();
+    const bool stopsB = i_host.Preferences().GetBool("Stop at playlist end") || i_orderP->StopsAtEnd();
+    const bool endB = stopsB && i_orderP->IsLast();
     std::optional<SongPlaySpec> spec;
-    if (!endB && item != SDB_kNoItem && item != i_place.Item()) spec = SpecOf(i_place.ListID(), item);
+    if (!endB && item != SDB_kNoItem && item != i_orderP->Item()) spec = SpecOf(i_orderP->ListID(), item);
     if (spec)
         i_next.Hold(std::move(*spec));
     else
@@ -252,7 +260,7 @@ void CPlayControl::EndCurrent(std::string next) {
 }
 
 void CPlayControl::Stop() {
-    if (i_host.IsQuitting())
+    if (IsQuitting())
         i_next.Drop();
     else
         KeepInterrupted();
@@ -270,7 +278,7 @@ void CPlayControl::EndShow() {
 void CPlayControl::SongFailed(CSongPlay& play, OSErr err) {
     const Ref<CSongPlay> playP(&play);   // its end must not come before ours
     i_overB = true;
-    const PLItemID here = i_place.Item();
+    const PLItemID here = i_orderP->Item();
     std::string then;
     bool onB = false;
     if (++i_failedL >= kFailures_Most)
@@ -279,7 +287,7 @@ void CPlayControl::SongFailed(CSongPlay& play, OSErr err) {
         onB = GoOn();
     if (!onB && (!i_playP || i_playP.Get() == &play)) EndShow();
     i_lastErr = onB ? i_lastErr : err;
-    if (onB && i_playP && i_place.Item() != here)
+    if (onB && i_playP && i_orderP->Item() != here)
         then = Localize("The list goes on with “%1”.", {i_playP->Spec().name});
     i_host.SongFailed(play, err);
     TellFailure(play, err, then);   // last: the operator may begin another song before he has read it
@@ -304,7 +312,7 @@ void CPlayControl::TellFailure(const CSongPlay& play, OSErr err, const std::stri
 
 void CPlayControl::SongEnded(CSongPlay& play) {
     const Ref<CSongPlay> playP(&play);
-    if (i_host.IsQuitting()) return;
+    if (IsQuitting()) return;
     i_overB = true;
     i_failedL = 0;
     i_host.SongEnded(play);
@@ -319,14 +327,14 @@ bool CPlayControl::GoOn() {
     const Ref<CSongPlay> beforeP = i_playP;
     const CCFPrefDictionary& preferences = i_host.Preferences();
     const StartHow how{.pausedB = preferences.GetBool("Pause between tracks")};
-    for (const PLItemID from = i_place.Item();;) {
-        const PlayNextState state{.stopBetweenTracksB = preferences.GetBool("Stop between tracks"),
-                                  .hasPlaylistB = i_place.List() != nullptr,
-                                  .stopAtPlaylistEndB = preferences.GetBool("Stop at playlist end"),
-                                  .lastOfSelectionB = i_place.IsLast()};
+    for (const PLItemID from = i_orderP->Item();;) {
+        const PlayNextState state{
+            .stopBetweenTracksB = preferences.GetBool("Stop between tracks"),
+            .hasPlaylistB = i_orderP->IsThere(),
+            .stopAtPlaylistEndB = preferences.GetBool("Stop at playlist end") || i_orderP->StopsAtEnd(),
+            .lastOfSelectionB = i_orderP->IsLast()};
         if (ChoosePlayNext(state) != PlayNextCommand::kNext) return false;
-        const PLItemID next = i_place.Next(CPlayList::AtEnd::kStop);
-        if (!i_playP) return true;   // the list has stopped the show
+        const PLItemID next = i_orderP->Next();
         if (next == SDB_kNoItem || (next == from && i_failedL > 0))
             return false;   // all round, and nothing can be played
         const OSErr err = StepTo(next, how);
@@ -334,7 +342,7 @@ bool CPlayControl::GoOn() {
         if (i_playP.Get() != beforeP.Get())
             return static_cast<bool>(i_playP);   // one may have begun while an alert stood
         if (err != fnfErr || ++i_failedL >= kFailures_Most) return false;
-        i_place.Set(i_place.ListID(), next);   // a row whose song is nowhere
+        i_orderP->GoTo(next);   // a row whose song is nowhere
     }
 }
 
@@ -371,8 +379,8 @@ long CPlayControl::CurTime300() const {
 
 long CPlayControl::EndTime300() const { return i_playP ? i_playP->EndTime300() : 0; }
 SongID CPlayControl::CurrentSong() const { return i_playP ? i_playP->Spec().song : kNoSong; }
-PlaylistID CPlayControl::CurrentList() const { return i_place.ListID(); }
-PLItemID CPlayControl::CurrentItem() const { return i_place.Item(); }
+PlaylistID CPlayControl::CurrentList() const { return i_orderP->ListID(); }
+PLItemID CPlayControl::CurrentItem() const { return i_orderP->Item(); }
 
 // ---- Of the song that plays ----
 
@@ -389,12 +397,9 @@ void CPlayControl::VideoIdle(bool forcedB) {
     if (const Ref<CSongPlay> playP = i_playP) playP->Tick(forcedB);
 }
 
-bool CPlayControl::IsQuitting() const { return i_host.IsQuitting(); }
-long CPlayControl::GlobalSlip300() const { return i_host.Preferences().GetLong("Global Song Sync Slip (300ths)"); }
+bool CPlayControl::IsQuitting() const { return i_host.Show()->quittingB; }
 CGraphicsPorts& CPlayControl::Ports() { return i_host.Ports(); }
 CPlayWindowRule CPlayControl::WindowRule() const { return CPlayWindowRule::Read(i_host.Preferences()); }
-
-void CPlayControl::NoteDrawn() { i_host.NoteDrawn(); }
 
 // ---- Watchers ----
 

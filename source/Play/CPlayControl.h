@@ -11,7 +11,7 @@
 #include "Play/CInterruptedSong.h"
 #include "Play/CNextSong.h"
 #include "Play/CPlayingSong.h"
-#include "Play/CPlayPlace.h"
+#include "Play/CPlayOrder.h"
 #include "Play/CSongLevels.h"
 #include "Play/CSongPlay.h"
 #include "Threads/CHandle.h"
@@ -131,11 +131,8 @@ private:
     void PreRollDone(CSongPlay& play, OSErr err) override;
     void SongEnded(CSongPlay& play) override;
     void SongFailed(CSongPlay& play, OSErr err) override;
-    bool IsQuitting() const override;
-    long GlobalSlip300() const override;
     CGraphicsPorts& Ports() override;
     CPlayWindowRule WindowRule() const override;
-    void NoteDrawn() override;
     // Of the lists: the song that comes next may be another one now.
     void ListRemoved(PlaylistID list) override;
     void ItemsLeave(PlaylistID list, std::span<const PLItemID> items) override;
@@ -161,12 +158,15 @@ private:
     };
     /** fnfErr, told, and all stays as it is: no such row, or no song in it. */
     OSErr PlayRow(PlaylistID list, PLItemID item, const StartHow& how);
-    /** Ends what plays and starts this; i_place says already where it stands. */
+    /** Ends what plays and starts this; i_orderP says already where it stands. */
     OSErr PlaySong(const SongPlaySpec& spec, const StartHow& how);
     /** Nothing when there is no such row, or no song in it. */
     [[nodiscard]] std::optional<SongPlaySpec> SpecOf(PlaylistID list, PLItemID item) const;
     static void TellLostGraphics(const CSongPlay& play);
     void TellFailure(const CSongPlay& play, OSErr err, const std::string& then) const;
+    [[nodiscard]] bool IsQuitting() const;
+    /** The show stands there now. */
+    void StandAt(PlaylistID list, PLItemID item);
     /** The next row that has a song begins, as the preferences say of the end of a song. False when none does. */
     bool GoOn();
     /** "Next" and its kin: the song there takes the place of what plays. */
@@ -205,14 +205,14 @@ private:
     Ref<CSongPlay> i_playP;   // null: idle
     CNextSong i_next;
     CSongLevels i_levels;
-    bool i_nextStaleB = false;     // the list has changed since i_next was chosen
-    double i_nextLookT = 0;        // before this it is not looked at again, nor dropped after a stop
-    bool i_startPausedB = false;   // i_playP is to begin paused
-    bool i_delayedB = false;       // it stands paused until its zip is unpacked, or the operator lets it go
-    std::optional<Wish> i_wish;    // where it is to begin, as the operator said while it starts
-    CPlayPlace i_place;
-    double i_beganT = 0;    // i_playP has played since
-    bool i_overB = false;   // it was sung to its end
+    bool i_nextStaleB = false;              // the list has changed since i_next was chosen
+    double i_nextLookT = 0;                 // before this it is not looked at again, nor dropped after a stop
+    bool i_startPausedB = false;            // i_playP is to begin paused
+    bool i_delayedB = false;                // it stands paused until its zip is unpacked, or the operator lets it go
+    std::optional<Wish> i_wish;             // where it is to begin, as the operator said while it starts
+    std::unique_ptr<CPlayOrder> i_orderP;   // never null
+    double i_beganT = 0;                    // i_playP has played since
+    bool i_overB = false;                   // it was sung to its end
     CInterruptedSong i_interrupted;
     OSErr i_lastErr = noErr;
     bool i_countedB = false;   // i_playP is counted as sung

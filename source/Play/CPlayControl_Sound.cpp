@@ -37,11 +37,11 @@ float CPlayControl::ReadVolume(CPlayHost& host) {
 }
 
 void CPlayControl::KeepValue(MetaKey key, double value) {
-    CPlayList* const listP = i_place.List();
+    CPlayList* const listP = i_host.Database().GetPlayList(i_orderP->ListID());
     const bool tempoB = key == "TMPO"_key;
     if (listP != nullptr && listP->KeepsInRow(key)) {
-        if (i_place.Item() == SDB_kNoItem) return;   // the row has left, and its value with it
-        listP->SetRowValue(i_place.Item(), key,
+        if (i_orderP->Item() == SDB_kNoItem) return;   // the row has left, and its value with it
+        listP->SetRowValue(i_orderP->Item(), key,
                            tempoB ? CMetaValue(value) : CMetaValue(static_cast<std::int32_t>(value)));
     } else if (CSong* const songP = i_host.Database().GetSong(CurrentSong())) {
         if (tempoB)
@@ -107,16 +107,11 @@ void CPlayControl::SetOneLevel(bool onB) {
 
 void CPlayControl::WantLevels() {
     std::vector<SongID> songs;
-    CPlayList* const listP = i_place.List();
+    CPlayList* const listP = i_host.Database().GetPlayList(i_orderP->ListID());
     if (listP != nullptr && IsOneLevel()) {
-        const auto add = [&](PLItemID item) {
+        for (const PLItemID item : i_orderP->Ahead(kLevels_Ahead))
             if (CPlayListItem* const itemP = listP->GetIndPLItem(item)) songs.push_back(itemP->GetSongID());
-        };
-        const std::vector<PLItemID>& rows = listP->GetSortedList();
-        auto here = std::ranges::find(rows, i_place.Next(CPlayList::AtEnd::kIgnore));
-        if (here != rows.end()) add(*here++);
-        if (i_playP) songs.push_back(CurrentSong());
-        for (; here != rows.end() && songs.size() < kLevels_Ahead; ++here) add(*here);
+        if (i_playP) songs.insert(songs.begin() + (songs.empty() ? 0 : 1), CurrentSong());
     }
     i_levels.Want(std::move(songs));
 }
@@ -144,6 +139,7 @@ std::string CPlayControl::SlipGlobal(int steps) {
 
 std::string CPlayControl::SetGlobalSlip300(long slip300) {
     i_host.Preferences().SetLong(kPref_Slip, slip300);
+    i_host.Show()->globalSlip300 = slip300;
     const std::string text = GlobalSlipText();
     i_host.ShowMessage(text);
     return text;

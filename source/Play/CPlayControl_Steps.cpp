@@ -21,14 +21,14 @@ constexpr double kHeard_T = 5;
 OSErr CPlayControl::StepTo(PLItemID item, const StartHow& how) {
     StartHow step = how;
     step.stepB = true;
-    return PlayRow(i_place.ListID(), item, step);
+    return PlayRow(i_orderP->ListID(), item, step);
 }
 
 OSErr CPlayControl::PlayNext() {
-    if (i_place.List() == nullptr) return paramErr;
+    if (!i_orderP->IsThere()) return paramErr;
     Log("PlayPrevNext called: Next");
     Log("Going to next song");
-    const PLItemID item = i_place.Next(CPlayList::AtEnd::kIgnore);
+    const PLItemID item = i_orderP->Next();
     if (item == SDB_kNoItem) return fnfErr;
     const Ref<CSongPlay> beforeP = i_playP;
     const bool heardB = beforeP && !i_countedB && 2 * CurTime300() > EndTime300() && EndTime300() > 0;
@@ -43,23 +43,21 @@ OSErr CPlayControl::PlayNext() {
 }
 
 OSErr CPlayControl::PlayPrevious() {
-    CPlayList* const listP = i_place.List();
-    if (listP == nullptr) return paramErr;
+    if (!i_orderP->IsThere()) return paramErr;
     Log("PlayPrevNext called: Previous");
-    const bool rotationB = IsRotation(listP->Type());
     const bool pastB = i_playP && CurTime300() > i_playP->Spec().trimStart300 + kRewind_300ths;
-    const bool ofShowB = rotationB || listP->Type() == kSourceDB_SINGER_PL_TONIGHT;
-    if (i_playP && (listP->Count() <= 1 || (!ofShowB && pastB))) {
+    const PLItemID back = i_orderP->Previous();
+    const bool aloneB = back == i_orderP->Next() && (back == i_orderP->Item() || i_orderP->Item() == SDB_kNoItem);
+    if (i_playP && (aloneB || (i_orderP->RewindsFirst() && pastB))) {
         Rewind();
         return noErr;
     }
-    if (rotationB && i_place.IsFirst() && listP->PendingSkips() == 0) {
-        i_host.ShowMessage(Localize("Can't skip back to previous rotation"));
+    if (const std::string_view why = i_orderP->WhyNotBack(); !why.empty()) {
+        i_host.ShowMessage(why);
         return paramErr;
     }
-    const PLItemID item = i_place.Previous();
-    if (item == SDB_kNoItem) return fnfErr;
-    const OSErr err = StepTo(item, {.handB = true});
+    if (back == SDB_kNoItem) return fnfErr;
+    const OSErr err = StepTo(back, {.handB = true});
     if (!Failed(err) && i_playP) i_host.ShowMessage(Localize("Previous: %1", {i_playP->Spec().name}));
     return err;
 }
@@ -83,7 +81,7 @@ void CPlayControl::KeepInterrupted(bool wentBackB) {
     SongPlaySpec spec = SpecAsNow();
     spec.launch = {};   // its companion was opened
     i_interrupted.Keep({.spec = std::move(spec),
-                        .place = i_place,
+                        .order = i_orderP->Clone(),
                         .at300 = CurTime300(),
                         .levelF = Volume(),
                         .pausedB = IsPaused() && !i_delayedB,
@@ -92,12 +90,12 @@ void CPlayControl::KeepInterrupted(bool wentBackB) {
 }
 
 OSErr CPlayControl::GoBack() {
-    if (i_host.IsQuitting()) return abortErr;
-    const std::optional<CInterruptedSong::Song> song = i_interrupted.Take();
+    if (IsQuitting()) return abortErr;
+    std::optional<CInterruptedSong::Song> song = i_interrupted.Take();
     if (!song) return fnfErr;
     LogF("Going back to: %s", song->spec.name.c_str());
     KeepInterrupted(true);
-    i_place = song->place;
+    i_orderP = std::move(song->order);
     StartHow how{.pausedB = song->pausedB, .countedB = song->countedB, .at300 = song->at300};
     if (song->levelF != i_volumeF) how.levelF = song->levelF;
     const OSErr err = PlaySong(song->spec, how);

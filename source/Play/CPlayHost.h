@@ -4,6 +4,8 @@
 
 #include "Library/LibraryIDs.h"
 #include "Platform/CAudioOutput.h"
+#include "Play/CPlayPlace.h"
+#include "Play/ShowFacts.h"
 
 class CCFPrefDictionary;
 class CGraphicsPorts;
@@ -18,7 +20,12 @@ public:
     [[nodiscard]] virtual CSongDatabase& Database() = 0;
     [[nodiscard]] virtual CCFPrefDictionary& Preferences() = 0;
     [[nodiscard]] virtual CUserInterface& Ui() = 0;
-    [[nodiscard]] virtual bool IsQuitting() const { return false; }
+    /** What the songs of this show share. Any thread. */
+    [[nodiscard]] const ShowFactsRef& Show() const noexcept { return i_show; }
+    /** How this list is gone through. */
+    [[nodiscard]] virtual std::unique_ptr<CPlayOrder> OrderOf(PlaylistID list) {
+        return std::make_unique<CPlayPlace>(Database(), list);
+    }
     /** A new output for the device of this name, not yet opened. */
     [[nodiscard]] virtual AudioOutputChoice MakeOutput(const std::string& device) { return MakeAudioOutput(device); }
 
@@ -35,10 +42,11 @@ public:
     virtual void SongEnded(const CSongPlay& /*play*/) {}
     /** A song could not be played, or not to its end; what comes next, if anything, has begun, and the user is told. */
     virtual void SongFailed(const CSongPlay& /*play*/, OSErr /*err*/) {}
-    /** A picture was drawn now. */
-    virtual void NoteDrawn() {}
     /** A line for the room: what was skipped, how far the picture slips. */
     virtual void ShowMessage(std::string_view /*text*/) {}
     /** Nothing is selected any more: the user was asked. */
     virtual void Deselect() {}
+
+private:
+    const ShowFactsRef i_show = std::make_shared<ShowFacts>();
 };

@@ -9,8 +9,7 @@ namespace {
 constexpr PLItemID kBeyond{0};   // no row has it: before the first, behind the last
 }
 
-void CPlayPlace::Set(PlaylistID list, PLItemID item) {
-    i_listID = list;
+void CPlayPlace::GoTo(PLItemID item) {
     i_item = item;
     i_before = SDB_kNoItem;
     i_leftB = false;
@@ -33,16 +32,31 @@ void CPlayPlace::RowsLeave(PlaylistID list, std::span<const PLItemID> items) {
     i_leftB = true;
 }
 
-PLItemID CPlayPlace::After(CPlayList::Step step, CPlayList::AtEnd end) const {
+PLItemID CPlayPlace::After(CPlayList::Step step) const {
     CPlayList* const listP = List();
     if (listP == nullptr) return SDB_kNoItem;
-    if (!i_leftB) return listP->GetNextID(i_item, step, end);
-    if (i_before == SDB_kNoItem) return listP->GetNextID(kBeyond, step, end);
-    if (step == CPlayList::Step::kForward) return listP->GetNextID(i_before, step, end);
+    if (!i_leftB) return listP->GetNextID(i_item, step);
+    if (i_before == SDB_kNoItem) return listP->GetNextID(kBeyond, step);
+    if (step == CPlayList::Step::kForward) return listP->GetNextID(i_before, step);
     const std::vector<PLItemID>& ids = listP->GetSortedList();
     const auto before = std::ranges::find(ids, i_before);
     const bool lastB = before == ids.end() || before + 1 == ids.end();
-    return listP->GetNextID(lastB ? kBeyond : before[1], step, end);
+    return listP->GetNextID(lastB ? kBeyond : before[1], step);
+}
+
+std::vector<PLItemID> CPlayPlace::Ahead(std::size_t mostL) const {
+    CPlayList* const listP = List();
+    if (listP == nullptr) return {};
+    const PLItemID next = Next();
+    const std::vector<PLItemID>& ids = listP->GetSortedList();
+    const auto from = std::ranges::find(ids, next);
+    const auto countL = std::min<std::ptrdiff_t>(ids.end() - from, static_cast<std::ptrdiff_t>(mostL));
+    return {from, from + countL};
+}
+
+bool CPlayPlace::RewindsFirst() const {
+    const CPlayList* const listP = List();
+    return listP != nullptr && listP->Type() != kSourceDB_SINGER_PL_TONIGHT;
 }
 
 bool CPlayPlace::IsLast() const {
@@ -51,11 +65,4 @@ bool CPlayPlace::IsLast() const {
     const std::vector<PLItemID>& ids = listP->GetSortedList();
     const PLItemID here = i_leftB ? i_before : i_item;
     return ids.empty() ? i_leftB : ids.back() == here;
-}
-
-bool CPlayPlace::IsFirst() const {
-    CPlayList* const listP = List();
-    if (listP == nullptr) return false;
-    if (i_leftB) return i_before == SDB_kNoItem;
-    return !listP->GetSortedList().empty() && listP->GetSortedList().front() == i_item;
 }

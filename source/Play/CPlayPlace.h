@@ -1,38 +1,34 @@
 #pragma once
-#include <span>
-
 #include "Library/CPlayList.h"
+#include "Play/CPlayOrder.h"
 
 class CSongDatabase;
 
-/** Where the show stands: the row that plays, in its list. The id of a row that has left is soon another row's, so it
-    is forgotten at once; the place is then behind the row that stood before it. A copy is a place of its own.
-    Threads  main.
-    Owner    CPlayControl, and the song that it may go back to. */
-class CPlayPlace {
+/** The order of a list: as it is shown. The id of a row that has left is soon another row's, so it is forgotten at once;
+    the place is then behind the row that stood before it. */
+class CPlayPlace final : public CPlayOrder {
 public:
-    explicit CPlayPlace(CSongDatabase& database) : i_databaseP(&database) {}
-    void Set(PlaylistID list, PLItemID item);
-    /** Rows are about to leave their list; sorted by id. */
-    void RowsLeave(PlaylistID list, std::span<const PLItemID> items);
-
-    [[nodiscard]] PlaylistID ListID() const noexcept { return i_listID; }
-    /** SDB_kNoItem before the first play, and once the row has left. */
-    [[nodiscard]] PLItemID Item() const noexcept { return i_item; }
-    /** Null before the first play, and once the list was deleted. */
-    [[nodiscard]] CPlayList* List() const;
-    /** The row to play after this one; SDB_kNoItem when there is none. */
-    [[nodiscard]] PLItemID Next(CPlayList::AtEnd end) const { return After(CPlayList::Step::kForward, end); }
-    [[nodiscard]] PLItemID Previous() const { return After(CPlayList::Step::kBackward, CPlayList::AtEnd::kStop); }
-    /** Nothing stands behind it in the order that is shown. */
-    [[nodiscard]] bool IsLast() const;
-    [[nodiscard]] bool IsFirst() const;
+    /** The database outlives it. */
+    CPlayPlace(CSongDatabase& database, PlaylistID list) : i_databaseP(&database), i_listID(list) {}
+    [[nodiscard]] std::unique_ptr<CPlayOrder> Clone() const override { return std::make_unique<CPlayPlace>(*this); }
+    [[nodiscard]] PlaylistID ListID() const override { return i_listID; }
+    [[nodiscard]] bool IsThere() const override { return List() != nullptr; }
+    [[nodiscard]] PLItemID Item() const override { return i_item; }
+    [[nodiscard]] PLItemID Next() const override { return After(CPlayList::Step::kForward); }
+    [[nodiscard]] PLItemID Previous() const override { return After(CPlayList::Step::kBackward); }
+    [[nodiscard]] std::vector<PLItemID> Ahead(std::size_t mostL) const override;
+    [[nodiscard]] bool IsLast() const override;
+    /** Not in the list of the singer who stands there. */
+    [[nodiscard]] bool RewindsFirst() const override;
+    void GoTo(PLItemID item) override;
+    void RowsLeave(PlaylistID list, std::span<const PLItemID> items) override;
 
 private:
-    [[nodiscard]] PLItemID After(CPlayList::Step step, CPlayList::AtEnd end) const;
+    [[nodiscard]] CPlayList* List() const;
+    [[nodiscard]] PLItemID After(CPlayList::Step step) const;
 
-    CSongDatabase* i_databaseP;   // outlives it
-    PlaylistID i_listID{SDB_kUninitializedID};
+    CSongDatabase* i_databaseP;
+    PlaylistID i_listID;
     PLItemID i_item = SDB_kNoItem;
     bool i_leftB = false;              // the row has left
     PLItemID i_before = SDB_kNoItem;   // then: the one before its place, if there is one

@@ -99,7 +99,7 @@ void CSongPicture::SetDelay(long milliseconds) {
 }
 
 long CSongPicture::SyncSlip300() const {
-    return Lead300() + i_slipMoved300 + i_owner.GlobalSlip300() -
+    return Lead300() + i_slipMoved300 + i_parts.show->globalSlip300 -
            i_delayL * static_cast<long>(kSubCodePacketsPerSecond) / 1000;
 }
 

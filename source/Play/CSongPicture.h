@@ -3,6 +3,7 @@
 
 #include "Graphics/CGraphicsClock.h"
 #include "Graphics/CGraphicsSong.h"
+#include "Platform/CClock.h"
 #include "Play/CPlayPace.h"
 #include "Play/SongPlayParts.h"
 
@@ -17,12 +18,9 @@ public:
     virtual ~CSongPictureOwner() = default;
     [[nodiscard]] virtual bool IsSoundOver() const = 0;
     [[nodiscard]] virtual bool IsEnding() const = 0;
-    [[nodiscard]] virtual bool IsQuitting() const = 0;
-    [[nodiscard]] virtual long GlobalSlip300() const = 0;
     /** Picture and sound are over; told once. */
     virtual void PictureEnded() = 0;
     virtual void PictureFailed(OSErr err) = 0;
-    virtual void NoteDrawn() = 0;
 };
 
 /** The picture of one play of a song, and the song's clock, which runs without a picture too.
@@ -76,11 +74,11 @@ private:
     long SyncSlip300() const override;
     [[nodiscard]] long Lead300() const;
     bool IsChangingSong() const override { return i_owner.IsEnding(); }
-    bool IsQuitting() const override { return i_owner.IsQuitting(); }
+    bool IsQuitting() const override { return i_owner.IsEnding() || i_parts.show->quittingB; }
     void PostPlayNext() override { i_owner.PictureEnded(); }
     void DeferPlayNext() override {}   // there is no next song after the quit
     void StopAfter(OSErr err) override { i_owner.PictureFailed(err); }
-    void NoteDrawn(double) override { i_owner.NoteDrawn(); }
+    void NoteDrawn(double) override { i_parts.show->drawnT = CClock::Get().SteadyT(); }
 
     void Rewind();
 

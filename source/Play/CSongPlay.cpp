@@ -221,7 +221,3 @@ void CSongPlay::TellEnded() {
 void CSongPlay::TellFailed() {
     if (i_ownerP != nullptr) i_ownerP->SongFailed(*this, PlayErr());
 }
-
-void CSongPlay::NoteDrawn() {
-    if (i_ownerP != nullptr) i_ownerP->NoteDrawn();
-}

@@ -73,11 +73,8 @@ private:
     friend class CT_SeekSound;
     bool IsSoundOver() const override;
     bool IsEnding() const override { return i_ownerP == nullptr; }
-    bool IsQuitting() const override { return i_ownerP == nullptr || i_ownerP->IsQuitting(); }
-    long GlobalSlip300() const override { return i_ownerP == nullptr ? 0 : i_ownerP->GlobalSlip300(); }
     void PictureEnded() override;
     void PictureFailed(OSErr err) override;
-    void NoteDrawn() override;
 
     /** A device that was away, or a disc that stood still, has left the sound behind: it goes on where the words are. */
     void MendDrift();

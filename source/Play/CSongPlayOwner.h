@@ -15,12 +15,8 @@ public:
     virtual void SongEnded(CSongPlay& play) = 0;
     /** It cannot go on. */
     virtual void SongFailed(CSongPlay& play, OSErr err) = 0;
-    [[nodiscard]] virtual bool IsQuitting() const = 0;
-    /** "Global Song Sync Slip (300ths)". */
-    [[nodiscard]] virtual long GlobalSlip300() const = 0;
     /** Where the picture is shown; outlives the play. */
     [[nodiscard]] virtual CGraphicsPorts& Ports() = 0;
     /** How the video windows follow play and pause, by the preferences of now. */
     [[nodiscard]] virtual CPlayWindowRule WindowRule() const = 0;
-    virtual void NoteDrawn() = 0;
 };

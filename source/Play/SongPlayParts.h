@@ -2,10 +2,12 @@
 #include "Audio/CAudioPlayerSettings.h"
 #include "Play/CPlayOutput.h"
 #include "Play/CSongLoad.h"
+#include "Play/ShowFacts.h"
 
 /** What one play of a song works with. */
 struct SongPlayParts {
     SongPlaySpec spec;
+    ShowFactsRef show;
     Ref<CSongLoad> loadP;   // its files: loaded ahead, or fresh
     Ref<CPlayOutput> outputP;
     AudioPlayerSettings settings;

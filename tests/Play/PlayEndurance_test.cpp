@@ -82,7 +82,7 @@ TEST_F(PlayTest, AQuitInEveryStateComesToItsEnd) {
         ASSERT_TRUE(when == "idle" || when == "starting" || RunUntilPlaying());
         if (when == "paused") i_controlP->SetPaused(true);
         if (when == "seeking") i_controlP->Seek(0.7);
-        i_quittingB = true;
+        Show()->quittingB = true;
         i_controlP->Stop();
         EXPECT_EQ(Play(1), abortErr);
         i_controlP.reset();
@@ -90,7 +90,7 @@ TEST_F(PlayTest, AQuitInEveryStateComesToItsEnd) {
         EXPECT_EQ(i_device.openedL, 0);
         i_managerP = std::make_unique<CThreadManager>();
         i_controlP = std::make_unique<CPlayControl>(static_cast<CPlayHost&>(*this));
-        i_quittingB = false;
+        Show()->quittingB = false;
     }
 }
 

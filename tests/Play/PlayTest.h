@@ -325,7 +325,6 @@ protected:
     CSongDatabase& Database() override { return *i_databaseP; }
     CCFPrefDictionary& Preferences() override { return i_preferences; }
     CUserInterface& Ui() override { return i_ui; }
-    bool IsQuitting() const override { return i_quittingB; }
     AudioOutputChoice MakeOutput(const std::string& device) override {
         return {std::make_unique<GatedOutput>(i_device), device};
     }
@@ -355,7 +354,7 @@ protected:
     CGraphicsPorts i_ports;
     ScriptedDevice i_device;
     SongID i_unpacking{SDB_kUninitializedID};
-    bool i_quittingB = false, i_deselectedB = false, i_anyDeviceB = false;
+    bool i_deselectedB = false, i_anyDeviceB = false;
     Words i_messages, i_sung, i_failed, i_offers;
     std::vector<PlayState> i_states;
     int i_settingsL = 0;
