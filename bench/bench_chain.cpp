@@ -62,7 +62,7 @@ Run Chain(const Samples& samples) {
     Run run;
     const double startT = Now();
     std::uint64_t sizeL = 0;
-    if (Failed(Start(sourceP, ringP, false)) || Failed(ringP->Open(false, sizeL))) return {};
+    if (Failed(StartSpooling(sourceP, ringP, false)) || Failed(ringP->Open(false, sizeL))) return {};
     for (;;) {
         const double blockT = Now();
         std::size_t gotL = 0;

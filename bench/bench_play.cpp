@@ -42,7 +42,7 @@ Ref<CAS_AudioRing> Opened(const std::string& file) {
     Ref<CSpooler> sourceP;
     Must(!Failed(MakeSongSource(CFileRef(file), sourceP)), "no source");
     const Ref<CAS_AudioRing> ringP = MakeAudioRing();
-    Must(!Failed(Start(sourceP, ringP, false)), "no start");
+    Must(!Failed(StartSpooling(sourceP, ringP, false)), "no start");
     std::uint64_t sizeL = 0;
     Must(!Failed(ringP->Open(false, sizeL)), "no reader");
     return ringP;

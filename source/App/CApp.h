@@ -95,8 +95,8 @@ public:
     /** One pass: early calls, messages, deferred events. Waits 50 ms at most for a message. */
     void RunLoopPass() override;
     /** The window is being resized, or not any more: no save meanwhile. */
-    void SetResizingWindow(bool resizingB) { i_resizing_windB = resizingB; }
-    [[nodiscard]] bool IsResizingWindow() const { return i_resizing_windB; }
+    void SetResizingWindow(bool resizingB) { i_resizingWindowB = resizingB; }
+    [[nodiscard]] bool IsResizingWindow() const { return i_resizingWindowB; }
     std::unique_ptr<ScopedCrashReporter> InstallCrashReporter(std::string_view threadName) override;
     std::unique_ptr<CTaskView> OpenTask(std::string_view name) override;
     /** False within IdleGraphics, and from the quit on. */
@@ -143,7 +143,7 @@ private:
     double i_lastIdleGraphicsT;
     bool i_quitAsksB = true;   // somebody is there to answer at the quit
     bool i_idleGraphicsB = true;
-    bool i_resizing_windB = false;
+    bool i_resizingWindowB = false;
     CPlayingSong* i_currentSongP = nullptr;
     const std::unique_ptr<CTaskList> i_tasks;   // before all that may have a task
     const std::unique_ptr<CNotices> i_notices;

@@ -13,7 +13,7 @@ public:
     /** True from the permission to quit on. */
     [[nodiscard]] bool IsShutdown() const { return i_shutdownB.load(std::memory_order_acquire); }
     /** True once no save may start any more. */
-    [[nodiscard]] bool NoMoreSaves() const { return i_no_more_savesB.load(std::memory_order_acquire); }
+    [[nodiscard]] bool NoMoreSaves() const { return i_noMoreSavesB.load(std::memory_order_acquire); }
     /** True once the browser window stands, or never will (headless); false again once it is gone. */
     [[nodiscard]] bool HasMainWindow() const { return i_mainWindowB.load(std::memory_order_acquire); }
 
@@ -22,10 +22,10 @@ public:
     void SetReady() { i_readyB.store(true, std::memory_order_release); }
     /** False when that was known. */
     bool SetShutdown() { return !i_shutdownB.exchange(true, std::memory_order_acq_rel); }
-    void SetNoMoreSaves() { i_no_more_savesB.store(true, std::memory_order_release); }
+    void SetNoMoreSaves() { i_noMoreSavesB.store(true, std::memory_order_release); }
     void SetMainWindow(bool thereB) { i_mainWindowB.store(thereB, std::memory_order_release); }
 
 private:
-    std::atomic<bool> i_initializingB{false}, i_readyB{false}, i_shutdownB{false}, i_no_more_savesB{false},
+    std::atomic<bool> i_initializingB{false}, i_readyB{false}, i_shutdownB{false}, i_noMoreSavesB{false},
         i_mainWindowB{false};
 };

@@ -15,7 +15,7 @@ long Fork(const Ref<CSpooler>& sourceP, const Ref<CSpooler>& destinationP) {
 }
 }   // namespace
 
-OSErr Start(const Ref<CSpooler>& sourceP, const Ref<CSpooler>& destinationP, bool cooperativeB) {
+OSErr StartSpooling(const Ref<CSpooler>& sourceP, const Ref<CSpooler>& destinationP, bool cooperativeB) {
     if (!sourceP || !destinationP) {
         Log("### Yikes! Crazy Freak Out Error!");
         return abortErr;

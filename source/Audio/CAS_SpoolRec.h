@@ -30,4 +30,4 @@ private:
     one, and comes back when the first block is there, the source has none, or the start failed. Any thread; the main
     one keeps its timers going.
     Errors   the source's, else the destination's. One that is worth it is told to the user. */
-OSErr Start(const Ref<CSpooler>& sourceP, const Ref<CSpooler>& destinationP, bool cooperativeB);
+OSErr StartSpooling(const Ref<CSpooler>& sourceP, const Ref<CSpooler>& destinationP, bool cooperativeB);

@@ -19,7 +19,7 @@ OSErr CSongRender::Run(const SongSound& sound) {
     ringP->Volume().SetVolume(sound.volumeF);
     ringP->Volume().SetVocalMode(sound.vocal);
     ringP->Volume().SetGain(sound.gainF);
-    if (const OSErr err = Start(i_sourceP, ringP, false); Failed(err) && err != eofErr) return err;
+    if (const OSErr err = StartSpooling(i_sourceP, ringP, false); Failed(err) && err != eofErr) return err;
     std::uint64_t sizeL = 0;
     OSErr err = ringP->Open(false, sizeL);
     if (!Failed(err)) {

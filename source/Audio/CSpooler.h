@@ -181,7 +181,7 @@ protected:
 
 private:
     friend class CSpoolPump;
-    friend OSErr Start(const Ref<CSpooler>& sourceP, const Ref<CSpooler>& destinationP, bool cooperativeB);
+    friend OSErr StartSpooling(const Ref<CSpooler>& sourceP, const Ref<CSpooler>& destinationP, bool cooperativeB);
     class SideLock;
     struct Life;
     struct Side {

@@ -39,14 +39,14 @@ std::vector<PLItemID> CMutex_PLIVec::Add(std::vector<PLNewItem> items, RowIndex 
         const std::size_t slot = TakeSlot(asked.wanted);
         CPlayListItem& item = i_pliVec[slot];
         item.i_myPlP = i_plP;
-        item.i_pli_index = static_cast<std::int32_t>(slot);
+        item.i_indexL = static_cast<std::int32_t>(slot);
         item.i_itemType = asked.target.type;
         item.i_targetL = asked.target.idL;
         item.i_sourceL = asked.sourceL;
         item.i_metaP = std::move(asked.metaP);
         item.i_stampL = i_nextStampL++;
         if (item.i_metaP != nullptr) ++i_metasL;
-        if (i_indexed == Indexed::kYes) i_slotsOf.Add(item.i_targetL, item.i_pli_index);
+        if (i_indexed == Indexed::kYes) i_slotsOf.Add(item.i_targetL, item.i_indexL);
         ++i_countL;
         // Slots that were taken out of turn are still in the heap: they go when they come up.
         while (!i_holes.empty() && !i_pliVec[static_cast<std::size_t>(i_holes.front())].IsHole()) {
@@ -91,10 +91,10 @@ bool CMutex_PLIVec::CheckRemoval(PLItemID id, std::string_view listName) const {
 }
 
 void CMutex_PLIVec::Leave_(CPlayListItem& item) {
-    i_holes.push_back(item.i_pli_index);
+    i_holes.push_back(item.i_indexL);
     std::ranges::push_heap(i_holes, std::greater{});
     if (item.i_metaP != nullptr) --i_metasL;
-    if (i_indexed == Indexed::kYes) i_slotsOf.Remove(item.i_targetL, item.i_pli_index);
+    if (i_indexed == Indexed::kYes) i_slotsOf.Remove(item.i_targetL, item.i_indexL);
     item = CPlayListItem();
     --i_countL;
 }

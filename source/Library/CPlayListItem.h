@@ -36,7 +36,7 @@ class CPlayListItem {
 public:
     [[nodiscard]] bool IsHole() const noexcept { return i_itemType == PLItemType::kNone; }
     /** Its id and its slot: "piIx". */
-    [[nodiscard]] PLItemID ID() const noexcept { return PLItemID{i_pli_index}; }
+    [[nodiscard]] PLItemID ID() const noexcept { return PLItemID{i_indexL}; }
     [[nodiscard]] PLItemType Type() const noexcept { return i_itemType; }
     [[nodiscard]] PLTarget Target() const noexcept;
     /** -1 when it points to no song: it cannot be played. */
@@ -55,7 +55,7 @@ private:
 
     CPlayList* i_myPlP = nullptr;
     std::unique_ptr<CMeta_PLItem> i_metaP;
-    std::int32_t i_pli_index = SDB_kUninitializedID;
+    std::int32_t i_indexL = SDB_kUninitializedID;
     RowIndex i_rowL = SDB_Index_NONE;   // "stIx"; exact above the list's first stale row
     std::int32_t i_targetL = SDB_kOrphanID;
     std::int32_t i_sourceL = SDB_kUninitializedID;

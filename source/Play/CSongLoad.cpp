@@ -242,6 +242,6 @@ OSErr CSongLoad::StartSound(std::unique_ptr<CS_MainThread_AbortProc> completionP
     if (completionP) i_ringP->SetCompletion(true, completionP.release());
     i_abortable.Set(i_ringP);
     if (i_abortedB.load()) i_ringP->Abort();   // an Abort that came just before found nothing
-    const OSErr err = Start(i_soundP, i_ringP, false);
+    const OSErr err = StartSpooling(i_soundP, i_ringP, false);
     return err == eofErr ? noErr : err;   // a song without sound is silence of its length
 }

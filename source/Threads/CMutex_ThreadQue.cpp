@@ -114,7 +114,7 @@ OSErr CMutex_ThreadQue::AddVec(std::vector<CT_QueElement> elements) {
     // Without the lock: a thread is started and a line is written, and both may take their time.
     if (spawnB)
         if (const OSErr err = Spawn(); Failed(err)) return err;
-    i_wake_up.Signal();
+    i_wakeUp.Signal();
     return noErr;
 }
 
@@ -125,7 +125,7 @@ void CMutex_ThreadQue::Abort() {
         ++i_abortsL;
         for (CT_QueElement& element : i_elements) element.i_droppedB = true;   // also when an Add takes the flag back
     }
-    i_wake_up.Signal();
+    i_wakeUp.Signal();
 }
 
 std::size_t CMutex_ThreadQue::Remove(long id) {
@@ -148,7 +148,7 @@ void CMutex_ThreadQue::Quit(bool waitB) {
         ++i_abortsL;
         for (CT_QueElement& element : i_elements) element.i_droppedB = true;
     }
-    i_wake_up.Signal();
+    i_wakeUp.Signal();
     if (!waitB || !AssertWords(!OnOwnThread(), "a queue waits for its own end")) return;
     WaitFinished();
     if (!IsLoopThread()) return;
@@ -172,7 +172,7 @@ void CMutex_ThreadQue::SetLimit(short limitS) {
         const Scope guard(*this);
         i_limitS = std::max<short>(limitS, 0);
     }
-    i_wake_up.Signal();
+    i_wakeUp.Signal();
 }
 
 void CMutex_ThreadQue::Allow(short id, bool allowB) {
@@ -182,7 +182,7 @@ void CMutex_ThreadQue::Allow(short id, bool allowB) {
         else
             ids.erase(id);
     });
-    i_wake_up.Signal();
+    i_wakeUp.Signal();
 }
 
 void CMutex_ThreadQue::SetAutoDispose(OwnerProc owner) {
@@ -262,7 +262,7 @@ bool CMutex_ThreadQue::WaitUntilReady(long abortsL) {
             if (i_abortsL != abortsL) return false;
         }
         if (readyB) return true;
-        if (const OSErr err = i_wake_up.WaitPreemptive(kQue_ReadyMilliseconds);
+        if (const OSErr err = i_wakeUp.WaitPreemptive(kQue_ReadyMilliseconds);
             Failed(err) && err != semaphoreTimedOutErr)
             return false;
     }
@@ -276,9 +276,9 @@ OSErr CMutex_ThreadQue::RunElement(CT_QueElement& element) {
 void CMutex_ThreadQue::WaitForWork() {
     // The results do not matter: the round that follows looks at everything again.
     if (i_taskRecP)
-        (void)i_wake_up.WaitPreemptive(kQue_RefreshMilliseconds);
+        (void)i_wakeUp.WaitPreemptive(kQue_RefreshMilliseconds);
     else
-        (void)i_wake_up.Wait(WaitMode::kForever);
+        (void)i_wakeUp.Wait(WaitMode::kForever);
 }
 
 void CMutex_ThreadQue::ElementDone(CT_QueElement& element) {
@@ -290,7 +290,7 @@ void CMutex_ThreadQue::ElementDone(CT_QueElement& element) {
         ++i_progP;
         if (i_runningS == 0 && i_elements.empty() && i_autoDisposeB.Get()) owner = std::exchange(i_owner, {});
     }
-    i_wake_up.Signal();
+    i_wakeUp.Signal();
     if (owner) owner(this);
 }
 

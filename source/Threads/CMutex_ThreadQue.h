@@ -77,7 +77,7 @@ public:
         queue on the spot, but may post a call that does. */
     void SetAutoDispose(OwnerProc owner);
     /** Looks again at what may run, for instance once the application is ready. */
-    void WakeUp() { i_wake_up.Signal(); }
+    void WakeUp() { i_wakeUp.Signal(); }
 
     [[nodiscard]] std::size_t Waiting() const;
     [[nodiscard]] short Running() const;
@@ -116,7 +116,7 @@ private:
         i_elements;   // this, the next two, i_progP, i_threadB and i_owner under the lock of this object
     short i_runningS = 0;
     short i_limitS;
-    CSemaphore i_wake_up{"thread que i_wake_up"};
+    CSemaphore i_wakeUp{"thread que i_wake_up"};
     CSemaphore i_finishedB{"thread que i_finishedB"};
     CMutex_bool i_deletingB;
     CMutex_bool i_quitB{true};

@@ -17,8 +17,8 @@ OSErr CT_QueElement::Run() {
 }
 
 OSErr CT_QueElement::Complete(OSErr err) {
-    Assert(i_task_error == noErr);
-    i_task_error = err;
+    Assert(i_taskErr == noErr);
+    i_taskErr = err;
     if (!i_completion) {
         NumberedReport("No Completion Routine", paramErr);
         return paramErr;

@@ -39,7 +39,7 @@ private:
     Completion i_completion;
     void* i_dataP = nullptr;
     long i_dataL = 0;
-    OSErr i_task_error = noErr;
+    OSErr i_taskErr = noErr;
     bool i_droppedB = false;            // by an abort: it must not run, whatever the queue does next
     std::shared_ptr<QueLink> i_linkP;   // from the moment it is picked
 };

@@ -1,6 +1,7 @@
 #include "Threads/LogThread.h"
 
 #include "Core/CLog.h"
+#include "Threads/CForkMap.h"
 #include "Threads/ForkRecord.h"
 
 void LogThread(const char* textZ, const std::string& name) {

@@ -78,7 +78,7 @@ TEST_F(CAS_RingTest, AWholeSongArrivesAndItsTotalIsWhatWasThere) {
                                          noErr);   // the song is loaded, though its reader will abort the chain later
                                ++toldL;
                            }));
-    ASSERT_EQ(Start(i_sourceP, i_ringP, false), noErr);
+    ASSERT_EQ(StartSpooling(i_sourceP, i_ringP, false), noErr);
     EXPECT_GT(i_ringP->Available(), 0U);
     EXPECT_EQ(i_ringP->GetTotal(), 480000U);
     std::uint64_t sizeL = 0;
@@ -109,7 +109,7 @@ TEST_F(CAS_RingTest, AWholeSongArrivesAndItsTotalIsWhatWasThere) {
 
 TEST_F(CAS_RingTest, TheWriterWaitsAboveTheHighMarkUntilBelowTheLowOne) {
     Make(kSong_Frames);
-    ASSERT_EQ(Start(i_sourceP, i_ringP, false), noErr);
+    ASSERT_EQ(StartSpooling(i_sourceP, i_ringP, false), noErr);
     ASSERT_TRUE(WaitFull(*i_ringP));
     const std::uint64_t fullL = i_ringP->Available();
     EXPECT_LE(fullL, kSpool_HighWater + kSpool_ChunkBytes);
@@ -125,7 +125,7 @@ TEST_F(CAS_RingTest, TheWriterWaitsAboveTheHighMarkUntilBelowTheLowOne) {
 
 TEST_F(CAS_RingTest, ASeekWakesAWaitingWriterAndComesBackWithTheFirstBlock) {
     Make(kSong_Frames);
-    ASSERT_EQ(Start(i_sourceP, i_ringP, false), noErr);
+    ASSERT_EQ(StartSpooling(i_sourceP, i_ringP, false), noErr);
     std::mt19937 random(2);
     for (int round = 0; round < 20; ++round) {
         ASSERT_TRUE(WaitFull(*i_ringP));
@@ -140,7 +140,7 @@ TEST_F(CAS_RingTest, ASeekWakesAWaitingWriterAndComesBackWithTheFirstBlock) {
 TEST_F(CAS_RingTest, ASourceThatCannotBeSoughtPlaysOn) {
     Make(kSong_Frames);
     i_sourceP->i_seekableB = false;
-    ASSERT_EQ(Start(i_sourceP, i_ringP, false), noErr);
+    ASSERT_EQ(StartSpooling(i_sourceP, i_ringP, false), noErr);
     for (int round = 0; round < 20; ++round) {   // many: each must leave the writer where it waits
         ASSERT_TRUE(WaitFull(*i_ringP));
         ASSERT_EQ(i_ringP->Seek(0.5), eofErr);
@@ -155,7 +155,7 @@ TEST_F(CAS_RingTest, ASourceThatCannotBeSoughtPlaysOn) {
 
 TEST_F(CAS_RingTest, TheReaderWaitsForNoSourceAndAllocatesNothing) {
     Make(kSong_Frames);
-    ASSERT_EQ(Start(i_sourceP, i_ringP, false), noErr);
+    ASSERT_EQ(StartSpooling(i_sourceP, i_ringP, false), noErr);
     ASSERT_TRUE(WaitFull(*i_ringP));
     i_sourceP->i_readGate.Shut();   // a disc that does not answer
     std::vector<std::byte> block(8192);
@@ -184,7 +184,7 @@ TEST_F(CAS_RingTest, AnAbortEndsASeekAndABlockedSource) {
         i_sourceP->i_deafB = deafB;
         std::uint64_t sizeL = 0;
         ASSERT_EQ(i_ringP->Open(false, sizeL), noErr);
-        ASSERT_EQ(Start(i_sourceP, i_ringP, false), noErr);
+        ASSERT_EQ(StartSpooling(i_sourceP, i_ringP, false), noErr);
         i_sourceP->i_seekGate.Shut();
         std::atomic<long> leftL{2};
         std::thread seekers[2];
@@ -213,7 +213,7 @@ TEST_F(CAS_RingTest, AnAbortEndsASeekAndABlockedSource) {
 
 TEST_F(CAS_RingTest, TwoSeeksAtOnceBothEndAndTheLastOneWins) {
     Make(kSong_Frames);
-    ASSERT_EQ(Start(i_sourceP, i_ringP, false), noErr);
+    ASSERT_EQ(StartSpooling(i_sourceP, i_ringP, false), noErr);
     i_sourceP->i_seekGate.Shut();
     std::thread first([&] { EXPECT_EQ(i_ringP->Seek(0.25), noErr); });
     i_sourceP->i_seekGate.WaitArrival();
@@ -237,7 +237,7 @@ TEST_F(CAS_RingTest, AFailingSourceEndsTheSeekAndTheReader) {
     Make(kSong_Frames);
     i_sourceP->i_failAtL = kSong_Frames / 2;
     i_sourceP->i_readErr = ioErr;
-    ASSERT_EQ(Start(i_sourceP, i_ringP, false), noErr);
+    ASSERT_EQ(StartSpooling(i_sourceP, i_ringP, false), noErr);
     EXPECT_EQ(i_ringP->Seek(0.75), ioErr);
     OSErr err = noErr;
     EXPECT_TRUE(ReadFrames(*i_ringP, 1, &err).empty());
@@ -257,7 +257,7 @@ TEST_F(CAS_RingTest, WhatItHoldsIsPlayedBeforeItTellsThatTheSourceFailed) {
                                    loaded = result;
                                    toldB = true;
                                }));
-        static_cast<void>(Start(i_sourceP, i_ringP, false));   // the failure may come before this looks
+        static_cast<void>(StartSpooling(i_sourceP, i_ringP, false));   // the failure may come before this looks
         EXPECT_EQ(i_ringP->WaitPumped(), noErr);
         ASSERT_TRUE(RunUntil([&] { return toldB.load(); }));
         EXPECT_EQ(loaded, ioErr);   // who waits for the whole song hears at once
@@ -291,7 +291,7 @@ TEST_F(CAS_RingTest, ASeekEndsWithAPumpThatEndsWithoutIt) {
         while (!i_ringP->IsWriterWanted_i()) std::this_thread::yield();
         i_sourceP->i_readGate.Open();
     });
-    EXPECT_EQ(Start(i_sourceP, i_ringP, false), eofErr);
+    EXPECT_EQ(StartSpooling(i_sourceP, i_ringP, false), eofErr);
     seeker.join();
     opener.join();
     EXPECT_EQ(i_ringP->WaitPumped(), noErr);
@@ -309,7 +309,7 @@ TEST_F(CAS_RingTest, SurvivesTenThousandRandomCalls) {
         Make(framesL);
         std::uint64_t sizeL = 0;
         ASSERT_EQ(i_ringP->Open(false, sizeL), noErr);
-        ASSERT_EQ(Start(i_sourceP, i_ringP, false), noErr);
+        ASSERT_EQ(StartSpooling(i_sourceP, i_ringP, false), noErr);
         std::mutex renderLock;
         std::atomic<bool> endB{false};
         std::atomic<long> readsL{0};

@@ -35,7 +35,7 @@ TEST_F(CSpoolerTest, APumpCarriesAllOfItOnBothKindsOfTask) {
             SCOPED_TRACE(testing::Message() << framesL << (cooperativeB ? " cooperative" : " preemptive"));
             const auto sourceP = MakeRef<NumberSource>(framesL);
             const auto sinkP = MakeRef<CAS_Memory>();
-            ASSERT_EQ(Start(sourceP, sinkP, cooperativeB), noErr);
+            ASSERT_EQ(StartSpooling(sourceP, sinkP, cooperativeB), noErr);
             EXPECT_EQ(sinkP->WaitPumped(), noErr);
             EXPECT_EQ(sinkP->Bytes(), Numbers(0, framesL));
             EXPECT_EQ(sinkP->GetWritten(), framesL * 2);
@@ -82,7 +82,7 @@ TEST_F(CSpoolerTest, FailuresEndInBothSpoolsAndInOneAlert) {
         if (c.at == At::kSinkOpen) sinkP->i_openErr = c.err;
         if (c.at == At::kSinkWrite) sinkP->i_writeErr = c.err;
         if (c.at == At::kSinkClose) sinkP->i_closeErr = c.err;
-        const OSErr err = Start(sourceP, sinkP, false);
+        const OSErr err = StartSpooling(sourceP, sinkP, false);
         EXPECT_EQ(c.atStartB ? err : c.err, c.err);
         EXPECT_EQ(sinkP->WaitPumped(), c.err);
         EXPECT_EQ(sinkP->Err(), c.err);
@@ -97,11 +97,11 @@ TEST_F(CSpoolerTest, FailuresEndInBothSpoolsAndInOneAlert) {
 TEST_F(CSpoolerTest, TheEndOfADiscImageIsTold) {
     const auto sourceP = MakeRef<NumberSource>(0U, SpoolType::kBin);
     const auto sinkP = MakeRef<CAS_Memory>();
-    EXPECT_EQ(Start(sourceP, sinkP, false), eofErr);
+    EXPECT_EQ(StartSpooling(sourceP, sinkP, false), eofErr);
     EXPECT_EQ(sinkP->WaitPumped(), noErr);
     EXPECT_EQ(sourceP->Err(), eofErr);
     EXPECT_FALSE(Logged("Spooler Error"));
-    EXPECT_EQ(Start(nullptr, sinkP, false), abortErr);
+    EXPECT_EQ(StartSpooling(nullptr, sinkP, false), abortErr);
     EXPECT_TRUE(Logged("### Yikes! Crazy Freak Out Error!"));
 }
 
@@ -113,7 +113,7 @@ TEST_F(CSpoolerTest, AnAbortEndsAnOpeningAndAWaitForData) {
         sourceP->i_openGate.WaitArrival();
         ringP->Abort();
     });
-    EXPECT_EQ(Start(sourceP, ringP, false), abortErr);
+    EXPECT_EQ(StartSpooling(sourceP, ringP, false), abortErr);
     aborter.join();
     EXPECT_EQ(ringP->WaitPumped(), abortErr);
 
@@ -123,7 +123,7 @@ TEST_F(CSpoolerTest, AnAbortEndsAnOpeningAndAWaitForData) {
         while (!dequeP->IsOpen(false)) std::this_thread::yield();
         dequeP->Abort();
     });
-    EXPECT_EQ(Start(dequeP, sinkP, false), abortErr);
+    EXPECT_EQ(StartSpooling(dequeP, sinkP, false), abortErr);
     second.join();
     EXPECT_EQ(sinkP->WaitPumped(), abortErr);
     EXPECT_FALSE(Logged("Spooler Error"));
@@ -132,11 +132,11 @@ TEST_F(CSpoolerTest, AnAbortEndsAnOpeningAndAWaitForData) {
 TEST_F(CSpoolerTest, AfterTheQuitNothingStarts) {
     const auto sourceP = MakeRef<NumberSource>(1000000U);
     const auto ringP = MakeRef<NumberRing>();
-    ASSERT_EQ(Start(sourceP, ringP, false), noErr);
+    ASSERT_EQ(StartSpooling(sourceP, ringP, false), noErr);
     ASSERT_TRUE(WaitFull(*ringP));
     CSpoolPump::AbortAll();
     EXPECT_EQ(ringP->WaitPumped(), abortErr);
-    EXPECT_EQ(Start(MakeRef<NumberSource>(10U), MakeRef<NumberRing>(), false), abortErr);
+    EXPECT_EQ(StartSpooling(MakeRef<NumberSource>(10U), MakeRef<NumberRing>(), false), abortErr);
 }
 
 TEST_F(CSpoolerTest, ClosingOnTheMainThreadComesBackAtOnce) {
@@ -165,8 +165,8 @@ TEST_F(CSpoolerTest, ADequeHandsOnWhatAnotherPumpBrings) {
     const auto dequeP = MakeRef<CAS_Deque>();
     const auto sinkP = MakeRef<CAS_Memory>();
     sourceP->i_readGate.Shut();
-    std::thread reader([&] { EXPECT_EQ(Start(dequeP, sinkP, false), noErr); });   // before there is anything
-    std::thread writer([&] { EXPECT_EQ(Start(sourceP, dequeP, false), noErr); });
+    std::thread reader([&] { EXPECT_EQ(StartSpooling(dequeP, sinkP, false), noErr); });   // before there is anything
+    std::thread writer([&] { EXPECT_EQ(StartSpooling(sourceP, dequeP, false), noErr); });
     sourceP->i_readGate.WaitArrival();
     std::size_t gotL = 1;
     std::byte some[4];
@@ -204,7 +204,7 @@ TEST_F(CSpoolerTest, PartsAreReadAsOne) {
         ASSERT_EQ(wholeP->Close(false), noErr);
     });
     const auto ringP = MakeRef<NumberRing>();
-    ASSERT_EQ(Start(make(), ringP, false), noErr);
+    ASSERT_EQ(StartSpooling(make(), ringP, false), noErr);
     OSErr err = noErr;
     EXPECT_EQ(ReadToEnd(*ringP, 0, err), 9000U);
     ASSERT_EQ(ringP->Seek(0.5), noErr);
@@ -286,7 +286,7 @@ TEST_F(CSpoolerTest, CancellingEndsAPumpThatWaits) {
                 spoolP->SetCompletion(true, completions[ringB]);
             }
         }
-        ASSERT_EQ(Start(sourceP, fullP, false), noErr);
+        ASSERT_EQ(StartSpooling(sourceP, fullP, false), noErr);
         ASSERT_TRUE(WaitFull(*fullP));
         std::thread canceller([&] {
             while (!dequeP->IsOpen(false)) std::this_thread::yield();
@@ -294,7 +294,7 @@ TEST_F(CSpoolerTest, CancellingEndsAPumpThatWaits) {
             for (MT_Told* const completionP : completions)
                 if (completionP != nullptr) completionP->Abort();
         });
-        EXPECT_EQ(Start(dequeP, sinkP, false), wanted);
+        EXPECT_EQ(StartSpooling(dequeP, sinkP, false), wanted);
         canceller.join();
         EXPECT_EQ(sinkP->WaitPumped(), wanted);
         EXPECT_EQ(fullP->WaitPumped(), wanted);

@@ -59,7 +59,7 @@ protected:
     Ref<CAS_AudioRing> Ring(const Samples& samples) {
         Ref<CAS_AudioRing> ringP = MakeAudioRing();
         i_rings.push_back(ringP);
-        EXPECT_EQ(Start(MakeRef<CAS_Memory>(BytesOf(samples)), ringP, false), noErr);
+        EXPECT_EQ(StartSpooling(MakeRef<CAS_Memory>(BytesOf(samples)), ringP, false), noErr);
         return ringP;
     }
     static void OpenForRead(CSpooler& spool) {
