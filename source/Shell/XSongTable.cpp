@@ -27,6 +27,7 @@ constexpr int kRow_Height = 30, kRow_Margin = 12, kTitle_MostPoints = 12;
 constexpr double kEditWait_MostT = 10;                     // seconds
 constexpr quint64 kAfterDoubleClick_Milliseconds = 2000;   // so long a click on its row edits nothing
 constexpr std::size_t kSelection_MostKept = 10'000;
+constexpr int kNames_Least = 120;
 constexpr MetaKey kFactory_Columns[] = {"name"_key, "arts"_key, "albm"_key, "trak"_key, "drtn"_key};
 
 /** Until the user sets another one: texts take their part of what there is. */
@@ -168,14 +169,21 @@ void XSongTable::ApplyWidths() {
     for (std::size_t n = 0; n < columns.size(); ++n) {
         const auto it = widths.find(columns[n]);
         horizontalHeader()->setSectionResizeMode(static_cast<int>(n), QHeaderView::Interactive);
-        setColumnWidth(static_cast<int>(n),
-                       it != widths.end() ? it->second : FactoryWidth(columns[n], viewport()->width(), fontMetrics()));
+        const int factory = std::max(FactoryWidth(columns[n], viewport()->width(), fontMetrics()),
+                                     horizontalHeader()->sectionSizeHint(static_cast<int>(n)));   // its title is read
+        setColumnWidth(static_cast<int>(n), it != widths.end() ? it->second : factory);
     }
     // What is left goes to the names, or to the last column where they are not shown.
     const auto name = std::ranges::find(columns, "name"_key);
     horizontalHeader()->setStretchLastSection(name == columns.end());
-    if (name != columns.end())
-        horizontalHeader()->setSectionResizeMode(static_cast<int>(name - columns.begin()), QHeaderView::Stretch);
+    if (name == columns.end()) return;
+    const int column = static_cast<int>(name - columns.begin());
+    const int left = viewport()->width() - (horizontalHeader()->length() - columnWidth(column));
+    const int least = std::max(kNames_Least, horizontalHeader()->sectionSizeHint(column));
+    if (left >= least)
+        horizontalHeader()->setSectionResizeMode(column, QHeaderView::Stretch);
+    else   // names are read, and the rest is beside the window
+        setColumnWidth(column, least);
 }
 
 void XSongTable::resizeEvent(QResizeEvent* eventP) {
@@ -474,19 +482,27 @@ void XSongTable::paintEvent(QPaintEvent* eventP) {
     if (i_model.rowCount() > 0 || (i_hintTitle.isEmpty() && i_hintText.isEmpty())) return;
     QPainter painter(viewport());
     painter.setRenderHint(QPainter::Antialiasing);
-    const QRect area = viewport()->rect();
-    QRect box(0, 0, std::min(560, area.width() - 40), 130);
-    box.moveCenter(area.center());
-    painter.setPen(QPen(XLook::Now().line, 2, Qt::DashLine));
-    painter.drawRoundedRect(box, 12, 12);
+    constexpr int kFlags = Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap, kMargin = 20, kBetween = 16;
     QFont title = font();
     title.setPixelSize(20);
     title.setBold(true);
+    // As high as its words are, in whatever language and size.
+    const QRect area = viewport()->rect();
+    const int width = std::min(560, area.width() - 40);
+    const auto heightOf = [&](const QFont& font, const QString& text) {
+        return QFontMetrics(font).boundingRect(QRect(0, 0, width - 2 * kMargin, area.height()), kFlags, text).height();
+    };
+    const int titleHeight = heightOf(title, i_hintTitle), textHeight = heightOf(font(), i_hintText);
+    QRect box(0, 0, width, std::max(130, titleHeight + kBetween + textHeight + 2 * kMargin));
+    box.moveCenter(area.center());
+    painter.setPen(QPen(XLook::Now().line, 2, Qt::DashLine));
+    painter.drawRoundedRect(box, 12, 12);
+    QRect inner = box.adjusted(kMargin, kMargin, -kMargin, -kMargin);
     painter.setFont(title);
     painter.setPen(XLook::Now().text);
-    const QRect inner = box.adjusted(20, 24, -20, -16);
-    painter.drawText(inner, Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap, i_hintTitle);
+    painter.drawText(inner, kFlags, i_hintTitle);
+    inner.setTop(inner.top() + titleHeight + kBetween);
     painter.setFont(font());
     painter.setPen(XLook::Now().quiet);
-    painter.drawText(inner.adjusted(0, 44, 0, 0), Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap, i_hintText);
+    painter.drawText(inner, kFlags, i_hintText);
 }

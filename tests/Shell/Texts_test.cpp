@@ -75,6 +75,11 @@ protected:
             Note(window, *widgetP, widgetP->accessibleDescription());
             if (const auto* const barP = qobject_cast<QTabBar*>(widgetP))
                 for (int n = 0; n < barP->count(); ++n) Note(window, *barP, barP->tabText(n));
+            if (const auto* const headerP = qobject_cast<QHeaderView*>(widgetP);
+                headerP != nullptr && headerP->orientation() == Qt::Horizontal && headerP->isVisibleTo(&window))
+                for (int n = 0; n < headerP->count(); ++n)
+                    NoteCut(window, *headerP, headerP->model()->headerData(n, Qt::Horizontal).toString(),
+                            headerP->sectionSize(n) >= headerP->sectionSizeHint(n));
             if (const auto* const comboP = qobject_cast<QComboBox*>(widgetP))
                 for (int n = 0; n < comboP->count(); ++n) Note(window, *comboP, comboP->itemText(n));
             if (!widgetP->isVisibleTo(&window)) continue;
