@@ -1,20 +1,12 @@
 #include "Meta/MetaKeyTable.h"
 
 #include <algorithm>
-#include <fstream>
-#include <map>
 #include <set>
-#include <sstream>
 
 #include "Meta/MetaTest.h"
 
 namespace {
 
-MetaKey KeyOf(std::string_view text) {
-    std::uint32_t code = 0;
-    for (const char c : text) code = code << 8 | static_cast<unsigned char>(c);
-    return MetaKey{code};
-}
 std::string Text(OSType code) { return MetaKeyText(MetaKey{code}); }
 
 class MetaKeyTableTest : public MetaTest {
@@ -29,37 +21,49 @@ protected:
     }
 };
 
-TEST_F(MetaKeyTableTest, EachKeyIsAsListed) {
-    const std::map<std::string, ValType> kinds = {
-        {"string", ValType::ValType_STRING},    {"integer", ValType::ValType_INTEGER}, {"bool", ValType::ValType_BOOL},
-        {"float", ValType::ValType_FLOAT},      {"date", ValType::ValType_DATE},       {"dict", ValType::ValType_DICT},
-        {"songfile", ValType::ValType_SONGFILE}};
-    std::ifstream list(std::string(VOPLA_SOURCE_DIR) + "/tests/Meta/meta_keys.tsv");
-    std::set<std::string> seen;
-    for (std::string line; std::getline(list, line);) {
-        if (line.starts_with('#')) continue;
-        std::vector<std::string> cells;
-        std::istringstream in(line);
-        for (std::string cell; std::getline(in, cell, '\t');) cells.push_back(cell);
-        ASSERT_EQ(cells.size(), 8U) << line;
-        SCOPED_TRACE(line);
-        EXPECT_TRUE(seen.insert(cells[0]).second);
-        unsigned flags = static_cast<unsigned>(std::stoul(cells[4], nullptr, 16));
-        const bool singerB = cells[0] == "siID" || cells[0] == "sPLI";
-        if (singerB) flags |= 0x100;   // the preference is off
-        const int least = cells[5] == "-" ? 50 : std::stoi(cells[5]),
-                  most = cells[6] == "-" ? 200 : std::stoi(cells[6]);
-
-        const CDataTraits& traits = i_manager.GetTraits(KeyOf(cells[0]));
-        EXPECT_EQ(traits.Title().UTF8(), cells[1]);
-        EXPECT_EQ(traits.Type(), kinds.at(cells[2]));
-        EXPECT_EQ(Text(traits.PropertyType()), (flags & 1) != 0 ? "????" : cells[3]);
-        EXPECT_EQ(traits.Flags(), flags);
-        EXPECT_EQ(traits.MinWidth(), least);
-        EXPECT_EQ(traits.MaxWidth(), most);
-        EXPECT_EQ(traits.InitialWidth(), cells[7] == "-" ? least : std::stoi(cells[7]));
+TEST_F(MetaKeyTableTest, EachKeyOnceAndEachColumnCanBeShown) {
+    std::set<MetaKey> keys;
+    std::set<std::string> titles;
+    for (const MetaKeyRow& row : MetaKeyTable()) {
+        SCOPED_TRACE(MetaKeyText(row.key));
+        EXPECT_TRUE(keys.insert(row.key).second);
+        const CDataTraits& traits = i_manager.GetTraits(row.key);
+        EXPECT_NE(traits.Type(), ValType::ValType_NONE);
+        EXPECT_GT(traits.MinWidth(), 0);
+        EXPECT_GE(traits.InitialWidth(), traits.MinWidth());
+        EXPECT_GE(traits.MaxWidth(), traits.MinWidth());
+        EXPECT_TRUE(!traits.Has(kKeyFlag_Editable) || Text(traits.PropertyType()) == "????");
+        if (!traits.Has(kKeyFlag_Column) || traits.Has(kKeyFlag_Hidden)) continue;
+        EXPECT_TRUE(titles.insert(traits.Title().UTF8()).second) << "two columns of one title";
+        EXPECT_EQ(i_manager.FindKeyByTitle(traits.Title()), row.key);
     }
-    EXPECT_EQ(seen.size(), MetaKeyTable().size());
+    EXPECT_EQ(keys.size(), 126U);
+    const struct {
+        MetaKey key;
+        const char *titleZ, *propertyZ;
+        ValType type;
+        unsigned flags;
+        int least, most, initial;
+    } anchors[] = {
+        {"name"_key, "Song Name", "????", ValType::ValType_STRING, 0x73, 80, 500, 120},
+        {"cryr"_key, "Year", "????", ValType::ValType_INTEGER, 0x33, 80, 80, 80},
+        {"trak"_key, "Track #", "????", ValType::ValType_INTEGER, 0x73, 70, 150, 70},
+        {"TMPO"_key, "Tempo", "????", ValType::ValType_FLOAT, 0x11, 50, 200, 50},
+        {"DAdd"_key, "Date Added", "date", ValType::ValType_DATE, 0x10, 80, 150, 80},
+        {"Duet"_key, "Duet", "chbx", ValType::ValType_BOOL, 0x82, 60, 60, 60},
+        {"siID"_key, "* Singer ID", "text", ValType::ValType_INTEGER, 0x500, 50, 200, 50},
+    };
+    for (const auto& anchor : anchors) {
+        SCOPED_TRACE(anchor.titleZ);
+        const CDataTraits& traits = i_manager.GetTraits(anchor.key);
+        EXPECT_EQ(traits.Title(), anchor.titleZ);
+        EXPECT_EQ(Text(traits.PropertyType()), anchor.propertyZ);
+        EXPECT_EQ(traits.Type(), anchor.type);
+        EXPECT_EQ(traits.Flags(), anchor.flags);
+        EXPECT_EQ(traits.MinWidth(), anchor.least);
+        EXPECT_EQ(traits.MaxWidth(), anchor.most);
+        EXPECT_EQ(traits.InitialWidth(), anchor.initial);
+    }
 }
 
 TEST_F(MetaKeyTableTest, ExceptionsAreTheseAlone) {
