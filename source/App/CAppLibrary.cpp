@@ -11,7 +11,7 @@
 #include "Core/FaultText.h"
 #include "Core/Localize.h"
 #include "Files/CFolderKinds.h"
-#include "Files/FileURL.h"
+#include "Files/RevealFolder.h"
 #include "Platform/CClock.h"
 #include "Play/CPlayControl.h"
 #include "SongFiles/CT_FindMissing.h"
@@ -214,5 +214,5 @@ void CAppLibrary::ShowProgress(std::string_view words) { i_app.ShowProgress(word
 void CAppLibrary::ShowSteps(std::size_t doneL, std::size_t totalL) { i_app.ShowProgressSteps(doneL, totalL); }
 
 void CAppLibrary::Reveal(const CFileRef& file) {
-    if (!i_app.Ui().OpenPage(FileURL(file.GetParent().GetPath()))) Log("### Error nothing shows folders here");
+    (void)RevealFolder(i_app.Ui(), file.GetParent().GetPath());   // it has logged what failed
 }

@@ -9,12 +9,13 @@
 #include "Core/CLog.h"
 #include "Core/FaultText.h"
 #include "Core/Localize.h"
-#include "Files/FileURL.h"
+#include "Files/RevealFolder.h"
 #include "Library/CSongDatabase.h"
 #include "Library/SongFileTypes.h"
 #include "Platform/BesideShow.h"
 #include "SongFiles/CT_ConformNames.h"
 #include "SongFiles/CT_FindMissing.h"
+#include "SongFiles/CT_OnceSorted.h"
 #include "SongFiles/CT_PurgeCache.h"
 #include "SongFiles/CT_TrashSongs.h"
 #include "SongFiles/CT_UnzipSongs.h"
@@ -109,8 +110,8 @@ std::string CLibraryCommands::NamesOf(std::span<const SongID> songs) const {
         if (++namedL > kNamed) break;
         names += (names.empty() ? "“" : ", “") + songP->Name().UTF8() + "”";
     }
-    if (songs.size() > kNamed) names += " and " + std::to_string(songs.size() - kNamed) + " more";
-    return names;
+    if (songs.size() <= kNamed) return names;
+    return Localize("%1 and %2 more", {names, std::to_string(songs.size() - kNamed)}, "names of songs, a number");
 }
 
 std::vector<SongID> CLibraryCommands::SongsOf(const SDB_Selection& selection) const {
@@ -121,27 +122,25 @@ std::vector<SongID> CLibraryCommands::SongsOf(const SDB_Selection& selection) co
     return i_database.SongsOf(selection);
 }
 
-void CLibraryCommands::WaitForSorts(CProgressView& progress) const {
-    const auto sorting = [this] { return std::ranges::any_of(i_database.PlayLists(), &CPlayList::IsSorting); };
-    if (!sorting()) return;
-    progress.SetText(Localize("Waiting for sort tasks…"));
-    while (sorting()) WaitOneTurn();
+OSErr CLibraryCommands::OnceSorted(Work work) {
+    return Asked(
+        [&](auto answer) { CT_OnceSorted::Do(i_database, [answer, work = std::move(work)] { answer(work); }); });
 }
 
-OSErr CLibraryCommands::RemoveSongs(const std::vector<SongID>& songs, const std::string& title) {
-    const std::unique_ptr<CProgressView> progressP = i_ui.OpenProgress(title);
-    WaitForSorts(*progressP);
-    progressP->SetText(Localize("Removing Songs from all playlists"));
-    progressP->Redraw();
-    return i_database.RemoveFromLibrary(songs);
+OSErr CLibraryCommands::RemoveSongs(const std::vector<SongID>& songs) {
+    return OnceSorted([this, songs] {
+        const std::unique_ptr<CProgressView> progressP = i_ui.OpenProgress(Localize("Remove from Library"));
+        progressP->SetText(Localize("Removing Songs from all playlists"));
+        progressP->Redraw();
+        return i_database.RemoveFromLibrary(songs);
+    });
 }
 
 OSErr CLibraryCommands::RemoveFromLibrary(const SDB_Selection& selection) {
     const std::vector<SongID> songs = SongsOf(selection);
     if (songs.empty()) return noErr;
-    return IfConfirmed(LibraryDialog::kRemoveFromLibrary, NamesOf(songs), [this, songs] {
-        return OnceStopped(songs, [this, songs] { return RemoveSongs(songs, Localize("Remove from Library")); });
-    });
+    return IfConfirmed(LibraryDialog::kRemoveFromLibrary, NamesOf(songs),
+                       [this, songs] { return OnceStopped(songs, [this, songs] { return RemoveSongs(songs); }); });
 }
 
 OSErr CLibraryCommands::RemoveDuplicates(const SDB_Selection& selection) {
@@ -153,9 +152,7 @@ OSErr CLibraryCommands::RemoveDuplicates(const SDB_Selection& selection) {
         return noErr;
     }
     return IfConfirmed(LibraryDialog::kRemoveDuplicates, NamesOf(SongsOf(doubles)), [this, rows = RowsOf(doubles)] {
-        const std::unique_ptr<CProgressView> progressP = i_ui.OpenProgress(Localize("Remove Duplicates"));
-        WaitForSorts(*progressP);
-        return i_database.RemoveDuplicates(StillThere(rows));
+        return OnceSorted([this, rows] { return i_database.RemoveDuplicates(StillThere(rows)); });
     });
 }
 
@@ -177,11 +174,10 @@ OSErr CLibraryCommands::DeleteTracks(const SDB_Selection& selection, WarnLast wa
     if (listP->ID() == kPlaylistID_Library) return RemoveFromLibrary(selection);
     if (!listP->IsModifyable()) return paramErr;
     const Work remove = [this, rows = RowsOf(selection)] {
-        const std::unique_ptr<CProgressView> progressP = i_ui.OpenProgress(Localize("Delete Tracks"));
-        WaitForSorts(*progressP);
-        progressP->SetText(Localize("Clearing Playlist"));
-        Log("Clearing Playlist");
-        return i_database.RemoveFromList(rows.list, StillThere(rows).Items());
+        return OnceSorted([this, rows] {
+            Log("Clearing Playlist");
+            return i_database.RemoveFromList(rows.list, StillThere(rows).Items());
+        });
     };
     // Another row of the song may go, and the song plays on.
     const bool playsB = std::ranges::any_of(
@@ -258,7 +254,7 @@ OSErr CLibraryCommands::Reveal(std::span<const SongID> songs) {
     if (folders.empty()) return fnfErr;
     const auto open = [this, folders] {
         for (const std::filesystem::path& folder : folders)
-            if (!i_ui.OpenPage(FileURL(folder))) return LogStep(fnfErr, "revealing", folder);
+            if (const OSErr err = RevealFolder(i_ui, folder); Failed(err)) return err;
         return noErr;
     };
     return folders.size() > kReveal_Unasked ? IfConfirmed(LibraryDialog::kReveal, std::to_string(songs.size()), open)
@@ -268,7 +264,7 @@ OSErr CLibraryCommands::Reveal(std::span<const SongID> songs) {
 OSErr CLibraryCommands::LocateMissing(SongID song) {
     const auto files = CSongFiles::Of(i_database, song);
     if (!files) return fnfErr;
-    return InFolder("Find Song: “" + files->Name() + "”: please locate the following musical arrangment",
+    return InFolder(Localize("Find Song: “%1”: please locate the following musical arrangement", {files->Name()}),
                     [this, song](const CFileRef& folder) { return Locate(song, folder); });
 }
 

@@ -101,8 +101,9 @@ private:
     OSErr Locate(SongID song, const CFileRef& folder);
     /** The songs of the rows, told as what they are. */
     [[nodiscard]] std::vector<SongID> SongsOf(const SDB_Selection& selection) const;
-    void WaitForSorts(CProgressView& progress) const;
-    OSErr RemoveSongs(const std::vector<SongID>& songs, const std::string& title);
+    /** What would disturb a sort comes after it. */
+    OSErr OnceSorted(Work work);
+    OSErr RemoveSongs(const std::vector<SongID>& songs);
 
     CSongDatabase& i_database;
     CUserInterface& i_ui;

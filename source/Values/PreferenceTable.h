@@ -311,11 +311,16 @@ inline constexpr auto kPreferenceTable = [] {
 }();
 
 [[nodiscard]] constexpr std::span<const PrefRow> PreferenceTable() noexcept { return kPreferenceTable; }
+/** The place of a key in the table; the table's size when it does not stand there. */
+[[nodiscard]] constexpr std::size_t PreferenceAt(std::string_view key) noexcept {
+    std::size_t n = 0;
+    while (n < kPreferenceTable.size() && kPreferenceTable[n].key != key) ++n;
+    return n;
+}
 /** Null for a key that the table does not know. */
 [[nodiscard]] constexpr const PrefRow* FindPreference(std::string_view key) noexcept {
-    for (const PrefRow& row : kPreferenceTable)
-        if (row.key == key) return &row;
-    return nullptr;
+    const std::size_t n = PreferenceAt(key);
+    return n == kPreferenceTable.size() ? nullptr : &kPreferenceTable[n];
 }
 
 /** A preference of one type, by its key: a constant. A key that the table lacks, or has with another type, does not
@@ -324,8 +329,11 @@ template <CFType kType>
 class Pref {
 public:
     template <std::size_t kLength>
-    consteval Pref(const char (&keyZ)[kLength]) : i_rowP(FindPreference({keyZ, kLength - 1})) {
-        if (i_rowP == nullptr || i_rowP->type != kType) throw "no preference of this key and type";
+    consteval Pref(const char (&keyZ)[kLength]) : i_rowP(kPreferenceTable.data() + PreferenceAt({keyZ, kLength - 1})) {
+        const std::size_t n =
+            PreferenceAt({keyZ, kLength - 1});   // numbers: to compare addresses is no constant for all
+        if (n == kPreferenceTable.size() || kPreferenceTable[n].type != kType)
+            throw "no preference of this key and type";
     }
     /** For a row that is known only at run time; std::logic_error when it is of another type. */
     constexpr explicit Pref(const PrefRow& row) : i_rowP(&row) {
@@ -342,8 +350,9 @@ class AnyPref {
 public:
     constexpr AnyPref() = default;
     template <std::size_t kLength>
-    consteval AnyPref(const char (&keyZ)[kLength]) : i_rowP(FindPreference({keyZ, kLength - 1})) {
-        if (i_rowP == nullptr) throw "no preference of this key";
+    consteval AnyPref(const char (&keyZ)[kLength])
+        : i_rowP(kPreferenceTable.data() + PreferenceAt({keyZ, kLength - 1})) {
+        if (PreferenceAt({keyZ, kLength - 1}) == kPreferenceTable.size()) throw "no preference of this key";
     }
     /** Null for none. */
     [[nodiscard]] constexpr const PrefRow* Row() const noexcept { return i_rowP; }
