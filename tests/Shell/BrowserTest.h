@@ -77,9 +77,10 @@ protected:
         i_windowP->Actions().Refresh();
     }
     void Turn() {
-        ASSERT_TRUE(RunUntil([n = 0]() mutable {
+        // What removes rows waits for sorts: no list is being sorted afterwards.
+        ASSERT_TRUE(RunUntil([this, n = 0]() mutable {
             QApplication::processEvents();
-            return ++n > 3;
+            return ++n > 3 && std::ranges::none_of(i_databaseP->PlayLists(), &CPlayList::IsSorting);
         }));
     }
 

@@ -155,6 +155,7 @@ TEST_F(RowsTest, BeforeAListGetsEmptyItIsAsked) {
     EXPECT_NE(i_ui.questions.back().text.find("“List”"), std::string::npos);
     i_prefs.SetBool("warn about deleting last song", false);
     Show(list.ID());
+    Turn();
     Find<XSongTable>().selectAll();
     Do(Command::kRemoveFromList);
     EXPECT_EQ(list.Count(), 0U);

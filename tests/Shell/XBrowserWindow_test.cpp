@@ -170,6 +170,7 @@ TEST_F(BrowserTest, RemovingFromTheLibraryIsAskedAndFromAListIsNot) {
     table.selectRow(1);
     table.setFocus();
     i_ui.answers = {{1, false}, {0, false}};   // no, then yes
+    Turn();
     QTest::keyClick(&table, Qt::Key_Delete);
     EXPECT_EQ(i_databaseP->Library().Count(), 3U);
     QTest::keyClick(&table, Qt::Key_Delete);

@@ -139,6 +139,21 @@ TEST_F(LibraryCommands, TheTrashTakesOwnedFilesAllOrNone) {
     EXPECT_EQ(cardsL, 2U);
 }
 
+TEST_F(LibraryCommands, WhatRemovesRowsWaitsForASortAndHoldsUpNobody) {
+    const SDB_Selection selection = Select({&PairIn("Music", "1", "One", ""), &PairIn("Music", "2", "Two", "")});
+    CPlayList& library = i_databaseP->Library();
+    library.SetSort({{"name"_key, true}});
+    ASSERT_TRUE(library.IsSorting());
+    Yes();
+    EXPECT_EQ(i_commandsP->RemoveFromLibrary(selection), noErr);
+    EXPECT_EQ(library.Count(), 2U);
+    EXPECT_TRUE(RunUntil([&] {
+        Advance(0.05);
+        return library.Count() == 0;
+    }));
+    EXPECT_FALSE(library.IsSorting());
+}
+
 TEST_F(LibraryCommands, TheTrashLeavesASongThatBeganToPlay) {
     CSong& first = PairIn("Music", "1", "One", "");
     CSong& second = PairIn("Music", "2", "Two", "");
