@@ -38,7 +38,7 @@ constexpr double kSaveTimer_T = 2.0;   // of the user's rest
 // Whatever there is to do wakes the loop; cooperative threads alone wait for their turn.
 constexpr double kRunLoop_WakeT = 0.05;
 constexpr double kRunLoop_RestT = 0.25;
-/** Messages of one pass; the rest waits for the next, so that a flood cannot starve the deferred events. */
+/** Messages of one pass; the rest waits for the next, so that a flood cannot starve the calls. */
 constexpr int kRunLoop_MostMessages = 64;
 
 /** The stack on which a crash of a thread is told. */

@@ -92,7 +92,7 @@ public:
     /** Keeps the picture and the task list alive in a long operation of the main thread; costs one clock read when its
         time has not come. Does nothing on a preemptive thread. */
     void IdleGraphics(const char* whoZ, bool forcedB) override;
-    /** One pass: early calls, messages, deferred events. Waits 50 ms at most for a message. */
+    /** One pass: early calls, messages, the parts' idle work. Waits 50 ms at most for a message. */
     void RunLoopPass() override;
     /** The window is being resized, or not any more: no save meanwhile. */
     void SetResizingWindow(bool resizingB) { i_resizingWindowB = resizingB; }

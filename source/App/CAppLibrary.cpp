@@ -171,7 +171,7 @@ void CAppLibrary::Idle() {
     if (Failed(CT_FindMissing::StartBelow(i_database, std::move(changed)))) Log("### Error looking for missing songs");
 }
 
-OSErr CAppLibrary::Save() { return i_store->SaveLibrary(SaveForce::kDirty); }
+OSErr CAppLibrary::Save() { return IsDirty() ? i_store->SaveLibrary(SaveForce::kDirty) : noErr; }
 
 // ---- Quit ----
 

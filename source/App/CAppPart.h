@@ -22,7 +22,8 @@ public:
 
     /** Something here is not on the disc yet; whoever makes it so calls CApp::SetDirty. */
     [[nodiscard]] virtual bool IsDirty() const { return false; }
-    /** Writes what has changed, on a worker. What fails is told once, tried again in silence, and makes it dirty again. */
+    /** Writes what has changed, on a worker; at every save of the application, and it may be that nothing has. What fails
+        is told once, tried again in silence, and makes it dirty again. */
     virtual OSErr Save() { return noErr; }
     /** That worker still writes. */
     [[nodiscard]] virtual bool IsSaving() const { return false; }

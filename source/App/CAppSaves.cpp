@@ -12,10 +12,9 @@ void CAppSaves::NoteChange() {
     if (!i_sinceT) i_sinceT = CClock::Get().SteadyT();
 }
 
-bool CAppSaves::IsDirty() const {
+bool CAppSaves::IsAnyDirty() const {
     bool dirtyB = false;
-    i_app.Parts().ForEach("saving",
-                          [&](const CAppPart& part) { dirtyB = dirtyB || (&part != this && part.IsDirty()); });
+    i_app.Parts().ForEach("saving", [&](const CAppPart& part) { dirtyB = dirtyB || part.IsDirty(); });
     return dirtyB;
 }
 
@@ -27,7 +26,7 @@ bool CAppSaves::IsWriting() const {
 
 void CAppSaves::UserRests(CT_Timer& timer) {
     if (MayStart(false)) Start();
-    if (!IsDirty()) timer.SetFireInterval(kTimer_Off);
+    if (!IsAnyDirty()) timer.SetFireInterval(kTimer_Off);
 }
 
 void CAppSaves::Idle() {
@@ -37,7 +36,7 @@ void CAppSaves::Idle() {
 
 bool CAppSaves::MayStart(bool lateB) const {
     const CAppLibrary* const libraryP = i_app.Parts().Find<CAppLibrary>();
-    const SaveState state{.databaseDirtyB = IsDirty(),
+    const SaveState state{.databaseDirtyB = IsAnyDirty(),
                           .addingToLibraryB = libraryP != nullptr && libraryP->IsAddingToLibrary(),
                           .initializingB = i_app.IsInitializing(),
                           .idleGraphicsB = i_app.IdlesGraphics(),
@@ -53,7 +52,7 @@ bool CAppSaves::MayStart(bool lateB) const {
 void CAppSaves::Start() {
     i_sinceT.reset();
     i_app.Parts().ForEach("saving", [this](CAppPart& part) {
-        if (&part != this && part.IsDirty() && Failed(part.Save())) i_app.SetDirty(true);
+        if (Failed(part.Save())) i_app.SetDirty(true);
     });
 }
 

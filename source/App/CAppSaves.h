@@ -22,7 +22,7 @@ public:
     /** What waits too long for the user's rest is written now. */
     void Idle() override;
     /** Of some part. */
-    [[nodiscard]] bool IsDirty() const override;
+    [[nodiscard]] bool IsAnyDirty() const;
     /** A worker writes, of some part. */
     [[nodiscard]] bool IsWriting() const;
     /** After a save that failed. */

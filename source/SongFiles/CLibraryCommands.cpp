@@ -152,7 +152,11 @@ OSErr CLibraryCommands::RemoveDuplicates(const SDB_Selection& selection) {
         return noErr;
     }
     return IfConfirmed(LibraryDialog::kRemoveDuplicates, NamesOf(SongsOf(doubles)), [this, rows = RowsOf(doubles)] {
-        return OnceSorted([this, rows] { return i_database.RemoveDuplicates(StillThere(rows)); });
+        return OnceSorted([this, rows] {
+            const std::unique_ptr<CProgressView> progressP = i_ui.OpenProgress(Localize("Remove Duplicates"));
+            progressP->Redraw();
+            return i_database.RemoveDuplicates(StillThere(rows));
+        });
     });
 }
 
@@ -175,6 +179,9 @@ OSErr CLibraryCommands::DeleteTracks(const SDB_Selection& selection, WarnLast wa
     if (!listP->IsModifyable()) return paramErr;
     const Work remove = [this, rows = RowsOf(selection)] {
         return OnceSorted([this, rows] {
+            const std::unique_ptr<CProgressView> progressP = i_ui.OpenProgress(Localize("Delete Tracks"));
+            progressP->SetText(Localize("Clearing Playlist"));
+            progressP->Redraw();
             Log("Clearing Playlist");
             return i_database.RemoveFromList(rows.list, StillThere(rows).Items());
         });

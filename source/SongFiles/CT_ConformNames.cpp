@@ -17,7 +17,7 @@ OSErr CT_ConformNames::Start(CSongDatabase& database, std::vector<SongID> songs,
 }
 
 CT_ConformNames::CT_ConformNames(CSongDatabase& database, std::vector<SongID> songs, Done done)
-    : CT_OnSongs("conform names", database, std::move(songs), std::move(done)),
+    : CT_OnSongs(N_("conform names"), database, std::move(songs), std::move(done)),
       i_keeperRef(CSongFileWork::Of(database).Keeper()) {}
 
 OSErr CT_ConformNames::OnSong(CSongFiles& files) {

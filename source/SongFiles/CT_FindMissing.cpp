@@ -31,7 +31,7 @@ OSErr CT_FindMissing::StartMarked(CSongDatabase& database, Done done) {
 }
 
 CT_FindMissing::CT_FindMissing(CSongDatabase& database, std::vector<SongID> songs, Done done)
-    : CT_OnSongs("find missing", database, std::move(songs), std::move(done)),
+    : CT_OnSongs(N_("find missing"), database, std::move(songs), std::move(done)),
       i_keeperRef(CSongFileWork::Of(database).Keeper()) {}
 
 bool CT_FindMissing::IsConcerned(const CSongFiles& files) const {

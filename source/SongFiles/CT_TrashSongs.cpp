@@ -16,7 +16,7 @@ OSErr CT_TrashSongs::Start(CSongDatabase& database, std::vector<SongID> songs, D
 }
 
 CT_TrashSongs::CT_TrashSongs(CSongDatabase& database, std::vector<SongID> songs, Done done)
-    : CT_OnSongs("Moving songs to trash", database, std::move(songs), std::move(done)),
+    : CT_OnSongs(N_("Moving songs to trash"), database, std::move(songs), std::move(done)),
       i_keeperRef(CSongFileWork::Of(database).Keeper()) {}
 
 OSErr CT_TrashSongs::OnSong(CSongFiles& files) {

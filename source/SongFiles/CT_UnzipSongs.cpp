@@ -6,7 +6,7 @@
 
 CT_UnzipSongs::CT_UnzipSongs(CSongDatabase& database, std::shared_ptr<CSongUnpacker> unpackerRef,
                              std::vector<SongID> songs, const CFileRef& folder, Done done)
-    : CT_OnSongs("unzip songs", database, std::move(songs), std::move(done)),
+    : CT_OnSongs(N_("unzip songs"), database, std::move(songs), std::move(done)),
       i_unpackerRef(std::move(unpackerRef)),
       i_folder(folder) {}
 

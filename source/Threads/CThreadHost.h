@@ -59,7 +59,7 @@ public:
     virtual std::unique_ptr<ScopedCrashReporter> InstallCrashReporter(std::string_view /*threadName*/) {
         return nullptr;
     }
-    /** Calls posted before there was a window, and other deferred events. */
+    /** Calls posted before there was a window. */
     [[nodiscard]] CPostEventList& PostEvents() { return i_postEvents; }
 
     /** Makes the calling thread the main one. Null: calls posted from now on are refused with abortErr. */

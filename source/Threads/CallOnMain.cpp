@@ -25,9 +25,10 @@ OSErr CallOnMain(const char* nameZ, const std::function<OSErr()>& work) {
 }
 
 bool PostToMain(const char* nameZ, std::function<void()> work) {
-    const auto run = [work = std::move(work)] {
+    auto run = [work = std::move(work)] {
         work();
         return noErr;
     };
-    return !Failed((new CMainThread_Function(nameZ, run, StackHeld::kNo))->Call(CallMode::kPost));   // its own owner
+    auto* const callP = new CMainThread_Function(nameZ, std::move(run), StackHeld::kNo);   // its own owner
+    return !Failed(callP->Call(CallMode::kPost));
 }

@@ -243,6 +243,10 @@ void CPreferences::TellFollowers() {
     const PrefKeys changed = i_changed.Exchange({});
     i_followers.Tell([&](CPrefFollower& follower) {
         if (std::ranges::any_of(changed, [&](const std::string& key) { return follower.i_state->keys.contains(key); }))
-            Run(follower);
+            try {
+                Run(follower);
+            } catch (const std::exception& fault) {   // the others are told all the same
+                LogF("### Error following the preferences: %s", fault.what());
+            }
     });
 }

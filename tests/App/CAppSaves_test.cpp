@@ -94,7 +94,7 @@ TEST_F(AppSavesTest, TheMainThreadWaitsForNoDiscAndOnlyWhatChangedIsWritten) {
     const auto saved = [&] {
         for (int n = 0; n < 10; ++n) Pass(app, 0.5, false);
         EndWriting(app);
-        EXPECT_FALSE(app.Saves().IsDirty());
+        EXPECT_FALSE(app.Saves().IsAnyDirty());
         Names names;
         for (const auto& [name, inode] : inodes())
             if (before[name] != inode) names.insert(name);
@@ -130,7 +130,7 @@ TEST_F(AppSavesTest, OneBackOffForAllAndSavedSoonOnceItCanBe) {
     EXPECT_EQ(i_ui.alerts.size(), 2U) << "told once each";
     i_faults.SetSpace(std::uint64_t{1} << 30);
     double waitedT = 0;
-    for (; app.Saves().IsDirty() && waitedT < 60; waitedT += 0.5) {
+    for (; app.Saves().IsAnyDirty() && waitedT < 60; waitedT += 0.5) {
         Pass(app, 0.5, false);
         EndWriting(app);
     }

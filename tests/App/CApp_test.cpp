@@ -259,8 +259,8 @@ TEST_F(AppTest, AChangedPreferenceIsSavedAfterTwoIdleSeconds) {
     CApp app(MakeSetup());
     const double startT = CClock::Get().SteadyT();
     app.Prefs().SetLong("Number of undos", std::int64_t{7});
-    EXPECT_TRUE(app.Saves().IsDirty());
-    ASSERT_TRUE(RunUntil(app, [&] { return !app.Saves().IsDirty() && !app.Saves().IsWriting(); }));
+    EXPECT_TRUE(app.Saves().IsAnyDirty());
+    ASSERT_TRUE(RunUntil(app, [&] { return !app.Saves().IsAnyDirty() && !app.Saves().IsWriting(); }));
     EXPECT_GE(CClock::Get().SteadyT() - startT, 1.9);
     EXPECT_NE(LogText().find("Done: Saving Preferences"), std::string::npos);
 }
