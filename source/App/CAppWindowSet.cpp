@@ -60,11 +60,11 @@ CCFDictionary CAppWindowSet::FullScreenKeys() const {
 void CAppWindowSet::Hide() {
     i_lastFullScreen = FullScreenKeys();   // the preferences are saved later and want the windows as they were
     i_lastRecords = Records();
-    for (auto row = i_rows.rbegin(); row != i_rows.rend(); ++row) i_windows.Hide(row->kind);
     i_followers.clear();
     i_covers.reset();
     i_goBack.reset();
-    i_break.reset();   // nobody sees it any more, and its movie has a thread to end
+    i_break.reset();   // its movie has a thread to end; first of all, since a window that throws ends this stage
+    for (auto row = i_rows.rbegin(); row != i_rows.rend(); ++row) i_windows.Hide(row->kind);
 }
 
 void CAppWindowSet::DisposeOthers() {

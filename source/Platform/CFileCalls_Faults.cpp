@@ -75,10 +75,10 @@ int CFileCalls_Faults::Before(const char* callZ, const Path& path) {
     return 0;
 }
 
-CFileCalls_Faults::Path CFileCalls_Faults::PathOf(int handle) const {
+CFileCalls_Faults::OpenFile CFileCalls_Faults::FileOf(int handle) const {
     const Guard guard(i_lock);
     const auto file = i_open.find(handle);
-    return file == i_open.end() ? Path{} : file->second.path;
+    return file == i_open.end() ? OpenFile{} : file->second;
 }
 
 void CFileCalls_Faults::MarkDirty(int handle) {
@@ -147,7 +147,7 @@ int CFileCalls_Faults::Truncate(int handle, std::uint64_t bytes) {
 }
 
 int CFileCalls_Faults::Sync(int handle) {
-    const OpenFile file = Locked(i_open)[handle];
+    const OpenFile file = FileOf(handle);
     if (const int err = Before("sync", file.path); err != 0) return err;
     FileInfo info;
     const int err = i_below.Sync(handle);

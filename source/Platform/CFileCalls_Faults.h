@@ -77,7 +77,9 @@ private:
 
     /** What call number i_countL shall answer without being made; 0: make it. */
     [[nodiscard]] int Before(const char* callZ, const Path& path = {});
-    [[nodiscard]] Path PathOf(int handle) const;
+    /** Empty for one that was not opened here. */
+    [[nodiscard]] OpenFile FileOf(int handle) const;
+    [[nodiscard]] Path PathOf(int handle) const { return FileOf(handle).path; }
     void CutPower();
     void MarkDirty(int handle);
     void MarkFolder(const Path& changed);

@@ -70,7 +70,6 @@ void CAppWindows_Qt::Create(WindowKind kind) {
     if (Exists(kind) || gApp == nullptr) return;
     for (const DeskWindow& window : kWindows)
         if (window.row.kind == kind) i_windows[kind] = window.makeP(*this, kind);
-    if (kind == PREF_Wind_TASKS) ShowTasks();
 }
 
 namespace {
@@ -116,6 +115,7 @@ std::unique_ptr<QWidget> CAppWindows_Qt::MakeBrowser() {
 
 std::unique_ptr<QWidget> CAppWindows_Qt::MakeTasks() {
     auto window = std::make_unique<XTasksWindow>(gApp->Tasks());
+    window->Follow(gApp->Tasks().Rows());
     (void)CWindowPlace::Of(*window);
     QObject::connect(window.get(), &XTasksWindow::CloseAsked, window.get(), [this] { Hide(PREF_Wind_TASKS); });
     if (XBrowserWindow* const browserP = Browser(); browserP != nullptr) browserP->Actions().AttachEverywhere(*window);

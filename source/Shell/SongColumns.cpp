@@ -1,5 +1,7 @@
 #include "Shell/SongColumns.h"
 
+#include "Core/Localize.h"
+
 namespace {
 
 constexpr MetaKey kSong[] = {"name"_key, "arts"_key, "albm"_key, "trak"_key,
@@ -14,9 +16,9 @@ constexpr MetaKey kMarks[] = {"colr"_key, "rtng"_key, "Duet"_key, "Expl"_key, "b
 constexpr MetaKey kFiles[] = {"Msng"_key, "Frmt"_key, "bRat"_key, "SIZE"_key, "Date"_key, "DAdd"_key, "soID"_key,
                               "Sfs0"_key, "Sfs1"_key, "Sfs2"_key, "Sfs5"_key, "Sf10"_key, "Sf11"_key};
 
-constexpr SongColumnGroup kGroups[] = {{"Song", kSong},       {"More of the Song", kMore},
-                                       {"Credits", kCredits}, {"How It Plays", kPlaying},
-                                       {"Marks", kMarks},     {"Files", kFiles}};
+constexpr SongColumnGroup kGroups[] = {{N_("Song"), kSong},       {N_("More of the Song"), kMore},
+                                       {N_("Credits"), kCredits}, {N_("How It Plays"), kPlaying},
+                                       {N_("Marks"), kMarks},     {N_("Files"), kFiles}};
 
 }   // namespace
 

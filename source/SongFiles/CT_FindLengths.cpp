@@ -5,6 +5,7 @@
 #include <span>
 
 #include "Core/CLog.h"
+#include "Core/Localize.h"
 #include "Platform/CClock.h"
 #include "SongFiles/FindSongLength.h"
 
@@ -25,7 +26,7 @@ OSErr CT_FindLengths::Start(CSongDatabase& database, std::vector<SongID> songs, 
 }
 
 CT_FindLengths::CT_FindLengths(CSongDatabase& database, std::vector<SongID> songs, Done done)
-    : CT_OnSongs("find lengths", database, std::move(songs), std::move(done)),
+    : CT_OnSongs(N_("find lengths"), database, std::move(songs), std::move(done)),
       i_tellAtT(CClock::Get().SteadyT() + kStep_FirstT),
       i_stepT(kStep_FirstT) {}
 

@@ -18,6 +18,7 @@ public:
     using Done = std::function<void(OSErr err)>;
 
 protected:
+    /** `nameZ`, marked N_, is its line in the task list. */
     CT_OnSongs(const char* nameZ, CSongDatabase& database, std::vector<SongID> songs, Done done);
 
     /** Is there work on this song? Asked under the lock of the map of songs, before its files are copied. */

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Core/CLog.h"
+#include "Core/Localize.h"
 #include "SongFiles/CSongFileWork.h"
 
 namespace {

@@ -1,6 +1,7 @@
 #include "SongFiles/CT_UnzipSongs.h"
 
 #include "Core/CLog.h"
+#include "Core/Localize.h"
 #include "Files/FSrCopy.h"
 #include "Files/FSrObjects.h"
 

@@ -5,6 +5,7 @@
 
 #include "Core/Assertions.h"
 #include "Core/CLog.h"
+#include "Core/Localize.h"
 #include "Threads/CT_QueMainThread.h"
 #include "Threads/CThreadHost.h"
 #include "Threads/CThreadManager.h"
@@ -304,9 +305,10 @@ void CMutex_ThreadQue::ShowTask() {
         if (doneL == totalL) i_progP = 0;
     }
     if (doneL == totalL) return i_taskRecP.reset();
-    if (!i_taskRecP) CThreadHost::With([&](CThreadHost& host) { i_taskRecP = host.OpenTask(i_name); });
+    if (!i_taskRecP)
+        CThreadHost::With([&](CThreadHost& host) { i_taskRecP = host.OpenTask(Localize(i_name.c_str())); });
     if (!i_taskRecP) return;
-    i_taskRecP->SetText(i_name + ": " + std::to_string(doneL) + " / " + std::to_string(totalL));
+    i_taskRecP->SetText(Localize(i_name.c_str()) + ": " + std::to_string(doneL) + " / " + std::to_string(totalL));
     i_taskRecP->SetSteps(doneL, totalL);
     if (i_taskRecP->IsCancelled()) Abort();
 }

@@ -8,6 +8,7 @@
 #include <thread>
 #include <vector>
 
+#include "Core/Localize.h"
 #include "Threads/CMainThreadProc.h"
 #include "Threads/CMutex.h"
 #include "Threads/CSemaphore.h"
@@ -25,12 +26,12 @@ struct QueTraits {
 inline constexpr QueTraits kQue_MainThread{"Main Thread Que", true, false, false};
 inline constexpr QueTraits kQue_Alert{"Alert Que", true, false, true};
 inline constexpr QueTraits kQue_DiscEvent{"Disc Event Que", true, false, false};
-inline constexpr QueTraits kQue_PushMeta{"Push Meta Que", false, true, false};
+inline constexpr QueTraits kQue_PushMeta{N_("Push Meta Que"), false, true, false};
 inline constexpr QueTraits kQue_ReEncoder{"re-encoder pooler Que", false, false, false};
 inline constexpr QueTraits kQue_Rip{"Rip Que", false, false, false};
 inline constexpr QueTraits kQue_Encode{"Encode Que", false, false, false};
 inline constexpr QueTraits kQue_Zip{"Zip Que", false, false, false};
-inline constexpr QueTraits kQue_KCSync{"KCSync Que", false, true, false};
+inline constexpr QueTraits kQue_KCSync{N_("KCSync Que"), false, true, false};
 
 /** From an element to its queue, which may go first. */
 struct QueAnchor {

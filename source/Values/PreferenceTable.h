@@ -323,17 +323,21 @@ inline constexpr auto kPreferenceTable = [] {
     return n == kPreferenceTable.size() ? nullptr : &kPreferenceTable[n];
 }
 
+/** The row of a key that the table has; another one does not compile. */
+[[nodiscard]] consteval const PrefRow& RowOfPreference(std::string_view key) {
+    const std::size_t n = PreferenceAt(key);
+    if (n == kPreferenceTable.size()) throw "no preference of this key";
+    return kPreferenceTable[n];
+}
+
 /** A preference of one type, by its key: a constant. A key that the table lacks, or has with another type, does not
     compile. */
 template <CFType kType>
 class Pref {
 public:
     template <std::size_t kLength>
-    consteval Pref(const char (&keyZ)[kLength]) : i_rowP(kPreferenceTable.data() + PreferenceAt({keyZ, kLength - 1})) {
-        const std::size_t n =
-            PreferenceAt({keyZ, kLength - 1});   // numbers: to compare addresses is no constant for all
-        if (n == kPreferenceTable.size() || kPreferenceTable[n].type != kType)
-            throw "no preference of this key and type";
+    consteval Pref(const char (&keyZ)[kLength]) : i_rowP(&RowOfPreference({keyZ, kLength - 1})) {
+        if (i_rowP->type != kType) throw "a preference of another type";
     }
     /** For a row that is known only at run time; std::logic_error when it is of another type. */
     constexpr explicit Pref(const PrefRow& row) : i_rowP(&row) {
@@ -350,10 +354,7 @@ class AnyPref {
 public:
     constexpr AnyPref() = default;
     template <std::size_t kLength>
-    consteval AnyPref(const char (&keyZ)[kLength])
-        : i_rowP(kPreferenceTable.data() + PreferenceAt({keyZ, kLength - 1})) {
-        if (PreferenceAt({keyZ, kLength - 1}) == kPreferenceTable.size()) throw "no preference of this key";
-    }
+    consteval AnyPref(const char (&keyZ)[kLength]) : i_rowP(&RowOfPreference({keyZ, kLength - 1})) {}
     /** Null for none. */
     [[nodiscard]] constexpr const PrefRow* Row() const noexcept { return i_rowP; }
 
