@@ -19,7 +19,8 @@ public:
     ~CAppLibrary() override;
 
     [[nodiscard]] CSongDatabase& Database() noexcept { return i_database; }
-    /** Finds the music folder, with the user's help, and loads its library. What refuses it is told, and kept. */
+    /** Finds the music folder, with the user's help, and loads its library. The reason why it is refused is told, and
+        kept. */
     void Load();
     /** False when the load was refused: no window is shown then, and nothing is ever saved. */
     [[nodiscard]] bool IsLoaded() const noexcept { return i_loadedB; }
@@ -41,7 +42,7 @@ public:
     [[nodiscard]] CLibraryCommands& Commands() noexcept { return i_commands; }
     /** Null before Load. */
     [[nodiscard]] CLibraryStore* Store() noexcept { return i_store.get(); }
-    /** What the load found to be saved becomes dirty. */
+    /** Changes that the load made become dirty. */
     void Ready() override;
     /** A disc that came or went makes songs found or missing, and so do files that are back. */
     void Idle() override;

@@ -7,9 +7,9 @@
 class CApp;
 class CT_Timer;
 
-/** When what has changed is written, of all parts alike: as soon as the user rests for two seconds, and five seconds after
-    the first change whether he rests or not. One save at a time, on workers; one back-off for all when something cannot be
-    written.
+/** When what has changed is written, of all parts alike: as soon as the user rests for two seconds, and five seconds
+    after the first change whether he rests or not. One save at a time, on workers; one back-off for all when
+    something cannot be written.
     Threads  main. */
 class CAppSaves final : public CAppPart {
 public:
@@ -19,7 +19,7 @@ public:
     void NoteChange();
     /** Two seconds without a key or a move of the mouse. */
     void UserRests(CT_Timer& timer);
-    /** What waits too long for the user's rest is written now. */
+    /** A change that waits too long for the user's rest is written now. */
     void Idle() override;
     /** Of some part. */
     [[nodiscard]] bool IsAnyDirty() const;

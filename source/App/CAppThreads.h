@@ -5,7 +5,7 @@
 
 class CApp;
 
-/** The thread manager. What still runs when it goes is ended, or left alone after its time. */
+/** The thread manager. A thread that still runs when it goes is ended, or left alone after its time. */
 class CAppThreads final : public CAppPart {
 public:
     explicit CAppThreads(CApp& app);

@@ -21,7 +21,7 @@ public:
 
     /** Waits for the main thread, kMost_Seconds at the most. */
     [[nodiscard]] std::string Answer(Deed deed, std::string busy);
-    /** Who waits gets "busy", now and from now on. */
+    /** Requests that wait get "busy", now and from now on. */
     void End();
 
     static constexpr double kMost_Seconds = 4.0;   // less than the other side waits

@@ -24,11 +24,11 @@ struct Notice {
     NoticeAction action = {};
     std::optional<double> untilT = {};   // by CClock::SteadyT; from then on it is offered no more
 
-    /** What is offered for a while: its button says all, and it is no news. */
+    /** An offer for a while: its button says all, and it is no news. */
     [[nodiscard]] bool IsOffer() const { return untilT.has_value(); }
 };
 
-/** What was told to the user in this run: kept until he has read it, and after. Equal ones are counted, not piled up; of
+/** The messages to the user in this run: kept until he has read it, and after. Equal ones are counted, not piled up; of
     more than kMost the eldest goes. Other threads tell by MessageAlert or ShowAlert.
     Threads  main.
     Owner    CApp. */
@@ -56,7 +56,7 @@ public:
 private:
     [[nodiscard]] Notice* Find(NoticeID id);
     NoticeID Enter(Notice notice);
-    /** What is past its time is offered no more. */
+    /** An offer past its time is taken back. */
     void EndOffers();
     void Erase(NoticeID id);
 

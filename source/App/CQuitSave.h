@@ -6,8 +6,9 @@
 class CApp;
 class CAppLibrary;
 
-/** The last save of the evening, of an application that has a library. What cannot be written is asked about: try again, write a copy elsewhere, or quit, which
-    leaves a copy beside the log or where else one can be written; that is what happens where nobody answers, too.
+/** The last save of the evening, of an application that has a library. A file that cannot be written is asked about:
+    try again, write a copy elsewhere, or quit, which leaves a copy beside the log or where else one can be written;
+    that is what happens where nobody answers, too.
     Threads  main; pumps while workers write.
     Errors   told in the log; what was left beside the log, on the error stream as well. */
 class CQuitSave {

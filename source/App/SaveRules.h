@@ -18,5 +18,6 @@ struct SaveRefusal {
     const char* valueZ;
 };
 
-/** Nothing when the save may happen. What only makes a better moment of a later one does not stop a late save. */
+/** Nothing when the save may happen. A reason that only makes a later moment the better one does not stop a late
+    save. */
 [[nodiscard]] std::optional<SaveRefusal> RefuseSave(const SaveState& state);

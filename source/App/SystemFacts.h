@@ -3,7 +3,7 @@
 #include <vector>
 
 /** The lines about the machine that a log begins with: system, media library, clock speed, processor, memory, network
-    address, locale. What the machine does not tell reads "unknown". */
+    address, locale. A fact that the machine does not tell reads "unknown". */
 [[nodiscard]] std::vector<std::string> SystemFactLines();
 
 /** The version of the media library as the tests of the start-up compare it: 0x0MmP for M.m.P of FFmpeg's libavcodec. */

@@ -35,7 +35,7 @@ public:
 
     /** Ends the loop, once there is nothing to lose or the user agrees. */
     void RequestQuit(QuitAsk ask);
-    /** What a second start sent: none is told to the user. */
+    /** The files that a second start sent: none is told to the user. */
     void OnSecondInstance(const LaunchFiles& files);
     /** What the command line asks (PreferenceRequest.h): the answer, which the main thread makes. Not on that one. */
     [[nodiscard]] std::string OnRequest(std::string_view request);

@@ -13,7 +13,7 @@ public:
     void Missing(const std::string& wanted, const std::string& instead);
     /** The same, in the middle of a song that `lost` played until now. */
     void Gone(const std::string& lost, const std::string& wanted, const std::string& instead);
-    /** What was chosen plays: what comes next is news again. */
+    /** The chosen output plays: the next fault is news again. */
     void Plays(const std::string& wanted);
     /** The operator has asked again, and wants an answer. */
     void Forget() { i_told.Set({}); }

@@ -8,7 +8,7 @@
 
 /** Joins the sound of a song to the silence around it, and to another place of the song, without a click: it holds back
     the last 10 ms that were read, so that the sound can fade out at any moment, whatever has become of the song by
-    then. What begins at the song's first frame by itself begins as it was recorded; all else fades in.
+    then. Sound that begins at the song's first frame by itself begins as it was recorded; all other fades in.
     Units    frames; a place is a frame of the song.
     Threads  one, the render thread; nothing is allocated after the constructor. Owner CAudioPlayer. */
 class CSoundSeam {

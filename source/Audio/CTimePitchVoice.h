@@ -53,6 +53,6 @@ private:
     std::uint64_t i_originL = 0, i_nextInputL = 0, i_givenL = 0;
 };
 
-/** What the engine is given; what lies outside is limited to it. */
+/** The bounds of what the engine is given; values outside are limited to them. */
 inline constexpr int kTimePitch_MostPitch = 12;
 inline constexpr double kTimePitch_LeastTempo = 0.25, kTimePitch_MostTempo = 4.0;

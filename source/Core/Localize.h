@@ -6,7 +6,8 @@
 #include <string_view>
 
 // Texts for people, by the catalogue of the program (po/vopla.pot; gettext's form, https://www.gnu.org/software/gettext/manual).
-// What stands in the code is the English text. A log is English too, but for what it says again of an alert. Any thread, once the catalogue is chosen.
+// What stands in the code is the English text. A log is English too, but for what it says again of
+// an alert. Any thread, once the catalogue is chosen.
 
 /** `textZ` in the language of the user; as it is where the catalogue lacks it. `commentZ` tells whoever translates it what it
     is about. */

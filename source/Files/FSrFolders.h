@@ -33,6 +33,6 @@ enum class PurgePlace : unsigned char { kTemp, kCache };
 /** Removes a file or folder from such a place, with the line "## Temp Purging File: path". */
 OSErr FSrPurge(const CFileRef& item, PurgePlace place);
 
-/** Removes what earlier runs left in "Vopla Temp" and, in each of `folders`, beside the files. What a living process
-    holds is passed over. For the start of a program. Reads only the folders themselves, not those below. */
+/** Removes what earlier runs left in "Vopla Temp" and, in each of `folders`, beside the files. A file that a living
+    process holds is passed over. For the start of a program. Reads only the folders themselves, not those below. */
 void PurgeTemporary(std::span<const CFileRef> folders);

@@ -23,7 +23,7 @@ inline constexpr std::size_t kCDGTile_Width = 6, kCDGTile_Height = 12;
 inline constexpr std::size_t kCDGPlane_Columns = 50, kCDGPlane_Rows = 18;
 inline constexpr std::size_t kCDGPlane_Colors = 16;
 
-/** The second byte of a graphics packet, in its low six bits. What is not named is ignored. */
+/** The second byte of a graphics packet, in its low six bits. A value that is not named is ignored. */
 enum class CDGInstruction : std::uint8_t {
     kMemoryPreset = 1,
     kBorderPreset = 2,

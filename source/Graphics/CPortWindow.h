@@ -9,7 +9,7 @@ class CPortWindow : public CPlayWindow {
 public:
     /** Fades the whole window, 0.0 to 1.0. paramErr where the display system cannot; the window stays as it is then. */
     virtual OSErr SetOpacity(float opacity) = 0;
-    /** What is filled clear lets the desktop shine through, or no longer. paramErr where the display system cannot:
-        what is clear is black then. */
+    /** Parts that are filled clear let the desktop shine through, or no longer. paramErr where the display system
+        cannot: what is clear is black then. */
     virtual OSErr SetTransparent(bool transparentB) = 0;
 };

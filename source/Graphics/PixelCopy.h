@@ -7,8 +7,8 @@ enum class CopyMode {
 };
 
 /** Copies `from` of `source` to `to` of `dest`, scaled by the sizes of the two (nearest pixel, no smoothing). Depth 4
-    to 32 goes through the colour table; else the depths are equal, 4, 32 or 128. What either rectangle has outside its
-    buffer is not touched; the scale stays that of the whole rectangles. Both may be one buffer.
+    to 32 goes through the colour table; else the depths are equal, 4, 32 or 128. The part of either rectangle outside
+    its buffer is not touched; the scale stays that of the whole rectangles. Both may be one buffer.
     Errors   paramErr for other depths; memFullErr when a buffer cannot be locked. */
 OSErr CopyPixels(const CPixels& source, CPixels& dest, const Rect& from, const Rect& to,
                  CopyMode mode = CopyMode::kCopy);

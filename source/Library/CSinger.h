@@ -55,7 +55,7 @@ public:
     [[nodiscard]] const CCFDictionary& SongInfo() const noexcept { return i_record.songInfo; }
     void SetSongInfo(CCFDictionary info);
 
-    /** As his file has him. What this program has no key for is kept, and comes out again by Record. */
+    /** As his file has him. A value that this program has no key for is kept, and comes out again by Record. */
     void Load(const SingerRecord& record);
     [[nodiscard]] SingerRecord Record() const;
     /** Grows with each change that his file must hold. Any thread. */

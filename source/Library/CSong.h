@@ -54,7 +54,7 @@ public:
         and for the halves of a song that has a zip. */
     void SetFileRef(SDB_SongFile type, SDB_SongFileStatus status, const CFileRef& ref);
     enum class StatusCheck : bool { kSkip, kCheck };
-    /** The same with the status that follows from the path. What lies on a disc stays there: another place is asserted,
+    /** The same with the status that follows from the path. A file on a disc stays there: another place is asserted,
         and refused with paramErr, unless the check is skipped. */
     OSErr SetFile(SDB_SongFile type, const CFileRef& ref, StatusCheck check = StatusCheck::kCheck);
     /** The zip, else the graphics or video, else the sound; SDB_SongFile_NONE for a song without any. */

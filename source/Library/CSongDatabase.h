@@ -46,8 +46,8 @@ public:
     [[nodiscard]] virtual bool IsSaving() const { return false; }
     /** May this song go? It plays, perhaps; the host asks, and stops it. */
     virtual bool MayDelete(SongID /*song*/) { return true; }
-    /** What only tells, for when the user has time to read it. What he can do about it then is `act`, on the main thread,
-        behind a button of that label; while the host lives, and as often as he likes. */
+    /** A message that only tells, for when the user has time to read it. What he can do about it then is `act`, on
+        the main thread, behind a button of that label; while the host lives, and as often as he likes. */
     virtual void Notify(std::string_view words, std::string_view detail, std::string_view label = {},
                         std::function<void()> act = {});
     /** The user wants no warning of this preference any more. */
@@ -136,7 +136,8 @@ public:
         CSongDatabase& i_database;
     };
     [[nodiscard]] bool IsInBatch() const noexcept { return i_batchesL > 0 || i_loadingB; }
-    /** While one lives, files are being added, and a save can wait a moment; it may outlive the database. Main thread. */
+    /** While one lives, files are being added, and a save can wait a moment; it may outlive the database. Main
+        thread. */
     class Adding {
     public:
         explicit Adding(CSongDatabase& database) : i_databaseRef(database.Self()) { ++database.i_addingL; }

@@ -27,8 +27,8 @@ enum class DateAdded : bool {
 /** "SIZE", "Frmt" and "DAdd" of a song that is added. */
 void SetSongFacts(CMeta& song, const SongFileFacts& facts, DateAdded date);
 
-/** A size as a song keeps it: 32 bits without a sign, so that a file of more than 2 GB is a negative number. What is larger
-    than 4 GB counts as that. */
+/** A size as a song keeps it: 32 bits without a sign, so that a file of more than 2 GB is a negative number. A size
+    that is larger than 4 GB counts as that. */
 [[nodiscard]] std::int32_t StoredSize(std::uint64_t bytesL) noexcept;
 [[nodiscard]] constexpr std::uint32_t SizeOfStored(std::int32_t stored) noexcept {
     return static_cast<std::uint32_t>(stored);

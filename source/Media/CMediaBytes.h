@@ -28,7 +28,7 @@ public:
     /** Any place is as near as any other, which in a packed source it is not. */
     [[nodiscard]] bool IsNearEverywhere() const;
 
-    /** What may still be read through the context, a bound on what the opening of a hostile file costs; what lies
+    /** The bytes that may still be read through the context, a bound on the cost of opening a hostile file; what lies
         beyond it reads as the end. The ways to the places of a packed source have a budget of the same size, or of four
         times what the source is stored in: a long movie with its index at the end opens, a bomb does not. */
     void SetBudget(std::uint64_t bytes) noexcept;

@@ -33,7 +33,7 @@ public:
     static void QuietLibrary();
 
     /** Once. `extension` without its dot helps where the contents are no sure sign; "pcm" and "raw" are 16-bit stereo.
-        What is read until EndOpening is bounded. */
+        The bytes read until EndOpening are bounded. */
     OSErr Open(CByteSource& source, std::string_view extension);
     /** False when the bound was met: what looked like the end was none. */
     bool EndOpening() noexcept;

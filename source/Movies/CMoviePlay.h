@@ -13,7 +13,7 @@
     is late already is not scaled, and when that does not help not decoded whole; far behind, it jumps ahead.
     Threads  Open on any, before Run; Run keeps its thread busy until Stop. Pictures and Time as they say; the rest any.
     Owner    shared by the movie and the thread that runs it, so that nobody waits for that thread.
-    Errors   Open's statuses are CMovieReader's. What ends the pictures early is kept (Result). */
+    Errors   Open's statuses are CMovieReader's. A fault that ends the pictures early is kept (Result). */
 class CMoviePlay {
 public:
     explicit CMoviePlay(std::unique_ptr<CByteSource> source) : i_sourceP(std::move(source)) {}

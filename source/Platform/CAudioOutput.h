@@ -45,7 +45,7 @@ public:
         got = device;
         return Open(device, blocks);
     }
-    /** What plays fades out over the next 10 ms; frames behind that are dropped. */
+    /** The sound that plays fades out over the next 10 ms; frames behind that are dropped. */
     virtual void Close() = 0;
 
     /** Copies the frames, all of them. paramErr when there is no room or the last frame is half; nothing is taken then.
@@ -60,15 +60,17 @@ public:
     /** Ends the wait or rest under way, or the next one. */
     virtual void Wake() = 0;
 
-    /** Queued frames that the device has taken; exact. Frames of silence that it took for want of others do not count. */
+    /** Queued frames that the device has taken; exact. Frames of silence that it took for want of others do not
+        count. */
     [[nodiscard]] virtual std::uint64_t FramesPlayed() const = 0;
     /** Frames of silence that the device took because nothing was queued. */
     [[nodiscard]] virtual std::uint64_t FramesLate() const = 0;
 
     /** The device has gone. Frames are still taken at its pace, and heard by nobody, so that the show goes on. */
     [[nodiscard]] virtual bool IsLost() const { return false; }
-    /** Opens the device of Open or OpenAny; after a loss the system's choice, too. What is queued stays, and what plays
-        goes on when there is nothing better. `device` is set to the name. ioErr: no such device is there. Takes a while. */
+    /** Opens the device of Open or OpenAny; after a loss the system's choice, too. Frames that are queued stay, and
+        sound that plays goes on when there is nothing better. `device` is set to the name. ioErr: no such device is
+        there. Takes a while. */
     virtual OSErr Recover(std::string& /*device*/) { return ioErr; }
     /** True once after a device came to the machine, or LookAgain. */
     [[nodiscard]] virtual bool NewDevice() { return false; }

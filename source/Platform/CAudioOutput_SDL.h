@@ -38,9 +38,9 @@ private:
     /** The first of the devices of `names` that opens takes over. */
     bool StartAnyOf(const std::vector<std::string>& names, std::string& got);
     void Start(std::uint32_t id);
-    /** What plays gives way without a click. */
+    /** The sound that plays gives way without a click. */
     void FadeOut();
-    /** What is queued begins in the middle of a wave. */
+    /** The queued frames begin in the middle of a wave. */
     void FadeQueuedIn();
     void Stop();
     void CloseDevice();

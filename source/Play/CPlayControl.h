@@ -173,7 +173,7 @@ private:
     OSErr StepTo(PLItemID item, const StartHow& how);
     /** What plays, as it sounds now: of its own files, as its row may have left the list, its song the library. */
     [[nodiscard]] SongPlaySpec SpecAsNow() const;
-    /** What plays is about to be cut off by hand. */
+    /** The song that plays is about to be cut off by hand. */
     void KeepInterrupted(bool wentBackB = false);
     /** `next` is the name of the song that takes its place. */
     void EndCurrent(std::string next = {});
@@ -186,7 +186,7 @@ private:
     /** The song counts as sung. */
     void FinishSong(const CSongPlay& play);
     void CacheNext();
-    /** What comes next is measured first, then what plays, then what follows. */
+    /** The next song is measured first, then the one that plays, then those that follow. */
     void WantLevels();
     [[nodiscard]] std::string WantedDevice() const;
     /** The output follows the preferences. */

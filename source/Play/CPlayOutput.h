@@ -30,7 +30,7 @@ public:
     [[nodiscard]] AudioLevel& Level() noexcept { return i_level; }
     /** Of the devices that play, over all songs. */
     [[nodiscard]] CDeviceNews& News() noexcept { return i_news; }
-    /** What plays looks for its device again, and the operator hears of it. */
+    /** The song that plays looks for its device again, and the operator hears of it. */
     void LookAgain();
 
 private:

@@ -36,7 +36,7 @@ public:
     [[nodiscard]] bool LeaveWork();
 
     // ---- Main thread ----
-    /** Who waits goes on, with abortErr. True when no worker is there: the caller sees to Dispose. */
+    /** A waiting caller goes on, with abortErr. True when no worker is there: the caller sees to Dispose. */
     [[nodiscard]] bool Stop();
     /** True when a worker is to be started for it (SeekAsAsked). */
     [[nodiscard]] bool AskSeek(long time300);

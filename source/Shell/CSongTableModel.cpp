@@ -5,6 +5,7 @@
 #include "Meta/CMeta_PLItem.h"
 #include "Meta/CMetaManager.h"
 #include "Shell/SongCells.h"
+#include "Shell/SongColumns.h"
 #include "Widgets/QtText.h"
 #include "Widgets/XIcons.h"
 #include "Widgets/XLook.h"
@@ -327,7 +328,7 @@ QVariant CSongTableModel::headerData(int section, Qt::Orientation orientation, i
     if (orientation != Qt::Horizontal || section < 0 || section >= columnCount()) return {};
     const CDataTraits& traits = MetaManager().GetTraits(i_columns[static_cast<std::size_t>(section)]);
     if (role == Qt::DisplayRole) {
-        QString title = QtText(traits.Title());
+        const QString title = KeyTitle(traits);
         return title.startsWith("* ") ? title.mid(2) : title;
     }
     if (role == Qt::TextAlignmentRole)

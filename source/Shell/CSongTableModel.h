@@ -8,8 +8,8 @@
 #include "Shell/CT_FilterRows.h"
 
 /** One list of the library as a table: a row for each item in the shown order, or for those that match a filter. It
-    keeps the ids of the rows and nothing else; a value is asked for when it is shown. What the library tells is
-    gathered until the messages of this turn are through, and becomes the least that the view must hear.
+    keeps the ids of the rows and nothing else; a value is asked for when it is shown. A change that the library tells
+    is gathered until the messages of this turn are through, and becomes the least that the view must hear.
     Threads  main. Goes before its database. */
 class CSongTableModel final : public QAbstractTableModel, private CListWatcher {
     Q_OBJECT

@@ -1,6 +1,9 @@
 #include "Shell/SongColumns.h"
 
+#include <QObject>
+
 #include "Core/Localize.h"
+#include "Meta/CDataTraits.h"
 
 namespace {
 
@@ -23,3 +26,5 @@ constexpr SongColumnGroup kGroups[] = {{N_("Song"), kSong},       {N_("More of t
 }   // namespace
 
 std::span<const SongColumnGroup> SongColumnGroups() noexcept { return kGroups; }
+
+QString KeyTitle(const CDataTraits& traits) { return QObject::tr(traits.Title().CString()); }

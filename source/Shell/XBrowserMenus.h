@@ -6,7 +6,7 @@ class QMainWindow;
 class QMenu;
 class XActions;
 
-/** The main window's menu bar: which command stands in which menu. What a command does is said by who owns the deed.
+/** The main window's menu bar: which command stands in which menu. The deed of a command is registered by its owner.
     Threads  main. A child of the window; actions and play control outlive it. */
 class XBrowserMenus final : public QObject {
     Q_OBJECT

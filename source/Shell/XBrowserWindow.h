@@ -73,7 +73,7 @@ private:
     void ConnectLists();
     void ShowList(PlaylistID list);
     void Filter();
-    /** What was typed in a list begins a new search. */
+    /** Letters typed in a list begin a new search. */
     void TypeSearch(const QString& text);
     /** Takes back the search; without one, the selection. */
     void Escape();

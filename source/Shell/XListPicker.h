@@ -6,7 +6,7 @@
 class QLineEdit;
 class QListWidget;
 
-/** Asks for one of the user's lists. What is typed leaves the lists whose name has it, and is the name of a new one; the
+/** Asks for one of the user's lists. A typed text leaves the lists whose name has it, and is the name of a new one; the
     arrows and Return choose. The show goes on beside it: it waits for nobody.
     Threads  main.
     Owner    itself, until it is closed. */

@@ -21,8 +21,8 @@ struct PreferenceRow {
     std::span<const char* const> choices = {};   // words for the numbers from 0 on
 };
 
-/** A page of settings made from a table, and what its maker adds. What is set holds at once; what somebody else set is
-    shown when the window comes to the front.
+/** A page of settings made from a table, and what its maker adds. A setting holds at once; one that somebody else
+    changed is shown when the window comes to the front.
     Threads  main. `prefs` outlives it. */
 class XPreferencePage final : public QScrollArea {
     Q_OBJECT

@@ -7,7 +7,7 @@ class QTabWidget;
 class XActions;
 class XPreferencePage;
 
-/** The settings of the desktop, a page for each thing that a KJ looks for. What is set holds at once; the window stays
+/** The settings of the desktop, a page for each thing that a KJ looks for. A setting holds at once; the window stays
     open beside the show, and has nothing to confirm.
     Threads  main. */
 class XPreferencesWindow final : public QDialog {

@@ -14,6 +14,7 @@
 #include "Shell/CSongTableModel.h"
 #include "Shell/FileDrop.h"
 #include "Shell/RowClipboard.h"
+#include "Shell/SongColumns.h"
 #include "Shell/XActions.h"
 #include "Shell/XFileAdder.h"
 #include "Shell/XListPicker.h"
@@ -280,7 +281,7 @@ void XSongCommands::OfferUserOrder(const QPoint& global) {
     if (listP == nullptr) return;
     auto* const menuP = new QMenu(&i_window);
     menuP->setAttribute(Qt::WA_DeleteOnClose);
-    const QString key = QtText(MetaManager().GetTraits(MainKey(listP->Spec())).Title());
+    const QString key = KeyTitle(MetaManager().GetTraits(MainKey(listP->Spec())));
     menuP->addAction(tr("This list is sorted by “%1”: rows are moved in your own order.").arg(key))->setEnabled(false);
     menuP->addAction(&i_actions.Get(Command::kShowUserOrder));
     menuP->popup(global);   // nobody waits for it

@@ -229,7 +229,7 @@ void XSongTable::FillColumnMenu(QMenu& menu) {
 }
 
 void XSongTable::AddColumnAction(QMenu& menu, MetaKey key) {
-    const QString title = QtText(MetaManager().GetTraits(key).Title());
+    const QString title = KeyTitle(MetaManager().GetTraits(key));
     QAction* const actionP = menu.addAction(title == "#" ? tr("# (place in the list)") : title);
     const std::vector<MetaKey>& columns = i_model.Columns();
     const bool shownB = std::ranges::find(columns, key) != columns.end();

@@ -11,13 +11,13 @@ class CSong;
 class CSongDatabase;
 
 /** The songs of what was added, in the order of the files; a file that the library had already is answered by its song.
-    What was refused was logged, file by file. */
+    Refused files were logged, one by one. */
 struct AddedFiles {
     std::vector<SongID> songs;
     std::size_t newL = 0;   // of them
     std::vector<RefusedFile> refused;
 
-    /** What was refused, by name and reason, at most ten of them: for an alert. */
+    /** The refused files by name and reason, at most ten of them: for an alert. */
     [[nodiscard]] std::string RefusedText() const;
 };
 

@@ -21,9 +21,9 @@ class CSongDatabase;
     ids are kept, not lists.
     Threads  main.
     Owner    the application's library.
-    Errors   userCanceledErr when the user does not want it; what the work says. noErr, too, while a question stands: what
-             fails behind it is told to the user. A command that goes on by a task answers noErr, and tells `done` how that
-             ended. */
+    Errors   userCanceledErr when the user does not want it; what the work says. noErr, too, while a question stands:
+             what fails behind it is told to the user. A command that goes on by a task answers noErr, and tells
+             `done` how that ended. */
 class CLibraryCommands {
 public:
     using Done = std::function<void(OSErr err)>;
@@ -101,7 +101,7 @@ private:
     OSErr Locate(SongID song, const CFileRef& folder);
     /** The songs of the rows, told as what they are. */
     [[nodiscard]] std::vector<SongID> SongsOf(const SDB_Selection& selection) const;
-    /** What would disturb a sort comes after it. */
+    /** Work that would disturb a sort comes after it. */
     OSErr OnceSorted(Work work);
     OSErr RemoveSongs(const std::vector<SongID>& songs);
 

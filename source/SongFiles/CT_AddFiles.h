@@ -15,7 +15,7 @@
 #include "Threads/CThreadHost.h"
 
 /** Reads the disc for AddFilesToLibrary, looks up what the library has already, and has the songs made on the main
-   thread, a block at a time. What was made is saved in the course of it. A task that is cancelled leaves the songs that
+   thread, a block at a time. New songs are saved in the course of it. A task that is cancelled leaves the songs that
     were made. */
 class CT_AddFiles final : public CT_Preemptive {
 public:

@@ -2,7 +2,7 @@
 #include "SongFiles/CT_OnSongs.h"
 
 /** Gives their length ("drtn") to those of some songs that have none. A song that has got one meanwhile keeps it; one
-    whose length cannot be told stays without, until it was played. What was found is told to the songs in steps that
+    whose length cannot be told stays without, until it was played. The lengths are told to the songs in steps that
     grow from half a second to half a minute, so that a slow disc with many songs does not have the library saved over
     and over. CSongLengths starts it. */
 class CT_FindLengths final : public CT_OnSongs {

@@ -9,8 +9,8 @@
 #include "Threads/CT_Preemptive.h"
 
 /** Deletes the oldest of the cache folder: what is above "Number of cached songs", and disc images above "Max Cache
-    Burn Images". The files of one song are one, as are a bin and its cue. What plays, or is being worked on, stays, and
-    so does what the program does not know.
+    Burn Images". The files of one song are one, as are a bin and its cue. A song that plays, or is being worked on,
+    stays, and so does what the program does not know.
     Threads  started on the main thread. The work on the disc is the task's. */
 class CT_PurgeCache final : public CT_Preemptive {
 public:

@@ -8,7 +8,7 @@
 /** The songs of the newest kept copy of a library in which "Songs.vlb" is whole, for a library whose own is damaged.
     Nothing of the library or of its copies is written.
     Threads  one at a time; blocks as long as the disc does.
-    Owner    whoever needs the songs. What was unpacked goes with it.
+    Owner    whoever needs the songs. Unpacked files go with it.
     Errors   statuses, logged. */
 class CKeptSongs {
 public:

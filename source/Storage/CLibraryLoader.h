@@ -23,9 +23,9 @@ struct LibraryReport {
 /** Loads a library into an empty database: songs, then all lists and singers that a walk of the root finds, which runs
     beside the reading of the songs.
     Threads  main, before anybody saves; shows its progress by the host.
-    Errors   userCanceledErr: the library is of a later program, and the user would rather quit. A file of the songs that
-             its disc or a permission keeps back: its status, once the user has tried often enough. What is damaged is
-             told by an alert and stands in the report; all that could be read is there. */
+    Errors   userCanceledErr: the library is of a later program, and the user would rather quit. A file of the songs
+             that its disc or a permission keeps back: its status, once the user has tried often enough. A damaged
+             file is told by an alert and stands in the report; all that could be read is there. */
 class CLibraryLoader {
 public:
     CLibraryLoader(CSongDatabase& database, CSongStore& songs, const LibraryPlaces& places, CLibraryHost& host)

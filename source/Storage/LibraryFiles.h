@@ -8,7 +8,7 @@
 #include "Library/SingerRecord.h"
 #include "Storage/PlaylistRecord.h"
 
-/** The property-list files of the library, read and written as plain records. What a file holds that this program does
+/** The property-list files of the library, read and written as plain records. Keys of a file that this program does
     not know is kept and written again.
     Threads  any; blocks as long as the disc does.
     Errors   of reading: fnfErr, eofErr for a text that is cut, paramErr for one that is no such file; the record is
@@ -54,7 +54,7 @@ enum class SongTable : bool {
     kMeta      // "Songs Meta.xml": the root itself
 };
 using SongDictionaries = std::map<std::uint32_t, CCFDictionary>;
-/** What is no song's id, or no dictionary, is logged and left out. */
+/** An entry that is no song's id, or no dictionary, is logged and left out. */
 OSErr ReadSongTable(const CFileRef& file, SongTable form, SongDictionaries& songs);
 OSErr WriteSongTable(const CFileRef& file, SongTable form, const SongDictionaries& songs);
 

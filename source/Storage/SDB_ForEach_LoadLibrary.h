@@ -15,8 +15,8 @@ public:
 
 private:
     using Work = std::function<void(const std::string& name, const CFileRef& ref, bool folderB)>;
-    /** Of what a folder holds; links count as what they point to. What the disc keeps back is Unread, what has gone since
-        its name was read is nothing. */
+    /** Of what a folder holds; links count as what they point to. A file that the disc keeps back is Unread, one that
+        has gone since its name was read is nothing. */
     OSErr ForEachIn(const CFileRef& folder, const Work& work);
     void LoadPlaylistFile(const CFileRef& file, LibraryImage& image);
     /** All lists of a folder; `singerFile` is none. */

@@ -43,12 +43,16 @@ public:
 
     /** The message queue; the same one as long as this host is installed. Any thread. */
     [[nodiscard]] virtual CMainLoop& MainLoop() = 0;
-    /** True when calls can be posted to the main loop: the main window stands (or there will never be one). Any thread. */
+    /** True when calls can be posted to the main loop: the main window stands (or there will never be one). Any
+        thread. */
     [[nodiscard]] virtual bool HasMainWindow() const = 0;
     /** The last act of the start-up is over. Any thread. */
     [[nodiscard]] virtual bool IsAppReady() const = 0;
     /** One pass of the run loop. Main thread. */
     virtual void RunLoopPass();
+    /** The main thread may pump its loop while it waits: at start, at quit, on the command line. In a show it does
+        not, since what it pumped could be the deed of another key; a task tells its end there. Main thread. */
+    [[nodiscard]] virtual bool MayPump() const { return true; }
     /** Main thread. */
     [[nodiscard]] virtual bool IsSongPlaying() const { return false; }
     /** Keeps the video window alive from within a wait. Main thread. */

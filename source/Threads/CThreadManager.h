@@ -16,8 +16,8 @@ class CMutex_ThreadQue_MainThread;
 class CThreadManager {
 public:
     CThreadManager();
-    /** "Killing all threads": waits 4 s for each, longer for "No Kill: " names. What lives on then is left alone: its
-        memory stays, and the process must end by _exit (LeftThreads). */
+    /** "Killing all threads": waits 4 s for each, longer for "No Kill: " names. A thread that lives on then is left
+        alone: its memory stays, and the process must end by _exit (LeftThreads). */
     ~CThreadManager();
     CThreadManager(const CThreadManager&) = delete;
     CThreadManager& operator=(const CThreadManager&) = delete;

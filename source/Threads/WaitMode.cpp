@@ -4,6 +4,7 @@
 #include <chrono>
 #include <thread>
 
+#include "Core/Assertions.h"
 #include "Platform/CClock.h"
 #include "Threads/CT_Timer.h"
 #include "Threads/CThreadHost.h"
@@ -28,6 +29,7 @@ void YieldToCooperative() {
 bool PumpLimited() {
     CThreadHost* const hostP = IsLoopThread() ? CThreadHost::Get() : nullptr;
     if (hostP == nullptr) return false;
+    AssertWords(hostP->MayPump(), "!the show waits");
     CMainLoop& loop = hostP->MainLoop();
     if (loop.InputWaits()) CT_Timer::HoldBackCurrent();
     bool doneB = false;
@@ -46,6 +48,7 @@ bool PumpTurn(WaitMode mode) {
             return PumpLimited();   // which does nothing where no application exists
         case WaitMode::kMain_EventLoop:
             if (hostP == nullptr) return false;
+            AssertWords(hostP->MayPump(), "!the show waits");
             if (hostP->MainLoop().InputWaits()) CT_Timer::HoldBackCurrent();
             hostP->RunLoopPass();
             return true;

@@ -19,7 +19,7 @@ public:
     CSleepInhibitor(const QDBusConnection& session, const QDBusConnection& system);
     ~CSleepInhibitor() override;
 
-    /** What was wanted already changes nothing, but that all are asked again when none holds. */
+    /** The same wish again changes nothing, but that all are asked again when none holds. */
     void Want(bool wantedB);
     /** The service that holds; empty for none. */
     [[nodiscard]] QString Holder() const;

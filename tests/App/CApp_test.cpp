@@ -29,6 +29,7 @@
 #include "Platform/CUserInterface_Plain.h"
 #include "Play/CPlayControl.h"
 #include "Threads/CallOnMain.h"
+#include "Threads/WaitMode.h"
 
 namespace {
 
@@ -263,6 +264,18 @@ TEST_F(AppTest, AChangedPreferenceIsSavedAfterTwoIdleSeconds) {
     ASSERT_TRUE(RunUntil(app, [&] { return !app.Saves().IsAnyDirty() && !app.Saves().IsWriting(); }));
     EXPECT_GE(CClock::Get().SteadyT() - startT, 1.9);
     EXPECT_NE(LogText().find("Done: Saving Preferences"), std::string::npos);
+}
+
+/** At start and quit the main thread pumps while it waits; in a show no other key's deed runs in the middle of one. */
+TEST_F(AppTest, AShowThatPumpsWhileItWaitsIsAFault) {
+    {
+        CApp app(MakeSetup());
+        EXPECT_EQ(LogText().find("the show waits"), std::string::npos);
+        WaitOneTurn();
+        EXPECT_NE(LogText().find("the show waits"), std::string::npos);
+        std::ofstream(i_folder / "log.txt", std::ios::trunc);
+    }
+    EXPECT_EQ(LogText().find("the show waits"), std::string::npos);
 }
 
 /** A song that only counts what it was asked. */

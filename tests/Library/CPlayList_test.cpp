@@ -280,10 +280,11 @@ TEST_F(PlayList, ACopyInBlocksIsOfOneMoment) {
     std::vector<std::int32_t> songs(kRows);
     std::iota(songs.begin(), songs.end(), 1);
     (void)list.AddItemVec(NewItems(songs));
-    std::atomic<bool> doneB{false};
+    constexpr int kRounds = 5;
+    std::atomic<int> roundsL{0};
     std::jthread copier([&, rowsRef = list.Items()] {
         TagThread(NextThreadIndex(), true);
-        for (int round = 0; round < 5; ++round) {
+        for (; roundsL < kRounds; ++roundsL, roundsL.notify_all()) {
             const std::vector<PLRow> rows = rowsRef->RowsInBlocks();
             EXPECT_EQ(rows.size(), static_cast<std::size_t>(kRows));
             for (std::size_t n = 1; n < rows.size(); ++n) {
@@ -293,11 +294,10 @@ TEST_F(PlayList, ACopyInBlocksIsOfOneMoment) {
                 break;
             }
         }
-        doneB = true;
     });
-    for (RowIndex n = 0; !doneB; ++n) {
+    for (RowIndex n = 0; roundsL < kRounds; ++n) {
         // In a rush, in which no copy by blocks comes to its end, with rests, in which one may.
         list.MoveItems(std::vector{list.Items()->AtRow(1)->id}, kRows + 1);
-        if (n % 16 == 15) std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        if (const int seen = roundsL; n % 16 == 15 && seen < kRounds) roundsL.wait(seen);
     }
 }

@@ -9,7 +9,9 @@
 #include "Shell/XPreferencesWindow.h"
 #include "Shell/XShortcutSheet.h"
 #include "Shell/XTasksWindow.h"
+#include "SongFiles/LibraryDialogs.h"
 #include "Widgets/CCatalogueTranslator.h"
+#include "Widgets/QtText.h"
 #include "Widgets/XElidedLabel.h"
 
 // What the windows show, in a language whose texts are accented, end in "~" and are a third longer than the English ones
@@ -77,9 +79,11 @@ protected:
                 for (int n = 0; n < barP->count(); ++n) Note(window, *barP, barP->tabText(n));
             if (const auto* const headerP = qobject_cast<QHeaderView*>(widgetP);
                 headerP != nullptr && headerP->orientation() == Qt::Horizontal && headerP->isVisibleTo(&window))
-                for (int n = 0; n < headerP->count(); ++n)
-                    NoteCut(window, *headerP, headerP->model()->headerData(n, Qt::Horizontal).toString(),
-                            headerP->sectionSize(n) >= headerP->sectionSizeHint(n));
+                for (int n = 0; n < headerP->count(); ++n) {
+                    const QString title = headerP->model()->headerData(n, Qt::Horizontal).toString();
+                    Note(window, *headerP, title);
+                    NoteCut(window, *headerP, title, headerP->sectionSize(n) >= headerP->sectionSizeHint(n));
+                }
             if (const auto* const comboP = qobject_cast<QComboBox*>(widgetP))
                 for (int n = 0; n < comboP->count(); ++n) Note(window, *comboP, comboP->itemText(n));
             if (!widgetP->isVisibleTo(&window)) continue;
@@ -127,6 +131,16 @@ TEST_F(TextsTest, AllAreOfTheCatalogueAndFit) {
     ShowAndLook(sheet);
     XListPicker picker(*i_databaseP, QObject::tr("Add “%1” to List").arg("Alpha"), nullptr);
     ShowAndLook(picker);
+    for (int n = 0; n <= static_cast<int>(LibraryDialog::kLastSong); ++n) {
+        const Question question = LibraryQuestion(static_cast<LibraryDialog>(n), "Alpha");
+        std::vector<std::string> texts = question.buttons;
+        texts.insert(texts.end(), {question.title, question.text});
+        for (const std::string& text : texts) Note(*i_windowP, picker, QtText(text));
+    }
+    QMenu columns;
+    i_windowP->findChild<XSongTable*>()->FillColumnMenu(columns);
+    for (const QMenu* const menuP : columns.findChildren<QMenu*>()) Note(*i_windowP, *menuP, menuP->title());
+    for (const QAction* const actionP : columns.findChildren<QAction*>()) Note(*i_windowP, *actionP, actionP->text());
     EXPECT_GT(textsL, 500);
     missed.removeDuplicates();
     cut.removeDuplicates();

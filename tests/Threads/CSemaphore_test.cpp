@@ -27,7 +27,8 @@ TEST_F(SemaphoreTest, ATimeLimitsTheTurnNotTheWait) {
         EXPECT_EQ(semaphore.Wait(1U), noErr);
         overB = true;
     });
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));   // many turns of 1 ms
+    CSemaphore never("turns");
+    for (int turn = 0; turn < 20; ++turn) EXPECT_EQ(never.WaitPreemptive(1), semaphoreTimedOutErr);
     EXPECT_FALSE(overB);
     semaphore.Signal();
     other.join();
