@@ -30,7 +30,6 @@ public:
 
     /** Looks at the preference again. */
     void Follow(const CCFPrefDictionary& preferences);
-    [[nodiscard]] bool IsShown() const { return i_overlay != nullptr; }
 
 private:
     friend class CT_ReadBreakPicture;

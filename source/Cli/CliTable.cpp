@@ -25,6 +25,9 @@ constexpr CliArgument kKey[] = {{"KEY", "the name of a setting, as `prefs list` 
 constexpr CliArgument kKeyAndValue[] = {{"KEY", "the name of a setting, as `prefs list` has it"},
                                         {"VALUE", "true or false, a number, a text, a date or a folder"}};
 constexpr CliArgument kText[] = {{"TEXT", "a name as somebody typed it"}};
+constexpr CliArgument kTemplateAndName[] = {
+    {"TEMPLATE", "L label, T track, S song, R artist, V version, I ignored, and what stands between them"},
+    {"NAME", "a file's name without its extension; folders before it, with slashes"}};
 constexpr CliArgument kSongID[] = {{"ID", "the number of a song"}};
 constexpr CliArgument kSongValue[] = {{"ID", "the number of a song"},
                                       {"KEY", "a key of four characters, as `library show` has it"},
@@ -101,6 +104,7 @@ constexpr CliCommand kCommands[] = {
      CliNeeds::kNothing,
      &SetPreference},
     {"prefs list", "All settings.", {}, {}, CliNeeds::kNothing, &ListPreferences},
+    {"name parse", "What a template reads out of a name.", kTemplateAndName, {}, CliNeeds::kNothing, &ParseName},
     {"name conform", "A name in the capitals that the library uses.", kText, {}, CliNeeds::kNothing, &ConformName},
     {"library list", "All songs.", {}, {}, CliNeeds::kLibrary, &ListSongs},
     {"library show", "One song.", kSongID, {}, CliNeeds::kLibrary, &ShowSong},

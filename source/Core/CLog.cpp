@@ -27,7 +27,6 @@ void Rotate(const std::filesystem::path& file) {
 struct CLog::File_ {
     std::mutex lock;   // guards all below; held over the write, since lines must not mix
     std::filesystem::path path;
-    std::string prefix;
     int handle = -1;
     bool failedB = false;   // the last opening failed: stay quiet until SetFile or Close
 
@@ -90,18 +89,11 @@ bool CLog::IsOn(LogSwitch which) const {
            i_switchesB[static_cast<unsigned>(which)].load(std::memory_order_relaxed);
 }
 
-void CLog::SetPrefix(std::string prefix) {
-    const std::scoped_lock guard(i_fileP->lock);
-    i_fileP->prefix = std::move(prefix);
-}
-
 void CLog::Line(std::string_view text) {
     if (!i_liveB.load(std::memory_order_relaxed) || !IsOn(LogSwitch::kLogging)) return;
     const std::scoped_lock guard(i_fileP->lock);
-    std::string line = i_fileP->prefix;
-    line += text;
+    std::string line(text);
     if (line.empty() || line.back() != '\n') line += '\n';
-    if (i_echoB.load(std::memory_order_relaxed)) std::fputs(line.c_str(), stderr);
     if (i_fileP->Open()) i_fileP->Write(line);
 }
 

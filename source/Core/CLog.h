@@ -25,10 +25,6 @@ public:
     void SetLive(bool liveB) { i_liveB.store(liveB, std::memory_order_relaxed); }
     void SetSwitch(LogSwitch which, bool onB);
     [[nodiscard]] bool IsOn(LogSwitch which) const;
-    /** Text joined in front of every line; empty for none. */
-    void SetPrefix(std::string prefix);
-    /** Also writes each line to the error stream. */
-    void SetEcho(bool echoB) { i_echoB.store(echoB, std::memory_order_relaxed); }
 
     /** One line; a line end at the end of `text` is not doubled. */
     void Line(std::string_view text);
@@ -45,7 +41,6 @@ private:
     struct File_;
     File_* i_fileP;   // guarded by its own lock; never freed
     std::atomic<bool> i_liveB{false};
-    std::atomic<bool> i_echoB{false};
     std::array<std::atomic<bool>, 4> i_switchesB;
 };
 

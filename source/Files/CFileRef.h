@@ -34,7 +34,6 @@ public:
     CFileRef& operator=(CFileRef&&) = default;
 
     [[nodiscard]] bool IsEmpty() const { return !i_fileRefP && !i_aliasP && !i_pathP; }
-    [[nodiscard]] bool HasResolved() const { return i_fileRefP.has_value(); }
     [[nodiscard]] bool HasAlias() const { return i_aliasP.has_value(); }
     [[nodiscard]] bool HasPath() const { return i_pathP.has_value(); }
 
@@ -50,8 +49,6 @@ public:
     [[nodiscard]] CFileRef GetParent() const;
     /** Names another file from now on; all parts are made anew. */
     void SetPath(Path path);
-    /** The number of the volume; 0 before Resolve. */
-    [[nodiscard]] std::uint64_t VolumeNumber() const { return i_volumeL; }
     /** The identity found by Resolve. Asserts that there is one. */
     [[nodiscard]] FileIdentity Identity() const;
     [[nodiscard]] const CFileAlias* Alias() const;

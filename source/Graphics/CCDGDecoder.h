@@ -42,8 +42,6 @@ public:
     [[nodiscard]] const Rect& Dirty() const noexcept { return i_dirty; }
     [[nodiscard]] const CPixels::ColorTable& Colors() const noexcept { return i_colors; }
     [[nodiscard]] std::uint8_t Border() const noexcept { return i_border; }
-    [[nodiscard]] int HorizontalOffset() const noexcept { return i_horizontal; }
-    [[nodiscard]] int VerticalOffset() const noexcept { return i_vertical; }
     void SetChannelMask(std::uint16_t mask) noexcept { i_channelMask = mask; }
     /** Counts the changes of the colour table, for copies of it elsewhere. */
     [[nodiscard]] unsigned ColorsSeed() const noexcept { return i_colorsSeed; }

@@ -40,7 +40,6 @@ public:
     [[nodiscard]] const Rect& bounds() const noexcept { return i_bounds; }
     [[nodiscard]] short depth() const noexcept { return i_depthS; }
     [[nodiscard]] std::size_t rowBytes() const noexcept { return i_rowBytesL; }
-    [[nodiscard]] bool IsFloat() const noexcept { return i_depthS == 128; }
     /** First byte of the top row; null before there is memory. Direct access stands inside a CPixelsLock. */
     [[nodiscard]] std::uint8_t* base() noexcept { return i_baseP; }
     [[nodiscard]] const std::uint8_t* base() const noexcept { return i_baseP; }

@@ -32,7 +32,6 @@ public:
     [[nodiscard]] SubChannelMode Mode() const noexcept { return i_mode; }
 
     void PushSector(std::span<const std::uint8_t, kSubCodeBytesPerSector> sector);
-    [[nodiscard]] std::size_t QueueSectors() const noexcept { return QueueBytes() / kSubCodeBytesPerSector; }
     [[nodiscard]] std::size_t QueuePackets() const noexcept { return QueueBytes() / kSubCodePacket_Bytes; }
     /** Takes a packet off the front by the rule of the mode; two sectors must stand in the queue. */
     OSErr Pop(SubCodePacket& packet);

@@ -9,7 +9,7 @@ CMutex_PLIVec::CMutex_PLIVec(CPlayList* listP, Indexed indexed)
     : i_plP(listP),
       i_indexed(indexed),
       i_pliVec(1),
-      i_userP(&i_orders.try_emplace(kKey_UserOrder, listP, SortSpec{{kKey_UserOrder}}, true).first->second) {}
+      i_userP(&i_orders.try_emplace(kKey_UserOrder, listP, SortSpec{{kKey_UserOrder}}).first->second) {}
 
 // ---- Slots ----
 
@@ -56,7 +56,6 @@ std::vector<PLItemID> CMutex_PLIVec::Add(std::vector<PLNewItem> items, RowIndex 
         ids.push_back(item.ID());
     }
     if (ids.empty()) return ids;
-    i_lastID = ids.back();
     std::vector<PLItemID>& user = User();
     const bool insideB = where >= 1 && where <= user.size();
     const std::size_t place = insideB ? where - 1 : user.size();

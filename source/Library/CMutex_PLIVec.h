@@ -59,7 +59,6 @@ public:
     [[nodiscard]] std::size_t Holes() const;
     /** The slot that the next row gets. */
     [[nodiscard]] PLItemID NextSlot() const;
-    [[nodiscard]] PLItemID LastAdded() const;
     /** Nothing for a hole, or for what is no slot. */
     [[nodiscard]] std::optional<PLRow> Get(PLItemID id) const;
     /** The rows of these that are there, a block under one lock. */
@@ -146,7 +145,6 @@ private:
     CTargetIndex i_slotsOf;              // by what the rows point to; empty without an index
     std::size_t i_countL = 0;
     std::size_t i_metasL = 0;   // rows with values of their own
-    PLItemID i_lastID{SDB_kOrphanID};
     std::uint32_t i_nextStampL = 1;
     std::uint32_t i_changesL = 1;   // grows with each change of the rows or of the user's order
     mutable std::size_t i_staleL =

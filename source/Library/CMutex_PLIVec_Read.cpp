@@ -29,10 +29,6 @@ PLItemID CMutex_PLIVec::NextSlot() const {
     const Scope guard(*this);
     return PLItemID{i_holes.empty() ? static_cast<std::int32_t>(i_pliVec.size()) : i_holes.front()};
 }
-PLItemID CMutex_PLIVec::LastAdded() const {
-    const Scope guard(*this);
-    return i_lastID;
-}
 bool CMutex_PLIVec::HasRowValues() const {
     const Scope guard(*this);
     return i_metasL != 0;
@@ -202,7 +198,7 @@ bool CMutex_PLIVec::HasOrder(const SortSpec& spec) const {
 }
 
 void CMutex_PLIVec::SetOrder(const SortSpec& spec, std::vector<PLItemID> ids) {
-    SDB_Selection order(i_plP, spec, true);
+    SDB_Selection order(i_plP, spec);
     order.SetItems(std::move(ids));
     const Scope guard(*this);
     if (MainKey(spec) != "stIx"_key) i_orders.insert_or_assign(MainKey(spec), std::move(order));

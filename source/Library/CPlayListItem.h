@@ -42,7 +42,6 @@ public:
     /** -1 when it points to no song: it cannot be played. */
     [[nodiscard]] SongID GetSongID() const noexcept;
     [[nodiscard]] SingerID GetSingerID() const noexcept;
-    [[nodiscard]] std::int32_t SourceID() const noexcept { return i_sourceL; }
     [[nodiscard]] CPlayList& List() const noexcept { return *i_myPlP; }
     /** Null for most rows. */
     [[nodiscard]] CMeta_PLItem* Meta() const noexcept { return i_metaP.get(); }

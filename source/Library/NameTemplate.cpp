@@ -16,14 +16,12 @@ constexpr struct {
     {".", NameToken::kDot},         {" ", NameToken::kBlank},
 };
 
-std::string_view TextOf(NameToken token) {
+}   // namespace
+
+std::string_view NameTokenText(NameToken token) {
     const auto it = std::ranges::find(kTokens, token, [](const auto& row) { return row.token; });
     return it == std::ranges::end(kTokens) ? std::string_view() : it->text;
 }
-
-bool IsValue(NameToken token) { return static_cast<std::size_t>(token) < kName_Values; }
-
-}   // namespace
 
 std::optional<std::vector<NameToken>> NameTokens(std::string_view text) {
     std::vector<NameToken> tokens = {NameToken::kLineStart};
@@ -45,12 +43,12 @@ std::optional<BuiltName> BuildName(std::string_view text, const NameValues& valu
     BuiltName built;
     for (std::size_t n = 0; n < tokens->size(); ++n) {
         const NameToken token = (*tokens)[n];
-        if (!IsValue(token)) {
-            built.text += TextOf(token);
+        if (!IsNameValue(token)) {
+            built.text += NameTokenText(token);
             continue;
         }
         if (token == NameToken::kLabel && n + 2 < tokens->size() && (*tokens)[n + 2] == NameToken::kLabel &&
-            !IsValue((*tokens)[n + 1]))
+            !IsNameValue((*tokens)[n + 1]))
             n += 2;
         const std::string& value = values[static_cast<std::size_t>(token)];
         built.unknownsB |= value.empty();

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
 #include "Core/Localize.h"
 
 /** The tokens of a name template; the first six stand for a value each. */
@@ -28,6 +29,9 @@ enum class NameToken : std::uint8_t {
     kSeparator = 16   // " - "
 };
 inline constexpr std::size_t kName_Values = 6;
+[[nodiscard]] constexpr bool IsNameValue(NameToken token) { return static_cast<std::size_t>(token) < kName_Values; }
+/** The text that a token is written as. */
+[[nodiscard]] std::string_view NameTokenText(NameToken token);
 inline constexpr const char* kName_IllegalZ =
     N_("You have entered an illegal character in one of your templates. Legal characters are LTRSI-()/. and Space.");
 

@@ -30,14 +30,13 @@ private:
     Threads  one on the stack has its owner's thread; those inside a list are guarded by the list's lock. */
 class SDB_Selection {
 public:
-    explicit SDB_Selection(const CPlayList* listP = nullptr, SortSpec spec = {}, bool sortCacheB = false)
-        : i_plP(listP), i_sortSpec(std::move(spec)), i_isSortCacheB(sortCacheB) {}
+    explicit SDB_Selection(const CPlayList* listP = nullptr, SortSpec spec = {})
+        : i_plP(listP), i_sortSpec(std::move(spec)) {}
 
     [[nodiscard]] const CPlayList* List() const;
     [[nodiscard]] const std::vector<PLItemID>& Items() const noexcept { return i_items; }
     [[nodiscard]] std::vector<PLItemID>& Items() noexcept { return i_items; }
     [[nodiscard]] std::size_t Count() const noexcept { return i_items.size(); }
-    [[nodiscard]] bool IsSortCache() const noexcept { return i_isSortCacheB; }
     [[nodiscard]] const SortSpec& Spec() const noexcept { return i_sortSpec; }
     [[nodiscard]] MetaKey GetMainSortProperty() const { return MainKey(i_sortSpec); }
     void SetItems(std::vector<PLItemID> items) { i_items = std::move(items); }
@@ -48,5 +47,4 @@ private:
     const CPlayList* i_plP;
     std::vector<PLItemID> i_items;
     SortSpec i_sortSpec;
-    bool i_isSortCacheB;
 };

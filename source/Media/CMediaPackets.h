@@ -67,8 +67,6 @@ public:
     [[nodiscard]] std::vector<MediaPacketRow>& Rows() noexcept { return i_rows; }
     [[nodiscard]] bool HasTable() const noexcept { return i_tableB; }
     void DropTable();
-    /** The whole file was met. */
-    [[nodiscard]] bool IsComplete() const noexcept { return i_format.IsAtEnd(); }
 
     [[nodiscard]] const AVCodecParameters& Parameters() const;
     [[nodiscard]] AVRational TimeBase() const;

@@ -43,7 +43,6 @@ public:
     /** Points; 0 is the usual size. */
     [[nodiscard]] std::int16_t TitleFontSize() const noexcept { return i_titleFontS; }
     /** Equal texts of this key are kept once. */
-    [[nodiscard]] bool IsShared() const noexcept { return i_sharedB; }
 
     /** The menu's number, 0 when there is none. */
     [[nodiscard]] virtual std::int16_t GetMenuID() const { return 0; }

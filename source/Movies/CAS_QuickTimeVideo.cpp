@@ -42,7 +42,7 @@ OSErr CAS_QuickTimeVideo::Begin(std::shared_ptr<CMoviePlay>& playP) {
     playP = std::make_shared<CMoviePlay>(std::move(sourceP));
     i_playP.Set(playP);   // from now on an abort reaches it
     if (const OSErr err = Err(); Failed(err)) return err;
-    return LogStep(playP->Open(i_bytes.extension, i_hardwareB), "opening the picture of a movie");
+    return LogStep(playP->Open(i_bytes.extension, true), "opening the picture of a movie");
 }
 
 OSErr CAS_QuickTimeVideo::Open_i(bool writeB, std::uint64_t& sizeL) {

@@ -33,8 +33,6 @@ public:
     explicit CAS_QuickTimeVideo(SongBytes bytes);
     ~CAS_QuickTimeVideo() override;
 
-    /** Before the opening: false decodes on the processor alone. */
-    void AllowHardware(bool allowB) noexcept { i_hardwareB = allowB; }
     OSErr GetEOF(std::uint64_t& sizeL) override;
 
     // Main thread.
@@ -87,7 +85,6 @@ private:
     void FollowJumps(CMoviePlay& play, double pictureT);
 
     const SongBytes i_bytes;
-    bool i_hardwareB = true;
     CMutexT<std::shared_ptr<CMoviePlay>> i_playP;   // set while it is open
 
     // Main thread.

@@ -28,10 +28,8 @@ public:
         paramErr: a damaged record. Otherwise the disc's. */
     OSErr Finish();
 
-    /** Records read so far, and the largest with its text, in bytes. */
+    /** Records read so far. */
     [[nodiscard]] std::uint32_t Count() const noexcept { return i_countL; }
-    [[nodiscard]] std::size_t BiggestBytes() const noexcept { return i_biggestL; }
-    [[nodiscard]] const std::string& BiggestName() const noexcept { return i_biggest; }
     [[nodiscard]] std::uint32_t MisreadTexts() const noexcept { return i_misreadL; }
 
     static constexpr std::uint32_t kNewestVersion = 0x1000A, kFirstVersion = 0x10006;

@@ -36,7 +36,6 @@ public:
 protected:
     void Apply(double seconds);   // stores it and arms
     [[nodiscard]] const std::shared_ptr<ForkRecord>& Fork_() const noexcept { return i_forkP; }
-    [[nodiscard]] CMainLoop::TimerID TimerRef() const noexcept { return i_timerRef; }
 
 private:
     void Disarm();

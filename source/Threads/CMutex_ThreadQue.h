@@ -86,7 +86,6 @@ public:
     /** For what an element of this queue has begun: it is to end now. True also while the queue has nothing to do. */
     [[nodiscard]] bool IsToldToStop() const { return i_quitB.Get() || i_abortB.Get(); }
     [[nodiscard]] const std::string& Name() const noexcept { return i_name; }
-    [[nodiscard]] bool RunsOnMain() const noexcept { return i_mainThreadB; }
 
 protected:
     /** The body of the thread. */

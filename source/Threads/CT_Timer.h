@@ -27,7 +27,6 @@ public:
     static void HoldBackCurrent();
     /** The innermost timer that runs; null without. Main thread. */
     [[nodiscard]] static CT_Timer* Current();
-    [[nodiscard]] bool IsIdle() const noexcept { return i_idleB; }
 
 private:
     const bool i_idleB;

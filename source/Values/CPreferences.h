@@ -91,7 +91,7 @@ public:
     [[nodiscard]] std::filesystem::path MusicFolder() const;
     [[nodiscard]] std::filesystem::path CacheFolder() const;
 
-    // The hot ones.
+    // The hot ones; port and time for the servers to come.
     [[nodiscard]] short GetBrowserFontSize() const { return GetShort("Browser Font Size"); }
     [[nodiscard]] std::int32_t GetWebServerPort() const { return GetLong("Web server port number"); }
     [[nodiscard]] double GetHTTPTimeoutT() const {

@@ -1,0 +1,32 @@
+#pragma once
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "Library/NameTemplate.h"
+
+// A name read by a template, the other way of BuildName: "SC8123-05 - Artist - Song" by "L-T - R - S". Pure.
+
+/** Habits of names that no template tells. */
+struct NameHabits {
+    bool oneDigitB = false;   // a track number of one digit is one, too
+    bool parensB = false;     // what ends a name in parentheses is its version
+};
+
+/** A name as it was read: the values by their token, as they stand in the name, perhaps empty. */
+struct ParsedName {
+    NameValues values;
+    std::size_t digitsL = 0;   // of the track
+
+    [[nodiscard]] const std::string& Value(NameToken token) const { return values[static_cast<std::size_t>(token)]; }
+};
+
+/** Whether the language has all of its characters, and it has no "/" or begins with one and has two or three. */
+[[nodiscard]] bool IsNameTemplate(std::string_view text);
+
+/** Reads `name`, in UTF-8: folders and the file's name without its extension, joined by "/"; those of its end that the template
+    has levels for. Nothing when it does not fit, or the template is none. */
+[[nodiscard]] std::optional<ParsedName> Interpret(std::string_view name, std::string_view text, NameHabits habits = {});
+/** The same; a name that "L-T-R-S" does not fit is tried by "L-T R-S". */
+[[nodiscard]] std::optional<ParsedName> InterpretWithFallback(std::string_view name, std::string_view text,
+                                                              NameHabits habits = {});
