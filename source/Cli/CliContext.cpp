@@ -26,15 +26,15 @@ void Tell(const CliContext& context, OSErr status, std::string_view text) {
         context.err << "vopla-cli: " << line << "\n";
 }
 
-std::filesystem::path PrefsFolder(const CliContext& context) {
+}   // namespace
+
+std::filesystem::path CliPrefsFolder(const CliContext& context) {
     if (!context.root.empty()) return context.root / "config" / "Vopla";
     const char* configZ = std::getenv("XDG_CONFIG_HOME");
     if (configZ != nullptr && configZ[0] == '/') return std::filesystem::path(configZ) / "Vopla";
     const char* homeZ = std::getenv("HOME");
     return std::filesystem::path(homeZ == nullptr ? "." : homeZ) / ".config" / "Vopla";
 }
-
-}   // namespace
 
 int CliFail(const CliContext& context, OSErr status, std::string_view text) {
     std::string line(text);
@@ -66,5 +66,5 @@ void CliWarn(const CliContext& context, std::string_view text) {
 std::unique_ptr<CPreferences> CliPreferences(const CliContext& context) {
     PrefsOptions options;
     options.saveAtEndB = false;
-    return std::make_unique<CPreferences>(PrefsFilesFor(PrefsFolder(context)), std::move(options));
+    return std::make_unique<CPreferences>(PrefsFilesFor(CliPrefsFolder(context)), std::move(options));
 }

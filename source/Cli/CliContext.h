@@ -27,5 +27,7 @@ int CliUsage(const CliContext& context, std::string_view text);
 /** Something to know beside the answer, in one line on the error stream; the status stays. */
 void CliWarn(const CliContext& context, std::string_view text);
 
+/** Where the settings of the library root lie, or those of the user without one. */
+[[nodiscard]] std::filesystem::path CliPrefsFolder(const CliContext& context);
 /** The settings of the library root, or of the user without one. Reading leaves the file as it is. */
 [[nodiscard]] std::unique_ptr<CPreferences> CliPreferences(const CliContext& context);

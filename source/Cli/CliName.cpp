@@ -3,7 +3,8 @@
 #include "Cli/CliCommand.h"
 #include "Core/Conform.h"
 #include "Core/Localize.h"
-#include "Library/NameParser.h"
+#include "Files/CFolderKinds.h"
+#include "Import/NameGuess.h"
 #include "Values/CPreferences.h"
 #include "Values/JSONWriter.h"
 
@@ -15,24 +16,43 @@ constexpr struct {
 } kFields[] = {{NameToken::kLabel, "label"},   {NameToken::kTrack, "track"},     {NameToken::kSong, "song"},
                {NameToken::kArtist, "artist"}, {NameToken::kIgnored, "ignored"}, {NameToken::kVersion, "version"}};
 
+NameHabits HabitsOf(const CliContext& context) {
+    const std::unique_ptr<CPreferences> prefsP = CliPreferences(context);
+    return {.oneDigitB = prefsP->GetBool("Track Number can be single digit"),
+            .parensB = prefsP->GetBool("Parens in File name always means 'rendition'")};
+}
+
 }   // namespace
 
 int ParseName(const CliCall& call) {
     const std::string& text = call.words.arguments[0];
     if (!NameTokens(text)) return CliFail(call.context, paramErr, Localize(kName_IllegalZ));
-    if (!IsNameTemplate(text))
+    if (!NameParser::Of(text))
         return CliFail(
             call.context, paramErr,
             Localize("A template without folders has no “/”; one with folders begins with it and has two or three."));
-    const std::unique_ptr<CPreferences> prefsP = CliPreferences(call.context);
-    const NameHabits habits{.oneDigitB = prefsP->GetBool("Track Number can be single digit"),
-                            .parensB = prefsP->GetBool("Parens in File name always means 'rendition'")};
-    const auto parsed = InterpretWithFallback(call.words.arguments[1], text, habits);
+    const auto parsed = InterpretWithFallback(call.words.arguments[1], text, HabitsOf(call.context));
     std::ostream& out = call.context.out;
     out << "{\"match\":" << (parsed ? "true" : "false");
     for (const auto& field : kFields)
         out << ",\"" << field.nameZ << "\":" << JSONString(parsed ? parsed->Value(field.token) : std::string());
     out << ",\"digits\":" << (parsed ? parsed->digitsL : 0) << "}\n";
+    return 0;
+}
+
+int GuessNames(const CliCall& call) {
+    CFileRef resources;
+    if (const OSErr err = CFolderKinds().Find(FolderKind::kResources, resources); Failed(err))
+        return CliFailStep(call.context, err, "finding the templates of names");
+    const std::vector<std::string>& names = call.words.arguments;
+    const auto templates = LoadNameTemplates(CliPrefsFolder(call.context), resources.GetPath());
+    const NameGuess guess = GuessNameTemplate(names, templates, HabitsOf(call.context));
+    std::ostream& out = call.context.out;
+    out << "{\"template\":" << JSONString(guess.parserP == nullptr ? std::string() : guess.parserP->Text())
+        << ",\"matched\":" << guess.matchedL << ",\"names\":" << names.size() << ",\"misfits\":[";
+    for (std::size_t n = 0; n < guess.misfits.size(); ++n)
+        out << (n == 0 ? "" : ",") << JSONString(names[guess.misfits[n]]);
+    out << "]}\n";
     return 0;
 }
 

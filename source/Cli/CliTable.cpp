@@ -28,6 +28,8 @@ constexpr CliArgument kText[] = {{"TEXT", "a name as somebody typed it"}};
 constexpr CliArgument kTemplateAndName[] = {
     {"TEMPLATE", "L label, T track, S song, R artist, V version, I ignored, and what stands between them"},
     {"NAME", "a file's name without its extension; folders before it, with slashes"}};
+constexpr CliArgument kNames[] = {
+    {"NAME", "a file's name without its extension; folders before it, with slashes", CliArgument::Count::kSome}};
 constexpr CliArgument kSongID[] = {{"ID", "the number of a song"}};
 constexpr CliArgument kSongValue[] = {{"ID", "the number of a song"},
                                       {"KEY", "a key of four characters, as `library show` has it"},
@@ -105,6 +107,7 @@ constexpr CliCommand kCommands[] = {
      &SetPreference},
     {"prefs list", "All settings.", {}, {}, CliNeeds::kNothing, &ListPreferences},
     {"name parse", "What a template reads out of a name.", kTemplateAndName, {}, CliNeeds::kNothing, &ParseName},
+    {"name guess", "The template that reads most of some names.", kNames, {}, CliNeeds::kNothing, &GuessNames},
     {"name conform", "A name in the capitals that the library uses.", kText, {}, CliNeeds::kNothing, &ConformName},
     {"library list", "All songs.", {}, {}, CliNeeds::kLibrary, &ListSongs},
     {"library show", "One song.", kSongID, {}, CliNeeds::kLibrary, &ShowSong},

@@ -6,12 +6,8 @@ namespace {
 
 constexpr std::string_view kDigitSigns = "0123456789";
 
-/** A part of a level: a value, or the literals that stand in a row. */
-struct Part {
-    std::optional<NameToken> value;
-    std::string literal;
-};
-using Level = std::vector<Part>;
+using Part = NameParser::Part;
+using Level = NameParser::Level;
 
 /** The levels of a legal template, the file's last; empty for another one. */
 std::vector<Level> LevelsOf(std::string_view text) {
@@ -121,15 +117,23 @@ std::string TakeParens(std::string_view& name) {
 
 }   // namespace
 
-bool IsNameTemplate(std::string_view text) { return !LevelsOf(text).empty(); }
+std::optional<NameParser> NameParser::Of(std::string_view text) {
+    NameParser parser;
+    parser.i_text = text;
+    parser.i_levels = LevelsOf(text);
+    return parser.i_levels.empty() ? std::nullopt : std::optional(std::move(parser));
+}
 
-std::optional<ParsedName> Interpret(std::string_view name, std::string_view text, NameHabits habits) {
-    const std::vector<Level> levels = LevelsOf(text);
-    if (levels.empty()) return std::nullopt;
+std::size_t NameParser::ValueCount() const {
+    const auto isTold = [](char letter) { return std::string_view("LTSRV").find(letter) != std::string_view::npos; };
+    return static_cast<std::size_t>(std::ranges::count_if(i_text, isTold));
+}
+
+std::optional<ParsedName> NameParser::Interpret(std::string_view name, NameHabits habits) const {
     ParsedName parsed;
     if (habits.parensB) parsed.values[static_cast<std::size_t>(NameToken::kVersion)] = TakeParens(name);
     bool moreB = true;
-    for (auto level = levels.rbegin(); level != levels.rend(); ++level) {
+    for (auto level = i_levels.rbegin(); level != i_levels.rend(); ++level) {
         if (!moreB) return std::nullopt;   // fewer folders than levels
         const std::size_t slash = name.rfind('/');
         moreB = slash != name.npos;
@@ -140,7 +144,18 @@ std::optional<ParsedName> Interpret(std::string_view name, std::string_view text
     return parsed;
 }
 
+std::optional<ParsedName> Interpret(std::string_view name, std::string_view text, NameHabits habits) {
+    const auto parser = NameParser::Of(text);
+    return parser ? parser->Interpret(name, habits) : std::nullopt;
+}
+
+std::optional<ParsedName> NameParser::InterpretWithFallback(std::string_view name, NameHabits habits) const {
+    static const NameParser s_fallback = *Of("L-T R-S");
+    auto parsed = Interpret(name, habits);
+    return parsed || i_text != "L-T-R-S" ? parsed : s_fallback.Interpret(name, habits);
+}
+
 std::optional<ParsedName> InterpretWithFallback(std::string_view name, std::string_view text, NameHabits habits) {
-    auto parsed = Interpret(name, text, habits);
-    return parsed || text != "L-T-R-S" ? parsed : Interpret(name, "L-T R-S", habits);
+    const auto parser = NameParser::Of(text);
+    return parser ? parser->InterpretWithFallback(name, habits) : std::nullopt;
 }

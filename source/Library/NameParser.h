@@ -21,8 +21,31 @@ struct ParsedName {
     [[nodiscard]] const std::string& Value(NameToken token) const { return values[static_cast<std::size_t>(token)]; }
 };
 
-/** Whether the language has all of its characters, and it has no "/" or begins with one and has two or three. */
-[[nodiscard]] bool IsNameTemplate(std::string_view text);
+/** A template that is ready for many names. A value; several threads may read by one. */
+class NameParser {
+public:
+    /** Nothing when the language lacks one of its characters, or it has a "/" but does not begin with one or has not two or
+        three. */
+    [[nodiscard]] static std::optional<NameParser> Of(std::string_view text);
+    [[nodiscard]] const std::string& Text() const noexcept { return i_text; }
+    /** How many values it tells, what is to be ignored not counted. */
+    [[nodiscard]] std::size_t ValueCount() const;
+
+    /** As the functions of these names. */
+    [[nodiscard]] std::optional<ParsedName> Interpret(std::string_view name, NameHabits habits) const;
+    [[nodiscard]] std::optional<ParsedName> InterpretWithFallback(std::string_view name, NameHabits habits) const;
+
+    /** A part of a level: a value, or the literals that stand in a row. */
+    struct Part {
+        std::optional<NameToken> value;
+        std::string literal;
+    };
+    using Level = std::vector<Part>;
+
+private:
+    std::string i_text;
+    std::vector<Level> i_levels;   // the file's last
+};
 
 /** Reads `name`, in UTF-8: folders and the file's name without its extension, joined by "/"; those of its end that the template
     has levels for. Nothing when it does not fit, or the template is none. */
