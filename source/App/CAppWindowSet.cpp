@@ -61,9 +61,10 @@ void CAppWindowSet::Hide() {
     i_lastFullScreen = FullScreenKeys();   // the preferences are saved later and want the windows as they were
     i_lastRecords = Records();
     i_followers.clear();
-    i_covers.reset();
-    i_goBack.reset();
-    i_break.reset();   // its movie has a thread to end; first of all, since a window that throws ends this stage
+    // They end behind the last window, since the room sees them until then; and even if one throws: the break's movie has a thread.
+    const auto breakP = std::move(i_break);
+    const auto goBackP = std::move(i_goBack);
+    const auto coversP = std::move(i_covers);
     for (auto row = i_rows.rbegin(); row != i_rows.rend(); ++row) i_windows.Hide(row->kind);
 }
 

@@ -12,7 +12,7 @@ namespace {
 
 constexpr struct {
     NameToken token;
-    std::string_view nameZ;
+    std::string_view name;
 } kFields[] = {{NameToken::kLabel, "label"},   {NameToken::kTrack, "track"},     {NameToken::kSong, "song"},
                {NameToken::kArtist, "artist"}, {NameToken::kIgnored, "ignored"}, {NameToken::kVersion, "version"}};
 
@@ -30,12 +30,12 @@ int ParseName(const CliCall& call) {
     if (!NameParser::Of(text))
         return CliFail(
             call.context, paramErr,
-            Localize("A template without folders has no “/”; one with folders begins with it and has two or three."));
+            Localize("A template names a part at least. It has no “/”, or begins with one and has two or three."));
     const auto parsed = InterpretWithFallback(call.words.arguments[1], text, HabitsOf(call.context));
     std::ostream& out = call.context.out;
     out << "{\"match\":" << (parsed ? "true" : "false");
     for (const auto& field : kFields)
-        out << ",\"" << field.nameZ << "\":" << JSONString(parsed ? parsed->Value(field.token) : std::string());
+        out << ",\"" << field.name << "\":" << JSONString(parsed ? parsed->Value(field.token) : std::string());
     out << ",\"digits\":" << (parsed ? parsed->digitsL : 0) << "}\n";
     return 0;
 }

@@ -100,11 +100,11 @@ private:
     std::size_t i_at = 0;
 };
 
-/** Takes a text in parentheses, with the blank before it, from the end of `name`. */
+/** Takes a text in parentheses, with the blank before it, from the end of the file's name. */
 std::string TakeParens(std::string_view& name) {
     if (!name.ends_with(')')) return {};
     int depthL = 0;
-    for (std::size_t at = name.size(); at-- > 0;) {
+    for (std::size_t at = name.size(); at-- > 0 && name[at] != '/';) {
         depthL += name[at] == ')' ? 1 : name[at] == '(' ? -1 : 0;
         if (depthL > 0) continue;
         std::string text(name.substr(at + 1, name.size() - at - 2));
@@ -125,8 +125,8 @@ std::optional<NameParser> NameParser::Of(std::string_view text) {
 }
 
 std::size_t NameParser::ValueCount() const {
-    const auto isTold = [](char letter) { return std::string_view("LTSRV").find(letter) != std::string_view::npos; };
-    return static_cast<std::size_t>(std::ranges::count_if(i_text, isTold));
+    const auto isThere = [this](char letter) { return i_text.find(letter) != i_text.npos; };
+    return static_cast<std::size_t>(std::ranges::count_if(std::string_view("LTSRV"), isThere));
 }
 
 std::optional<ParsedName> NameParser::Interpret(std::string_view name, NameHabits habits) const {

@@ -28,7 +28,7 @@ public:
         three. */
     [[nodiscard]] static std::optional<NameParser> Of(std::string_view text);
     [[nodiscard]] const std::string& Text() const noexcept { return i_text; }
-    /** How many values it tells, what is to be ignored not counted. */
+    /** How many values it tells; a label of two parts is one, and what is to be ignored is none. */
     [[nodiscard]] std::size_t ValueCount() const;
 
     /** As the functions of these names. */

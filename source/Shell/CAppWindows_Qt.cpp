@@ -102,6 +102,7 @@ std::unique_ptr<QWidget> CAppWindows_Qt::MakeBrowser() {
                                                       }});
     QObject::connect(window.get(), &XBrowserWindow::CloseAsked, window.get(), [this] { i_askToQuit(); });
     QObject::connect(window.get(), &XBrowserWindow::Resizing, window.get(), &NoteResizing);
+    window->ShowTasks(gApp->Tasks().Rows());
     (void)CWindowPlace::Of(*window);   // also at the first start, when no place is kept
     XActions& actions = window->Actions();
     actions.On(Command::kFullScreen, [this] { ToggleFullScreen(); });
