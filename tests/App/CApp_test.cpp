@@ -404,9 +404,16 @@ TEST_F(AppTest, WindowsComeBackWhereTheyStood) {
     AppSetup setup{
         .loop = i_loop, .ui = i_ui, .windows = windows, .resources = MakeSetup().resources, .prefs = MakeSetup().prefs};
     {
-        const CApp app(setup);
+        CApp app(setup);
         windows.places[PREF_Wind_VIDEO] = {10, 20, 310, 420, true, true};
         windows.places[PREF_Wind_TASKS] = {1, 2, 30, 40, false, false};
+        // Any save takes them along: a machine that is cut off keeps them, too.
+        CSong& song = *app.Database().CreateSong();
+        (void)app.Database().AddSongToLibrary(song);
+        EXPECT_TRUE(RunUntil(app, [&] { return !app.Saves().IsAnyDirty() && !app.Saves().IsWriting(); }));
+        const CPreferences kept(setup.prefs, {.saveAtEndB = false});
+        ASSERT_TRUE(kept.Window("Video"));
+        EXPECT_EQ(kept.Window("Video")->rightS, 420);
     }
     windows.places.clear();
     const CApp app(setup);

@@ -11,9 +11,8 @@ std::string Read(std::string_view text, std::string_view name, NameHabits habits
     const auto parsed = InterpretWithFallback(name, text, habits);
     if (!parsed) return "-";
     EXPECT_EQ(parsed->digitsL, parsed->Value(NameToken::kTrack).size());
-    std::string all;
-    for (const std::string& value : parsed->values)
-        all += (all.empty() && &value == &parsed->values[0] ? "" : "|") + value;
+    std::string all = parsed->values[0];
+    for (const std::string& value : std::span(parsed->values).subspan(1)) all += "|" + value;
     return all;
 }
 
@@ -74,6 +73,7 @@ TEST(NameParser, HabitsOfTheUserHold) {
     EXPECT_EQ(Read("R - S", "Artist - Song (Live (Acoustic))", kParens), "||Song|Artist||Live (Acoustic)");
     EXPECT_EQ(Read("R - S", "Artist - (Live) Song", kParens), "||(Live) Song|Artist||");
     EXPECT_EQ(Read("R - S", "Artist - Song)", kParens), "||Song)|Artist||");
+    EXPECT_EQ(Read("/L/R - S", "(SC/Artist - Song)", kParens), "(SC||Song)|Artist||");   // of the file's name alone
     EXPECT_EQ(Read("L-T-R-S", "SC8123-05 Artist-Song (Live)", kParens), "SC8123|05|Song|Artist||Live");
 }
 

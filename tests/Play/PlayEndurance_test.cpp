@@ -83,6 +83,7 @@ TEST_F(PlayTest, AQuitInEveryStateComesToItsEnd) {
         if (when == "paused") i_controlP->SetPaused(true);
         if (when == "seeking") i_controlP->Seek(0.7);
         Show()->quittingB = true;
+        i_host.i_mayPumpB = true;
         i_controlP->Stop();
         EXPECT_EQ(Play(1), abortErr);
         i_controlP.reset();
@@ -91,6 +92,7 @@ TEST_F(PlayTest, AQuitInEveryStateComesToItsEnd) {
         i_managerP = std::make_unique<CThreadManager>();
         i_controlP = std::make_unique<CPlayControl>(static_cast<CPlayHost&>(*this));
         Show()->quittingB = false;
+        i_host.i_mayPumpB = false;
     }
 }
 

@@ -181,8 +181,11 @@ protected:
         i_listP = &i_databaseP->AddPlaylist(kSourceDB_PLAYLIST, "evening");
         i_controlP = std::make_unique<CPlayControl>(static_cast<CPlayHost&>(*this));
         i_controlP->AddWatcher(*this);
+        i_host.i_mayPumpB = false;   // a show
     }
     ~PlayTest() override {
+        EXPECT_FALSE(Logged("the show waits"));
+        i_host.i_mayPumpB = true;   // a quit
         i_device.shutB = false;
         i_controlP.reset();
         i_managerP.reset();   // waits for the songs that are on their way out

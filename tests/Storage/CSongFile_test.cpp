@@ -1,10 +1,11 @@
 #include <cmath>
 #include <random>
 
+#include "Files/FileTest.h"
 #include "Meta/TempoSteps.h"
 #include "Storage/CSongFileReader.h"
 #include "Storage/CSongFileWriter.h"
-#include "Storage/LibraryFileTest.h"
+#include "Storage/LibraryWitness.h"
 
 namespace {
 
@@ -28,7 +29,7 @@ std::string Show(const SongRecord& song) {
     return line + "\n";
 }
 
-class CSongFile : public LibraryFileTest {
+class CSongFile : public FileTest {
 protected:
     struct Seen {
         OSErr opened = noErr, finished = noErr;

@@ -2,14 +2,15 @@
 
 #include <random>
 
-#include "Storage/LibraryFileTest.h"
+#include "Files/FileTest.h"
+#include "Storage/LibraryWitness.h"
 
 namespace {
 
-class LibraryFiles : public LibraryFileTest {
+class LibraryFiles : public FileTest {
 protected:
     void SetUp() override {
-        LibraryFileTest::SetUp();
+        FileTest::SetUp();
         Witness("lists " + i_root.string());
     }
     CFileRef At(const std::string& name) const { return CFileRef(i_root / name); }

@@ -10,6 +10,7 @@
 #include "Platform/CFolders.h"
 #include "SongFiles/FileWorkTest.h"
 #include "Storage/CLibraryStore.h"
+#include "Storage/LibraryWitness.h"
 #include "Storage/TestLibraryHost.h"
 
 namespace fs = std::filesystem;
@@ -122,15 +123,6 @@ protected:
         i_databaseP->SetFacts({"Zum Löwen", {"/music", "/musik"}, {}});
     }
 
-    static std::string Witness(const std::string& arguments) {
-        const std::string command = "python3 " VOPLA_SOURCE_DIR "/tests/Storage/library_witness.py " + arguments;
-        FILE* pipe = ::popen(command.c_str(), "r");
-        std::string all;
-        std::array<char, 65536> part{};
-        while (const std::size_t got = std::fread(part.data(), 1, part.size(), pipe)) all.append(part.data(), got);
-        EXPECT_EQ(::pclose(pipe), 0) << arguments;
-        return all;
-    }
     /** The number of each file of the library: a save that writes a file gives it another one. */
     std::map<std::string, ino_t> Inodes() const {
         std::map<std::string, ino_t> inodes;

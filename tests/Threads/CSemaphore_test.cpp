@@ -1,5 +1,9 @@
 #include "Threads/CSemaphore.h"
 
+#include <unistd.h>
+
+#include <fstream>
+
 #include "Threads/ThreadTest.h"
 
 namespace {
@@ -55,15 +59,24 @@ TEST_F(SemaphoreTest, DisposedUnderItsWaitersTheyAllReturnTheStoredStatus) {
     }
 }
 
+/** The system has put that thread of ours to sleep. */
+bool IsAsleep(int id) {
+    std::ifstream status("/proc/self/task/" + std::to_string(id) + "/stat");
+    std::string line;
+    return id != 0 && std::getline(status, line) && line.find(") S ") != line.npos;
+}
+
 TEST_F(SemaphoreTest, DestroyedWhileOthersSleepOnIt) {
     auto semaphoreP = std::make_unique<CSemaphore>("test");
     std::atomic<bool> overB{false};
+    std::atomic<int> waiterID{0};
     std::thread waiter([&, semaphore = semaphoreP.get()] {
         TagThread(101, true);
+        waiterID = ::gettid();
         EXPECT_EQ(semaphore->Wait(WaitMode::kForever), noErr);
         overB = true;
     });
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));   // so that it sleeps, most likely
+    while (!IsAsleep(waiterID)) std::this_thread::yield();
     semaphoreP.reset();
     waiter.join();
     EXPECT_TRUE(overB);

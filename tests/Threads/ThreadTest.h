@@ -27,13 +27,14 @@ public:
     bool HasMainWindow() const override { return i_windowB; }
     bool IsAppReady() const override { return i_readyB; }
     bool IsSongPlaying() const override { return i_songB; }
+    bool MayPump() const override { return i_mayPumpB; }
     void IdleGraphics(const char* whoZ, bool forcedB) override {
         i_idled += std::string(whoZ) + (forcedB ? "! " : " ");
     }
     std::unique_ptr<CTaskView> OpenTask(std::string_view) override;
 
     CMainLoop_Plain i_loop;
-    std::atomic<bool> i_windowB{true}, i_readyB{true}, i_songB{false};
+    std::atomic<bool> i_windowB{true}, i_readyB{true}, i_songB{false}, i_mayPumpB{true};
     std::string i_idled;
     std::shared_ptr<CCancelSignal> i_cancelP = std::make_shared<CCancelSignal>();   // of all tasks
     CMutexT<std::string> i_tasks;                                                   // what the task list showed

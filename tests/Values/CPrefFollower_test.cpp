@@ -63,6 +63,21 @@ TEST_F(PrefFollowers, WhatIsReadTheLastTimeCounts) {
     EXPECT_EQ(timesL, 2);
 }
 
+TEST_F(PrefFollowers, OneThatThrowsKeepsNoOtherFromBeingTold) {
+    int timesL = 0;
+    bool badB = false;
+    const auto first = i_prefs->Follow([&] {
+        (void)i_prefs->GetBool("Auto-cue");
+        if (badB) throw std::runtime_error("no settings");
+    });
+    const auto second = Count("Auto-cue", timesL);
+    badB = true;
+    i_prefs->SetBool("Auto-cue", false);
+    Pass();
+    EXPECT_EQ(timesL, 2);
+    EXPECT_TRUE(Logged("no settings"));
+}
+
 TEST_F(PrefFollowers, MayEndEachOtherAndThemselves) {
     int firstL = 0, secondL = 0;
     std::unique_ptr<CPrefFollower> second, first = i_prefs->Follow([&] {
