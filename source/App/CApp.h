@@ -39,8 +39,8 @@ struct AppSetup {
     bool lastQuitCleanB = true;   // what the log of the last session says
 };
 
-/** The model-side application object: its constructor is the whole start-up, its destructor the whole quit
-    (AppStages.h). It owns the subsystems, as its parts, and knows how far it is (CAppState).
+/** The model-side application object: its constructor is the whole start-up, its destructor the whole quit (AppStages.h).
+    It owns the subsystems, as its parts, and knows how far it is (CAppState).
     Threads  main, but for the questions marked "any thread". */
 class CApp final : public CThreadHost {
 public:
@@ -107,8 +107,8 @@ public:
 
     /** The application quits: sets the shutdown flag, stops the song, and gives open questions their safe answer. */
     void PrepareToQuit();
-    /** Calls `then` if the song that plays may be interrupted, now or once the user has said so. Mode 3 always asks,
-        1 and 2 ask when the preferences say so. */
+    /** Calls `then` if the song that plays may be interrupted, now or once the user has said so. Mode 3 always asks, 1 and
+        2 ask when the preferences say so. */
     void ConfirmManualSongChange(long modeL, std::function<void()> then);
     /** The system ends the program: from now on nobody is asked anything. */
     void QuitWithoutAsking() { i_quitAsksB = false; }

@@ -7,9 +7,9 @@
 class CApp;
 class CT_Timer;
 
-/** When what has changed is written, of all parts alike: as soon as the user rests for two seconds, and five seconds
-    after the first change whether he rests or not. One save at a time, on workers; one back-off for all when
-    something cannot be written.
+/** When what has changed is written, of all parts alike: as soon as the user rests for two seconds, and five seconds after
+    the first change whether he rests or not. One save at a time, on workers; one back-off for all when something cannot be
+    written.
     Threads  main. */
 class CAppSaves final : public CAppPart {
 public:

@@ -61,7 +61,8 @@ void CAppWindowSet::Hide() {
     i_lastFullScreen = FullScreenKeys();   // the preferences are saved later and want the windows as they were
     i_lastRecords = Records();
     i_followers.clear();
-    // They end behind the last window, since the room sees them until then; and even if one throws: the break's movie has a thread.
+    // They end behind the last window, since the room sees them until then; and even if one throws, since the movie of the break
+    // has a thread.
     const auto breakP = std::move(i_break);
     const auto goBackP = std::move(i_goBack);
     const auto coversP = std::move(i_covers);

@@ -42,8 +42,7 @@ struct SpoolTraits {
              and are what subclasses and adapters override; those marked "no lock" are the exceptions.
     Owner    Ref. Whoever starts a pump into a ring ends it by Close(false) or Abort of the ring.
     Errors   the first one is kept and answered from then on, and nobody waits at this spool any more. eofErr is the end
-             of the data, abortErr and userCanceledErr were wished for; IsIgnorable tells which are not worth an
-             alert. */
+             of the data, abortErr and userCanceledErr were wished for; IsIgnorable tells which are not worth an alert. */
 class CSpooler : public RefCounted {
 public:
     explicit CSpooler(SpoolTraits traits);
@@ -139,8 +138,7 @@ protected:
     virtual std::uint64_t Stored_i(std::size_t wroteL) { return wroteL / i_unitBytesL; }
     /** No lock, any thread: own units between writer and reader, for the water marks. */
     virtual std::uint64_t Fill_i() const { return 0; }
-    /** No lock. Ends what waits in the subclass (a net, a decoder); may run beside any other operation, on any
-        thread. */
+    /** No lock. Ends what waits in the subclass (a net, a decoder); may run beside any other operation, on any thread. */
     virtual void Abort_i() {}
     /** No lock. The side is closed; a failure becomes the result of Close. */
     virtual OSErr OnClosed(bool /*writeB*/, OSErr /*err*/) { return noErr; }
@@ -148,8 +146,7 @@ protected:
     // What a pump asks of its destination. No lock, on the pump's thread.
     /** Before each chunk. A ring carries out the seek that somebody waits for. */
     virtual OSErr BeforeChunk_i(CSpooler& /*source*/) { return noErr; }
-    /** The source is used up: what was written is all there is. False when it was sought meanwhile, and there is
-        more. */
+    /** The source is used up: what was written is all there is. False when it was sought meanwhile, and there is more. */
     virtual bool EndOfSource_i() { return true; }
     /** After that. True when the pump is to go on, after a wait: a ring may still be sought. */
     virtual bool GoesOn_i() { return false; }
@@ -167,8 +164,7 @@ protected:
     void SetTotal(std::uint64_t sizeL);
     /** For constructors: a part of the tracked name, such as " -> Adapter: Progress". */
     void Track(std::string_view text);
-    /** Where the reader is, in own units; under the read lock. For a Seek_i that lands elsewhere than it was asked
-        to. */
+    /** Where the reader is, in own units; under the read lock. For a Seek_i that lands elsewhere than it was asked to. */
     void SetRead(std::uint64_t unitsL) noexcept { i_readL.store(unitsL); }
     [[nodiscard]] const CMutex* ReadLock() const noexcept { return i_readLockP; }
     [[nodiscard]] const CMutex* WriteLock() const noexcept { return i_writeLockP; }

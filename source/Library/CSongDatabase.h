@@ -136,8 +136,7 @@ public:
         CSongDatabase& i_database;
     };
     [[nodiscard]] bool IsInBatch() const noexcept { return i_batchesL > 0 || i_loadingB; }
-    /** While one lives, files are being added, and a save can wait a moment; it may outlive the database. Main
-        thread. */
+    /** While one lives, files are being added, and a save can wait a moment; it may outlive the database. Main thread. */
     class Adding {
     public:
         explicit Adding(CSongDatabase& database) : i_databaseRef(database.Self()) { ++database.i_addingL; }

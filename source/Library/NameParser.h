@@ -24,8 +24,8 @@ struct ParsedName {
 /** A template that is ready for many names. A value; several threads may read by one. */
 class NameParser {
 public:
-    /** Nothing when the language lacks one of its characters, or it has a "/" but does not begin with one or has not two or
-        three. */
+    /** Nothing when it is empty, the language lacks one of its characters, or it has a "/" but does not begin with one or has
+        not two or three. */
     [[nodiscard]] static std::optional<NameParser> Of(std::string_view text);
     [[nodiscard]] const std::string& Text() const noexcept { return i_text; }
     /** How many values it tells; a label of two parts is one, and what is to be ignored is none. */

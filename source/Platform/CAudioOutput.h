@@ -60,8 +60,7 @@ public:
     /** Ends the wait or rest under way, or the next one. */
     virtual void Wake() = 0;
 
-    /** Queued frames that the device has taken; exact. Frames of silence that it took for want of others do not
-        count. */
+    /** Queued frames that the device has taken; exact. Frames of silence that it took for want of others do not count. */
     [[nodiscard]] virtual std::uint64_t FramesPlayed() const = 0;
     /** Frames of silence that the device took because nothing was queued. */
     [[nodiscard]] virtual std::uint64_t FramesLate() const = 0;

@@ -10,10 +10,10 @@ class QKeyEvent;
 class QWidget;
 
 /** The commands as the toolkit's actions: menus, buttons and keys share one each.
-    Keys without Control, Alt or Meta never leave a text field that has the focus, whatever they are mapped to.
-    Commands of the show work in every window and dialog, by Space, function keys and keys with Control or Alt; their
-    other keys, and letters and digits of any command, work in the video windows alone unless single keys are on
-    (IsOfShow). Return presses the button that has the focus; Space only a box that was reached by Tab.
+    Keys without Control, Alt or Meta never leave a text field that has the focus, whatever they are mapped to. Commands of
+    the show work in every window and dialog, by Space, function keys and keys with Control or Alt; their other keys, and
+    letters and digits of any command, work in the video windows alone unless single keys are on (IsOfShow). Return presses
+    the button that has the focus; Space only a box that was reached by Tab.
     Threads  main. Lives as long as the windows that it is attached to. */
 class XActions final : public QObject {
     Q_OBJECT

@@ -21,9 +21,9 @@ class CSongDatabase;
     ids are kept, not lists.
     Threads  main.
     Owner    the application's library.
-    Errors   userCanceledErr when the user does not want it; what the work says. noErr, too, while a question stands:
-             what fails behind it is told to the user. A command that goes on by a task answers noErr, and tells
-             `done` how that ended. */
+    Errors   userCanceledErr when the user does not want it; what the work says. noErr, too, while a question stands: what
+             fails behind it is told to the user. A command that goes on by a task answers noErr, and tells `done` how that
+             ended. */
 class CLibraryCommands {
 public:
     using Done = std::function<void(OSErr err)>;

@@ -29,11 +29,10 @@ public:
     /** Whether the library's files open and give their first bytes; `file` is the first that does not. A file that a
         disc or a permission keeps back is whole, and comes back with it: nothing may take its place. */
     OSErr CanRead(CFileRef& file) const;
-    /** Makes the songs, from "Songs.vlb", else from "Songs.xml". fnfErr: there is no library here. Any other failure:
-        the songs that could be read are there; see IsTooNew. A song whose id is taken gets a new one. */
+    /** Makes the songs, from "Songs.vlb", else from "Songs.xml". fnfErr: there is no library here. Any other failure: the
+        songs that could be read are there; see IsTooNew. A song whose id is taken gets a new one. */
     OSErr Load();
-    /** A songs' file that could not be read whole: what a copy has and the database has not. How many songs that
-        were. */
+    /** A songs' file that could not be read whole: what a copy has and the database has not. How many songs that were. */
     std::size_t LoadMissing(const CKeptSongs& kept);
     /** A song of a copy, under its id. Null when that is taken. */
     CSong* MakeLost(const SongRecord& record);
@@ -53,8 +52,8 @@ public:
         Once; opWrErr for a later program's library, for one that was kept back, and when a restore that a crash cut
         short could not be ended. */
     OSErr Prepare();
-    /** Writes all songs, after Prepare. Songs that come or go meanwhile may be in the file or not: their change makes
-        the database dirty for the next save. */
+    /** Writes all songs, after Prepare. Songs that come or go meanwhile may be in the file or not: their change makes the
+        database dirty for the next save. */
     OSErr Save();
 
 private:

@@ -43,8 +43,7 @@ public:
 
     /** The message queue; the same one as long as this host is installed. Any thread. */
     [[nodiscard]] virtual CMainLoop& MainLoop() = 0;
-    /** True when calls can be posted to the main loop: the main window stands (or there will never be one). Any
-        thread. */
+    /** True when calls can be posted to the main loop: the main window stands (or there will never be one). Any thread. */
     [[nodiscard]] virtual bool HasMainWindow() const = 0;
     /** The last act of the start-up is over. Any thread. */
     [[nodiscard]] virtual bool IsAppReady() const = 0;
