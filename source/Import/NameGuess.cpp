@@ -3,12 +3,8 @@
 #include <algorithm>
 #include <unordered_set>
 
-#include "Core/CLog.h"
-#include "Files/CDataFork.h"
-
 namespace {
 
-constexpr std::uint64_t kFile_MaxBytes = 1 << 20;
 constexpr double kWithin = 0.98;
 constexpr std::size_t kManySongs = 5;       // with more of them, what is the same in all is no artist and no title
 constexpr std::size_t kDigits_OfCode = 3;   // "SC812", but "U2" sings
@@ -42,6 +38,12 @@ bool IsOdd(const ParsedName& parsed) {
            (!label.empty() && !IsLabel(label)) || std::ranges::any_of(parsed.values, cutB);
 }
 
+/** Nothing when the template does not fit, or finds no song. */
+std::optional<ParsedName> Read(const NameParser& parser, const std::string& name, NameHabits habits) {
+    auto parsed = parser.InterpretWithFallback(name, habits);
+    return parsed && parsed->Value(NameToken::kSong).empty() ? std::nullopt : parsed;
+}
+
 Trial Try(const NameParser& parser, std::span<const std::string> names, NameHabits habits,
           const std::function<bool(const std::string&)>& knownArtist) {
     Trial trial{.parserP = &parser, .valuesL = parser.ValueCount()};
@@ -49,8 +51,8 @@ Trial Try(const NameParser& parser, std::span<const std::string> names, NameHabi
     std::size_t againstL = 0;
     bool artistB = false;
     for (const std::string& name : names) {
-        const auto parsed = parser.InterpretWithFallback(name, habits);
-        if (!parsed || parsed->Value(NameToken::kSong).empty()) continue;
+        const auto parsed = Read(parser, name, habits);
+        if (!parsed) continue;
         ++trial.matchedL;
         const std::string& artist = parsed->Value(NameToken::kArtist);
         artistB = artistB || !artist.empty();
@@ -78,35 +80,6 @@ bool IsBetterMirror(const Trial& trial, const Trial& best) {
 
 }   // namespace
 
-std::vector<NameTemplateLine> ReadNameTemplates(std::string_view text) {
-    std::vector<NameTemplateLine> lines;
-    while (!text.empty()) {
-        const std::size_t end = std::min(text.find('\n'), text.size());
-        std::string_view line = text.substr(0, end);
-        text.remove_prefix(std::min(end + 1, text.size()));
-        if (line.ends_with('\r')) line.remove_suffix(1);
-        const std::size_t tab = std::min(line.find('\t'), line.size());
-        if (tab == 0) continue;   // a remark alone
-        if (auto parser = NameParser::Of(line.substr(0, tab)))
-            lines.push_back({std::move(*parser), std::string(line.substr(std::min(tab + 1, line.size())))});
-        else
-            LogF("### Error no template: <%s>", std::string(line.substr(0, tab)).c_str());
-    }
-    return lines;
-}
-
-std::vector<NameTemplateLine> LoadNameTemplates(const std::filesystem::path& preferences,
-                                                const std::filesystem::path& resources) {
-    for (const std::filesystem::path& folder : {preferences, resources}) {
-        const CFileRef file(folder / "Name Parser Templates.txt");
-        std::string text;
-        const OSErr err = ReadWholeFile(file, text, kFile_MaxBytes);
-        if (!Failed(err)) return ReadNameTemplates(text);
-        if (err != fnfErr) (void)LogStep(err, "reading name templates", file.GetPath());
-    }
-    return {};
-}
-
 NameGuess GuessNameTemplate(std::span<const std::string> names, std::span<const NameTemplateLine> templates,
                             NameHabits habits, const std::function<bool(const std::string& artist)>& knownArtist) {
     std::vector<Trial> trials;
@@ -119,14 +92,8 @@ NameGuess GuessNameTemplate(std::span<const std::string> names, std::span<const 
     const Trial* bestP = nullptr;
     for (const Trial& trial : trials)
         if (bestP == nullptr || trial.valuesL > bestP->valuesL || IsBetterMirror(trial, *bestP)) bestP = &trial;
-    if (bestP != nullptr) guess.parserP = bestP->parserP;
-    for (std::size_t n = 0; n < names.size(); ++n) {
-        const auto parsed =
-            guess.parserP == nullptr ? std::nullopt : guess.parserP->InterpretWithFallback(names[n], habits);
-        if (parsed && !parsed->Value(NameToken::kSong).empty())
-            ++guess.matchedL;
-        else
-            guess.misfits.push_back(n);
-    }
+    if (bestP != nullptr) guess.parserP = bestP->parserP, guess.matchedL = bestP->matchedL;
+    for (std::size_t n = 0; n < names.size(); ++n)
+        if (bestP == nullptr || !Read(*bestP->parserP, names[n], habits)) guess.misfits.push_back(n);
     return guess;
 }

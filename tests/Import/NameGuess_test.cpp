@@ -28,7 +28,7 @@ TEST(NameGuess, EveryTemplateReadsItsExample) {
 }
 
 TEST(NameGuess, TheLinesOfAFileThatPeopleEdit) {
-    const auto lines = ReadNameTemplates("R - S\tremark\r\n\n\tonly a remark\nS#\nS (V)");
+    const auto lines = ReadNameTemplates("\xEF\xBB\xBFR - S\tremark\r\n\n\tonly a remark\nS#\nS (V)");
     ASSERT_EQ(lines.size(), 2U);
     EXPECT_EQ(lines[0].remark, "remark");
     EXPECT_EQ(lines[1].parser.Text(), "S (V)");
