@@ -108,6 +108,9 @@ void CSemaphore::SetErr(OSErr err) {
 
 OSErr CSemaphore::WaitOn(const std::shared_ptr<State>& stateP, WaitMode mode, double turnT) {
     const bool loopB = IsLoopThread();
+    // Whether it would have to pump or not: what is there at once today is late some night.
+    if (CThreadHost* const hostP = loopB ? CThreadHost::Get() : nullptr; hostP != nullptr)
+        AssertWords(hostP->MayPump(), "!the show waits");
     for (;;) {
         CThreadHost* const hostP = loopB ? CThreadHost::Get() : nullptr;
         if (hostP == nullptr) {

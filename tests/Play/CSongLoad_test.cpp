@@ -35,11 +35,11 @@ TEST_F(PlayTest, FilesThatAreGoneAndNoSongsAtAllAreTold) {
 TEST_F(PlayTest, ALoadAheadThatComesTooLateLeavesTheSongThatPlaysAlone) {
     CSong& song = Add(Sound("a.wav", 60), Graphics("a.cdg", 18000));
     const Ref<CSongLoad> loadP = MakeRef<CSongLoad>(ReadSongPlaySpec(song, i_preferences));
-    ASSERT_EQ(loadP->Load(nullptr), noErr);
+    ASSERT_EQ(OnWorker([&] { return loadP->Load(nullptr); }), noErr);
     const CAS_AudioRing* const ringP = loadP->Audio().Get();
     const CSubCodeStream_Memory* const graphicsP = loadP->Graphics();
     Sound("a.wav", 30);   // another file of its name
-    EXPECT_EQ(loadP->Load(nullptr, LoadFor::kLater), noErr);
+    EXPECT_EQ(OnWorker([&] { return loadP->Load(nullptr, LoadFor::kLater); }), noErr);
     EXPECT_EQ(loadP->Audio().Get(), ringP);
     EXPECT_EQ(loadP->Graphics(), graphicsP);
 }

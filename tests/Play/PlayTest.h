@@ -300,6 +300,16 @@ protected:
         return RunUntil([this] { return i_device.openedL == 0; });
     }
 
+    /** The work of a song's own thread, to its end. */
+    static OSErr OnWorker(const std::function<OSErr()>& work) {
+        OSErr err = abortErr;
+        std::jthread([&] {
+            TagThread(NextThreadIndex(), true);
+            err = work();
+        }).join();
+        return err;
+    }
+
     // ---- What is told ----
     [[nodiscard]] bool Logged(const std::string& text) const {
         std::stringstream all;
